@@ -1,0 +1,36 @@
+# The module. Its sources form one object library, which goes into OpenGL3.so and straight into the
+# unit tests. The host's services stay undefined symbols: the loading process supplies them.
+add_library(gl3module OBJECT
+  driver/GL3DriverState.cpp
+  driver/GL3Driver.cpp
+  driver/GL3DriverContext.cpp
+  driver/OpenGL3.cpp
+  driver/glGetExtensionPointer.cpp
+  buffer/GL3Color.cpp
+  buffer/GL3Buffer.cpp
+  buffer/GL3BufferProjection.cpp
+  buffer/GL3BufferMaterial.cpp
+  buffer/GL3BufferLights.cpp
+  buffer/GL3BufferTransparency.cpp
+  buffer/TransparentQueueMemory.cpp
+  buffer/GL3BufferPixels.cpp
+  buffer/GL3BufferOverlay.cpp
+  displaylist/GL3DisplayL.cpp
+  displaylist/GL3DisplayLBatches.cpp
+  displaylist/GL3DisplayLPolygons.cpp
+  displaylist/GL3DisplayLLines.cpp
+  displaylist/GL3DisplayLTriangles.cpp
+  displaylist/GL3DisplayLIndexed.cpp
+  displaylist/GL3DisplayLRectangles.cpp
+  texture/GL3Texture.cpp
+  texture/TextureSize.cpp)
+target_compile_options(gl3module PRIVATE -fvisibility=hidden)
+target_link_libraries(gl3module PUBLIC gl3platform Imath::Imath)
+
+add_library(OpenGL3 MODULE)
+target_link_libraries(OpenGL3 PRIVATE gl3module)
+set_target_properties(OpenGL3 PROPERTIES
+  PREFIX ""
+  LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin
+  LINK_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/OpenGL3.map
+  LINK_OPTIONS "-Wl,--version-script=${CMAKE_SOURCE_DIR}/cmake/OpenGL3.map")
