@@ -1,0 +1,37 @@
+// Surface materials.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "host/Animation.h"
+#include "host/Vectors.h"
+
+/// A surface material. Colours and factors are 0 to 1 nominally. The module reads the current
+/// values and keeps pointers to the record for as long as the drawing call's scene lasts.
+struct AttrProperty {
+  /// Bit 1 of a colour source word: the colour is the base colour, not the one beside the word.
+  static constexpr std::uint32_t kFromBaseColor = 1u << 1;
+
+  AnimatableColor base;
+  std::uint32_t ambientSource = 0;
+  AnimatableColor ambient;
+  AnimatableValue ambientFactor;
+  std::uint32_t specularSource = 0;
+  AnimatableColor specular;
+  AnimatableValue roughness;  ///< 0 means no highlight.
+  AnimatableValue specularFactor;
+  AnimatableValue
+      transparency;  ///< alpha = 1 - transparency; non-zero marks the surface transparent.
+};
+static_assert(offsetof(AttrProperty, ambientSource) == 3 * sizeof(AnimatableValue));
+
+/// One point of a shaded line strip: its material, view-space position and normal, width in pixels.
+struct GAShadedLineVertex {
+  AttrProperty material;
+  Vector position;
+  Vector normal;
+  float width = 0;
+};
+static_assert(offsetof(GAShadedLineVertex, normal) ==
+              offsetof(GAShadedLineVertex, position) + sizeof(Vector));

@@ -1,0 +1,125 @@
+// The host's images: a bitmap is a list of named buffers of one size.
+#pragma once
+
+#include <cstdint>
+
+#include "host/String.h"
+
+/// Base of host objects that are released through their handle.
+class HTreeObject {
+ public:
+  HTreeObject(const HTreeObject&) = delete;
+  HTreeObject& operator=(const HTreeObject&) = delete;
+  /// Releases the object; the pointer is invalid afterwards.
+  void DeleteHandle();
+
+ protected:
+  HTreeObject() = default;
+  virtual ~HTreeObject();
+};
+
+/// Packed 8-bit pixels, rows tightly packed, top row first.
+class HByteBlock {
+ public:
+  HByteBlock(unsigned char* bytes, int bytesPerPixel)
+      : m_bytes(bytes), m_bytesPerPixel(bytesPerPixel) {}
+  HByteBlock(const HByteBlock&) = delete;
+  HByteBlock& operator=(const HByteBlock&) = delete;
+
+  /// Releases the block with its bytes; the pointer is invalid afterwards.
+  void DeleteHandle();
+  unsigned char* GetByteBlock() const { return m_bytes; }
+  int GetBytesPerPixel() const { return m_bytesPerPixel; }
+
+ private:
+  ~HByteBlock();
+
+  unsigned char* m_bytes;  // from AllocExt
+  int m_bytesPerPixel;     // 3 or 4
+};
+
+/// One plane of a bitmap. Channel k of pixel (x, y) is element
+/// x * PixelStep() + y * RowStep() + k of Data(), the element being of the channel type.
+class HBitmapBuffer : public HTreeObject {
+ public:
+  enum ChannelType : int { kByteChannel = 0, kFloatChannel = 1, kHalfChannel = 2 };
+
+  HBitmapBuffer(const String& name, ChannelType type, int channels, int width, int height);
+
+  /// Allocates zero-filled storage; the argument is not used. Returns 1, or 0 when there is no
+  /// memory or the size is not positive, and then Data() stays null. Storage is kept when present.
+  int AllocateData(int);
+
+  const String& Name() const { return m_name; }
+  ChannelType Type() const { return m_type; }
+  int Channels() const { return m_channels; }
+  int Width() const { return m_width; }
+  int Height() const { return m_height; }
+  int PixelStep() const { return m_pixelStep; }
+  int RowStep() const { return m_rowStep; }
+  void* Data() const { return m_data; }
+  HBitmapBuffer* Next() const { return m_next; }
+
+ protected:
+  ~HBitmapBuffer() override;
+
+ private:
+  friend class HBitmapNode;
+
+  String m_name;
+  ChannelType m_type;
+  int m_channels;
+  int m_width;
+  int m_height;
+  int m_pixelStep;
+  int m_rowStep;
+  void* m_data = nullptr;
+  HBitmapBuffer* m_next = nullptr;
+};
+
+/// Four channels. Bytes lie as red, green, blue, alpha; half floats as blue, green, red, alpha.
+class HRGBABuffer : public HBitmapBuffer {
+ public:
+  using HBitmapBuffer::HBitmapBuffer;
+  /// First element of row `row`; null before AllocateData and outside the buffer.
+  void* GetData(int row);
+};
+
+/// An image. "Color" (8-bit) is the picture a texture is made from; the renderer adds "ColorAlpha"
+/// (half-float colour with alpha) and "Depth" (one float) buffers of the same size.
+class HBitmapNode : public HTreeObject {
+ public:
+  HBitmapNode(int width, int height) : m_width(width), m_height(height) {}
+
+  int GetWidth() const { return m_width; }
+  int GetHeight() const { return m_height; }
+
+  /// First buffer of the list, or null. Buffers stay owned by the bitmap.
+  HBitmapBuffer* GetBufferHead() const { return m_head; }
+  /// A four-channel buffer without storage, owned by the caller until AddBuffer takes it.
+  HRGBABuffer* CreateRGBABuffer(String name, HBitmapBuffer::ChannelType type, int width,
+                                int height);
+  /// Appends `buffer` and takes ownership of it. A buffer of the same name is replaced.
+  void AddBuffer(HBitmapBuffer* buffer);
+  /// The buffer called `name`, or null.
+  HBitmapBuffer* FindBuffer(const String& name) const;
+
+  /// A copy with every buffer; released by the caller with DeleteHandle. Null without memory.
+  HBitmapNode* Copy() const;
+  /// A copy scaled to the given size; released by the caller with DeleteHandle. Null when a side
+  /// is not positive or memory runs out.
+  HBitmapNode* ScaleBitmap(int width, int height);
+  /// The picture as packed 8-bit pixels, three bytes a pixel when it is opaque, else four.
+  /// `wrap` tells how the texture repeats (0: repeat) and does not change the pixels. Bit 0 of
+  /// `*flags` is set when any alpha is below 255 and cleared otherwise. `bgr` non-zero asks for
+  /// blue, green, red order. Null when there is no picture or no memory.
+  HByteBlock* CreateByteBlock(int wrap, int* flags, int bgr);
+
+ protected:
+  ~HBitmapNode() override;
+
+ private:
+  int m_width;
+  int m_height;
+  HBitmapBuffer* m_head = nullptr;
+};

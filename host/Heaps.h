@@ -1,0 +1,37 @@
+// The host's four heaps. Every block goes back through the free function of the heap it came from.
+#pragma once
+
+#include <cstddef>
+
+/// Memory of the objects that are handed to the host: driver, colours, buffers, display lists,
+/// textures, shader programs. Returns null when there is none; FreeGAssist(nullptr) does nothing.
+void* AllocGAssist(std::size_t size);
+void FreeGAssist(void* block);
+
+/// Memory of the transparent-polygon queue, zero-filled. FreeOGL takes no argument: it releases
+/// every block that AllocOGL has handed out since the last FreeOGL.
+void* AllocOGL(std::size_t size);
+void FreeOGL();
+
+/// Blit memory, read-back rows and texture staging.
+void* AllocExt(std::size_t size);
+void FreeExt(void* block);
+
+/// Text of String.
+void* AllocString(std::size_t size);
+void FreeString(void* block);
+
+/// Base of every class whose objects the host owns: they live on the GAssist heap, and `delete`
+/// through a virtual destructor returns them there. An exhausted heap makes `new` yield null; a
+/// constructor that throws has its block freed before the exception passes on.
+class GAssistObject {
+ public:
+  static void* operator new(std::size_t size) noexcept { return AllocGAssist(size); }
+  static void operator delete(void* block) noexcept { FreeGAssist(block); }
+
+ protected:
+  GAssistObject() = default;
+  GAssistObject(const GAssistObject&) = default;
+  GAssistObject& operator=(const GAssistObject&) = default;
+  ~GAssistObject() = default;
+};

@@ -1,0 +1,47 @@
+// Lights and the list of them that goes with a drawing call.
+#pragma once
+
+#include "host/Vectors.h"
+
+/// The object that owns a light. A light shines only while every owner up the chain is visible.
+struct LightOwner {
+  bool visible = true;
+  const LightOwner* owner = nullptr;
+};
+
+/// A host light. `placement` takes light coordinates to view space: 3 x 4, rows of four,
+/// translation in the fourth column.
+struct GALight {
+  enum Type : int { kPoint = 0, kSpot = 1, kDirectional = 2 };
+
+  bool on = true;
+  bool hidden = false;
+  const LightOwner* owner = nullptr;
+  int type = kPoint;
+  Vector position;
+  Vector target;
+  float placement[12] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
+  float red = 1, green = 1, blue = 1;
+  float intensity = 1;
+  bool diffuseOn = true;
+  bool specularOn = true;
+  float coneAngle = 45;    ///< Degrees.
+  float coneSoftness = 0;  ///< 0 to 10.
+  float range = 1;         ///< View units.
+
+  /// Whether the light is switched on and visible together with all that own it.
+  bool Shines() const {
+    if (!on || hidden) return false;
+    for (const LightOwner* o = owner; o; o = o->owner) {
+      if (!o->visible) return false;
+    }
+    return true;
+  }
+};
+
+/// The list's nodes; `next` and `light` may be null. Owned by the host. The module compares
+/// pointers to detect a change of list, so a list that changes gets a new head.
+struct LightListNode {
+  LightListNode* next = nullptr;
+  GALight* light = nullptr;
+};

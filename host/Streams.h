@@ -1,0 +1,41 @@
+// The host's text streams.
+#pragma once
+
+#include "host/String.h"
+
+/// Something that text can be written to.
+class VornStream {
+ public:
+  virtual ~VornStream() = default;
+  VornStream& operator<<(const String& text);
+  VornStream& operator<<(const char* text);
+  VornStream& operator<<(VornStream& (*manipulator)(VornStream&)) { return manipulator(*this); }
+
+ protected:
+  virtual void Write(const char* text) = 0;
+};
+
+/// Ends the line.
+VornStream& nl(VornStream& stream);
+
+/// A text file. It is written under a temporary name and takes its own name in Close, so that a
+/// reader never sees half of it.
+class FileStream : public VornStream {
+ public:
+  FileStream() = default;
+  FileStream(const FileStream&) = delete;
+  FileStream& operator=(const FileStream&) = delete;
+  ~FileStream() override;
+
+  /// Starts writing to `path`. Returns 1, or 0 when the file cannot be made.
+  int Open(const String& path);
+  /// Finishes the file. Returns 1, or 0 when something could not be written; the old file is kept.
+  int Close();
+
+ protected:
+  void Write(const char* text) override;
+
+ private:
+  struct State;
+  State* m_state = nullptr;
+};

@@ -1,0 +1,19 @@
+// Plain vectors of the host.
+#pragma once
+
+/// A position or direction in view space unless said otherwise.
+struct Vector {
+  float x = 0, y = 0, z = 0;
+};
+
+/// Texture coordinates u, v, or a point in two dimensions.
+struct Vector2 {
+  float x = 0, y = 0;
+};
+
+/// Four components; as a colour: red, green, blue, alpha.
+struct Vector4 {
+  float x = 0, y = 0, z = 0, w = 0;
+};
+
+static_assert(sizeof(Vector) == 12 && sizeof(Vector2) == 8 && sizeof(Vector4) == 16);

@@ -1,0 +1,34 @@
+// Vertex records. Arrays of them are handed to OpenGL as they are: the strides below are the
+// record sizes, the offsets those of the members.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "host/Vectors.h"
+
+/// Lit vertex in view space. In a transparent line, u is the transparency (0 opaque, 1 clear) and
+/// v the line width in pixels; in a polyline the first vertex's v is the line width.
+struct GAVertex {
+  float x = 0, y = 0, z = 0;
+  float nx = 0, ny = 0, nz = 0;
+  float u = 0, v = 0;
+};
+static_assert(sizeof(GAVertex) == 32 && offsetof(GAVertex, nx) == 12 &&
+              offsetof(GAVertex, u) == 24);
+
+/// Vertex that brings its colour along.
+struct GALitVertex {
+  float x = 0, y = 0, z = 0;
+  std::uint8_t red = 0, green = 0, blue = 0, alpha = 0;
+};
+static_assert(sizeof(GALitVertex) == 16 && offsetof(GALitVertex, red) == 12);
+
+/// Vertex that brings its colour and texture coordinates along.
+struct GALitVertexWT {
+  float x = 0, y = 0, z = 0;
+  float u = 0, v = 0;
+  std::uint8_t red = 0, green = 0, blue = 0, alpha = 0;
+};
+static_assert(sizeof(GALitVertexWT) == 24 && offsetof(GALitVertexWT, u) == 12 &&
+              offsetof(GALitVertexWT, red) == 20);

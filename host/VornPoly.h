@@ -1,0 +1,19 @@
+// Pre-coloured triangles.
+#pragma once
+
+#include <cstddef>
+
+#include "host/Colors.h"
+#include "host/Vectors.h"
+
+/// One triangle: positions in view space, colours, texture coordinates, and the key it is sorted
+/// by. Copying copies the three colour handles (three new native colours); moving is cheap.
+struct VornPoly {
+  Vector p0, p1, p2;
+  GAColor c0, c1, c2;
+  Vector2 uv0, uv1, uv2;
+  float depthKey = 0;
+};
+static_assert(offsetof(VornPoly, c0) % alignof(GAColor) == 0 &&
+              offsetof(VornPoly, uv0) == offsetof(VornPoly, c0) + 3 * sizeof(GAColor) &&
+              offsetof(VornPoly, depthKey) == offsetof(VornPoly, uv0) + 3 * sizeof(Vector2));
