@@ -1,0 +1,94 @@
+// AGL: pixel formats, rendering contexts, pbuffers and drawables, with the part of the interface
+// that the module uses. Implemented on EGL in platform/egl/.
+//
+// Handles are checked: a null, stale or foreign one makes the call return failure and leaves an
+// error for aglGetError. Calls come from any thread, each thread having a current context of its
+// own; a context is used by one thread at a time. GL_FALSE is failure throughout.
+#pragma once
+
+#include "platform/gl.h"
+#include "platform/ports.h"
+
+extern "C" {
+
+typedef struct OpaqueAGLPixelFormat* AGLPixelFormat;
+typedef struct OpaqueAGLContext* AGLContext;
+typedef struct OpaqueAGLPbuffer* AGLPbuffer;
+typedef CGrafPtr AGLDrawable;
+
+enum {
+  AGL_NONE = 0,
+  AGL_BUFFER_SIZE = 2,
+  AGL_RGBA = 4,
+  AGL_DOUBLEBUFFER = 5,
+  AGL_DEPTH_SIZE = 12,
+  AGL_PIXEL_SIZE = 50,
+  AGL_OFFSCREEN = 53,
+  AGL_ACCELERATED = 73,
+  AGL_BUFFER_RECT = 202,
+  AGL_SWAP_INTERVAL = 222,
+};
+
+enum {
+  AGL_NO_ERROR = 0,
+  AGL_BAD_ATTRIBUTE = 10000,
+  AGL_BAD_PIXELFMT = 10002,
+  AGL_BAD_CONTEXT = 10004,
+  AGL_BAD_DRAWABLE = 10005,
+  AGL_BAD_STATE = 10007,
+  AGL_BAD_VALUE = 10008,
+  AGL_BAD_MATCH = 10009,
+  AGL_BAD_ENUM = 10010,
+  AGL_BAD_OFFSCREEN = 10011,
+  AGL_BAD_POINTER = 10014,
+  AGL_BAD_ALLOC = 10016,
+};
+
+/// The first error since the last call on this thread; reading clears it.
+GLenum aglGetError(void);
+
+/// Chooses a format from a list ended by AGL_NONE. Depth is a wish: the deepest format there is
+/// serves when it cannot be met. Attributes without a meaning here (acceleration, devices) are
+/// accepted; an unknown one gives null and AGL_BAD_ATTRIBUTE. Equal lists give the same object,
+/// which lives as long as the process and need not be released.
+AGLPixelFormat aglChoosePixelFormat(const void* devices, GLint deviceCount,
+                                    const GLint* attributes);
+/// Reads AGL_DEPTH_SIZE, AGL_BUFFER_SIZE, AGL_RGBA or AGL_DOUBLEBUFFER of a format.
+GLboolean aglDescribePixelFormat(AGLPixelFormat format, GLint attribute, GLint* value);
+
+/// A context that shares its objects with `share`, which may be null. Desktop GL, compatibility
+/// profile. Null on failure.
+AGLContext aglCreateContext(AGLPixelFormat format, AGLContext share);
+/// Destroys a context, and with it the pbuffer that was last set on it.
+GLboolean aglDestroyContext(AGLContext context);
+/// Makes a context current on the drawable that was set on it, or on none (null context). Costs
+/// nothing when it is current already: no flush.
+GLboolean aglSetCurrentContext(AGLContext context);
+AGLContext aglGetCurrentContext(void);
+
+/// Binds a window's port to a context; takes effect at once when the context is current.
+GLboolean aglSetDrawable(AGLContext context, AGLDrawable drawable);
+/// Makes an off-screen surface. Target, internal format and levels are accepted and have no
+/// meaning. Fails with AGL_BAD_VALUE when a side is not positive or larger than EGL allows.
+GLboolean aglCreatePBuffer(GLint width, GLint height, GLenum target, GLenum internalFormat,
+                           long maxLevel, AGLPbuffer* pbuffer);
+/// Binds a pbuffer to a context; takes effect at once when the context is current.
+GLboolean aglSetPBuffer(AGLContext context, AGLPbuffer pbuffer, GLint face, GLint level,
+                        GLint screen);
+GLint aglGetVirtualScreen(AGLContext context);
+
+/// Shows the back buffer of the context's window.
+void aglSwapBuffers(AGLContext context);
+/// Fits the context to its drawable after that changed its size.
+GLboolean aglUpdateContext(AGLContext context);
+GLboolean aglEnable(AGLContext context, GLenum pname);
+/// AGL_BUFFER_RECT takes {x, y, width, height} with the origin at the window's lower left;
+/// AGL_SWAP_INTERVAL one number of vertical retraces.
+GLboolean aglSetInteger(AGLContext context, GLenum pname, const GLint* values);
+
+/// Fills display lists `base` to `base + count - 1` of the current context with the bitmaps of the
+/// characters `first` to `first + count - 1` (Latin-1), `size` points high, each list moving the
+/// raster position on by the character's advance. Family 3 is the host's sans-serif, 0 style plain.
+GLboolean aglUseFont(AGLContext context, GLint family, GLint style, GLint size, GLint first,
+                     GLint count, GLint base);
+}

@@ -1,0 +1,15 @@
+// CoreGraphics: the main display and its OpenGL display mask.
+#pragma once
+
+#include <cstdint>
+
+extern "C" {
+
+typedef std::uint32_t CGDirectDisplayID;
+typedef std::uint32_t CGOpenGLDisplayMask;
+
+/// The main display, also where there is no screen. Callable from static initialisers.
+CGDirectDisplayID CGMainDisplayID(void);
+/// One bit for a display; 0 for one that does not exist.
+CGOpenGLDisplayMask CGDisplayIDToOpenGLDisplayMask(CGDirectDisplayID display);
+}

@@ -1,0 +1,300 @@
+// Choice of the EGL platform and device, after GL3_PLATFORM and GL3_DEVICE.
+#include "platform/egl/display.h"
+
+#include <EGL/eglext.h>
+
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+#include <string_view>
+#include <vector>
+
+namespace platform {
+namespace {
+
+enum class DeviceKind { kAuto, kCpu, kGpu, kNumber };
+
+struct DeviceWish {
+  DeviceKind kind = DeviceKind::kAuto;
+  int number = -1;
+};
+
+struct DeviceEntry {
+  EGLDeviceEXT egl;
+  int number;
+  bool software;
+  std::string name;
+};
+
+std::string Environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value ? value : "";
+}
+
+template <typename Function>
+Function EglFunction(const char* name) {
+  return reinterpret_cast<Function>(eglGetProcAddress(name));
+}
+
+const char* DeviceText(EGLDeviceEXT device, EGLint name) {
+  static const auto query = EglFunction<PFNEGLQUERYDEVICESTRINGEXTPROC>("eglQueryDeviceStringEXT");
+  const char* text = query ? query(device, name) : nullptr;
+  return text ? text : "";
+}
+
+bool IsSoftware(EGLDeviceEXT device) {
+  return HasName(DeviceText(device, EGL_EXTENSIONS), "EGL_MESA_device_software");
+}
+
+std::string DeviceName(EGLDeviceEXT device) {
+  const char* extensions = DeviceText(device, EGL_EXTENSIONS);
+  if (IsSoftware(device)) return "software";
+  std::string name;
+  if (HasName(extensions, "EGL_EXT_device_query_name")) {
+    name = DeviceText(device, EGL_RENDERER_EXT);
+  }
+  if (name.empty() && HasName(extensions, "EGL_EXT_device_drm")) {
+    name = DeviceText(device, EGL_DRM_DEVICE_FILE_EXT);
+  }
+  return name.empty() ? "hardware" : name;
+}
+
+std::vector<DeviceEntry> ListDevices() {
+  const auto query = EglFunction<PFNEGLQUERYDEVICESEXTPROC>("eglQueryDevicesEXT");
+  std::array<EGLDeviceEXT, 64> devices{};
+  EGLint count = 0;
+  if (!query || !query(static_cast<EGLint>(devices.size()), devices.data(), &count)) return {};
+  std::vector<DeviceEntry> list;
+  for (int i = 0; i < count; i++) {
+    EGLDeviceEXT device = devices[static_cast<std::size_t>(i)];
+    list.push_back({device, i, IsSoftware(device), DeviceName(device)});
+  }
+  return list;
+}
+
+/// Initialises a display and sees that desktop OpenGL and pbuffers are there. Returns why not,
+/// empty for success; then `display` is filled in.
+std::string StartDisplay(EGLDisplay egl, const char* platformName, Display& display) {
+  if (egl == EGL_NO_DISPLAY) return "no display (" + EglErrorName(eglGetError()) + ")";
+  if (!eglInitialize(egl, nullptr, nullptr)) {
+    return "does not start (" + EglErrorName(eglGetError()) + ")";
+  }
+  const EGLint attributes[] = {EGL_SURFACE_TYPE,
+                               EGL_PBUFFER_BIT,
+                               EGL_RENDERABLE_TYPE,
+                               EGL_OPENGL_BIT,
+                               EGL_RED_SIZE,
+                               8,
+                               EGL_ALPHA_SIZE,
+                               8,
+                               EGL_NONE};
+  EGLint count = 0;
+  if (!eglBindAPI(EGL_OPENGL_API) || !eglChooseConfig(egl, attributes, nullptr, 0, &count) ||
+      count == 0) {
+    eglTerminate(egl);
+    return "has no desktop OpenGL with off-screen surfaces";
+  }
+  display.egl = egl;
+  const char* extensions = eglQueryString(egl, EGL_EXTENSIONS);
+  display.surfacelessContexts = HasName(extensions, "EGL_KHR_surfaceless_context");
+  display.report.platform = platformName;
+  display.report.vendor =
+      std::string(eglQueryString(egl, EGL_VENDOR)) + ", " + eglQueryString(egl, EGL_VERSION);
+  return "";
+}
+
+/// Whether the device that an open display chose by itself draws on the processor.
+bool DisplayIsSoftware(EGLDisplay egl) {
+  const auto query = EglFunction<PFNEGLQUERYDISPLAYATTRIBEXTPROC>("eglQueryDisplayAttribEXT");
+  EGLAttrib device = 0;
+  if (!query || !query(egl, EGL_DEVICE_EXT, &device) || device == 0) return false;
+  return IsSoftware(reinterpret_cast<EGLDeviceEXT>(device));
+}
+
+EGLDisplay PlatformDisplay(EGLenum name, void* native) {
+  const auto get = EglFunction<PFNEGLGETPLATFORMDISPLAYEXTPROC>("eglGetPlatformDisplayEXT");
+  return get ? get(name, native, nullptr) : EGL_NO_DISPLAY;
+}
+
+bool Fits(const DeviceEntry& device, const DeviceWish& wish) {
+  switch (wish.kind) {
+    case DeviceKind::kCpu:
+      return device.software;
+    case DeviceKind::kGpu:
+      return !device.software;
+    case DeviceKind::kNumber:
+      return device.number == wish.number;
+    case DeviceKind::kAuto:
+      break;
+  }
+  return true;
+}
+
+std::string NoSuchDevice(const std::vector<DeviceEntry>& devices, const DeviceWish& wish) {
+  switch (wish.kind) {
+    case DeviceKind::kGpu:
+      return "GL3_DEVICE=gpu: no graphics processor here; set GL3_DEVICE to auto or cpu";
+    case DeviceKind::kCpu:
+      return "GL3_DEVICE=cpu: EGL lists no software device";
+    default:
+      break;
+  }
+  if (devices.empty()) return "EGL lists no devices";
+  return "GL3_DEVICE=" + std::to_string(wish.number) + ": there is no such device; 0 to " +
+         std::to_string(devices.size() - 1) + " are there";
+}
+
+/// Devices of the EGL's own list: the hardware ones first, in the list's order.
+std::string TryDevices(const DeviceWish& wish, Display& display) {
+  const char* client = eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS);
+  if (!HasName(client, "EGL_EXT_platform_device")) return "EGL has no device platform";
+  const std::vector<DeviceEntry> devices = ListDevices();
+  std::string skipped;
+  for (const bool software : {false, true}) {
+    for (const DeviceEntry& device : devices) {
+      if (device.software != software || !Fits(device, wish)) continue;
+      const std::string label = device.name + " (device " + std::to_string(device.number) + ")";
+      const std::string problem =
+          StartDisplay(PlatformDisplay(EGL_PLATFORM_DEVICE_EXT, device.egl), "device", display);
+      if (problem.empty()) {
+        display.report.device = label;
+        display.report.software = software;
+        display.report.reason = skipped + "chose " + label;
+        return "";
+      }
+      skipped += "skipped " + label + ": " + problem + "; ";
+    }
+  }
+  if (skipped.empty()) return NoSuchDevice(devices, wish);
+  return skipped + "no other device fits";
+}
+
+/// A platform whose driver chooses the device by itself.
+std::string TryPlatform(EGLenum name, const char* text, const char* extension,
+                        const DeviceWish& wish, Display& display) {
+  if (!HasName(eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS), extension)) {
+    return std::string("EGL has no ") + text + " platform";
+  }
+  if (wish.kind == DeviceKind::kNumber) {
+    return std::string("the ") + text +
+           " platform takes no device number; leave GL3_PLATFORM out or set it to device";
+  }
+  // Read by Mesa when the display starts; there is no other way to ask it for software here.
+  if (wish.kind == DeviceKind::kCpu) setenv("LIBGL_ALWAYS_SOFTWARE", "1", 1);
+  const std::string problem = StartDisplay(PlatformDisplay(name, nullptr), text, display);
+  if (!problem.empty()) return std::string("the ") + text + " platform " + problem;
+  display.report.software = DisplayIsSoftware(display.egl);
+  const bool software = display.report.software;
+  if ((wish.kind == DeviceKind::kGpu && software) || (wish.kind == DeviceKind::kCpu && !software)) {
+    eglTerminate(display.egl);
+    display = Display{};
+    return std::string("GL3_DEVICE=") + (software ? "gpu" : "cpu") + ": the " + text +
+           " platform draws on the " + (software ? "processor" : "graphics processor") +
+           " here; set GL3_DEVICE to auto or leave GL3_PLATFORM out";
+  }
+  display.report.reason = std::string("chose the ") + text + " platform";
+  return "";
+}
+
+std::string TrySurfaceless(const DeviceWish& wish, Display& display) {
+  return TryPlatform(EGL_PLATFORM_SURFACELESS_MESA, "surfaceless", "EGL_MESA_platform_surfaceless",
+                     wish, display);
+}
+
+std::string TryX11(const DeviceWish& wish, Display& display) {
+  const std::string server = Environment("DISPLAY");
+  if (server.empty()) {
+    return "GL3_PLATFORM=x11 needs an X server, and DISPLAY is not set; leave GL3_PLATFORM out to "
+           "draw off-screen";
+  }
+  const std::string problem =
+      TryPlatform(EGL_PLATFORM_X11_EXT, "x11", "EGL_EXT_platform_x11", wish, display);
+  return problem.empty() ? "" : problem + "; DISPLAY is " + server;
+}
+
+std::string TryInTurn(const DeviceWish& wish, Display& display) {
+  const std::string device = TryDevices(wish, display);
+  if (device.empty()) return "";
+  const std::string surfaceless = TrySurfaceless(wish, display);
+  if (!surfaceless.empty()) {
+    return wish.kind == DeviceKind::kAuto ? device + "; " + surfaceless : device;
+  }
+  display.report.reason = device + "; " + display.report.reason;
+  return "";
+}
+
+bool ParseDevice(const std::string& text, DeviceWish& wish) {
+  if (text.empty() || text == "auto") return true;
+  if (text == "cpu" || text == "gpu") {
+    wish.kind = text == "cpu" ? DeviceKind::kCpu : DeviceKind::kGpu;
+    return true;
+  }
+  if (text.size() > 4 || text.find_first_not_of("0123456789") != std::string::npos) return false;
+  wish = {DeviceKind::kNumber, std::atoi(text.c_str())};
+  return true;
+}
+
+using Attempt = std::string (*)(const DeviceWish&, Display&);
+constexpr struct {
+  std::string_view name;
+  Attempt attempt;
+} kPlatforms[] = {
+    {"", TryInTurn}, {"device", TryDevices}, {"surfaceless", TrySurfaceless}, {"x11", TryX11}};
+
+Display ChooseDisplay() {
+  Display display;
+  DeviceWish wish;
+  const std::string device = Environment("GL3_DEVICE");
+  if (!ParseDevice(device, wish)) {
+    display.report.reason =
+        "GL3_DEVICE=" + device + " is not auto, cpu, gpu or a device number; correct or unset it";
+    return display;
+  }
+  const std::string wanted = Environment("GL3_PLATFORM");
+  for (const auto& platform : kPlatforms) {
+    if (platform.name != wanted) continue;
+    const std::string problem = platform.attempt(wish, display);
+    if (!problem.empty()) display.report.reason = problem;
+    return display;
+  }
+  display.report.reason =
+      "GL3_PLATFORM=" + wanted + " is not device, surfaceless or x11; correct or unset it";
+  return display;
+}
+
+}  // namespace
+
+bool HasName(const char* list, const char* name) {
+  if (!list) return false;
+  const std::size_t length = std::strlen(name);
+  for (const char* at = std::strstr(list, name); at; at = std::strstr(at + length, name)) {
+    const bool starts = at == list || at[-1] == ' ';
+    if (starts && (at[length] == ' ' || at[length] == '\0')) return true;
+  }
+  return false;
+}
+
+std::string EglErrorName(EGLint error) {
+  constexpr const char* kNames[] = {
+      "EGL_SUCCESS",       "EGL_NOT_INITIALIZED",     "EGL_BAD_ACCESS",
+      "EGL_BAD_ALLOC",     "EGL_BAD_ATTRIBUTE",       "EGL_BAD_CONFIG",
+      "EGL_BAD_CONTEXT",   "EGL_BAD_CURRENT_SURFACE", "EGL_BAD_DISPLAY",
+      "EGL_BAD_MATCH",     "EGL_BAD_NATIVE_PIXMAP",   "EGL_BAD_NATIVE_WINDOW",
+      "EGL_BAD_PARAMETER", "EGL_BAD_SURFACE",         "EGL_CONTEXT_LOST"};
+  const EGLint index = error - EGL_SUCCESS;
+  if (index >= 0 && index < static_cast<EGLint>(std::size(kNames))) return kNames[index];
+  return "EGL error " + std::to_string(error);
+}
+
+const Display& OpenDisplay() {
+  // Never destroyed: other static objects may still use the display while the process ends.
+  static const Display* const display = new Display(ChooseDisplay());
+  return *display;
+}
+
+const DisplayReport& DescribeDisplay() {
+  return OpenDisplay().report;
+}
+
+}  // namespace platform

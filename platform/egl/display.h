@@ -1,0 +1,26 @@
+// The process's one EGL display, opened when it is first needed.
+#pragma once
+
+#include <EGL/egl.h>
+
+#include <string>
+
+#include "platform/platform.h"
+
+namespace platform {
+
+struct Display {
+  EGLDisplay egl = EGL_NO_DISPLAY;   ///< EGL_NO_DISPLAY when none could be opened.
+  bool surfacelessContexts = false;  ///< Contexts can be current without a surface.
+  DisplayReport report;
+};
+
+/// Opens the display on the first call. It stays open until the process ends.
+const Display& OpenDisplay();
+
+/// Whether a list of names separated by blanks has `name`.
+bool HasName(const char* list, const char* name);
+/// The name of an EGL error, "EGL error N" for an unknown one.
+std::string EglErrorName(EGLint error);
+
+}  // namespace platform

@@ -1,0 +1,29 @@
+// Choice of an EGL config after a few wishes.
+#pragma once
+
+#include <EGL/egl.h>
+
+#include <optional>
+
+namespace platform {
+
+/// What is asked of a format. Colour is always eight bits each for red, green, blue and alpha.
+struct PixelWish {
+  int depthBits = 0;
+  int samples = 0;
+  bool doubleBuffer = false;
+  bool operator==(const PixelWish&) const = default;
+};
+
+struct PixelFormat {
+  EGLConfig config = nullptr;
+  int colorBits = 0;  ///< Red, green, blue and alpha together.
+  int depthBits = 0;
+  bool doubleBuffer = false;
+};
+
+/// The config nearest to a wish: as many samples and depth bits as asked when there are such, else
+/// the most there are. Nothing when there is no display.
+std::optional<PixelFormat> ChoosePixelFormat(const PixelWish& wish);
+
+}  // namespace platform

@@ -1,0 +1,95 @@
+// The part of MFC that the module uses: windows, device contexts, rectangles, message boxes and
+// the registration of extension modules.
+#pragma once
+
+#include "platform/win32.h"
+
+/// A rectangle by its edges.
+class CRect : public tagRECT {
+ public:
+  CRect() : tagRECT{0, 0, 0, 0} {}
+  CRect(LONG l, LONG t, LONG r, LONG b) : tagRECT{l, t, r, b} {}
+  LONG Width() const { return right - left; }
+  LONG Height() const { return bottom - top; }
+  /// Swaps edges so that neither width nor height is negative.
+  void NormalizeRect();
+};
+
+/// A window. Without a screen it is a hidden surface of the same size.
+class CWnd {
+ public:
+  CWnd() = default;
+  CWnd(const CWnd&) = delete;
+  CWnd& operator=(const CWnd&) = delete;
+  /// Destroys the window when there still is one.
+  virtual ~CWnd();
+
+  /// Makes the window; `parent`, `menu` and `parameter` may be null. Returns 0 on failure: no such
+  /// window class, a size that is not positive, or no memory.
+  BOOL CreateEx(DWORD exStyle, const char* className, const char* title, DWORD style, int x, int y,
+                int width, int height, HWND parent, void* menu, void* parameter);
+  /// Returns 0 when there is no window.
+  BOOL DestroyWindow();
+  HWND GetSafeHwnd() const { return m_hWnd; }
+  /// Client area in client coordinates; empty when there is no window.
+  void GetClientRect(RECT* rect) const;
+  /// Moves client coordinates to those of the screen.
+  void ClientToScreen(POINT* point) const;
+  void ClientToScreen(RECT* rect) const;
+  /// The frame window that this window lies in, or null.
+  virtual CWnd* GetParentFrame() const;
+  void MoveWindow(int x, int y, int width, int height);
+
+  HWND m_hWnd = nullptr;
+};
+
+/// A device context as an object; owns nothing.
+class CDC {
+ public:
+  /// The object of a handle, null for a null or dead one. Lives as long as the device context.
+  static CDC* FromHandle(HDC dc);
+  HDC m_hDC = nullptr;
+};
+
+/// Registers a window class of a style; the name stays valid. Cursor, brush and icon may be null.
+const char* AfxRegisterWndClass(DWORD style, void* cursor, void* brush, void* icon);
+void AfxShowWindow(CWnd* window, int command);
+CWnd* AfxGetParent(const CWnd* window);
+
+/// Shows `text` in a modal box with one button and returns 1 (OK). Where the box appears is up to
+/// the program: see SetMessageBoxView; on standard error when it says nothing.
+int AfxMessageBox(const char* text, unsigned int type, unsigned int helpContext);
+
+/// Called for every message box on the thread that shows it; returns the button's number.
+using MessageBoxView = int (*)(const char* text, unsigned int type);
+/// Replaces the view, null restoring standard error. Returns the view before.
+MessageBoxView SetMessageBoxView(MessageBoxView view);
+
+/// A module's record for resource lookup.
+struct AFX_EXTENSION_MODULE {
+  BOOL bInitialized = 0;
+  HMODULE hModule = nullptr;
+};
+
+/// Attaches a module to its record; a second call for the same record changes nothing.
+BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& module, HMODULE handle);
+
+/// Puts a module into the chain in which resources are looked up, for as long as it lives.
+class CDynLinkLibrary {
+ public:
+  explicit CDynLinkLibrary(AFX_EXTENSION_MODULE& module, BOOL system = 0);
+  CDynLinkLibrary(const CDynLinkLibrary&) = delete;
+  CDynLinkLibrary& operator=(const CDynLinkLibrary&) = delete;
+  ~CDynLinkLibrary();
+
+  /// First of the chain, the one registered last; null when it is empty.
+  static CDynLinkLibrary* First();
+  CDynLinkLibrary* Next() const { return m_next; }
+  const AFX_EXTENSION_MODULE& Module() const { return m_module; }
+  bool IsSystem() const { return m_system != 0; }
+
+ private:
+  AFX_EXTENSION_MODULE& m_module;
+  BOOL m_system;
+  CDynLinkLibrary* m_next;
+};

@@ -1,0 +1,66 @@
+// Windows: what stands behind a window handle and its port. A kind of window supplies the surface
+// that contexts draw into; the hidden one is made where there is no screen.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "platform/egl/drawable.h"
+#include "platform/egl/handle_table.h"
+#include "platform/ports.h"
+
+class CWnd;
+
+namespace platform {
+
+struct WindowPlace {
+  int x = 0, y = 0;  ///< In the parent's client area, or on the screen when there is no parent.
+  int width = 0, height = 0;
+};
+
+/// Used by one thread, as windows are.
+class Window : public Drawable {
+ public:
+  Window(const WindowPlace& place, HWND parent, CWnd* owner);
+
+  /// Whether a window of that size can be described by a pixel map.
+  static bool IsValidSize(int width, int height);
+
+  bool IsClosed() const override { return m_closed; }
+  const WindowPlace& Place() const { return m_place; }
+  /// Moves and resizes. Contexts fit themselves to the size when they are told to. False when the
+  /// size cannot be had; then nothing changes.
+  virtual bool Move(const WindowPlace& place) = 0;
+
+  HWND Handle() const { return m_handle; }
+  HWND Parent() const { return m_parent; }  ///< Null for none.
+  CWnd* Owner() const { return m_owner; }   ///< The object that made it.
+  CGrafPtr Port() const { return m_port; }
+  PixMapHandle Pixels() { return &m_pixMapPointer; }
+  void AddDeviceContext(HDC dc) { m_deviceContexts.push_back(dc); }
+  void ForgetDeviceContext(HDC dc) { std::erase(m_deviceContexts, dc); }
+
+  /// Gives the window its handles. False when there are no more.
+  static bool Register(const std::shared_ptr<Window>& window);
+  /// Ends a window with its port, device contexts and the windows inside. False for a dead handle.
+  static bool Close(HWND window);
+
+ protected:
+  WindowPlace m_place;
+  PixMap m_pixMap{};
+
+ private:
+  HWND m_parent;
+  CWnd* m_owner;
+  HWND m_handle = nullptr;
+  CGrafPtr m_port = nullptr;
+  PixMap* m_pixMapPointer = &m_pixMap;
+  std::vector<HDC> m_deviceContexts;
+  bool m_closed = false;
+};
+
+/// Live windows, by window handle and by port.
+HandleTable<Window, HandleKind::kWindow>& Windows();
+HandleTable<Window, HandleKind::kPort>& Ports();
+
+}  // namespace platform
