@@ -1,0 +1,22 @@
+// Records of the transparent-polygon queue, and sorting them by depth.
+#pragma once
+
+#include <cstdint>
+
+#include "host/Vertices.h"
+
+class GL3GATexture;
+struct AttrProperty;
+struct LightListNode;
+
+/// One transparent triangle or line, copied whole when sorted. A line uses `a` and `b` alone, with
+/// u as transparency and v as width in pixels.
+struct TransparentRecord {
+  GAVertex a, b, c;
+  GL3GATexture* texture;
+  AttrProperty* attribute;  // a record without material is not drawn
+  LightListNode* lights;
+  float depthKey;  // minus the mean of the vertices' z: larger is farther
+  std::int32_t isLine;
+};
+static_assert(sizeof(TransparentRecord) == 128);

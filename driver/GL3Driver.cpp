@@ -1,0 +1,92 @@
+// The driver's upper floor: reading the settings, and the factories, which know every other class.
+#include "driver/GL3Driver.h"
+
+#include "buffer/GL3Buffer.h"
+#include "buffer/GL3Color.h"
+#include "displaylist/GL3DisplayL.h"
+#include "texture/GL3Texture.h"
+
+namespace {
+
+int Setting(const char* key, int fallback) {
+  return GetRegistryValue("OpenGL3", key, fallback);
+}
+
+bool Switch(const char* key, int fallback) {
+  return (Setting(key, fallback) & 1) != 0;
+}
+
+}  // namespace
+
+GL3GADriver::GL3GADriver() {
+  GL3GABuffer::m_maxtransparentpolys = Setting("Max Transparent Triangles", 149999);
+  GL3GABuffer::m_inversesort = Setting("SortInverse Transparent Triangles", 0);
+  SetOption(kAnisotropicWanted, Switch("Anisotropic", 1));
+  SetOption(kAntialias, Switch("Antialias", 0));
+  SetDefaults();
+  gl_max_texture_size = 0;
+  gl_max_texture_max_anisotropy_ext = 0;
+  gl_max_vertices = Setting("Max Vertices", 12000000);
+  SetOption(kPowerOfTwoTextures, Switch("Textures Powerof2", 0));
+  SetOption(kCompressTextures, Switch("Textures Compression", 1));
+  m_polygonMode = Setting("Polygonmode", 0) != 0;
+  SetOption(kAnisotropicAvailable, false);
+  // The number of threads is the host's own setting, shared with its other renderers: it is read
+  // from the host's section and never written by this module.
+  m_azprocessor = GetRegistryValue("General", "OpenMP Threads", 1);
+  m_drawable = nullptr;
+  m_prevcontext = nullptr;
+  rowbytes = 0;
+  baseaddr = nullptr;
+  bufwidth = 0;
+  bufheight = 0;
+  m_depthbits = 32;
+  SetOption(kReducedPage, false);
+  m_useopenmp = m_azprocessor > 1;
+  m_capabilities |= kGpuShaders;
+}
+
+GL3GADriver::~GL3GADriver() {
+  GL3GADriver::Terminate();
+}
+
+GANativeColor* GL3GADriver::CreateColor() {
+  return new GL3Color();
+}
+GANativeColor* GL3GADriver::CreateColor(const ColorBuf& color) {
+  return new GL3Color(color);
+}
+GANativeColor* GL3GADriver::CreateColor(const RGBFloat& color) {
+  return new GL3Color(color);
+}
+GANativeColor* GL3GADriver::CreateColor(const Vector4& color) {
+  return new GL3Color(color);
+}
+
+GANativeColor* GL3GADriver::CreateColor(const GAColor& color) {
+  return new GL3Color(static_cast<const GL3Color*>(color.Native()));
+}
+
+GABuffer* GL3GADriver::CreateBuffer(RenderInfo* info, int mode, int compatibleDC) {
+  return new GL3GABuffer(info, mode, compatibleDC);
+}
+
+GATexture* GL3GADriver::CreateTexture() {
+  return new GL3GATexture();
+}
+
+DisplayList* GL3GADriver::CreateDisplayList(RenderInfo* info) {
+  return new GL3DisplayList(info);
+}
+
+GAShaderProgram* GL3GADriver::CreateShaderProgram(RenderInfo*) {
+  return nullptr;
+}
+
+CPropertyPage* GL3GADriver::CreatePropertyPage(int) {
+  return nullptr;
+}
+
+int GL3GADriver::IsHardwareSupport() {
+  return 0;
+}
