@@ -1,0 +1,11 @@
+// The driver that the host draws with: what GetDriver() answers.
+#pragma once
+
+class GADriver;
+
+namespace hostkit {
+
+/// Makes `driver` (not owned, may be null) the current driver and returns the one before.
+GADriver* SetDriver(GADriver* driver);
+
+}  // namespace hostkit

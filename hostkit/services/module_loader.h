@@ -1,0 +1,42 @@
+// Loads a renderer module and makes its driver.
+#pragma once
+
+#include <memory>
+#include <string>
+
+class GADriver;
+
+namespace hostkit {
+
+/// A loaded module with its driver, which is the host's current driver for as long as this lives.
+/// The driver is destroyed and the module closed with it: objects of the driver must be gone then.
+class LoadedModule {
+ public:
+  /// Loads the module file at `path` (see FindModule), calls its DllMain for process attach, and
+  /// makes a driver, which is not initialised yet. On failure returns null, and `*error` tells the
+  /// file, the missing symbol or other reason, and the remedy, in one line.
+  static std::unique_ptr<LoadedModule> Load(const std::string& path, std::string* error);
+  ~LoadedModule();
+  LoadedModule(const LoadedModule&) = delete;
+  LoadedModule& operator=(const LoadedModule&) = delete;
+
+  GADriver* Driver() const { return m_driver; }
+  const std::string& Path() const { return m_path; }
+  /// An exported function by name, null when the module has none.
+  void* Symbol(const char* name) const;
+
+ private:
+  LoadedModule(std::string path, void* library) : m_path(std::move(path)), m_library(library) {}
+
+  std::string m_path;
+  void* m_library;
+  GADriver* m_driver = nullptr;
+  GADriver* m_previousDriver = nullptr;
+};
+
+/// The path of OpenGL3.so: the first that exists in the folders of GL3_MODULE_PATH (colon
+/// separated), beside the executable, in ../lib/gl3 from the executable. Empty with `*error` naming
+/// every place that was looked in and the remedy.
+std::string FindModule(std::string* error);
+
+}  // namespace hostkit
