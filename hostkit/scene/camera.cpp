@@ -1,0 +1,215 @@
+// Cameras: view transforms, fitting to a box, and the render settings that a view determines.
+#include "hostkit/scene/camera.h"
+
+#include <Imath/ImathVec.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "hostkit/scene/camera_window.h"
+
+namespace hostkit {
+namespace {
+
+using Imath::Box3f;
+using Imath::V3d;
+using Imath::V3f;
+
+// Share of the frame that a fitted box fills.
+constexpr float kFitShare = 0.95f;
+// Far by near. A depth buffer of 24 bits then still tells 0.06 percent of the far distance apart at
+// the far end, and the inside of a 100 m hall is drawn from 1 cm on.
+constexpr float kMaxDepthRatio = 10000;
+// Planes of a view of nothing.
+constexpr float kEmptyNear = 0.1f, kEmptyFar = 1000;
+
+struct Axes {
+  V3d right, up, back;  // unit length, in world space
+};
+
+bool IsUsable(const V3d& v) {
+  return std::isfinite(v.length2()) && v.length2() > 1e-24;
+}
+
+// A cross product that is too short to be a direction means parallel vectors.
+bool IsCrossUsable(const V3d& v) {
+  return std::isfinite(v.length2()) && v.length2() > 1e-12;
+}
+
+// The camera's axes; a direction that is zero, not finite or parallel to the other one is replaced.
+Axes AxesOf(const V3f& forward, const V3f& up) {
+  Axes axes;
+  axes.back = IsUsable(V3d(forward)) ? -V3d(forward).normalized() : V3d(0, 0, 1);
+  V3d wishes[] = {IsUsable(V3d(up)) ? V3d(up).normalized() : V3d(0, 1, 0), V3d(0, 1, 0),
+                  V3d(0, 0, axes.back.y > 0 ? -1 : 1)};
+  for (const V3d& wish : wishes) {
+    axes.right = wish.cross(axes.back);
+    if (IsCrossUsable(axes.right)) break;
+  }
+  axes.right.normalize();
+  axes.up = axes.back.cross(axes.right);
+  return axes;
+}
+
+bool IsBoxUsable(const Box3f& box) {
+  return !box.isEmpty() && std::isfinite((box.max - box.min).length()) &&
+         std::isfinite(box.min.length());
+}
+
+V3d Corner(const Box3f& box, int i) {
+  return {i & 1 ? box.max.x : box.min.x, i & 2 ? box.max.y : box.min.y,
+          i & 4 ? box.max.z : box.min.z};
+}
+
+// The box to fit: nothing becomes a unit cube at the origin, and a single point gets a cube around
+// it that is large enough to be told from the point at the float precision of its place.
+Box3f BoxToFit(const Box3f& bounds) {
+  if (!IsBoxUsable(bounds)) return {V3f(-0.5f), V3f(0.5f)};
+  V3f center = bounds.center();
+  float least = std::max(center.length() * 1e-5f, 1e-6f);
+  if ((bounds.max - bounds.min).length() > least) return bounds;
+  float half = std::max(center.length() * 1e-3f, 0.5f);
+  return {center - V3f(half), center + V3f(half)};
+}
+
+float UsableFov(float verticalFov) {
+  if (!std::isfinite(verticalFov)) return 0.7f;
+  return std::clamp(verticalFov, 0.001f, 3.1f);
+}
+
+// The corners of a box in a camera's axes, from the box's centre: x right, y up, z to the viewer.
+struct Corners {
+  V3d at[8];
+
+  // Largest of sign * coordinate + slope * z.
+  double Reach(int axis, double sign, double slope) const {
+    double most = sign * at[0][axis] + slope * at[0].z;
+    for (const V3d& c : at) most = std::max(most, sign * c[axis] + slope * c.z);
+    return most;
+  }
+  double Depth() const { return Reach(2, 1, 0); }
+
+  // Distance from which the box fits between slopes of +-slope. A corner is inside when
+  // |x - eyeX| <= slope (distance - z).
+  double DistanceFor(int axis, double slope) const {
+    return (Reach(axis, 1, slope) + Reach(axis, -1, slope)) / (2 * slope);
+  }
+
+  // Where an eye at `distance` has to stand sideways for the box to reach as far to both sides. The
+  // slope that it reaches then lies below `slope`, into which it fits.
+  double CenterFrom(int axis, double distance, double slope) const {
+    double low = 0, high = slope;
+    for (int i = 0; i < 60; ++i) {
+      double middle = (low + high) / 2;
+      bool fits = DistanceFor(axis, middle) <= distance;
+      (fits ? high : low) = middle;
+    }
+    return (Reach(axis, 1, high) - Reach(axis, -1, high)) / 2;
+  }
+};
+
+Corners CornersIn(const Axes& axes, const Box3f& box) {
+  Corners corners;
+  for (int i = 0; i < 8; ++i) {
+    V3d d = Corner(box, i) - V3d(box.center());
+    corners.at[i] = {d.dot(axes.right), d.dot(axes.up), d.dot(axes.back)};
+  }
+  return corners;
+}
+
+}  // namespace
+
+Imath::M44f WorldToView(const SceneCamera& camera) {
+  Axes axes = AxesOf(camera.forward, camera.up);
+  V3d eye(camera.eye);
+  Imath::M44f m;
+  const V3d* columns[] = {&axes.right, &axes.up, &axes.back};
+  for (int c = 0; c < 3; ++c) {
+    for (int r = 0; r < 3; ++r) m[r][c] = static_cast<float>((*columns[c])[r]);
+    m[3][c] = static_cast<float>(-eye.dot(*columns[c]));
+  }
+  return m;
+}
+
+SceneCamera FitCamera(const Box3f& bounds, const V3f& direction, float verticalFov, float aspect,
+                      bool parallel) {
+  Box3f box = BoxToFit(bounds);
+  double diagonal = (V3d(box.max) - V3d(box.min)).length();
+  if (!std::isfinite(aspect) || aspect <= 0) aspect = 1;
+
+  SceneCamera camera;
+  camera.verticalFov = UsableFov(verticalFov);
+  Axes axes = AxesOf(-direction, camera.up);
+  camera.forward = V3f(-axes.back);
+  camera.up = V3f(axes.up);
+
+  double tanY = std::tan(camera.verticalFov * 0.5) * kFitShare;
+  double tanX = tanY * aspect;
+  Corners corners = CornersIn(axes, box);
+  V3d center(box.center());
+  if (parallel) {
+    double height = 2 * std::max(corners.Reach(1, 1, 0), corners.Reach(0, 1, 0) / aspect);
+    camera.parallelHeight = static_cast<float>(std::max(height / kFitShare, 1e-3 * diagonal));
+    camera.eye = V3f(center + axes.back * diagonal);
+    return camera;
+  }
+  // What is flat along the view keeps a distance, or the eye would sit in it.
+  double distance = std::max({corners.DistanceFor(0, tanX), corners.DistanceFor(1, tanY),
+                              corners.Depth() + 0.05 * diagonal});
+  camera.eye = V3f(center + axes.right * corners.CenterFrom(0, distance, tanX) +
+                   axes.up * corners.CenterFrom(1, distance, tanY) + axes.back * distance);
+  return camera;
+}
+
+View ViewFor(const SceneCamera& camera, const Box3f& bounds) {
+  View view{camera, kEmptyNear, kEmptyFar};
+  if (!IsBoxUsable(bounds)) return view;
+  V3d back = AxesOf(camera.forward, camera.up).back;
+  double nearest = 0, farthest = 0;
+  for (int i = 0; i < 8; ++i) {
+    double depth = (V3d(camera.eye) - Corner(bounds, i)).dot(back);
+    nearest = i ? std::min(nearest, depth) : depth;
+    farthest = i ? std::max(farthest, depth) : depth;
+  }
+  // A margin keeps faces that lie in the box's sides, also those of a flat box, off the planes.
+  double diagonal = (V3d(bounds.max) - V3d(bounds.min)).length();
+  double margin = 0.01 * diagonal + 1e-4 * std::abs(farthest);
+  double farDistance = farthest + margin;
+  if (!std::isfinite(farDistance) || farDistance <= 1e-30) return view;  // all of it is behind
+  view.farDistance = static_cast<float>(farDistance);
+  view.nearDistance = static_cast<float>(std::max(nearest - margin, farDistance / kMaxDepthRatio));
+  return view;
+}
+
+void FillRenderInfoWindow(const View& view, int width, int height, const PixelWindow& window,
+                          RenderInfo* info) {
+  const SceneCamera& camera = view.camera;
+  bool parallel = camera.parallelHeight > 0;
+  double halfHeight = parallel ? camera.parallelHeight * 0.5
+                               : view.nearDistance * std::tan(UsableFov(camera.verticalFov) * 0.5);
+  double scale = height / (2 * halfHeight);  // the same both ways: pixels are square
+  double originX = width * 0.5 - window.x, originY = height * 0.5 - window.y;
+
+  info->perspective = parallel ? 0 : -view.nearDistance;
+  info->nearZ = -view.nearDistance;
+  info->farZ = -view.farDistance;
+  info->scaleX = info->scaleY = static_cast<float>(scale);
+  info->offsetX = info->offsetY = 0;
+  info->originX = static_cast<float>(originX);
+  info->originY = static_cast<float>(originY);
+  info->viewLeft = static_cast<float>(-originX / scale);
+  info->viewRight = static_cast<float>((window.width - originX) / scale);
+  info->viewTop = static_cast<float>(originY / scale);
+  info->viewBottom = static_cast<float>((originY - window.height) / scale);
+  info->imageWidth = window.width;
+  info->imageHeight = window.height;
+  info->pixelLeft = info->pixelTop = 0;
+  info->pixelRight = window.width;
+  info->pixelBottom = window.height;
+}
+
+void FillRenderInfo(const View& view, int width, int height, RenderInfo* info) {
+  FillRenderInfoWindow(view, width, height, {0, 0, width, height}, info);
+}
+
+}  // namespace hostkit

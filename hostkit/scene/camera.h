@@ -1,0 +1,38 @@
+// Cameras, and the view records that the renderer draws with.
+#pragma once
+
+#include <Imath/ImathBox.h>
+#include <Imath/ImathMatrix.h>
+
+#include "host/RenderInfo.h"
+#include "hostkit/scene/scene.h"
+
+namespace hostkit {
+
+/// Where a frame is seen from, with its clipping planes.
+struct View {
+  SceneCamera camera;
+  float nearDistance = 0.1f;  ///< World units in front of the eye, above 0.
+  float farDistance = 1000;
+};
+
+/// World to view space: the eye at the origin, looking down negative z, y up.
+Imath::M44f WorldToView(const SceneCamera& camera);
+
+/// A camera that sees the whole box from the given direction (from the box towards the eye; need
+/// not be unit length), the box's projection filling the frame but for a margin of 5 percent.
+/// `parallel` asks for a parallel projection; `verticalFov` in radians; `aspect` is width by
+/// height.
+SceneCamera FitCamera(const Imath::Box3f& bounds, const Imath::V3f& direction, float verticalFov,
+                      float aspect, bool parallel);
+
+/// Clipping planes that hold the box, with a ratio of far to near that keeps the depth buffer
+/// useful, also when the eye is inside the box or the box is empty.
+View ViewFor(const SceneCamera& camera, const Imath::Box3f& bounds);
+
+/// Fills what a view determines for a picture of `width` x `height` pixels: window at the near
+/// plane, scales, origin, offsets, perspective value (the negative distance at which scales hold),
+/// planes as negative z, image size and pixel rectangle. The other members stay as they are.
+void FillRenderInfo(const View& view, int width, int height, RenderInfo* info);
+
+}  // namespace hostkit

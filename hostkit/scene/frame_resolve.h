@@ -1,0 +1,17 @@
+// Samples into pixels.
+#pragma once
+
+#include "host/Bitmap.h"
+#include "hostkit/scene/camera_window.h"
+
+namespace hostkit {
+
+/// Averages blocks of `samplesPerSide` x `samplesPerSide` samples into the pixels of `window`,
+/// clipped to `*pixels`. Buffers are half floats as the renderer reads them back. With `onWhite`
+/// null the pixels are opaque. Else `onBlack` and `onWhite` are the same frame on black and on
+/// white: what a pixel lets through of the difference is what it does not cover, and its colour on
+/// black is already multiplied by alpha.
+void ResolveSamples(const HBitmapBuffer& onBlack, const HBitmapBuffer* onWhite, int samplesPerSide,
+                    const PixelWindow& window, HBitmapBuffer* pixels);
+
+}  // namespace hostkit

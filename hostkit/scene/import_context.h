@@ -1,0 +1,39 @@
+// What the parts of the model importer share while they turn one file into a scene.
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "hostkit/scene/scene.h"
+
+struct aiScene;
+
+namespace hostkit {
+
+/// Families of formats that need care of their own.
+enum class SourceFormat {
+  kOther,
+  kCollada,   ///< The outer cone angle of a spot is made up; the inner one is the file's.
+  kGltf2,     ///< Linear colours, physical light units, half cone angles.
+  kIrrlicht,  ///< Cameras give the vertical field of view times the aspect.
+};
+
+struct ImportContext {
+  const aiScene* source = nullptr;  ///< Owned by the import library.
+  std::string path;                 ///< Of the model file.
+  SourceFormat format = SourceFormat::kOther;
+  Scene* scene = nullptr;
+
+  bool IsGltf() const { return format == SourceFormat::kGltf2; }
+
+  /// Adds a warning line, once however often it is given.
+  void Warn(std::string line) const {
+    auto& warnings = scene->warnings;
+    if (std::find(warnings.begin(), warnings.end(), line) == warnings.end()) {
+      warnings.push_back(std::move(line));
+    }
+  }
+};
+
+}  // namespace hostkit

@@ -1,0 +1,42 @@
+// Which lights a frame is drawn with.
+#pragma once
+
+#include <deque>
+#include <string>
+
+#include "host/Lights.h"
+#include "hostkit/scene/camera.h"
+#include "hostkit/scene/scene.h"
+
+namespace hostkit {
+
+enum class LightSet {
+  kAuto,        ///< The scene's own lights when it has any, else three-point.
+  kScene,       ///< The scene's own lights alone.
+  kHeadlight,   ///< One white light from the eye.
+  kThreePoint,  ///< Key, fill and rim, placed relative to the camera.
+};
+
+/// Reads "auto", "scene", "headlight" or "three-point". False for anything else.
+bool ParseLightSet(const std::string& text, LightSet* set);
+
+/// Host lights in view space with the list that goes to a display list. Head() is null for the
+/// headlight, which is what a null list means to the renderer. Stays valid until it is destroyed
+/// or built anew; not copied, since the list points into it.
+class LightRig {
+ public:
+  LightRig() = default;
+  LightRig(const LightRig&) = delete;
+  LightRig& operator=(const LightRig&) = delete;
+
+  /// `bounds` of the scene in world space gives distances and ranges.
+  void Build(const Scene& scene, LightSet set, const SceneCamera& camera,
+             const Imath::Box3f& bounds);
+  LightListNode* Head() { return m_nodes.empty() ? nullptr : &m_nodes.front(); }
+
+ private:
+  std::deque<GALight> m_lights;
+  std::deque<LightListNode> m_nodes;
+};
+
+}  // namespace hostkit

@@ -1,0 +1,98 @@
+// A model in memory, as the importer makes it and the renderer feeds it to a display list.
+//
+// World space is right-handed with y up; units are the file's. Matrices act on column vectors in
+// the text below; Imath stores them for row vectors (point * matrix).
+#pragma once
+
+#include <Imath/ImathBox.h>
+#include <Imath/ImathMatrix.h>
+#include <Imath/ImathVec.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/AttrProperty.h"
+#include "host/Bitmap.h"
+#include "host/Colors.h"
+#include "host/Vectors.h"
+
+namespace hostkit {
+
+/// Owning pointer to a host bitmap.
+struct BitmapRelease {
+  void operator()(HBitmapNode* bitmap) const { bitmap->DeleteHandle(); }
+};
+using BitmapPtr = std::unique_ptr<HBitmapNode, BitmapRelease>;
+
+/// A picture that materials use. Row 0 of the bitmap is at texture coordinate v = 0.
+struct SceneImage {
+  std::string name;
+  BitmapPtr bitmap;
+  bool repeat = true;  ///< False: clamped at its edges.
+};
+
+struct SceneMaterial {
+  std::string name;
+  AttrProperty surface;
+  int image = -1;  ///< Index into Scene::images of the base colour, or -1.
+};
+
+/// Triangles that share a material. All vertex arrays but `positions` may be empty; those that are
+/// not have one entry a position. Front faces are counter-clockwise.
+struct SceneMesh {
+  std::string name;
+  std::vector<Imath::V3f> positions;
+  std::vector<Imath::V3f> normals;  ///< Unit length; the importer makes them where a file has none.
+  std::vector<Imath::V2f> uvs;      ///< v = 0 is the image's row 0.
+  std::vector<ColorBuf> colors;     ///< Multiplied into the material's base colour.
+  bool colorsHaveAlpha = false;     ///< Some vertex colour is not opaque.
+  std::vector<std::uint32_t> triangles;  ///< Three indices each.
+  std::vector<std::uint32_t> lines;      ///< Two indices each.
+  std::vector<std::uint32_t> points;     ///< One index each.
+  int material = 0;
+};
+
+/// One placement of a mesh.
+struct SceneInstance {
+  int mesh = 0;
+  Imath::M44f toWorld;
+};
+
+struct SceneCamera {
+  std::string name;
+  Imath::V3f eye{0, 0, 1};
+  Imath::V3f forward{0, 0, -1};  ///< Unit length.
+  Imath::V3f up{0, 1, 0};
+  float verticalFov = 0.7f;  ///< Radians; used when `parallelHeight` is 0.
+  float parallelHeight = 0;  ///< Height of the view in world units; above 0 means parallel.
+};
+
+struct SceneLight {
+  std::string name;
+  int type = 0;  ///< As GALight::Type.
+  Imath::V3f position{0, 0, 0};
+  Imath::V3f direction{0, -1, 0};  ///< Unit length, the way the light travels.
+  float red = 1, green = 1, blue = 1;
+  float intensity = 1;     ///< 1 lights a facing surface fully.
+  float coneAngle = 45;    ///< Degrees from the axis to the edge, as OpenGL's cut-off.
+  float coneSoftness = 0;  ///< 0 to 10.
+  float range = 0;         ///< World units; 0 lets the renderer derive it from the scene's size.
+};
+
+struct Scene {
+  std::vector<SceneImage> images;
+  std::vector<SceneMaterial> materials;  ///< At least one when there is a mesh.
+  std::vector<SceneMesh> meshes;
+  std::vector<SceneInstance> instances;
+  std::vector<SceneCamera> cameras;
+  std::vector<SceneLight> lights;
+  std::vector<std::string> warnings;  ///< One line each: textures that could not be read, and such.
+
+  /// Bounds of all instances in world space; empty when nothing is placed.
+  Imath::Box3f Bounds() const;
+  std::size_t TriangleCount() const;  ///< Counted over instances.
+};
+
+}  // namespace hostkit
