@@ -1,0 +1,20 @@
+// Checks of files before work starts, and clearing up after work that was ended.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+
+#include "apps/gl3/messages.h"
+
+namespace gl3 {
+
+/// Whether a model can be read at all: there, a file, not empty, permitted. kUnreadableInput with a
+/// message, or kDone.
+Outcome CheckInput(const std::string& path);
+
+/// Removes what process `writer` left of `path` when it was ended in mid-write. Picture files grow
+/// under a temporary name in the same folder.
+void RemoveUnfinished(const std::string& path, pid_t writer);
+
+}  // namespace gl3

@@ -1,0 +1,92 @@
+// One-line messages on standard error, results on standard output.
+#include "apps/gl3/messages.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "apps/gl3/text.h"
+
+namespace gl3 {
+namespace {
+
+Verbosity g_verbosity = Verbosity::kNormal;
+std::string g_progress;  // what the last line of the terminal shows
+
+bool HasCursor() {
+  const char* terminal = std::getenv("TERM");
+  return isatty(STDERR_FILENO) && terminal && std::strcmp(terminal, "dumb") != 0;
+}
+
+bool UsesColor() {
+  const char* noColor = std::getenv("NO_COLOR");
+  return HasCursor() && (!noColor || !*noColor);
+}
+
+void PrintLine(const char* color, const std::string& text) {
+  ShowProgress("");
+  const std::string line = OneLine(text);
+  if (UsesColor()) {
+    std::fprintf(stderr, "\033[%smgl3:\033[0m %s\n", color, line.c_str());
+  } else {
+    std::fprintf(stderr, "gl3: %s\n", line.c_str());
+  }
+}
+
+}  // namespace
+
+void SetVerbosity(Verbosity verbosity) {
+  g_verbosity = verbosity;
+}
+Verbosity CurrentVerbosity() {
+  return g_verbosity;
+}
+
+void PrintError(const std::string& text) {
+  PrintLine("1;31", text);
+}
+
+void PrintWarning(const std::string& text) {
+  if (g_verbosity != Verbosity::kQuiet) PrintLine("1;33", text);
+}
+
+void PrintNote(const std::string& text) {
+  if (g_verbosity == Verbosity::kVerbose) PrintLine("1", text);
+}
+
+bool ShowsProgress() {
+  return g_verbosity != Verbosity::kQuiet && HasCursor();
+}
+
+void ShowProgress(const std::string& text) {
+  if (text == g_progress) return;
+  std::fprintf(stderr, "\r\033[K%s", text.c_str());
+  std::fflush(stderr);
+  g_progress = text;
+}
+
+int PrintResult(const std::string& text) {
+  const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+  if (written && std::fflush(stdout) == 0) return kDone;
+  if (errno == EPIPE) return kDone;
+  PrintError(std::string("standard output: ") + std::strerror(errno) +
+             "; send it somewhere that has room");
+  return kUnwritableOutput;
+}
+
+void PrepareStandardStreams() {
+  for (int descriptor = 0; descriptor <= 2; ++descriptor) {
+    if (fcntl(descriptor, F_GETFD) != -1) continue;
+    // open() takes the lowest free number, which is this one.
+    if (open("/dev/null", descriptor == 0 ? O_RDONLY : O_WRONLY) < 0) std::_Exit(kRunFailed);
+  }
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
+}
+
+}  // namespace gl3

@@ -1,0 +1,52 @@
+// What gl3 tells its user: exit statuses, and one-line messages on standard error.
+#pragma once
+
+#include <string>
+
+namespace gl3 {
+
+/// Exit statuses of the program.
+enum ExitStatus : int {
+  kDone = 0,
+  kRunFailed = 1,
+  kWrongUsage = 2,
+  kUnreadableInput = 3,
+  kNoOpenGl = 4,
+  kUnwritableOutput = 5,
+  kMismatch = 6,
+};
+
+enum class Verbosity { kQuiet, kNormal, kVerbose };
+
+/// How a piece of work ended. A message is one line without the program's name: the thing, the
+/// reason, the remedy.
+struct Outcome {
+  int status = kDone;
+  std::string message;
+};
+
+/// Process-wide: kQuiet leaves errors alone, kVerbose adds notes. Normal at the start.
+void SetVerbosity(Verbosity verbosity);
+Verbosity CurrentVerbosity();
+
+/// Each prints "gl3: " and the text as one line (line breaks and control characters become spaces),
+/// coloured on a terminal unless NO_COLOR is set.
+void PrintError(const std::string& text);
+void PrintWarning(const std::string& text);
+void PrintNote(const std::string& text);
+
+/// Whether progress may be shown: standard error is a terminal that can move its cursor, and the
+/// user did not ask for quiet.
+bool ShowsProgress();
+/// Shows `text` in place of the last progress line; an empty text removes it.
+void ShowProgress(const std::string& text);
+
+/// Writes figures or help to standard output. A reader that has gone is no error. Returns kDone, or
+/// kUnwritableOutput after a message.
+int PrintResult(const std::string& text);
+
+/// Makes descriptors 0 to 2 exist, so that no file that is opened later becomes standard output by
+/// accident, and makes a gone reader or a file size limit an error of the write, not a signal.
+void PrepareStandardStreams();
+
+}  // namespace gl3

@@ -1,0 +1,54 @@
+// What `gl3 render` can be told, and reading it from the command line.
+#pragma once
+
+#include <Imath/ImathVec.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "apps/gl3/messages.h"
+#include "apps/gl3/supervised_child.h"
+#include "hostkit/scene/light_sets.h"
+
+namespace CLI {
+class App;
+}
+
+namespace gl3 {
+
+struct RenderOptions {
+  std::vector<std::string> models;  ///< Files, merged into one scene in this order.
+  std::string output;
+
+  int width = 1280, height = 720;
+  int samplesPerSide = 2;
+  int jpegQuality = 92;
+  float background[3] = {0.16f, 0.17f, 0.19f};  ///< Display-referred, 0 to 1.
+  bool transparentBackground = false;
+  hostkit::LightSet lights = hostkit::LightSet::kAuto;
+
+  std::string camera;                     ///< One of the model's own; empty: see below.
+  std::optional<Imath::V3f> eye;          ///< World space; empty: fitted to the model.
+  std::optional<Imath::V3f> target;       ///< Needs `eye`; empty: the middle of the model.
+  Imath::V3f up{0, 1, 0};                 ///< Used with `eye`.
+  Imath::V3f viewFrom{0.7f, 0.45f, 1.f};  ///< From the model to the eye, when it is fitted.
+  std::optional<float> fieldOfView;       ///< Degrees, vertical; empty: the camera's own or 40.
+  bool parallel = false;
+
+  std::string device;  ///< As GL3_DEVICE; empty leaves the environment's.
+  std::string module;  ///< The module's file; empty: looked for.
+  Limits limits;
+  bool json = false;
+  Verbosity verbosity = Verbosity::kNormal;
+};
+
+/// Adds the options to `app`; parsing fills `*options`, which must live until then.
+void AddRenderOptions(CLI::App& app, RenderOptions* options);
+
+/// What no single option can tell: combinations that mean nothing. kWrongUsage with a message, or
+/// kDone.
+Outcome CheckRenderOptions(const RenderOptions& options);
+
+}  // namespace gl3

@@ -1,0 +1,296 @@
+// Work that may crash, hang or swallow the memory, done in a child process.
+#include "apps/gl3/supervised_child.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/signalfd.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <new>
+
+#include "apps/gl3/file_checks.h"
+#include "apps/gl3/text.h"
+
+namespace gl3 {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int kTickMilliseconds = 50;
+constexpr double kProgressAfterSeconds = 1;
+constexpr double kLongestCleanUpSeconds = 5;
+
+/// What a phase that does not come to its end means.
+struct PhaseMeaning {
+  int status;
+  const char* doing;
+  const char* crashRemedy;
+};
+constexpr PhaseMeaning kMeanings[] = {
+    {kNoOpenGl, "starting the renderer", "try --device cpu; -v shows what the driver says"},
+    {kUnreadableInput, "importing it",
+     "the file is damaged or of a kind that cannot be read; export it anew or in another format"},
+    {kRunFailed, "drawing", "try --device cpu, a smaller --size or --antialias 1"},
+    {kRunFailed, "writing it", "try another kind of picture"},
+};
+
+double SecondsSince(Clock::time_point start) {
+  return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+/// Memory that a process alone holds. Not RLIMIT_AS or RLIMIT_DATA: OpenGL drivers and sanitizers
+/// reserve far more addresses than they use, and fail or crash when they do not get them.
+std::uint64_t OwnMemory(pid_t process) {
+  std::FILE* file = std::fopen(fmt::format("/proc/{}/statm", process).c_str(), "re");
+  if (!file) return 0;
+  unsigned long long resident = 0, shared = 0;
+  const int count = std::fscanf(file, "%*s %llu %llu", &resident, &shared);
+  std::fclose(file);
+  if (count != 2 || resident < shared) return 0;
+  return (resident - shared) * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+}
+
+[[noreturn]] void RunChild(int descriptor, const SupervisedWork& work) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  // Ctrl-C reaches the whole group; the parent decides, and clears up.
+  std::signal(SIGINT, SIG_IGN);
+  const rlimit noCore = {0, 0};  // a crash is told, and leaves no file in the user's folder
+  setrlimit(RLIMIT_CORE, &noCore);
+  if (CurrentVerbosity() != Verbosity::kVerbose) {
+    // Libraries that print before they fail must not break the promise of one line.
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (nowhere >= 0) dup2(nowhere, STDERR_FILENO);
+  }
+  ParentLine line(descriptor);
+  Outcome outcome;
+  std::string result;
+  try {
+    outcome = work(line, &result);
+  } catch (const std::bad_alloc&) {
+    outcome = {kRunFailed, "memory: none is left; try a smaller --size or model"};
+  } catch (const std::exception& error) {
+    outcome = {kRunFailed, std::string("unexpected: ") + error.what() + "; please report this"};
+  }
+  line.Finish(outcome, result);
+  std::exit(outcome.status);
+}
+
+/// The parent's side: one child, from its first word to its end.
+class Supervisor {
+ public:
+  Supervisor(const Limits& limits, const std::string& output, pid_t child, int pipe, int signals)
+      : m_limits(limits), m_output(output), m_child(child), m_pipe(pipe), m_signals(signals) {}
+
+  int Watch();
+
+ private:
+  bool ReadPipe();
+  void Handle(const std::string& message);
+  void CheckLimits();
+  void End(const std::string& why, const std::string& remedy);
+  int Conclude();
+  void ShowWhatGoesOn() const;
+  const PhaseMeaning& Meaning() const { return kMeanings[static_cast<int>(m_phase)]; }
+
+  const Limits& m_limits;
+  const std::string& m_output;
+  pid_t m_child;
+  int m_pipe, m_signals;
+  Clock::time_point m_start = Clock::now(), m_phaseStart = m_start;
+  Phase m_phase = Phase::kStart;
+  std::string m_subject = "OpenGL", m_unread, m_result;
+  std::string m_endedBecause, m_endRemedy;
+  int m_askedToEnd = 0;  // a signal, or 0
+  bool m_finished = false;
+  int m_status = kRunFailed;  // what the child said at its finish
+  Clock::time_point m_finishedAt;
+};
+
+int Supervisor::Watch() {
+  pollfd sources[] = {{m_pipe, POLLIN, 0}, {m_signals, POLLIN, 0}};
+  for (bool open = true; open;) {
+    poll(sources, 2, kTickMilliseconds);
+    if (sources[0].revents) open = ReadPipe();
+    if (sources[1].revents & POLLIN) {
+      signalfd_siginfo info;
+      if (read(m_signals, &info, sizeof info) == sizeof info) {
+        m_askedToEnd = static_cast<int>(info.ssi_signo);
+      }
+      kill(m_child, SIGKILL);
+    }
+    CheckLimits();
+    ShowWhatGoesOn();
+  }
+  ShowProgress("");
+  return Conclude();
+}
+
+/// Reads what is there; false at the end, when the child is gone.
+bool Supervisor::ReadPipe() {
+  char block[4096];
+  const ssize_t count = read(m_pipe, block, sizeof block);
+  if (count <= 0) return false;
+  m_unread.append(block, static_cast<std::size_t>(count));
+  for (std::size_t end; (end = m_unread.find('\0')) != std::string::npos;) {
+    Handle(m_unread.substr(0, end));
+    m_unread.erase(0, end + 1);
+  }
+  return true;
+}
+
+void Supervisor::Handle(const std::string& message) {
+  if (message.empty()) return;
+  const std::string text = message.substr(1);
+  switch (message[0]) {
+    case 'P':
+      m_phase = static_cast<Phase>(text[0] - '0');
+      m_subject = text.substr(1);
+      m_phaseStart = Clock::now();
+      return PrintNote(m_subject + ": " + Meaning().doing);
+    case 'W':
+      return PrintWarning(text);
+    case 'N':
+      return PrintNote(text);
+    case 'E':
+      return PrintError(text);
+    case 'R':
+      m_result = text;
+      return;
+    case 'F':
+      m_finished = true;
+      m_finishedAt = Clock::now();
+      m_status = text[0] - '0';
+      return;
+  }
+}
+
+void Supervisor::CheckLimits() {
+  if (m_finished) {
+    // The picture is there: a driver that hangs in its last clean-up is not waited for.
+    if (SecondsSince(m_finishedAt) > kLongestCleanUpSeconds) kill(m_child, SIGKILL);
+  } else if (m_limits.timeoutSeconds > 0 && SecondsSince(m_start) > m_limits.timeoutSeconds) {
+    End(fmt::format("took the run beyond {} s", m_limits.timeoutSeconds), "raise --timeout");
+  } else if (m_limits.maxMemory > 0 && OwnMemory(m_child) > m_limits.maxMemory) {
+    End("took more than " + FormatBytes(m_limits.maxMemory) + " of memory", "raise --max-memory");
+  }
+}
+
+void Supervisor::End(const std::string& why, const std::string& remedy) {
+  if (!m_endedBecause.empty()) return;
+  m_endedBecause = why;
+  m_endRemedy = remedy;
+  kill(m_child, SIGKILL);
+}
+
+void Supervisor::ShowWhatGoesOn() const {
+  if (!ShowsProgress() || m_finished || SecondsSince(m_start) < kProgressAfterSeconds) return;
+  ShowProgress(
+      fmt::format("{}: {}, {:.0f} s", m_subject, Meaning().doing, SecondsSince(m_phaseStart)));
+}
+
+int Supervisor::Conclude() {
+  int status = 0;
+  while (waitpid(m_child, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (m_finished) {
+    // A crash in a driver's last clean-up changes nothing; a leak checker's verdict does.
+    const int code = WIFEXITED(status) ? WEXITSTATUS(status) : m_status;
+    return code == kDone && !m_result.empty() ? PrintResult(m_result) : code;
+  }
+  RemoveUnfinished(m_output, m_child);
+  if (m_askedToEnd != 0) return 128 + m_askedToEnd;
+  if (!m_endedBecause.empty()) {
+    PrintError(
+        fmt::format("{}: {} {}; {}", m_subject, Meaning().doing, m_endedBecause, m_endRemedy));
+  } else if (WIFSIGNALED(status)) {
+    PrintError(fmt::format("{}: {} crashed ({}); {}", m_subject, Meaning().doing,
+                           strsignal(WTERMSIG(status)), Meaning().crashRemedy));
+  } else {
+    PrintError(fmt::format("{}: {} ended the process; {}", m_subject, Meaning().doing,
+                           Meaning().crashRemedy));
+  }
+  return Meaning().status;
+}
+
+}  // namespace
+
+std::uint64_t Limits::DefaultMaxMemory() {
+  const long pages = sysconf(_SC_PHYS_PAGES), pageSize = sysconf(_SC_PAGESIZE);
+  if (pages <= 0 || pageSize <= 0) return 0;
+  return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize) / 4 * 3;
+}
+
+void ParentLine::Send(char kind, const std::string& text) {
+  std::string message = kind + text.substr(0, text.find('\0'));
+  message += '\0';
+  for (std::size_t sent = 0; sent < message.size();) {
+    const ssize_t count = write(m_descriptor, message.data() + sent, message.size() - sent);
+    if (count <= 0 && errno != EINTR) return;  // without a parent there is nobody to tell
+    if (count > 0) sent += static_cast<std::size_t>(count);
+  }
+}
+
+void ParentLine::Enter(Phase phase, const std::string& subject) {
+  Send('P', std::to_string(static_cast<int>(phase)) + subject);
+}
+
+void ParentLine::Finish(const Outcome& outcome, const std::string& result) {
+  if (!outcome.message.empty()) Send('E', outcome.message);
+  if (!result.empty()) Send('R', result);
+  Send('F', std::to_string(outcome.status));
+}
+
+int RunSupervised(const Limits& limits, const std::string& output, const SupervisedWork& work) {
+  sigset_t watched, before;
+  sigemptyset(&watched);
+  for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction action;
+    // What was ignored when we started (nohup, a shell's background) stays ignored.
+    if (sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
+      sigaddset(&watched, number);
+    }
+  }
+  sigprocmask(SIG_BLOCK, &watched, &before);
+  int line[2];
+  const int signals = signalfd(-1, &watched, SFD_CLOEXEC | SFD_NONBLOCK);
+  if (signals < 0 || pipe2(line, O_CLOEXEC) != 0) {
+    PrintError(std::string("system: ") + std::strerror(errno) + "; close other programs");
+    return kRunFailed;
+  }
+  const pid_t child = fork();
+  if (child == 0) {
+    close(line[0]);
+    close(signals);
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    RunChild(line[1], work);
+  }
+  close(line[1]);
+  if (child < 0) {
+    PrintError(std::string("system: no process can be made: ") + std::strerror(errno) +
+               "; close other programs");
+    return kRunFailed;
+  }
+  const int status = Supervisor(limits, output, child, line[0], signals).Watch();
+  close(line[0]);
+  close(signals);
+  if (status > 128) {
+    // A shell sees that we were ended by the signal, as it would without the child.
+    std::signal(status - 128, SIG_DFL);
+    std::raise(status - 128);
+  }
+  sigprocmask(SIG_SETMASK, &before, nullptr);
+  return status;
+}
+
+}  // namespace gl3

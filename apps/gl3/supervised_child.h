@@ -1,0 +1,55 @@
+// Work that may crash, hang or swallow the memory, done in a child process.
+//
+// Importers of foreign formats and OpenGL drivers are code that we do not control. The program
+// forks before it has threads or OpenGL; the child works, and tells through a pipe what it is at
+// and what it has to say; the parent prints, keeps the limits, and turns a crash into one line and
+// an exit status.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "apps/gl3/messages.h"
+
+namespace gl3 {
+
+struct Limits {
+  double timeoutSeconds = 600;  ///< 0: none.
+  /// Memory of the child's own in bytes; 0: none.
+  std::uint64_t maxMemory = DefaultMaxMemory();
+
+  /// Three quarters of the machine's memory.
+  static std::uint64_t DefaultMaxMemory();
+};
+
+/// What the child is at. It decides what a crash means.
+enum class Phase { kStart, kImport, kDraw, kWrite };
+
+/// The child's line to its parent.
+class ParentLine {
+ public:
+  explicit ParentLine(int descriptor) : m_descriptor(descriptor) {}
+  /// A phase begins; `subject` is the file that it is about, or "OpenGL".
+  void Enter(Phase phase, const std::string& subject);
+  void Warn(const std::string& text) { Send('W', text); }
+  void Note(const std::string& text) { Send('N', text); }
+  /// The work is over, well or not; `result` goes to standard output when it went well.
+  void Finish(const Outcome& outcome, const std::string& result);
+
+ private:
+  void Send(char kind, const std::string& text);
+
+  int m_descriptor;
+};
+
+/// Work for a child. It reports through the line, returns how it ended, and leaves in `*result`
+/// what standard output shall get.
+using SupervisedWork = std::function<Outcome(ParentLine& line, std::string* result)>;
+
+/// Runs `work` in a child and returns the exit status, after messages. `output` is the file that
+/// the child writes, of which nothing unfinished stays behind. A signal that asks the program to
+/// end ends the child, and then the program by that signal. Call with one thread alone.
+int RunSupervised(const Limits& limits, const std::string& output, const SupervisedWork& work);
+
+}  // namespace gl3

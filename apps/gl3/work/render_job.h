@@ -1,0 +1,18 @@
+// The work of `gl3 render`, from model files to a picture file.
+#pragma once
+
+#include <string>
+
+#include "apps/gl3/messages.h"
+#include "apps/gl3/render_options.h"
+#include "apps/gl3/supervised_child.h"
+
+namespace gl3 {
+
+/// Imports, draws and writes. To be called in a supervised child; tells its steps and warnings
+/// through `line`, and leaves the report in `*result` when --json asks for it. `command` goes into
+/// the picture's recipe.
+Outcome Render(const RenderOptions& options, const std::string& command, ParentLine& line,
+               std::string* result);
+
+}  // namespace gl3

@@ -1,0 +1,28 @@
+// The figures of a run, for `--json`.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace gl3 {
+
+struct RenderReport {
+  std::vector<std::string> models;
+  std::string output;
+  int width = 0, height = 0;
+  std::size_t triangles = 0;
+  std::string renderer;  ///< GL_RENDERER and GL_VERSION.
+  std::string platform, device;
+  bool software = false;
+  /// Milliseconds. `start` is display, module and driver; `total` the whole run in the child.
+  double start = 0, import = 0, upload = 0, draw = 0, readBack = 0, write = 0, total = 0;
+  std::vector<std::string> warnings;
+};
+
+/// The report as a JSON object on several lines, with the peak memory of this process (bytes) as it
+/// is now. Text that is not UTF-8 gets replacement characters.
+std::string FormatReport(const RenderReport& report);
+
+}  // namespace gl3

@@ -1,0 +1,6 @@
+// What the program finds in this library.
+#include "apps/gl3/work/check_output.h"
+#include "apps/gl3/work/render_job.h"
+#include "apps/gl3/work_library.h"
+
+extern "C" const gl3::WorkTable kGl3Work = {gl3::CheckOutput, gl3::Render};
