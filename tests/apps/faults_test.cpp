@@ -1,0 +1,90 @@
+// Work that crashes, stalls or is ended: the parent tells it in one line, and no half-written file
+// stays. The tests send the signals to the real child at the step that it reports.
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+
+#include "tests/apps/gl3_process.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class Faults : public Gl3Test {
+ protected:
+  static constexpr const char* kImporting = "large.obj: importing it";
+
+  Faults() { Write("large.obj", LargeObj(600)); }
+
+  /// Ends the child with `signal` as soon as it reports `step`, and expects a line with `part`.
+  void ExpectChildSignalled(const std::string& step, int signal, int status,
+                            const std::string& part) const {
+    SCOPED_TRACE(step);
+    Gl3Process process(m_work, m_logs,
+                       {"render", "large.obj", "-o", "out.png", "-s", "3000x3000", "-v"});
+    ASSERT_TRUE(process.WaitFor(step));
+    ASSERT_GT(process.Child(), 0);
+    kill(process.Child(), signal);
+    const Gl3Result result = process.Finish();
+    EXPECT_EQ(result.status, status) << result.err;
+    EXPECT_EQ(LastLine(result.err).compare(0, 5, "gl3: "), 0);
+    EXPECT_NE(LastLine(result.err).find(part), std::string::npos) << result.err;
+    EXPECT_EQ(Names(), std::set<std::string>{"large.obj"});
+  }
+};
+
+TEST_F(Faults, ACrashIsBlamedOnWhatWasDone) {
+  ExpectChildSignalled(kImporting, SIGSEGV, 3, "large.obj: importing it crashed");
+  ExpectChildSignalled(kImporting, SIGABRT, 3, "large.obj: importing it crashed");
+  ExpectChildSignalled("OpenGL: drawing", SIGSEGV, 1, "crashed");
+  ExpectChildSignalled("out.png: writing it", SIGKILL, 1, "out.png: writing it crashed");
+}
+
+TEST_F(Faults, AStallEndsAtTheTimeLimit) {
+  Gl3Process process(m_work, m_logs,
+                     {"render", "large.obj", "-o", "out.png", "-v", "--timeout", "3"});
+  ASSERT_TRUE(process.WaitFor(kImporting));
+  kill(process.Child(), SIGSTOP);
+  const Gl3Result result = process.Finish();
+  EXPECT_EQ(result.status, 3);
+  EXPECT_NE(LastLine(result.err).find("large.obj"), std::string::npos) << result.err;
+  EXPECT_NE(LastLine(result.err).find("--timeout"), std::string::npos) << result.err;
+  EXPECT_EQ(Names(), std::set<std::string>{"large.obj"});
+}
+
+TEST_F(Faults, MemoryBeyondTheLimitEndsTheRun) {
+  ExpectRefused({"render", "large.obj", "-o", "out.png", "-s", "9000x9000", "--max-memory", "200M"},
+                1, {"--max-memory", "200.0 MiB"});
+}
+
+TEST_F(Faults, EndingTheProgramLeavesWholeFilesOnly) {
+  Write("small.obj", kSquaresObj);
+  for (int i = 0; i < 16; ++i) {
+    SCOPED_TRACE(i);
+    const int signal = i % 2 ? SIGTERM : SIGINT;
+    Gl3Process process(m_work, m_logs,
+                       {"render", "small.obj", "-o", "out.png", "-s", "2000x2000", "-v"});
+    // From before the start to after the end of writing.
+    const char* const steps[] = {"starting", "importing", "drawing", "writing"};
+    ASSERT_TRUE(process.WaitFor(steps[i % 4]));
+    usleep(static_cast<useconds_t>(i) * 3000);
+    process.Signal(signal);
+    const Gl3Result result = process.Finish();
+    EXPECT_TRUE(result.status == 0 || result.status == 128 + signal) << result.status;
+    std::set<std::string> names = Names();
+    names.erase("out.png");
+    EXPECT_EQ(names, (std::set<std::string>{"large.obj", "small.obj"}));
+    if (!fs::exists(Path("out.png"))) continue;
+    std::ifstream file(Path("out.png"), std::ios::binary);
+    const std::string bytes((std::istreambuf_iterator<char>(file)), {});
+    EXPECT_EQ(bytes.compare(bytes.size() - 8, 4, "IEND"), 0);
+    fs::remove(Path("out.png"));
+  }
+}
+
+}  // namespace

@@ -1,0 +1,179 @@
+// Renders that succeed: the files, what the options do to the pixels, the figures, the recipe.
+#include <png.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "tests/apps/gl3_process.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// A PNG file as 8-bit RGBA.
+struct Pixels {
+  int width = 0, height = 0;
+  std::vector<unsigned char> rgba;
+
+  /// Sum of channel `c` over the columns from `left` up to `right`.
+  double Sum(int c, int left, int right) const {
+    double sum = 0;
+    for (int y = 0; y < height; ++y) {
+      for (int x = left; x < right; ++x)
+        sum += rgba[static_cast<std::size_t>((y * width + x) * 4 + c)];
+    }
+    return sum;
+  }
+  bool IsConstant() const {
+    for (std::size_t i = 4; i < rgba.size(); ++i) {
+      if (rgba[i] != rgba[i % 4]) return false;
+    }
+    return true;
+  }
+};
+
+Pixels ReadPng(const fs::path& path) {
+  png_image image = {};
+  image.version = PNG_IMAGE_VERSION;
+  if (!png_image_begin_read_from_file(&image, path.c_str())) return {};
+  image.format = PNG_FORMAT_RGBA;
+  Pixels pixels{static_cast<int>(image.width), static_cast<int>(image.height), {}};
+  pixels.rgba.resize(PNG_IMAGE_SIZE(image));
+  png_image_finish_read(&image, nullptr, pixels.rgba.data(), 0, nullptr);
+  return pixels;
+}
+
+/// What an outside program says about a picture file.
+std::string InfoOf(const fs::path& path) {
+  std::string text;
+  std::FILE* pipe = popen(("oiiotool --info -v '" + path.string() + "' 2>&1").c_str(), "r");
+  if (!pipe) return text;
+  char block[4096];
+  while (const std::size_t count = std::fread(block, 1, sizeof block, pipe))
+    text.append(block, count);
+  pclose(pipe);
+  return text;
+}
+
+class Pictures : public Gl3Test {
+ protected:
+  Pictures() {
+    Write("squares.obj", kSquaresObj);
+    Write("cameras.gltf", kCamerasGltf);
+  }
+
+  /// Renders without a word and reads the PNG.
+  Pixels Render(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), "render");
+    arguments.insert(arguments.end(), {"-o", "out.png", "-s", "96x64"});
+    const Gl3Result result = Run(arguments);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out + result.err, "");
+    return ReadPng(Path("out.png"));
+  }
+};
+
+TEST_F(Pictures, AreWrittenInEveryKindWithTheirRecipe) {
+  for (const char* name : {"a picture.png", "out.exr", "out.jpg", "OUT.JPEG"}) {
+    SCOPED_TRACE(name);
+    const Gl3Result result = Run({"render", "squares.obj", "-o", name, "--size", "97x63"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    const std::string info = InfoOf(Path(name));
+    EXPECT_NE(info.find("97 x   63"), std::string::npos) << info;
+    EXPECT_NE(info.find("gl3 render squares.obj -o"), std::string::npos) << info;
+    EXPECT_NE(info.find("xxh3:"), std::string::npos) << info;
+    EXPECT_NE(info.find("fov=40"), std::string::npos) << info;
+  }
+  EXPECT_NE(InfoOf(Path("a picture.png")).find("-o 'a picture.png'"), std::string::npos);
+  EXPECT_NE(InfoOf(Path("out.exr")).find("half openexr"), std::string::npos);
+  EXPECT_EQ(Names().size(), 6u);
+}
+
+TEST_F(Pictures, ShowTheBackgroundThatWasAskedFor) {
+  const Pixels onRed = Render({"squares.obj", "--background", "#f00"});
+  EXPECT_EQ((std::vector<int>{onRed.rgba[0], onRed.rgba[1], onRed.rgba[2], onRed.rgba[3]}),
+            (std::vector<int>{255, 0, 0, 255}));
+  EXPECT_FALSE(onRed.IsConstant());
+  for (const auto& arguments :
+       {std::vector<std::string>{"squares.obj", "--no-background"},
+        std::vector<std::string>{"squares.obj", "--background", "transparent"}}) {
+    const Pixels cutOut = Render(arguments);
+    EXPECT_EQ(cutOut.rgba[3], 0);
+    EXPECT_GT(cutOut.Sum(3, 0, 96), 255 * 100);
+  }
+}
+
+TEST_F(Pictures, AreTakenFromTheCameraThatWasNamed) {
+  EXPECT_FALSE(Render({"cameras.gltf"}).IsConstant());
+  EXPECT_FALSE(Render({"cameras.gltf", "--camera", "Close"}).IsConstant());
+  EXPECT_TRUE(Render({"cameras.gltf", "--camera", "Away"}).IsConstant());
+  EXPECT_TRUE(Render({"cameras.gltf", "--eye", "0,0,3", "--target", "0,0,9"}).IsConstant());
+  EXPECT_FALSE(Render({"cameras.gltf", "--eye", "0,0,3"}).IsConstant());
+  fs::remove(Path("out.png"));
+  ExpectRefused({"render", "cameras.gltf", "-o", "out.png", "--camera", "Clsoe"}, 2,
+                {"did you mean Close?", "Away"});
+}
+
+TEST_F(Pictures, InParallelProjectionKeepSizesOverDepth) {
+  const auto share = [&](const std::vector<std::string>& more) {
+    std::vector<std::string> arguments = {"squares.obj", "--no-background", "--view", "front"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    const Pixels pixels = Render(arguments);
+    return pixels.Sum(3, 0, 48) / pixels.Sum(3, 48, 96);
+  };
+  EXPECT_NEAR(share({"--parallel"}), 1, 0.02);
+  EXPECT_LT(share({}), 0.8) << "the left square is farther away";
+}
+
+TEST_F(Pictures, MergeSeveralModels) {
+  const Gl3Result one = Run({"render", "squares.obj", "-o", "one.png", "--json", "-s", "32x32"});
+  const Gl3Result two =
+      Run({"render", "squares.obj", "cameras.gltf", "-o", "two.png", "--json", "-s", "32x32"});
+  const auto first = nlohmann::json::parse(one.out), second = nlohmann::json::parse(two.out);
+  EXPECT_EQ(first["triangles"], 4);
+  EXPECT_EQ(second["triangles"], 5);
+  EXPECT_EQ(second["output"], "two.png");
+  EXPECT_EQ(second["width"], 32);
+  EXPECT_NE(second["renderer"], "");
+  EXPECT_GT(second["peakMemoryBytes"], 1 << 20);
+  double sum = 0;
+  for (const char* step : {"start", "import", "upload", "draw", "readBack", "write"}) {
+    const double time = second["milliseconds"][step];
+    EXPECT_GE(time, 0) << step;
+    sum += time;
+  }
+  EXPECT_GT(second["milliseconds"]["draw"], 0);
+  EXPECT_LE(sum, second["milliseconds"]["total"]);
+  EXPECT_NE(InfoOf(Path("two.png")).find("gl3:input2: \"cameras.gltf"), std::string::npos);
+  // Where pixels are drawn on the processor there is no other device to ask for.
+  if (first["software"]) {
+    ExpectRefused({"render", "squares.obj", "-o", "one.png", "--device", "gpu"}, 4,
+                  {"--device gpu", "; "});
+  }
+}
+
+TEST_F(Pictures, NeedNothingFromTheEnvironment) {
+  Gl3Setup bare;
+  bare.environment = {"HOME=", "LANG=", "XDG_CONFIG_HOME=", "GL3_REGISTRY=", "DISPLAY="};
+  bare.closeStandardStreams = true;
+  EXPECT_EQ(Run({"render", "squares.obj", "-o", "out.png", "--json"}, bare).status, 0);
+  EXPECT_FALSE(ReadPng(Path("out.png")).IsConstant());
+  Gl3Process elsewhere("/proc", m_logs,
+                       {"render", Path("squares.obj").string(), "-o", Path("b.png").string()});
+  EXPECT_EQ(elsewhere.Finish().status, 0) << "a working directory that cannot be written to";
+}
+
+TEST_F(Pictures, ComeWithHelpAndVersion) {
+  const Gl3Result help = Run({"--help"}), version = Run({"--version"});
+  const Gl3Result renderHelp = Run({"render", "--help"});
+  EXPECT_EQ(help.status + version.status + renderHelp.status, 0);
+  EXPECT_EQ(help.err + version.err + renderHelp.err, "");
+  EXPECT_EQ(version.out.compare(0, 4, "gl3 "), 0);
+  EXPECT_NE(help.out.find("render"), std::string::npos);
+  EXPECT_NE(renderHelp.out.find("--antialias"), std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,124 @@
+// Wrong usage, input that cannot be read, output that cannot be written, a module that is not
+// there: the status, one line with the thing and the remedy, no file.
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/apps/gl3_process.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class Refusals : public Gl3Test {
+ protected:
+  Refusals() { Write("ok.obj", kSquaresObj); }
+
+  /// `gl3 render ok.obj -o ok.png` with more arguments.
+  static std::vector<std::string> RenderWith(const std::vector<std::string>& more) {
+    std::vector<std::string> arguments = {"render", "ok.obj", "-o", "ok.png"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return arguments;
+  }
+};
+
+TEST_F(Refusals, OfWrongCommandLines) {
+  ExpectRefused({}, 2, {"no verb", "gl3 --help"});
+  ExpectRefused({"rendr"}, 2, {"rendr", "did you mean render?"});
+  ExpectRefused({"--nonsense"}, 2, {"--nonsense", "gl3 --help"});
+  ExpectRefused({"render"}, 2, {"MODEL", "gl3 render --help"});
+  ExpectRefused({"render", "ok.obj"}, 2, {"--output", "gl3 render --help"});
+  ExpectRefused(RenderWith({"--siez", "1x1"}), 2, {"--siez", "did you mean --size?"});
+  ExpectRefused(RenderWith({"--size"}), 2, {"--size", "missing"});
+  ExpectRefused(RenderWith({"--eye", "0,0,1", "--view", "top"}), 2, {"--view excludes --eye"});
+  ExpectRefused(RenderWith({"--target", "0,0,1"}), 2, {"--target requires --eye"});
+  ExpectRefused(RenderWith({"--eye", "1,2,3", "--target", "1,2,3"}), 2, {"--target", "--eye"});
+  ExpectRefused(RenderWith({"--eye", "0,5,0", "--target", "0,0,0", "--up", "0,-2,0"}), 2, {"--up"});
+  ExpectRefused({"render", "ok.obj", "-o", "ok.bmp"}, 2, {"ok.bmp", ".png", ".exr", ".jpg"});
+  ExpectRefused(RenderWith({"--camera", "Main"}), 2, {"--camera", "Main", "none"});
+}
+
+TEST_F(Refusals, OfValuesOutOfRangeWithTheLimits) {
+  for (const char* size : {"0x0", "100000x10", "32768x32768", "-1x5", "12x", "garbage", ""}) {
+    ExpectRefused(RenderWith({"-s", size}), 2, {"--size", "32768", "268435456"});
+  }
+  const struct {
+    const char *option, *value, *remedy;
+  } cases[] = {
+      {"--mode", "flat", "shaded"},
+      {"--antialias", "5", "1 to 4"},
+      {"--antialias", "1.5", "1 to 4"},
+      {"--quality", "0", "1 to 100"},
+      {"--fov", "180", "170"},
+      {"--eye", "1,2", "three numbers"},
+      {"--eye", "nan,0,1", "numbers"},
+      {"--background", "#12", "#rrggbb"},
+      {"--background", "0,0,2", "0 to 1"},
+      {"--lights", "sun", "three-point"},
+      {"--view", "0,0,0", "front"},
+      {"--device", "fast", "cpu"},
+      {"--timeout", "-1", "seconds"},
+      {"--max-memory", "3x", "64M"},
+  };
+  for (const auto& [option, value, remedy] : cases) {
+    ExpectRefused(RenderWith({option, value}), 2, {std::string(option) + ": ", remedy});
+  }
+}
+
+TEST_F(Refusals, OfModelsThatCannotBeRead) {
+  fs::create_directory(Path("folder.obj"));
+  Write("empty.obj", "");
+  Write("truncated.gltf", std::string(kCamerasGltf).substr(0, 400));
+  Write("header.glb", std::string("glTF\2\0\0\0\377", 9));
+  Write("noise.fbx", "This is not a model.");
+  Write("model.unknown", "v 0 0 0\n");
+  Write("nothing.obj", "# nothing to draw\n");
+  for (const char* model :
+       {"missing.obj", "folder.obj", "empty.obj", "truncated.gltf", "header.glb", "noise.fbx",
+        "model.unknown", "nothing.obj", "ok.obj/below.obj"}) {
+    ExpectRefused({"render", model, "-o", "ok.png"}, 3, {model, "; "});
+  }
+  ExpectRefused({"render", "ok.obj", "missing.obj", "-o", "ok.png"}, 3, {"missing.obj"});
+}
+
+TEST_F(Refusals, OfOutputThatCannotBeWritten) {
+  fs::create_directory(Path("folder.png"));
+  for (const char* output : {"folder.png", "ok.obj/ok.png", "missing/ok.png"}) {
+    ExpectRefused({"render", "ok.obj", "-o", output}, 5, {output, "; "});
+  }
+  // As a disk does that fills up in mid-write: the check before the work cannot see it.
+  Write("old.png", "old");
+  Gl3Setup small;
+  small.fileSizeLimit = 4096;
+  for (const char* output : {"old.png", "new.exr", "new.jpg"}) {
+    ExpectRefused({"render", "ok.obj", "-o", output, "-s", "900x900"}, 5, {output, "; "}, small);
+  }
+  EXPECT_EQ(fs::file_size(Path("old.png")), 3u);
+}
+
+TEST_F(Refusals, OfModulesAndDevices) {
+  // A copy of the program in a folder of its own has no module beside it.
+  const std::string program = (m_base / "gl3").string();
+  fs::copy_file(GL3_BIN_DIR "/gl3", program);
+  fs::create_directory(m_base / "modules");
+  const std::string folder = (m_base / "modules").string();
+  Gl3Setup setup;
+  setup.program = program;
+  setup.environment = {"GL3_MODULE_PATH=" + folder};
+  ExpectRefused(RenderWith({}), 4, {"OpenGL3.so", folder, "; "}, setup);
+
+  const std::string text = folder + "/OpenGL3.so";
+  Write("../modules/OpenGL3.so", "not a library");
+  ExpectRefused(RenderWith({}), 4, {text, "not a shared library"}, setup);
+  ExpectRefused(RenderWith({"--module", "ok.obj"}), 4, {"ok.obj", "not a shared library"});
+  ExpectRefused(RenderWith({"--module", "missing.so"}), 4, {"missing.so", "; "});
+
+  ExpectRefused(RenderWith({"--device", "999"}), 4, {"--device 999", "; "});
+  Gl3Setup wrongDevice;
+  wrongDevice.environment = {"GL3_DEVICE=999"};
+  ExpectRefused(RenderWith({}), 4, {"GL3_DEVICE=999", "; "}, wrongDevice);
+  EXPECT_EQ(Run(RenderWith({"-s", "16x16", "--device", "cpu"}), wrongDevice).status, 0)
+      << "the flag beats the environment";
+}
+
+}  // namespace

@@ -1,0 +1,214 @@
+// The transparent pass: its GL calls, the state it leaves, and its pixels.
+#include <algorithm>
+#include <utility>
+
+#include "tests/support/drawing_fixture.h"
+#include "tests/support/gl_recorder.h"
+
+namespace {
+
+class PassTest : public DrawingFixture {
+ protected:
+  void SetUp() override {
+    DrawingFixture::SetUp();
+    Buffer().MakeRoomForTransparentPolys(1);
+  }
+  /// Queues a triangle over the middle.
+  void Triangle(float z, AttrProperty* attribute, GL3GATexture* texture = nullptr,
+                LightListNode* lights = nullptr) {
+    Buffer().AddTransparentPoly(Facing(-10, -10, z), Facing(10, -10, z), Facing(0, 10, z), texture,
+                                attribute, lights);
+  }
+  static bool IsOn(GLenum capability) {
+    const GlRecorderPause pause;
+    return glIsEnabled(capability);
+  }
+  /// The log without what sets up and tears down a pass.
+  static Lines Steps(const GlRecorder& gl) {
+    Lines steps;
+    for (const std::string& call : gl.Calls()) {
+      for (const char* kept :
+           {"glDrawElements", "glMaterialfv", "glBindTexture", "glDisable(GL_TEX", "glLightModeli",
+            "glBegin", "glLineWidth", "glVertex3fv"}) {
+        if (call.starts_with(kept)) steps.push_back(call);
+      }
+    }
+    if (!steps.empty()) steps.pop_back();  // the diffuse colour found at the start
+    return steps;
+  }
+
+  AttrProperty m_red = Material(1, 0, 0, 0.5f), m_green = Material(0, 1, 0, 0.5f),
+               m_blue = Material(0, 0, 1, 0.5f);
+};
+
+TEST_F(PassTest, OneTriangleFromStartToEnd) {
+  Triangle(-10, &m_red);
+  GlRecorder gl;
+  gl.LogIndices(true);
+  Buffer().EndScene();
+  EXPECT_EQ(gl.Calls(), (Lines{"glGetMaterialfv(GL_FRONT, GL_DIFFUSE, pointer)",
+                               "glEnable(GL_LINE_SMOOTH)",
+                               "glIsEnabled(GL_CULL_FACE)",
+                               "glGetIntegerv(0xb45)",
+                               "glCullFace(GL_FRONT)",
+                               "glEnable(GL_CULL_FACE)",
+                               "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {1, 0, 0, 0.5})",
+                               "glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, {0, 0, 0, 0.5})",
+                               "glMaterialfv(GL_FRONT_AND_BACK, GL_SHININESS, {0})",
+                               "glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, {0, 0, 0, 1})",
+                               "glEnable(GL_LIGHTING)",
+                               "glEnableClientState(GL_VERTEX_ARRAY)",
+                               "glEnableClientState(GL_NORMAL_ARRAY)",
+                               "glEnableClientState(GL_TEXTURE_COORD_ARRAY)",
+                               "glVertexPointer(3, GL_FLOAT, 32, pointer)",
+                               "glNormalPointer(GL_FLOAT, 32, pointer)",
+                               "glTexCoordPointer(2, GL_FLOAT, 32, pointer)",
+                               "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2})",
+                               "glDisableClientState(GL_VERTEX_ARRAY)",
+                               "glDisableClientState(GL_NORMAL_ARRAY)",
+                               "glDisableClientState(GL_TEXTURE_COORD_ARRAY)",
+                               "glDisable(GL_LIGHTING)",
+                               "glDisable(GL_CULL_FACE)",
+                               "glDisable(GL_LINE_SMOOTH)",
+                               "glCullFace(GL_FRONT)",
+                               "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.8, 0.8, 0.8, 1})"}));
+  gl.Clear();
+  Buffer().EndScene();
+  EXPECT_EQ(gl.Calls(), Lines());
+}
+
+TEST_F(PassTest, ChangesOfStateEndABatch) {
+  const auto texture = SolidTexture({255, 255, 255, 128});
+  const std::string bind =
+      "glBindTexture(GL_TEXTURE_2D, " + std::to_string(texture->m_texture) + ")";
+  GL3GATexture nameless;
+  AttrProperty sameAsRed = m_red;
+  LightList lights(std::vector<GALight>(1));
+  Triangle(-90, &m_red);
+  Triangle(-80, &m_red);
+  Triangle(-70, &sameAsRed);                 // equal values: a batch, nothing sent
+  Triangle(-60, &sameAsRed, texture.get());  // the texture alone
+  Triangle(-50, &m_red, texture.get());      // with a texture everything is sent again
+  Triangle(-40, &m_red, texture.get(), lights.Head());
+  Triangle(-30, &m_red, &nameless, lights.Head());
+  Triangle(-20, &m_red, &nameless, lights.Head());  // never current, so it ends a batch each time
+  Triangle(-10, nullptr);                           // draws nothing, and yet ends the texture
+  GlRecorder gl;
+  Buffer().RenderTransparentPolys();
+
+  const std::string three = "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT)";
+  const Lines red = {"glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {1, 0, 0, 0.5})",
+                     "glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, {0, 0, 0, 0.5})",
+                     "glMaterialfv(GL_FRONT_AND_BACK, GL_SHININESS, {0})",
+                     "glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, {0, 0, 0, 1})"};
+  Lines wanted = red;
+  wanted.insert(wanted.end(),
+                {"glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT)", three, bind, three});
+  wanted.insert(wanted.end(), red.begin(), red.end());
+  wanted.insert(wanted.end(),
+                {three, "glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, 1)", three,
+                 "glDisable(GL_TEXTURE_2D)", three, "glDisable(GL_TEXTURE_2D)", three});
+  EXPECT_EQ(Steps(gl), wanted);
+}
+
+TEST_F(PassTest, TheFirstMaterialIsSentAlsoWhenItIsInForce) {
+  Buffer().SetMaterial(&m_red, 0.0f);
+  Triangle(-10, &m_red);
+  GlRecorder gl;
+  Buffer().RenderTransparentPolys();
+  // Four values before the draw; the diffuse colour at the end is the one in force.
+  EXPECT_EQ(gl.Count("glMaterialfv"), 4);
+}
+
+TEST_F(PassTest, LinesOvertakeTheTrianglesThatWait) {
+  GAVertex from = Facing(-5, 0, -20, 0.25f, 3);
+  GAVertex to = Facing(5, 0, -20, 1, 9);
+  Triangle(-30, &m_red);
+  Buffer().AddTransparentPoly(from, to, &m_red, nullptr);
+  Triangle(-10, &m_red);
+  GlRecorder gl;
+  Buffer().RenderTransparentPolys();
+  Lines steps = Steps(gl);
+  steps.erase(steps.begin(), steps.begin() + 4);  // the material
+  EXPECT_EQ(steps, (Lines{"glLineWidth(3)", "glBegin(GL_LINES)",
+                          "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.8, 0.8, 0.8, 0.75})",
+                          "glVertex3fv({-5, 0, -20})",
+                          "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.8, 0.8, 0.8, 0})",
+                          "glVertex3fv({5, 0, -20})",
+                          "glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT)"}));
+  EXPECT_EQ(gl.CallsTo("glEnable(GL_LIGHTING)").size(), 1u);
+}
+
+TEST_F(PassTest, StateComesBackAsItWas) {
+  Buffer().SetMaterial(&m_blue, 0.0f);
+  List().SetDepthFunc(0);
+  Buffer().SetupLights(nullptr);
+  glEnable(GL_CULL_FACE);
+  glCullFace(GL_BACK);
+  const auto texture = SolidTexture({255, 255, 255, 128});
+  Buffer().IsFogEnabled();  // back from the driver's context
+  Triangle(-10, &m_red, texture.get());
+  GlRecorder gl;
+  Buffer().RenderTransparentPolys();
+  EXPECT_EQ(gl.CallsTo("glEnable("), (Lines{"glEnable(GL_LINE_SMOOTH)", "glEnable(GL_DEPTH_TEST)",
+                                            "glEnable(GL_CULL_FACE)", "glEnable(GL_TEXTURE_2D)"}));
+  EXPECT_FALSE(IsOn(GL_DEPTH_TEST));
+  EXPECT_FALSE(IsOn(GL_LINE_SMOOTH));
+  EXPECT_FALSE(IsOn(GL_TEXTURE_2D));
+  EXPECT_TRUE(IsOn(GL_CULL_FACE));
+  GLint culled = 0;
+  {
+    const GlRecorderPause pause;
+    glGetIntegerv(GL_CULL_FACE_MODE, &culled);
+  }
+  EXPECT_EQ(culled, GL_BACK);
+  // Lighting goes off in the GL alone.
+  EXPECT_FALSE(IsOn(GL_LIGHTING));
+  EXPECT_TRUE(Buffer().HasState(GL3GABuffer::kLightingOn));
+  EXPECT_FALSE(Buffer().HasState(GL3GABuffer::kDepthTestOn));
+  EXPECT_EQ(gl.Calls().back(), "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0, 0, 1, 0.5})");
+}
+
+TEST_F(PassTest, NearerSurfacesLieOverFartherOnesInAnyOrderOfSubmission) {
+  std::vector<std::pair<float, AttrProperty*>> layers = {
+      {-30, &m_green}, {-20, &m_blue}, {-10, &m_red}};
+  std::sort(layers.begin(), layers.end());
+  do {
+    Target().Begin();
+    List().SetDepthFunc(5);  // the pass before left the flag of lighting on
+    List().SetupLights(nullptr);
+    Buffer().MakeRoomForTransparentPolys(1);
+    for (const auto& [z, material] : layers) Triangle(z, material);
+    Target().End();
+    EXPECT_TRUE(Near(ColorAt(0, 0), {128, 32, 64}));
+  } while (std::next_permutation(layers.begin(), layers.end()));
+}
+
+TEST_F(PassTest, AdditiveBlendingAddsUp) {
+  List().SetupLights(nullptr);
+  List().SetDepthFunc(2);
+  Triangle(-30, &m_green);
+  Triangle(-20, &m_blue);
+  Triangle(-10, &m_blue);
+  Target().End();
+  EXPECT_TRUE(Near(ColorAt(0, 0), {0, 128, 255}));
+}
+
+TEST_F(PassTest, TexturesColorWhatIsLit) {
+  const auto texture = SolidTexture({0, 255, 128, 128});
+  AttrProperty white = Material(1, 0.5f, 1);
+  List().SetupLights(nullptr);
+  Triangle(-10, &white, texture.get());
+  Target().End();
+  EXPECT_TRUE(Near(ColorAt(0, 0), {0, 64, 64}));
+}
+
+TEST_F(PassTest, SurfacesThatFaceAwayAreNotDrawn) {
+  List().SetupLights(nullptr);
+  Buffer().AddTransparentPoly(Facing(-10, -10, -9), Facing(0, 10, -9), Facing(10, -10, -9), nullptr,
+                              &m_red, nullptr);
+  Target().End();
+  EXPECT_EQ(Target().CountOther({0, 0, 0}), 0);
+}
+
+}  // namespace

@@ -1,0 +1,292 @@
+// Batches: what goes into which, when they are flushed, and how they are drawn.
+#include "driver/GL3Driver.h"
+#include "tests/support/drawing_fixture.h"
+#include "tests/support/gl_recorder.h"
+
+namespace {
+
+class BatchTest : public DrawingFixture {
+ protected:
+  bool IsPending() { return Buffer().HasState(GL3GABuffer::kArraysPending); }
+  static Lines Draws(const GlRecorder& gl) { return gl.CallsTo("glDrawElements"); }
+  static std::string Triangles(int indices) {
+    return "glDrawElements(GL_TRIANGLES, " + std::to_string(indices) + ", GL_UNSIGNED_INT)";
+  }
+
+  GAColor m_red = Rgb(255, 0, 0), m_green = Rgb(0, 255, 0), m_blue = Rgb(0, 0, 255);
+};
+
+TEST_F(BatchTest, FlushedInAFixedOrderWithTheStridesOfTheirFormats) {
+  auto quad = Square(0, 0, 5, -9);
+  List().AddTransformedPolygon(Polygon(m_red, -9), 0);
+  List().AddCP({0, 0, -9}, 4, m_red);
+  List().AddTransformedTri(quad.data(), 0);
+  List().AddTransformedQuad(quad.data(), 0, 0);
+  List().AddTransformedLine({0, 0, -9}, {1, 0, -9}, m_red);
+  GlRecorder gl;
+  gl.LogIndices(true);
+  List().FlushArrays();
+  const auto on = [](const char* array) {
+    return std::string("glEnableClientState(") + array + ")";
+  };
+  const auto off = [](const char* array) {
+    return std::string("glDisableClientState(") + array + ")";
+  };
+  const char* const vertex = "GL_VERTEX_ARRAY";
+  const char* const normal = "GL_NORMAL_ARRAY";
+  const char* const color = "GL_COLOR_ARRAY";
+  const char* const uv = "GL_TEXTURE_COORD_ARRAY";
+  EXPECT_EQ(gl.Calls(),
+            (Lines{on(vertex),
+                   on(color),
+                   "glVertexPointer(3, GL_FLOAT, 16, pointer)",
+                   "glColorPointer(4, GL_UNSIGNED_BYTE, 16, pointer)",
+                   "glDrawElements(GL_LINES, 2, GL_UNSIGNED_INT, {0, 1})",
+                   off(vertex),
+                   off(color),
+                   on(vertex),
+                   on(normal),
+                   "glVertexPointer(3, GL_FLOAT, 32, pointer)",
+                   "glNormalPointer(GL_FLOAT, 32, pointer)",
+                   "glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT, {0, 1, 2, 0, 2, 3})",
+                   off(vertex),
+                   off(normal),
+                   on(vertex),
+                   on(normal),
+                   on(uv),
+                   "glVertexPointer(3, GL_FLOAT, 32, pointer)",
+                   "glNormalPointer(GL_FLOAT, 32, pointer)",
+                   "glTexCoordPointer(2, GL_FLOAT, 32, pointer)",
+                   "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2})",
+                   off(vertex),
+                   off(normal),
+                   off(uv),
+                   on(vertex),
+                   on(color),
+                   "glVertexPointer(3, GL_FLOAT, 16, pointer)",
+                   "glColorPointer(4, GL_UNSIGNED_BYTE, 16, pointer)",
+                   "glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT, {0, 1, 2, 0, 2, 3})",
+                   off(vertex),
+                   off(color),
+                   on(vertex),
+                   on(uv),
+                   on(color),
+                   "glVertexPointer(3, GL_FLOAT, 24, pointer)",
+                   "glTexCoordPointer(2, GL_FLOAT, 24, pointer)",
+                   "glColorPointer(4, GL_UNSIGNED_BYTE, 24, pointer)",
+                   "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2})",
+                   off(vertex),
+                   off(uv),
+                   off(color)}));
+  EXPECT_FALSE(IsPending());
+
+  gl.Clear();
+  Buffer().SetState(GL3GABuffer::kArraysPending, true);
+  List().FlushArrays();
+  EXPECT_EQ(gl.Calls(), Lines());
+  EXPECT_FALSE(IsPending());
+}
+
+TEST_F(BatchTest, FlushedWhenTheyHoldMoreThanTheLimit) {
+  auto quad = Square(0, 0, 5, -9);
+  GL3GADriver::gl_max_vertices = 8;
+  GlRecorder gl;
+  for (int i = 0; i < 3; ++i) List().AddTransformedQuad(quad.data(), 0, 0);  // 0, 4 and 8 before
+  EXPECT_EQ(Draws(gl), Lines());
+  List().AddTransformedQuad(quad.data(), 0, 0);  // 12 before
+  EXPECT_EQ(Draws(gl), Lines{Triangles(18)});
+  EXPECT_TRUE(IsPending());  // for the quad that came after the flush
+  List().ExecuteInstructions();
+  EXPECT_EQ(Draws(gl), (Lines{Triangles(18), Triangles(6)}));
+
+  gl.Clear();
+  GL3GADriver::gl_max_vertices = 6;
+  for (int i = 0; i < 4; ++i) List().AddTransformedPolygon(Polygon(m_red, -9), 0);
+  EXPECT_EQ(Draws(gl), Lines{Triangles(9)});
+  const VornPoly polygons[2] = {Polygon(m_red, -9), Polygon(m_red, -9)};
+  for (int i = 0; i < 2; ++i) List().AddTransformedPolygons(polygons, 2, 0);  // 3 and 9 before
+  EXPECT_EQ(Draws(gl), (Lines{Triangles(9), Triangles(9)}));
+  List().AddTransformedTri(quad.data(), 0);
+  List().AddTransformedTri(quad.data(), 0);
+  List().AddTransformedTri(quad.data(), 0);  // 6 before: no flush
+  EXPECT_EQ(Draws(gl).size(), 2u);
+  List().AddTransformedTri(quad.data(), 0);
+  EXPECT_EQ(Draws(gl), (Lines{Triangles(9), Triangles(9), Triangles(9), Triangles(6)}));
+}
+
+TEST_F(BatchTest, LinesAndMarkersAreNotLimitedNorIsANegativeSetting) {
+  GlRecorder gl;
+  GL3GADriver::gl_max_vertices = 0;
+  for (int i = 0; i < 3; ++i) {
+    List().AddTransformedLine({0, 0, -9}, {1, 0, -9}, m_red);
+    List().AddCP({0, 0, -9}, 4, m_red);
+  }
+  GL3GADriver::gl_max_vertices = -1;
+  for (int i = 0; i < 3; ++i) List().AddTransformedPolygon(Polygon(m_red, -9), 0);
+  EXPECT_EQ(Draws(gl), Lines());
+}
+
+TEST_F(BatchTest, PendingAlsoWhenNothingWasAdded) {
+  Vector point;
+  GlRecorder gl;
+  List().AddTransformedLineList(&point, 1);
+  EXPECT_TRUE(IsPending());
+  List().ExecuteInstructions();
+  EXPECT_FALSE(IsPending());
+  List().AddTransformedLineList(&point, &point, 0, m_red, m_red);
+  EXPECT_TRUE(IsPending());
+  List().ExecuteInstructions();
+  List().AddTransformedPolygons(nullptr, 0, 1);
+  EXPECT_TRUE(IsPending());
+  List().ExecuteInstructions();
+  EXPECT_EQ(gl.Calls(), Lines());
+}
+
+TEST_F(BatchTest, LinesHaveTheirOwnEndsAndTheColorsOfTheirTime) {
+  Vector points[4] = {{-20, 0, -9}, {-10, 0, -9}, {0, 0, -9}, {20, 0, -9}};
+  Vector low[2] = {{-20, -9, -9}, {1, -9, -9}}, high[2] = {{-1, -9, -9}, {20, -9, -9}};
+  List().PrepForLines();
+  List().SetDepthFunc(6);
+  List().SetDefaultColor(m_green);
+  List().AddTransformedLineList(points, 4);
+  List().SetDefaultColor(m_red);
+  List().AddTransformedLineList(low, high, 2, m_blue, m_blue);
+  List().AddTransformedLine({-20, 9, -9}, {20, 9, -9});
+  List().AddTransformedLineRef({-20, 19, -9}, {20, 19, -9}, m_blue);
+  List().AddTransformedLine({-20, -19, -9}, m_blue, {20, -19, -9}, m_red);
+  GlRecorder gl;
+  gl.LogIndices(true);
+  Target().End();
+  EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_LINES, 16, GL_UNSIGNED_INT, "
+                             "{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15})"});
+  // Lines on a pixel border fall to either side of it.
+  const auto lineColor = [&](int x, int y) {
+    const auto color = ColorAt(x, y);
+    return color == std::array<int, 3>{0, 0, 0} ? ColorAt(x, y - 1) : color;
+  };
+  EXPECT_TRUE(Near(lineColor(-15, 0), {0, 255, 0}));
+  EXPECT_TRUE(Near(lineColor(10, 0), {0, 255, 0}));
+  EXPECT_TRUE(Near(lineColor(-10, -9), {0, 0, 255}));
+  EXPECT_TRUE(Near(lineColor(10, -9), {0, 0, 255}));
+  EXPECT_TRUE(Near(lineColor(0, 9), {255, 0, 0}));
+  EXPECT_TRUE(Near(lineColor(0, 19), {0, 0, 255}));
+  EXPECT_LT(lineColor(-18, -19)[0], 20);
+  EXPECT_GT(lineColor(18, -19)[0], 235);
+}
+
+TEST_F(BatchTest, MarkersAreCulledInParallelViewsAlone) {
+  // The view reaches from -32 to 32. Sideways a marker must be outside, up and down only reach out.
+  const std::pair<Vector, bool> cases[] = {
+      {{-33, 0, -9}, true}, {{-35, 0, -9}, false}, {{33, 0, -9}, true},  {{35, 0, -9}, false},
+      {{0, 31, -9}, false}, {{0, 29, -9}, true},   {{0, -31, -9}, false}};
+  for (const auto& [place, added] : cases) {
+    List().AddCP(place, 2, m_red);
+    EXPECT_EQ(IsPending(), added) << place.x << " " << place.y;
+    List().FlushArrays();
+  }
+  Info().perspective = -4.5f;
+  List().AddCP({0, 31, -9}, 2, m_red);
+  EXPECT_TRUE(IsPending());
+  List().FlushArrays();
+
+  // Twice as far as the reference distance a marker is twice as large, to look the same.
+  Target().Begin();
+  Info().scaleX = 2;
+  List().AddCP({0, 0, -9}, 8, m_red);
+  List().AddCP({16, 0, -9}, 4, m_blue);
+  GlRecorder gl;
+  gl.LogIndices(true);
+  Target().End();
+  EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_TRIANGLES, 12, GL_UNSIGNED_INT, "
+                             "{0, 1, 2, 0, 2, 3, 4, 5, 6, 4, 6, 7})"});
+  EXPECT_TRUE(Near(ColorAt(-8, 7), {255, 0, 0}));
+  EXPECT_TRUE(Near(ColorAt(-9, 0), {0, 0, 0}));
+  EXPECT_TRUE(Near(ColorAt(19, -4), {0, 0, 255}));
+  EXPECT_EQ(Target().CountOther({0, 0, 0}), 16 * 16 + 8 * 8);
+}
+
+TEST_F(BatchTest, PolygonsAreDrawnByAscendingKey) {
+  EXPECT_TRUE(SortZOrder(Polygon(m_red, 0, 1), Polygon(m_red, 0, 2)));
+  EXPECT_FALSE(SortZOrder(Polygon(m_red, 0, 2), Polygon(m_red, 0, 2)));
+  EXPECT_FALSE(SortZOrder(Polygon(m_red, 0, 3), Polygon(m_red, 0, 2)));
+  const VornPoly polygons[3] = {Polygon(m_red, -9, 5), Polygon(m_green, -9, 1),
+                                Polygon(m_blue, -9, 3)};
+  List().PrepForPolygonArray();
+  List().SetDepthFunc(0);
+  List().AddTransformedPolygons(polygons, 3, 0);
+  Target().End();
+  EXPECT_TRUE(Near(ColorAt(0, 0), {255, 0, 0}));  // 5 comes last
+}
+
+TEST_F(BatchTest, PolygonArraysAreQueuedInTheSameOrder) {
+  AttrProperty clear = Material(1, 1, 1, 0.5f);
+  LightList lights(std::vector<GALight>(1));
+  List().SetMaterial(&clear, 0);
+  List().SetupLights(lights.Head());
+  VornPoly polygons[3] = {Polygon(m_red, -5, 5), Polygon(m_red, -1, 1), Polygon(m_red, -3, 3)};
+  polygons[1].uv2 = {0.25f, 0.75f};
+  List().AddTransformedPolygons(polygons, 3, 1);
+  ASSERT_EQ(Buffer().TransparentCount(), 3);
+  const TransparentRecord* records = Buffer().TransparentRecords();
+  EXPECT_EQ(records[0].a.z, -1);
+  EXPECT_EQ(records[1].a.z, -3);
+  EXPECT_EQ(records[2].a.z, -5);
+  EXPECT_EQ(records[0].c.v, 0.75f);
+  EXPECT_EQ(records[0].b.x, 10);
+  EXPECT_EQ(records[0].attribute, &clear);
+  EXPECT_EQ(records[0].lights, lights.Head());
+  EXPECT_FALSE(IsPending());
+}
+
+TEST_F(BatchTest, PolygonsAreOnlyQueuedWhenTheyShouldBe) {
+  const auto clearTexture = SolidTexture({255, 0, 0, 128});
+  AttrProperty clear = Material(1, 1, 1, 0.5f);
+  const VornPoly polygon = Polygon(m_red, -9);
+  const auto queued = [&](int check) {
+    const int before = Buffer().TransparentCount();
+    List().AddTransformedPolygon(polygon, check);
+    List().AddTransformedPolygons(&polygon, 1, check);
+    return Buffer().TransparentCount() - before;
+  };
+  EXPECT_EQ(queued(1), 0);
+  List().SetTexture(clearTexture.get());
+  EXPECT_EQ(queued(0), 0);
+  EXPECT_EQ(queued(1), 2);
+  List().SetTexture(nullptr);
+  EXPECT_EQ(queued(1), 0);
+  List().SetMaterial(&clear, 0);
+  EXPECT_EQ(queued(1), 2);
+  List().SetDepthFunc(0);
+  EXPECT_EQ(queued(1), 0);
+  List().SetDepthFunc(1);
+  GL3GABuffer::m_maxtransparentpolys = Buffer().TransparentCount();
+  EXPECT_EQ(queued(1), 0);  // the queue is full
+  GlRecorder gl;
+  List().FlushArrays();
+  EXPECT_EQ(gl.CallsTo("glColorPointer"),
+            Lines{"glColorPointer(4, GL_UNSIGNED_BYTE, 24, pointer)"});
+}
+
+TEST_F(BatchTest, TwoHundredThousandTransparentPolygonsAllAppear) {
+  AttrProperty clear = Material(1, 1, 1, 0.5f);
+  List().SetMaterial(&clear, 0);
+  const std::vector<VornPoly> polygons(200000, Polygon(m_red, -9));
+  List().AddTransformedPolygons(polygons.data(), 200000, 1);
+  EXPECT_EQ(Buffer().TransparentCount(), 150000);
+  GlRecorder gl;
+  Target().End();
+  EXPECT_EQ(Draws(gl), (Lines{Triangles(150000), Triangles(450000)}));
+}
+
+TEST_F(BatchTest, UnorderedKeysLoseNoPolygon) {
+  std::vector<VornPoly> polygons(1000);
+  for (std::size_t i = 0; i < polygons.size(); ++i) {
+    polygons[i].depthKey = i % 3 == 0 ? NAN : static_cast<float>(i * 7919 % 1000);
+  }
+  List().AddTransformedPolygons(polygons.data(), 1000, 0);
+  GlRecorder gl;
+  List().FlushArrays();
+  EXPECT_EQ(Draws(gl), Lines{Triangles(3000)});
+}
+
+}  // namespace

@@ -1,0 +1,244 @@
+// State switches of the display list: what each sends, closes, flushes and remembers.
+#include "driver/GL3Driver.h"
+#include "platform/platform.h"
+#include "tests/support/drawing_fixture.h"
+#include "tests/support/gl_recorder.h"
+
+namespace {
+
+class StateTest : public DrawingFixture {
+ protected:
+  /// Calls of `action`, a batched line waiting. Its flush appears as "flush".
+  template <class Action>
+  Lines CallsOf(Action action, bool pending = true) {
+    if (pending) List().AddTransformedLine({0, 0, -5}, {1, 1, -5}, m_white);
+    GlRecorder gl;
+    action();
+    Lines calls;
+    for (const std::string& call : gl.Calls()) {
+      if (call.starts_with("glDrawElements")) calls.push_back("flush");
+      if (call.find("ClientState") == std::string::npos &&
+          call.find("Pointer") == std::string::npos && !call.starts_with("glDrawElements")) {
+        calls.push_back(call);
+      }
+    }
+    return calls;
+  }
+
+  GAColor m_white = Rgb(255, 255, 255);
+};
+
+TEST_F(StateTest, TexturesFlushAndSwitch) {
+  const auto texture = SolidTexture({255, 0, 0, 255});
+  GL3GATexture nameless;
+  const std::string bind =
+      "glBindTexture(GL_TEXTURE_2D, " + std::to_string(texture->m_texture) + ")";
+  struct Case {
+    GL3GATexture* set;
+    Lines calls;
+  };
+  const Case cases[] = {{nullptr, {}},
+                        {&nameless, {}},
+                        {texture.get(), {"flush", "glEnable(GL_TEXTURE_2D)", bind}},
+                        {texture.get(), {"flush", bind}},
+                        {&nameless, {"flush", "glDisable(GL_TEXTURE_2D)"}},
+                        {texture.get(), {"flush", "glEnable(GL_TEXTURE_2D)", bind}},
+                        {nullptr, {"flush", "glDisable(GL_TEXTURE_2D)"}}};
+  List().MakeCurrent();
+  for (const Case& c : cases) {
+    EXPECT_EQ(CallsOf([&] { List().SetTexture(c.set); }), c.calls);
+    EXPECT_EQ(Buffer().HasState(GL3GABuffer::kArraysPending), c.calls.empty());
+  }
+}
+
+TEST_F(StateTest, DepthFuncIsASwitchOfManyThings) {
+  const std::pair<int, Lines> cases[] = {{-1, {}},
+                                         {6, {}},
+                                         {1, {}},
+                                         {0, {"glDisable(GL_DEPTH_TEST)"}},
+                                         {0, {}},
+                                         {1, {"glEnable(GL_DEPTH_TEST)"}},
+                                         {2, {"glBlendFunc(GL_SRC_ALPHA, GL_ONE)"}},
+                                         {3, {"glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA)"}},
+                                         {4, {"glEnable(GL_LIGHTING)", "glEnable(GL_LIGHT0)"}},
+                                         {4, {"glEnable(GL_LIGHTING)", "glEnable(GL_LIGHT0)"}},
+                                         {5, {"glDisable(GL_LIGHTING)", "glDisable(GL_LIGHT0)"}},
+                                         {5, {"glDisable(GL_LIGHTING)", "glDisable(GL_LIGHT0)"}}};
+  for (const auto& [function, calls] : cases) {
+    EXPECT_EQ(CallsOf([&, f = function] { List().SetDepthFunc(f); }), calls) << function;
+    EXPECT_EQ(Buffer().HasState(GL3GABuffer::kLightingOn), function == 4);
+  }
+  List().PrepForPoints();
+  EXPECT_EQ(CallsOf([&] { List().SetDepthFunc(6); }), Lines{"glEnd()"});
+  EXPECT_EQ(CallsOf([&] { List().SetDepthFunc(6); }), Lines());
+}
+
+TEST_F(StateTest, ProjectionIsLoadedWhenTheModeChanges) {
+  List().PrepForPoints();
+  EXPECT_EQ(CallsOf([&] { List().SetProjection(1); }), Lines());
+  Lines calls = CallsOf([&] { List().SetProjection(0); });
+  ASSERT_EQ(calls.size(), 4u);
+  EXPECT_EQ(calls[0], "glEnd()");
+  EXPECT_EQ(calls[1], "glLoadIdentity()");
+  EXPECT_TRUE(calls[2].starts_with("glLoadMatrixf({0.03125, 0, 0, 0, 0, -0.03125,"));
+  EXPECT_EQ(calls[3], "glViewport(0, 0, 64, 64)");
+  EXPECT_EQ(CallsOf([&] { List().SetProjection(0); }), Lines());
+
+  Buffer().Reallocate(64, 64, 1);  // leaves the model-view stack current
+  calls = CallsOf([&] { List().SetProjection(2); });
+  ASSERT_EQ(calls.size(), 4u);
+  EXPECT_EQ(calls[0], "glMatrixMode(GL_PROJECTION)");
+  EXPECT_TRUE(calls[2].starts_with("glLoadMatrixf({0.03125, 0, 0, 0, 0, 0.03125,"));
+}
+
+TEST_F(StateTest, PreparationsOpenBlocksOnce) {
+  const auto texture = SolidTexture({255, 0, 0, 255});
+  List().SetTexture(texture.get());
+  List().SetDepthFunc(4);
+  EXPECT_EQ(CallsOf([&] { List().PrepForPoints(); }),
+            (Lines{"glDisable(GL_TEXTURE_2D)", "glDisable(GL_LIGHTING)", "glBegin(GL_POINTS)"}));
+  EXPECT_EQ(CallsOf([&] { List().PrepForPoints(); }), Lines());
+  EXPECT_EQ(CallsOf([&] { List().PrepForLines(); }), (Lines{"glEnd()", "glBegin(GL_LINES)"}));
+  EXPECT_EQ(CallsOf([&] { List().PrepForPolygons(); }),
+            (Lines{"glEnd()", "glBegin(GL_TRIANGLES)"}));
+  EXPECT_EQ(CallsOf([&] { List().PrepForPolygonArray(); }), Lines{"glEnd()"});
+
+  List().SetTexture(texture.get());
+  EXPECT_EQ(CallsOf([&] { List().PrepForPolygons(); }),
+            (Lines{"flush", "glDisable(GL_TEXTURE_2D)", "glBegin(GL_TRIANGLES)"}));
+  List().PrepForLines();
+  List().SetDepthFunc(6);
+  EXPECT_EQ(CallsOf([&] { List().PrepForLines(); }), Lines());  // the mode is remembered
+}
+
+TEST_F(StateTest, InstructionListsCloseAndFlush) {
+  List().SetDepthFunc(4);
+  List().PrepForPolygons();
+  EXPECT_EQ(CallsOf([&] { List().BeginInstructions(); }), Lines());
+  EXPECT_EQ(CallsOf([&] { List().EndInstructions(); }),
+            (Lines{"glEnd()", "flush", "glDisable(GL_LIGHTING)"}));
+  EXPECT_EQ(CallsOf([&] { List().EndInstructions(); }, false), Lines());
+  List().PrepForPoints();
+  EXPECT_EQ(CallsOf([&] { List().ExecuteInstructions(); }), (Lines{"glEnd()", "flush"}));
+  EXPECT_EQ(CallsOf([&] { List().Execute(); }), Lines());
+  EXPECT_EQ(CallsOf([&] {
+              List().AddLine(1, 2);
+              List().AddPoint(1);
+            }),
+            Lines());
+}
+
+TEST_F(StateTest, BeginningForgetsTheTextureButNotThatTexturingIsOn) {
+  const auto texture = SolidTexture({255, 0, 0, 128});
+  AttrProperty clear = Material(1, 1, 1, 0.5f);
+  GAVertex corners[4] = {};
+  List().SetTexture(texture.get());
+  List().SetMaterial(&clear, 0);
+  List().AddTransformedTri(corners, 1);
+  List().BeginInstructions();
+  List().AddTransformedTri(corners, 1);
+  ASSERT_EQ(Buffer().TransparentCount(), 2);
+  EXPECT_EQ(Buffer().TransparentRecords()[0].texture, texture.get());
+  EXPECT_EQ(Buffer().TransparentRecords()[1].texture, nullptr);
+  EXPECT_EQ(CallsOf([&] { List().SetTexture(nullptr); }),
+            (Lines{"flush", "glDisable(GL_TEXTURE_2D)"}));
+}
+
+TEST_F(StateTest, MaterialsAndLightsFlushBeforeTheyChange) {
+  AttrProperty red = Material(1, 0, 0);
+  const Lines first = CallsOf([&] { List().SetMaterial(&red, 0); });
+  ASSERT_EQ(first.size(), 5u);
+  EXPECT_EQ(first[0], "flush");
+  EXPECT_EQ(CallsOf([&] { List().SetMaterial(&red, 0); }), Lines());
+  EXPECT_TRUE(Buffer().HasState(GL3GABuffer::kArraysPending));
+  red.base.green = 1;
+  EXPECT_EQ(CallsOf([&] { List().SetMaterial(&red, 0); }).size(), 2u);
+  EXPECT_EQ(CallsOf([&] { List().SetMaterial(nullptr, 0); }), Lines());
+
+  List().PrepForPoints();
+  const Lines lights = CallsOf([&] { List().SetupLights(nullptr); });
+  EXPECT_EQ(lights[0], "glEnd()");
+  EXPECT_EQ(lights[1], "flush");
+  EXPECT_EQ(CallsOf([&] { List().SetupLights(nullptr); }, false).front(),
+            "glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, 0)");
+}
+
+TEST_F(StateTest, VerticesGoIntoTheOpenBlock) {
+  const float matrix[12] = {0, -1, 0, 10, 1, 0, 0, 20, 0, 0, 2, 30};
+  Info().objectToView = matrix;
+  GAColor red = Rgb(255, 0, 0);
+  EXPECT_EQ(CallsOf([&] { List().SetDefaultColor(red); }), Lines{"glColor4fv({1, 0, 0, 1})"});
+  List().PrepForPoints();
+  const Lines calls = CallsOf([&] {
+    List().TransformAndAddVertex({1, 2, 3}, m_white);
+    List().AddTransformedVertex({1, 2, 3});
+    List().AddTransformedVertex({1, 2, 3}, m_white, {4, 5});
+    List().AddOGLVertex({1, 2, 3}, m_white);
+    List().AddTransformedPoint({6, 7, 8});
+  });
+  EXPECT_EQ(
+      calls,
+      (Lines{"glColor4fv({1, 1, 1, 1})", "glVertex3fv({8, 21, 36})", "glColor4fv({1, 0, 0, 1})",
+             "glVertex3fv({1, 2, 3})", "glColor4fv({1, 1, 1, 1})", "glTexCoord2fv({4, 5})",
+             "glVertex3fv({1, 2, 3})", "glColor4fv({1, 1, 1, 1})", "glVertex3fv({1, 2, 3})",
+             "glColor4fv({1, 0, 0, 1})", "glVertex3fv({6, 7, 8})"}));
+}
+
+TEST_F(StateTest, AListEndsNoContextOfItsBuffer) {
+  const int contexts = platform::CountHandles().contexts;
+  { GL3DisplayList list(&Info()); }
+  EXPECT_EQ(platform::CountHandles().contexts, contexts);
+  {
+    // The buffer's new context leaves the old one to the list that still knows it.
+    GL3DisplayList list(&Info());
+    Buffer().AllocateforShader(64, 64);
+    EXPECT_EQ(platform::CountHandles().contexts, contexts + 1);
+  }
+  EXPECT_EQ(platform::CountHandles().contexts, contexts);
+  {
+    GL3DisplayList list(&Info());
+    Buffer().Reallocate(64, 64, 1);  // ends the old context itself
+  }
+  EXPECT_EQ(platform::CountHandles().contexts, contexts);
+  Target().Begin(0, 0, 255);
+  EXPECT_EQ(Target().CountOther({0, 0, 255}), 0);
+}
+
+/// What a host that derives from the list sees.
+class WatchingList : public GL3DisplayList {
+ public:
+  using GL3DisplayList::GL3DisplayList;
+  void SetTexture(GATexture* texture) override {
+    ++textures;
+    GL3DisplayList::SetTexture(texture);
+  }
+  void FlushArrays() override {
+    ++flushes;
+    GL3DisplayList::FlushArrays();
+  }
+  int textures = 0, flushes = 0;
+};
+
+TEST_F(StateTest, SubclassesSeeTexturesAndFlushes) {
+  const auto texture = SolidTexture({255, 0, 0, 255});
+  WatchingList list(&Info());
+  list.PrepForPolygons();
+  list.PrepForPolygonArray();
+  EXPECT_EQ(list.textures, 2);
+  list.SetTexture(texture.get());
+  EXPECT_EQ(list.flushes, 1);
+  unsigned short indices[3] = {0, 0, 0};
+  GALitVertex vertices[1];
+  list.AddIndexedLitTriangleList(vertices, 1, indices, 3, 0);
+  EXPECT_EQ(list.textures, 4);
+  EXPECT_EQ(list.flushes, 2);
+  GL3GADriver::gl_max_vertices = 0;
+  auto quad = Square(0, 0, 5, -9);
+  list.AddTransformedQuad(quad.data(), 0, 0);
+  list.AddTransformedQuad(quad.data(), 0, 0);
+  EXPECT_EQ(list.flushes, 3);
+  list.ExecuteInstructions();
+  EXPECT_EQ(list.flushes, 4);
+}
+
+}  // namespace

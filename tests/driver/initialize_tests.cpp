@@ -1,0 +1,292 @@
+// Initialising, ending and initialising again: calls, messages, and what stays.
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "driver/GL3Driver.h"
+#include "platform/cgl.h"
+#include "platform/coregraphics.h"
+#include "platform/platform.h"
+#include "tests/support/driver_fixture.h"
+#include "tests/support/faults.h"
+#include "tests/support/gl_recorder.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+using Option = GL3GADriver::OptionFlag;
+using Capability = GL3GADriver::CapabilityFlag;
+
+const std::string kPrefix = "OpenGL3 Initialization Failed: ";
+
+/// A context of the host's own, current when the driver is initialised.
+class HostContext {
+ public:
+  HostContext() {
+    const CGLPixelFormatAttribute none[] = {0};
+    CGLPixelFormatObj format = nullptr;
+    int count = 0;
+    CGLChoosePixelFormat(none, &format, &count);
+    CGLCreateContext(format, nullptr, &m_context);
+    CGLDestroyPixelFormat(format);
+    CGLSetCurrentContext(m_context);
+  }
+  ~HostContext() { CGLDestroyContext(m_context); }
+  bool IsCurrent() const { return m_context && CGLGetCurrentContext() == m_context; }
+
+ private:
+  CGLContextObj m_context = nullptr;
+};
+
+class InitializeTest : public DriverFixture {
+ protected:
+  void SetUp() override { ASSERT_NE(RemakeDriver(), nullptr); }
+  GL3GADriver& GL3() { return *static_cast<GL3GADriver*>(Driver()); }
+};
+
+TEST_F(InitializeTest, CallsInOrder) {
+  const HostContext host;
+  GlRecorder recorder;
+  recorder.LogPlatform(true);
+  ASSERT_EQ(Driver()->Initialize(), 1);
+  const std::string mask = std::to_string(CGDisplayIDToOpenGLDisplayMask(CGMainDisplayID()));
+  EXPECT_EQ(
+      recorder.Calls(),
+      (Lines{"GetDC(window1) = dc1",
+             "aglChoosePixelFormat({AGL_DEPTH_SIZE, 32, AGL_DOUBLEBUFFER, AGL_RGBA, "
+             "AGL_ACCELERATED}) = format1",
+             "aglCreateContext(format1, null) = context1", "CheckoutPort(dc1, 0) = port1",
+             "GetGWorldPixMap(port1) = pixmap1",
+             "CGLChoosePixelFormat({kCGLPFADisplayMask, " + mask +
+                 ", kCGLPFAColorSize, 24, kCGLPFAAlphaSize, 8, kCGLPFAAccelerated, "
+                 "kCGLPFADoubleBuffer}) = probeformat1",
+             "CGLCreateContext(probeformat1, null) = probe1", "CGLDestroyPixelFormat(probeformat1)",
+             "CGLSetCurrentContext(probe1)", "InitializeGlew()", "glGetString(GL_VERSION)",
+             "glGetIntegerv(GL_MAX_TEXTURE_SIZE)", "glGetFloatv(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT)",
+             "CGLDestroyContext(probe1)", "CGLSetCurrentContext(probe2)"}));
+  EXPECT_TRUE(host.IsCurrent());
+}
+
+TEST_F(InitializeTest, SuccessFillsStateAndLimits) {
+  const Faults faults;
+  ASSERT_EQ(Driver()->Initialize(), 1);
+  EXPECT_EQ(faults.Messages(), Lines());
+  EXPECT_EQ(Driver()->IsOperational(), 1);
+  EXPECT_EQ(Driver()->IsSupportGPU(), 1);
+  EXPECT_TRUE(GL3().HasCapability(Capability::kGL20));
+  EXPECT_GE(GL3().GLVersion(), 21);
+  EXPECT_TRUE(GL3().HasOption(Option::kAnisotropicAvailable));
+  EXPECT_TRUE(GL3().HasOption(Option::kAnisotropicWanted));
+  EXPECT_GE(GL3GADriver::gl_max_texture_size, 1024);
+  EXPECT_GE(GL3GADriver::gl_max_texture_max_anisotropy_ext, 2.0f);
+  EXPECT_EQ(GL3GADriver::bufwidth, 2);
+  EXPECT_EQ(GL3GADriver::bufheight, 2);
+  EXPECT_GE(GL3GADriver::rowbytes, 8);
+  EXPECT_LT(GL3GADriver::rowbytes, 0x8000);
+  ASSERT_NE(GL3GADriver::baseaddr, nullptr);
+}
+
+TEST_F(InitializeTest, MakeCurrentBindsTheDummyPort) {
+  ASSERT_EQ(Driver()->Initialize(), 1);
+  GlRecorder recorder;
+  recorder.LogPlatform(true);
+  GL3().MakeCurrent();
+  EXPECT_EQ(recorder.Calls(),
+            (Lines{"aglSetDrawable(context1, port1)", "aglSetCurrentContext(context1)",
+                   "CGLEnable(context1, 313)"}));
+  EXPECT_EQ(GL3GADriver::m_prevcontext, GL3GADriver::m_context);
+  EXPECT_EQ(aglGetCurrentContext(), GL3GADriver::m_context);
+}
+
+void FailDC(Faults& faults, GlRecorder&) {
+  faults.Fail(FaultPoint::kGetDC, 1, 2);
+}
+void FailPixelFormat(Faults& faults, GlRecorder&) {
+  faults.Fail(FaultPoint::kCglChoosePixelFormat, 1, 2);
+}
+void FailGlew(Faults& faults, GlRecorder&) {
+  faults.Fail(FaultPoint::kInitializeGlew);
+}
+template <int kMajor, int kMinor>
+void FakeVersion(Faults&, GlRecorder& recorder) {
+  static const std::string text = std::to_string(kMajor) + "." + std::to_string(kMinor) + " Old-7";
+  recorder.OverrideString(GL_VERSION, text.c_str());
+}
+void HideTextures(Faults& faults, GlRecorder&) {
+  faults.HideExtension("GL_ARB_texture_non_power_of_two");
+}
+void HideDepthTextures(Faults& faults, GlRecorder&) {
+  faults.HideExtension("GL_ARB_depth_texture");
+}
+void HideFramebuffers(Faults& faults, GlRecorder&) {
+  faults.HideExtension("GL_EXT_framebuffer_object");
+}
+/// Of several that are missing, the first in the order of checks is told.
+void HideAll(Faults& faults, GlRecorder& recorder) {
+  HideFramebuffers(faults, recorder);
+  HideDepthTextures(faults, recorder);
+  HideTextures(faults, recorder);
+}
+
+struct Failure {
+  void (*arrange)(Faults&, GlRecorder&);
+  const char* reason;
+  bool hasWindowContext;  // dummy window's device context, context and port
+  bool gl20, shaders;
+  int version;  // 0: not read; -1: what the GL has
+};
+
+constexpr Failure kFailures[] = {
+    {FailDC, "Creating Window", false, false, false, 0},
+    {FailPixelFormat, "No matching pixelformat found", true, false, false, 0},
+    {FailGlew, "glewInit", true, false, false, 0},
+    {FakeVersion<1, 5>, "OpenGL Version 1.5 Old-7 !\n", true, false, false, 15},
+    {FakeVersion<2, 0>, "OpenGL Version 2.0 Old-7 !\n", true, true, false, 20},
+    {HideTextures, "GL_ARB_texture_non_power_of_two not supported!\n", true, true, true, -1},
+    {HideDepthTextures, "GL_ARB_depth_texture not supported!\n", true, true, true, -1},
+    {HideFramebuffers, "GL_EXT_framebuffer_object not supported!\n", true, true, true, -1},
+    {HideAll, "GL_ARB_texture_non_power_of_two not supported!\n", true, true, true, -1}};
+
+class FailureTest : public InitializeTest, public testing::WithParamInterface<Failure> {
+ protected:
+  /// Initialises with the failure; whatever was current before is current again.
+  void Fail() {
+    Faults faults;
+    GlRecorder recorder;
+    const HostContext host;
+    GetParam().arrange(faults, recorder);
+    EXPECT_EQ(Driver()->Initialize(), 0);
+    EXPECT_EQ(faults.Messages(), Lines{kPrefix + GetParam().reason});
+    EXPECT_TRUE(host.IsCurrent());
+    EXPECT_EQ(Driver()->IsOperational(), 0);
+  }
+};
+
+TEST_P(FailureTest, TellsTheReasonKeepsWhatWasMadeAndCanBeRepeated) {
+  const platform::HandleCounts before = platform::CountHandles();
+  Fail();
+  EXPECT_EQ(GL3().HasCapability(Capability::kGL20), GetParam().gl20);
+  EXPECT_EQ(Driver()->IsSupportGPU(), GetParam().shaders);
+  if (GetParam().version >= 0) {
+    EXPECT_EQ(GL3().GLVersion(), GetParam().version);
+  } else {
+    EXPECT_GT(GL3().GLVersion(), 20);
+  }
+  EXPECT_EQ(GL3GADriver::gl_max_texture_size, 0);
+  EXPECT_FALSE(GL3().HasOption(Option::kAnisotropicAvailable));
+
+  const int made = GetParam().hasWindowContext ? 1 : 0;
+  EXPECT_NE(GL3GADriver::m_dummywindow, nullptr);
+  for (const void* handle : std::initializer_list<const void*>{
+           GL3GADriver::m_hdc, GL3GADriver::m_context, GL3GADriver::m_drawable}) {
+    EXPECT_EQ(handle != nullptr, GetParam().hasWindowContext);
+  }
+  EXPECT_EQ(GL3GADriver::bufwidth, 2 * made);
+  EXPECT_EQ(platform::CountHandles().contexts, before.contexts + made) << "no probe outlives it";
+  EXPECT_EQ(platform::CountHandles().windows, before.windows + 1);
+
+  EXPECT_EQ(Driver()->Initialize(), 1);
+  EXPECT_EQ(Driver()->IsOperational(), 1);
+  EXPECT_EQ(platform::CountHandles().contexts, before.contexts + 1);
+  EXPECT_EQ(platform::CountHandles().windows, before.windows + 1);
+}
+
+TEST_P(FailureTest, EndsAnOperationalDriver) {
+  ASSERT_EQ(Driver()->Initialize(), 1);
+  Fail();
+  EXPECT_EQ(GL3GADriver::m_context != nullptr, GetParam().hasWindowContext);
+  EXPECT_EQ(Driver()->IsSupportGPU(), GetParam().shaders);
+  // The version bit is cleared when the window stands; without one it keeps what was known.
+  EXPECT_EQ(GL3().HasCapability(Capability::kGL20),
+            GetParam().gl20 || !GetParam().hasWindowContext);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, FailureTest, testing::ValuesIn(kFailures));
+
+TEST_F(InitializeTest, SecondChancesForWindowAndPixelFormat) {
+  Faults faults;
+  GlRecorder recorder;
+  recorder.LogPlatform(true);
+  faults.Fail(FaultPoint::kGetDC);
+  faults.Fail(FaultPoint::kCglChoosePixelFormat);
+  EXPECT_EQ(Driver()->Initialize(), 1);
+  EXPECT_EQ(faults.Messages(), Lines());
+  EXPECT_EQ(recorder.CallsTo("GetDC"), (Lines{"GetDC(window1) = null", "GetDC(window1) = dc1"}));
+  const std::string mask = std::to_string(CGDisplayIDToOpenGLDisplayMask(CGMainDisplayID()));
+  const Lines formats = recorder.CallsTo("CGLChoosePixelFormat");
+  ASSERT_EQ(formats.size(), 2u);
+  EXPECT_EQ(formats[1], "CGLChoosePixelFormat({kCGLPFADisplayMask, " + mask + "}) = probeformat1");
+}
+
+TEST_F(InitializeTest, VersionsAboveTwoPassAsTheyAreRead) {
+  const struct {
+    const char* text;
+    int version;
+  } versions[] = {{"2.1 Mesa 22.3.6", 21}, {"2.10", 30}, {"3.2 (Compatibility Profile)", 32}};
+  for (const auto& [text, version] : versions) {
+    GlRecorder recorder;
+    recorder.OverrideString(GL_VERSION, text);
+    EXPECT_EQ(Driver()->Initialize(), 1) << text;
+    EXPECT_EQ(GL3().GLVersion(), version);
+    EXPECT_EQ(Driver()->IsSupportGPU(), 1);
+  }
+}
+
+TEST_F(InitializeTest, WithoutAnisotropyTheOptionReadsAsOff) {
+  Faults faults;
+  faults.HideExtension("GL_EXT_texture_filter_anisotropic");
+  EXPECT_EQ(Driver()->Initialize(), 1);
+  EXPECT_EQ(faults.Messages(), Lines());
+  EXPECT_FALSE(GL3().HasOption(Option::kAnisotropicWanted));
+  EXPECT_FALSE(GL3().HasOption(Option::kAnisotropicAvailable));
+  EXPECT_EQ(GL3GADriver::gl_max_texture_max_anisotropy_ext, 0);
+}
+
+TEST_F(InitializeTest, AgainReleasesTheOldAndAsksForTheFirstDepth) {
+  ASSERT_EQ(Driver()->Initialize(), 1);
+  const HDC firstDC = GL3GADriver::m_hdc;
+  const AGLContext firstContext = GL3GADriver::m_context;
+  GL3GADriver::m_depthbits = 16;
+
+  GlRecorder recorder;
+  recorder.LogPlatform(true);
+  ASSERT_EQ(Driver()->Initialize(), 1);
+  Lines begin = recorder.Calls();
+  begin.resize(5);
+  EXPECT_EQ(begin,
+            (Lines{"aglDestroyContext(context1)", "CheckinPort(dc1, 0)", "GetDC(window1) = dc2",
+                   "aglChoosePixelFormat({AGL_DEPTH_SIZE, 32, AGL_DOUBLEBUFFER, AGL_RGBA, "
+                   "AGL_ACCELERATED}) = format1",
+                   "aglCreateContext(format1, null) = context2"}));
+  EXPECT_NE(GL3GADriver::m_hdc, firstDC);
+  EXPECT_NE(GL3GADriver::m_context, firstContext);
+}
+
+TEST_F(InitializeTest, TerminateTwiceIsHarmless) {
+  ASSERT_EQ(Driver()->Initialize(), 1);
+  const HDC dc = GL3GADriver::m_hdc;
+  GlRecorder recorder;
+  recorder.LogPlatform(true);
+  EXPECT_EQ(Driver()->Terminate(), 1);
+  EXPECT_EQ(recorder.Calls(), (Lines{"aglDestroyContext(context1)", "CheckinPort(dc1, 0)"}));
+  EXPECT_EQ(GL3GADriver::m_context, nullptr);
+  EXPECT_EQ(GL3GADriver::m_dummywindow, nullptr);
+  EXPECT_EQ(GL3GADriver::m_hdc, dc) << "the handle of the dead device context is kept";
+  recorder.Clear();
+  EXPECT_EQ(Driver()->Terminate(), 1);
+  EXPECT_EQ(recorder.Calls(), Lines{"CheckinPort(dc1, 0)"});
+}
+
+TEST_F(InitializeTest, WithoutContextOrPixelsNothingStaleIsLeft) {
+  ASSERT_EQ(Driver()->Initialize(), 1);
+  Faults faults;
+  faults.Fail(FaultPoint::kAglCreateContext);
+  EXPECT_EQ(Driver()->Initialize(), 1) << "the driver's own context is not checked";
+  EXPECT_EQ(GL3GADriver::m_context, nullptr);
+  GL3().MakeCurrent();
+  EXPECT_EQ(aglGetCurrentContext(), nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,177 @@
+// What a driver reads from the registry, and what it is before it is initialised.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "buffer/GL3Buffer.h"
+#include "driver/GL3Driver.h"
+#include "host/DisplayList.h"
+#include "host/GATexture.h"
+#include "hostkit/services/registry.h"
+#include "tests/support/driver_fixture.h"
+#include "tests/support/faults.h"
+
+extern "C" int DllMain(HINSTANCE instance, DWORD reason, void* reserved);
+extern "C" void* glGetExtensionPointer(const char* name);
+
+namespace {
+
+using Option = GL3GADriver::OptionFlag;
+
+/// Makes no driver by itself. The registry is empty but for what a test overrides.
+class SettingsTest : public DriverFixture {
+ protected:
+  void SetUp() override {
+    const char* registry = std::getenv("GL3_REGISTRY");
+    if (registry) m_registry = registry;
+    setenv("GL3_REGISTRY", (testing::TempDir() + "no_such_folder/registry.ini").c_str(), 1);
+    hostkit::ReloadRegistry();
+  }
+  void TearDown() override {
+    if (m_registry.empty()) {
+      unsetenv("GL3_REGISTRY");
+    } else {
+      setenv("GL3_REGISTRY", m_registry.c_str(), 1);
+    }
+    DriverFixture::TearDown();
+  }
+
+  /// A driver that found `value` under the key.
+  GL3GADriver& DriverWith(const char* section, const char* key, int value) {
+    hostkit::ReloadRegistry();
+    hostkit::OverrideRegistryValue(section, key, value);
+    return *static_cast<GL3GADriver*>(RemakeDriver());
+  }
+  GL3GADriver& DriverWith(const char* key, int value) { return DriverWith("OpenGL3", key, value); }
+
+ private:
+  std::string m_registry;
+};
+
+TEST_F(SettingsTest, EmptyRegistryGivesTheDefaults) {
+  GL3GABuffer::m_maxtransparentpolys = GL3GABuffer::m_inversesort = 7;
+  GL3GADriver::m_azprocessor = GL3GADriver::gl_max_vertices = 7;
+  GL3GADriver::m_useopenmp = true;
+
+  const auto& driver = *static_cast<GL3GADriver*>(RemakeDriver());
+
+  EXPECT_EQ(GL3GABuffer::m_maxtransparentpolys, 149999);
+  EXPECT_EQ(GL3GABuffer::m_inversesort, 0);
+  EXPECT_EQ(GL3GADriver::gl_max_vertices, 12000000);
+  EXPECT_EQ(GL3GADriver::m_azprocessor, 1);
+  EXPECT_FALSE(GL3GADriver::m_useopenmp);
+  for (const Option option : {Option::kAnisotropicWanted, Option::kCompressTextures}) {
+    EXPECT_TRUE(driver.HasOption(option)) << int{option};
+  }
+  for (const Option option :
+       {Option::kAnisotropicAvailable, Option::kAntialias, Option::kReducedPage,
+        Option::kBgrBitmaps, Option::kPowerOfTwoTextures}) {
+    EXPECT_FALSE(driver.HasOption(option)) << int{option};
+  }
+  EXPECT_FALSE(driver.IsWireframe());
+}
+
+TEST_F(SettingsTest, ConstructionResetsTheSharedState) {
+  // What an earlier driver may have left, as values that are no live handles.
+  GL3GADriver::m_context = reinterpret_cast<AGLContext>(8);
+  GL3GADriver::m_prevcontext = reinterpret_cast<AGLContext>(8);
+  GL3GADriver::m_drawable = reinterpret_cast<AGLDrawable>(8);
+  GL3GADriver::m_hdc = reinterpret_cast<HDC>(8);
+  GL3GADriver::m_dummywindow = reinterpret_cast<CWnd*>(8);
+  GL3GADriver::rowbytes = GL3GADriver::m_depthbits = GL3GADriver::gl_max_texture_size = 9;
+  GL3GADriver::baseaddr = reinterpret_cast<char*>(8);
+  GL3GADriver::bufwidth = GL3GADriver::bufheight = 9;
+  GL3GADriver::gl_max_texture_max_anisotropy_ext = 9;
+
+  const std::unique_ptr<GADriver> driver(CreateDriver());
+
+  EXPECT_EQ(GL3GADriver::m_context, nullptr);
+  EXPECT_EQ(GL3GADriver::m_prevcontext, nullptr);
+  EXPECT_EQ(GL3GADriver::m_drawable, nullptr);
+  EXPECT_EQ(GL3GADriver::m_hdc, nullptr);
+  EXPECT_EQ(GL3GADriver::m_dummywindow, nullptr);
+  EXPECT_EQ(GL3GADriver::rowbytes, 0);
+  EXPECT_EQ(GL3GADriver::baseaddr, nullptr);
+  EXPECT_EQ(GL3GADriver::bufwidth, 0);
+  EXPECT_EQ(GL3GADriver::bufheight, 0);
+  EXPECT_EQ(GL3GADriver::m_depthbits, 32);
+  EXPECT_EQ(GL3GADriver::gl_max_texture_size, 0);
+  EXPECT_EQ(GL3GADriver::gl_max_texture_max_anisotropy_ext, 0);
+  EXPECT_EQ(driver->IsOperational(), 0);
+  EXPECT_EQ(driver->IsSupportGPU(), 1) << "shaders count as supported until the GL was asked";
+  EXPECT_EQ(static_cast<GL3GADriver&>(*driver).GLVersion(), 0);
+}
+
+TEST_F(SettingsTest, SwitchesTakeTheLowBitAlone) {
+  const struct {
+    const char* key;
+    Option option;
+  } switches[] = {{"Anisotropic", Option::kAnisotropicWanted},
+                  {"Antialias", Option::kAntialias},
+                  {"Textures Powerof2", Option::kPowerOfTwoTextures},
+                  {"Textures Compression", Option::kCompressTextures}};
+  for (const auto& [key, option] : switches) {
+    for (const int value : {0, 1, 2, 3, -1, -2}) {
+      EXPECT_EQ(DriverWith(key, value).HasOption(option), (value & 1) != 0) << key << value;
+    }
+  }
+  for (const int value : {0, 1, 2, -1}) {
+    EXPECT_EQ(DriverWith("Polygonmode", value).IsWireframe(), value != 0) << value;
+  }
+}
+
+TEST_F(SettingsTest, NumbersAndTheirSections) {
+  DriverWith("Max Transparent Triangles", 12);
+  EXPECT_EQ(GL3GABuffer::m_maxtransparentpolys, 12);
+  DriverWith("SortInverse Transparent Triangles", 2);
+  EXPECT_EQ(GL3GABuffer::m_inversesort, 2);
+  DriverWith("Max Vertices", 34);
+  EXPECT_EQ(GL3GADriver::gl_max_vertices, 34);
+  DriverWith("General", "Max Vertices", 34);
+  EXPECT_EQ(GL3GADriver::gl_max_vertices, 12000000);
+
+  for (const int threads : {2, 1, 0, -3}) {
+    DriverWith("General", "OpenMP Threads", threads);
+    EXPECT_EQ(GL3GADriver::m_azprocessor, threads);
+    EXPECT_EQ(GL3GADriver::m_useopenmp, threads > 1);
+  }
+  DriverWith("OpenMP Threads", 4);
+  EXPECT_EQ(GL3GADriver::m_azprocessor, 1) << "the threads are the host's setting";
+}
+
+TEST_F(SettingsTest, ExhaustedHeapGivesNoObjects) {
+  GADriver& driver = *RemakeDriver();
+  RenderInfo info;
+  Faults faults;
+  faults.FailAlways(FaultPoint::kAllocGAssist);
+  EXPECT_EQ(CreateDriver(), nullptr);
+  EXPECT_EQ(driver.CreateColor(), nullptr);
+  EXPECT_EQ(driver.CreateColor(ColorBuf{}), nullptr);
+  EXPECT_EQ(driver.CreateBuffer(&info, 1, 0), nullptr);
+  EXPECT_EQ(driver.CreateTexture(), nullptr);
+  EXPECT_EQ(driver.CreateDisplayList(&info), nullptr);
+  EXPECT_EQ(faults.Failures(FaultPoint::kAllocGAssist), 6);
+}
+
+TEST(ModuleEntryTest, RegistersItselfOnProcessAttachAlone) {
+  const auto instance = reinterpret_cast<HINSTANCE>(0x100);
+  const CDynLinkLibrary* const before = CDynLinkLibrary::First();
+  for (const DWORD reason : {0u, 2u, 3u}) EXPECT_EQ(DllMain(instance, reason, nullptr), 1);
+  EXPECT_EQ(CDynLinkLibrary::First(), before);
+  EXPECT_EQ(DllMain(instance, DLL_PROCESS_ATTACH, nullptr), 1);
+  ASSERT_NE(CDynLinkLibrary::First(), before);
+  EXPECT_EQ(CDynLinkLibrary::First()->Next(), before);
+  EXPECT_NE(CDynLinkLibrary::First()->Module().hModule, nullptr);
+}
+
+TEST(ModuleEntryTest, FindsGLFunctionsByName) {
+  using GetString = const GLubyte* (*)(GLenum);
+  EXPECT_NE(reinterpret_cast<GetString>(glGetExtensionPointer("glGetString")), nullptr);
+  EXPECT_EQ(glGetExtensionPointer("glNoSuchFunction"), nullptr);
+  EXPECT_EQ(glGetExtensionPointer(""), nullptr);
+  EXPECT_EQ(glGetExtensionPointer(nullptr), nullptr);
+}
+
+}  // namespace

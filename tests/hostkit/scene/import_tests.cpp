@@ -1,0 +1,567 @@
+// Model and picture import, on files that the sample generator or the test itself writes.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/Lights.h"
+#include "hostkit/scene/model_import.h"
+#include "hostkit/scene/picture_in.h"
+#include "samples/showroom.h"
+#include "samples/small_models.h"
+#include "samples/textures.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using hostkit::Scene;
+using Imath::M44f;
+using Imath::V2f;
+using Imath::V3f;
+
+constexpr float kNear = 1e-4f;
+
+/// 2 x 2 pixels: red and green above blue and white, the white one half transparent.
+constexpr unsigned char kFourColors[] = {255, 0, 0,   255, 0,   255, 0,   255,
+                                         0,   0, 255, 255, 255, 255, 255, 128};
+
+std::string FourColorsPng() {
+  return samples::EncodePng(kFourColors, 2, 2);
+}
+
+/// One box of one material, placed once at the origin.
+samples::Document OneBox() {
+  samples::Document document;
+  document.materials.resize(1);
+  document.meshes.push_back({"box", samples::Box({1, 1, 1}, 1), 0});
+  document.nodes.resize(1);
+  document.nodes[0].name = "box node";
+  document.nodes[0].mesh = 0;
+  return document;
+}
+
+M44f Placed(const V3f& at, const V3f& scale = V3f(1.0f), float turn = 0) {
+  M44f matrix;
+  matrix.translate(at);
+  matrix.rotate(V3f(0, turn, 0));
+  matrix.scale(scale);
+  return matrix;
+}
+
+const unsigned char* Pixel(const hostkit::BitmapPtr& bitmap, int x, int y) {
+  auto* buffer = static_cast<HRGBABuffer*>(bitmap->FindBuffer("Color"));
+  return static_cast<unsigned char*>(buffer->GetData(y)) + 4 * x;
+}
+
+int Alpha(const Scene& scene, int x, int y) {
+  return Pixel(scene.images.at(0).bitmap, x, y)[3];
+}
+
+float Transparency(const Scene& scene) {
+  return scene.materials.at(0).surface.transparency.Current();
+}
+
+/// The picture's colour at the box corner of the front face given by signs, as red, green, blue.
+std::vector<int> ColorAtFrontCorner(const Scene& scene, float signX, float signY) {
+  const hostkit::SceneMesh& mesh = scene.meshes.at(0);
+  for (std::size_t i = 0; i < mesh.positions.size(); ++i) {
+    const V3f& p = mesh.positions[i];
+    const V3f& n = mesh.normals[i];
+    if (n.z < 0.9f || p.x * signX < 0 || p.y * signY < 0) continue;
+    const V2f uv = mesh.uvs.at(i);
+    const auto* pixel = Pixel(scene.images.at(0).bitmap, uv.x > 0.5f, uv.y > 0.5f);
+    return {pixel[0], pixel[1], pixel[2]};
+  }
+  return {};
+}
+
+class Import : public testing::Test {
+ protected:
+  Import() : m_folder(fs::temp_directory_path() / ("gl3-import-" + std::to_string(getpid()))) {
+    fs::create_directories(m_folder);
+  }
+  ~Import() override { fs::remove_all(m_folder); }
+
+  std::string Write(const std::string& name, const std::string& bytes) {
+    const fs::path path = m_folder / name;
+    fs::create_directories(path.parent_path());
+    std::string error;
+    EXPECT_TRUE(samples::WriteFile(path.string(), bytes, &error)) << error;
+    return path.string();
+  }
+
+  Scene Read(const std::string& path) {
+    std::string error;
+    std::unique_ptr<Scene> scene = hostkit::ImportModel(path, &error);
+    if (scene) return std::move(*scene);
+    ADD_FAILURE() << error;
+    return {};
+  }
+
+  Scene ReadGlb(const samples::Document& document) {
+    return Read(Write("model.glb", samples::ToGlb(document)));
+  }
+
+  /// The refusal's text, which must be one line that begins with the path.
+  std::string Refusal(const std::string& path) {
+    std::string error;
+    EXPECT_EQ(hostkit::ImportModel(path, &error), nullptr);
+    EXPECT_TRUE(error.starts_with(path + ": ")) << error;
+    EXPECT_EQ(error.find('\n'), std::string::npos) << error;
+    return error;
+  }
+
+  fs::path m_folder;
+};
+
+TEST_F(Import, CubesOfEveryFormatComeOutAlike) {
+  std::string error;
+  ASSERT_TRUE(samples::WriteCubes(m_folder.string(), &error)) << error;
+  for (const char* suffix : {"obj", "ply", "stl", "dae", "3ds", "fbx"}) {
+    SCOPED_TRACE(suffix);
+    const Scene scene = Read((m_folder / "cube.").string() + suffix);
+    EXPECT_EQ(scene.TriangleCount(), 12u);
+    EXPECT_TRUE(scene.Bounds().min.equalWithAbsError(V3f(-0.5f), kNear));
+    EXPECT_TRUE(scene.Bounds().max.equalWithAbsError(V3f(0.5f), kNear));
+    const hostkit::SceneMesh& mesh = scene.meshes.at(0);
+    ASSERT_EQ(mesh.normals.size(), mesh.positions.size());
+    // Counter-clockwise fronts that look where their flat normals do, which is outwards.
+    for (std::size_t i = 0; i < mesh.triangles.size(); i += 3) {
+      const auto* t = &mesh.triangles[i];
+      const V3f &a = mesh.positions[t[0]], &b = mesh.positions[t[1]], &c = mesh.positions[t[2]];
+      const V3f outward = (b - a).cross(c - a).normalized();
+      // 3DS holds no normals: its importer makes smooth ones.
+      const float least = std::string(suffix) == "3ds" ? 0.3f : 0.99f;
+      EXPECT_GT(outward.dot(mesh.normals[t[0]]), least);
+      EXPECT_GT(outward.dot(a), 0.4f);
+    }
+    const AttrProperty& surface = scene.materials.at(mesh.material).surface;
+    EXPECT_EQ(surface.transparency.Current(), 0);
+    if (std::string(suffix) == "ply" || std::string(suffix) == "stl") continue;
+    EXPECT_NEAR(surface.base.red.Current(), 0.8f, 0.01f);
+    EXPECT_NEAR(surface.base.green.Current(), 0.1f, 0.01f);
+  }
+}
+
+TEST_F(Import, ShowroomArrivesWhole) {
+  const Scene scene = ReadGlb(samples::Showroom(64));
+  EXPECT_TRUE(scene.warnings.empty());
+  EXPECT_GT(scene.TriangleCount(), 100'000u);
+  EXPECT_GT(scene.instances.size(), scene.meshes.size());  // the pearls share a mesh
+  EXPECT_EQ(scene.images.size(), 1u);
+  EXPECT_EQ(scene.lights.size(), 3u);
+  ASSERT_EQ(scene.cameras.size(), 2u);
+  EXPECT_EQ(scene.cameras[0].name, "hero");
+  EXPECT_EQ(scene.cameras[1].name, "top");
+  for (const hostkit::SceneMesh& mesh : scene.meshes) {
+    SCOPED_TRACE(mesh.name);
+    for (std::size_t i = 0; i < mesh.triangles.size(); i += 3) {
+      const auto* t = &mesh.triangles[i];
+      const V3f &a = mesh.positions[t[0]], &b = mesh.positions[t[1]], &c = mesh.positions[t[2]];
+      const V3f facing = mesh.normals[t[0]] + mesh.normals[t[1]] + mesh.normals[t[2]];
+      ASSERT_GE((b - a).cross(c - a).dot(facing), -1e-6f);
+    }
+  }
+}
+
+TEST_F(Import, LargeSpheresHaveTheNumberOfTrianglesAskedFor) {
+  std::string error;
+  for (const char* name : {"large.ply", "large.glb"}) {
+    const std::string path = (m_folder / name).string();
+    ASSERT_TRUE(samples::WriteBumpySphere(path, 12'345, &error)) << error;
+    const Scene scene = Read(path);
+    EXPECT_EQ(scene.TriangleCount(), 12'345u);
+    EXPECT_NEAR(scene.Bounds().size().y, 2, 0.2f);
+  }
+}
+
+TEST_F(Import, NodesPlaceSharedAndMirroredMeshes) {
+  samples::Document document = OneBox();
+  document.nodes[0].toParent = Placed({10, 0, 0});
+  document.nodes.resize(3, document.nodes[0]);
+  document.nodes[1].toParent = Placed({0, 5, 0}, {-1, 2, 1});
+  document.nodes[2].toParent = Placed({3, 0, 0});
+  document.nodes[2].parent = 1;
+  const Scene scene = ReadGlb(document);
+  ASSERT_EQ(scene.meshes.size(), 1u);
+  ASSERT_EQ(scene.instances.size(), 3u);
+  EXPECT_EQ(scene.TriangleCount(), 36u);
+  EXPECT_GT(scene.instances[0].toWorld.determinant(), 0);
+  EXPECT_LT(scene.instances[1].toWorld.determinant(), 0);
+  EXPECT_TRUE((V3f(0.0f) * scene.instances[2].toWorld).equalWithAbsError({-3, 5, 0}, kNear));
+  EXPECT_TRUE(scene.Bounds().min.equalWithAbsError({-3.5f, -0.5f, -0.5f}, kNear));
+  EXPECT_TRUE(scene.Bounds().max.equalWithAbsError({10.5f, 6, 0.5f}, kNear));
+}
+
+TEST_F(Import, EmbeddedPictureStandsUpright) {
+  samples::Document document = OneBox();
+  document.images.push_back(FourColorsPng());
+  document.materials[0].image = 0;
+  document.materials[0].color = V3f(1.0f);
+  const Scene scene = ReadGlb(document);
+  EXPECT_EQ(ColorAtFrontCorner(scene, -1, 1), (std::vector<int>{255, 0, 0}));
+  EXPECT_EQ(ColorAtFrontCorner(scene, 1, 1), (std::vector<int>{0, 255, 0}));
+  EXPECT_EQ(ColorAtFrontCorner(scene, -1, -1), (std::vector<int>{0, 0, 255}));
+  EXPECT_NEAR(scene.materials[0].surface.base.red.Current(), 1, kNear);
+}
+
+TEST_F(Import, PicturePlacementIsAppliedToTextureCoordinates) {
+  samples::Document document = OneBox();
+  document.images.push_back(FourColorsPng());
+  document.materials[0].image = 0;
+  const std::vector<V2f> plain = ReadGlb(document).meshes.at(0).uvs;
+  document.materials[0].uvScale = {2, 3};
+  document.materials[0].uvRotation = std::acos(0.0f);
+  document.materials[0].uvOffset = {0.25f, 0.5f};
+  const std::vector<V2f> placed = ReadGlb(document).meshes.at(0).uvs;
+  ASSERT_EQ(placed.size(), plain.size());
+  for (std::size_t i = 0; i < plain.size(); ++i) {
+    const V2f expected(0.25f + 3 * plain[i].y, 0.5f - 2 * plain[i].x);
+    EXPECT_TRUE(placed[i].equalWithAbsError(expected, kNear));
+  }
+}
+
+/// A square in the x-y plane with OBJ's texture origin at its lower left corner.
+const char* const kSquareObj =
+    "mtllib square.mtl\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
+    "vn 0 0 1\nusemtl paint\nf 1/1/1 2/2/1 3/3/1 4/4/1\n";
+
+TEST_F(Import, ExternalPictureIsFoundUnderForeignNames) {
+  Write("textures/Four Colors.PNG", FourColorsPng());
+  const std::string obj = Write("square.obj", kSquareObj);
+  for (const char* reference : {"textures/Four Colors.PNG", "TEXTURES\\four colors.png",
+                                "C:\\work\\maps\\four colors.png", "/nowhere/Four Colors.PNG"}) {
+    SCOPED_TRACE(reference);
+    Write("square.mtl", std::string("newmtl paint\nKd 1 0.5 1\nmap_Kd ") + reference + "\n");
+    const Scene scene = Read(obj);
+    EXPECT_TRUE(scene.warnings.empty());
+    ASSERT_EQ(scene.images.size(), 1u);
+    EXPECT_EQ(ColorAtFrontCorner(scene, -1, 1), (std::vector<int>{255, 0, 0}));
+    EXPECT_EQ(ColorAtFrontCorner(scene, 1, -1), (std::vector<int>{255, 255, 255}));
+    const auto& material = scene.materials.at(scene.meshes.at(0).material);
+    EXPECT_NEAR(material.surface.base.green.Current(), 0.5f, kNear);
+  }
+}
+
+TEST_F(Import, MissingOrBrokenPictureIsAWarning) {
+  Write("square.mtl", "newmtl paint\nmap_Kd lost.png\n");
+  const std::string obj = Write("square.obj", kSquareObj);
+  Scene scene = Read(obj);
+  ASSERT_EQ(scene.warnings.size(), 1u);
+  EXPECT_NE(scene.warnings[0].find("lost.png was not found"), std::string::npos);
+  EXPECT_EQ(scene.materials.at(scene.meshes.at(0).material).image, -1);
+  Write("lost.png", FourColorsPng().substr(0, 50));
+  scene = Read(obj);
+  ASSERT_EQ(scene.warnings.size(), 1u);
+  EXPECT_NE(scene.warnings[0].find("broken"), std::string::npos) << scene.warnings[0];
+}
+
+TEST_F(Import, AlphaModesDecideWhatIsTransparent) {
+  samples::Document document = OneBox();
+  document.images.push_back(FourColorsPng());
+  samples::Material& material = document.materials[0];
+  material.image = 0;
+  material.alpha = 0.25f;
+  Scene scene = ReadGlb(document);  // opaque
+  EXPECT_EQ(Transparency(scene), 0);
+  EXPECT_EQ(Alpha(scene, 1, 1), 255);
+  material.alphaMode = "BLEND";
+  scene = ReadGlb(document);
+  EXPECT_NEAR(Transparency(scene), 0.75f, kNear);
+  EXPECT_EQ(Alpha(scene, 1, 1), 128);
+  material.alphaMode = "MASK";  // cut off at 0.5: 128 of 255 is above
+  scene = ReadGlb(document);
+  EXPECT_EQ(Transparency(scene), 0);
+  EXPECT_EQ(Alpha(scene, 1, 1), 255);
+  unsigned char fainter[sizeof kFourColors];
+  std::copy(std::begin(kFourColors), std::end(kFourColors), fainter);
+  fainter[15] = 127;
+  document.images[0] = samples::EncodePng(fainter, 2, 2);
+  EXPECT_EQ(Alpha(ReadGlb(document), 1, 1), 0);
+  material = {};
+  material.transmission = 1;
+  EXPECT_NEAR(Transparency(ReadGlb(document)), 0.75f, kNear);
+}
+
+TEST_F(Import, ObjOpacityIsKeptUnlessItHidesEverything) {
+  const std::string obj = Write("square.obj", kSquareObj);
+  const std::pair<const char*, float> cases[] = {{"d 0.25", 0.75f}, {"d 1", 0}, {"d 0", 0}};
+  for (const auto& [line, transparency] : cases) {
+    Write("square.mtl", std::string("newmtl paint\nKd 1 0 0\n") + line + "\n");
+    const Scene scene = Read(obj);
+    const auto& material = scene.materials.at(scene.meshes.at(0).material);
+    EXPECT_NEAR(material.surface.transparency.Current(), transparency, kNear) << line;
+  }
+}
+
+TEST_F(Import, MaterialsKeepColorAndHighlight) {
+  samples::Document document = OneBox();
+  samples::Material& material = document.materials[0];
+  material.color = {0.9f, 0.6f, 0.2f};
+  material.roughness = 0.4f;
+  const AttrProperty plastic = ReadGlb(document).materials[0].surface;
+  EXPECT_NEAR(plastic.base.red.Current(), 0.9f, 0.01f);
+  EXPECT_NEAR(plastic.base.blue.Current(), 0.2f, 0.01f);
+  EXPECT_GT(plastic.roughness.Current(), 0);
+  material.metallic = 1;
+  const AttrProperty metal = ReadGlb(document).materials[0].surface;
+  EXPECT_GT(metal.base.red.Current(), 0.5f);
+  EXPECT_GT(metal.specularFactor.Current(), plastic.specularFactor.Current());
+  EXPECT_LT(metal.specular.blue.Current(), metal.specular.red.Current());
+  material.roughness = 1;
+  EXPECT_EQ(ReadGlb(document).materials[0].surface.roughness.Current(), 0);
+
+  Write("square.mtl", "newmtl paint\nKd 1 0 0\nKs 1 1 1\nNs 9\nillum 2\n");
+  const Scene scene = Read(Write("square.obj", kSquareObj));
+  const auto& phong = scene.materials.at(scene.meshes.at(0).material);
+  EXPECT_NEAR(phong.surface.roughness.Current(), 5, kNear);  // the renderer's exponent 45 / 5
+}
+
+TEST_F(Import, VertexColorsAreTransparentOnlyWithAlpha) {
+  samples::Document document = OneBox();
+  samples::Shape& shape = document.meshes[0].shape;
+  for (std::size_t i = 0; i < shape.positions.size(); ++i) {
+    shape.colors.insert(shape.colors.end(), {1, 0.2158605f, 0});
+  }
+  Scene scene = ReadGlb(document);
+  ASSERT_EQ(scene.meshes[0].colors.size(), scene.meshes[0].positions.size());
+  const ColorBuf& color = scene.meshes[0].colors[0];
+  EXPECT_EQ((std::vector<int>{color.red, color.green, color.blue, color.alpha}),
+            (std::vector<int>{255, 128, 0, 255}));  // linear became display-referred
+  EXPECT_FALSE(scene.meshes[0].colorsHaveAlpha);
+
+  shape.colors.assign(shape.positions.size() * 4, 0.5f);
+  shape.colorChannels = 4;
+  EXPECT_FALSE(ReadGlb(document).meshes[0].colorsHaveAlpha);  // the material is opaque
+  document.materials[0].alphaMode = "BLEND";
+  scene = ReadGlb(document);
+  EXPECT_TRUE(scene.meshes[0].colorsHaveAlpha);
+  EXPECT_EQ(scene.meshes[0].colors[0].alpha, 128);
+
+  const Scene cloud = Read(Write("cloud.ply",
+                                 "ply\nformat ascii 1.0\nelement vertex 2\nproperty float x\n"
+                                 "property float y\nproperty float z\nproperty uchar red\n"
+                                 "property uchar green\nproperty uchar blue\nend_header\n"
+                                 "0 0 0 255 0 0\n1 1 1 0 0 255\n"));
+  ASSERT_EQ(cloud.meshes.at(0).points.size(), 2u);
+  EXPECT_EQ(cloud.meshes[0].colors.at(1).blue, 255);
+  EXPECT_FALSE(cloud.meshes[0].colorsHaveAlpha);
+  EXPECT_EQ(cloud.materials[cloud.meshes[0].material].surface.base.red.Current(), 1);
+}
+
+TEST_F(Import, CamerasStandWhereTheirNodesPutThem) {
+  samples::Document document = OneBox();
+  document.cameras = {{"wide", 0.6f, 0, 2.0f}, {"flat", 0, 3, 2.0f}};
+  const float quarter = std::acos(0.0f);
+  document.nodes.resize(3);
+  for (int i = 1; i < 3; ++i) {
+    document.nodes[i].name = document.cameras[i - 1].name;
+    document.nodes[i].camera = i - 1;
+    document.nodes[i].toParent = Placed({1, 2, 3}, V3f(1.0f), quarter);
+  }
+  const Scene scene = ReadGlb(document);
+  ASSERT_EQ(scene.cameras.size(), 2u);
+  for (const hostkit::SceneCamera& camera : scene.cameras) {
+    EXPECT_TRUE(camera.eye.equalWithAbsError({1, 2, 3}, kNear));
+    EXPECT_TRUE(camera.forward.equalWithAbsError({-1, 0, 0}, kNear));
+    EXPECT_TRUE(camera.up.equalWithAbsError({0, 1, 0}, kNear));
+  }
+  EXPECT_NEAR(scene.cameras[0].verticalFov, 0.6f, kNear);
+  EXPECT_EQ(scene.cameras[0].parallelHeight, 0);
+  EXPECT_NEAR(scene.cameras[1].parallelHeight, 6, kNear);
+}
+
+/// A COLLADA file of one triangle with a camera 60 degrees wide and a spot light 90 degrees wide.
+const char* const kColladaView = R"(<?xml version="1.0"?>
+<COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1">
+<asset><unit name="meter" meter="1"/><up_axis>Y_UP</up_axis></asset>
+<library_cameras><camera id="c" name="c"><optics><technique_common><perspective><xfov>60</xfov>
+<aspect_ratio>1.5</aspect_ratio></perspective></technique_common></optics></camera>
+</library_cameras>
+<library_lights><light id="l"><technique_common><spot><color>0.5 0.25 0</color>
+<falloff_angle>90</falloff_angle></spot></technique_common></light></library_lights>
+<library_geometries><geometry id="g"><mesh><source id="p"><float_array id="a" count="9">
+0 0 0 1 0 0 0 1 0</float_array><technique_common><accessor source="#a" count="3" stride="3">
+<param name="X" type="float"/><param name="Y" type="float"/><param name="Z" type="float"/>
+</accessor></technique_common></source><vertices id="v"><input semantic="POSITION" source="#p"/>
+</vertices><triangles count="1"><input semantic="VERTEX" source="#v" offset="0"/><p>0 1 2</p>
+</triangles></mesh></geometry></library_geometries>
+<library_visual_scenes><visual_scene id="s">
+<node id="gn"><instance_geometry url="#g"/></node>
+<node id="cn"><translate>0 0 4</translate><instance_camera url="#c"/></node>
+<node id="ln"><translate>0 3 0</translate><rotate>1 0 0 -90</rotate><instance_light url="#l"/>
+</node></visual_scene></library_visual_scenes>
+<scene><instance_visual_scene url="#s"/></scene></COLLADA>)";
+
+TEST_F(Import, AnglesOfOtherFormatsAreFullOnes) {
+  const Scene scene = Read(Write("view.dae", kColladaView));
+  ASSERT_EQ(scene.cameras.size(), 1u);
+  const float half = std::atan(std::tan(std::acos(-1.0f) / 6) / 1.5f);
+  EXPECT_NEAR(scene.cameras[0].verticalFov, 2 * half, kNear);
+  ASSERT_EQ(scene.lights.size(), 1u);
+  EXPECT_NEAR(scene.lights[0].coneAngle, 45, 0.01f);
+  EXPECT_NEAR(scene.lights[0].intensity, 0.5f, kNear);
+  EXPECT_NEAR(scene.lights[0].green, 0.5f, kNear);
+  EXPECT_TRUE(scene.lights[0].direction.equalWithAbsError({0, -1, 0}, kNear));
+}
+
+TEST_F(Import, PhysicalLightsAreBroughtToScreenBrightness) {
+  samples::Document document = OneBox();
+  const float quarter = std::acos(0.0f);
+  document.lights = {{"sun", "directional", {1, 1, 1}, 1000},
+                     {"bulb", "point", {1, 0.5f, 0}, 2500},
+                     {"lamp", "spot", {0, 1, 0}, 2500, 0.2f, 0.5f}};
+  document.nodes.resize(4);
+  for (int i = 1; i < 4; ++i) {
+    document.nodes[i].name = document.lights[i - 1].name;
+    document.nodes[i].light = i - 1;
+    document.nodes[i].toParent = Placed({5, 0, 0}, V3f(1.0f), quarter);
+  }
+  const Scene scene = ReadGlb(document);
+  ASSERT_EQ(scene.lights.size(), 3u);
+  const hostkit::SceneLight &sun = scene.lights[0], &bulb = scene.lights[1],
+                            &lamp = scene.lights[2];
+  EXPECT_EQ(sun.type, GALight::kDirectional);
+  EXPECT_EQ(bulb.type, GALight::kPoint);
+  EXPECT_EQ(lamp.type, GALight::kSpot);
+  // At the box, 5 units away, 2500 candela are 100 lux: a tenth of the sun.
+  EXPECT_NEAR(sun.intensity, 1, kNear);
+  EXPECT_NEAR(bulb.intensity, 0.1f, kNear);
+  EXPECT_NEAR(0.8333333f + 0.31259f * 25 / (bulb.range * bulb.range), 1, 0.01f);
+  EXPECT_NEAR(bulb.green, 0.5f, kNear);
+  EXPECT_NEAR(lamp.coneAngle, 0.5f * 180 / std::acos(-1.0f), 0.01f);
+  EXPECT_TRUE(lamp.position.equalWithAbsError({5, 0, 0}, kNear));
+  EXPECT_TRUE(lamp.direction.equalWithAbsError({-1, 0, 0}, kNear));
+  EXPECT_TRUE(sun.direction.equalWithAbsError({-1, 0, 0}, kNear));
+}
+
+TEST_F(Import, NormalsAreMadeSmoothButForSharpEdges) {
+  samples::Document document = OneBox();
+  document.meshes[0].shape.normals.clear();
+  const Scene box = ReadGlb(document);
+  for (const V3f& n : box.meshes.at(0).normals) {
+    EXPECT_NEAR(std::max({std::abs(n.x), std::abs(n.y), std::abs(n.z)}), 1, kNear);
+  }
+  document.meshes[0].shape = samples::Sphere(2, 24, 16);
+  document.meshes[0].shape.normals.clear();
+  const Scene sphere = ReadGlb(document);
+  const hostkit::SceneMesh& mesh = sphere.meshes.at(0);
+  for (std::uint32_t i : mesh.triangles) {
+    EXPECT_GT(mesh.normals[i].dot(mesh.positions[i].normalized()), 0.97f);
+  }
+  // Shared vertices on a sharp edge are split, with all that belongs to them.
+  const Scene tent = Read(Write("tent.obj",
+                                "v 0 1 0\nv 0 1 1\nv 1 0 0\nv 1 0 1\nv -1 0 0\nv -1 0 1\n"
+                                "f 1 2 4 3\nf 2 1 5 6\n"));
+  const hostkit::SceneMesh& roof = tent.meshes.at(0);
+  EXPECT_EQ(roof.triangles.size(), 12u);
+  EXPECT_EQ(roof.normals.size(), roof.positions.size());
+  for (std::uint32_t i : roof.triangles) EXPECT_NEAR(std::abs(roof.normals[i].x), 0.7071f, 0.01f);
+}
+
+TEST_F(Import, LinesAndPointsAreKept) {
+  const Scene scene = Read(Write("lines.obj", "v 0 0 0\nv 1 0 0\nv 1 1 0\nl 1 2 3\nf 1 2 3\n"));
+  std::size_t lines = 0;
+  for (const hostkit::SceneMesh& mesh : scene.meshes) lines += mesh.lines.size() / 2;
+  EXPECT_EQ(lines, 2u);
+  EXPECT_EQ(scene.TriangleCount(), 1u);
+}
+
+TEST_F(Import, FacesThatCannotBeDrawnAreLeftOut) {
+  samples::Document document = OneBox();
+  samples::Shape& shape = document.meshes[0].shape;
+  const std::size_t corner = shape.indices[12];
+  shape.positions[corner].y = std::numeric_limits<float>::quiet_NaN();
+  shape.indices[35] = 99;
+  const std::size_t touching =
+      static_cast<std::size_t>(std::count(shape.indices.begin(), shape.indices.end(), corner));
+  const Scene scene = ReadGlb(document);
+  EXPECT_EQ(scene.TriangleCount(), 12 - touching - 1);
+  EXPECT_FALSE(scene.warnings.empty());
+  EXPECT_TRUE(scene.Bounds().max.equalWithAbsError(V3f(0.5f), kNear));
+  for (std::uint32_t index : scene.meshes.at(0).triangles) {
+    EXPECT_LT(index, scene.meshes[0].positions.size());
+  }
+}
+
+TEST_F(Import, BadFilesAreRefusedWithTheirReason) {
+  const auto holds = [](const std::string& text, const char* part) {
+    return text.find(part) != std::string::npos;
+  };
+  EXPECT_TRUE(holds(Refusal((m_folder / "none.obj").string()), "no such file"));
+  EXPECT_TRUE(holds(Refusal(m_folder.string()), "is a folder"));
+  EXPECT_TRUE(holds(Refusal(Write("empty.ply", "")), "is empty"));
+  EXPECT_TRUE(holds(Refusal(Write("model.xyz", "1 2 3")), "not known"));
+  EXPECT_TRUE(holds(Refusal(Write("plain", "1 2 3")), "not known"));
+  EXPECT_TRUE(holds(Refusal(Write("lone.obj", "v 0 0 0\n")), "lone.obj"));
+  const std::string noise(300, '\xa7');
+  for (const char* name : {"noise.glb", "noise.gltf", "noise.ply", "noise.dae", "noise.fbx"}) {
+    Refusal(Write(name, noise));
+  }
+  const std::string whole = samples::ToGlb(OneBox());
+  for (std::size_t size : {std::size_t{30}, whole.size() / 2}) {
+    Refusal(Write("half.glb", whole.substr(0, size)));
+  }
+}
+
+TEST_F(Import, AppendedScenesKeepTheirReferences) {
+  samples::Document document = OneBox();
+  document.images.push_back(FourColorsPng());
+  document.materials[0].image = 0;
+  Scene scene = ReadGlb(document);
+  const std::size_t materials = scene.materials.size();
+  hostkit::AppendScene(scene, ReadGlb(document));
+  ASSERT_EQ(scene.instances.size(), 2u);
+  EXPECT_EQ(scene.TriangleCount(), 24u);
+  const auto& mesh = scene.meshes.at(scene.instances[1].mesh);
+  EXPECT_EQ(mesh.material, static_cast<int>(materials));
+  EXPECT_EQ(scene.materials[mesh.material].image, 1);
+}
+
+TEST_F(Import, PicturesOfEachKindAreRead) {
+  std::string error;
+  const std::string png = FourColorsPng();
+  const hostkit::BitmapPtr bitmap = hostkit::LoadPicture(Write("four.png", png), &error);
+  ASSERT_NE(bitmap, nullptr) << error;
+  EXPECT_EQ(bitmap->GetWidth(), 2);
+  EXPECT_TRUE(std::equal(kFourColors, kFourColors + 8, Pixel(bitmap, 0, 0)));
+  EXPECT_TRUE(std::equal(kFourColors + 8, kFourColors + 16, Pixel(bitmap, 0, 1)));
+
+  // A radiance picture of one pixel: 0.25 and 1 and 4, shown as 0.25 ^ (1 / 2.2), 1, 1.
+  const std::string hdr =
+      std::string("#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 1 +X 1\n") + "\x08\x20\x80\x83";
+  const hostkit::BitmapPtr bright = hostkit::LoadPicture(Write("bright.hdr", hdr), &error);
+  ASSERT_NE(bright, nullptr) << error;
+  EXPECT_NEAR(Pixel(bright, 0, 0)[0], 136, 1);
+  EXPECT_EQ(Pixel(bright, 0, 0)[2], 255);
+}
+
+TEST_F(Import, BadPicturesAreRefusedWithTheirReason) {
+  // A BMP header that promises 40000 x 1 pixels.
+  std::string huge("BM\0\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\x40\x9c\0\0\1\0\0\0\1\0\x18\0", 30);
+  huge.resize(54, '\0');
+  const std::pair<std::string, const char*> cases[] = {
+      {(m_folder / "none.png").string(), "no such picture"},
+      {m_folder.string(), "is a folder"},
+      {Write("empty.png", ""), "is empty"},
+      {Write("text.png", "not a picture at all"), "not a PNG"},
+      {Write("half.png", FourColorsPng().substr(0, 50)), "broken"},
+      {Write("huge.bmp", huge), "too many"}};
+  for (const auto& [path, reason] : cases) {
+    std::string error;
+    EXPECT_EQ(hostkit::LoadPicture(path, &error), nullptr);
+    EXPECT_TRUE(error.starts_with(path + ": ")) << error;
+    EXPECT_NE(error.find(reason), std::string::npos) << error;
+  }
+}
+
+}  // namespace

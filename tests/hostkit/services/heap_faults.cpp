@@ -1,0 +1,35 @@
+// Heaps that run out of memory on demand.
+#include "tests/hostkit/services/heap_faults.h"
+
+#include <dlfcn.h>
+
+#include <cstddef>
+
+#include "host/Heaps.h"
+#include "hostkit/services/ext_heap.h"
+
+namespace {
+
+void* Forward(const char* symbol, std::size_t size) {
+  if (HeapFault::left == 0) return nullptr;
+  if (HeapFault::left > 0) --HeapFault::left;
+  using Alloc = void* (*)(std::size_t);
+  return reinterpret_cast<Alloc>(dlsym(RTLD_NEXT, symbol))(size);
+}
+
+}  // namespace
+
+void* AllocString(std::size_t size) {
+  return Forward("_Z11AllocStringm", size);
+}
+void* AllocExt(std::size_t size) {
+  return Forward("_Z8AllocExtm", size);
+}
+void* hostkit::AllocExtZeroed(std::size_t size) {
+  return Forward("_ZN7hostkit14AllocExtZeroedEm", size);
+}
+
+// The address sanitizer ends the program over a request that malloc only refuses.
+extern "C" const char* __asan_default_options() {
+  return "allocator_may_return_null=1";
+}

@@ -1,0 +1,188 @@
+// Heaps, strings and colour handles: what they hold, and what they do when memory runs out.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+#include <cstring>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "host/Colors.h"
+#include "host/Heaps.h"
+#include "host/String.h"
+#include "hostkit/services/current_driver.h"
+#include "hostkit/services/host_heaps.h"
+#include "tests/hostkit/services/fake_driver.h"
+#include "tests/hostkit/services/heap_faults.h"
+
+namespace {
+
+TEST(Heaps, EachCountsItsOwnBlocks) {
+  const hostkit::HeapCounts before = hostkit::CountHeaps();
+  void* blocks[] = {AllocGAssist(100), AllocExt(200), AllocString(1)};
+  const hostkit::HeapCounts during = hostkit::CountHeaps();
+  EXPECT_EQ(during.gassist.blocks, before.gassist.blocks + 1);
+  EXPECT_GE(during.gassist.bytes, before.gassist.bytes + 100);
+  EXPECT_EQ(during.ext.blocks, before.ext.blocks + 1);
+  EXPECT_EQ(during.string.blocks, before.string.blocks + 1);
+  FreeGAssist(blocks[0]);
+  FreeExt(blocks[1]);
+  FreeString(blocks[2]);
+  FreeGAssist(nullptr);
+  FreeExt(nullptr);
+  FreeString(nullptr);
+  const hostkit::HeapCounts after = hostkit::CountHeaps();
+  EXPECT_EQ(after.gassist.blocks, before.gassist.blocks);
+  EXPECT_EQ(after.gassist.bytes, before.gassist.bytes);
+  EXPECT_EQ(after.ext.bytes, before.ext.bytes);
+  EXPECT_EQ(after.string.bytes, before.string.bytes);
+}
+
+TEST(Heaps, OglBlocksAreZeroedAlignedAndGoTogether) {
+  const hostkit::HeapCount before = hostkit::CountHeaps().ogl;
+  for (int round = 0; round < 2; ++round) {
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+      threads.emplace_back([] {
+        for (std::size_t size = 1; size < 500; ++size) {
+          auto* block = static_cast<unsigned char*>(AllocOGL(size));
+          ASSERT_NE(block, nullptr);
+          EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % alignof(std::max_align_t), 0u);
+          EXPECT_EQ(std::count(block, block + size, 0), static_cast<long>(size));
+          std::memset(block, 0xa5, size);
+        }
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(hostkit::CountHeaps().ogl.blocks, before.blocks + 4 * 499);
+    FreeOGL();
+    EXPECT_EQ(hostkit::CountHeaps().ogl.blocks, before.blocks);
+    EXPECT_EQ(hostkit::CountHeaps().ogl.bytes, before.bytes);
+  }
+  FreeOGL();
+}
+
+TEST(Heaps, AbsurdSizesGiveNull) {
+  for (std::size_t size : {std::size_t{SIZE_MAX}, std::size_t{PTRDIFF_MAX} + 1, SIZE_MAX - 15}) {
+    EXPECT_EQ(AllocGAssist(size), nullptr);
+    EXPECT_EQ(AllocOGL(size), nullptr);
+    EXPECT_EQ(AllocExt(size), nullptr);
+    EXPECT_EQ(AllocString(size), nullptr);
+  }
+  EXPECT_EQ(AllocOGL(PTRDIFF_MAX), nullptr);
+}
+
+TEST(String, JoinsAndAssigns) {
+  const hostkit::HeapCount before = hostkit::CountHeaps().string;
+  {
+    String text("ab"), empty, null(static_cast<const char*>(nullptr));
+    text += text;
+    EXPECT_STREQ(text.Text(), "abab");
+    text += null + empty + String("c");
+    EXPECT_STREQ(text.Text(), "ababc");
+    String& self = text;
+    text = self;
+    text = std::move(self);
+    EXPECT_STREQ(text.Text(), "ababc");
+    String moved = std::move(text);
+    EXPECT_TRUE(text.IsEmpty());
+    text = moved;
+    moved = empty;
+    EXPECT_TRUE(moved.IsEmpty());
+    EXPECT_STREQ(text.Text(), "ababc");
+  }
+  EXPECT_EQ(hostkit::CountHeaps().string.blocks, before.blocks);
+}
+
+TEST(String, FindsAndCutsAtAnyIndex) {
+  const String text("GL_ARB_a GL_EXT_b");
+  EXPECT_EQ(text.Find(String("GL_EXT")), 9);
+  EXPECT_EQ(text.Find(String("gl_ext")), -1);
+  EXPECT_EQ(text.Find(String()), 0);
+  EXPECT_EQ(String().Find(text), -1);
+  EXPECT_EQ(text.Find(1, 'G'), 9);
+  EXPECT_EQ(text.Find(-5, 'G'), 0);
+  EXPECT_EQ(text.Find(16, 'b'), 16);
+  for (int start : {17, 18, INT_MAX}) EXPECT_EQ(text.Find(start, 'b'), -1);
+  EXPECT_EQ(text.Find(0, '\0'), -1);
+  EXPECT_EQ(text.ReverseFind('_'), 15);
+  EXPECT_EQ(text.ReverseFind('\0'), -1);
+  EXPECT_EQ(String().ReverseFind('a'), -1);
+  EXPECT_STREQ(text.Mid(3, 3).Text(), "ARB");
+  EXPECT_STREQ(text.Mid(-2, 4).Text(), "GL");
+  EXPECT_STREQ(text.Mid(15, INT_MAX).Text(), "_b");
+  const std::pair<int, int> outside[] = {
+      {17, 1}, {0, -1}, {5, INT_MIN}, {INT_MIN, INT_MAX}, {INT_MAX, INT_MAX}, {-3, 3}};
+  for (auto [start, count] : outside) EXPECT_TRUE(text.Mid(start, count).IsEmpty()) << start;
+}
+
+TEST(String, IsEmptyWithoutMemory) {
+  String text("abc"), other("def");
+  const HeapFault fault(0);
+  EXPECT_TRUE((text + other).IsEmpty());
+  EXPECT_TRUE(String(text).IsEmpty());
+  EXPECT_TRUE(text.Mid(0, 2).IsEmpty());
+  text += other;
+  EXPECT_TRUE(text.IsEmpty());
+  other = String("ghi");
+  EXPECT_TRUE(other.IsEmpty());
+}
+
+class ColorHandle : public testing::Test {
+ protected:
+  void SetUp() override { m_previous = hostkit::SetDriver(&m_driver); }
+  void TearDown() override {
+    EXPECT_EQ(FakeColor::live, 0);
+    hostkit::SetDriver(m_previous);
+  }
+  static unsigned char Red(const GAColor& color) {
+    return color.Native() ? color.Native()->Red() : 0;
+  }
+
+  FakeDriver m_driver;
+  GADriver* m_previous = nullptr;
+};
+
+TEST_F(ColorHandle, CopiesMakeColoursAndMovesDoNot) {
+  GAColor a;
+  a.Set(1, 2, 3, 4);
+  ASSERT_EQ(FakeColor::live, 1);
+  GAColor b(a);
+  EXPECT_EQ(FakeColor::live, 2);
+  b.Set(9, 2, 3, 4);
+  EXPECT_EQ(Red(a), 1);
+  GAColor c(std::move(b));
+  EXPECT_EQ(b.Native(), nullptr);
+  EXPECT_EQ(FakeColor::live, 2);
+  a = c;
+  EXPECT_EQ(Red(a), 9);
+  GAColor& self = a;
+  a = self;
+  EXPECT_EQ(Red(a), 9);
+  EXPECT_EQ(FakeColor::live, 2);
+  a = b;
+  EXPECT_EQ(a.Native(), nullptr);
+  EXPECT_EQ(GAColor(b).Native(), nullptr);
+  EXPECT_EQ(FakeColor::live, 1);
+}
+
+TEST_F(ColorHandle, KeepsItsColourWhenNoneCanBeMade) {
+  GAColor a, b;
+  a.Set(1, 0, 0, 0);
+  b.Set(2, 0, 0, 0);
+  m_driver.exhausted = true;
+  a = b;
+  EXPECT_EQ(Red(a), 1);
+  EXPECT_EQ(GAColor(b).Native(), nullptr);
+  GAColor empty;
+  empty.Set(1, 2, 3, 4);
+  EXPECT_EQ(empty.Native(), nullptr);
+  hostkit::SetDriver(nullptr);
+  EXPECT_EQ(GAColor(b).Native(), nullptr);
+  empty.Set(1, 2, 3, 4);
+  EXPECT_EQ(empty.Native(), nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,160 @@
+// Module loading, text streams, and the save-file question.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "host/GADriver.h"
+#include "host/Services.h"
+#include "host/Streams.h"
+#include "host/String.h"
+#include "hostkit/services/current_driver.h"
+#include "hostkit/services/host_heaps.h"
+#include "hostkit/services/module_loader.h"
+#include "hostkit/services/save_request.h"
+#include "tests/hostkit/services/fake_driver.h"
+#include "tests/hostkit/services/temp_folder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using hostkit::LoadedModule;
+
+std::string Module(const std::string& name) {
+  return TEST_MODULES "/" + name + "_module.so";
+}
+
+TEST(ModuleLoader, MakesTheDriverCurrentWhileItLives) {
+  FakeDriver former;
+  GADriver* before = hostkit::SetDriver(&former);
+  const hostkit::HeapCounts counts = hostkit::CountHeaps();
+  std::string error;
+  std::unique_ptr<LoadedModule> module = LoadedModule::Load(Module("good"), &error);
+  ASSERT_NE(module, nullptr) << error;
+  EXPECT_EQ(GetDriver(), module->Driver());
+  EXPECT_EQ(module->Driver()->IsOperational(), 1);
+  const auto attached = reinterpret_cast<int (*)()>(module->Symbol("TestAttached"));
+  ASSERT_NE(attached, nullptr);
+  EXPECT_EQ(attached(), 1);
+  EXPECT_EQ(module->Symbol("no such thing"), nullptr);
+  module.reset();
+  EXPECT_EQ(GetDriver(), &former);
+  EXPECT_EQ(hostkit::CountHeaps().gassist.blocks, counts.gassist.blocks);
+  hostkit::SetDriver(before);
+}
+
+TEST(ModuleLoader, TellsWhatIsWrong) {
+  const TempFolder folder;
+  folder.Write("text.so", "This is no library, but long enough to hold the header of one. Really!");
+  folder.Write("empty.so", "");
+  const std::string cut = folder.Path("cut.so");
+  fs::copy_file(Module("good"), cut);
+  fs::resize_file(cut, 5000);
+  const std::string other = folder.Path("other.so");
+  fs::copy_file(Module("good"), other);
+  {
+    std::fstream file(other, std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(18);  // e_machine
+    file.put('\x28');
+  }
+  const std::pair<std::string, const char*> cases[] = {
+      {folder.Path("none.so"), "no such file"},
+      {folder.Path(""), "not a file"},
+      {folder.Path("text.so"), "not a shared library"},
+      {folder.Path("empty.so"), "not a shared library"},
+      {cut, "cut short"},
+      {other, "another machine"},
+      {"/lib/x86_64-linux-gnu/libm.so.6", "does not export DllMain"},
+      {Module("mute"), "does not export CreateDriver"},
+      {Module("needy"), "ServiceThatNoHostHas(String const&, int)"}};
+  for (const auto& [path, reason] : cases) {
+    if (path[1] == 'l' && !fs::exists(path)) continue;  // other machines keep libm elsewhere
+    std::string error;
+    EXPECT_EQ(LoadedModule::Load(path, &error), nullptr) << path;
+    EXPECT_NE(error.find(reason), std::string::npos) << error;
+    EXPECT_EQ(error.find(path + ": "), 0u) << error;
+    EXPECT_NE(error.find("; "), std::string::npos) << "no remedy: " << error;
+    EXPECT_EQ(error.find('\n'), std::string::npos) << error;
+  }
+  EXPECT_EQ(GetDriver(), nullptr);
+}
+
+TEST(ModuleLoader, FindsTheModuleInItsFoldersInOrder) {
+  const TempFolder folder;
+  fs::create_directory(folder.Path("a"));
+  fs::create_directory(folder.Path("b"));
+  const std::string search = folder.Path("none") + "::" + folder.Path("a") + ":" + folder.Path("b");
+  setenv("GL3_MODULE_PATH", search.c_str(), 1);
+  std::string error;
+  // The build may have put the real module beside this test.
+  if (const std::string found = hostkit::FindModule(&error); found.empty()) {
+    for (const char* place : {"none/OpenGL3.so", "a/OpenGL3.so", "b/OpenGL3.so"}) {
+      EXPECT_NE(error.find(folder.Path(place)), std::string::npos) << error;
+    }
+    EXPECT_NE(error.find("/lib/gl3/OpenGL3.so"), std::string::npos) << error;
+    EXPECT_NE(error.find("GL3_MODULE_PATH"), std::string::npos) << error;
+  }
+  folder.Write("b/OpenGL3.so", "");
+  EXPECT_EQ(hostkit::FindModule(&error), folder.Path("b/OpenGL3.so"));
+  fs::create_directory(folder.Path("a/OpenGL3.so"));  // a folder of that name does not count
+  EXPECT_EQ(hostkit::FindModule(&error), folder.Path("b/OpenGL3.so"));
+  unsetenv("GL3_MODULE_PATH");
+}
+
+TEST(FileStream, AppearsWholeOrNotAtAll) {
+  const TempFolder folder;
+  folder.Write("report.txt", "old");
+  {
+    FileStream abandoned;
+    ASSERT_EQ(abandoned.Open(folder.Path("report.txt").c_str()), 1);
+    abandoned << "half";
+  }
+  EXPECT_EQ(folder.Read("report.txt"), "old");
+  FileStream stream;
+  EXPECT_EQ(stream.Close(), 0);
+  ASSERT_EQ(stream.Open(folder.Path("report.txt").c_str()), 1);
+  EXPECT_EQ(stream.Open(folder.Path("other.txt").c_str()), 0);
+  stream << String("first") << nl << "second" << static_cast<const char*>(nullptr) << String()
+         << nl;
+  EXPECT_EQ(folder.Read("report.txt"), "old");
+  EXPECT_EQ(stream.Close(), 1);
+  EXPECT_EQ(folder.Read("report.txt"), "first\nsecond\n");
+  EXPECT_EQ(folder.Count(), 1);
+  for (const std::string& path : {folder.Path("none/x.txt"), folder.Path(""), std::string()}) {
+    EXPECT_EQ(stream.Open(path.c_str()), 0) << path;
+  }
+  EXPECT_EQ(folder.Count(), 1);
+}
+
+TEST(FileStream, ReportsAFullDisk) {
+  if (access("/dev/full", W_OK) != 0) GTEST_SKIP() << "there is no /dev/full here";
+  FileStream stream;
+  ASSERT_EQ(stream.Open("/dev/full"), 1);
+  stream << "text";
+  EXPECT_EQ(stream.Close(), 0);
+  EXPECT_TRUE(fs::is_character_file("/dev/full"));
+}
+
+TEST(SaveRequest, GoesToTheHandler) {
+  String path("before");
+  EXPECT_EQ(SaveRequest("Save", "a.txt", "Text", &path), 0);
+  hostkit::SetSaveRequestHandler(
+      [](const String&, const String& suggestion, const String&, String* chosen) {
+        *chosen = suggestion;
+        return suggestion.IsEmpty() ? 0 : 1;
+      });
+  EXPECT_EQ(SaveRequest("Save", "", "Text", &path), 0);
+  EXPECT_STREQ(path.Text(), "before");
+  EXPECT_EQ(SaveRequest("Save", "a.txt", "Text", &path), 1);
+  EXPECT_STREQ(path.Text(), "a.txt");
+  EXPECT_EQ(SaveRequest("Save", "a.txt", "Text", nullptr), 0);
+  hostkit::SetSaveRequestHandler({});
+  EXPECT_EQ(SaveRequest("Save", "a.txt", "Text", &path), 0);
+}
+
+}  // namespace

@@ -1,0 +1,88 @@
+// Choice of the display after the environment. It happens once a process: each case has its own.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "platform/platform.h"
+#include "tests/platform/contexts_fixture.h"
+
+namespace {
+
+struct Case {
+  const char* platform;  // null: not set
+  const char* device;
+  const char* expected;  // what the report reads like
+};
+
+void SetOrClear(const char* name, const char* value) {
+  if (value) {
+    setenv(name, value, 1);
+  } else {
+    unsetenv(name);
+  }
+}
+
+/// Describes the display in words; one that opened must also draw.
+void Report(const Case& wish) {
+  SetOrClear("GL3_PLATFORM", wish.platform);
+  SetOrClear("GL3_DEVICE", wish.device);
+  unsetenv("DISPLAY");
+  const platform::DisplayReport& report = platform::DescribeDisplay();
+  std::fprintf(stderr, "[%s] [%s] %s; %s", report.platform.c_str(), report.device.c_str(),
+               report.software ? "software" : "hardware", report.reason.c_str());
+  if (report.platform.empty()) {
+    const GLint attributes[] = {AGL_RGBA, AGL_NONE};
+    AGLPbuffer pbuffer = nullptr;
+    const bool refused = !aglChoosePixelFormat(nullptr, 0, attributes) &&
+                         !aglCreatePBuffer(4, 4, 0, 0, 0, &pbuffer) &&
+                         platform::MaxPbufferSize() == 0;
+    // Not exit: Mesa is unloaded then, leaving its device list behind where no leak checker can
+    // tell whose it is.
+    std::_Exit(refused ? 4 : 1);
+  }
+  const AGLContext context = MakeContext();
+  const bool drawn = aglSetPBuffer(context, MakePbuffer(4, 4), 0, 0, 0) &&
+                     aglSetCurrentContext(context) && (Fill(0, 0, 4, 4, kRed), true) &&
+                     PixelAt(3, 3) == kRed;
+  std::exit(drawn ? 0 : 1);
+}
+
+TEST(DisplayDeathTest, FollowsTheEnvironment) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const Case drawing[] = {
+      {nullptr, nullptr, "^\\[(device|surfaceless)\\]"},
+      {nullptr, "cpu", "^\\[(device|surfaceless)\\] \\[.*\\] software"},
+      {"surfaceless", "cpu", "^\\[surfaceless\\] \\[\\] software"},
+      {"device", "0", "^\\[device\\] \\[.*\\(device 0\\)\\]"},
+  };
+  for (const Case& wish : drawing) {
+    EXPECT_EXIT(Report(wish), testing::ExitedWithCode(0), wish.expected);
+  }
+}
+
+TEST(DisplayDeathTest, SaysWhatIsWrongWithTheEnvironment) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const Case failing[] = {
+      {nullptr, "banana", "^\\[\\].*GL3_DEVICE=banana is not auto, cpu, gpu or a device number"},
+      {nullptr, "-1", "^\\[\\].*GL3_DEVICE=-1 is not"},
+      {nullptr, "99", "^\\[\\].*GL3_DEVICE=99: there is no such device; 0 to"},
+      {"beos", nullptr, "^\\[\\].*GL3_PLATFORM=beos is not device, surfaceless or x11"},
+      {"x11", nullptr, "^\\[\\].*needs an X server, and DISPLAY is not set"},
+      {"surfaceless", "1", "^\\[\\].*takes no device number"},
+  };
+  for (const Case& wish : failing) {
+    EXPECT_EXIT(Report(wish), testing::ExitedWithCode(4), wish.expected);
+  }
+}
+
+TEST(DisplayDeathTest, AGpuIsNeverReplacedByTheProcessor) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      Report({nullptr, "gpu", ""}),
+      [](int status) { return WIFEXITED(status) && WEXITSTATUS(status) != 1; },
+      "^(\\[\\] .*GL3_DEVICE=gpu: no graphics processor here|\\[.+\\] .* hardware)");
+}
+
+}  // namespace

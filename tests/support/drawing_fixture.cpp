@@ -1,0 +1,92 @@
+// Drawing tests: target, heap counts and shorthand.
+#include "tests/support/drawing_fixture.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <utility>
+
+#include "buffer/GL3Color.h"
+
+DrawingFixture::DrawingFixture() : m_heaps(hostkit::CountHeaps()) {}
+
+DrawingFixture::~DrawingFixture() {
+  const hostkit::HeapCounts now = hostkit::CountHeaps();
+  EXPECT_EQ(now.gassist.blocks, m_heaps.gassist.blocks);
+  EXPECT_EQ(now.ogl.blocks, m_heaps.ogl.blocks);
+  EXPECT_EQ(now.ext.blocks, m_heaps.ext.blocks);
+  EXPECT_EQ(now.string.blocks, m_heaps.string.blocks);
+}
+
+void DrawingFixture::SetUp() {
+  DriverFixture::SetUp();
+  ASSERT_FALSE(HasFatalFailure());
+  m_target = std::make_unique<OffscreenTarget>(Driver(), kSize, kSize);
+  ASSERT_TRUE(m_target->ready);
+  m_target->Begin();
+}
+
+void DrawingFixture::TearDown() {
+  m_target.reset();
+  DriverFixture::TearDown();
+}
+
+std::array<int, 3> DrawingFixture::ColorAt(int x, int y) {
+  const std::array<int, 4> pixel = m_target->Pixel(kSize / 2 + x, kSize / 2 - 1 - y);
+  return {pixel[0], pixel[1], pixel[2]};
+}
+
+GAColor Rgb(int red, int green, int blue) {
+  return GAColor(
+      new GL3Color(ColorBuf{static_cast<std::uint8_t>(red), static_cast<std::uint8_t>(green),
+                            static_cast<std::uint8_t>(blue), 255}));
+}
+
+AttrProperty Material(float red, float green, float blue, float transparency) {
+  AttrProperty material;
+  material.base = {red, green, blue};
+  material.transparency = transparency;
+  return material;
+}
+
+GAVertex Facing(float x, float y, float z, float u, float v) {
+  return {x, y, z, 0, 0, -1, u, v};
+}
+
+std::array<GAVertex, 4> Square(float x, float y, float half, float z) {
+  return {Facing(x - half, y - half, z, 0, 1), Facing(x + half, y - half, z, 1, 1),
+          Facing(x - half, y + half, z, 0, 0), Facing(x + half, y + half, z, 1, 0)};
+}
+
+VornPoly Polygon(const GAColor& color, float z, float depthKey) {
+  VornPoly polygon;
+  polygon.p0 = {-10, -10, z};
+  polygon.p1 = {10, -10, z};
+  polygon.p2 = {0, 10, z};
+  polygon.c0 = polygon.c1 = polygon.c2 = color;
+  polygon.depthKey = depthKey;
+  return polygon;
+}
+
+std::unique_ptr<GL3GATexture> SolidTexture(std::array<int, 4> rgba) {
+  auto texture = std::make_unique<GL3GATexture>();
+  texture->MakeGATexture(SolidBitmap(4, 4, rgba).get(), 0, 0, 0);
+  return texture;
+}
+
+LightList::LightList(std::vector<GALight> lights)
+    : m_lights(std::move(lights)), m_nodes(m_lights.size()) {
+  for (std::size_t i = 0; i < m_nodes.size(); ++i) {
+    m_nodes[i].light = &m_lights[i];
+    if (i > 0) m_nodes[i - 1].next = &m_nodes[i];
+  }
+}
+
+testing::AssertionResult Near(const std::array<int, 3>& actual, const std::array<int, 3>& wanted) {
+  for (std::size_t i = 0; i < 3; ++i) {
+    if (std::abs(actual.at(i) - wanted.at(i)) <= 1) continue;
+    return testing::AssertionFailure()
+           << testing::PrintToString(actual) << " instead of " << testing::PrintToString(wanted);
+  }
+  return testing::AssertionSuccess();
+}

@@ -1,0 +1,202 @@
+// Makes calls of the platform layer and of the host's heaps fail: the definitions that stand in
+// front of the libraries'.
+#include "tests/support/faults.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <map>
+
+#include "host/Heaps.h"
+#include "hostkit/services/ext_heap.h"
+#include "platform/agl.h"
+#include "platform/cgl.h"
+#include "platform/gl.h"
+#include "platform/mfc.h"
+#include "platform/win32.h"
+#include "tests/support/gl_names.h"
+#include "tests/support/next_symbol.h"
+#include "tests/support/platform_calls.h"
+
+namespace {
+
+struct Point {
+  int calls = 0;
+  int failures = 0;
+  int firstFailure = std::numeric_limits<int>::max();  // number of the call, from 1
+  int lastFailure = 0;
+};
+
+struct FaultState {
+  std::array<Point, static_cast<std::size_t>(FaultPoint::kCount)> points;
+  std::vector<std::string> messages;
+  std::vector<GLboolean*> hiddenExtensions;
+  MessageBoxView previousView = nullptr;
+};
+
+FaultState& State() {
+  static FaultState state;
+  return state;
+}
+
+Point& At(FaultPoint point) {
+  return State().points.at(static_cast<std::size_t>(point));
+}
+
+/// Counts a call and tells whether it is to fail.
+bool MustFail(FaultPoint which) {
+  Point& point = At(which);
+  ++point.calls;
+  const bool fails = point.calls >= point.firstFailure && point.calls <= point.lastFailure;
+  point.failures += fails ? 1 : 0;
+  return fails;
+}
+
+int KeepMessage(const char* text, unsigned int) {
+  State().messages.emplace_back(text);
+  return 1;
+}
+
+}  // namespace
+
+extern "C" {
+
+AGLPixelFormat aglChoosePixelFormat(const void* devices, GLint deviceCount,
+                                    const GLint* attributes) {
+  static auto* const next = NextSymbol<decltype(aglChoosePixelFormat)>("aglChoosePixelFormat");
+  PlatformCall call("aglChoosePixelFormat", AglList(attributes));
+  const bool fails = MustFail(FaultPoint::kAglChoosePixelFormat);
+  return call.Returns(fails ? nullptr : next(devices, deviceCount, attributes));
+}
+
+AGLContext aglCreateContext(AGLPixelFormat format, AGLContext share) {
+  static auto* const next = NextSymbol<decltype(aglCreateContext)>("aglCreateContext");
+  PlatformCall call("aglCreateContext", format, share);
+  return call.Returns(MustFail(FaultPoint::kAglCreateContext) ? nullptr : next(format, share));
+}
+
+GLboolean aglCreatePBuffer(GLint width, GLint height, GLenum target, GLenum internalFormat,
+                           long maxLevel, AGLPbuffer* pbuffer) {
+  static auto* const next = NextSymbol<decltype(aglCreatePBuffer)>("aglCreatePBuffer");
+  PlatformCall call("aglCreatePBuffer", width, height, EnumName(target), EnumName(internalFormat),
+                    static_cast<int>(maxLevel));
+  const bool fails = MustFail(FaultPoint::kAglCreatePBuffer);
+  if (fails) *pbuffer = nullptr;
+  const GLboolean made =
+      fails ? GL_FALSE : next(width, height, target, internalFormat, maxLevel, pbuffer);
+  call.Returns(*pbuffer);
+  return made;
+}
+
+CGLError CGLChoosePixelFormat(const CGLPixelFormatAttribute* attributes, CGLPixelFormatObj* format,
+                              int* count) {
+  static auto* const next = NextSymbol<decltype(CGLChoosePixelFormat)>("CGLChoosePixelFormat");
+  PlatformCall call("CGLChoosePixelFormat", CglList(attributes));
+  CGLError error = kCGLBadPixelFormat;
+  *format = nullptr;
+  *count = 0;
+  if (!MustFail(FaultPoint::kCglChoosePixelFormat)) error = next(attributes, format, count);
+  call.Returns(*format);
+  return error;
+}
+
+CGLError CGLCreateContext(CGLPixelFormatObj format, CGLContextObj share, CGLContextObj* context) {
+  static auto* const next = NextSymbol<decltype(CGLCreateContext)>("CGLCreateContext");
+  PlatformCall call("CGLCreateContext", format, share);
+  CGLError error = kCGLBadAlloc;
+  *context = nullptr;
+  if (!MustFail(FaultPoint::kCglCreateContext)) error = next(format, share, context);
+  call.Returns(*context);
+  return error;
+}
+
+HDC GetDC(HWND window) {
+  static auto* const next = NextSymbol<decltype(GetDC)>("GetDC");
+  PlatformCall call("GetDC", window);
+  return call.Returns(MustFail(FaultPoint::kGetDC) ? nullptr : next(window));
+}
+}
+
+// C++ functions are looked up by their mangled names.
+
+unsigned int InitializeGlew() {
+  static auto* const next = NextSymbol<decltype(InitializeGlew)>("_Z14InitializeGlewv");
+  const PlatformCall call("InitializeGlew");
+  if (MustFail(FaultPoint::kInitializeGlew)) return 1;
+  const unsigned int result = next();
+  for (GLboolean* flag : State().hiddenExtensions) *flag = GL_FALSE;
+  return result;
+}
+
+void* AllocGAssist(std::size_t size) {
+  static auto* const next = NextSymbol<decltype(AllocGAssist)>("_Z12AllocGAssistm");
+  return MustFail(FaultPoint::kAllocGAssist) ? nullptr : next(size);
+}
+
+void* AllocOGL(std::size_t size) {
+  static auto* const next = NextSymbol<decltype(AllocOGL)>("_Z8AllocOGLm");
+  return MustFail(FaultPoint::kAllocOGL) ? nullptr : next(size);
+}
+
+void* AllocExt(std::size_t size) {
+  static auto* const next = NextSymbol<decltype(AllocExt)>("_Z8AllocExtm");
+  return MustFail(FaultPoint::kAllocExt) ? nullptr : next(size);
+}
+
+void* AllocString(std::size_t size) {
+  static auto* const next = NextSymbol<decltype(AllocString)>("_Z11AllocStringm");
+  return MustFail(FaultPoint::kAllocString) ? nullptr : next(size);
+}
+
+void* hostkit::AllocExtZeroed(std::size_t size) {
+  static auto* const next = NextSymbol<decltype(AllocExtZeroed)>("_ZN7hostkit14AllocExtZeroedEm");
+  return MustFail(FaultPoint::kAllocBitmap) ? nullptr : next(size);
+}
+
+Faults::Faults() {
+  State() = FaultState();
+  State().previousView = SetMessageBoxView(KeepMessage);
+}
+
+Faults::~Faults() {
+  SetMessageBoxView(State().previousView);
+  State() = FaultState();
+}
+
+void Faults::Fail(FaultPoint point, int nth, int count) {
+  At(point).firstFailure = At(point).calls + nth;
+  At(point).lastFailure = At(point).firstFailure + count - 1;
+}
+
+void Faults::FailAlways(FaultPoint point) {
+  At(point).firstFailure = At(point).calls + 1;
+  At(point).lastFailure = std::numeric_limits<int>::max();
+}
+
+int Faults::Calls(FaultPoint point) const {
+  return At(point).calls;
+}
+int Faults::Failures(FaultPoint point) const {
+  return At(point).failures;
+}
+
+void Faults::HideExtension(const std::string& name) {
+  static const std::map<std::string, GLboolean*> flags = {
+      {"GL_ARB_texture_non_power_of_two", &__GLEW_ARB_texture_non_power_of_two},
+      {"GL_ARB_depth_texture", &__GLEW_ARB_depth_texture},
+      {"GL_EXT_framebuffer_object", &__GLEW_EXT_framebuffer_object},
+      {"GL_EXT_texture_filter_anisotropic", &__GLEW_EXT_texture_filter_anisotropic},
+      {"GL_ARB_texture_border_clamp", &__GLEW_ARB_texture_border_clamp}};
+  const auto found = flags.find(name);
+  if (found == flags.end()) {
+    std::fprintf(stderr, "tests: cannot hide the extension %s\n", name.c_str());
+    std::abort();
+  }
+  State().hiddenExtensions.push_back(found->second);
+}
+
+const std::vector<std::string>& Faults::Messages() const {
+  return State().messages;
+}

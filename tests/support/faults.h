@@ -1,0 +1,51 @@
+// Makes calls of the platform layer and of the host's heaps fail, one chosen call at a time.
+//
+// The test executable defines these functions itself, in front of the shared libraries; each
+// forwards to the real one unless it is told to fail.
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// What can be made to fail, with the failure that the caller sees.
+enum class FaultPoint : int {
+  kAglChoosePixelFormat,  ///< null
+  kAglCreateContext,      ///< null
+  kAglCreatePBuffer,      ///< GL_FALSE
+  kCglChoosePixelFormat,  ///< kCGLBadPixelFormat, no format
+  kCglCreateContext,      ///< kCGLBadAlloc, no context
+  kGetDC,                 ///< null
+  kInitializeGlew,        ///< 1
+  kAllocGAssist,          ///< null, as the other heaps
+  kAllocOGL,
+  kAllocExt,
+  kAllocString,
+  kAllocBitmap,  ///< storage of a bitmap's buffer
+  kCount
+};
+
+/// Faults and message boxes from construction to destruction; at most one lives at a time. Message
+/// boxes shown meanwhile are kept here and answered with OK.
+class Faults {
+ public:
+  Faults();
+  ~Faults();
+  Faults(const Faults&) = delete;
+  Faults& operator=(const Faults&) = delete;
+
+  /// The `nth` call from now on (1 is the next) and `count - 1` more after it fail.
+  void Fail(FaultPoint point, int nth = 1, int count = 1);
+  /// Every call from now on fails.
+  void FailAlways(FaultPoint point);
+  /// Calls of `point` since construction, failed ones included.
+  int Calls(FaultPoint point) const;
+  /// The failures among them.
+  int Failures(FaultPoint point) const;
+
+  /// InitializeGlew reports this extension as missing from now on. Knows the names that the module
+  /// asks for; aborts on any other.
+  void HideExtension(const std::string& name);
+
+  /// Texts of the message boxes since construction.
+  const std::vector<std::string>& Messages() const;
+};

@@ -1,0 +1,261 @@
+// Records GL calls of the module under test: the definitions that stand in front of the GL's.
+#include "tests/support/gl_recorder.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+#include "tests/support/gl_names.h"
+#include "tests/support/next_symbol.h"
+
+namespace {
+
+struct Recording {
+  bool on = false;
+  bool indices = false;
+  bool platform = false;
+  int pauses = 0;
+  std::vector<std::string> calls;
+  std::map<const void*, std::string> handles;
+  std::map<std::string, int> handlesOfKind;
+  std::map<GLenum, const char*> strings;
+  std::map<GLenum, std::optional<GLint>> integers;
+  std::map<std::pair<GLenum, GLenum>, std::deque<GLint>> texLevels;
+};
+
+Recording& State() {
+  static Recording state;
+  return state;
+}
+
+bool IsRecording() {
+  return State().on && State().pauses == 0;
+}
+
+std::string Floats(const GLfloat* values, int count) {
+  if (!values) return "null";
+  std::vector<std::string> texts;
+  for (int i = 0; i < count; ++i) texts.push_back(fmt::format("{:g}", values[i]));
+  return fmt::format("{{{}}}", fmt::join(texts, ", "));
+}
+
+template <typename Number>
+std::string DescribeNumber(char kind, Number value) {
+  const auto word = static_cast<GLenum>(static_cast<std::int64_t>(value));
+  switch (kind) {
+    case 'e':
+      return EnumName(word);
+    case 'P':
+      return PrimitiveName(word);
+    case 'B':
+      return BlendFactorName(word);
+    case 'm':
+      return AttribMaskName(word);
+    case 'b':
+      return word ? "GL_TRUE" : "GL_FALSE";
+    case 'f':
+      return fmt::format("{:g}", static_cast<double>(value));
+    default:
+      return fmt::format("{}", static_cast<std::int64_t>(value));
+  }
+}
+
+std::string DescribeFloats(char kind, const GLfloat* values, GLenum lastEnum) {
+  switch (kind) {
+    case 'M':
+      return Floats(values, 16);
+    case 'v':
+      return Floats(values, ParameterLength(lastEnum));
+    case 'p':
+      return values ? "pointer" : "null";
+    default:
+      return Floats(values, kind - '0');
+  }
+}
+
+/// Describes one argument by its kind (see gl_calls.inc); `lastEnum` is the enumerant before it.
+template <typename Argument>
+std::string Describe(char kind, Argument argument, GLenum& lastEnum) {
+  if constexpr (std::is_arithmetic_v<Argument>) {
+    if (kind == 'e') lastEnum = static_cast<GLenum>(static_cast<std::int64_t>(argument));
+    return DescribeNumber(kind, argument);
+  } else if constexpr (std::is_convertible_v<Argument, const GLfloat*>) {
+    return DescribeFloats(kind, argument, lastEnum);
+  } else {
+    return argument ? "pointer" : "null";
+  }
+}
+
+template <typename... Arguments>
+void Log(const char* name, const char* kinds, Arguments... arguments) {
+  if (!IsRecording()) return;
+  [[maybe_unused]] GLenum lastEnum = 0;
+  std::vector<std::string> texts;
+  ((texts.push_back(Describe(*kinds++, arguments, lastEnum))), ...);
+  State().calls.push_back(fmt::format("{}({})", name, fmt::join(texts, ", ")));
+}
+
+std::string Indices(GLsizei count, GLenum type, const void* indices) {
+  std::vector<unsigned> values;
+  for (GLsizei i = 0; i < count; ++i) {
+    values.push_back(type == GL_UNSIGNED_INT ? static_cast<const GLuint*>(indices)[i]
+                                             : static_cast<const GLushort*>(indices)[i]);
+  }
+  return fmt::format("{{{}}}", fmt::join(values, ", "));
+}
+
+}  // namespace
+
+extern "C" {
+
+#define GL3_CALL(name, kinds, parameters, arguments)              \
+  void name parameters {                                          \
+    static auto* const next = NextSymbol<void parameters>(#name); \
+    GL3_LOG(name, kinds, arguments);                              \
+    next arguments;                                               \
+  }
+#define GL3_UNWRAP(...) __VA_OPT__(, ) __VA_ARGS__
+#define GL3_LOG(name, kinds, arguments) Log(#name, kinds GL3_UNWRAP arguments)
+#include "tests/support/gl_calls.inc"
+
+void glDrawElements(GLenum mode, GLsizei count, GLenum type, const void* indices) {
+  static auto* const next = NextSymbol<decltype(glDrawElements)>("glDrawElements");
+  if (IsRecording()) {
+    State().calls.push_back(fmt::format(
+        "glDrawElements({}, {}, {}{})", PrimitiveName(mode), count, EnumName(type),
+        State().indices && indices ? ", " + Indices(count, type, indices) : std::string()));
+  }
+  next(mode, count, type, indices);
+}
+
+const GLubyte* glGetString(GLenum name) {
+  static auto* const next = NextSymbol<decltype(glGetString)>("glGetString");
+  Log("glGetString", "e", name);
+  const auto found = State().strings.find(name);
+  if (found == State().strings.end()) return next(name);
+  return reinterpret_cast<const GLubyte*>(found->second);
+}
+
+void glGetIntegerv(GLenum name, GLint* values) {
+  static auto* const next = NextSymbol<decltype(glGetIntegerv)>("glGetIntegerv");
+  Log("glGetIntegerv", "e", name);
+  const auto found = State().integers.find(name);
+  if (found == State().integers.end()) {
+    next(name, values);
+  } else if (found->second) {
+    *values = *found->second;
+  }
+}
+
+void glGetFloatv(GLenum name, GLfloat* values) {
+  static auto* const next = NextSymbol<decltype(glGetFloatv)>("glGetFloatv");
+  Log("glGetFloatv", "e", name);
+  next(name, values);
+}
+
+GLboolean glIsEnabled(GLenum capability) {
+  static auto* const next = NextSymbol<decltype(glIsEnabled)>("glIsEnabled");
+  Log("glIsEnabled", "e", capability);
+  return next(capability);
+}
+
+GLenum glGetError() {
+  static auto* const next = NextSymbol<decltype(glGetError)>("glGetError");
+  Log("glGetError", "");
+  return next();
+}
+
+void glGetTexLevelParameteriv(GLenum target, GLint level, GLenum name, GLint* values) {
+  static auto* const next =
+      NextSymbol<decltype(glGetTexLevelParameteriv)>("glGetTexLevelParameteriv");
+  Log("glGetTexLevelParameteriv", "eie", target, level, name);
+  auto& answers = State().texLevels[{target, name}];
+  if (answers.empty()) return next(target, level, name, values);
+  *values = answers.front();
+  answers.pop_front();
+}
+}
+
+GlRecorder::GlRecorder() {
+  State() = Recording();
+  State().on = true;
+}
+
+GlRecorder::~GlRecorder() {
+  State() = Recording();
+}
+
+const std::vector<std::string>& GlRecorder::Calls() const {
+  return State().calls;
+}
+
+std::vector<std::string> GlRecorder::Names() const {
+  std::vector<std::string> names;
+  for (const std::string& call : Calls()) names.push_back(call.substr(0, call.find('(')));
+  return names;
+}
+
+std::vector<std::string> GlRecorder::CallsTo(const std::string& prefix) const {
+  std::vector<std::string> calls;
+  for (const std::string& call : Calls()) {
+    if (call.starts_with(prefix)) calls.push_back(call);
+  }
+  return calls;
+}
+
+int GlRecorder::Count(const std::string& name) const {
+  const std::string prefix = name + "(";
+  return static_cast<int>(std::count_if(
+      Calls().begin(), Calls().end(), [&](const auto& call) { return call.starts_with(prefix); }));
+}
+
+void GlRecorder::Clear() {
+  State().calls.clear();
+}
+void GlRecorder::LogIndices(bool on) {
+  State().indices = on;
+}
+void GlRecorder::LogPlatform(bool on) {
+  State().platform = on;
+}
+void GlRecorder::OverrideString(GLenum name, const char* text) {
+  State().strings[name] = text;
+}
+void GlRecorder::OverrideInteger(GLenum name, GLint value) {
+  State().integers[name] = value;
+}
+void GlRecorder::IgnoreInteger(GLenum name) {
+  State().integers[name] = std::nullopt;
+}
+
+void GlRecorder::OverrideTexLevel(GLenum target, GLenum name, const std::vector<GLint>& answers) {
+  State().texLevels[{target, name}].assign(answers.begin(), answers.end());
+}
+
+bool IsRecordingPlatform() {
+  return IsRecording() && State().platform;
+}
+void RecordLine(const std::string& line) {
+  State().calls.push_back(line);
+}
+
+std::string HandleLabel(const void* handle, const std::string& kind) {
+  if (!handle) return "null";
+  std::string& label = State().handles[handle];
+  if (label.empty()) label = fmt::format("{}{}", kind, ++State().handlesOfKind[kind]);
+  return label;
+}
+
+GlRecorderPause::GlRecorderPause() {
+  ++State().pauses;
+}
+GlRecorderPause::~GlRecorderPause() {
+  --State().pauses;
+}

@@ -1,0 +1,64 @@
+// Records GL calls of the module under test, and puts false answers in the GL's mouth.
+//
+// The test executable defines the GL functions of gl_calls.inc itself, so the module's calls arrive
+// here; each forwards to the real GL. Entry points that GLEW loads are not recorded.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/gl.h"
+
+/// Records from construction to destruction; at most one lives at a time. A call is a line such as
+///   glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {1, 0.5, 0, 1})
+/// with floats as "%g". Answers replaced here are the real ones again when the recorder goes.
+class GlRecorder {
+ public:
+  GlRecorder();
+  ~GlRecorder();
+  GlRecorder(const GlRecorder&) = delete;
+  GlRecorder& operator=(const GlRecorder&) = delete;
+
+  /// Every call since the start or the last Clear, in order.
+  const std::vector<std::string>& Calls() const;
+  /// The names of those calls alone.
+  std::vector<std::string> Names() const;
+  /// The calls whose line begins with `prefix`.
+  std::vector<std::string> CallsTo(const std::string& prefix) const;
+  /// How many calls there were to the function called `name`.
+  int Count(const std::string& name) const;
+  void Clear();
+
+  /// glDrawElements also tells its indices.
+  void LogIndices(bool on);
+  /// The log also tells the calls of the platform layer (see platform_calls.h), such as
+  ///   aglCreateContext(format1, context1) = context2
+  void LogPlatform(bool on);
+
+  /// glGetString(name) answers `text`; null is an answer too.
+  void OverrideString(GLenum name, const char* text);
+  /// glGetIntegerv(name) answers `value`.
+  void OverrideInteger(GLenum name, GLint value);
+  /// glGetIntegerv(name) writes nothing, as for an enumerant that the GL does not know.
+  void IgnoreInteger(GLenum name);
+  /// The next calls of glGetTexLevelParameteriv(target, …, name) answer these values one by one;
+  /// later ones are answered by the GL.
+  void OverrideTexLevel(GLenum target, GLenum name, const std::vector<GLint>& answers);
+};
+
+/// For definitions outside gl_recorder.cpp: whether the platform's calls are wanted in the log just
+/// now, and adding a line to it.
+bool IsRecordingPlatform();
+void RecordLine(const std::string& line);
+/// How the log calls a handle: "null", or its kind and a number, in the order in which handles of
+/// the kind turn up while a recorder lives.
+std::string HandleLabel(const void* handle, const std::string& kind);
+
+/// Keeps calls made while it lives out of the log: for helpers that look at the result.
+class GlRecorderPause {
+ public:
+  GlRecorderPause();
+  ~GlRecorderPause();
+  GlRecorderPause(const GlRecorderPause&) = delete;
+  GlRecorderPause& operator=(const GlRecorderPause&) = delete;
+};
