@@ -114,7 +114,7 @@ bool ParseBytes(const std::string& text, std::uint64_t* bytes) {
   if (!unit.empty() && unit != "b") {
     const std::size_t power = kUnits.find(unit[0]);
     const std::string rest = unit.substr(1);
-    if (power == std::string::npos || (rest != "" && rest != "b" && rest != "ib")) return false;
+    if (power == std::string::npos || (!rest.empty() && rest != "b" && rest != "ib")) return false;
     factor = std::ldexp(1.0, 10 * static_cast<int>(power + 1));
   }
   if (number * factor >= std::ldexp(1.0, 63)) return false;

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <vector>
 
 #include "hostkit/scene/camera_window.h"
 
@@ -77,26 +79,26 @@ float UsableFov(float verticalFov) {
   return std::clamp(verticalFov, 0.001f, 3.1f);
 }
 
-// The corners of a box in a camera's axes, from the box's centre: x right, y up, z to the viewer.
-struct Corners {
-  V3d at[8];
+// Points in a camera's axes, from a centre among them: x right, y up, z to the viewer.
+struct PlacedPoints {
+  std::vector<V3d> at;
 
   // Largest of sign * coordinate + slope * z.
   double Reach(int axis, double sign, double slope) const {
-    double most = sign * at[0][axis] + slope * at[0].z;
-    for (const V3d& c : at) most = std::max(most, sign * c[axis] + slope * c.z);
+    double most = -std::numeric_limits<double>::infinity();
+    for (const V3d& p : at) most = std::max(most, sign * p[axis] + slope * p.z);
     return most;
   }
   double Depth() const { return Reach(2, 1, 0); }
 
-  // Distance from which the box fits between slopes of +-slope. A corner is inside when
+  // Distance from which the points fit between slopes of +-slope. A point is inside when
   // |x - eyeX| <= slope (distance - z).
   double DistanceFor(int axis, double slope) const {
     return (Reach(axis, 1, slope) + Reach(axis, -1, slope)) / (2 * slope);
   }
 
-  // Where an eye at `distance` has to stand sideways for the box to reach as far to both sides. The
-  // slope that it reaches then lies below `slope`, into which it fits.
+  // Where an eye at `distance` has to stand sideways for the points to reach as far to both sides.
+  // The slope that they reach then lies below `slope`, into which they fit.
   double CenterFrom(int axis, double distance, double slope) const {
     double low = 0, high = slope;
     for (int i = 0; i < 60; ++i) {
@@ -108,12 +110,19 @@ struct Corners {
   }
 };
 
-Corners CornersIn(const Axes& axes, const Box3f& box) {
-  Corners corners;
-  for (int i = 0; i < 8; ++i) {
-    V3d d = Corner(box, i) - V3d(box.center());
-    corners.at[i] = {d.dot(axes.right), d.dot(axes.up), d.dot(axes.back)};
+PlacedPoints PlaceIn(const Axes& axes, const std::vector<V3f>& points, const V3d& center) {
+  PlacedPoints placed;
+  placed.at.reserve(points.size());
+  for (const V3f& point : points) {
+    V3d d = V3d(point) - center;
+    placed.at.push_back({d.dot(axes.right), d.dot(axes.up), d.dot(axes.back)});
   }
+  return placed;
+}
+
+std::vector<V3f> CornersOf(const Box3f& box) {
+  std::vector<V3f> corners;
+  for (int i = 0; i < 8; ++i) corners.emplace_back(Corner(box, i));
   return corners;
 }
 
@@ -133,7 +142,15 @@ Imath::M44f WorldToView(const SceneCamera& camera) {
 
 SceneCamera FitCamera(const Box3f& bounds, const V3f& direction, float verticalFov, float aspect,
                       bool parallel) {
+  return FitCamera(CornersOf(BoxToFit(bounds)), direction, verticalFov, aspect, parallel);
+}
+
+SceneCamera FitCamera(const std::vector<V3f>& points, const V3f& direction, float verticalFov,
+                      float aspect, bool parallel) {
+  Box3f bounds;
+  for (const V3f& point : points) bounds.extendBy(point);
   Box3f box = BoxToFit(bounds);
+  const std::vector<V3f>& fitted = box == bounds ? points : CornersOf(box);
   double diagonal = (V3d(box.max) - V3d(box.min)).length();
   if (!std::isfinite(aspect) || aspect <= 0) aspect = 1;
 
@@ -145,19 +162,22 @@ SceneCamera FitCamera(const Box3f& bounds, const V3f& direction, float verticalF
 
   double tanY = std::tan(camera.verticalFov * 0.5) * kFitShare;
   double tanX = tanY * aspect;
-  Corners corners = CornersIn(axes, box);
   V3d center(box.center());
+  PlacedPoints placed = PlaceIn(axes, fitted, center);
   if (parallel) {
-    double height = 2 * std::max(corners.Reach(1, 1, 0), corners.Reach(0, 1, 0) / aspect);
+    double left = -placed.Reach(0, -1, 0), right = placed.Reach(0, 1, 0);
+    double bottom = -placed.Reach(1, -1, 0), top = placed.Reach(1, 1, 0);
+    double height = std::max(top - bottom, (right - left) / aspect);
     camera.parallelHeight = static_cast<float>(std::max(height / kFitShare, 1e-3 * diagonal));
-    camera.eye = V3f(center + axes.back * diagonal);
+    camera.eye = V3f(center + axes.right * ((left + right) / 2) + axes.up * ((bottom + top) / 2) +
+                     axes.back * diagonal);
     return camera;
   }
   // What is flat along the view keeps a distance, or the eye would sit in it.
-  double distance = std::max({corners.DistanceFor(0, tanX), corners.DistanceFor(1, tanY),
-                              corners.Depth() + 0.05 * diagonal});
-  camera.eye = V3f(center + axes.right * corners.CenterFrom(0, distance, tanX) +
-                   axes.up * corners.CenterFrom(1, distance, tanY) + axes.back * distance);
+  double distance = std::max(
+      {placed.DistanceFor(0, tanX), placed.DistanceFor(1, tanY), placed.Depth() + 0.05 * diagonal});
+  camera.eye = V3f(center + axes.right * placed.CenterFrom(0, distance, tanX) +
+                   axes.up * placed.CenterFrom(1, distance, tanY) + axes.back * distance);
   return camera;
 }
 

@@ -4,6 +4,8 @@
 #include <Imath/ImathBox.h>
 #include <Imath/ImathMatrix.h>
 
+#include <vector>
+
 #include "host/RenderInfo.h"
 #include "hostkit/scene/scene.h"
 
@@ -25,6 +27,15 @@ Imath::M44f WorldToView(const SceneCamera& camera);
 /// height.
 SceneCamera FitCamera(const Imath::Box3f& bounds, const Imath::V3f& direction, float verticalFov,
                       float aspect, bool parallel);
+
+/// The same for points, which gives a model its place in the middle of the frame where its box
+/// would not: see ExtremePoints.
+SceneCamera FitCamera(const std::vector<Imath::V3f>& points, const Imath::V3f& direction,
+                      float verticalFov, float aspect, bool parallel);
+
+/// World-space points that reach about as far in every direction as all that is placed in the
+/// scene does: for each of a few dozen directions the farthest point. Empty for an empty scene.
+std::vector<Imath::V3f> ExtremePoints(const Scene& scene);
 
 /// Clipping planes that hold the box, with a ratio of far to near that keeps the depth buffer
 /// useful, also when the eye is inside the box or the box is empty.

@@ -198,8 +198,9 @@ void ImportInstances(const ImportContext& context, const std::vector<int>& meshe
         context.scene->instances.push_back({meshes[mesh], toWorld});
       }
     }
+    // Importers may leave gaps among the children (RAW files with colours do).
     for (unsigned i = node->mNumChildren; i > 0; --i) {
-      pending.emplace_back(node->mChildren[i - 1], toWorld);
+      if (node->mChildren[i - 1]) pending.emplace_back(node->mChildren[i - 1], toWorld);
     }
   }
 }

@@ -1,4 +1,6 @@
 // Host lights into GL lights: values by type, numbering, and what the cache saves.
+#include <algorithm>
+
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/gl_recorder.h"
 

@@ -1,5 +1,6 @@
 // Host materials into GL materials: what is sent, and what the cache saves.
 #include <limits>
+#include <utility>
 
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/gl_recorder.h"

@@ -88,11 +88,12 @@ TEST_F(PassTest, ChangesOfStateEndABatch) {
   Triangle(-80, &m_red);
   Triangle(-70, &sameAsRed);                 // equal values: a batch, nothing sent
   Triangle(-60, &sameAsRed, texture.get());  // the texture alone
+  Triangle(-55, nullptr);                    // draws nothing, and yet ends the texture
   Triangle(-50, &m_red, texture.get());      // with a texture everything is sent again
   Triangle(-40, &m_red, texture.get(), lights.Head());
   Triangle(-30, &m_red, &nameless, lights.Head());
-  Triangle(-20, &m_red, &nameless, lights.Head());  // never current, so it ends a batch each time
-  Triangle(-10, nullptr);                           // draws nothing, and yet ends the texture
+  Triangle(-20, &m_red, &nameless, lights.Head());    // never current: ends a batch each time
+  Triangle(-10, &sameAsRed, nullptr, lights.Head());  // with lights everything is sent again
   GlRecorder gl;
   Buffer().RenderTransparentPolys();
 
@@ -101,13 +102,15 @@ TEST_F(PassTest, ChangesOfStateEndABatch) {
                      "glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, {0, 0, 0, 0.5})",
                      "glMaterialfv(GL_FRONT_AND_BACK, GL_SHININESS, {0})",
                      "glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, {0, 0, 0, 1})"};
+  const std::string off = "glDisable(GL_TEXTURE_2D)";
   Lines wanted = red;
-  wanted.insert(wanted.end(),
-                {"glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT)", three, bind, three});
+  wanted.insert(wanted.end(), {"glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT)", three, bind,
+                               three, off, bind});
   wanted.insert(wanted.end(), red.begin(), red.end());
-  wanted.insert(wanted.end(),
-                {three, "glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, 1)", three,
-                 "glDisable(GL_TEXTURE_2D)", three, "glDisable(GL_TEXTURE_2D)", three});
+  wanted.insert(wanted.end(), {three, "glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, 1)", three, off,
+                               three, off, three});
+  wanted.insert(wanted.end(), red.begin(), red.end());
+  wanted.push_back(three);
   EXPECT_EQ(Steps(gl), wanted);
 }
 

@@ -1,4 +1,7 @@
 // Batches: what goes into which, when they are flushed, and how they are drawn.
+#include <cmath>
+#include <utility>
+
 #include "driver/GL3Driver.h"
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/gl_recorder.h"

@@ -1,4 +1,6 @@
 // State switches of the display list: what each sends, closes, flushes and remembers.
+#include <utility>
+
 #include "driver/GL3Driver.h"
 #include "platform/platform.h"
 #include "tests/support/drawing_fixture.h"

@@ -66,12 +66,13 @@ Outcome ChooseCamera(const RenderOptions& options, const hostkit::Scene& scene,
   const float fov = Radians(options.fieldOfView.value_or(kDefaultFov));
   if (options.camera.empty() && !options.eye) {
     const float aspect = static_cast<float>(options.width) / static_cast<float>(options.height);
-    *camera = hostkit::FitCamera(bounds, options.viewFrom, fov, aspect, options.parallel);
+    *camera = hostkit::FitCamera(hostkit::ExtremePoints(scene), options.viewFrom, fov, aspect,
+                                 options.parallel);
     return {};
   }
   const Imath::V3f middle = bounds.isEmpty() ? Imath::V3f(0) : bounds.center();
   if (!options.camera.empty()) {
-    const Outcome found = FindCamera(options.camera, scene, camera);
+    Outcome found = FindCamera(options.camera, scene, camera);
     if (found.status != kDone) return found;
     if (options.fieldOfView) camera->verticalFov = fov;
   } else {
