@@ -9,7 +9,7 @@
 class GL3Color final : public GANativeColor {
  public:
   /// The value is not set.
-  GL3Color() {}
+  GL3Color() = default;
   explicit GL3Color(const ColorBuf& color);
   /// Alpha becomes opaque.
   explicit GL3Color(const RGBFloat& color);

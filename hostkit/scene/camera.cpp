@@ -115,13 +115,14 @@ PlacedPoints PlaceIn(const Axes& axes, const std::vector<V3f>& points, const V3d
   placed.at.reserve(points.size());
   for (const V3f& point : points) {
     V3d d = V3d(point) - center;
-    placed.at.push_back({d.dot(axes.right), d.dot(axes.up), d.dot(axes.back)});
+    placed.at.emplace_back(d.dot(axes.right), d.dot(axes.up), d.dot(axes.back));
   }
   return placed;
 }
 
 std::vector<V3f> CornersOf(const Box3f& box) {
   std::vector<V3f> corners;
+  corners.reserve(8);
   for (int i = 0; i < 8; ++i) corners.emplace_back(Corner(box, i));
   return corners;
 }

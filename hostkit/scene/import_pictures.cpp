@@ -72,7 +72,7 @@ fs::path FindPlainReference(const fs::path& folder, const fs::path& reference) {
   const std::pair<fs::path, fs::path> places[] = {
       {folder, reference.relative_path()}, {folder, name}, {folder, "textures" / name}};
   for (const auto& [start, relative] : places) {
-    const fs::path found = FileWithoutCase(start, relative);
+    fs::path found = FileWithoutCase(start, relative);
     if (!found.empty()) return found;
   }
   return {};

@@ -188,8 +188,9 @@ void SceneFeed::FeedPoints() {
     m_pointColor.Set(point.red, point.green, point.blue, point.alpha);
     float size = SampleSizeAt(point.z);
     for (int i = 0; i < width * width; ++i) {
-      float shiftX = static_cast<float>(i % width) - static_cast<float>(width - 1) / 2;
-      float shiftY = static_cast<float>(i / width) - static_cast<float>(width - 1) / 2;
+      const int column = i % width, row = i / width;
+      float shiftX = static_cast<float>(column) - static_cast<float>(width - 1) / 2;
+      float shiftY = static_cast<float>(row) - static_cast<float>(width - 1) / 2;
       m_list->AddTransformedPoint({point.x + shiftX * size, point.y + shiftY * size, point.z},
                                   m_pointColor);
     }

@@ -123,6 +123,7 @@ HBitmapNode::~HBitmapNode() {
   }
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the name comes by value in every host.
 HRGBABuffer* HBitmapNode::CreateRGBABuffer(String name, HBitmapBuffer::ChannelType type, int width,
                                            int height) {
   auto* buffer = new (std::nothrow) HRGBABuffer(name, type, 4, width, height);

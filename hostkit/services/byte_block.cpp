@@ -235,7 +235,7 @@ HByteBlock* HBitmapNode::CreateByteBlock(int /*wrap*/, int* flags, int bgr) {
   if (!bytes) return nullptr;
   auto* block = new (std::nothrow) HByteBlock(bytes.get(), bytesPerPixel);
   if (!block) return nullptr;
-  bytes.release();
+  static_cast<void>(bytes.release());
   if (flags) *flags = transparent ? *flags | 1 : *flags & ~1;
   return block;
 }

@@ -62,7 +62,6 @@ GLboolean aglUseFont(AGLContext context, GLint, GLint style, GLint size, GLint f
     return AglFailure(AGL_BAD_VALUE);
   }
   const GlyphSet& glyphs = Glyphs(style, size);
-  const auto glyphCount = static_cast<GLint>(glyphs.size());
   const Glyph empty;
   // Only the unpack state matters here, and a client attribute group holds all of it, the bound
   // pixel buffer too.
@@ -78,9 +77,9 @@ GLboolean aglUseFont(AGLContext context, GLint, GLint style, GLint size, GLint f
   for (const GLenum store : kStores) glPixelStorei(store, 0);
   glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
   for (GLint i = 0; i < count; i++) {
-    const bool known = first + i < glyphCount;
-    CompileList(static_cast<GLuint>(base + i),
-                known ? glyphs[static_cast<std::size_t>(first + i)] : empty);
+    const std::size_t code = static_cast<std::size_t>(first) + static_cast<std::size_t>(i);
+    CompileList(static_cast<GLuint>(base) + static_cast<GLuint>(i),
+                code < glyphs.size() ? glyphs[code] : empty);
   }
   glPopClientAttrib();
   return GL_TRUE;

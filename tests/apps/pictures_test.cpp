@@ -22,8 +22,11 @@ struct Pixels {
   double Sum(int c, int left, int right) const {
     double sum = 0;
     for (int y = 0; y < height; ++y) {
-      for (int x = left; x < right; ++x)
-        sum += rgba[static_cast<std::size_t>((y * width + x) * 4 + c)];
+      for (int x = left; x < right; ++x) {
+        const std::size_t pixel = static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+                                  static_cast<std::size_t>(x);
+        sum += rgba[pixel * 4 + static_cast<std::size_t>(c)];
+      }
     }
     return sum;
   }
