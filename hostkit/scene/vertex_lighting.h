@@ -27,9 +27,9 @@ class VertexLighting {
 
  private:
   struct Source {
-    Imath::V3f position;       // or the direction to the light, unit length
-    Imath::V3f spotDirection;  // unit length
-    Imath::V3f diffuse, specular;
+    Imath::V3f position{0, 0, 0};       // or the direction to the light, unit length
+    Imath::V3f spotDirection{0, 0, 0};  // unit length
+    Imath::V3f diffuse{0, 0, 0}, specular{0, 0, 0};
     bool directional = true;
     bool spot = false;
     float spotCosine = -1, spotExponent = 0;

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// A PNG file as 8-bit RGBA.
+/// A picture as 8-bit RGBA.
 struct Pixels {
   int width = 0, height = 0;
   std::vector<unsigned char> rgba;
@@ -38,10 +39,13 @@ struct Pixels {
   }
 };
 
+/// Reads a PNG file; one that is missing or broken fails the test by an exception.
 Pixels ReadPng(const fs::path& path) {
   png_image image = {};
   image.version = PNG_IMAGE_VERSION;
-  if (!png_image_begin_read_from_file(&image, path.c_str())) return {};
+  if (!png_image_begin_read_from_file(&image, path.c_str())) {
+    throw std::runtime_error(path.string() + " is no PNG file");
+  }
   image.format = PNG_FORMAT_RGBA;
   Pixels pixels{static_cast<int>(image.width), static_cast<int>(image.height), {}};
   pixels.rgba.resize(PNG_IMAGE_SIZE(image));
@@ -153,8 +157,11 @@ TEST_F(Pictures, MergeSeveralModels) {
   EXPECT_NE(InfoOf(Path("two.png")).find("gl3:input2: \"cameras.gltf"), std::string::npos);
   // Where pixels are drawn on the processor there is no other device to ask for.
   if (first["software"]) {
+    // Mesa loses a few bytes with a display that turns out not to fit.
+    Gl3Setup setup;
+    setup.environment = {"ASAN_OPTIONS=detect_leaks=0"};
     ExpectRefused({"render", "squares.obj", "-o", "one.png", "--device", "gpu"}, 4,
-                  {"--device gpu", "; "});
+                  {"--device gpu", "; "}, setup);
   }
 }
 
