@@ -43,7 +43,8 @@ int GL3GABuffer::TextOutA(int x, int y, const char* text, const GAColor& color, 
   const bool depthTest = HasState(kDepthTestOn);
   SetProjection(0);
   glColor4fv(ColorFloats(color));
-  glRasterPos3f(static_cast<float>(x + kTextOffsetX), static_cast<float>(y + kTextOffsetY),
+  glRasterPos3f(static_cast<float>(std::int64_t{x} + kTextOffsetX),
+                static_cast<float>(std::int64_t{y} + kTextOffsetY),
                 (m_renderInfo->nearZ + m_renderInfo->farZ) * 0.5f);
   if (depthTest) glDisable(GL_DEPTH_TEST);
   glPushAttrib(GL_LIST_BIT);

@@ -102,6 +102,10 @@ class GL3DisplayList : public DisplayList {
  private:
   static constexpr int kNoBlock = -1;
   enum PrepMode : int { kNotPrepared, kPoints, kLines, kPolygons, kPolygonArray };
+  /// Colours of a polygon's corners as its batch holds them.
+  struct PolygonColors {
+    ColorBuf c0, c1, c2;
+  };
 
   bool Prepare(PrepMode mode);
   void PrepareUnlit(PrepMode mode, int primitive);
@@ -121,7 +125,8 @@ class GL3DisplayList : public DisplayList {
   void FlushLines();
   void StartAppending(std::size_t entries);
   bool ArePolygonsTransparent(int checkTransparency) const;
-  void AppendPolygon(const VornPoly& polygon);
+  static PolygonColors ColorsOf(const VornPoly& polygon);
+  void AppendPolygon(const VornPoly& polygon, const PolygonColors& colors);
   bool QueuePolygon(const VornPoly& polygon);
   bool QueueTriangle(const GAVertex& a, const GAVertex& b, const GAVertex& c);
   void AppendQuad(const GAVertex* vertices, bool textured);

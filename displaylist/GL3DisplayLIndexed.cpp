@@ -93,9 +93,11 @@ void GL3DisplayList::AddIndexedLitTriangleListWT(GALitVertexWT* v, unsigned long
   glEnableClientState(GL_VERTEX_ARRAY);
   glVertexPointer(3, GL_FLOAT, sizeof(GALitVertexWT), &v->x);
   glEnableClientState(GL_TEXTURE_COORD_ARRAY);
-  // The texture coordinates take the place of the positions, and the texture pointer keeps what it
-  // had: pictures that hosts make with this call depend on it.
+  // The texture coordinates take the place of the positions: pictures that hosts make with this
+  // call depend on it. The texture pointer is wherever an earlier draw left it, in memory that may
+  // be gone. With texturing on the GL would read there.
   glVertexPointer(2, GL_FLOAT, sizeof(GALitVertexWT), &v->u);
+  if (m_texturingOn) glTexCoordPointer(2, GL_FLOAT, sizeof(GALitVertexWT), &v->u);
   glEnableClientState(GL_COLOR_ARRAY);
   glColorPointer(4, GL_UNSIGNED_BYTE, sizeof(GALitVertexWT), &v->red);
   DrawIndexed(indices, count);

@@ -9,8 +9,11 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <string_view>
 #include <system_error>
 #include <vector>
+
+#include "hostkit/scene/picture_guards.h"
 
 #define STBI_NO_GIF
 #define STBI_NO_PIC
@@ -31,6 +34,15 @@ constexpr const char* kFormats = "PNG, JPEG, TGA, BMP or HDR";
 BitmapPtr Fail(std::string* error, std::string message) {
   *error = std::move(message);
   return nullptr;
+}
+
+/// Why decoding failed. The decoder's words may quote the file, whatever bytes it has there.
+std::string DecoderReason() {
+  std::string reason = stbi_failure_reason();
+  for (char& c : reason) {
+    if (c < ' ' || c > '~') c = '?';
+  }
+  return reason;
 }
 
 bool ReadFile(const std::string& path, std::vector<unsigned char>* bytes, std::string* error) {
@@ -77,6 +89,10 @@ BitmapPtr LoadPictureFromMemory(const unsigned char* bytes, std::size_t size,
   if (size > INT_MAX) {
     return Fail(error, fmt::format("{}: over 2 GiB; use a smaller picture", name));
   }
+  const std::string_view file(reinterpret_cast<const char*>(bytes), size);
+  if (!AreJpegTablesSound(file)) {
+    return Fail(error, fmt::format("{}: the picture's tables are broken; write it anew", name));
+  }
   const int length = static_cast<int>(size);
   int width = 0, height = 0, channels = 0;
   if (!stbi_info_from_memory(bytes, length, &width, &height, &channels)) {
@@ -88,12 +104,15 @@ BitmapPtr LoadPictureFromMemory(const unsigned char* bytes, std::size_t size,
                                    "all); scale it down",
                                    name, width, height, kLargestSide, kMostPixels));
   }
+  if (!AreHdrRowsWhole(file, width, height)) {
+    return Fail(error, fmt::format("{}: the picture ends early; write it anew", name));
+  }
   // HDR pictures arrive as (value ^ (1 / 2.2)), clamped to 0 to 1: stb_image's own default.
   const std::unique_ptr<stbi_uc, decltype(&std::free)> pixelBytes(
       stbi_load_from_memory(bytes, length, &width, &height, &channels, 4), &std::free);
   if (!pixelBytes) {
-    return Fail(error, fmt::format("{}: the picture is broken ({}); write it anew", name,
-                                   stbi_failure_reason()));
+    return Fail(
+        error, fmt::format("{}: the picture is broken ({}); write it anew", name, DecoderReason()));
   }
   BitmapPtr bitmap = BitmapFromRgba(pixelBytes.get(), width, height);
   if (!bitmap) {

@@ -53,9 +53,11 @@ std::string LowerCase(std::string_view text) {
 
 /// Why a line is not one of a settings file; null when it is.
 const char* WhyNotALine(std::string_view line) {
+  // The parser ends a line at a carriage return too: in mid-line it would hide what follows.
+  if (line.ends_with('\r')) line.remove_suffix(1);
   const auto isControl = [](char c) {
     const auto byte = static_cast<unsigned char>(c);
-    return (byte < 0x20 && c != '\t' && c != '\r') || byte == 0x7f;
+    return (byte < 0x20 && c != '\t') || byte == 0x7f;
   };
   if (std::any_of(line.begin(), line.end(), isControl)) return "holds binary data";
   const std::string_view text = Trim(line);

@@ -244,6 +244,14 @@ TEST_F(AdderTest, IndexedListsStartFromACleanState) {
              "glDisableClientState(GL_VERTEX_ARRAY)", "glDisableClientState(GL_COLOR_ARRAY)",
              "glDisableClientState(GL_TEXTURE_COORD_ARRAY)"}));
 
+  // The texture coordinates of an earlier draw may be gone: with a texture they are not read.
+  List().SetTexture(texture.get());
+  gl.Clear();
+  List().AddIndexedLitTriangleListWT(withTexture, 3, indices, 3, 0);
+  EXPECT_EQ(gl.CallsTo("glVertexPointer").size(), 2u);
+  EXPECT_EQ(gl.CallsTo("glTexCoordPointer"), Lines{"glTexCoordPointer(2, GL_FLOAT, 24, pointer)"});
+
+  List().SetTexture(nullptr);
   List().SetDepthFunc(4);
   List().AddTransformedLine({0, 0, -9}, {1, 0, -9}, m_red);
   std::vector<GALitVertex> noVertices;

@@ -1,4 +1,5 @@
 // Batches: what goes into which, when they are flushed, and how they are drawn.
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -281,15 +282,21 @@ TEST_F(BatchTest, TwoHundredThousandTransparentPolygonsAllAppear) {
   EXPECT_EQ(Draws(gl), (Lines{Triangles(150000), Triangles(450000)}));
 }
 
-TEST_F(BatchTest, UnorderedKeysLoseNoPolygon) {
+TEST_F(BatchTest, KeysThatAreNoNumbersComeLast) {
+  AttrProperty clear = Material(1, 1, 1, 0.5f);
+  List().SetMaterial(&clear, 0);
   std::vector<VornPoly> polygons(1000);
   for (std::size_t i = 0; i < polygons.size(); ++i) {
     polygons[i].depthKey = i % 3 == 0 ? NAN : static_cast<float>(i * 7919 % 1000);
+    polygons[i].p0.z = polygons[i].depthKey;
   }
-  List().AddTransformedPolygons(polygons.data(), 1000, 0);
-  GlRecorder gl;
-  List().FlushArrays();
-  EXPECT_EQ(Draws(gl), Lines{Triangles(3000)});
+  List().AddTransformedPolygons(polygons.data(), 1000, 1);
+  ASSERT_EQ(Buffer().TransparentCount(), 1000);
+  const TransparentRecord* records = Buffer().TransparentRecords();
+  EXPECT_TRUE(std::is_sorted(records, records + 666, [](const auto& first, const auto& second) {
+    return first.a.z < second.a.z;
+  }));
+  for (int i = 0; i < 1000; ++i) ASSERT_EQ(std::isnan(records[i].a.z), i >= 666) << i;
 }
 
 }  // namespace

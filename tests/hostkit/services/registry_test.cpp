@@ -120,7 +120,8 @@ TEST_F(Registry, SetsBrokenFilesAsideByteForByte) {
                                 " = 3\n",
                                 "\x7f"
                                 "ELF\x01",
-                                "[]\n"};
+                                "[]\n",
+                                "A = 1\rB = 2\n"};
   int kept = 0;
   for (const std::string& text : broken) {
     m_folder.Write("registry.ini", text);
@@ -137,7 +138,7 @@ TEST_F(Registry, SetsBrokenFilesAsideByteForByte) {
   // A file that breaks between reading and writing is kept all the same.
   m_folder.Write("registry.ini", "garbage");
   Set("A", 6);
-  EXPECT_EQ(m_folder.Read("registry.ini.broken.7"), "garbage");
+  EXPECT_EQ(m_folder.Read("registry.ini.broken.8"), "garbage");
   hostkit::ReloadRegistry();
   EXPECT_EQ(Get("A"), 6);
 }

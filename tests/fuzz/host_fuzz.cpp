@@ -1,0 +1,59 @@
+// Fuzzes the module by playing a random host. Nothing may crash, no memory or handle may be left
+// behind, and the GL may complain about nothing that a host could not have done wrong itself.
+#include "hostkit/services/host_heaps.h"
+#include "hostkit/services/registry.h"
+#include "platform/platform.h"
+#include "tests/fuzz/host_player.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  HostPlayer::MakeSharedDriver();
+  const hostkit::HeapCounts heaps = hostkit::CountHeaps();
+  const platform::HandleCounts handles = platform::CountHandles();
+  {
+    Input input(data, size);
+    HostPlayer player(input);
+    player.Play();
+  }
+  hostkit::ReloadRegistry();
+  const hostkit::HeapCounts heapsNow = hostkit::CountHeaps();
+  Require(heapsNow.gassist.blocks == heaps.gassist.blocks, "objects are left behind");
+  Require(heapsNow.ogl.blocks == heaps.ogl.blocks, "transparent queues are left behind");
+  Require(heapsNow.ext.blocks == heaps.ext.blocks, "blits, staging or bitmaps are left behind");
+  Require(heapsNow.string.blocks == heaps.string.blocks, "strings are left behind");
+  const platform::HandleCounts handlesNow = platform::CountHandles();
+  Require(handlesNow.contexts == handles.contexts, "contexts are left behind");
+  Require(handlesNow.pbuffers == handles.pbuffers, "pbuffers are left behind");
+  Require(handlesNow.windows == handles.windows, "windows are left behind");
+  Require(handlesNow.deviceContexts == handles.deviceContexts, "device contexts are left behind");
+  return 0;
+}
+
+Inputs Seeds() {
+  constexpr char kMoves = 36;
+  const std::string settings("\3\2\0\0\0", 5);
+  const std::string tame = std::string(1, '\0') + settings, wild = "\1" + settings;
+  Inputs seeds;
+  for (char move = 0; move < kMoves; ++move) {
+    // The move in the middle of a scene, with values of all kinds; then on the edge of what there
+    // is: the largest and the smallest int, NaN, infinity.
+    std::string values;
+    for (int i = 0; i < 60; ++i) values += static_cast<char>(i * 29 + move * 5);
+    const std::string begin = std::string(1, '\0') + values.substr(0, 14);
+    const std::string end(2, '\1');
+    seeds.push_back(tame + begin + move + values.substr(0, 20) + end);
+    seeds.push_back(wild + begin + move + values + end);
+    for (char edge : {'\x87', '\x80', '\xC0', '\xC1'}) {
+      seeds.push_back(wild + std::string(15, '\0') + move + std::string(70, edge) + move);
+    }
+  }
+  return seeds;
+}
+
+Inputs Regressions() {
+  return {
+      // Text at the largest coordinates.
+      "0100000000001000004141414141878700",
+      // A blit into a picture of the largest size.
+      "0100000000000e0000000000000000000000000000000000878700001201",
+  };
+}

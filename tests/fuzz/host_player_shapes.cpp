@@ -1,0 +1,212 @@
+// Moves of the random host that draw shapes and arrays. Arrays are copied into memory of exactly
+// the length that the call reads.
+#include <algorithm>
+
+#include "host/VornPoly.h"
+#include "tests/fuzz/host_player.h"
+
+void HostPlayer::AddLines() {
+  DisplayList& list = List();
+  switch (m_input.Below(8)) {
+    case 0:
+      list.AddLine(Point(), Point());
+      break;
+    case 1:
+      list.AddLine(Point(), Point(), Color());
+      break;
+    case 2:
+      list.AddLine(Point(), Color(), Point(), Color());
+      break;
+    case 3:
+      list.AddTransformedLine(Point(), Point());
+      break;
+    case 4:
+      list.AddTransformedLine(Point(), Point(), Color());
+      break;
+    case 5:
+      list.AddTransformedLineRef(Point(), Point());
+      break;
+    case 6:
+      list.AddTransformedLineRef(Point(), Point(), Color());
+      break;
+    default:
+      list.AddTransformedLine(Point(), Color(), Point(), Color());
+      break;
+  }
+}
+
+void HostPlayer::AddLineArrays() {
+  DisplayList& list = List();
+  const int count = Count(12);
+  const auto size = static_cast<std::size_t>(std::max(count, 0));
+  std::vector<Vector> a(size, Point());
+  std::vector<Vector> b(size, Point());
+  std::vector<GALitVertex> vertices(size);
+  std::vector<unsigned int> indices(size > 0 ? static_cast<std::size_t>(m_input.Below(9)) : 0);
+  switch (m_input.Below(4)) {
+    case 0:
+      list.AddTransformedLineList(a.data(), count);
+      break;
+    case 1:
+      list.AddTransformedLineList(a.data(), b.data(), count, Color(), Color());
+      break;
+    case 2:
+      list.AddLineList(a.data(), b.data(), count, Color(), Color());
+      break;
+    default:
+      for (auto& index : indices) index = m_input.Byte() % static_cast<unsigned>(size);
+      for (auto& vertex : vertices) vertex.y = m_input.Float();
+      list.AddIndexedLineList(vertices, indices);
+      break;
+  }
+}
+
+void HostPlayer::AddShadedLines() {
+  const int count = Count(6);
+  std::vector<GAShadedLineVertex> points(static_cast<std::size_t>(std::max(count, 1)));
+  for (GAShadedLineVertex& point : points) {
+    if (const AttrProperty* material = Material()) point.material = *material;
+    point.position = Point();
+    point.normal = Point();
+    point.width = Positive();
+  }
+  List().AddTransformedShadedLineList(points.data(), count, m_input.Flag());
+}
+
+void HostPlayer::AddRectangles() {
+  DisplayList& list = List();
+  const int x1 = Pixel(), y1 = Pixel(), x2 = Pixel(), y2 = Pixel();
+  const float z = m_input.Float();
+  switch (m_input.Below(6)) {
+    case 0:
+      list.AddRectangle(x1, y1, x2, y2, z);
+      break;
+    case 1:
+      list.AddRectangle(x1, y1, x2, y2, z, Color());
+      break;
+    case 2:
+      list.AddSolidRectangle(x1, y1, x2, y2, z);
+      break;
+    case 3:
+      list.AddSolidRectangle(x1, y1, x2, y2, z, Color());
+      break;
+    case 4:
+      list.AddRoundRect(x1, y1, x2, y2, z, m_input.Int(), m_input.Int(), Color());
+      break;
+    default:
+      list.AddCP(Point(), m_input.Int(), Color());
+      break;
+  }
+}
+
+void HostPlayer::AddCurves() {
+  DisplayList& list = List();
+  const float radius = m_input.Float();
+  switch (m_input.Below(8)) {
+    case 0:
+      list.AddCircle(Point(), Point(), Point());
+      break;
+    case 1:
+      list.AddCircle(Point(), Point(), Point(), Color());
+      break;
+    case 2:
+      list.AddSemiCircle(Point(), Point(), Point(), Color());
+      break;
+    case 3:
+      list.AddTransformedSemiCircle(Point(), Point(), Point(), Color());
+      break;
+    case 4:
+      list.AddTransformedCircle(Point(), radius);
+      break;
+    case 5:
+      list.AddTransformedCircle(Point(), radius, Color());
+      break;
+    case 6:
+      list.AddSphere(Point(), radius, Color());
+      break;
+    default:
+      list.AddTransformedSphere(Point(), radius, Color());
+      break;
+  }
+}
+
+void HostPlayer::AddPolygons() {
+  DisplayList& list = List();
+  const int count = Count(60);
+  std::vector<VornPoly> polygons(static_cast<std::size_t>(std::max(count, 1)));
+  for (std::size_t i = 0; i < polygons.size(); ++i) {
+    VornPoly& polygon = polygons[i];
+    polygon = polygons[i / 2];
+    if (i < 3) {
+      polygon.p0 = Point();
+      polygon.p1 = Point();
+      polygon.p2 = Point();
+      polygon.c0 = Color();
+      polygon.c2 = Color();
+      polygon.uv1 = {m_input.Float(), m_input.Float()};
+    }
+    polygon.depthKey = m_input.Float();
+  }
+  const bool check = m_input.Flag();
+  if (m_input.Flag()) {
+    list.AddTransformedPolygon(polygons[0], check);
+  } else {
+    list.AddTransformedPolygons(polygons.data(), count, check);
+  }
+}
+
+void HostPlayer::AddTriangles() {
+  DisplayList& list = List();
+  std::vector<GAVertex> vertices = Vertices(4);
+  RGBFloat colors[4];
+  GALitVertex lit[4];
+  switch (m_input.Below(4)) {
+    case 0:
+      list.AddTransformedTri(vertices.data(), m_input.Flag());
+      break;
+    case 1:
+      list.AddTransformedQuad(vertices.data(), m_input.Below(4), m_input.Flag());
+      break;
+    case 2:
+      for (RGBFloat& color : colors) color.red = m_input.Float();
+      list.AddTransformedQuad(vertices.data(), colors, m_input.Flag());
+      break;
+    default:
+      for (GALitVertex& vertex : lit) vertex.x = m_input.Float();
+      list.AddTransformedQuad(lit);
+      break;
+  }
+}
+
+void HostPlayer::AddPolyline() {
+  const int count = m_input.Below(150);
+  std::vector<GAVertex> vertices = Vertices(std::max(count, 1));
+  const int kind = m_input.Flag() ? 0x8000 : 0xC000;
+  List().AddTransformedQuad(vertices.data(), kind | count, m_input.Flag());
+}
+
+void HostPlayer::AddFan() {
+  const int vertexCount = 1 + m_input.Below(20);
+  const int indexCount = m_input.Below(120);
+  std::vector<GAVertex> vertices = Vertices(vertexCount);
+  std::vector<unsigned short> indices = Indices(indexCount, vertexCount);
+  List().AddIndexedTriangleFan(vertices.data(), vertices.size(), indices.data(), indices.size(),
+                               m_input.Flag());
+}
+
+void HostPlayer::AddIndexedLists() {
+  DisplayList& list = List();
+  const int vertexCount = 1 + m_input.Below(40);
+  std::vector<unsigned short> indices = Indices(m_input.Below(60), vertexCount);
+  if (m_input.Flag()) {
+    std::vector<GALitVertex> vertices(static_cast<std::size_t>(vertexCount));
+    for (GALitVertex& vertex : vertices) vertex.x = m_input.Float();
+    list.AddIndexedLitTriangleList(vertices.data(), vertices.size(), indices.data(), indices.size(),
+                                   0);
+  } else {
+    std::vector<GALitVertexWT> vertices(static_cast<std::size_t>(vertexCount));
+    for (GALitVertexWT& vertex : vertices) vertex.u = m_input.Float();
+    list.AddIndexedLitTriangleListWT(vertices.data(), vertices.size(), indices.data(),
+                                     indices.size(), 0);
+  }
+}

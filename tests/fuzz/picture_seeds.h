@@ -1,0 +1,6 @@
+// Tiny pictures of every kind that the host reads.
+#pragma once
+
+#include "tests/fuzz/input.h"
+
+Inputs PictureSeeds();

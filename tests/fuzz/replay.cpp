@@ -1,0 +1,83 @@
+// The main of a fuzzer that is built as a test: replays its seeds, its regressions and a fixed run
+// of random inputs, or the files that are its arguments. Under libFuzzer, which has a main of its
+// own, it hands the seeds out instead.
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+
+#include "tests/fuzz/input.h"
+
+namespace {
+
+std::string FromHex(const std::string& digits) {
+  std::string bytes;
+  for (std::size_t i = 0; i + 1 < digits.size(); i += 2) {
+    bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+  }
+  return bytes;
+}
+
+Inputs AllInputs() {
+  Inputs inputs = Seeds();
+  for (const std::string& digits : Regressions()) inputs.push_back(FromHex(digits));
+  return inputs;
+}
+
+}  // namespace
+
+#ifdef GL3_FUZZ
+
+static int WriteSeeds(const std::string& folder) {
+  int number = 0;
+  for (const std::string& input : AllInputs()) {
+    std::ofstream(folder + "/seed" + std::to_string(number++), std::ios::binary) << input;
+  }
+  return 0;
+}
+
+/// Called by libFuzzer before anything else: with GL3_FUZZ_SEEDS, writes the seeds there and ends.
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+  if (const char* folder = std::getenv("GL3_FUZZ_SEEDS")) std::exit(WriteSeeds(folder));
+  return 0;
+}
+
+#else
+
+namespace {
+
+constexpr int kRandomInputs = 40;
+
+void Replay(const std::string& input) {
+  // In memory of its own size, so that a sanitizer sees reads beyond the end.
+  const std::vector<std::uint8_t> bytes(input.begin(), input.end());
+  LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
+}
+
+std::string RandomInput(std::mt19937& random) {
+  std::string bytes(random() % 600, '\0');
+  for (char& c : bytes) c = static_cast<char>(random());
+  return bytes;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  for (int i = 1; i < count; ++i) {
+    std::ifstream file(arguments[i], std::ios::binary);
+    if (!file) {
+      std::fprintf(stderr, "%s: cannot be opened; name a file that a fuzzer kept\n", arguments[i]);
+      return 2;
+    }
+    Replay({std::istreambuf_iterator<char>(file), {}});
+  }
+  if (count > 1) return 0;
+  for (const std::string& input : AllInputs()) Replay(input);
+  std::mt19937 random(1);
+  for (int i = 0; i < kRandomInputs; ++i) Replay(RandomInput(random));
+  return 0;
+}
+
+#endif
