@@ -66,7 +66,8 @@ GLboolean aglDestroyContext(AGLContext context);
 GLboolean aglSetCurrentContext(AGLContext context);
 AGLContext aglGetCurrentContext(void);
 
-/// Binds a window's port to a context; takes effect at once when the context is current.
+/// Binds a window's port to a context; takes effect at once when the context is current. A window
+/// on a screen takes contexts of double-buffered formats; others may fail with AGL_BAD_MATCH.
 GLboolean aglSetDrawable(AGLContext context, AGLDrawable drawable);
 /// Makes an off-screen surface. Target, internal format and levels are accepted and have no
 /// meaning. Fails with AGL_BAD_VALUE when a side is not positive or larger than EGL allows.
@@ -77,13 +78,14 @@ GLboolean aglSetPBuffer(AGLContext context, AGLPbuffer pbuffer, GLint face, GLin
                         GLint screen);
 GLint aglGetVirtualScreen(AGLContext context);
 
-/// Shows the back buffer of the context's window.
+/// Shows the back buffer of the context's window. The next frame begins with undefined pixels.
 void aglSwapBuffers(AGLContext context);
 /// Fits the context to its drawable after that changed its size.
 GLboolean aglUpdateContext(AGLContext context);
 GLboolean aglEnable(AGLContext context, GLenum pname);
-/// AGL_BUFFER_RECT takes {x, y, width, height} with the origin at the window's lower left;
-/// AGL_SWAP_INTERVAL one number of vertical retraces.
+/// AGL_BUFFER_RECT takes {x, y, width, height} of a view, with the origin at the lower left of the
+/// frame window that it lies in. It has no effect: a view is a window of its own, whose port is as
+/// large as the view. AGL_SWAP_INTERVAL takes one number of vertical retraces.
 GLboolean aglSetInteger(AGLContext context, GLenum pname, const GLint* values);
 
 /// Fills display lists `base` to `base + count - 1` of the current context with the bitmaps of the

@@ -15,7 +15,9 @@ class CRect : public tagRECT {
   void NormalizeRect();
 };
 
-/// A window. Without a screen it is a hidden surface of the same size.
+/// A window. Where windows were asked for and an X server answers (platform::UseWindows) it is one
+/// on the screen. Everywhere else it is a hidden surface of the same size, as always are windows of
+/// the style WS_POPUP, which programs make to have something to draw on, and those inside of them.
 class CWnd {
  public:
   CWnd() = default;
@@ -24,11 +26,15 @@ class CWnd {
   /// Destroys the window when there still is one.
   virtual ~CWnd();
 
-  /// Makes the window; `parent`, `menu` and `parameter` may be null. Returns 0 on failure: no such
-  /// window class, a size that is not positive, or no memory.
+  /// Makes the window, of a title in UTF-8; it is shown when the style has WS_VISIBLE. `parent`,
+  /// `menu` and `parameter` may be null; a window with a parent lies inside of it. Returns 0 on
+  /// failure: no such window class, a size that is not positive, or no memory.
   BOOL CreateEx(DWORD exStyle, const char* className, const char* title, DWORD style, int x, int y,
                 int width, int height, HWND parent, void* menu, void* parameter);
-  /// Returns 0 when there is no window.
+  /// Takes over a window that has no object yet. Returns 0 when it has one, when the handle is
+  /// dead, or when this object has a window.
+  BOOL Attach(HWND window);
+  /// Returns 0 when there is no window. One that was adopted stays with its maker.
   BOOL DestroyWindow();
   HWND GetSafeHwnd() const { return m_hWnd; }
   /// Client area in client coordinates; empty when there is no window.
@@ -36,9 +42,12 @@ class CWnd {
   /// Moves client coordinates to those of the screen.
   void ClientToScreen(POINT* point) const;
   void ClientToScreen(RECT* rect) const;
-  /// The frame window that this window lies in, or null.
+  /// The outermost window that this one lies in, or null.
   virtual CWnd* GetParentFrame() const;
+  /// Nothing changes when the size cannot be had, or when the window was adopted.
   void MoveWindow(int x, int y, int width, int height);
+  /// The user asks for the window to be closed: destroys it.
+  virtual void OnClose();
 
   HWND m_hWnd = nullptr;
 };
@@ -53,6 +62,7 @@ class CDC {
 
 /// Registers a window class of a style; the name stays valid. Cursor, brush and icon may be null.
 const char* AfxRegisterWndClass(DWORD style, void* cursor, void* brush, void* icon);
+/// Shows a window, or hides it (SW_HIDE).
 void AfxShowWindow(CWnd* window, int command);
 CWnd* AfxGetParent(const CWnd* window);
 

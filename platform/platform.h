@@ -1,7 +1,10 @@
-// Which display, device and renderer the layer works with. For programs, not for the module.
+// Which display, device and renderer the layer works with, and windows on a screen. For programs,
+// not for the module.
 #pragma once
 
 #include <string>
+
+#include "platform/win32.h"
 
 namespace platform {
 
@@ -13,6 +16,26 @@ struct DisplayReport {
   std::string reason;     ///< Why this choice; the error when there is no display.
   bool software = false;  ///< Whether pixels are drawn on the processor.
 };
+
+/// Asks for windows that can be seen: the display is then that of the X server which DISPLAY names,
+/// unless GL3_PLATFORM says otherwise, and off-screen as ever when no server answers. Returns false
+/// when the display is open already; then nothing changes.
+bool UseWindows(bool wanted);
+
+/// Handles what the X server has told about windows since the last call: a window whose closing was
+/// asked for gets CWnd::OnClose, one that someone else destroyed is closed. Does not wait. For the
+/// thread that made the windows.
+void PumpWindows();
+
+/// The number of a window on the X server; 0 for a dead handle and for a hidden window.
+unsigned long NativeWindow(HWND window);
+
+/// Takes on a window that someone else made, a toolkit say, so that buffers draw into it. Its size,
+/// its place and its end stay the maker's; the visual has to be that of the layer's own windows,
+/// which is the screen's default one where that can be. Put the handle into a CWnd with
+/// CWnd::Attach. A window that was taken on before gives the handle it has. Null on failure,
+/// `reason` (may be null) then saying why.
+HWND AdoptWindow(unsigned long number, std::string* reason = nullptr);
 
 /// Opens the process's one display when it is not open yet, and describes it. The environment is
 /// read then: GL3_PLATFORM (surfaceless, x11, device) and GL3_DEVICE (auto, cpu, gpu or a device

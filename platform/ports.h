@@ -15,6 +15,7 @@ typedef struct Rect {
 
 /// Pixels behind a port. The row stride in bytes is the low 15 bits of `rowBytes`; the top bit only
 /// tells a pixel map from a bitmap. Pixels are 32 bits: alpha, red, green, blue from the high byte.
+/// Those of a window on a screen are on its server, and their address is null.
 typedef struct PixMap {
   char* baseAddr;
   std::uint16_t rowBytes;

@@ -15,7 +15,13 @@ typedef int BOOL;
 
 enum : DWORD { DLL_PROCESS_DETACH = 0, DLL_PROCESS_ATTACH = 1 };
 enum : DWORD { CS_OWNDC = 0x20 };
-enum : DWORD { WS_POPUP = 0x80000000u };
+enum : DWORD {
+  WS_OVERLAPPED = 0,
+  WS_VISIBLE = 0x10000000,
+  WS_CHILD = 0x40000000,
+  WS_POPUP = 0x80000000u
+};
+enum { SW_HIDE = 0, SW_SHOW = 5 };
 
 typedef struct tagRECT {
   LONG left, top, right, bottom;
@@ -53,6 +59,6 @@ HDC GetDC(HWND window);
 HDC CreateCompatibleDC(HDC model);
 /// Returns 0 for a dead handle.
 BOOL DeleteDC(HDC dc);
-/// Redraws a window at once. Returns 0 for a dead handle.
+/// Brings to the screen at once what was drawn. Returns 0 for a dead handle.
 BOOL ForceDraw(HWND window);
 }

@@ -91,7 +91,8 @@ std::shared_ptr<Context> FindContext(AGLContext handle) {
 EGLint Attach(AGLContext handle, Context& context, std::shared_ptr<Drawable> drawable,
               const void* drawableHandle) {
   if (drawable && drawable->SurfaceFor(context.Format().config) == EGL_NO_SURFACE) {
-    return EGL_BAD_ALLOC;
+    const EGLint error = eglGetError();
+    return error == EGL_SUCCESS ? EGL_BAD_MATCH : error;  // EGL was not even asked
   }
   context.SetDrawable(std::move(drawable), drawableHandle);
   return CurrentContextHandle() == handle ? MakeCurrent(handle, context) : EGL_SUCCESS;
@@ -240,7 +241,7 @@ void aglSwapBuffers(AGLContext context) {
   }
   void* const before = CurrentContextHandle();
   if (!AglResult(MakeCurrent(context, *found))) return;
-  target->Present();
+  AglResult(target->Present());
   if (before == context) return;
   const std::shared_ptr<Context> previous = Contexts().Get(before);
   if (previous) {
@@ -271,7 +272,7 @@ GLboolean aglSetInteger(AGLContext context, GLenum pname, const GLint* values) {
     found->SetSwapInterval(values[0]);
     return GL_TRUE;
   }
-  // A port here is the view itself, not a part of its frame: where it lies in the frame makes no
-  // difference to drawing.
+  // The window behind a port is the view itself, never the frame around it: the surface has the
+  // view's size already, and there is nothing to clip.
   return values[2] < 0 || values[3] < 0 ? AglFailure(AGL_BAD_VALUE) : GL_TRUE;
 }

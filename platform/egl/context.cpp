@@ -108,7 +108,9 @@ EGLint Context::MakeCurrent() {
 EGLint Context::Refit() {
   Drawable* target = Target();
   if (!target) return EGL_SUCCESS;
-  if (target->Refit(m_format.config) == EGL_NO_SURFACE) return LastEglError();
+  if (target->Refit(m_format.config) == EGL_NO_SURFACE) {
+    return target->IsClosed() ? EGL_BAD_NATIVE_WINDOW : LastEglError();
+  }
   return IsCurrent(m_egl) ? MakeCurrent() : EGL_SUCCESS;
 }
 
@@ -139,6 +141,18 @@ void MakeNoneCurrent() {
   if (eglGetCurrentContext() == EGL_NO_CONTEXT) return;
   eglBindAPI(EGL_OPENGL_API);
   eglMakeCurrent(OpenDisplay().egl, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+}
+
+void LeaveSurface(EGLSurface surface) {
+  if (eglGetCurrentSurface(EGL_DRAW) != surface) return;
+  const EGLContext egl = eglGetCurrentContext();
+  const bool stays = OpenDisplay().surfacelessContexts &&
+                     eglMakeCurrent(OpenDisplay().egl, EGL_NO_SURFACE, EGL_NO_SURFACE, egl);
+  if (!stays) {
+    MakeNoneCurrent();
+  } else if (t_current.egl == egl) {
+    t_current.surface = EGL_NO_SURFACE;
+  }
 }
 
 bool DestroyContext(void* handle) {

@@ -64,6 +64,9 @@ void* CurrentContextHandle();
 /// Makes the context of a live handle current. Returns as Context::MakeCurrent.
 EGLint MakeCurrent(void* handle, Context& context);
 void MakeNoneCurrent();
+/// Takes a surface that is about to go from this thread's context. The context stays current, on no
+/// surface, where EGL can do that.
+void LeaveSurface(EGLSurface surface);
 /// Ends a context, on this thread making none current first when it is the current one. False for
 /// a handle that is none.
 bool DestroyContext(void* handle);

@@ -4,14 +4,21 @@
 #include <EGL/eglext.h>
 
 #include <array>
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <string_view>
 #include <vector>
 
+#include "platform/egl/pixel_format.h"
+#include "platform/x11/server.h"
+
 namespace platform {
 namespace {
+
+std::atomic<bool> g_windowsWanted = false;
+std::atomic<bool> g_opened = false;
 
 enum class DeviceKind { kAuto, kCpu, kGpu, kNumber };
 
@@ -172,7 +179,7 @@ std::string TryDevices(const DeviceWish& wish, Display& display) {
 
 /// A platform whose driver chooses the device by itself.
 std::string TryPlatform(EGLenum name, const char* text, const char* extension,
-                        const DeviceWish& wish, Display& display) {
+                        const DeviceWish& wish, Display& display, void* native) {
   if (!HasName(eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS), extension)) {
     return std::string("EGL has no ") + text + " platform";
   }
@@ -182,7 +189,7 @@ std::string TryPlatform(EGLenum name, const char* text, const char* extension,
   }
   // Read by Mesa when the display starts; there is no other way to ask it for software here.
   if (wish.kind == DeviceKind::kCpu) setenv("LIBGL_ALWAYS_SOFTWARE", "1", 1);
-  const std::string problem = StartDisplay(PlatformDisplay(name, nullptr), text, display);
+  const std::string problem = StartDisplay(PlatformDisplay(name, native), text, display);
   if (!problem.empty()) return std::string("the ") + text + " platform " + problem;
   display.report.software = DisplayIsSoftware(display.egl);
   const bool software = display.report.software;
@@ -199,21 +206,33 @@ std::string TryPlatform(EGLenum name, const char* text, const char* extension,
 
 std::string TrySurfaceless(const DeviceWish& wish, Display& display) {
   return TryPlatform(EGL_PLATFORM_SURFACELESS_MESA, "surfaceless", "EGL_MESA_platform_surfaceless",
-                     wish, display);
+                     wish, display, nullptr);
+}
+
+/// The one platform with windows that can be seen.
+std::string TryWindows(const DeviceWish& wish, Display& display) {
+  std::string problem;
+  XConnection* const server = OpenXServer(problem);
+  if (!server) return problem;
+  problem = TryPlatform(EGL_PLATFORM_X11_EXT, "x11", "EGL_EXT_platform_x11", wish, display, server);
+  if (problem.empty()) {
+    display.windowConfig = ChooseWindowConfig(display.egl, DefaultVisualId(server));
+    if (display.windowConfig) return "";
+    problem = "the x11 platform has no desktop OpenGL for windows";
+    eglTerminate(display.egl);
+    display = Display{};
+  }
+  CloseXServer();
+  return problem + "; DISPLAY is " + Environment("DISPLAY");
 }
 
 std::string TryX11(const DeviceWish& wish, Display& display) {
-  const std::string server = Environment("DISPLAY");
-  if (server.empty()) {
-    return "GL3_PLATFORM=x11 needs an X server, and DISPLAY is not set; leave GL3_PLATFORM out to "
-           "draw off-screen";
-  }
-  const std::string problem =
-      TryPlatform(EGL_PLATFORM_X11_EXT, "x11", "EGL_EXT_platform_x11", wish, display);
-  return problem.empty() ? "" : problem + "; DISPLAY is " + server;
+  const std::string problem = TryWindows(wish, display);
+  if (problem.empty()) return "";
+  return "GL3_PLATFORM=x11: " + problem + "; leave GL3_PLATFORM out to draw off-screen";
 }
 
-std::string TryInTurn(const DeviceWish& wish, Display& display) {
+std::string TryOffScreen(const DeviceWish& wish, Display& display) {
   const std::string device = TryDevices(wish, display);
   if (device.empty()) return "";
   const std::string surfaceless = TrySurfaceless(wish, display);
@@ -221,6 +240,16 @@ std::string TryInTurn(const DeviceWish& wish, Display& display) {
     return wish.kind == DeviceKind::kAuto ? device + "; " + surfaceless : device;
   }
   display.report.reason = device + "; " + display.report.reason;
+  return "";
+}
+
+std::string TryInTurn(const DeviceWish& wish, Display& display) {
+  if (!g_windowsWanted) return TryOffScreen(wish, display);
+  const std::string windows = TryWindows(wish, display);
+  if (windows.empty()) return "";
+  const std::string problem = TryOffScreen(wish, display);
+  if (!problem.empty()) return windows + "; " + problem;
+  display.report.reason = windows + "; " + display.report.reason;
   return "";
 }
 
@@ -243,6 +272,7 @@ constexpr struct {
     {"", TryInTurn}, {"device", TryDevices}, {"surfaceless", TrySurfaceless}, {"x11", TryX11}};
 
 Display ChooseDisplay() {
+  g_opened = true;
   Display display;
   DeviceWish wish;
   const std::string device = Environment("GL3_DEVICE");
@@ -291,6 +321,12 @@ const Display& OpenDisplay() {
   // Never destroyed: other static objects may still use the display while the process ends.
   static const Display* const display = new Display(ChooseDisplay());
   return *display;
+}
+
+bool UseWindows(bool wanted) {
+  if (g_opened) return false;
+  g_windowsWanted = wanted;
+  return true;
 }
 
 const DisplayReport& DescribeDisplay() {

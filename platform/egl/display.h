@@ -12,6 +12,7 @@ namespace platform {
 struct Display {
   EGLDisplay egl = EGL_NO_DISPLAY;   ///< EGL_NO_DISPLAY when none could be opened.
   bool surfacelessContexts = false;  ///< Contexts can be current without a surface.
+  EGLConfig windowConfig = nullptr;  ///< Of all windows on a screen; null where there are none.
   DisplayReport report;
 };
 

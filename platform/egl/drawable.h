@@ -22,8 +22,8 @@ class Drawable {
   virtual EGLSurface SurfaceFor(EGLConfig config) = 0;
   /// As SurfaceFor, but of the drawable's size of now.
   virtual EGLSurface Refit(EGLConfig config) = 0;
-  /// Shows what the current context drew.
-  virtual void Present() = 0;
+  /// Shows what the current context drew. Returns EGL_SUCCESS, else EGL's error.
+  virtual EGLint Present() = 0;
   /// Whether it can be drawn into no longer.
   virtual bool IsClosed() const = 0;
 };
@@ -63,7 +63,7 @@ class Pbuffer : public Drawable {
 
   EGLSurface SurfaceFor(EGLConfig config) override;
   EGLSurface Refit(EGLConfig config) override { return SurfaceFor(config); }
-  void Present() override {}
+  EGLint Present() override { return EGL_SUCCESS; }
   bool IsClosed() const override { return false; }
 
   void Hold();

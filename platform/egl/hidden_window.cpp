@@ -85,7 +85,7 @@ EGLSurface HiddenWindow::Refit(EGLConfig config) {
   return m_surfaces.Fit(config, m_place.width, m_place.height);
 }
 
-void HiddenWindow::Present() {
+EGLint HiddenWindow::Present() {
   const EGLSurface surface = eglGetCurrentSurface(EGL_DRAW);
   EGLint width = 0;
   EGLint height = 0;
@@ -93,7 +93,7 @@ void HiddenWindow::Present() {
   eglQuerySurface(OpenDisplay().egl, surface, EGL_HEIGHT, &height);
   width = std::min(width, m_place.width);
   const int rows = std::min(height, m_place.height);
-  if (width <= 0 || rows <= 0) return;
+  if (width <= 0 || rows <= 0) return EGL_SUCCESS;
 
   const PlainReading plain(m_place.width);
   // GL's rows go up from the bottom, the map's down from the top.
@@ -104,6 +104,7 @@ void HiddenWindow::Present() {
        low += stride, high -= stride) {
     std::swap_ranges(low, low + stride, high);
   }
+  return EGL_SUCCESS;
 }
 
 bool HiddenWindow::Move(const WindowPlace& place) {

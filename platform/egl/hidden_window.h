@@ -17,7 +17,7 @@ class HiddenWindow : public Window {
   EGLSurface Refit(EGLConfig config) override;
   /// Reads the current context's frame into the pixel map: top row first, and as much of it as both
   /// have. The context's state stays as it is.
-  void Present() override;
+  EGLint Present() override;
   bool Move(const WindowPlace& place) override;
 
  private:

@@ -10,28 +10,16 @@
 namespace platform {
 namespace {
 
-EGLint Attribute(EGLConfig config, EGLint name) {
+EGLint Attribute(EGLDisplay display, EGLConfig config, EGLint name) {
   EGLint value = 0;
-  eglGetConfigAttrib(OpenDisplay().egl, config, name, &value);
+  eglGetConfigAttrib(display, config, name, &value);
   return value;
 }
 
-/// Smaller is nearer to the wish. Samples come first, so that nobody gets them unasked.
-auto Distance(EGLConfig config, const PixelWish& wish) {
-  const int colorExcess = Attribute(config, EGL_RED_SIZE) - 8;
-  const int samples = Attribute(config, EGL_SAMPLES) - wish.samples;
-  const int depth = Attribute(config, EGL_DEPTH_SIZE) - wish.depthBits;
-  return std::tuple(colorExcess, std::max(-samples, 0), std::max(samples, 0), std::max(-depth, 0),
-                    std::max(depth, 0), Attribute(config, EGL_STENCIL_SIZE));
-}
-
-}  // namespace
-
-std::optional<PixelFormat> ChoosePixelFormat(const PixelWish& wish) {
-  const EGLDisplay display = OpenDisplay().egl;
-  if (display == EGL_NO_DISPLAY) return std::nullopt;
+/// Configs for desktop GL with eight bits a channel, those without a caveat first.
+std::vector<EGLConfig> ListConfigs(EGLDisplay display, EGLint surfaceTypes) {
   const EGLint attributes[] = {EGL_SURFACE_TYPE,
-                               EGL_PBUFFER_BIT,
+                               surfaceTypes,
                                EGL_RENDERABLE_TYPE,
                                EGL_OPENGL_BIT,
                                EGL_RED_SIZE,
@@ -44,17 +32,53 @@ std::optional<PixelFormat> ChoosePixelFormat(const PixelWish& wish) {
                                8,
                                EGL_NONE};
   EGLint count = 0;
-  if (!eglChooseConfig(display, attributes, nullptr, 0, &count) || count <= 0) return std::nullopt;
+  if (!eglChooseConfig(display, attributes, nullptr, 0, &count) || count <= 0) return {};
   std::vector<EGLConfig> configs(static_cast<std::size_t>(count));
   eglChooseConfig(display, attributes, configs.data(), count, &count);
-  if (count <= 0) return std::nullopt;
-  configs.resize(static_cast<std::size_t>(count));
-  // The first of equals wins: EGL lists configs without a caveat before slow ones.
-  const EGLConfig best = *std::min_element(
-      configs.begin(), configs.end(),
-      [&](EGLConfig a, EGLConfig b) { return Distance(a, wish) < Distance(b, wish); });
-  return PixelFormat{best, Attribute(best, EGL_BUFFER_SIZE), Attribute(best, EGL_DEPTH_SIZE),
-                     wish.doubleBuffer};
+  configs.resize(static_cast<std::size_t>(std::max(count, 0)));
+  return configs;
+}
+
+/// The config for which `distance` is least, the first of equals; null when there is none.
+template <typename Distance>
+EGLConfig Nearest(const std::vector<EGLConfig>& configs, Distance distance) {
+  const auto best = std::min_element(configs.begin(), configs.end(), [&](EGLConfig a, EGLConfig b) {
+    return distance(a) < distance(b);
+  });
+  return best == configs.end() ? nullptr : *best;
+}
+
+}  // namespace
+
+std::optional<PixelFormat> ChoosePixelFormat(const PixelWish& wish) {
+  const EGLDisplay display = OpenDisplay().egl;
+  if (display == EGL_NO_DISPLAY) return std::nullopt;
+  EGLConfig best = nullptr;
+  if (wish.doubleBuffer && wish.samples == 0) best = OpenDisplay().windowConfig;
+  if (!best) {
+    // Samples come first, so that nobody gets them unasked.
+    best = Nearest(ListConfigs(display, EGL_PBUFFER_BIT), [&](EGLConfig config) {
+      const int colorExcess = Attribute(display, config, EGL_RED_SIZE) - 8;
+      const int samples = Attribute(display, config, EGL_SAMPLES) - wish.samples;
+      const int depth = Attribute(display, config, EGL_DEPTH_SIZE) - wish.depthBits;
+      return std::tuple(colorExcess, std::max(-samples, 0), std::max(samples, 0),
+                        std::max(-depth, 0), std::max(depth, 0),
+                        Attribute(display, config, EGL_STENCIL_SIZE));
+    });
+  }
+  if (!best) return std::nullopt;
+  return PixelFormat{best, Attribute(display, best, EGL_BUFFER_SIZE),
+                     Attribute(display, best, EGL_DEPTH_SIZE), wish.doubleBuffer};
+}
+
+EGLConfig ChooseWindowConfig(EGLDisplay display, EGLint preferredVisual) {
+  return Nearest(ListConfigs(display, EGL_WINDOW_BIT | EGL_PBUFFER_BIT), [&](EGLConfig config) {
+    return std::tuple(Attribute(display, config, EGL_RED_SIZE) - 8,
+                      Attribute(display, config, EGL_NATIVE_VISUAL_ID) != preferredVisual,
+                      Attribute(display, config, EGL_SAMPLES),
+                      -Attribute(display, config, EGL_DEPTH_SIZE),
+                      Attribute(display, config, EGL_STENCIL_SIZE));
+  });
 }
 
 }  // namespace platform

@@ -23,7 +23,12 @@ struct PixelFormat {
 };
 
 /// The config nearest to a wish: as many samples and depth bits as asked when there are such, else
-/// the most there are. Nothing when there is no display.
+/// the most there are. Where windows come on a screen, all wishes for double buffering have their
+/// config. Nothing when there is no display.
 std::optional<PixelFormat> ChoosePixelFormat(const PixelWish& wish);
+
+/// The config of all windows on a screen: the deepest there is, of a visual that is the preferred
+/// one if possible. Null when there is none.
+EGLConfig ChooseWindowConfig(EGLDisplay display, EGLint preferredVisual);
 
 }  // namespace platform

@@ -68,18 +68,19 @@ Glyph CopyGlyph(const FT_GlyphSlot slot) {
 
 }  // namespace
 
-GlyphSet RasteriseGlyphs(bool bold, bool italic, int size, const char*& error) {
-  GlyphSet glyphs;
+extern "C" void RasteriseGlyphs(bool bold, bool italic, int size, GlyphSet& glyphs,
+                                const char*& error) {
+  glyphs = GlyphSet();
   error = "no font found; install one, such as DejaVu (fonts-dejavu-core)";
   const FontFile file = FindFont(bold, italic);
   FT_Library library = nullptr;
-  if (file.path.empty() || FT_Init_FreeType(&library) != 0) return glyphs;
+  if (file.path.empty() || FT_Init_FreeType(&library) != 0) return;
   const std::unique_ptr<FT_LibraryRec_, Destroyer<FT_Done_FreeType>> libraryOwner(library);
   FT_Face face = nullptr;
   error = "the font that fontconfig chose cannot be read; reinstall it";
-  if (FT_New_Face(library, file.path.c_str(), file.face, &face) != 0) return glyphs;
+  if (FT_New_Face(library, file.path.c_str(), file.face, &face) != 0) return;
   const std::unique_ptr<FT_FaceRec_, Destroyer<FT_Done_Face>> faceOwner(face);
-  if (FT_Set_Pixel_Sizes(face, 0, static_cast<FT_UInt>(size)) != 0) return glyphs;
+  if (FT_Set_Pixel_Sizes(face, 0, static_cast<FT_UInt>(size)) != 0) return;
   error = nullptr;
   for (std::size_t code = 0; code < glyphs.size(); code++) {
     const FT_UInt index = FT_Get_Char_Index(face, code);  // Latin-1 is the start of Unicode
@@ -87,7 +88,6 @@ GlyphSet RasteriseGlyphs(bool bold, bool italic, int size, const char*& error) {
     if (FT_Load_Glyph(face, index, FT_LOAD_RENDER | FT_LOAD_TARGET_MONO) != 0) continue;
     glyphs[code] = CopyGlyph(face->glyph);
   }
-  return glyphs;
 }
 
 }  // namespace platform

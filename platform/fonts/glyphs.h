@@ -1,4 +1,5 @@
-// Glyphs of the Latin-1 characters as one-bit bitmaps.
+// Glyphs of the Latin-1 characters as one-bit bitmaps. They come from a library of their own,
+// gl3fonts, since its libraries would cost every start of a process some milliseconds.
 #pragma once
 
 #include <array>
@@ -20,7 +21,16 @@ struct Glyph {
 using GlyphSet = std::array<Glyph, 256>;
 
 /// Rasterises the sans-serif font that the system prefers; `size` is in pixels. Characters that
-/// the font lacks are empty, and so are all when there is no font: `error` then says why.
-GlyphSet RasteriseGlyphs(bool bold, bool italic, int size, const char*& error);
+/// the font lacks are empty, and so are all when there is no font: `error` then says why, else it
+/// is null.
+using GlyphRasteriser = void(bool bold, bool italic, int size, GlyphSet& glyphs,
+                             const char*& error);
+
+/// What gl3fonts exports.
+inline constexpr char kGlyphRasteriser[] = "RasteriseGlyphs";
+extern "C" GlyphRasteriser RasteriseGlyphs;
+
+/// The same, in the platform library: opens gl3fonts, which lies beside it, on the first call.
+GlyphSet LoadGlyphs(bool bold, bool italic, int size, const char*& error);
 
 }  // namespace platform

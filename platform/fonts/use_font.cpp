@@ -28,7 +28,7 @@ const GlyphSet& Glyphs(GLint style, GLint size) {
   const std::tuple key(style & (kBold | kItalic), size);
   if (const auto found = sets->find(key); found != sets->end()) return found->second;
   const char* error = nullptr;
-  GlyphSet glyphs = RasteriseGlyphs(style & kBold, style & kItalic, size, error);
+  GlyphSet glyphs = LoadGlyphs(style & kBold, style & kItalic, size, error);
   static bool warned = false;
   if (error && !warned) {
     std::fprintf(stderr, "aglUseFont: text stays empty: %s\n", error);

@@ -11,6 +11,7 @@
 #include "platform/egl/hidden_window.h"
 #include "platform/mfc.h"
 #include "platform/mfc/window.h"
+#include "platform/x11/x_window.h"
 
 using namespace platform;
 
@@ -35,14 +36,18 @@ std::string Hexadecimal(const void* value) {
   return text;
 }
 
-/// Where a window's client area begins on the screen.
-POINT ScreenOrigin(HWND window) {
-  POINT origin{0, 0};
-  for (auto at = Windows().Get(window); at; at = Windows().Get(at->Parent())) {
-    origin.x += at->Place().x;
-    origin.y += at->Place().y;
-  }
-  return origin;
+POINT ScreenOrigin(HWND handle) {
+  const std::shared_ptr<Window> window = Windows().Get(handle);
+  return window ? window->ScreenOrigin() : POINT{0, 0};
+}
+
+/// A window of the kind that suits its style and its parent; null when it cannot be made.
+std::shared_ptr<Window> MakeWindow(const WindowPlace& place, DWORD style, const char* title,
+                                   const std::shared_ptr<Window>& parent, CWnd* owner) {
+  const bool hidden =
+      (style & WS_POPUP) != 0 || (parent && parent->NativeWindow() == 0) || !XWindow::CanMake();
+  if (!hidden) return XWindow::Make(place, {title, (style & WS_VISIBLE) != 0}, parent, owner);
+  return std::make_shared<HiddenWindow>(place, parent ? parent->Handle() : nullptr, owner);
 }
 
 }  // namespace
@@ -63,18 +68,27 @@ CWnd::~CWnd() {
   Window::Close(m_hWnd);
 }
 
-BOOL CWnd::CreateEx(DWORD, const char* className, const char*, DWORD, int x, int y, int width,
-                    int height, HWND parent, void*, void*) {
+BOOL CWnd::CreateEx(DWORD, const char* className, const char* title, DWORD style, int x, int y,
+                    int width, int height, HWND parent, void*, void*) {
   if (m_hWnd || !IsWindowClass(className) || !Window::IsValidSize(width, height)) return 0;
-  if (parent && !Windows().Get(parent)) return 0;
+  const std::shared_ptr<Window> outer = Windows().Get(parent);
+  if (parent && !outer) return 0;
   try {
-    const auto window =
-        std::make_shared<HiddenWindow>(WindowPlace{x, y, width, height}, parent, this);
-    if (!Window::Register(window)) return 0;
+    const std::shared_ptr<Window> window =
+        MakeWindow({x, y, width, height}, style, title, outer, this);
+    if (!window || !Window::Register(window)) return 0;
     m_hWnd = window->Handle();
   } catch (const std::bad_alloc&) {
     return 0;
   }
+  return 1;
+}
+
+BOOL CWnd::Attach(HWND handle) {
+  const std::shared_ptr<Window> window = Windows().Get(handle);
+  if (m_hWnd || !window || window->Owner()) return 0;
+  window->SetOwner(this);
+  m_hWnd = handle;
   return 1;
 }
 
@@ -85,7 +99,8 @@ BOOL CWnd::DestroyWindow() {
 void CWnd::GetClientRect(RECT* rect) const {
   if (!rect) return;
   const std::shared_ptr<Window> window = Windows().Get(m_hWnd);
-  *rect = window ? RECT{0, 0, window->Place().width, window->Place().height} : RECT{0, 0, 0, 0};
+  const WindowPlace place = window ? window->Place() : WindowPlace{};
+  *rect = {0, 0, place.width, place.height};
 }
 
 void CWnd::ClientToScreen(POINT* point) const {
@@ -103,7 +118,11 @@ void CWnd::ClientToScreen(RECT* rect) const {
 }
 
 CWnd* CWnd::GetParentFrame() const {
-  return nullptr;
+  const std::shared_ptr<Window> window = Windows().Get(m_hWnd);
+  std::shared_ptr<Window> frame = window ? Windows().Get(window->Parent()) : nullptr;
+  if (!frame) return nullptr;
+  while (const auto outer = Windows().Get(frame->Parent())) frame = outer;
+  return frame->Owner();
 }
 
 void CWnd::MoveWindow(int x, int y, int width, int height) {
@@ -111,8 +130,14 @@ void CWnd::MoveWindow(int x, int y, int width, int height) {
   if (window) window->Move({x, y, width, height});
 }
 
-// Windows that are shown come with a screen.
-void AfxShowWindow(CWnd*, int) {}
+void CWnd::OnClose() {
+  DestroyWindow();
+}
+
+void AfxShowWindow(CWnd* window, int command) {
+  const std::shared_ptr<Window> found = window ? Windows().Get(window->m_hWnd) : nullptr;
+  if (found) found->Show(command != SW_HIDE);
+}
 
 CWnd* AfxGetParent(const CWnd* window) {
   const std::shared_ptr<Window> found = window ? Windows().Get(window->m_hWnd) : nullptr;

@@ -53,8 +53,11 @@ BOOL DeleteDC(HDC dc) {
 }
 
 BOOL ForceDraw(HWND window) {
-  // Whoever draws a window does so by itself here: there is no repaint to bring forward.
-  return Windows().Get(window) != nullptr;
+  // Whoever draws a window does so by itself here: there is no repaint to bring forward, only the
+  // way to the screen to be waited for.
+  const std::shared_ptr<Window> found = Windows().Get(window);
+  if (found) found->Flush();
+  return found != nullptr;
 }
 
 CDC* CDC::FromHandle(HDC dc) {
@@ -81,7 +84,9 @@ void UnwrapPort(HDC dc) {
 
 PixMapHandle GetGWorldPixMap(CGrafPtr port) {
   const std::shared_ptr<Window> window = Ports().Get(port);
-  return window ? window->Pixels() : nullptr;
+  if (!window) return nullptr;
+  window->Place();  // of now, and the map with it
+  return window->IsClosed() ? nullptr : window->Pixels();
 }
 
 PixMapHandle GetPortPixMap(CGrafPtr port) {

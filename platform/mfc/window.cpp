@@ -17,6 +17,13 @@ bool Window::IsValidSize(int width, int height) {
          height <= std::numeric_limits<std::int16_t>::max();
 }
 
+POINT Window::ScreenOrigin() {
+  const std::shared_ptr<Window> parent = Windows().Get(m_parent);
+  const POINT outer = parent ? parent->ScreenOrigin() : POINT{0, 0};
+  const WindowPlace place = Place();
+  return {outer.x + place.x, outer.y + place.y};
+}
+
 bool Window::Register(const std::shared_ptr<Window>& window) {
   window->m_handle = static_cast<HWND>(Windows().Add(window));
   window->m_port = static_cast<CGrafPtr>(Ports().Add(window));
@@ -32,6 +39,7 @@ bool Window::Close(HWND handle) {
     if (child->m_parent == handle) Close(child->m_handle);
   }
   window->m_closed = true;
+  window->Release();
   Ports().Remove(window->m_port);
   for (HDC dc : window->m_deviceContexts) DeviceContexts().Remove(dc);
   if (window->m_owner) window->m_owner->m_hWnd = nullptr;

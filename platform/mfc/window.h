@@ -1,5 +1,5 @@
 // Windows: what stands behind a window handle and its port. A kind of window supplies the surface
-// that contexts draw into; the hidden one is made where there is no screen.
+// that contexts draw into: HiddenWindow off-screen, XWindow on an X server.
 #pragma once
 
 #include <memory>
@@ -27,14 +27,22 @@ class Window : public Drawable {
   static bool IsValidSize(int width, int height);
 
   bool IsClosed() const override { return m_closed; }
-  const WindowPlace& Place() const { return m_place; }
+  virtual WindowPlace Place() { return m_place; }
+  /// Where its client area begins on the screen.
+  virtual POINT ScreenOrigin();
   /// Moves and resizes. Contexts fit themselves to the size when they are told to. False when the
   /// size cannot be had; then nothing changes.
   virtual bool Move(const WindowPlace& place) = 0;
+  virtual void Show(bool) {}
+  /// Brings everything drawn so far to the screen.
+  virtual void Flush() {}
+  /// Its number on the X server, 0 for a window that has none.
+  virtual unsigned long NativeWindow() const { return 0; }
 
   HWND Handle() const { return m_handle; }
   HWND Parent() const { return m_parent; }  ///< Null for none.
-  CWnd* Owner() const { return m_owner; }   ///< The object that made it.
+  CWnd* Owner() const { return m_owner; }   ///< The object that made it or took it on, or null.
+  void SetOwner(CWnd* owner) { m_owner = owner; }
   CGrafPtr Port() const { return m_port; }
   PixMapHandle Pixels() { return &m_pixMapPointer; }
   void AddDeviceContext(HDC dc) { m_deviceContexts.push_back(dc); }
@@ -50,6 +58,9 @@ class Window : public Drawable {
   PixMap m_pixMap{};
 
  private:
+  /// Gives back what the window holds outside this process; called once, when it ends.
+  virtual void Release() {}
+
   HWND m_parent;
   CWnd* m_owner;
   HWND m_handle = nullptr;

@@ -69,7 +69,7 @@ TEST(DisplayDeathTest, SaysWhatIsWrongWithTheEnvironment) {
       {nullptr, "-1", "^\\[\\].*GL3_DEVICE=-1 is not"},
       {nullptr, "99", "^\\[\\].*GL3_DEVICE=99: there is no such device; 0 to"},
       {"beos", nullptr, "^\\[\\].*GL3_PLATFORM=beos is not device, surfaceless or x11"},
-      {"x11", nullptr, "^\\[\\].*needs an X server, and DISPLAY is not set"},
+      {"x11", nullptr, "^\\[\\].*need an X server, and DISPLAY is not set"},
       {"surfaceless", "1", "^\\[\\].*takes no device number"},
   };
   for (const Case& wish : failing) {

@@ -1,6 +1,9 @@
 // Loading of GL entry points, by GLEW and by name, and text.
+#include <dlfcn.h>
+
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -153,11 +156,8 @@ TEST_F(EntryPoints, FontListsDrawAtTheRasterPositionAndMoveOn) {
   EXPECT_TRUE(aglDestroyContext(context));
 }
 
-/// Text in a process without any font.
-void UseFontWithoutFonts() {
-  const std::string file = testing::TempDir() + "no_fonts.conf";
-  std::ofstream(file) << "<?xml version=\"1.0\"?><fontconfig></fontconfig>";
-  setenv("FONTCONFIG_FILE", file.c_str(), 1);
+/// Text in a process of its own, and whether its lists are there all the same.
+void UseFontTwice() {
   const AGLContext context = MakeContext();
   aglSetCurrentContext(context);
   const bool used =
@@ -168,8 +168,29 @@ void UseFontWithoutFonts() {
 
 TEST(FontDeathTest, WithoutAnyFontListsAreEmptyAndOneWarningIsGiven) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(UseFontWithoutFonts(), testing::ExitedWithCode(0),
+  const std::string file = testing::TempDir() + "no_fonts.conf";
+  std::ofstream(file) << "<?xml version=\"1.0\"?><fontconfig></fontconfig>";
+  setenv("FONTCONFIG_FILE", file.c_str(), 1);
+  EXPECT_EXIT(UseFontTwice(), testing::ExitedWithCode(0),
               "^[^\n]*no font found[^\n]*\nused 1 list 1$");
+  unsetenv("FONTCONFIG_FILE");
+}
+
+TEST(FontDeathTest, SoItIsWithoutTheFontLibrary) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  // The platform library under a path where the font library is not beside it.
+  Dl_info library{};
+  ASSERT_NE(dladdr(reinterpret_cast<const void*>(&aglUseFont), &library), 0);
+  const std::filesystem::path real = std::filesystem::canonical(library.dli_fname);
+  const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) / "gl3_lonely";
+  std::filesystem::create_directory(folder);
+  std::filesystem::remove(folder / "libgl3platform.so");
+  std::filesystem::create_symlink(real, folder / "libgl3platform.so");
+  setenv("LD_LIBRARY_PATH", folder.c_str(), 1);
+  EXPECT_EXIT(UseFontTwice(), testing::ExitedWithCode(0),
+              "^[^\n]*libgl3fonts.so, which belongs[^\n]*\nused 1 list 1$");
+  unsetenv("LD_LIBRARY_PATH");
+  std::filesystem::remove_all(folder);
 }
 
 }  // namespace

@@ -110,6 +110,9 @@ TEST_F(Windows, EverythingOfAWindowDiesWithIt) {
   EXPECT_EQ(rect.bottom, 24);
   EXPECT_EQ(AfxGetParent(&inside), &window);
   EXPECT_EQ(AfxGetParent(&window), nullptr);
+  EXPECT_EQ(inside.GetParentFrame(), &window);
+  EXPECT_EQ(window.GetParentFrame(), nullptr);
+  EXPECT_FALSE(CWnd().Attach(inside.GetSafeHwnd())) << "it has an object already";
 
   const HWND handle = window.GetSafeHwnd();
   const HDC dc = GetDC(handle);

@@ -1,0 +1,286 @@
+// Buffers on windows of an X server: what the screen shows, while they are resized and when they
+// go.
+#include "tests/window/window_fixture.h"
+
+#include <EGL/egl.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+#include "driver/GL3Driver.h"
+#include "platform/platform.h"
+#include "tests/support/gl_recorder.h"
+#include "tests/support/next_symbol.h"
+
+namespace {
+int g_swapInterval = -1;
+}
+
+// In front of the library's own.
+extern "C" EGLBoolean eglSwapInterval(EGLDisplay display, EGLint interval) {
+  static auto* const real = NextSymbol<decltype(eglSwapInterval)>("eglSwapInterval");
+  g_swapInterval = interval;
+  return real(display, interval);
+}
+
+namespace {
+
+constexpr std::uint32_t kBackground = 0x0A141E;
+constexpr DWORD kShown = WS_VISIBLE;
+
+class WindowTest : public WindowFixture {
+ protected:
+  /// Draws the test frame, brings it to the front and compares all that the screen shows.
+  void ExpectTestFrame(const CWnd& window, WindowTarget& target) {
+    target.DrawTestFrame();
+    const Frame drawn = target.Drawn();
+    ASSERT_EQ(target.buffer->BlitToFront(nullptr, 0, 0), 1);
+    const Frame shown = Shown(window);
+    const auto width = static_cast<std::size_t>(target.info.imageWidth);
+    const auto height = static_cast<std::size_t>(target.info.imageHeight);
+    ASSERT_EQ(shown.size(), width * height);
+    EXPECT_EQ(shown, drawn);
+    EXPECT_EQ(shown.at(width * 2 + 4), 0xFF0000u) << "upper left";
+    EXPECT_EQ(shown.at(width - 5), 0x00FF00u) << "upper right";
+    EXPECT_EQ(shown.at(width * (height - 3)), 0x0000FFu) << "lower left";
+    EXPECT_EQ(shown.back(), 0xFFFFFFu) << "lower right";
+    EXPECT_EQ(shown.at(width * 3 + 5), kBackground);
+    EXPECT_EQ(shown.at(width * (height / 2) + width / 2), 0xFFFFFFu) << "the lit square";
+    EXPECT_EQ(aglGetError(), static_cast<GLenum>(AGL_NO_ERROR));
+  }
+};
+
+std::pair<EGLint, EGLint> SurfaceSize() {
+  const EGLDisplay display = eglGetCurrentDisplay();
+  const EGLSurface surface = eglGetCurrentSurface(EGL_DRAW);
+  EGLint width = 0;
+  EGLint height = 0;
+  eglQuerySurface(display, surface, EGL_WIDTH, &width);
+  eglQuerySurface(display, surface, EGL_HEIGHT, &height);
+  return {width, height};
+}
+
+TEST_F(WindowTest, FramesComeToTheFrontWhileTheWindowIsResized) {
+  for (const int mode : {2, 3}) {
+    TestWindow view(kShown, 10, 20, 64, 48);
+    WindowTarget target(Driver(), &view, mode);
+    g_swapInterval = -1;
+    for (int i = 0; i <= 10; i++) {
+      const std::array<int, 2> size = {i % 2 ? 37 + i * 29 : 260 - i * 17, 31 + (i * 53) % 211};
+      if (i > 0) view.MoveWindow(10 + i, 20, size[0], size[1]);
+      target.Fit();
+      ASSERT_NO_FATAL_FAILURE(ExpectTestFrame(view, target)) << "mode " << mode << " size " << i;
+      if (i == 0) continue;
+      EXPECT_EQ(target.info.imageWidth, size[0]);
+      EXPECT_EQ(target.info.imageHeight, size[1]);
+      EXPECT_EQ(SurfaceSize(), std::pair(size[0], size[1]));
+    }
+    EXPECT_EQ(g_swapInterval, 1);
+  }
+}
+
+TEST_F(WindowTest, AViewInAFrameShowsOnlyItself) {
+  TestWindow frame(WS_OVERLAPPED, 40, 30, 300, 200);
+  TestWindow view(WS_CHILD | kShown, 20, 10, 64, 48, &frame);
+  EXPECT_EQ(view.GetParentFrame(), &frame);
+  EXPECT_EQ(AfxGetParent(&view), &frame);
+  EXPECT_EQ(frame.GetParentFrame(), nullptr);
+  RECT rect;
+  view.GetClientRect(&rect);
+  view.ClientToScreen(&rect);
+  EXPECT_EQ(rect.left, 60);
+  EXPECT_EQ(rect.bottom, 88);
+  const unsigned long number = platform::NativeWindow(frame.GetSafeHwnd());
+  EXPECT_EQ(Other().Title(number), "t\xC3\xABst");
+  EXPECT_FALSE(Other().IsShown(number));
+  AfxShowWindow(&frame, SW_SHOW);
+  EXPECT_TRUE(Other().IsShown(number));
+
+  WindowTarget target(Driver(), &view, 3);
+  GlRecorder recorder;
+  recorder.LogPlatform(true);
+  HandleLabel(GL3GADriver::m_context, "driver");
+  target.Fit();
+  EXPECT_EQ(recorder.CallsTo("aglSetInteger(context1, AGL_BUFFER_RECT"),
+            Lines{"aglSetInteger(context1, AGL_BUFFER_RECT, {20, 142, 64, 48})"});
+  ExpectTestFrame(view, target);
+  frame.MoveWindow(0, 0, 100, 70);
+  view.MoveWindow(7, 3, 80, 60);
+  recorder.Clear();
+  target.Fit();
+  EXPECT_EQ(recorder.CallsTo("aglSetInteger(context2, AGL_BUFFER_RECT"),
+            Lines{"aglSetInteger(context2, AGL_BUFFER_RECT, {7, 7, 80, 60})"});
+  ExpectTestFrame(view, target);
+  AfxShowWindow(&frame, SW_HIDE);
+  EXPECT_FALSE(Other().IsShown(number));
+}
+
+TEST_F(WindowTest, BuffersWithAndWithoutDepthTakeTurnsOnOneWindow) {
+  TestWindow view(kShown, 0, 0, 64, 48);
+  WindowTarget first(Driver(), &view, 2);
+  WindowTarget second(Driver(), &view, 3);
+  first.Fit(true);
+  second.Fit(false);
+  for (WindowTarget* target : {&second, &first, &second}) ExpectTestFrame(view, *target);
+  first.Fit(false);
+  ExpectTestFrame(view, first);
+  const PixMapHandle map = GetPortPixMap(CheckoutPort(GetDC(view.m_hWnd), 0));
+  EXPECT_EQ((*map)->bounds.right, 64);
+  EXPECT_EQ((*map)->bounds.bottom, 48);
+  EXPECT_EQ(GetPixBaseAddr(map), nullptr);
+}
+
+TEST_F(WindowTest, ABufferOutlivesItsWindow) {
+  for (const int mode : {2, 3}) {
+    TestWindow view(kShown, 0, 0, 64, 48);
+    WindowTarget target(Driver(), &view, mode);
+    target.Fit();
+    ExpectTestFrame(view, target);
+    const unsigned long number = platform::NativeWindow(view.GetSafeHwnd());
+    EXPECT_TRUE(view.DestroyWindow());
+    EXPECT_FALSE(Other().Exists(number));
+    EXPECT_EQ(eglGetCurrentSurface(EGL_DRAW), EGL_NO_SURFACE) << "no driver draws on a dead window";
+    glRectf(-1, -1, 1, 1);  // nothing is made current before
+    target.DrawTestFrame();
+    EXPECT_NE(aglGetError(), static_cast<GLenum>(AGL_NO_ERROR));
+    EXPECT_EQ(target.buffer->BlitToFront(nullptr, 0, 0), 1);
+    EXPECT_EQ(aglGetError(), static_cast<GLenum>(AGL_BAD_DRAWABLE));
+    target.buffer->Reallocate(20, 20, 1);
+    target.DrawTestFrame();
+    // One that is remade has no port at all, and draws on nothing.
+    EXPECT_EQ(aglGetError(), static_cast<GLenum>(mode == 2 ? AGL_BAD_DRAWABLE : AGL_NO_ERROR));
+  }
+}
+
+TEST_F(WindowTest, ClosingIsUpToTheProgram) {
+  struct Stubborn : TestWindow {
+    using TestWindow::TestWindow;
+    void OnClose() override { asked++; }
+    int asked = 0;
+  };
+  Stubborn stubborn(kShown, 0, 0, 20, 20);
+  TestWindow willing(kShown, 0, 0, 20, 20);
+  platform::PumpWindows();
+  for (const TestWindow* window : {static_cast<TestWindow*>(&stubborn), &willing}) {
+    Other().AskToClose(platform::NativeWindow(window->m_hWnd));
+  }
+  platform::PumpWindows();
+  EXPECT_EQ(stubborn.asked, 1);
+  EXPECT_NE(stubborn.m_hWnd, nullptr);
+  EXPECT_EQ(willing.m_hWnd, nullptr);
+}
+
+TEST_F(WindowTest, AnAdoptedWindowStaysItsMakers) {
+  const unsigned long number = Other().MakeWindow(50, 40);
+  CWnd view;
+  std::string reason;
+  ASSERT_TRUE(view.Attach(platform::AdoptWindow(number, &reason))) << reason;
+  EXPECT_EQ(platform::AdoptWindow(number), view.m_hWnd);
+  EXPECT_FALSE(CWnd().Attach(view.m_hWnd)) << "it has an object";
+  WindowTarget target(Driver(), &view, 2);
+  target.Fit();
+  ExpectTestFrame(view, target);
+  view.MoveWindow(0, 0, 99, 99);
+  EXPECT_EQ(Shown(view).size(), 50u * 40);
+  Other().Resize(number, 77, 33);
+  target.Fit();
+  ExpectTestFrame(view, target);
+  EXPECT_EQ(Shown(view).size(), 77u * 33);
+
+  EXPECT_TRUE(view.DestroyWindow());
+  EXPECT_TRUE(Other().Exists(number));
+  ASSERT_TRUE(view.Attach(platform::AdoptWindow(number, &reason))) << reason << ", once more";
+  target.list.reset();
+  target.buffer.reset();
+  target.Fit();
+  ExpectTestFrame(view, target);
+
+  Other().Destroy(number);
+  target.DrawTestFrame();
+  target.buffer->BlitToFront(nullptr, 0, 0);
+  EXPECT_EQ(aglGetError(), static_cast<GLenum>(AGL_BAD_DRAWABLE)) << "its maker ended it";
+  EXPECT_EQ(view.m_hWnd, nullptr);
+}
+
+TEST_F(WindowTest, ItsEndIsNoticedByWhoeverAsksFirst) {
+  void (*const ask[])(CWnd&, WindowTarget&) = {
+      [](CWnd&, WindowTarget& target) {
+        EXPECT_FALSE(aglUpdateContext(target.buffer->Context()));
+        EXPECT_EQ(aglGetError(), static_cast<GLenum>(AGL_BAD_DRAWABLE));
+      },
+      [](CWnd& view, WindowTarget&) {
+        RECT rect;
+        view.GetClientRect(&rect);
+      },
+      [](CWnd& view, WindowTarget&) {
+        EXPECT_EQ(GetPortPixMap(CheckoutPort(GetDC(view.m_hWnd), 0)), nullptr);
+      },
+      [](CWnd&, WindowTarget&) { platform::PumpWindows(); }};
+  for (const auto& one : ask) {
+    const unsigned long number = Other().MakeWindow(50, 40);
+    CWnd view;
+    ASSERT_TRUE(view.Attach(platform::AdoptWindow(number)));
+    WindowTarget target(Driver(), &view, 3);
+    target.Fit();
+    Other().Destroy(number);
+    one(view, target);
+    EXPECT_EQ(view.m_hWnd, nullptr);
+  }
+}
+
+TEST_F(WindowTest, WindowsThatCannotBeDrawnIntoAreRefused) {
+  std::string reason;
+  const unsigned long translucent = Other().MakeWindow(20, 20, true);
+  ASSERT_NE(translucent, 0u);
+  EXPECT_EQ(platform::AdoptWindow(translucent, &reason), nullptr);
+  EXPECT_NE(reason.find("its visual is"), std::string::npos) << reason;
+  EXPECT_EQ(platform::AdoptWindow(12345, &reason), nullptr);
+  EXPECT_NE(reason.find("12345"), std::string::npos) << reason;
+  EXPECT_EQ(platform::AdoptWindow(0), nullptr);
+
+  // A context of a single-buffered format, whatever it may get.
+  TestWindow view(kShown, 0, 0, 20, 20);
+  const GLint attributes[] = {AGL_RGBA, AGL_DEPTH_SIZE, 0, AGL_NONE};
+  const AGLContext context =
+      aglCreateContext(aglChoosePixelFormat(nullptr, 0, attributes), nullptr);
+  EXPECT_FALSE(aglSetDrawable(context, CheckoutPort(GetDC(view.m_hWnd), 0)));
+  EXPECT_EQ(aglGetError(), static_cast<GLenum>(AGL_BAD_MATCH));
+  EXPECT_TRUE(aglDestroyContext(context));
+}
+
+TEST_F(WindowTest, PopupsStayOffTheScreen) {
+  TestWindow popup(WS_POPUP | kShown, 3, 4, 64, 48);
+  EXPECT_EQ(platform::NativeWindow(popup.m_hWnd), 0u);
+  TestWindow inside(WS_CHILD | kShown, 1, 1, 8, 8, &popup);
+  EXPECT_EQ(platform::NativeWindow(inside.m_hWnd), 0u);
+  WindowTarget target(Driver(), &popup, 3);
+  target.Fit();
+  target.DrawTestFrame();
+  target.buffer->BlitToFront(nullptr, 0, 0);
+  const PixMapHandle map = GetPortPixMap(CheckoutPort(GetDC(popup.m_hWnd), 0));
+  EXPECT_EQ(*reinterpret_cast<std::uint32_t*>(GetPixBaseAddr(map)), 0xFFFF0000u);
+}
+
+/// In a process of its own: windows were asked for, and no server answers.
+void DrawWithoutServer(const char* display) {
+  setenv("DISPLAY", display, 1);
+  TestWindow view(kShown, 0, 0, 20, 20);
+  std::string reason;
+  const bool refused = !platform::AdoptWindow(1, &reason);
+  std::fprintf(stderr, "[%s] %d %d %d %s", platform::DescribeDisplay().platform.c_str(),
+               view.m_hWnd && platform::NativeWindow(view.m_hWnd) == 0, refused,
+               platform::UseWindows(true), platform::DescribeDisplay().reason.c_str());
+  std::exit(0);
+}
+
+TEST(ServerDeathTest, WithoutServerWindowsAreHidden) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(DrawWithoutServer(""), testing::ExitedWithCode(0),
+              "^\\[(device|surfaceless)\\] 1 1 0 .*DISPLAY is not set; ");
+  EXPECT_EXIT(DrawWithoutServer(":4711"), testing::ExitedWithCode(0),
+              "^\\[(device|surfaceless)\\] 1 1 0 .*DISPLAY=:4711 does not answer; ");
+}
+
+}  // namespace

@@ -1,0 +1,51 @@
+// An X server of the tests' own, and another program at it: what that sees and does.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// Xvfb with one screen of 800 x 600 pixels and 24 bits, without a window manager.
+class XTestServer {
+ public:
+  XTestServer() = default;
+  XTestServer(const XTestServer&) = delete;
+  XTestServer& operator=(const XTestServer&) = delete;
+  ~XTestServer() { Stop(); }
+
+  /// Returns its name for DISPLAY, empty when there is no Xvfb or it does not start.
+  std::string Start();
+  void Stop();
+
+ private:
+  pid_t m_process = 0;
+};
+
+/// A program with a connection of its own to the server of DISPLAY. Windows go by their numbers.
+class XClient {
+ public:
+  XClient();
+  XClient(const XClient&) = delete;
+  XClient& operator=(const XClient&) = delete;
+  ~XClient();
+
+  /// A window that shows nothing yet, of the screen's own visual or of one that lets others shine
+  /// through.
+  unsigned long MakeWindow(int width, int height, bool translucent = false);
+  void Resize(unsigned long window, int width, int height);
+  void Destroy(unsigned long window);
+  /// Asks the window's program to close it, as a click on a frame's button does.
+  void AskToClose(unsigned long window);
+  bool Exists(unsigned long window);
+  bool IsShown(unsigned long window);
+  /// As window managers show it.
+  std::string Title(unsigned long window);
+  /// What the screen shows of a window of that size: 0xRRGGBB, from the top left.
+  std::vector<std::uint32_t> Pixels(unsigned long window, int width, int height);
+
+ private:
+  struct Connection;
+  Connection* m_connection;
+};
