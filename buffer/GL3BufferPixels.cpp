@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 
 #include "buffer/GL3Buffer.h"
@@ -14,34 +15,38 @@ namespace {
 // A pixel this close to the background, channel by channel, counts as background.
 constexpr float kKeyTolerance = 0.01f;
 
-/// What a byte read from the frame becomes, looked up by its value.
-struct ConversionTables {
-  half value[256];
-  bool isBackground[3][256];  // red, green, blue
-
+/// What the bytes of a pixel become: each channel has a table of words that hold its half float in
+/// the channel's place, with the alpha of a pixel that it sets off from the background. The words
+/// of three channels together are the pixel, blue lowest, since one channel that differs is enough.
+class ConversionTables {
+ public:
   ConversionTables(float red, float green, float blue) {
     const float background[3] = {red, green, blue};
+    constexpr int kPlace[3] = {32, 16, 0};  // blue, green, red, alpha lie in this order
+    constexpr int kAlphaPlace = 48;
+    const std::uint64_t opaque = half(1.0f).bits();
     for (int byte = 0; byte < 256; ++byte) {
       const float channel = static_cast<float>(byte) / 255.0f;
-      value[byte] = half(channel);
+      const std::uint64_t value = half(channel).bits();
       for (int c = 0; c < 3; ++c) {
-        isBackground[c][byte] = std::fabs(channel - background[c]) <= kKeyTolerance;
+        const bool isBackground = std::fabs(channel - background[c]) <= kKeyTolerance;
+        m_words[c][byte] = value << kPlace[c] | (isBackground ? 0 : opaque << kAlphaPlace);
       }
     }
   }
+  std::uint64_t Pixel(const unsigned char* rgb) const {
+    return m_words[0][rgb[0]] | m_words[1][rgb[1]] | m_words[2][rgb[2]];
+  }
+
+ private:
+  std::uint64_t m_words[3][256];  // red, green, blue
 };
 
 /// Turns packed red, green, blue bytes into blue, green, red, alpha half floats.
 void ConvertRow(const ConversionTables& tables, const unsigned char* rgb, int width, half* bgra) {
-  const half opaque(1.0f);
-  const half clear(0.0f);
   for (int x = 0; x < width; ++x, rgb += 3, bgra += 4) {
-    const bool background = tables.isBackground[0][rgb[0]] & tables.isBackground[1][rgb[1]] &
-                            tables.isBackground[2][rgb[2]];
-    bgra[0] = tables.value[rgb[2]];
-    bgra[1] = tables.value[rgb[1]];
-    bgra[2] = tables.value[rgb[0]];
-    bgra[3] = background ? clear : opaque;
+    const std::uint64_t pixel = tables.Pixel(rgb);
+    std::memcpy(static_cast<void*>(bgra), &pixel, sizeof pixel);
   }
 }
 
@@ -64,8 +69,10 @@ int GL3GABuffer::FillBitmapNode(HBitmapNode* node, int bottomUp) {
   const int width = node->GetWidth();
   const int height = node->GetHeight();
   if (width <= 0 || height <= 0) return 1;
-  auto* row = static_cast<unsigned char*>(AllocExt(static_cast<std::size_t>(width) * 3));
+  const std::size_t rowBytes = static_cast<std::size_t>(width) * 3;
+  auto* row = static_cast<unsigned char*>(AllocExt(rowBytes));
   if (!row) return 0;
+  std::memset(row, 0, rowBytes);  // the GL writes nothing for pixels beyond the surface
 
   MakeCurrent(0);
   glPixelStorei(GL_PACK_ROW_LENGTH, width);
@@ -97,12 +104,14 @@ float GL3GABuffer::GetZValue(int x, int y) {
 int GL3GABuffer::Blit(tagBITMAPINFO* info) {
   if (!info) return 0;
   if (!m_blitMemory) {
-    const std::int64_t bytes =
-        static_cast<std::int64_t>(m_renderInfo->imageWidth) * 4 * m_renderInfo->imageHeight;
-    if (bytes <= 0) return 0;
-    m_blitMemory = static_cast<unsigned char*>(AllocExt(static_cast<std::size_t>(bytes)));
+    const std::int32_t width = m_renderInfo->imageWidth;
+    const std::int32_t height = m_renderInfo->imageHeight;
+    if (width <= 0 || height <= 0) return 0;
+    const std::size_t bytes =
+        static_cast<std::size_t>(width) * 4 * static_cast<std::size_t>(height);
+    m_blitMemory = static_cast<unsigned char*>(AllocExt(bytes));
     if (!m_blitMemory) return 0;
-    m_blitBytes = static_cast<std::size_t>(bytes);
+    m_blitBytes = bytes;
   }
   const auto* pixels = reinterpret_cast<const unsigned char*>(info) + sizeof(BITMAPINFOHEADER);
   const std::size_t claimed = info->bmiHeader.biSizeImage;

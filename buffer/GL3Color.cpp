@@ -85,7 +85,7 @@ const float* ColorFloats(const GAColor& color) {
 }
 
 ColorBuf ColorBytes(const GAColor& color) {
-  const GANativeColor* native = color.Native();
+  const auto* native = static_cast<const GL3Color*>(color.Native());
   if (!native) return {0, 0, 0, 255};
   return {native->Red(), native->Green(), native->Blue(), native->Alpha()};
 }

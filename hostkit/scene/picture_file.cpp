@@ -31,6 +31,18 @@ fs::path FollowLinks(fs::path path) {
   return {};
 }
 
+fs::path TemporaryName(const fs::path& folder) {
+  static std::atomic<unsigned> counter{0};
+  return folder / fmt::format(".gl3-{}-{}.part", ::getpid(), counter++);
+}
+
+// A file that has no name in its folder yet, and so goes with its process however that ends. -1
+// where the file system has none, or where it could not be named later.
+int OpenNameless(const fs::path& folder) {
+  if (::access("/proc/self/fd", X_OK) != 0) return -1;
+  return ::open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
+}
+
 std::string FolderErrorText(int code, const fs::path& folder) {
   std::string name = folder.string();
   switch (code) {
@@ -80,22 +92,17 @@ bool PictureFile::Open(const std::string& path, std::string* reason) {
     return false;
   }
   if (S_ISREG(status.st_mode)) return OpenTemporary(reason);
+  m_isDevice = true;
   m_stream = std::tmpfile();
   if (!m_stream) *reason = WriteErrorText(errno);
   return m_stream != nullptr;
 }
 
 bool PictureFile::OpenTemporary(std::string* reason) {
-  static std::atomic<unsigned> counter{0};
-  fs::path folder = m_target.parent_path().empty() ? fs::path(".") : m_target.parent_path();
-  int file = -1;
-  for (int i = 0; i < kMaxNameTries && file < 0; ++i) {
-    m_temporary = folder / fmt::format(".gl3-{}-{}.part", ::getpid(), counter++);
-    file = ::open(m_temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (file < 0 && errno != EEXIST) break;
-  }
+  const fs::path folder = m_target.parent_path().empty() ? fs::path(".") : m_target.parent_path();
+  int file = OpenNameless(folder);
+  if (file < 0) file = OpenNamed(folder);
   if (file < 0) {
-    m_temporary.clear();
     *reason = FolderErrorText(errno, folder);
     return false;
   }
@@ -109,13 +116,41 @@ bool PictureFile::OpenTemporary(std::string* reason) {
   return true;
 }
 
+int PictureFile::OpenNamed(const fs::path& folder) {
+  int file = -1;
+  for (int i = 0; i < kMaxNameTries && file < 0; ++i) {
+    m_temporary = TemporaryName(folder);
+    file = ::open(m_temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file < 0 && errno != EEXIST) break;
+  }
+  if (file < 0) m_temporary.clear();
+  return file;
+}
+
+bool PictureFile::NameIt() {
+  const std::string file = fmt::format("/proc/self/fd/{}", ::fileno(m_stream));
+  for (int i = 0; i < kMaxNameTries; ++i) {
+    m_temporary = TemporaryName(m_target.parent_path());
+    if (::linkat(AT_FDCWD, file.c_str(), AT_FDCWD, m_temporary.c_str(), AT_SYMLINK_FOLLOW) == 0) {
+      return true;
+    }
+    if (errno != EEXIST) break;
+  }
+  m_temporary.clear();
+  return false;
+}
+
 bool PictureFile::Commit(std::string* reason) {
   errno = 0;
   if (std::fflush(m_stream) != 0 || std::ferror(m_stream)) {
     *reason = WriteErrorText(errno);
     return false;
   }
-  if (m_temporary.empty()) return CopyToDevice(reason);
+  if (m_isDevice) return CopyToDevice(reason);
+  if (m_temporary.empty() && !NameIt()) {
+    *reason = WriteErrorText(errno);
+    return false;
+  }
   int closed = std::fclose(m_stream);  // a full network disk may show here only
   m_stream = nullptr;
   if (closed != 0 || ::rename(m_temporary.c_str(), m_target.c_str()) != 0) {

@@ -7,9 +7,11 @@
 
 namespace hostkit {
 
-/// A file being written. A regular file is written under a temporary name in its folder, and takes
-/// its own name in Commit; without Commit nothing stays. A link at the path is followed, and what
-/// it points to is replaced. A device or pipe (/dev/stdout, say) gets the finished bytes in Commit.
+/// A file being written. A regular file grows in its folder without a name, or under a temporary
+/// one (.gl3-PID-N.part) where the file system knows only named files, and takes its own name in
+/// Commit; without Commit nothing stays, and of a killed process at most the temporary one. A link
+/// at the path is followed, and what it points to is replaced. A device or pipe (/dev/stdout, say)
+/// gets the finished bytes in Commit.
 class PictureFile {
  public:
   PictureFile() = default;
@@ -26,10 +28,13 @@ class PictureFile {
 
  private:
   bool OpenTemporary(std::string* reason);
+  int OpenNamed(const std::filesystem::path& folder);
+  bool NameIt();
   bool CopyToDevice(std::string* reason);
 
   std::filesystem::path m_target;     // with links resolved
-  std::filesystem::path m_temporary;  // empty for a device
+  std::filesystem::path m_temporary;  // empty while the file has no name
+  bool m_isDevice = false;
   std::FILE* m_stream = nullptr;
 };
 

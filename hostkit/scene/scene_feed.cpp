@@ -6,6 +6,10 @@
 namespace hostkit {
 namespace {
 
+// Opaque triangles are drawn in pieces of this many: the renderer's workers rasterise one while the
+// next is gathered, and the gathering needs a few megabytes whatever the model.
+constexpr std::size_t kTrianglesAPiece = 20000;
+
 using Imath::M44f;
 using Imath::V2f;
 using Imath::V3f;
@@ -177,6 +181,7 @@ void SceneFeed::FeedLitTriangles() {
       for (int k : {0, 1, 3}) SetNormal(record[k], -Normal(record[k]));
     }
     m_list->AddTransformedTri(record, 1);
+    if ((i / 3 + 1) % kTrianglesAPiece == 0) m_list->FlushArrays();
   }
 }
 

@@ -2,6 +2,7 @@
 #include "host/Heaps.h"
 
 #include <malloc.h>
+#include <sys/mman.h>
 
 #include <atomic>
 #include <cstdint>
@@ -53,13 +54,91 @@ void Free(Counter& counter, void* block) {
   std::free(block);
 }
 
-/// What stands before each block of the OGL heap: the chain that FreeOGL walks. Blocks are only
-/// ever pushed, or taken off all at once, so a push needs one compare-and-swap and no lock.
-struct alignas(alignof(std::max_align_t)) OglHeader {
-  OglHeader* next;
+// From this size on it is the system's handing over of pages that costs, not the heap's work.
+constexpr std::size_t kLarge = std::size_t{1} << 22;
+constexpr std::uintptr_t kHugePage = std::uintptr_t{1} << 21;
+
+constexpr std::uintptr_t RoundUp(std::uintptr_t value) {
+  return (value + kHugePage - 1) & ~(kHugePage - 1);
+}
+
+/// Asks the system for huge pages where a large block covers them whole. A picture's storage is
+/// written from end to end, and page by page the handing over takes longer than the writing.
+void AdviseHugePages(void* block, std::size_t size) {
+  if (size < kLarge) return;
+  const auto start = reinterpret_cast<std::uintptr_t>(block);
+  const std::uintptr_t first = RoundUp(start);
+  const std::uintptr_t end = (start + size) & ~(kHugePage - 1);
+  madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);  // may be refused
+}
+
+/// Zero-filled memory straight from the system, whole huge pages of it; null when there is none.
+void* MapHugePages(std::size_t size) {
+  // Mappings start at any page: a larger one is cut to what lies at the boundaries.
+  const std::size_t reserved = size + kHugePage;
+  void* memory =
+      mmap(nullptr, reserved, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) return nullptr;
+  const auto start = reinterpret_cast<std::uintptr_t>(memory);
+  const std::uintptr_t first = RoundUp(start);
+  void* block = reinterpret_cast<void*>(first);
+  void* behind = reinterpret_cast<void*>(first + size);
+  if (first > start) munmap(memory, first - start);
+  if (first + size < start + reserved) munmap(behind, start + reserved - (first + size));
+  AdviseHugePages(block, size);
+  return block;
+}
+
+/// What stands before each block of the OGL and Ext heaps.
+struct alignas(alignof(std::max_align_t)) Header {
+  Header* next;        // OGL alone: the block that was handed out before
+  std::size_t mapped;  // bytes of the block's own mapping, 0 when it is from malloc
+
+  std::size_t Bytes() { return (mapped ? mapped : malloc_usable_size(this)) - sizeof(Header); }
+  void* Block() { return this + 1; }
+  static Header* Of(void* block) { return static_cast<Header*>(block) - 1; }
 };
 
-constinit std::atomic<OglHeader*> oglHead{nullptr};
+/// The chain that FreeOGL walks. Blocks are only ever pushed, or taken off all at once, so a push
+/// needs one compare-and-swap and no lock.
+constinit std::atomic<Header*> oglHead{nullptr};
+
+/// A header with `size` zero bytes behind it. Large blocks come straight from the system, zero
+/// without being written to, so that they cost what is used of them; a heap may clear them again.
+Header* NewZeroed(std::size_t size) {
+  if (!IsSane(size) || !IsSane(size + sizeof(Header))) return nullptr;
+  size += sizeof(Header);
+  if (size < kLarge) return static_cast<Header*>(std::calloc(1, size));
+  const std::size_t mapped = RoundUp(size);
+  auto* header = static_cast<Header*>(MapHugePages(mapped));
+  if (header) header->mapped = mapped;
+  return header;
+}
+
+/// The same with bytes of any value.
+Header* New(std::size_t size) {
+  if (!IsSane(size) || !IsSane(size + sizeof(Header))) return nullptr;
+  auto* header = static_cast<Header*>(std::malloc(size + sizeof(Header)));
+  if (!header) return nullptr;
+  AdviseHugePages(header, size);
+  header->mapped = 0;
+  return header;
+}
+
+void Delete(Header* header) {
+  if (header->mapped) {
+    munmap(header, header->mapped);
+  } else {
+    std::free(header);
+  }
+}
+
+/// Counts a block of the Ext heap, which may be null.
+void* HandOutExt(Header* header) {
+  if (!header) return nullptr;
+  ext.Add(header->Bytes());
+  return header->Block();
+}
 
 }  // namespace
 
@@ -71,33 +150,34 @@ void FreeGAssist(void* block) {
 }
 
 void* AllocOGL(std::size_t size) {
-  if (!IsSane(size) || !IsSane(size + sizeof(OglHeader))) return nullptr;
-  void* memory = std::calloc(1, size + sizeof(OglHeader));
-  if (!memory) return nullptr;
-  ogl.Add(malloc_usable_size(memory) - sizeof(OglHeader));
-  auto* header = static_cast<OglHeader*>(memory);
+  Header* header = NewZeroed(size);
+  if (!header) return nullptr;
+  ogl.Add(header->Bytes());
   header->next = oglHead.load(std::memory_order_relaxed);
   while (!oglHead.compare_exchange_weak(header->next, header, std::memory_order_release,
                                         std::memory_order_relaxed)) {
   }
-  return header + 1;
+  return header->Block();
 }
 
 void FreeOGL() {
-  OglHeader* header = oglHead.exchange(nullptr, std::memory_order_acquire);
+  Header* header = oglHead.exchange(nullptr, std::memory_order_acquire);
   while (header) {
-    OglHeader* next = header->next;
-    ogl.Remove(malloc_usable_size(header) - sizeof(OglHeader));
-    std::free(header);
+    Header* next = header->next;
+    ogl.Remove(header->Bytes());
+    Delete(header);
     header = next;
   }
 }
 
 void* AllocExt(std::size_t size) {
-  return Alloc(ext, size);
+  return HandOutExt(New(size));
 }
 void FreeExt(void* block) {
-  Free(ext, block);
+  if (!block) return;
+  Header* header = Header::Of(block);
+  ext.Remove(header->Bytes());
+  Delete(header);
 }
 
 void* AllocString(std::size_t size) {
@@ -110,10 +190,7 @@ void FreeString(void* block) {
 namespace hostkit {
 
 void* AllocExtZeroed(std::size_t size) {
-  if (!IsSane(size)) return nullptr;
-  void* block = std::calloc(1, size);
-  if (block) ext.Add(malloc_usable_size(block));
-  return block;
+  return HandOutExt(NewZeroed(size));
 }
 
 HeapCounts CountHeaps() {

@@ -1,0 +1,171 @@
+// `gl3` as a process: from model files to PNG pictures, against a program that does the least
+// (bench/bare/bare_render.cpp) with the same camera; and its start.
+#include <fmt/format.h>
+#include <png.h>
+
+#include <array>
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "bench/support/child_process.h"
+#include "bench/support/harness.h"
+
+namespace bench {
+namespace {
+
+constexpr int kWidth = 1920, kHeight = 1080;
+constexpr double kMostMemory = 1.5, kMostStart = 15;
+
+struct Case {
+  const char* work;
+  const char* suffix;
+  int triangles;
+  int samples;                  // a side: 1 without anti-aliasing, 2 as gl3 does it unasked
+  double mostTime, mostMemory;  // ratios; 0 without a target
+  bool alsoQuick;
+};
+constexpr Case kCases[] = {
+    {"render small model", ".glb", 1000, 1, 1.5, kMostMemory, true},
+    {"render small model, 2x2", ".glb", 1000, 2, 1.5, kMostMemory, true},
+    {"render PLY", ".ply", 100'000, 1, 0, 0, true},
+    {"render PLY", ".ply", 1'000'000, 1, 1.4, kMostMemory, true},
+    {"render PLY, 2x2", ".ply", 100'000, 2, 0, 0, false},
+    {"render PLY, 2x2", ".ply", 1'000'000, 2, 1.4, kMostMemory, false},
+};
+
+/// A PNG file as red, green, blue bytes with the text of its `gl3:camera`.
+struct PngContent {
+  std::vector<png_byte> pixels;
+  std::string camera;
+};
+
+PngContent ReadPng(const std::string& path) {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
+                                                             std::fclose);
+  png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+  png_infop info = png ? png_create_info_struct(png) : nullptr;
+  if (!file || !info) throw std::runtime_error(path + ": cannot be read");
+  png_init_io(png, file.get());
+  png_read_png(png, info, PNG_TRANSFORM_STRIP_ALPHA, nullptr);
+  PngContent content;
+  const std::size_t rowBytes = png_get_rowbytes(png, info);
+  for (png_uint_32 y = 0; y < png_get_image_height(png, info); ++y) {
+    const png_byte* row = png_get_rows(png, info)[y];
+    content.pixels.insert(content.pixels.end(), row, row + rowBytes);
+  }
+  png_textp texts = nullptr;
+  for (int i = 0, count = png_get_text(png, info, &texts, nullptr); i < count; ++i) {
+    if (std::string(texts[i].key) == "gl3:camera") content.camera = texts[i].text;
+  }
+  png_destroy_read_struct(&png, &info, nullptr);
+  return content;
+}
+
+/// Empty when two pictures are the same but for rounding and edges, and show something.
+std::string ComparePictures(const std::vector<png_byte>& floor, const std::vector<png_byte>& ours) {
+  if (floor.size() != ours.size()) return "the pictures have different sizes";
+  constexpr double kMostDifference = 2;  // of 255, in the mean
+  double difference = 0;
+  std::size_t shown = 0;
+  for (std::size_t i = 0; i < ours.size(); ++i) {
+    difference += std::abs(floor[i] - ours[i]);
+    shown += ours[i] != ours[i % 3];  // other than in the first corner
+  }
+  if (shown * 30 < ours.size()) return "the picture is all but empty";
+  difference /= static_cast<double>(ours.size());
+  if (difference <= kMostDifference) return "";
+  return fmt::format("the pictures differ by {:.1f} of 255 in the mean", difference);
+}
+
+struct Costs {
+  Figure floor, ours, floorMemory, oursMemory;
+};
+
+/// Runs two commands in turn and gives medians of their time and memory.
+Costs Measure(const std::vector<std::string>& floor, const std::vector<std::string>& ours,
+              const Options& options) {
+  // Time and memory come from the same runs: the second pair only repeats what the first measured.
+  ProcessCost last[2];
+  const auto run = [&last](int which, const std::vector<std::string>& command) {
+    last[which] = command.empty() ? ProcessCost{} : RunProcess(command);
+    return last[which].time;
+  };
+  const std::vector<std::string> none;
+  const std::vector<std::string>& first = options.oursOnly ? none : floor;
+  const std::vector<Figure> medians =
+      MedianInTurn({[&] { return run(0, first); }, [&] { return run(1, ours); },
+                    [&] {
+                      return Figure{last[0].megabytes, 0};
+                    },
+                    [&] {
+                      return Figure{last[1].megabytes, 0};
+                    }},
+                   options);
+  return {medians[0], medians[1], medians[2], medians[3]};
+}
+
+void MeasureRender(const Case& each, const TemporaryFolder& folder, const Options& options,
+                   Report& report) {
+  const std::string bin = ProgramFolder();
+  const std::string model = folder.File(fmt::format("sphere{}{}", each.triangles, each.suffix));
+  const std::string picture = folder.File("ours.png"), barePicture = folder.File("floor.png");
+  RunProcess({bin + "/make_samples", "--triangles", std::to_string(each.triangles), model});
+  const std::string size = fmt::format("{}x{}", kWidth, kHeight);
+  const std::string samples = std::to_string(each.samples);
+  const std::vector<std::string> ours = {bin + "/gl3", "render", model,         "-o",   picture,
+                                         "--size",     size,     "--antialias", samples};
+  RunProcess(ours);
+  const std::string camera = ReadPng(picture).camera;
+  const Costs costs = Measure({bin + "/bare_render", model, barePicture, std::to_string(kWidth),
+                               std::to_string(kHeight), samples, camera},
+                              ours, options);
+  Row row;
+  row.work = each.work;
+  row.size = each.triangles;
+  row.floor = costs.floor;
+  row.ours = costs.ours;
+  row.mostRatio = each.mostTime;
+  report.Add(row);
+  row.unit = "MiB";
+  row.floor = costs.floorMemory;
+  row.ours = costs.oursMemory;
+  row.mostRatio = each.mostMemory;
+  report.Add(row);
+  if (options.oursOnly) return;
+  const std::string problem = ComparePictures(ReadPng(barePicture).pixels, ReadPng(picture).pixels);
+  if (!problem.empty()) report.Fail(model + ": " + problem);
+}
+
+void MeasureStart(const std::string& work, const std::vector<std::string>& arguments,
+                  const Options& options, Report& report) {
+  std::vector<std::string> command = {ProgramFolder() + "/gl3"};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  const Costs costs = Measure({ProgramFolder() + "/bare_start"}, command, options);
+  Row row;
+  row.work = work;
+  row.sizeText = "-";
+  row.floor = costs.floor;
+  row.ours = costs.ours;
+  row.most = kMostStart;
+  report.Add(row);
+}
+
+void Run(const Options& options, Report& report) {
+  const TemporaryFolder folder;
+  setenv("GL3_REGISTRY", folder.File("registry.ini").c_str(), 1);
+  MeasureStart("gl3 --help", {"--help"}, options, report);
+  MeasureStart("gl3 render --help", {"render", "--help"}, options, report);
+  for (const Case& each : kCases) {
+    if (each.alsoQuick || !options.quick) MeasureRender(each, folder, options, report);
+  }
+}
+
+}  // namespace
+}  // namespace bench
+
+int main(int argc, char** argv) {
+  return bench::Main(argc, argv, "processes", bench::Run);
+}
