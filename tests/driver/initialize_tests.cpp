@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <initializer_list>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -137,6 +138,10 @@ struct Failure {
   bool gl20, shaders;
   int version;  // 0: not read; -1: what the GL has
 };
+
+void PrintTo(const Failure& failure, std::ostream* out) {
+  *out << failure.reason;
+}
 
 constexpr Failure kFailures[] = {
     {FailDC, "Creating Window", false, false, false, 0},
