@@ -40,7 +40,8 @@ void DrawSomething(HostSurface& surface, AttrProperty& material, int width, int 
 void Run(const Options& options, Report& report) {
   const HostModule module;
   AttrProperty material = PlainMaterial(0.8f, 0.6f, 0.3f, 0);
-  for (const auto& [width, height] : kCases) {
+  for (const Case& each : kCases) {
+    const int width = each.width, height = each.height;
     HostSurface surface(module.Driver(), width, height);
     DrawSomething(surface, material, width, height);
     std::vector<std::uint8_t> row(static_cast<std::size_t>(width) * 3);

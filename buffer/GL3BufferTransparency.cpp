@@ -1,5 +1,6 @@
 // The transparent-polygon queue: adding, sorting by depth, and the pass that draws it.
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -144,7 +145,8 @@ void GL3GABuffer::QuickSortTransparency(int first, int last) {
 /// changes of the GL state it puts back.
 class TransparentPass {
  public:
-  explicit TransparentPass(GL3GABuffer& buffer);
+  /// `triangles` is the most that are drawn in one run.
+  TransparentPass(GL3GABuffer& buffer, std::size_t triangles);
   void Draw(const TransparentRecord& record);
   /// Draws what is left and restores the state.
   void Finish();
@@ -171,12 +173,15 @@ class TransparentPass {
   std::vector<std::uint32_t> m_indices;
 };
 
-TransparentPass::TransparentPass(GL3GABuffer& buffer)
+TransparentPass::TransparentPass(GL3GABuffer& buffer, std::size_t triangles)
     : m_buffer(buffer),
       m_smoothingWasOn(buffer.HasState(GL3GABuffer::kSmoothingOn)),
       m_depthTestWasOn(buffer.HasState(GL3GABuffer::kDepthTestOn)),
       m_cullingWasOn(false),
       m_lightingOn(buffer.HasState(GL3GABuffer::kLightingOn)) {
+  // Grown step by step, the arrays of a full queue would take as long as its sort.
+  m_vertices.reserve(triangles * 3);
+  m_indices.reserve(triangles * 3);
   glGetMaterialfv(GL_FRONT, GL_DIFFUSE, m_savedDiffuse);
   if (!m_smoothingWasOn) glEnable(GL_LINE_SMOOTH);
   if (!m_depthTestWasOn) glEnable(GL_DEPTH_TEST);
@@ -284,7 +289,7 @@ void TransparentPass::Finish() {
 void GL3GABuffer::RenderTransparentPolys() {
   MakeCurrent(0);
   QuickDepthSort(0, m_transparentCount - 1);
-  TransparentPass pass(*this);
+  TransparentPass pass(*this, static_cast<std::size_t>(m_transparentCount));
   for (int i = 0; i < m_transparentCount; ++i) pass.Draw(m_transparentPolys[i]);
   pass.Finish();
   FreeTransparentQueue();

@@ -13,6 +13,7 @@
 #include "host/Heaps.h"
 #include "host/String.h"
 #include "hostkit/services/current_driver.h"
+#include "hostkit/services/ext_heap.h"
 #include "hostkit/services/host_heaps.h"
 #include "tests/hostkit/services/fake_driver.h"
 #include "tests/hostkit/services/heap_faults.h"
@@ -62,6 +63,29 @@ TEST(Heaps, OglBlocksAreZeroedAlignedAndGoTogether) {
     EXPECT_EQ(hostkit::CountHeaps().ogl.bytes, before.bytes);
   }
   FreeOGL();
+}
+
+TEST(Heaps, LargeBlocksAreZeroEveryTime) {
+  constexpr std::size_t kSize = (std::size_t{9} << 20) + 5;  // no whole number of pages
+  const hostkit::HeapCounts before = hostkit::CountHeaps();
+  for (int round = 0; round < 2; ++round) {
+    void* queue = AllocOGL(kSize);
+    void* picture = hostkit::AllocExtZeroed(kSize);
+    void* staging = AllocExt(kSize);
+    for (void* block : {queue, picture}) {
+      ASSERT_NE(block, nullptr);
+      const auto* bytes = static_cast<unsigned char*>(block);
+      EXPECT_EQ(std::count(bytes, bytes + kSize, 0), static_cast<long>(kSize));
+    }
+    for (void* block : {queue, picture, staging}) std::memset(block, 0xa5, kSize);
+    EXPECT_GE(hostkit::CountHeaps().ext.bytes, before.ext.bytes + 2 * kSize);
+    FreeExt(picture);
+    FreeExt(staging);
+    FreeOGL();
+  }
+  const hostkit::HeapCounts after = hostkit::CountHeaps();
+  EXPECT_EQ(after.ext.bytes, before.ext.bytes);
+  EXPECT_EQ(after.ogl.bytes, before.ogl.bytes);
 }
 
 TEST(Heaps, AbsurdSizesGiveNull) {
