@@ -6,8 +6,7 @@
 
 namespace {
 
-// Where aglUseFont puts the glyphs of the host's font, and which font that is.
-constexpr GLint kGlyphLists = 10000;
+// The host's font, whose glyphs become display lists.
 constexpr GLint kGlyphCount = 256;
 constexpr GLint kFontFamily = 3;
 constexpr GLint kFontSize = 10;

@@ -153,6 +153,9 @@ class GL3GABuffer : public GABuffer {
   static std::int32_t m_inversesort;          // a setting that is loaded and saved, and not used
 
  private:
+  /// First of the 256 display lists that hold the glyphs of the host's font.
+  static constexpr GLuint kGlyphLists = 10000;
+
   bool AllocatePbuffer(int width, int height, int depthBits);
   int AllocateDrawable(int width, int height, int depthBits);
   void ReleaseSurface();

@@ -16,7 +16,6 @@ constexpr float kNearestMappedZ = -0.99f;
 // Text stands below and right of the position that it is given for.
 constexpr int kTextOffsetX = 1;
 constexpr int kTextOffsetY = 11;
-constexpr GLuint kGlyphLists = 10000;
 
 float NudgedOffPlanes(float z, const RenderInfo& info) {
   if (z == info.nearZ) return z - kPlaneNudge;
