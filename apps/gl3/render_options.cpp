@@ -6,8 +6,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdlib>
-#include <functional>
 
+#include "apps/gl3/option_readers.h"
 #include "apps/gl3/text.h"
 
 namespace gl3 {
@@ -16,8 +16,6 @@ namespace {
 constexpr int kMaxSide = 32768;
 /// 16384 x 16384: two gigabytes as half floats, what a machine can still be expected to hold.
 constexpr long long kMaxPixels = 1LL << 28;
-constexpr std::uint64_t kLeastMemory = 64ull << 20;
-constexpr double kMaxTimeout = 1e6;
 
 struct NamedColor {
   const char* name;
@@ -38,17 +36,6 @@ const NamedView kViews[] = {
     {"top", {0, 1, 0}},   {"bottom", {0, -1, 0}}, {"iso", {1, 1, 1}},
 };
 
-struct NamedLights {
-  const char* name;
-  hostkit::LightSet set;
-};
-constexpr NamedLights kLights[] = {
-    {"auto", hostkit::LightSet::kAuto},
-    {"scene", hostkit::LightSet::kScene},
-    {"headlight", hostkit::LightSet::kHeadlight},
-    {"three-point", hostkit::LightSet::kThreePoint},
-};
-
 constexpr const char* kFooter = R"(
 World space is the file's: right-handed, y up, units as in the file. Colours are
 display-referred (sRGB), as the renderer draws them.
@@ -60,20 +47,6 @@ Examples:
   gl3 render scene.dae -o shot.exr -s 1920x1080 --camera Camera01
   gl3 render part.stl -o icon.png -s 256x256 --no-background --view iso --parallel
   gl3 render room.obj lamp.glb -o room.jpg --eye 0,1.7,4 --target 0,1,0 --fov 60)";
-
-/// Reads one argument; on failure returns false and says why, with the remedy.
-using Reader = std::function<bool(const std::string& text, std::string* error)>;
-
-/// Adds an option that is read by `read`; the last one given counts.
-CLI::Option* Add(CLI::App& app, const std::string& names, const std::string& type,
-                 const std::string& help, Reader read) {
-  const std::string shown = names.substr(names.find("--"));
-  const auto apply = [shown, read = std::move(read)](const std::string& text) {
-    std::string error;
-    if (!read(text, &error)) throw CLI::ValidationError(shown, error);
-  };
-  return app.add_option_function<std::string>(names, apply, help)->type_name(type)->take_last();
-}
 
 bool ReadSize(const std::string& text, RenderOptions* options, std::string* error) {
   const std::size_t cross = text.find_first_of("xX");
@@ -148,33 +121,6 @@ bool ReadView(const std::string& text, RenderOptions* options, std::string* erro
   return false;
 }
 
-/// A reader of a point or direction into anything that a vector can be assigned to.
-template <class Vector>
-Reader TripleReader(Vector* vector) {
-  return [vector](const std::string& text, std::string* error) {
-    float triple[3];
-    if (ParseTriple(text, triple)) {
-      *vector = Imath::V3f(triple[0], triple[1], triple[2]);
-      return true;
-    }
-    *error = ShellQuote(text) + " is not a point; give three numbers such as 0,1.5,-4";
-    return false;
-  };
-}
-
-Reader IntegerReader(int least, int most, int* number) {
-  return [=](const std::string& text, std::string* error) {
-    int value = 0;
-    if (ParseInteger(text, &value) && value >= least && value <= most) {
-      *number = value;
-      return true;
-    }
-    *error = fmt::format("{} is out of range; give a whole number from {} to {}", ShellQuote(text),
-                         least, most);
-    return false;
-  };
-}
-
 bool ReadFov(const std::string& text, RenderOptions* options, std::string* error) {
   double degrees = 0;
   if (ParseNumber(text, &degrees) && degrees >= 0.1 && degrees <= 170) {
@@ -182,56 +128,6 @@ bool ReadFov(const std::string& text, RenderOptions* options, std::string* error
     return true;
   }
   *error = ShellQuote(text) + " is not a field of view; give degrees from 0.1 to 170";
-  return false;
-}
-
-bool ReadLights(const std::string& text, RenderOptions* options, std::string* error) {
-  std::vector<std::string> names;
-  for (const NamedLights& lights : kLights) {
-    names.emplace_back(lights.name);
-    if (text != lights.name) continue;
-    options->lights = lights.set;
-    return true;
-  }
-  *error = fmt::format("{} is not a set of lights; give {}", ShellQuote(text), JoinNames(names));
-  return false;
-}
-
-bool ReadMode(const std::string& text, std::string* error) {
-  if (text == "shaded") return true;
-  *error = ShellQuote(text) + " is not a known mode; give shaded";
-  return false;
-}
-
-bool ReadDevice(const std::string& text, RenderOptions* options, std::string* error) {
-  int number = -1;
-  if (text == "auto" || text == "cpu" || text == "gpu" ||
-      (ParseInteger(text, &number) && number >= 0)) {
-    options->device = text;
-    return true;
-  }
-  *error = ShellQuote(text) + " is not a device; give auto, cpu, gpu or a device's number from 0";
-  return false;
-}
-
-bool ReadTimeout(const std::string& text, Limits* limits, std::string* error) {
-  double seconds = 0;
-  if (ParseNumber(text, &seconds) && seconds >= 0 && seconds <= kMaxTimeout) {
-    limits->timeoutSeconds = seconds;
-    return true;
-  }
-  *error = ShellQuote(text) + " is not a time; give seconds from 0 (no limit) to 1000000";
-  return false;
-}
-
-bool ReadMemory(const std::string& text, Limits* limits, std::string* error) {
-  std::uint64_t bytes = 0;
-  if (ParseBytes(text, &bytes) && (bytes == 0 || bytes >= kLeastMemory)) {
-    limits->maxMemory = bytes;
-    return true;
-  }
-  *error = ShellQuote(text) + " is not an amount of memory; give 0 (no limit) or at least 64M, " +
-           "with K, M, G or T";
   return false;
 }
 
@@ -243,82 +139,45 @@ void AddPictureOptions(CLI::App& app, RenderOptions* options) {
       ->type_name("OUT")
       ->required()
       ->take_last();
-  Add(app, "-s,--size", "WxH", "Pixels, each side 1 to 32768 (default 1280x720)",
-      [=](const std::string& t, std::string* e) { return ReadSize(t, options, e); });
-  Add(app, "--antialias", "N", "Samples a pixel, N x N, 1 to 4 (default 2; 1 draws fastest)",
-      IntegerReader(1, 4, &options->samplesPerSide));
+  AddOption(app, "-s,--size", "WxH", "Pixels, each side 1 to 32768 (default 1280x720)",
+            [=](const std::string& t, std::string* e) { return ReadSize(t, options, e); });
+  AddOption(app, "--antialias", "N", "Samples a pixel, N x N, 1 to 4 (default 2; 1 draws fastest)",
+            IntegerReader(1, 4, &options->samplesPerSide));
   CLI::Option* background =
-      Add(app, "--background", "COLOR",
-          "#rgb, #rrggbb, r,g,b in 0..1, a name such as white, or\n"
-          "transparent (default #292b30)",
-          [=](const std::string& t, std::string* e) { return ReadColor(t, options, e); });
+      AddOption(app, "--background", "COLOR",
+                "#rgb, #rrggbb, r,g,b in 0..1, a name such as white, or\n"
+                "transparent (default #292b30)",
+                [=](const std::string& t, std::string* e) { return ReadColor(t, options, e); });
   app.add_flag("--no-background", options->transparentBackground,
                "Alpha tells what the model covers (in JPEG: on black)")
       ->excludes(background);
-  Add(app, "--quality", "N", "Of JPEG, 1 to 100 (default 92)",
-      IntegerReader(1, 100, &options->jpegQuality));
+  AddOption(app, "--quality", "N", "Of JPEG, 1 to 100 (default 92)",
+            IntegerReader(1, 100, &options->jpegQuality));
 }
 
 void AddCameraOptions(CLI::App& app, RenderOptions* options) {
   app.option_defaults()->group("Camera");
-  Add(app, "--view", "VIEW",
-      "front, back, left, right, top, bottom, iso, or a direction X,Y,Z\n"
-      "from the model to the eye; shows all of it (default 0.7,0.45,1)",
-      [=](const std::string& t, std::string* e) { return ReadView(t, options, e); });
+  AddOption(app, "--view", "VIEW",
+            "front, back, left, right, top, bottom, iso, or a direction X,Y,Z\n"
+            "from the model to the eye; shows all of it (default 0.7,0.45,1)",
+            [=](const std::string& t, std::string* e) { return ReadView(t, options, e); });
   CLI::Option* camera = app.add_option("--camera", options->camera, "A camera of the model's file")
                             ->type_name("NAME")
                             ->take_last()
                             ->excludes("--view");
-  CLI::Option* eye =
-      Add(app, "--eye", "X,Y,Z", "Where the eye is, in world units", TripleReader(&options->eye));
+  CLI::Option* eye = AddOption(app, "--eye", "X,Y,Z", "Where the eye is, in world units",
+                               TripleReader(&options->eye));
   eye->excludes(camera)->excludes("--view");
-  Add(app, "--target", "X,Y,Z", "What --eye looks at (default: the middle of the model)",
-      TripleReader(&options->target))
+  AddOption(app, "--target", "X,Y,Z", "What --eye looks at (default: the middle of the model)",
+            TripleReader(&options->target))
       ->needs(eye);
-  Add(app, "--up", "X,Y,Z", "What is up for --eye (default 0,1,0)", TripleReader(&options->up))
+  AddOption(app, "--up", "X,Y,Z", "What is up for --eye (default 0,1,0)",
+            TripleReader(&options->up))
       ->needs(eye);
-  Add(app, "--fov", "DEG",
-      "Vertical field of view in degrees, 0.1 to 170 (default: the\ncamera's own, else 40)",
-      [=](const std::string& t, std::string* e) { return ReadFov(t, options, e); });
+  AddOption(app, "--fov", "DEG",
+            "Vertical field of view in degrees, 0.1 to 170 (default: the\ncamera's own, else 40)",
+            [=](const std::string& t, std::string* e) { return ReadFov(t, options, e); });
   app.add_flag("--parallel", options->parallel, "Parallel projection, without perspective");
-}
-
-void AddSceneOptions(CLI::App& app, RenderOptions* options) {
-  app.option_defaults()->group("Drawing");
-  Add(app, "--lights", "SET",
-      "auto, scene, headlight or three-point (default auto: the model's\n"
-      "own lights when it has any, else three-point)",
-      [=](const std::string& t, std::string* e) { return ReadLights(t, options, e); });
-  Add(app, "--mode", "MODE", "shaded (default)", ReadMode);
-  Add(app, "--device", "DEVICE",
-      "auto, cpu (the software renderer), gpu, or a device's number\n"
-      "(default: GL3_DEVICE, else auto)",
-      [=](const std::string& t, std::string* e) { return ReadDevice(t, options, e); });
-  app.add_option("--module", options->module,
-                 "The renderer module's file (default: OpenGL3.so, looked for as\n"
-                 "gl3 --help tells)")
-      ->type_name("PATH")
-      ->take_last();
-}
-
-void AddRunOptions(CLI::App& app, RenderOptions* options) {
-  app.option_defaults()->group("Run");
-  Limits* limits = &options->limits;
-  Add(app, "--timeout", "SECONDS", "Give up after this time; 0: never (default 600)",
-      [=](const std::string& t, std::string* e) { return ReadTimeout(t, limits, e); });
-  Add(app, "--max-memory", "SIZE",
-      "Give up beyond this, such as 500M or 4G; 0: no limit (default:\n"
-      "three quarters of the machine's memory)",
-      [=](const std::string& t, std::string* e) { return ReadMemory(t, limits, e); });
-  app.add_flag("--json", options->json,
-               "Figures to standard output: times in milliseconds, size,\n"
-               "triangles, renderer, device, peak memory in bytes");
-  CLI::Option* quiet = app.add_flag_callback(
-      "-q,--quiet", [=] { options->verbosity = Verbosity::kQuiet; }, "Errors only");
-  app.add_flag_callback(
-         "-v,--verbose", [=] { options->verbosity = Verbosity::kVerbose; },
-         "Tell each step, and let drivers and libraries speak")
-      ->excludes(quiet);
 }
 
 }  // namespace
@@ -331,8 +190,8 @@ void AddRenderOptions(CLI::App& app, RenderOptions* options) {
       ->required();
   AddPictureOptions(app, options);
   AddCameraOptions(app, options);
-  AddSceneOptions(app, options);
-  AddRunOptions(app, options);
+  AddDrawingOptions(app, &options->drawing);
+  AddRunOptions(app, &options->run);
 }
 
 Outcome CheckRenderOptions(const RenderOptions& options) {

@@ -3,14 +3,13 @@
 
 #include <Imath/ImathVec.h>
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "apps/gl3/drawing_options.h"
 #include "apps/gl3/messages.h"
-#include "apps/gl3/supervised_child.h"
-#include "hostkit/scene/light_sets.h"
+#include "apps/gl3/run_options.h"
 
 namespace CLI {
 class App;
@@ -27,7 +26,7 @@ struct RenderOptions {
   int jpegQuality = 92;
   float background[3] = {0.16f, 0.17f, 0.19f};  ///< Display-referred, 0 to 1.
   bool transparentBackground = false;
-  hostkit::LightSet lights = hostkit::LightSet::kAuto;
+  DrawingOptions drawing;
 
   std::string camera;                     ///< One of the model's own; empty: see below.
   std::optional<Imath::V3f> eye;          ///< World space; empty: fitted to the model.
@@ -37,11 +36,7 @@ struct RenderOptions {
   std::optional<float> fieldOfView;       ///< Degrees, vertical; empty: the camera's own or 40.
   bool parallel = false;
 
-  std::string device;  ///< As GL3_DEVICE; empty leaves the environment's.
-  std::string module;  ///< The module's file; empty: looked for.
-  Limits limits;
-  bool json = false;
-  Verbosity verbosity = Verbosity::kNormal;
+  RunOptions run;
 };
 
 /// Adds the options to `app`; parsing fills `*options`, which must live until then.

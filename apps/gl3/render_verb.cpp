@@ -21,7 +21,7 @@ Outcome CheckBeforeWork(const RenderOptions& options, const WorkTable& work) {
 }
 
 int RunRender(const RenderOptions& options, const std::string& command) {
-  SetVerbosity(options.verbosity);
+  SetVerbosity(options.run.verbosity);
   Outcome outcome;
   const WorkTable* work = LoadWork(&outcome);
   if (work) outcome = CheckBeforeWork(options, *work);
@@ -29,9 +29,10 @@ int RunRender(const RenderOptions& options, const std::string& command) {
     PrintError(outcome.message);
     return outcome.status;
   }
-  return RunSupervised(options.limits, options.output, [&](ParentLine& line, std::string* result) {
-    return work->render(options, command, line, result);
-  });
+  return RunSupervised(options.run.limits, options.output,
+                       [&](ParentLine& line, std::string* result) {
+                         return work->render(options, command, line, result);
+                       });
 }
 
 }  // namespace

@@ -3,12 +3,12 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <utility>
 
 #include "apps/gl3/work/driver_session.h"
+#include "apps/gl3/work/frame_setup.h"
 #include "apps/gl3/work/render_camera.h"
 #include "apps/gl3/work/render_recipe.h"
 #include "apps/gl3/work/render_report.h"
@@ -67,7 +67,7 @@ Outcome RenderRun::StartDriver() {
   m_line.Enter(Phase::kStart, "OpenGL");
   const Stopwatch watch;
   Outcome outcome;
-  m_session = DriverSession::Start({m_options.device, m_options.module}, &outcome);
+  m_session = DriverSession::Start({m_options.run.device, m_options.run.module}, &outcome);
   if (const std::string trouble = hostkit::RegistryError(); !trouble.empty()) Warn(trouble);
   if (!m_session) return outcome;
   const platform::DisplayReport& display = platform::DescribeDisplay();
@@ -105,13 +105,7 @@ Outcome RenderRun::Draw() {
   std::string error;
   const auto renderer = hostkit::FrameRenderer::Create(m_session->Driver(), *m_scene, &error);
   if (!renderer) return {kRunFailed, error};
-  hostkit::FrameSettings settings;
-  settings.width = m_options.width;
-  settings.height = m_options.height;
-  settings.samplesPerSide = m_options.samplesPerSide;
-  std::copy_n(m_options.background, 3, settings.background);
-  settings.transparentBackground = m_options.transparentBackground;
-  settings.lights = m_options.lights;
+  const hostkit::FrameSettings settings = MakeFrameSettings(m_options);
   const hostkit::View view = hostkit::ViewFor(m_camera, m_scene->Bounds());
   m_picture = renderer->Render(settings, view, &error);
   if (!m_picture.bitmap) return {kRunFailed, error};
@@ -147,7 +141,7 @@ Outcome RenderRun::Run(std::string* result) {
   if (outcome.status == kDone) outcome = ChooseCamera(m_options, *m_scene, &m_camera);
   if (outcome.status == kDone) outcome = Draw();
   if (outcome.status == kDone) outcome = Write();
-  if (outcome.status != kDone || !m_options.json) return outcome;
+  if (outcome.status != kDone || !m_options.run.json) return outcome;
   m_report.models = m_options.models;
   m_report.output = m_options.output;
   m_report.width = m_options.width;
