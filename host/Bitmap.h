@@ -46,8 +46,9 @@ class HBitmapBuffer : public HTreeObject {
 
   HBitmapBuffer(const String& name, ChannelType type, int channels, int width, int height);
 
-  /// Allocates zero-filled storage; the argument is not used. Returns 1, or 0 when there is no
-  /// memory or the size is not positive, and then Data() stays null. Storage is kept when present.
+  /// Allocates storage, whose elements have any value until they are written: it may be that of a
+  /// picture released before. The argument is not used. Returns 1, or 0 when there is no memory or
+  /// the size is not positive, and then Data() stays null. Storage is kept when present.
   int AllocateData(int);
 
   const String& Name() const { return m_name; }
@@ -99,13 +100,20 @@ class HBitmapNode : public HTreeObject {
   /// A four-channel buffer without storage, owned by the caller until AddBuffer takes it.
   HRGBABuffer* CreateRGBABuffer(String name, HBitmapBuffer::ChannelType type, int width,
                                 int height);
-  /// Appends `buffer` and takes ownership of it. A buffer of the same name is replaced.
+  /// Appends `buffer` and takes ownership of it. Buffers of the same name stay beside it; one that
+  /// is in the list already stays where it is.
   void AddBuffer(HBitmapBuffer* buffer);
-  /// The buffer called `name`, or null.
+  /// The buffer called `name` that was added last, or null.
   HBitmapBuffer* FindBuffer(const String& name) const;
+  /// Releases every buffer called `name`. Whoever has frame after frame put into one bitmap calls
+  /// this in between: each adds a buffer of its own.
+  void RemoveBuffers(const String& name);
 
   /// A copy with every buffer; released by the caller with DeleteHandle. Null without memory.
   HBitmapNode* Copy() const;
+  /// Becomes a copy of `source`: takes on its size and copies of its buffers in place of its own.
+  /// Returns 1, or 0 without memory, and then nothing has changed.
+  int Copy(const HBitmapNode& source);
   /// A copy scaled to the given size; released by the caller with DeleteHandle. Null when a side
   /// is not positive or memory runs out.
   HBitmapNode* ScaleBitmap(int width, int height);

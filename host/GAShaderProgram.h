@@ -6,10 +6,17 @@
 class HBitmapNode;
 
 /// Effects on finished frames, chosen by number: 0 blur, 1 image filter, 2 ambient occlusion.
+/// Operations return 1 for success and 0 for failure.
 class GAShaderProgram : public GAssistObject {
  public:
   virtual ~GAShaderProgram() = default;
   virtual int IsOperational() = 0;
+  /// Sets an effect up with its parameters; one that fails is gone for the life of the program.
+  /// Blur: merge mode, passes, radius in pixels, width and height of the pictures in pixels;
+  /// filter: merge mode, passes, filter number, width and height.
   virtual int Init(int effect, float* parameters, int count) = 0;
+  /// Runs an effect on the picture of `source`, which should have the size of Init and sides that
+  /// are multiples of four. Merge mode 0 adds the result to `destination` as a new "ColorAlpha"
+  /// buffer, any other writes it over the first buffer of `source`.
   virtual int Process(int effect, HBitmapNode* source, HBitmapNode* destination, float value) = 0;
 };

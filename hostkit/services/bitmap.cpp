@@ -1,11 +1,14 @@
 // The host's images: bitmaps and their buffers.
 #include "host/Bitmap.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "host/Heaps.h"
+#include "hostkit/services/bitmap_calls.h"
 #include "hostkit/services/bitmap_storage.h"
 #include "hostkit/services/ext_heap.h"
 
@@ -78,6 +81,7 @@ void HTreeObject::DeleteHandle() {
 HTreeObject::~HTreeObject() = default;
 
 void HByteBlock::DeleteHandle() {
+  hostkit::LastBitmapCalls().bytesReleased = std::chrono::steady_clock::now();
   delete this;
 }
 
@@ -105,7 +109,7 @@ HBitmapBuffer::~HBitmapBuffer() {
 int HBitmapBuffer::AllocateData(int) {
   if (m_data) return 1;
   const std::size_t size = m_channels > 0 ? hostkit::StorageSize(*this) : 0;
-  if (size > 0) m_data = hostkit::AllocExtZeroed(size);
+  if (size > 0) m_data = hostkit::AllocExtPicture(size);
   return m_data ? 1 : 0;
 }
 
@@ -126,6 +130,7 @@ HBitmapNode::~HBitmapNode() {
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the name comes by value in every host.
 HRGBABuffer* HBitmapNode::CreateRGBABuffer(String name, HBitmapBuffer::ChannelType type, int width,
                                            int height) {
+  hostkit::LastBitmapCalls().bufferAsked = std::chrono::steady_clock::now();
   auto* buffer = new (std::nothrow) HRGBABuffer(name, type, 4, width, height);
   if (buffer && buffer->Name().IsEmpty() != name.IsEmpty()) {
     buffer->DeleteHandle();
@@ -137,18 +142,28 @@ HRGBABuffer* HBitmapNode::CreateRGBABuffer(String name, HBitmapBuffer::ChannelTy
 void HBitmapNode::AddBuffer(HBitmapBuffer* buffer) {
   if (!buffer) return;
   HBitmapBuffer** link = &m_head;
-  while (*link && !SameName((*link)->Name(), buffer->Name())) link = &(*link)->m_next;
-  HBitmapBuffer* former = *link;
-  if (former == buffer) return;
-  buffer->m_next = former ? former->m_next : nullptr;
+  while (*link && *link != buffer) link = &(*link)->m_next;
   *link = buffer;
-  if (former) former->DeleteHandle();
 }
 
 HBitmapBuffer* HBitmapNode::FindBuffer(const String& name) const {
-  HBitmapBuffer* buffer = m_head;
-  while (buffer && !SameName(buffer->Name(), name)) buffer = buffer->m_next;
-  return buffer;
+  HBitmapBuffer* found = nullptr;
+  for (HBitmapBuffer* buffer = m_head; buffer; buffer = buffer->m_next) {
+    if (SameName(buffer->Name(), name)) found = buffer;
+  }
+  return found;
+}
+
+void HBitmapNode::RemoveBuffers(const String& name) {
+  HBitmapBuffer** link = &m_head;
+  while (HBitmapBuffer* buffer = *link) {
+    if (!SameName(buffer->Name(), name)) {
+      link = &buffer->m_next;
+      continue;
+    }
+    *link = buffer->m_next;
+    buffer->DeleteHandle();
+  }
 }
 
 HBitmapNode* HBitmapNode::Copy() const {
@@ -163,6 +178,16 @@ HBitmapNode* HBitmapNode::Copy() const {
     copy->AddBuffer(copied);
   }
   return copy;
+}
+
+int HBitmapNode::Copy(const HBitmapNode& source) {
+  HBitmapNode* copy = source.Copy();
+  if (!copy) return 0;
+  m_width = copy->m_width;
+  m_height = copy->m_height;
+  std::swap(m_head, copy->m_head);
+  copy->DeleteHandle();  // with the buffers of before
+  return 1;
 }
 
 HBitmapNode* HBitmapNode::ScaleBitmap(int width, int height) {

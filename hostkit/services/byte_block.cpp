@@ -4,10 +4,8 @@
 // hand, until a row turns out not to be; only then is it packed anew with alpha. So an opaque
 // picture is read once, and a transparent one, whose first transparent row is mostly near the top,
 // little more than once.
-#include <Imath/half.h>
-
 #include <algorithm>
-#include <array>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -17,28 +15,13 @@
 
 #include "host/Bitmap.h"
 #include "host/Heaps.h"
+#include "hostkit/services/bitmap_calls.h"
 #include "hostkit/services/bitmap_storage.h"
+#include "hostkit/services/half_bytes.h"
 
 namespace {
 
 using Byte = unsigned char;
-
-Byte ToByte(float value) {
-  if (!(value > 0)) return 0;  // NaN too
-  return value >= 1 ? 255 : static_cast<Byte>(value * 255 + 0.5f);
-}
-
-/// Every half float as a byte: 64 KiB, made on first use, that spare the conversions of a picture.
-const std::array<Byte, 65536>& HalfToByte() {
-  static const auto table = [] {
-    std::array<Byte, 65536> bytes{};
-    for (unsigned bits = 0; bits < bytes.size(); ++bits) {
-      bytes[bits] = ToByte(Imath::half(Imath::half::FromBits, static_cast<std::uint16_t>(bits)));
-    }
-    return bytes;
-  }();
-  return table;
-}
 
 /// Where red, green, blue and alpha lie in a pixel; -1 for an alpha that is always opaque.
 struct Layout {
@@ -57,13 +40,13 @@ Layout LayoutOf(const HBitmapBuffer& buffer) {
 /// Turns `count` elements of a row into bytes in `bytes`.
 void RowToBytes(const HBitmapBuffer& buffer, const void* row, std::size_t count, Byte* bytes) {
   if (buffer.Type() == HBitmapBuffer::kHalfChannel) {
-    const auto& table = HalfToByte();
+    const auto& table = hostkit::HalfToByte();
     const auto* halves = static_cast<const std::uint16_t*>(row);
     std::transform(halves, halves + count, bytes, [&](std::uint16_t bits) { return table[bits]; });
     return;
   }
   const auto* floats = static_cast<const float*>(row);
-  std::transform(floats, floats + count, bytes, ToByte);
+  std::transform(floats, floats + count, bytes, hostkit::ToByte);
 }
 
 // Four-channel pixels are packed two in a word, first byte lowest: the machine is little-endian, as
@@ -216,6 +199,7 @@ const HBitmapBuffer* FindPicture(const HBitmapNode& node) {
 }  // namespace
 
 HByteBlock* HBitmapNode::CreateByteBlock(int /*wrap*/, int* flags, int bgr) {
+  hostkit::LastBitmapCalls().bytesAsked = std::chrono::steady_clock::now();
   const HBitmapBuffer* picture = FindPicture(*this);
   if (!picture) return nullptr;
   Layout layout = LayoutOf(*picture);

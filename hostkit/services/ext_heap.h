@@ -5,8 +5,9 @@
 
 namespace hostkit {
 
-/// As AllocExt, with every byte zero. Large blocks come fresh from the system and are not written
-/// to, so that a picture's storage costs nothing until it is filled. Released with FreeExt.
-void* AllocExtZeroed(std::size_t size);
+/// As AllocExt, bytes of any value included, for a picture's storage. Large blocks come straight
+/// from the system and cost nothing until they are filled, or are one that was just released, with
+/// what it held. Released with FreeExt.
+void* AllocExtPicture(std::size_t size);
 
 }  // namespace hostkit

@@ -94,8 +94,9 @@ void CheckBlock(Input& input, HBitmapNode& node) {
 /// Every buffer of `from` must be in `to`, at its size; scaled bytes of one channel stay within the
 /// range of their source.
 void CheckScaled(const HBitmapNode& from, const HBitmapNode& to) {
-  for (const HBitmapBuffer* buffer = from.GetBufferHead(); buffer; buffer = buffer->Next()) {
-    const HBitmapBuffer* scaled = to.FindBuffer(buffer->Name());
+  const HBitmapBuffer* scaled = to.GetBufferHead();
+  for (const HBitmapBuffer* buffer = from.GetBufferHead(); buffer;
+       buffer = buffer->Next(), scaled = scaled->Next()) {
     Require(scaled && scaled->Width() == to.GetWidth() && scaled->Height() == to.GetHeight() &&
                 scaled->Channels() == buffer->Channels() && scaled->Type() == buffer->Type() &&
                 !scaled->Data() == !buffer->Data(),

@@ -2,6 +2,7 @@
 #include <Imath/half.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <climits>
 #include <cmath>
@@ -77,32 +78,51 @@ TEST_F(Bitmap, BufferSizesAreChecked) {
   HRGBABuffer* buffer = node->CreateRGBABuffer("x", Type::kHalfChannel, 3, 2);
   ASSERT_EQ(buffer->AllocateData(0), 1);
   auto* first = static_cast<std::uint16_t*>(buffer->GetData(0));
-  EXPECT_EQ(std::vector<std::uint16_t>(first, first + 24), std::vector<std::uint16_t>(24, 0));
   EXPECT_EQ(buffer->GetData(1), first + 12);
   EXPECT_EQ(buffer->GetData(2), nullptr);
   EXPECT_EQ(buffer->GetData(-1), nullptr);
   buffer->DeleteHandle();
 }
 
-TEST_F(Bitmap, BuffersAreFoundByNameAndReplaced) {
-  Node node = MakeNode(2, 1, [](int x, int) {
-    return Rgba{1, 2, static_cast<unsigned char>(x), 4};
-  });
-  HRGBABuffer* second = node->CreateRGBABuffer("ColorAlpha", Type::kHalfChannel, 2, 1);
-  node->AddBuffer(second);
+TEST_F(Bitmap, BuffersOfOneNameLieBesideEachOther) {
+  const auto pixel = [](int x, int) { return Rgba{1, 2, static_cast<unsigned char>(x), 4}; };
+  Node node = MakeNode(2, 1, pixel);
+  const auto add = [&](const char* name) {
+    HRGBABuffer* buffer = node->CreateRGBABuffer(name, Type::kHalfChannel, 2, 1);
+    node->AddBuffer(buffer);
+    return buffer;
+  };
+  HRGBABuffer* const second = add("ColorAlpha");
   node->AddBuffer(second);
   node->AddBuffer(nullptr);
-  HRGBABuffer* third = node->CreateRGBABuffer("ColorAlpha", Type::kHalfChannel, 2, 1);
-  node->AddBuffer(third);
+  HRGBABuffer* const third = add("ColorAlpha");
+  HRGBABuffer* const depth = add("Depth");
+  node->AddBuffer(second);
   EXPECT_EQ(node->FindBuffer("ColorAlpha"), third);
   EXPECT_EQ(node->FindBuffer("coloralpha"), nullptr);
-  EXPECT_EQ(node->GetBufferHead()->Next(), third);
-  EXPECT_EQ(third->Next(), nullptr);
+  EXPECT_EQ(node->GetBufferHead()->Next(), second);
+  EXPECT_EQ(second->Next(), third);
+  EXPECT_EQ(third->Next(), depth);
+  EXPECT_EQ(depth->Next(), nullptr);
 
   const Node copy(node->Copy());
   EXPECT_EQ(PixelOf(*copy, 1, 0), (Rgba{1, 2, 1, 4}));
   EXPECT_NE(copy->GetBufferHead()->Data(), node->GetBufferHead()->Data());
-  EXPECT_EQ(copy->FindBuffer("ColorAlpha")->Data(), nullptr);
+  EXPECT_EQ(copy->GetBufferHead()->Next()->Next()->Data(), nullptr);
+
+  const Node other = MakeNode(7, 5, pixel);
+  ASSERT_EQ(other->Copy(*node), 1);
+  EXPECT_EQ(other->GetWidth(), 2);
+  EXPECT_EQ(other->GetHeight(), 1);
+  EXPECT_EQ(PixelOf(*other, 1, 0), (Rgba{1, 2, 1, 4}));
+  EXPECT_NE(other->FindBuffer("Depth"), nullptr);
+
+  node->RemoveBuffers("none");
+  node->RemoveBuffers("ColorAlpha");
+  EXPECT_EQ(node->FindBuffer("ColorAlpha"), nullptr);
+  EXPECT_EQ(node->GetBufferHead()->Next(), depth);
+  node->RemoveBuffers("Color");
+  EXPECT_EQ(node->GetBufferHead(), depth);
 }
 
 TEST_F(Bitmap, ScalingKeepsColoursAtAnySize) {
@@ -232,6 +252,7 @@ TEST_F(Bitmap, EveryFailingAllocationEndsInNull) {
   const Node node = MakeNode(40, 40, [](int, int) { return Rgba{1, 2, 3, 4}; });
   node->AddBuffer(node->CreateRGBABuffer("ColorAlpha", Type::kHalfChannel, 40, 40));
   ASSERT_EQ(node->FindBuffer("ColorAlpha")->AllocateData(0), 1);
+  std::fill_n(static_cast<std::uint16_t*>(node->FindBuffer("ColorAlpha")->Data()), 40 * 40 * 4, 0);
   const std::function<bool()> operations[] = {
       [&] { return Node(node->Copy()) != nullptr; },
       [&] { return Node(node->ScaleBitmap(1, 90)) != nullptr; },

@@ -25,8 +25,8 @@ void* AllocString(std::size_t size) {
 void* AllocExt(std::size_t size) {
   return Forward("_Z8AllocExtm", size);
 }
-void* hostkit::AllocExtZeroed(std::size_t size) {
-  return Forward("_ZN7hostkit14AllocExtZeroedEm", size);
+void* hostkit::AllocExtPicture(std::size_t size) {
+  return Forward("_ZN7hostkit15AllocExtPictureEm", size);
 }
 
 // The address sanitizer ends the program over a request that malloc only refuses.

@@ -65,24 +65,36 @@ TEST(Heaps, OglBlocksAreZeroedAlignedAndGoTogether) {
   FreeOGL();
 }
 
-TEST(Heaps, LargeBlocksAreZeroEveryTime) {
+TEST(Heaps, LargeQueuesAreZeroAndPicturesReusedOnce) {
   constexpr std::size_t kSize = (std::size_t{9} << 20) + 5;  // no whole number of pages
   const hostkit::HeapCounts before = hostkit::CountHeaps();
   for (int round = 0; round < 2; ++round) {
     void* queue = AllocOGL(kSize);
-    void* picture = hostkit::AllocExtZeroed(kSize);
+    void* picture = hostkit::AllocExtPicture(kSize);
     void* staging = AllocExt(kSize);
-    for (void* block : {queue, picture}) {
-      ASSERT_NE(block, nullptr);
-      const auto* bytes = static_cast<unsigned char*>(block);
-      EXPECT_EQ(std::count(bytes, bytes + kSize, 0), static_cast<long>(kSize));
-    }
+    ASSERT_NE(queue, nullptr);
+    const auto* bytes = static_cast<unsigned char*>(queue);
+    EXPECT_EQ(std::count(bytes, bytes + kSize, 0), static_cast<long>(kSize));
     for (void* block : {queue, picture, staging}) std::memset(block, 0xa5, kSize);
     EXPECT_GE(hostkit::CountHeaps().ext.bytes, before.ext.bytes + 2 * kSize);
     FreeExt(picture);
     FreeExt(staging);
     FreeOGL();
   }
+  // What the last round released is there to be had, for one block of its size.
+  auto* first = static_cast<unsigned char*>(hostkit::AllocExtPicture(kSize - 1));
+  auto* second = static_cast<unsigned char*>(hostkit::AllocExtPicture(kSize));
+  ASSERT_TRUE(first && second);
+  EXPECT_EQ(first[kSize - 2], 0xa5);
+  std::memset(second, 0x5a, kSize);
+  EXPECT_EQ(first[kSize - 2], 0xa5);
+  FreeExt(first);
+  auto* larger = static_cast<unsigned char*>(hostkit::AllocExtPicture(2 * kSize));
+  ASSERT_NE(larger, nullptr);
+  std::memset(larger, 0x11, 2 * kSize);
+  EXPECT_EQ(second[kSize - 1], 0x5a);
+  FreeExt(larger);
+  FreeExt(second);
   const hostkit::HeapCounts after = hostkit::CountHeaps();
   EXPECT_EQ(after.ext.bytes, before.ext.bytes);
   EXPECT_EQ(after.ogl.bytes, before.ogl.bytes);

@@ -141,20 +141,24 @@ TEST(FileStream, ReportsAFullDisk) {
 }
 
 TEST(SaveRequest, GoesToTheHandler) {
-  String path("before");
-  EXPECT_EQ(SaveRequest("Save", "a.txt", "Text", &path), 0);
-  hostkit::SetSaveRequestHandler(
-      [](const String&, const String& suggestion, const String&, String* chosen) {
-        *chosen = suggestion;
-        return suggestion.IsEmpty() ? 0 : 1;
-      });
-  EXPECT_EQ(SaveRequest("Save", "", "Text", &path), 0);
-  EXPECT_STREQ(path.Text(), "before");
-  EXPECT_EQ(SaveRequest("Save", "a.txt", "Text", &path), 1);
-  EXPECT_STREQ(path.Text(), "a.txt");
-  EXPECT_EQ(SaveRequest("Save", "a.txt", "Text", nullptr), 0);
-  hostkit::SetSaveRequestHandler({});
-  EXPECT_EQ(SaveRequest("Save", "a.txt", "Text", &path), 0);
+  const auto ask = [](String* name) {
+    return SaveRequest("Save", "Text(*.txt)|*.txt|", name, "txt", "TXT", 7, nullptr, nullptr);
+  };
+  String path("before.txt");
+  EXPECT_EQ(ask(&path), 0);
+  int answer = 0;
+  hostkit::SetSaveRequestHandler([&](const hostkit::SaveQuestion& question, String* chosen) {
+    *chosen = String("/") + question.suggestion;
+    return answer;
+  });
+  EXPECT_EQ(ask(&path), 0);
+  EXPECT_STREQ(path.Text(), "before.txt");
+  answer = 1;
+  EXPECT_EQ(ask(&path), 1);
+  EXPECT_STREQ(path.Text(), "/before.txt");
+  EXPECT_EQ(ask(nullptr), 0);
+  EXPECT_TRUE(hostkit::SetSaveRequestHandler({}));
+  EXPECT_EQ(ask(&path), 0);
 }
 
 }  // namespace

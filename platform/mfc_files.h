@@ -1,0 +1,38 @@
+// Files, as MFC has them.
+#pragma once
+
+#include <cstddef>
+
+#include "platform/win32.h"
+
+/// A file that is written by several programs in turn: what one writes between Open and Close is
+/// never mixed with what another writes, nor lost in it.
+class CStdioFile {
+ public:
+  /// The mode of Open, any of these. Files are always opened for writing and as bytes: line ends
+  /// are the same in text.
+  enum OpenFlag : unsigned int {
+    kModeWrite = 0x1,
+    kShareExclusive = 0x10,    ///< Nobody else has the file open in this way at the same time.
+    kModeCreate = 0x1000,      ///< A file that is missing is made, an old one emptied.
+    kModeNoTruncate = 0x2000,  ///< With kModeCreate: an old one keeps its content.
+    kTypeText = 0x4000,
+  };
+
+  CStdioFile() = default;
+  CStdioFile(const CStdioFile&) = delete;
+  CStdioFile& operator=(const CStdioFile&) = delete;
+  /// Closes the file.
+  ~CStdioFile();
+
+  /// Opens a file at its start. An exclusive one that somebody else has open is waited for, up to
+  /// two seconds. Returns 0 on failure.
+  BOOL Open(const char* path, unsigned int flags);
+  void SeekToEnd();
+  /// Returns 0 when not all of it could be written.
+  BOOL Write(const void* bytes, std::size_t count);
+  void Close();
+
+ private:
+  int m_file = -1;
+};

@@ -1,0 +1,326 @@
+// Dispatch, the log, GLSL programs, failures, and what a run leaves behind.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+#include "buffer/GL3Buffer.h"
+#include "platform/gl.h"
+#include "shader/Gl3ShaderMain.h"
+#include "tests/shader/shader_fixture.h"
+#include "tests/support/faults.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+/// Opens the parts that effects alone use.
+class OpenProgram : public GL3GAShaderProgram {
+ public:
+  using GL3GAShaderProgram::GL3GAShaderProgram;
+  using GL3GAShaderProgram::LoadShaderFromStream;
+};
+
+constexpr char kSound[] = "void main() { gl_FragColor = vec4(1.0); }";
+constexpr char kBroken[] = "void main() { nonsense }";
+constexpr char kUnlinkable[] = "vec4 nowhere(); void main() { gl_FragColor = nowhere(); }";
+
+// Injected: the n-th source from now on is replaced, programs are invalid.
+int g_sourcesUntilReplaced = 0;
+const char* g_replacement = nullptr;
+PFNGLSHADERSOURCEPROC g_shaderSource = nullptr;
+PFNGLGETPROGRAMIVPROC g_getProgramiv = nullptr;
+
+void GLAPIENTRY ReplaceSource(GLuint shader, GLsizei count, const GLchar* const* sources,
+                              const GLint* lengths) {
+  EXPECT_EQ(count, 1);
+  EXPECT_EQ(lengths, nullptr);
+  const bool replaced = --g_sourcesUntilReplaced == 0;
+  g_shaderSource(shader, 1, replaced ? &g_replacement : sources, nullptr);
+}
+
+void GLAPIENTRY SayInvalid(GLuint program, GLenum name, GLint* value) {
+  g_getProgramiv(program, name, value);
+  if (name == GL_VALIDATE_STATUS) *value = 0;
+  if (name == GL_INFO_LOG_LENGTH) *value = 4;
+}
+
+void GLAPIENTRY SayWhy(GLuint, GLsizei, GLsizei*, GLchar* text) {
+  std::copy_n("why", 4, text);
+}
+
+class ProgramTest : public ShaderFixture {
+ protected:
+  /// Runs `work` while the n-th source is another.
+  template <typename Work>
+  int WithSource(int nth, const char* source, const Work& work) {
+    g_shaderSource = __glewShaderSource;
+    g_sourcesUntilReplaced = nth;
+    g_replacement = source;
+    const Replaced<PFNGLSHADERSOURCEPROC> replaced(__glewShaderSource, ReplaceSource);
+    return work();
+  }
+  template <typename Work>
+  static int WithInvalidPrograms(const Work& work) {
+    g_getProgramiv = __glewGetProgramiv;
+    const Replaced<PFNGLGETPROGRAMIVPROC> replaced(__glewGetProgramiv, SayInvalid);
+    const Replaced<PFNGLGETPROGRAMINFOLOGPROC> log(__glewGetProgramInfoLog, SayWhy);
+    return work();
+  }
+  int InitEffect(int effect) { return Init(effect, 0, 1, 8, 8, 8); }
+  bool Processes(int effect) {
+    const TestBitmap bitmap = SolidBitmap(8, 8, {9, 9, 9, 9});
+    return Program().Process(effect, bitmap.get(), bitmap.get(), 0) != 0;
+  }
+  static Lines LiveObjects() {
+    Lines alive;
+    for (GLuint name = 1; name < 4000; ++name) {
+      const bool lives[] = {glIsTexture(name) != 0, glIsFramebuffer(name) != 0,
+                            glIsShader(name) != 0, glIsProgram(name) != 0, glIsBuffer(name) != 0};
+      for (int kind = 0; kind < 5; ++kind) {
+        if (lives[kind])
+          alive.push_back("kind " + std::to_string(kind) + ": " + std::to_string(name));
+      }
+    }
+    return alive;
+  }
+};
+
+TEST_F(ProgramTest, EffectsByNumber) {
+  EXPECT_EQ(Program().IsOperational(), 1);
+  for (const int effect : {-1, 0, 1, 2, 3}) EXPECT_FALSE(Processes(effect)) << effect;
+  EXPECT_EQ(InitEffect(-1), 0);
+  EXPECT_EQ(InitEffect(3), 0);
+  EXPECT_EQ(NewLogLines(), Lines());
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(InitEffect(2), 0) << "occlusion is switched off";
+    EXPECT_FALSE(Processes(2));
+  }
+  EXPECT_EQ(NewLogLines(), Lines()) << "without a word";
+  EXPECT_EQ(InitEffect(0), 1);
+  EXPECT_EQ(NewLogLines(), (Lines{"---Creating Blur shader", "---Blur Shader operational"}));
+  EXPECT_EQ(InitEffect(1), 1);
+  EXPECT_EQ(NewLogLines(),
+            (Lines{"---Creating Misc shader", "Selected Type = 8", "---Misc Shader operational"}));
+  EXPECT_TRUE(Processes(0));
+  EXPECT_TRUE(Processes(1));
+  EXPECT_EQ(InitEffect(0), 1) << "again";
+  EXPECT_EQ(Effects().arguments, (std::vector<std::pair<int, int>>(3, {2, 0})));
+}
+
+TEST_F(ProgramTest, EffectsWithoutMemoryAreMissing) {
+  Faults faults;
+  faults.Fail(FaultPoint::kAllocGAssist, 1);
+  EXPECT_EQ(Effects().CreateShaderProgram(&m_info), nullptr);
+  faults.Fail(FaultPoint::kAllocGAssist, 2, 2);  // blur and filters
+  const auto program = MakeProgram();
+  float parameters[5] = {0, 1, 8, 8, 8};
+  for (int effect = 0; effect < 3; ++effect) EXPECT_EQ(program->Init(effect, parameters, 5), 0);
+}
+
+TEST_F(ProgramTest, FailuresOfSetUpEndTheEffect) {
+  const std::string blur = "---Creating Blur shader\n";
+  const std::string filter = "---Creating Misc shader\nSelected Type = 8\n";
+  const std::string compile = "---LoadShaderFromSource failed\n---Compile shader error!\n*";
+  const std::string link = "---CreateProgramFromShaders failed\n---Error linking!\n*";
+  const struct {
+    int effect, nthSource;
+    const char* source;  // null: the surface fails
+    std::string log;     // '*': what the GL says
+  } cases[] = {{0, 0, nullptr, blur + "---Blur shader AllocateforShader failed\n"},
+               {1, 0, nullptr, filter + "---Misc shader AllocateforShader failed\n"},
+               {0, 1, kBroken, blur + compile + "---BlurFragmentShaderH failed\n"},
+               {0, 2, kBroken, blur + compile + "---BlurFragmentShaderV failed\n"},
+               {1, 1, kBroken, filter + compile + "---MiscFragmentShader failed\n"},
+               {0, 1, kUnlinkable, blur + link},
+               {0, 2, kUnlinkable, blur + link},
+               {1, 1, kUnlinkable, filter + link}};
+  MakeCurrent();
+  for (const auto& each : cases) {
+    const std::size_t before = LiveObjects().size();
+    const auto program = MakeProgram();
+    NewLogLines();
+    Effects().refuses = !each.source;
+    float parameters[5] = {0, 1, 8, 8, 8};
+    EXPECT_EQ(WithSource(each.nthSource, each.source,
+                         [&] { return program->Init(each.effect, parameters, 5); }),
+              0);
+    std::string log;
+    for (const std::string& line : NewLogLines()) log += line + "\n";
+    const std::size_t star = each.log.find('*');
+    const std::string head = each.log.substr(0, star);
+    const std::string tail = star < each.log.size() ? each.log.substr(star + 1) : "";
+    EXPECT_TRUE(log.starts_with(head) && log.ends_with(tail)) << log << "\nwanted: " << each.log;
+    EXPECT_EQ(log.size() > head.size() + tail.size(), star < each.log.size()) << log;
+    EXPECT_EQ(program->Init(each.effect, parameters, 5), 0) << "gone for good";
+    EXPECT_EQ(NewLogLines(), Lines());
+    // A program that could not be linked stays, and keeps its shader.
+    const std::size_t left = each.source == kUnlinkable ? 2 : 0;
+    EXPECT_EQ(LiveObjects().size(), before + left) << each.log;
+  }
+}
+
+TEST_F(ProgramTest, ProgramsFromSources) {
+  MakeCurrent();
+  const GLuint shader = Program().LoadShaderFromSource(kSound, GL_FRAGMENT_SHADER);
+  ASSERT_NE(shader, 0u);
+  Program().WriteInfoLog(shader);
+  EXPECT_EQ(NewLogLines(), Lines()) << "nothing to say";
+  const GLuint sound = Program().CreateProgramFromShaders(0, shader);
+  EXPECT_NE(sound, 0u);
+  EXPECT_EQ(NewLogLines(), Lines());
+  EXPECT_EQ(WithInvalidPrograms([&] { return Program().CreateProgramFromShaders(0, shader); }), 0);
+  EXPECT_EQ(NewLogLines(), (Lines{"---CreateProgramFromShaders Validation failed",
+                                  "---Error validating!", "why"}));
+  const GLuint empty = Program().CreateProgramFromShaders(0, 0);
+  EXPECT_EQ(NewLogLines().front(), "---No shaders!");
+  glDeleteProgram(empty);
+  glDeleteProgram(sound);
+  glDeleteShader(shader);
+
+  const GLuint broken = glCreateShader(GL_VERTEX_SHADER);
+  const char* source = kBroken;
+  glShaderSource(broken, 1, &source, nullptr);
+  glCompileShader(broken);
+  Program().WriteInfoLog(broken);
+  EXPECT_EQ(NewLogLines().front().substr(0, 3), "---");
+  glDeleteShader(broken);
+}
+
+TEST_F(ProgramTest, FilesThatOpenAreErrorsAndOthersNothing) {
+  MakeCurrent();
+  const std::string path = Folder() + "/shader.frag";
+  std::ofstream(path) << kSound;
+  EXPECT_EQ(Program().LoadShaderFromFile(path.c_str(), GL_FRAGMENT_SHADER), 0u);
+  EXPECT_EQ(NewLogLines(), Lines{"---Error loading file " + path + "!"});
+  for (const char* missing : {"/no/such/file", "", static_cast<const char*>(nullptr)}) {
+    EXPECT_EQ(Program().LoadShaderFromFile(missing, GL_FRAGMENT_SHADER), 0u);
+  }
+  OpenProgram program(&m_info);
+  NewLogLines();
+  const GLuint shader =
+      program.LoadShaderFromStream(std::fopen(path.c_str(), "rb"), GL_FRAGMENT_SHADER);
+  EXPECT_NE(shader, 0u);
+  glDeleteShader(shader);
+  std::ofstream(path) << kBroken;
+  EXPECT_EQ(program.LoadShaderFromStream(std::fopen(path.c_str(), "rb"), GL_FRAGMENT_SHADER), 0u);
+  EXPECT_EQ(NewLogLines().front(), "---LoadShaderFromFile failed");
+}
+
+TEST_F(ProgramTest, LogLines) {
+  const auto log = [&] {
+    std::ifstream file(Folder() + "/GPUShader.log");
+    return std::string(std::istreambuf_iterator<char>(file), {}).substr(25);
+  };
+  EXPECT_EQ(log(), "") << "one stamp of 25 characters";
+  Program().WriteLog("abc");
+  Program().WriteLog("end\n");
+  Program().WriteLog("a\nb");
+  EXPECT_EQ(log(), "---abc\n---end\n---a\nb");
+  std::filesystem::remove(Folder() + "/GPUShader.log");
+  MakeProgram();
+  EXPECT_EQ(log(), "") << "made anew, with its stamp";
+
+  SetProgramPath("/proc/host");  // nothing can be made there
+  Program().WriteLog("lost");
+  EXPECT_EQ(InitEffect(1), 1);
+  EXPECT_TRUE(Processes(1));
+}
+
+TEST_F(ProgramTest, TwoProcessesLoseNoLine) {
+  constexpr int kLines = 300;
+  std::vector<pid_t> children;
+  for (const char* name : {"first", "second"}) {
+    children.push_back(fork());
+    if (children.back() != 0) continue;
+    for (int i = 0; i < kLines; ++i) Program().WriteLog((name + std::to_string(i)).c_str());
+    _exit(0);
+  }
+  for (const pid_t child : children) {
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+  }
+  Lines lines = NewLogLines(), wanted;
+  for (int i = 0; i < kLines; ++i) {
+    for (const char* name : {"---first", "---second"}) wanted.push_back(name + std::to_string(i));
+  }
+  std::sort(lines.begin(), lines.end());
+  std::sort(wanted.begin(), wanted.end());
+  EXPECT_EQ(lines, wanted);
+}
+
+TEST_F(ProgramTest, RunsLeaveNothingBehind) {
+  ASSERT_EQ(InitEffect(0), 1);
+  ASSERT_EQ(InitEffect(1), 1);
+  const TestBitmap source = SolidBitmap(8, 8, {9, 99, 199, 255}),
+                   destination(new HBitmapNode(8, 8));
+  const auto run = [&] {
+    for (const int effect : {0, 1}) {
+      EXPECT_EQ(Program().Process(effect, source.get(), destination.get(), 0), 1);
+    }
+    destination->RemoveBuffers("ColorAlpha");
+  };
+  run();
+  const Lines objects = LiveObjects();
+  const hostkit::HeapCounts heaps = hostkit::CountHeaps();
+  for (int i = 0; i < 500; ++i) run();
+  EXPECT_EQ(LiveObjects(), objects);
+  const hostkit::HeapCounts after = hostkit::CountHeaps();
+  EXPECT_EQ(after.ext.blocks, heaps.ext.blocks);
+  EXPECT_EQ(after.string.blocks, heaps.string.blocks);
+  EXPECT_EQ(after.gassist.blocks, heaps.gassist.blocks);
+  for (const GLenum binding : {GL_DRAW_FRAMEBUFFER_BINDING, GL_READ_FRAMEBUFFER_BINDING,
+                               GL_TEXTURE_BINDING_2D, GL_CURRENT_PROGRAM}) {
+    GLint bound = -1;
+    glGetIntegerv(binding, &bound);
+    EXPECT_EQ(bound, 0) << binding;
+  }
+  EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+  ResetProgram();
+  EXPECT_EQ(LiveObjects().size(), objects.size() - 6) << "three shaders, three programs";
+}
+
+TEST_F(ProgramTest, RunsWithoutPictureOrMemoryAnswer0) {
+  ASSERT_EQ(InitEffect(1), 1);
+  const Lines objects = LiveObjects();
+  const TestBitmap source = SolidBitmap(8, 8, {9, 99, 199, 255}), none(new HBitmapNode(8, 8));
+  EXPECT_EQ(Program().Process(1, none.get(), none.get(), 0), 0);
+  EXPECT_EQ(Program().Process(1, nullptr, none.get(), 0), 0);
+  {
+    Faults faults;
+    for (int nth = 1; nth <= 2; ++nth) {  // the upload's bytes, those read back
+      faults.Fail(FaultPoint::kAllocExt, nth);
+      EXPECT_EQ(Program().Process(1, source.get(), none.get(), 0), 0);
+    }
+  }
+  EXPECT_EQ(LiveObjects(), objects);
+  EXPECT_EQ(none->GetBufferHead(), nullptr);
+  // A picture smaller than what the effect was set up for is black beyond itself.
+  const TestBitmap small = SolidBitmap(4, 4, {9, 99, 199, 255});
+  EXPECT_EQ(Program().Process(1, small.get(), none.get(), 0), 1);
+  EXPECT_EQ(Result(*none).At(7, 7, 0), 0);
+}
+
+TEST_F(ProgramTest, OcclusionCopiesItsSource) {
+  const Pixels picture = RandomPixels(6, 5, 4);
+  const TestBitmap source = Bitmap(picture), destination(new HBitmapNode(1, 1));
+  auto* depths = new HBitmapBuffer("depth", HBitmapBuffer::kFloatChannel, 1, 6, 5);
+  source->AddBuffer(depths);
+  depths->AllocateData(0);
+  std::fill_n(static_cast<float*>(depths->Data()), 6 * 5, 1.0f);
+  SSAOShader effect(&m_info);
+  effect.Delete();
+  effect.Delete();
+  MakeCurrent();
+  const Lines objects = LiveObjects();
+  EXPECT_EQ(effect.ProcessShader(source.get(), destination.get(), 0), 1);
+  EXPECT_EQ(effect.IsOperational(), 0);
+  EXPECT_EQ(LiveObjects(), objects);
+  EXPECT_EQ(destination->GetWidth(), 6);
+  EXPECT_NE(destination->FindBuffer("depth"), nullptr);
+}
+
+}  // namespace

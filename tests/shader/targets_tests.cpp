@@ -1,0 +1,198 @@
+// Bitmaps into textures and back: sizes, depths, merging; the free functions.
+#include <half.h>
+
+#include <cfloat>
+#include <cstring>
+#include <new>
+#include <vector>
+
+#include "platform/gl.h"
+#include "shader/Gl3ShaderMain.h"
+#include "tests/shader/shader_fixture.h"
+#include "tests/support/faults.h"
+
+namespace {
+
+class TargetsTest : public ShaderFixture {
+ protected:
+  /// Width and height of a new texture for a bitmap, after checking the count; 0 for none.
+  std::pair<int, int> TextureSize(int width, int height) {
+    const TestBitmap bitmap = SolidBitmap(width, height, {10, 20, 30, 255});
+    int pixels = 0, w = 0, h = 0;
+    const GLuint texture = Program().CreateTextureForShader(bitmap.get(), pixels);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &w);
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_HEIGHT, &h);
+    std::vector<std::uint8_t> texels(static_cast<std::size_t>(w * h) * 4);
+    glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels.data());
+    for (std::size_t i = 0; i < texels.size(); ++i) {
+      if (texels[i] != std::array{10, 20, 30, 255}.at(i % 4)) ADD_FAILURE() << "texel byte " << i;
+    }
+    glDeleteTextures(1, &texture);
+    EXPECT_EQ(pixels, w * h);
+    return {w, h};
+  }
+  /// The texels of a depth texture, and the range.
+  std::vector<float> DepthTexels(const std::vector<float>& depths, int width, float& smallest,
+                                 float& largest) {
+    const int height = static_cast<int>(depths.size()) / width;
+    const TestBitmap bitmap(new HBitmapNode(width, height));
+    auto* buffer = new HBitmapBuffer("Depth", HBitmapBuffer::kFloatChannel, 1, width, height);
+    bitmap->AddBuffer(buffer);
+    buffer->AllocateData(0);
+    std::memcpy(buffer->Data(), depths.data(), depths.size() * sizeof(float));
+    const GLuint texture = Program().CreateDepthTextureForShader(bitmap.get(), smallest, largest);
+    std::vector<float> texels(depths.size(), -1);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glGetTexImage(GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT, GL_FLOAT, texels.data());
+    glDeleteTextures(1, &texture);
+    return texels;
+  }
+};
+
+TEST_F(TargetsTest, TextureSizes) {
+  using Size = std::pair<int, int>;
+  MakeCurrent();
+  const Replaced<int> limit(GL3GADriver::gl_max_texture_size, 1022);
+  EXPECT_EQ(TextureSize(1000, 600), Size(1000, 600));
+  Effects().SetOption(GL3GADriver::kBgrBitmaps, true);
+  EXPECT_EQ(TextureSize(1001, 601), Size(1004, 604));
+  Effects().SetOption(GL3GADriver::kBgrBitmaps, false);
+  EXPECT_EQ(TextureSize(1100, 3), Size(1022, 4)) << "cut off, with rows that end anywhere";
+  const Replaced<GLboolean> old(__GLEW_ARB_texture_non_power_of_two, GL_FALSE);
+  GL3GADriver::gl_max_texture_size = 4096;
+  EXPECT_EQ(TextureSize(1000, 600), Size(1024, 512));
+  EXPECT_EQ(TextureSize(1, 724), Size(1, 512));
+}
+
+TEST_F(TargetsTest, DepthTexturesHoldTheLastDepthThroughout) {
+  MakeCurrent();
+  for (const int threads : {1, 7}) {
+    const Replaced<bool> several(GL3GADriver::m_useopenmp, threads > 1);
+    const Replaced<int> count(GL3GADriver::m_azprocessor, threads);
+    float smallest = 0, largest = 0;
+    std::vector<float> depths = {2, 4, 1e8f, 3, 2e9f, 2.5f, 2, 3, 2, 2, 2, 2, 2, 2, 4, 3};
+    for (const float texel : DepthTexels(depths, 4, smallest, largest))
+      EXPECT_NEAR(texel, 0.5, 1e-6);
+    EXPECT_EQ(smallest, 2);
+    EXPECT_EQ(largest, 4);
+    depths.back() = 1e8f;
+    for (const float texel : DepthTexels(depths, 4, smallest, largest)) EXPECT_EQ(texel, 1);
+    depths.assign(16, 3e8f);
+    for (const float texel : DepthTexels(depths, 4, smallest, largest)) EXPECT_EQ(texel, 1);
+    EXPECT_EQ(smallest, FLT_MAX);
+    EXPECT_EQ(largest, -FLT_MAX);
+  }
+}
+
+TEST_F(TargetsTest, DepthTexturesOfNoDepthsOrNoSize) {
+  float smallest = 0, largest = 0;
+  const TestBitmap colors = SolidBitmap(4, 4, {1, 2, 3, 4}), none(new HBitmapNode(4, 4));
+  const TestBitmap huge(new HBitmapNode(INT32_MAX - 3, INT32_MAX - 3));
+  for (HBitmapNode* bitmap : {colors.get(), none.get(), static_cast<HBitmapNode*>(nullptr)}) {
+    EXPECT_EQ(Program().CreateDepthTextureForShader(bitmap, smallest, largest), 0u);
+  }
+  const Replaced<int> limit(GL3GADriver::gl_max_texture_size, INT32_MAX);
+  EXPECT_THROW(Program().CreateDepthTextureForShader(huge.get(), smallest, largest),
+               std::bad_array_new_length);
+}
+
+// ThreadSanitizer takes the regions of gcc's libgomp for races, since it does not see its barriers.
+// Built with clang and -fsanitize=thread, this test and that of the depths are clean, and shares
+// that overlap are found, with OMP_TOOL_LIBRARIES=/usr/lib/llvm-14/lib/libarcher.so and
+// TSAN_OPTIONS=ignore_noninstrumented_modules=1.
+TEST_F(TargetsTest, AnyNumberOfThreadsMergesTheSame) {
+  Pixels picture = RandomPixels(37, 5, 1);
+  std::fill_n(picture.bytes.begin() + 40, 40, std::uint8_t{0});
+  std::vector<std::vector<std::uint16_t>> results;
+  for (const int threads : {1, 2, 7, 1000}) {
+    const Replaced<bool> several(GL3GADriver::m_useopenmp, threads > 1);
+    const Replaced<int> count(GL3GADriver::m_azprocessor, threads);
+    const TestBitmap bitmap(new HBitmapNode(37, 5));
+    for (const int mode : {0, -1}) {
+      Program().MergeBuffers(bitmap.get(), bitmap.get(), picture.bytes.data(), mode, 0, 0, 37, 5);
+      const auto* halves = static_cast<std::uint16_t*>(bitmap->GetBufferHead()->Data());
+      results.emplace_back(halves, halves + 37 * 5 * 4);
+      EXPECT_EQ(results.back(), results.front()) << threads;
+    }
+  }
+  for (std::size_t i = 0; i < picture.bytes.size(); ++i) {
+    constexpr std::size_t kPlace[] = {2, 1, 0, 3};
+    ASSERT_EQ(results[0][i / 4 * 4 + kPlace[i % 4]], half(picture.bytes[i] / 255.0f).bits());
+  }
+}
+
+TEST_F(TargetsTest, EveryMergeOfModeZeroAddsABuffer) {
+  Pixels picture = RandomPixels(8, 4, 2);
+  const TestBitmap bitmap(new HBitmapNode(8, 4));
+  for (int calls = 1; calls <= 3; ++calls) {
+    picture.bytes[0] = static_cast<std::uint8_t>(calls);
+    EXPECT_EQ(Program().MergeBuffers(nullptr, bitmap.get(), picture.bytes.data(), 0, 0, 0, 8, 4),
+              1);
+    int buffers = 0;
+    for (const HBitmapBuffer* at = bitmap->GetBufferHead(); at; at = at->Next(), ++buffers) {
+      EXPECT_STREQ(at->Name().Text(), "ColorAlpha");
+    }
+    EXPECT_EQ(buffers, calls);
+    EXPECT_EQ(Result(*bitmap).bytes, picture.bytes) << "the newest is found";
+  }
+}
+
+TEST_F(TargetsTest, MergesThatCannotBeDoneLeaveEverything) {
+  const Pixels before = RandomPixels(8, 8, 1);
+  Pixels picture = RandomPixels(16, 16, 2);
+  const TestBitmap bytes = Bitmap(before), none(new HBitmapNode(8, 8)),
+                   small(new HBitmapNode(8, 8));
+  Pixels base = before;
+  Program().MergeBuffers(nullptr, small.get(), base.bytes.data(), 0, 0, 0, 8, 8);
+  const auto merge = [&](HBitmapNode* source, HBitmapNode* destination, int mode, int w, int h) {
+    EXPECT_EQ(Program().MergeBuffers(source, destination, picture.bytes.data(), mode, 0, 0, w, h),
+              1);
+  };
+  merge(bytes.get(), none.get(), 1, 16, 16);
+  EXPECT_EQ(std::memcmp(bytes->GetBufferHead()->Data(), before.bytes.data(), before.bytes.size()),
+            0);
+  merge(none.get(), nullptr, 1, 16, 16);
+  merge(nullptr, nullptr, 1, 16, 16);
+  merge(nullptr, nullptr, 0, 16, 16);
+  merge(small.get(), nullptr, 1, 16, 16);
+  EXPECT_EQ(Result(*small).At(7, 7, 0), picture.At(7, 7, 0)) << "what fits";
+  merge(nullptr, none.get(), 0, -3, 16);
+  Faults faults;
+  faults.FailAlways(FaultPoint::kAllocBitmap);
+  merge(nullptr, none.get(), 0, 16, 16);
+}
+
+TEST(ShaderFunctionsTest, SGet2SuperLerpTileSize) {
+  EXPECT_EQ(SGet2(1000), 1000);
+  EXPECT_EQ(SGet2(1001), 1004);
+  EXPECT_EQ(SGet2(4097), 4100) << "no turning point";
+  EXPECT_EQ(SuperLerp(0, 1, 2, 4, 3), 0.5f);
+  EXPECT_EQ(SuperLerp(0, 1, 2, 4, 2), 0);
+  EXPECT_EQ(SuperLerp(0, 1, 2, 4, 5), 1);
+  EXPECT_EQ(SuperLerp(5, 9, 2, 2, 2), 5);
+  EXPECT_EQ(SuperLerp(5, 9, 2, 2, 2.1f), 9);
+  const std::pair<int, int> sizes[] = {{255, 255},  {510, 255}, {256, 128},
+                                       {1000, 250}, {509, 1},   {1, 1}};
+  for (const auto& [n, side] : sizes) EXPECT_EQ(GetTileSize(n), side) << n;
+}
+
+TEST(ShaderFunctionsTest, FillEdge) {
+  struct Case {
+    int width, height;
+    std::vector<unsigned char> before, after;
+  };
+  const Case cases[] = {
+      {4, 3, {9, 8, 7, 9, 6, 5, 3, 9, 9, 4, 9, 9}, {5, 5, 3, 3, 5, 5, 3, 3, 4, 4, 3, 3}},
+      {2, 2, {1, 5, 6, 9}, {1, 1, 1, 1}},
+      {2, 3, {9, 9, 3, 5, 9, 9}, {3, 3, 3, 3, 3, 3}},
+      {1, 3, {3, 2, 1}, {3, 2, 1}},
+      {3, 1, {3, 2, 1}, {3, 2, 1}}};
+  for (const Case& each : cases) {
+    std::vector<unsigned char> mask = each.before;
+    filledge(mask.data(), each.width, each.height);
+    EXPECT_EQ(mask, each.after) << each.width << "x" << each.height;
+  }
+}
+
+}  // namespace
