@@ -1,9 +1,11 @@
 # The module. Its sources form one object library, which goes into OpenGL3.so and straight into the
 # unit tests. The host's services stay undefined symbols: the loading process supplies them.
+find_package(OpenMP REQUIRED COMPONENTS CXX)
 add_library(gl3module OBJECT
   driver/GL3DriverState.cpp
   driver/GL3Driver.cpp
   driver/GL3DriverContext.cpp
+  driver/GL3DriverReports.cpp
   driver/OpenGL3.cpp
   driver/glGetExtensionPointer.cpp
   buffer/GL3Color.cpp
@@ -23,9 +25,21 @@ add_library(gl3module OBJECT
   displaylist/GL3DisplayLIndexed.cpp
   displaylist/GL3DisplayLRectangles.cpp
   texture/GL3Texture.cpp
-  texture/TextureSize.cpp)
+  texture/TextureSize.cpp
+  settings/DialogTemplates.cpp
+  settings/ExtensionsDlg.cpp
+  settings/GL3Property.cpp
+  shader/Gl3ShaderProgram.cpp
+  shader/Gl3ShaderProgramEffects.cpp
+  shader/Gl3ShaderProgramTargets.cpp
+  shader/Gl3ShaderMainBlur.cpp
+  shader/Gl3ShaderMainFilter.cpp
+  shader/Gl3ShaderMainOcclusion.cpp
+  shader/Gl3ShaderMainRun.cpp
+  shader/Gl3ShaderMainSources.cpp
+  shader/RowMerge.cpp)
 target_compile_options(gl3module PRIVATE -fvisibility=hidden)
-target_link_libraries(gl3module PUBLIC gl3platform Imath::Imath)
+target_link_libraries(gl3module PUBLIC gl3platform Imath::Imath OpenMP::OpenMP_CXX)
 
 add_library(OpenGL3 MODULE)
 target_link_libraries(OpenGL3 PRIVATE gl3module)

@@ -4,6 +4,8 @@
 #include "buffer/GL3Buffer.h"
 #include "buffer/GL3Color.h"
 #include "displaylist/GL3DisplayL.h"
+#include "settings/GL3Property.h"
+#include "shader/Gl3ShaderProgram.h"
 #include "texture/GL3Texture.h"
 
 namespace {
@@ -79,14 +81,11 @@ DisplayList* GL3GADriver::CreateDisplayList(RenderInfo* info) {
   return new GL3DisplayList(info);
 }
 
-GAShaderProgram* GL3GADriver::CreateShaderProgram(RenderInfo*) {
-  return nullptr;
+GAShaderProgram* GL3GADriver::CreateShaderProgram(RenderInfo* info) {
+  return new GL3GAShaderProgram(info);
 }
 
-CPropertyPage* GL3GADriver::CreatePropertyPage(int) {
-  return nullptr;
-}
-
-int GL3GADriver::IsHardwareSupport() {
-  return 0;
+CPropertyPage* GL3GADriver::CreatePropertyPage(int reduced) {
+  // From the general heap, where everything else for the host comes from the host's own.
+  return new COpenGLPropertyPage(this, reduced);
 }

@@ -6,6 +6,7 @@
 
 #include "host/GADriver.h"
 #include "host/Services.h"
+#include "host/String.h"
 #include "platform/agl.h"
 #include "platform/mfc.h"
 
@@ -52,9 +53,18 @@ class GL3GADriver : public GADriver {
   DisplayList* CreateDisplayList(RenderInfo* info) override;
   GAShaderProgram* CreateShaderProgram(RenderInfo* info) override;
   CPropertyPage* CreatePropertyPage(int reduced) override;
+  /// Text of the system's last error, valid until the next call; null when it has none.
+  const char* GLGetLastError() override;
+  /// Whether the current context's renderer is anything but a generic software one. Without a
+  /// context nothing says that it is, and the answer is 1.
   int IsHardwareSupport() override;
+  /// Vendor, renderer and versions of the GL, valid until the next call. Needs neither Initialize
+  /// nor a context; the one that was current is current again afterwards.
+  const char* GetDriverInfo() override;
   int IsSupportGPU() override { return (m_capabilities & kGpuShaders) != 0; }
 
+  /// The same report with the limits of the GL, one a line.
+  String GetExtendedDriverInfo();
   /// Makes the driver's context current on the dummy window's port.
   void MakeCurrent();
 
@@ -64,6 +74,7 @@ class GL3GADriver : public GADriver {
   }
   bool HasCapability(CapabilityFlag flag) const { return (m_capabilities & flag) != 0; }
   bool IsWireframe() const { return m_polygonMode; }
+  void SetWireframe(bool on) { m_polygonMode = on; }
   /// Major times 10 plus minor of GL_VERSION; 0 before Initialize.
   int GLVersion() const { return m_glVersion; }
 

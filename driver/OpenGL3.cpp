@@ -1,10 +1,11 @@
 // Module entry: what the host finds when it loads OpenGL3.so.
 #include "driver/GL3Driver.h"
 #include "platform/mfc.h"
+#include "settings/DialogTemplates.h"
 
 #define GL3_EXPORT extern "C" __attribute__((visibility("default")))
 
-static AFX_EXTENSION_MODULE OpenGL3DLL;
+static AFX_EXTENSION_MODULE OpenGL3DLL = {.resources = &kDialogResources};
 
 /// Registers the module's resources (dialog templates) with the window-system layer. Always 1.
 GL3_EXPORT int DllMain(HINSTANCE instance, DWORD reason, void* /*reserved*/) {

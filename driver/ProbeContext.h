@@ -33,6 +33,9 @@ class ProbeContext {
     return true;
   }
 
+  /// Whether there is a context: a format need not lead to one.
+  bool HasContext() const { return m_context != nullptr; }
+
  private:
   CGLContextObj m_remembered;
   CGLContextObj m_context = nullptr;

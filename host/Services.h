@@ -3,6 +3,7 @@
 
 #include "host/String.h"
 
+class CWnd;
 class GADriver;
 
 /// The host's current driver, null before there is one. Not owned.
@@ -13,6 +14,11 @@ int GetRegistryValue(const String& section, const String& key, int fallback);
 /// Stores an integer. Failures are reported to the user by the host.
 void SetRegistryValue(const String& section, const String& key, int value);
 
-/// Asks the user for a file to save to. `suggestion` is the proposed name, `filter` describes the
-/// file kind. Returns 1 and the chosen path, or 0 when the user cancels.
-int SaveRequest(const String& title, const String& suggestion, const String& filter, String* path);
+/// Asks the user for a file to save to. `name` is the proposed name, and the chosen path
+/// afterwards; `filter` offers kinds of files, as "what it is (*.end)|*.end|" one after the other;
+/// `extension` is for a name that has none, without its dot; `type` is the kind by its short name;
+/// `option` is the host's own number for the question; `parent`, the window it belongs to, and
+/// `kind`, which of the kinds was chosen, from 0, may be null. Returns 1, or 0 when the user
+/// cancels; then `name` is as it was.
+int SaveRequest(const String& title, const String& filter, String* name, const String& extension,
+                const String& type, int option, CWnd* parent, int* kind);

@@ -27,8 +27,11 @@ class FileStream : public VornStream {
   FileStream& operator=(const FileStream&) = delete;
   ~FileStream() override;
 
-  /// Starts writing to `path`. Returns 1, or 0 when the file cannot be made.
-  int Open(const String& path);
+  /// What a file is opened for.
+  enum Mode : int { kWriteText = 0x20 };
+
+  /// Starts writing to `path`. Returns 1, or 0 when the file cannot be made, or for another mode.
+  int Open(const String& path, int mode = kWriteText);
   /// Finishes the file. Returns 1, or 0 when something could not be written; the old file is kept.
   int Close();
 

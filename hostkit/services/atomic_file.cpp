@@ -29,8 +29,13 @@ std::string FollowLinks(const std::string& path) {
 
 bool AtomicFile::Open(const std::string& path, TempName tempName) {
   Discard();
-  m_path = FollowLinks(path);
   struct stat target {};
+  // An open file without a name, by its place in /proc: its link leads nowhere.
+  if (stat(path.c_str(), &target) == 0 && S_ISREG(target.st_mode) && target.st_nlink == 0) {
+    m_file = std::fopen(path.c_str(), "we");
+    return m_file != nullptr;
+  }
+  m_path = FollowLinks(path);
   const bool exists = stat(m_path.c_str(), &target) == 0;
   if (exists && S_ISDIR(target.st_mode)) {
     errno = EISDIR;

@@ -9,7 +9,8 @@ namespace hostkit {
 
 /// Writes to a temporary file in the target's folder that takes the target's name in Commit; until
 /// then the target stays as it is, and without Commit nothing is left behind. A target that is no
-/// regular file (a pipe, a terminal, /dev/null) is written to directly, and a symbolic link keeps
+/// regular file (a pipe, a terminal, /dev/null), or has no name in any folder, is written to
+/// directly, and a symbolic link keeps
 /// pointing where it does: the file behind it is replaced. The target's permissions are kept.
 class AtomicFile {
  public:

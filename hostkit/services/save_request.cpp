@@ -14,14 +14,17 @@ hostkit::SaveRequestHandler& Handler() {
 
 }  // namespace
 
-void hostkit::SetSaveRequestHandler(SaveRequestHandler handler) {
-  Handler() = std::move(handler);
+hostkit::SaveRequestHandler hostkit::SetSaveRequestHandler(SaveRequestHandler handler) {
+  return std::exchange(Handler(), std::move(handler));
 }
 
-int SaveRequest(const String& title, const String& suggestion, const String& filter, String* path) {
-  if (!path || !Handler()) return 0;
+int SaveRequest(const String& title, const String& filter, String* name, const String& extension,
+                const String& type, int option, CWnd* parent, int* kind) {
+  if (!name || !Handler()) return 0;
+  const hostkit::SaveQuestion question = {title, filter, *name, extension, type, option, parent};
   String chosen;
-  if (!Handler()(title, suggestion, filter, &chosen) || chosen.IsEmpty()) return 0;
-  *path = std::move(chosen);
+  if (!Handler()(question, &chosen) || chosen.IsEmpty()) return 0;
+  *name = std::move(chosen);
+  if (kind) *kind = 0;  // handlers offer the first kind alone
   return 1;
 }

@@ -5,15 +5,27 @@
 
 #include "host/String.h"
 
+class CWnd;
+
 namespace hostkit {
 
-/// Shows the user the title, the proposed name and the kind of file. Returns 1 and the chosen path
-/// in `*path` (never null), or 0 when the user cancels.
-using SaveRequestHandler = std::function<int(const String& title, const String& suggestion,
-                                             const String& filter, String* path)>;
+/// What the module wants to know; see SaveRequest in host/Services.h.
+struct SaveQuestion {
+  String title;
+  String filter;      ///< Of its kinds of files the first is what the file will be.
+  String suggestion;  ///< The proposed name.
+  String extension;   ///< The handler adds it to a name that has none; without its dot.
+  String type;
+  int option = 0;
+  CWnd* parent = nullptr;
+};
 
-/// Sets what SaveRequest calls; an empty handler takes it away, and then every request counts as
-/// cancelled, as at the start. Call on the thread that draws.
-void SetSaveRequestHandler(SaveRequestHandler handler);
+/// Puts the question to the user. Returns 1 and the chosen path in `*path` (never null), or 0 when
+/// the user cancels.
+using SaveRequestHandler = std::function<int(const SaveQuestion& question, String* path)>;
+
+/// Sets what SaveRequest calls, and returns what it called before. An empty handler takes it away,
+/// and then every request counts as cancelled, as at the start. Call on the thread that draws.
+SaveRequestHandler SetSaveRequestHandler(SaveRequestHandler handler);
 
 }  // namespace hostkit

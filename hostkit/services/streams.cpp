@@ -30,8 +30,8 @@ FileStream::~FileStream() {
 }
 
 /// A stream that is open already stays with its file and answers 0.
-int FileStream::Open(const String& path) {
-  if (m_state || path.IsEmpty()) return 0;
+int FileStream::Open(const String& path, int mode) {
+  if (m_state || path.IsEmpty() || mode != kWriteText) return 0;
   m_state = new (std::nothrow) State;
   if (!m_state) return 0;
   if (m_state->file.Open(path.Text(), hostkit::AtomicFile::TempName::kUnique)) return 1;

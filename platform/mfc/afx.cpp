@@ -33,7 +33,8 @@ MessageBoxView SetMessageBoxView(MessageBoxView view) {
 
 BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& module, HMODULE handle) {
   if (module.bInitialized) return 1;
-  module = {1, handle};
+  module.bInitialized = 1;
+  module.hModule = handle;
   return 1;
 }
 

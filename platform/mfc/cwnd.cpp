@@ -134,13 +134,28 @@ void CWnd::OnClose() {
   DestroyWindow();
 }
 
+CWnd* CWnd::FromHandle(HWND handle) {
+  const std::shared_ptr<Window> window = Windows().Get(handle);
+  return window ? window->Object() : nullptr;
+}
+
+BOOL CWnd::EnableWindow(BOOL enable) {
+  const std::shared_ptr<Window> window = Windows().Get(m_hWnd);
+  return window && window->Enable(enable != 0);
+}
+
 void AfxShowWindow(CWnd* window, int command) {
   const std::shared_ptr<Window> found = window ? Windows().Get(window->m_hWnd) : nullptr;
   if (found) found->Show(command != SW_HIDE);
 }
 
+HWND AfxGetParent(HWND window) {
+  const std::shared_ptr<Window> found = Windows().Get(window);
+  return found && Windows().Get(found->Parent()) ? found->Parent() : nullptr;
+}
+
 CWnd* AfxGetParent(const CWnd* window) {
-  const std::shared_ptr<Window> found = window ? Windows().Get(window->m_hWnd) : nullptr;
-  const std::shared_ptr<Window> parent = found ? Windows().Get(found->Parent()) : nullptr;
+  const std::shared_ptr<Window> parent =
+      Windows().Get(AfxGetParent(window ? window->m_hWnd : nullptr));
   return parent ? parent->Owner() : nullptr;
 }

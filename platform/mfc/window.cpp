@@ -11,6 +11,17 @@ namespace platform {
 Window::Window(const WindowPlace& place, HWND parent, CWnd* owner)
     : m_place(place), m_parent(parent), m_owner(owner) {}
 
+Window::~Window() = default;
+
+CWnd* Window::Object() {
+  if (m_owner) return m_owner;
+  if (!m_object) {
+    m_object = std::make_unique<CWnd>();
+    m_object->m_hWnd = m_handle;
+  }
+  return m_object.get();
+}
+
 bool Window::IsValidSize(int width, int height) {
   // A pixel map has 15 bits for the bytes of a row and 16 signed ones for a coordinate.
   return width > 0 && height > 0 && width <= 0x7FFF / 4 &&
@@ -43,6 +54,7 @@ bool Window::Close(HWND handle) {
   Ports().Remove(window->m_port);
   for (HDC dc : window->m_deviceContexts) DeviceContexts().Remove(dc);
   if (window->m_owner) window->m_owner->m_hWnd = nullptr;
+  if (window->m_object) window->m_object->m_hWnd = nullptr;
   return true;
 }
 

@@ -2,12 +2,14 @@
 // that contexts draw into: HiddenWindow off-screen, XWindow on an X server.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
 #include "platform/egl/drawable.h"
 #include "platform/egl/handle_table.h"
 #include "platform/ports.h"
+#include "platform/win32.h"
 
 class CWnd;
 
@@ -22,6 +24,7 @@ struct WindowPlace {
 class Window : public Drawable {
  public:
   Window(const WindowPlace& place, HWND parent, CWnd* owner);
+  ~Window() override;
 
   /// Whether a window of that size can be described by a pixel map.
   static bool IsValidSize(int width, int height);
@@ -34,6 +37,12 @@ class Window : public Drawable {
   /// size cannot be had; then nothing changes.
   virtual bool Move(const WindowPlace& place) = 0;
   virtual void Show(bool) {}
+  /// Returns whether the user could not use it before.
+  virtual bool Enable(bool) { return false; }
+  /// Answers a message; 0 for one that means nothing to the window.
+  virtual std::intptr_t Message(DWORD /*message*/, WPARAM /*wParam*/, LPARAM /*lParam*/) {
+    return 0;
+  }
   /// Brings everything drawn so far to the screen.
   virtual void Flush() {}
   /// Its number on the X server, 0 for a window that has none.
@@ -43,6 +52,8 @@ class Window : public Drawable {
   HWND Parent() const { return m_parent; }  ///< Null for none.
   CWnd* Owner() const { return m_owner; }   ///< The object that made it or took it on, or null.
   void SetOwner(CWnd* owner) { m_owner = owner; }
+  /// The owner, or for a window without one an object of its own.
+  CWnd* Object();
   CGrafPtr Port() const { return m_port; }
   PixMapHandle Pixels() { return &m_pixMapPointer; }
   void AddDeviceContext(HDC dc) { m_deviceContexts.push_back(dc); }
@@ -63,6 +74,7 @@ class Window : public Drawable {
 
   HWND m_parent;
   CWnd* m_owner;
+  std::unique_ptr<CWnd> m_object;  // for those who ask while there is no owner
   HWND m_handle = nullptr;
   CGrafPtr m_port = nullptr;
   PixMap* m_pixMapPointer = &m_pixMap;

@@ -17,6 +17,7 @@
 #include "host/GADriver.h"
 #include "host/Services.h"
 #include "hostkit/services/module_loader.h"
+#include "hostkit/services/settings_sheet.h"
 
 namespace {
 
@@ -138,6 +139,20 @@ TEST(Plugin, LoadsAndAnswersThroughItsEntries) {
   EXPECT_EQ(getPointer("glNoSuchFunction"), nullptr);
   module.reset();
   EXPECT_EQ(GetDriver(), nullptr);
+}
+
+/// The long report is no operation of the driver's: a host has it by way of the page's dialogs.
+TEST(Plugin, ReportsThroughItsDialogs) {
+  std::string error;
+  const auto module = hostkit::LoadedModule::Load(kModule, &error);
+  ASSERT_NE(module, nullptr) << error;
+  const hostkit::DriverReport report = hostkit::ReadDriverReport(*module->Driver(), &error);
+  EXPECT_EQ(error, "");
+  EXPECT_EQ(report.extended.find(std::string(module->Driver()->GetDriverInfo()) +
+                                 "\nGL_MAX_TEXTURE_SIZE                : "),
+            0U)
+      << report.extended;
+  EXPECT_GT(report.extensions.size(), 10U);
 }
 
 }  // namespace

@@ -1,0 +1,70 @@
+// What a dialog looks like, as tables that a module carries as its resources: which controls there
+// are, how they are grouped, and in one table all the texts, so that a translation replaces that.
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+namespace platform {
+
+/// One text of a dialog with what goes with it. The strings are UTF-8, stay in place and are never
+/// null; the key is a letter or digit that works with Alt, 0 for none. It belongs to the text and
+/// is translated with it, though the text of the moment need not contain it.
+struct DialogText {
+  const char* text = "";
+  const char* toolTip = "";
+  char accessKey = 0;
+};
+
+enum class ControlKind {
+  kGroup,          ///< A frame with a caption around the controls of its group.
+  kLabel,          ///< A caption for the control that follows it in the table.
+  kValue,          ///< Text that is read, selected and copied, but not changed.
+  kCheckBox,       ///< On or off.
+  kButton,         ///< Does something.
+  kDefaultButton,  ///< The same, and Enter does it too.
+  kList,           ///< Lines of text.
+  kCheckList,      ///< Lines of text with a check mark each.
+  kPages,          ///< Of a sheet: the place of its pages, with tabs when there are several.
+};
+
+/// Where a control lies in the grid of its group: rows grow as high, and columns as wide, as the
+/// texts of the moment need. The cell of a group lies in the grid of the dialog.
+struct GridCell {
+  int row = 0, column = 0;
+  int rows = 1, columns = 1;
+};
+
+constexpr int kNoControlId = -1;
+constexpr int kNoText = -1;
+constexpr int kNoGroup = 0;
+
+struct ControlTemplate {
+  int id = kNoControlId;  ///< Unique in its dialog; kNoControlId for what nobody refers to.
+  ControlKind kind = ControlKind::kLabel;
+  int text = kNoText;    ///< Row of the texts.
+  int group = kNoGroup;  ///< Of a group: the number it gives itself. Else the group it lies in.
+  GridCell cell;
+};
+
+/// The controls stand in tab order, a group before what lies in it.
+struct DialogTemplate {
+  int id = 0;
+  int title = kNoText;  ///< Row of the texts.
+  std::span<const ControlTemplate> controls;
+};
+
+/// Everything that a module carries.
+struct DialogResources {
+  std::span<const DialogTemplate> dialogs;
+  std::span<const DialogText> texts;
+
+  /// A row of the texts; an empty text for kNoText and for a row that there is not.
+  const DialogText& Text(int row) const {
+    static constexpr DialogText kEmpty;
+    const bool known = row >= 0 && static_cast<std::size_t>(row) < texts.size();
+    return known ? texts[static_cast<std::size_t>(row)] : kEmpty;
+  }
+};
+
+}  // namespace platform

@@ -1,0 +1,36 @@
+// Extension modules of MFC: how a module's dialog templates come to be found.
+#pragma once
+
+#include "platform/dialog_template.h"
+#include "platform/win32.h"
+
+/// A module's record for resource lookup.
+struct AFX_EXTENSION_MODULE {
+  BOOL bInitialized = 0;
+  HMODULE hModule = nullptr;
+  /// The module's dialogs, which stay in place for as long as the record does; null for none.
+  const platform::DialogResources* resources = nullptr;
+};
+
+/// Attaches a module to its record; a second call for the same record changes nothing.
+BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& module, HMODULE handle);
+
+/// Puts a module into the chain in which dialog templates are looked up, for as long as it lives.
+class CDynLinkLibrary {
+ public:
+  explicit CDynLinkLibrary(AFX_EXTENSION_MODULE& module, BOOL system = 0);
+  CDynLinkLibrary(const CDynLinkLibrary&) = delete;
+  CDynLinkLibrary& operator=(const CDynLinkLibrary&) = delete;
+  ~CDynLinkLibrary();
+
+  /// First of the chain, the one registered last; null when it is empty.
+  static CDynLinkLibrary* First();
+  CDynLinkLibrary* Next() const { return m_next; }
+  const AFX_EXTENSION_MODULE& Module() const { return m_module; }
+  bool IsSystem() const { return m_system != 0; }
+
+ private:
+  AFX_EXTENSION_MODULE& m_module;
+  BOOL m_system;
+  CDynLinkLibrary* m_next;
+};

@@ -1,0 +1,169 @@
+// The settings page: what it asks the GL, what it shows, and what it stores.
+#include "settings/GL3Property.h"
+
+#include <cstdio>
+
+#include "buffer/GL3Buffer.h"
+#include "driver/GL3DriverReports.h"
+#include "platform/gl.h"
+#include "settings/DialogTemplates.h"
+
+namespace {
+
+using Option = GL3GADriver::OptionFlag;
+
+const char* GLText(GLenum name) {
+  return reinterpret_cast<const char*>(glGetString(name));
+}
+
+void Store(const char* key, int value) {
+  SetRegistryValue("OpenGL3", key, value);
+}
+
+}  // namespace
+
+COpenGLPropertyPage::COpenGLPropertyPage(GL3GADriver* driver, int reduced)
+    : CPropertyPage(kPageDialog), m_driver(driver) {
+  AskGL();
+  ReadOptions();
+  // It is never cleared again, except by a new driver.
+  if (reduced != 0) m_driver->SetOption(Option::kReducedPage, true);
+}
+
+void COpenGLPropertyPage::AskGL() {
+  ProbeContext probe;
+  switch (OpenReportProbe(probe)) {
+    case ReportProbe::kNoFormat:
+      m_version = "OpenGL3 Unresolvable error";
+      m_vendor = "No matching pixelformat found";
+      break;
+    case ReportProbe::kNoContext:
+      break;
+    case ReportProbe::kReady:
+      m_version = GLText(GL_VERSION);
+      m_vendor = GLText(GL_VENDOR);
+      m_renderer = GLText(GL_RENDERER);
+      m_shadingLanguage = GLText(GL_SHADING_LANGUAGE_VERSION);
+      m_glExtensions = GLText(GL_EXTENSIONS);
+      break;
+  }
+}
+
+void COpenGLPropertyPage::ReadOptions() {
+  m_anisotropic = m_driver->HasOption(Option::kAnisotropicWanted);
+  m_antialias = m_driver->HasOption(Option::kAntialias);
+  m_powerOfTwo = m_driver->HasOption(Option::kPowerOfTwoTextures);
+  m_compression = m_driver->HasOption(Option::kCompressTextures);
+  m_polygonMode = m_driver->IsWireframe();
+  // A check box knows two states, the registry may hold any number.
+  m_inverseSort = GL3GABuffer::m_inversesort != 0;
+}
+
+void COpenGLPropertyPage::DoDataExchange(CDataExchange* exchange) {
+  CPropertyPage::DoDataExchange(exchange);
+  DDX_Text(exchange, kVersionText, m_version);
+  DDX_Text(exchange, kVendorText, m_vendor);
+  DDX_Text(exchange, kRendererText, m_renderer);
+  DDX_Text(exchange, kShadingLanguageText, m_shadingLanguage);
+  DDX_Control(exchange, kExtensionList, m_extensionList);
+  DDX_Check(exchange, kAntialiasBox, m_antialias);
+  DDX_Check(exchange, kAnisotropicBox, m_anisotropic);
+  DDX_Check(exchange, kInverseSortBox, m_inverseSort);
+  DDX_Check(exchange, kPolygonModeBox, m_polygonMode);
+  DDX_Check(exchange, kCompressionBox, m_compression);
+  DDX_Check(exchange, kPowerOfTwoBox, m_powerOfTwo);
+}
+
+const AFX_MSGMAP* COpenGLPropertyPage::GetMessageMap() const {
+  static const AFX_MSGMAP_ENTRY entries[] = {
+      {kExtensionsButton, static_cast<void (CDialog::*)()>(&COpenGLPropertyPage::OnExtensions)}};
+  static const AFX_MSGMAP map{CPropertyPage::GetMessageMap(), entries, 1};
+  return &map;
+}
+
+BOOL COpenGLPropertyPage::OnInitDialog() {
+  CPropertyPage::OnInitDialog();
+  if (m_driver->HasOption(Option::kReducedPage)) {
+    for (const int id : {kAntialiasBox, kAnisotropicBox, kInverseSortBox, kPolygonModeBox,
+                         kCompressionBox, kPowerOfTwoBox}) {
+      AfxShowWindow(GetDlgItem(id), SW_HIDE);
+    }
+    return 0;
+  }
+  char size[20];
+  std::snprintf(size, sizeof size, "%d", GL3GADriver::gl_max_texture_size / 4);
+  SetDlgItemText(kCompressionBox, (String("Compress if x or y > ") + size).Text());
+  CWnd* anisotropic = GetDlgItem(kAnisotropicBox);
+  if (anisotropic && !m_driver->HasOption(Option::kAnisotropicAvailable)) {
+    anisotropic->EnableWindow(0);
+  }
+  return 0;
+}
+
+BOOL COpenGLPropertyPage::OnSetActive() {
+  CPropertyPage::OnSetActive();
+  // The list is not emptied first: each time the page comes to the front, it grows.
+  AddExtension("GL_ARB_depth_texture", kGLExtensions);
+  ForceDraw(m_hWnd);
+  AddExtension("GL_ARB_texture_border_clamp", kGLExtensions);
+  AddExtension("GL_ARB_texture_non_power_of_two", kGLExtensions);
+  AddExtension("GL_ARB_texture_buffer_object", kGLExtensions);
+  AddExtension("GL_EXT_framebuffer_object", kGLExtensions);
+  AddExtension("GL_EXT_gpu_shader4", kGLExtensions);
+  AddExtension("GL_EXT_texture_filter_anisotropic", kGLExtensions);
+  AddExtension("GL_KTX_buffer_region", kGLExtensions);
+  AddExtension("WGL_ARB_pbuffer", kPlatformExtensions);
+  AddExtension("WGL_ARB_multisample", kPlatformExtensions);
+  AddExtension("WGL_ARB_pixel_format", kPlatformExtensions);
+  return 1;
+}
+
+void COpenGLPropertyPage::AddExtension(const String& name, ExtensionType type) {
+  const auto text = reinterpret_cast<LPARAM>(name.Text());
+  const auto line = static_cast<int>(SendMessageA(m_extensionList.m_hWnd, LB_ADDSTRING, 0, text));
+  m_extensionList.Enable(line, 0);
+  const String& extensions = type == kPlatformExtensions ? m_platformExtensions : m_glExtensions;
+  // A plain search: a name that begins a longer one counts as present.
+  if (extensions.Find(name) >= 0) m_extensionList.SetCheck(line, 1);
+}
+
+void COpenGLPropertyPage::OnExtensions() {
+  CExtensionsDlg dialog(this);
+  dialog.DoModal();
+}
+
+bool COpenGLPropertyPage::DiffersFromDriver() const {
+  return (m_anisotropic != 0) != m_driver->HasOption(Option::kAnisotropicWanted) ||
+         (m_antialias != 0) != m_driver->HasOption(Option::kAntialias) ||
+         (m_inverseSort != 0) != (GL3GABuffer::m_inversesort != 0) ||
+         (m_polygonMode != 0) != m_driver->IsWireframe() ||
+         (m_compression != 0) != m_driver->HasOption(Option::kCompressTextures) ||
+         (m_powerOfTwo != 0) != m_driver->HasOption(Option::kPowerOfTwoTextures);
+}
+
+void COpenGLPropertyPage::OnOK() {
+  if (DiffersFromDriver()) {
+    StoreOptions();
+    CWnd* sheet = CWnd::FromHandle(AfxGetParent(m_hWnd));
+    if (sheet) sheet->m_nFlags |= kSettingsStored;
+  }
+  CPropertyPage::OnOK();
+}
+
+void COpenGLPropertyPage::StoreOptions() {
+  m_driver->SetOption(Option::kAnisotropicWanted, m_anisotropic != 0);
+  m_driver->SetOption(Option::kAntialias, m_antialias != 0);
+  m_driver->SetOption(Option::kCompressTextures, m_compression != 0);
+  m_driver->SetOption(Option::kPowerOfTwoTextures, m_powerOfTwo != 0);
+  m_driver->SetWireframe(m_polygonMode != 0);
+  GL3GABuffer::m_inversesort = m_inverseSort;
+
+  Store("Polygonmode", m_driver->IsWireframe());
+  Store("Anisotropic", m_driver->HasOption(Option::kAnisotropicWanted));
+  Store("Antialias", m_driver->HasOption(Option::kAntialias));
+  Store("SortInverse Transparent Triangles", GL3GABuffer::m_inversesort);
+  Store("Textures Powerof2", m_driver->HasOption(Option::kPowerOfTwoTextures));
+  Store("Textures Compression", m_driver->HasOption(Option::kCompressTextures));
+  Store("Max Vertices", GL3GADriver::gl_max_vertices);
+  Store("Max Transparent Triangles", GL3GABuffer::m_maxtransparentpolys);
+}

@@ -1,0 +1,121 @@
+// The dialog of all extensions, its report file, and the report by way of it.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "hostkit/services/save_request.h"
+#include "hostkit/services/settings_sheet.h"
+#include "tests/settings/page_fixture.h"
+#include "tests/support/faults.h"
+#include "tests/support/gl_recorder.h"
+
+namespace {
+
+using namespace platform;
+using Lines = std::vector<std::string>;
+
+class ExtensionsTest : public PageFixture {
+ protected:
+  void TearDown() override {
+    hostkit::SetSaveRequestHandler({});
+    m_question = {};
+    PageFixture::TearDown();
+  }
+  /// Answers the file question with `path`; an empty one cancels.
+  void AnswerWith(const std::string& path) {
+    hostkit::SetSaveRequestHandler([this, path](const hostkit::SaveQuestion& question, String* to) {
+      m_question = question;
+      *to = path.c_str();
+      return path.empty() ? 0 : 1;
+    });
+  }
+  void SaveInDialog() {
+    Play({ClickStep(kExtensionsButton), ClickStep(kSaveButton), ConfirmStep(), CancelStep()});
+  }
+  Lines Listed() {
+    DialogControl list;
+    Play({ClickStep(kExtensionsButton), ReadStep(kExtensionList, &list), CancelStep()});
+    Lines names;
+    for (const ListItem& item : list.items) names.push_back(item.text);
+    return names;
+  }
+
+  hostkit::SaveQuestion m_question;
+};
+
+TEST_F(ExtensionsTest, NamesEndAtSpaces) {
+  const struct {
+    const char* extensions;
+    Lines listed;
+  } cases[] = {{"GL_A GL_B ", {"GL_A", "GL_B"}},
+               {"GL_A GL_B", {"GL_A"}},  // what no space follows is lost
+               {"GL_A  GL_B ", {"GL_A", "", "GL_B"}},
+               {" GL_A ", {"", "GL_A"}},
+               {"GL_A", {}},
+               {"", {}},
+               {nullptr, {}}};
+  for (const auto& [extensions, listed] : cases) {
+    GlRecorder recorder;
+    recorder.OverrideString(GL_EXTENSIONS, extensions);
+    EXPECT_EQ(Listed(), listed) << (extensions ? extensions : "null");
+  }
+}
+
+TEST_F(ExtensionsTest, TheFileHoldsTheReportAndTheList) {
+  GlRecorder recorder;
+  recorder.OverrideString(GL_EXTENSIONS, "GL_A  GL_B GL_C");
+  const std::string path = Folder().Path("report.txt");
+  AnswerWith(path);
+  SaveInDialog();
+  const std::string report = GL3().GetExtendedDriverInfo().Text();
+  EXPECT_EQ(Folder().Read("report.txt"), report + "\n\nExtensions\nGL_A\n\nGL_B\n");
+  EXPECT_EQ(TheHostCalls().fileModes, std::vector<int>{0x20});
+  EXPECT_STREQ(m_question.title.Text(), "Choose a filename for saving the extensions");
+  EXPECT_STREQ(m_question.filter.Text(), "Text Files(*.txt)|*.txt|");
+  EXPECT_STREQ(m_question.suggestion.Text(), "GLExtensions.txt");
+  EXPECT_STREQ(m_question.extension.Text(), "txt");
+  EXPECT_STREQ(m_question.type.Text(), "TXT");
+  EXPECT_EQ(m_question.option, 2499);
+  EXPECT_EQ(m_question.parent, nullptr);
+}
+
+TEST_F(ExtensionsTest, WithoutAFileNothingHappens) {
+  const Faults faults;
+  AnswerWith("");
+  SaveInDialog();
+  EXPECT_EQ(TheHostCalls().fileModes, std::vector<int>()) << "cancelled: no file is opened";
+  AnswerWith(Folder().Path("no_such_folder/report.txt"));
+  SaveInDialog();
+  EXPECT_EQ(TheHostCalls().fileModes.size(), 1u);
+  EXPECT_EQ(faults.Messages(), Lines()) << "one that cannot be made is passed over in silence";
+  EXPECT_EQ(Folder().Count(), 0);
+}
+
+TEST_F(ExtensionsTest, HostsReadTheReportWithoutAFileOnDisk) {
+  GlRecorder recorder;
+  recorder.OverrideString(GL_EXTENSIONS, "GL_A GL_B ");
+  AnswerWith(Folder().Path("not_this_time.txt"));
+  std::string error = "x";
+  const hostkit::DriverReport report = hostkit::ReadDriverReport(*Driver(), &error);
+  EXPECT_EQ(error, "");
+  EXPECT_EQ(report.extended, GL3().GetExtendedDriverInfo().Text());
+  EXPECT_EQ(report.extensions, (Lines{"GL_A", "GL_B"}));
+  EXPECT_EQ(Folder().Count(), 0);
+  EXPECT_EQ(Stored(), Lines());
+
+  SaveInDialog();
+  EXPECT_TRUE(Folder().Has("not_this_time.txt")) << "the host's own answer is back in place";
+  EXPECT_EQ(SetDialogView(nullptr), nullptr) << "and so is its view";
+}
+
+TEST_F(ExtensionsTest, AReportThatCannotBeHadIsExplained) {
+  Faults faults;
+  faults.FailAlways(FaultPoint::kCglCreateContext);
+  std::string error;
+  EXPECT_EQ(hostkit::ExtendedReport(Driver(), &error), "");
+  EXPECT_NE(error.find("no context"), std::string::npos) << error;
+  EXPECT_TRUE(hostkit::ListedExtensions(nullptr, nullptr).empty());
+}
+
+}  // namespace

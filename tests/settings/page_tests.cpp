@@ -1,0 +1,272 @@
+// The settings page: what it shows, and what confirming it stores.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "buffer/GL3Buffer.h"
+#include "hostkit/services/registry.h"
+#include "platform/cgl.h"
+#include "tests/settings/page_fixture.h"
+#include "tests/support/faults.h"
+#include "tests/support/gl_recorder.h"
+
+namespace {
+
+using namespace platform;
+using Lines = std::vector<std::string>;
+using Option = GL3GADriver::OptionFlag;
+
+constexpr int kBoxes[] = {kAntialiasBox,   kAnisotropicBox, kInverseSortBox,
+                          kPolygonModeBox, kCompressionBox, kPowerOfTwoBox};
+
+class PageTest : public PageFixture {};
+
+TEST_F(PageTest, ShowsTheGLAndTheOptions) {
+  GL3().MakeCurrent();
+  const auto text = [](GLenum name) -> std::string {
+    return reinterpret_cast<const char*>(glGetString(name));
+  };
+  EXPECT_EQ(Read(kVersionText).text, text(GL_VERSION));
+  EXPECT_EQ(Read(kVendorText).text, text(GL_VENDOR));
+  EXPECT_EQ(Read(kRendererText).text, text(GL_RENDERER));
+  EXPECT_EQ(Read(kShadingLanguageText).text, text(GL_SHADING_LANGUAGE_VERSION));
+  EXPECT_EQ(aglGetCurrentContext(), GL3GADriver::m_context) << "current as before";
+
+  const Lines names = {"GL_ARB_depth_texture",
+                       "GL_ARB_texture_border_clamp",
+                       "GL_ARB_texture_non_power_of_two",
+                       "GL_ARB_texture_buffer_object",
+                       "GL_EXT_framebuffer_object",
+                       "GL_EXT_gpu_shader4",
+                       "GL_EXT_texture_filter_anisotropic",
+                       "GL_KTX_buffer_region"};
+  Lines wanted;
+  for (const std::string& name : names) {
+    wanted.push_back((text(GL_EXTENSIONS).find(name) != std::string::npos ? "+" : "-") + name);
+  }
+  for (const char* name : {"-WGL_ARB_pbuffer", "-WGL_ARB_multisample", "-WGL_ARB_pixel_format"}) {
+    wanted.emplace_back(name);
+  }
+  const DialogControl list = Read(kExtensionList);
+  EXPECT_EQ(Items(list), wanted);
+  for (const ListItem& item : list.items) EXPECT_FALSE(item.enabled) << item.text;
+
+  const bool states[] = {false, true, false, false, true, false};  // of a fresh registry
+  for (std::size_t i = 0; i < std::size(kBoxes); ++i) {
+    const DialogControl box = Read(kBoxes[i]);
+    EXPECT_TRUE(box.visible && box.enabled) << kBoxes[i];
+    EXPECT_EQ(box.checked, states[i]) << kBoxes[i];
+  }
+  EXPECT_FALSE(Folder().Has("registry.ini"));
+}
+
+TEST_F(PageTest, EachBoxHasItsOptionAndItsKey) {
+  const struct {
+    const char* key;
+    int box;
+  } settings[] = {{"Antialias", kAntialiasBox},
+                  {"Anisotropic", kAnisotropicBox},
+                  {"SortInverse Transparent Triangles", kInverseSortBox},
+                  {"Polygonmode", kPolygonModeBox},
+                  {"Textures Compression", kCompressionBox},
+                  {"Textures Powerof2", kPowerOfTwoBox}};
+  for (const auto& [key, box] : settings) {
+    const bool before = Read(box).checked;
+    Stored().clear();
+    EXPECT_TRUE(Play({CheckStep(box, !before), ConfirmStep()}));
+    EXPECT_EQ(Read(box).checked, !before) << "in the driver";
+    EXPECT_EQ(GetRegistryValue("OpenGL3", key, 7), !before ? 1 : 0);
+    ASSERT_NE(RemakeDriver(), nullptr);
+    ASSERT_EQ(Driver()->Initialize(), 1);
+    EXPECT_EQ(Read(box).checked, !before) << "and in the next driver";
+    EXPECT_EQ(Stored().size(), 8u);
+  }
+}
+
+TEST_F(PageTest, ThePresenceOfExtensionsIsAPlainSearch) {
+  GlRecorder recorder;
+  recorder.OverrideString(GL_EXTENSIONS, "GL_ARB_depth_texture_more WGL_ARB_pbuffer");
+  EXPECT_EQ(Items(Read(kExtensionList))[0], "+GL_ARB_depth_texture");
+  EXPECT_EQ(Items(Read(kExtensionList))[1], "-GL_ARB_texture_border_clamp");
+  EXPECT_EQ(Items(Read(kExtensionList))[8], "-WGL_ARB_pbuffer") << "of the platform none is known";
+  recorder.OverrideString(GL_EXTENSIONS, nullptr);
+  EXPECT_EQ(Items(Read(kExtensionList))[0], "-GL_ARB_depth_texture");
+}
+
+TEST_F(PageTest, TheCaptionOfCompressionTellsFromWhichSize) {
+  for (const auto& [size, text] : {std::pair{8192, "Compress if x or y > 2048"},
+                                   {8191, "Compress if x or y > 2047"},
+                                   {0, "Compress if x or y > 0"}}) {
+    GL3GADriver::gl_max_texture_size = size;
+    EXPECT_EQ(Read(kCompressionBox).text, text);
+  }
+}
+
+TEST_F(PageTest, ComingToTheFrontAgainAddsTheExtensionsAgain) {
+  const std::unique_ptr<CPropertyPage> pages[] = {
+      std::unique_ptr<CPropertyPage>(Driver()->CreatePropertyPage(0)),
+      std::unique_ptr<CPropertyPage>(Driver()->CreatePropertyPage(0))};
+  CPropertySheet sheet("Both");
+  for (const auto& page : pages) sheet.AddPage(page.get());
+  DialogControl list, box;
+  const ScriptedView script({ReadStep(kExtensionList, &list), CheckStep(kAntialiasBox, true),
+                             PageStep(1), PageStep(0), PageStep(0), ReadStep(kExtensionList, &list),
+                             ReadStep(kAntialiasBox, &box)});
+  EXPECT_EQ(sheet.DoModal(), IDCANCEL);
+  EXPECT_TRUE(script.IsDone()) << script.Error();
+  EXPECT_EQ(list.items.size(), 22u);
+  EXPECT_EQ(list.items[11].text, list.items[0].text);
+  EXPECT_EQ(list.items[11].checked, list.items[0].checked);
+  EXPECT_TRUE(box.checked) << "what was chosen stays";
+  EXPECT_EQ(Stored(), Lines());
+}
+
+TEST_F(PageTest, ConfirmedAsItWasStoresNothing) {
+  GL3GABuffer::m_inversesort = 2;  // a number that the registry may hold, and a check box may not
+  EXPECT_FALSE(Play({ConfirmStep()}));
+  EXPECT_FALSE(Play({ClickStep(kAntialiasBox), ClickStep(kAntialiasBox), ConfirmStep()}));
+  EXPECT_EQ(GL3GABuffer::m_inversesort, 2);
+  EXPECT_EQ(Stored(), Lines());
+  EXPECT_FALSE(Folder().Has("registry.ini"));
+}
+
+TEST_F(PageTest, CancelledChangesStayWithoutEffect) {
+  EXPECT_FALSE(Play({ClickStep(kAntialiasBox), ClickStep(kPolygonModeBox), CancelStep()}));
+  EXPECT_FALSE(GL3().HasOption(Option::kAntialias));
+  EXPECT_FALSE(GL3().IsWireframe());
+  EXPECT_EQ(Stored(), Lines());
+}
+
+/// Drives the page's model itself, as a toolkit's view does.
+class HandWrittenView : public DialogView {
+ public:
+  HandWrittenView() : m_previous(SetDialogView(this)) {}
+  ~HandWrittenView() override { SetDialogView(m_previous); }
+  void Open(DialogModel&) override {}
+  void Run(DialogModel& sheet) override {
+    DialogModel& page = *sheet.Pages()[0];
+    EXPECT_TRUE(page.Click(kAntialiasBox));
+    EXPECT_TRUE(sheet.Click(IDOK));
+    EXPECT_TRUE(sheet.IsEnded());
+    EXPECT_FALSE(page.Click(kAntialiasBox)) << "it has ended";
+  }
+  void Close(DialogModel&) override {}
+
+ private:
+  DialogView* m_previous;
+};
+
+TEST_F(PageTest, OneChangeStoresAllEightWhoeverMakesIt) {
+  const std::string file =
+      "[OpenGL3]\nPolygonmode = 0\nAnisotropic = 1\nAntialias = 1\n"
+      "SortInverse Transparent Triangles = 0\nTextures Powerof2 = 0\nTextures Compression = 1\n"
+      "Max Vertices = 4567\nMax Transparent Triangles = 1234\n";
+  for (const char* way : {"model", "clicks", "keys"}) {
+    SCOPED_TRACE(way);
+    std::filesystem::remove(Folder().Path("registry.ini"));
+    hostkit::ReloadRegistry();
+    ASSERT_NE(RemakeDriver(), nullptr);
+    ASSERT_EQ(Driver()->Initialize(), 1);
+    GL3GADriver::gl_max_vertices = 4567;
+    GL3GABuffer::m_maxtransparentpolys = 1234;
+    GL3GADriver::m_azprocessor = 3;
+    Stored().clear();
+    if (way == std::string("model")) {
+      const HandWrittenView view;
+      const std::unique_ptr<CPropertyPage> page(Driver()->CreatePropertyPage(0));
+      CPropertySheet sheet("Settings");
+      sheet.AddPage(page.get());
+      EXPECT_EQ(sheet.DoModal(), IDOK);
+      EXPECT_EQ(sheet.m_nFlags, 2u);
+    } else {
+      EXPECT_TRUE(Play(
+          {way == std::string("keys") ? KeyStep('s') : ClickStep(kAntialiasBox), ConfirmStep()}));
+    }
+    EXPECT_TRUE(GL3().HasOption(Option::kAntialias));
+    EXPECT_EQ(Stored(),
+              (Lines{"OpenGL3/Polygonmode=0", "OpenGL3/Anisotropic=1", "OpenGL3/Antialias=1",
+                     "OpenGL3/SortInverse Transparent Triangles=0", "OpenGL3/Textures Powerof2=0",
+                     "OpenGL3/Textures Compression=1", "OpenGL3/Max Vertices=4567",
+                     "OpenGL3/Max Transparent Triangles=1234"}));
+    EXPECT_EQ(Folder().Read("registry.ini"), file);
+  }
+}
+
+TEST_F(PageTest, AReducedPageHidesTheOptionsAndStoresNothing) {
+  for (const int reduced : {1, 0}) {  // the second time the driver still has it
+    for (const int box : kBoxes) {
+      const DialogControl control = Read(box, reduced);
+      EXPECT_FALSE(control.visible) << box;
+      EXPECT_EQ(control.text.find("Compress if"), std::string::npos);
+    }
+    const auto refused = DoStep([](DialogModel& sheet) {
+      const DialogModel& page = *sheet.Pages()[0];
+      EXPECT_FALSE(sheet.Pages()[0]->Click(kAntialiasBox));
+      EXPECT_FALSE(sheet.PressKey('S'));
+      const int options = page.Find(kAntialiasBox)->group;
+      EXPECT_FALSE(page.IsGroupVisible(options));
+      EXPECT_TRUE(page.IsGroupVisible(page.Find(kVersionText)->group));
+    });
+    EXPECT_FALSE(Play({refused, ConfirmStep()}, reduced));
+  }
+  EXPECT_TRUE(GL3().HasOption(Option::kReducedPage));
+  EXPECT_EQ(Stored(), Lines());
+}
+
+TEST_F(PageTest, WithoutAnisotropyItsBoxIsOffAndOutOfReach) {
+  Faults faults;
+  faults.HideExtension("GL_EXT_texture_filter_anisotropic");
+  ASSERT_NE(RemakeDriver(), nullptr);
+  ASSERT_EQ(Driver()->Initialize(), 1);
+  const DialogControl box = Read(kAnisotropicBox);
+  EXPECT_TRUE(box.visible);
+  EXPECT_FALSE(box.enabled);
+  EXPECT_FALSE(box.checked);
+  Play({DoStep([](DialogModel& sheet) {
+          EXPECT_FALSE(sheet.Pages()[0]->SetChecked(kAnisotropicBox, true));
+        }),
+        ConfirmStep()});
+  EXPECT_EQ(Stored(), Lines());
+}
+
+TEST_F(PageTest, WithoutAGLItSaysSo) {
+  for (const FaultPoint point :
+       {FaultPoint::kCglChoosePixelFormat, FaultPoint::kCglCreateContext}) {
+    Faults faults;
+    faults.FailAlways(point);
+    const bool none = point == FaultPoint::kCglChoosePixelFormat;
+    EXPECT_EQ(Read(kVersionText).text, none ? "OpenGL3 Unresolvable error" : "");
+    EXPECT_EQ(Read(kVendorText).text, none ? "No matching pixelformat found" : "");
+    EXPECT_EQ(Read(kRendererText).text, "");
+    const DialogControl list = Read(kExtensionList);
+    EXPECT_EQ(list.items.size(), 11u);
+    for (const ListItem& item : list.items) EXPECT_FALSE(item.checked) << item.text;
+  }
+}
+
+/// What a view needs to show the dialogs well: every control has words, keys do not clash.
+TEST_F(PageTest, EveryControlHasWordsAndAKeyOfItsOwn) {
+  for (const DialogTemplate& dialog : kDialogResources.dialogs) {
+    std::set<char> keys;
+    std::set<int> ids;
+    for (const ControlTemplate& control : dialog.controls) {
+      const DialogText& text = kDialogResources.Text(control.text);
+      const bool forUsers = control.id != kNoControlId && control.id != IDOK;
+      EXPECT_TRUE(*text.text || *text.toolTip) << control.id;
+      if (forUsers) {
+        EXPECT_STRNE(text.toolTip, "") << control.id;
+        EXPECT_TRUE(ids.insert(control.id).second) << control.id;
+      }
+      if (!text.accessKey) continue;
+      EXPECT_TRUE(keys.insert(text.accessKey).second) << text.accessKey;
+      bool marked = false;
+      MarkAccessKey(text.text, text.accessKey, &marked);
+      EXPECT_TRUE(marked) << text.text;
+    }
+  }
+}
+
+}  // namespace
