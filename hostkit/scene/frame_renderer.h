@@ -3,10 +3,9 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "hostkit/scene/camera.h"
-#include "hostkit/scene/light_sets.h"
+#include "hostkit/scene/frame_settings.h"
 #include "hostkit/scene/picture.h"
 #include "hostkit/scene/scene.h"
 
@@ -14,20 +13,9 @@ class GADriver;
 
 namespace hostkit {
 
-struct FrameSettings {
-  int width = 1280, height = 720;
-  int samplesPerSide = 1;  ///< Anti-aliasing: n x n samples a pixel, 1 to 4.
-  /// Background, display-referred, 0 to 1. Unused when `transparentBackground` is set.
-  float background[3] = {0.16f, 0.17f, 0.19f};
-  /// Alpha tells what the scene covers. The scene is drawn on black and on white, so that glass
-  /// and anti-aliased edges come out with their true coverage.
-  bool transparentBackground = false;
-  LightSet lights = LightSet::kAuto;
-};
-
 /// Milliseconds that the last frame took.
 struct FrameTimes {
-  double draw = 0, readBack = 0;
+  double draw = 0, readBack = 0;  ///< Of all parts; depth counts as drawing.
 };
 
 /// A scene that was uploaded to a driver. The driver must be operational, and neither it nor the
@@ -39,8 +27,12 @@ class FrameRenderer {
                                                std::string* error);
   ~FrameRenderer();
 
-  /// Draws a frame and reads it back. On failure returns a picture without bitmap and one line in
-  /// `*error`: a size that the device cannot draw (with the limit), memory, no context.
+  /// Draws a frame and reads it back, with a "Depth" buffer when the settings ask for it: the
+  /// distance from the eye along the view, in world units, of what is at a pixel's centre, and
+  /// 1e30 where there is nothing. Depth is that of the model's surfaces, lines and points in every
+  /// mode; what can be seen through counts as solid. On failure returns a picture without bitmap
+  /// and one line in `*error`: a size that the device cannot draw (with the limit), memory, no
+  /// context.
   Picture Render(const FrameSettings& settings, const View& view, std::string* error);
 
   double UploadMilliseconds() const;

@@ -74,4 +74,18 @@ void ResolveSamples(const HBitmapBuffer& onBlack, const HBitmapBuffer* onWhite, 
   }
 }
 
+void LayPixelsOver(const HBitmapBuffer& layer, int x, int y, HBitmapBuffer* pixels) {
+  const int left = std::max(0, x), right = std::min(pixels->Width(), x + layer.Width());
+  const int top = std::max(0, y), bottom = std::min(pixels->Height(), y + layer.Height());
+  for (int row = top; row < bottom; ++row) {
+    for (int column = left; column < right; ++column) {
+      const Floats over = ToFloats(Load(PixelAt(layer, column - x, row - y)));
+      if (over[3] == 0) continue;
+      auto* to = const_cast<std::uint16_t*>(PixelAt(*pixels, column, row));
+      const Halves mixed = ToHalves(over + ToFloats(Load(to)) * (1 - over[3]));
+      std::memcpy(to, &mixed, sizeof mixed);
+    }
+  }
+}
+
 }  // namespace hostkit

@@ -14,4 +14,8 @@ namespace hostkit {
 void ResolveSamples(const HBitmapBuffer& onBlack, const HBitmapBuffer* onWhite, int samplesPerSide,
                     const PixelWindow& window, HBitmapBuffer* pixels);
 
+/// Lays `layer` over `*pixels` with its top left at (`x`, `y`), clipped. Both are half floats with
+/// premultiplied alpha.
+void LayPixelsOver(const HBitmapBuffer& layer, int x, int y, HBitmapBuffer* pixels);
+
 }  // namespace hostkit

@@ -63,10 +63,11 @@ float RangeFor(const SceneLight& light, const Imath::Box3f& bounds) {
 }
 
 GALight MakeSceneLight(const SceneLight& from, const Imath::M44f& toView,
-                       const Imath::Box3f& bounds) {
+                       const Imath::Box3f& bounds, float unit) {
   GALight light;
   V3f position, direction;
   toView.multVecMatrix(from.position, position);
+  position *= unit;
   toView.multDirMatrix(from.direction, direction);
   light.type = from.type;
   light.position = ToHost(position);
@@ -81,7 +82,7 @@ GALight MakeSceneLight(const SceneLight& from, const Imath::M44f& toView,
   light.intensity = from.intensity;
   light.coneAngle = from.coneAngle;
   light.coneSoftness = from.coneSoftness;
-  light.range = RangeFor(from, bounds);
+  light.range = RangeFor(from, bounds) * unit;
   return light;
 }
 
@@ -100,7 +101,7 @@ bool ParseLightSet(const std::string& text, LightSet* set) {
 }
 
 void LightRig::Build(const Scene& scene, LightSet set, const SceneCamera& camera,
-                     const Imath::Box3f& bounds) {
+                     const Imath::Box3f& bounds, float unit) {
   if (set == LightSet::kAuto) {
     set = scene.lights.empty() ? LightSet::kThreePoint : LightSet::kScene;
   }
@@ -112,7 +113,7 @@ void LightRig::Build(const Scene& scene, LightSet set, const SceneCamera& camera
   } else if (set == LightSet::kScene) {
     Imath::M44f toView = WorldToView(camera);
     for (const SceneLight& light : scene.lights) {
-      lights.push_back(MakeSceneLight(light, toView, bounds));
+      lights.push_back(MakeSceneLight(light, toView, bounds, unit));
     }
   }
   if (lights.size() > kMaxLights) {

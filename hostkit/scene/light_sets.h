@@ -29,9 +29,10 @@ class LightRig {
   LightRig(const LightRig&) = delete;
   LightRig& operator=(const LightRig&) = delete;
 
-  /// `bounds` of the scene in world space gives distances and ranges.
+  /// `bounds` of the scene in world space gives distances and ranges. View space counts `unit`
+  /// for a world unit.
   void Build(const Scene& scene, LightSet set, const SceneCamera& camera,
-             const Imath::Box3f& bounds);
+             const Imath::Box3f& bounds, float unit = 1);
   LightListNode* Head() { return m_nodes.empty() ? nullptr : &m_nodes.front(); }
 
  private:

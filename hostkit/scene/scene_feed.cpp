@@ -41,7 +41,7 @@ struct Rows {
 
 }  // namespace
 
-void SceneFeed::Draw(DisplayList* list, const FeedView& view) {
+void SceneFeed::Prepare(DisplayList* list, const FeedView& view) {
   m_list = list;
   m_view = view;
   m_texture = nullptr;
@@ -54,13 +54,19 @@ void SceneFeed::Draw(DisplayList* list, const FeedView& view) {
   list->SetDepthFunc(kNormalBlending);
   list->PrepForPolygonArray();
   list->SetTexture(nullptr);
-  FeedLit();
-  // The end of the lit run draws what is batched, then turns lighting off. Not so SetDepthFunc,
-  // which would also put out the headlight that the transparent queue is drawn with.
-  UseTexture(nullptr);
-  list->EndInstructions();
+}
 
-  list->BeginInstructions();
+void SceneFeed::Draw(DisplayList* list, const FeedView& view) {
+  Prepare(list, view);
+  const DrawMode mode = view.settings->mode;
+  if (mode == DrawMode::kShaded || mode == DrawMode::kDriverWireframe) {
+    FeedLit();
+    // The end of the lit run draws what is batched, then turns lighting off. Not so SetDepthFunc,
+    // which would also put out the headlight that the transparent queue is drawn with.
+    UseTexture(nullptr);
+    list->EndInstructions();
+    list->BeginInstructions();
+  }
   FeedUnlit();
   list->EndInstructions();
   list->ExecuteInstructions();

@@ -11,22 +11,31 @@
 #include "host/RenderInfo.h"
 #include "host/Vertices.h"
 #include "host/VornPoly.h"
+#include "hostkit/scene/frame_settings.h"
+#include "hostkit/scene/mesh_edges.h"
 #include "hostkit/scene/mesh_preparation.h"
 #include "hostkit/scene/scene.h"
+#include "hostkit/scene/seen_surfaces.h"
 #include "hostkit/scene/vertex_lighting.h"
+#include "hostkit/scene/wide_lines.h"
 
 namespace hostkit {
 
 /// What a scene is fed with.
 struct FeedView {
   Imath::M44f worldToView;
-  LightListNode* lights = nullptr;   ///< Null is the headlight.
-  const RenderInfo* info = nullptr;  ///< Projection and scene record.
-  int lineWidth = 1;                 ///< Samples that a line or point is wide.
+  LightListNode* lights = nullptr;          ///< Null is the headlight.
+  RenderInfo* info = nullptr;               ///< Buffer, projection and scene record.
+  const RenderInfo* picture = nullptr;      ///< The same for a surface that held all the picture.
+  const FrameSettings* settings = nullptr;  ///< Must live until the frame is drawn.
+  ColorBuf background;                      ///< What the surface was cleared with.
 };
 
 /// Walks a scene's instances once a frame. Arrays keep their capacity from frame to frame. Scene
 /// and prepared scene must outlive the feed.
+///
+/// Bodies by theme: scene_feed.cpp (placing, lit triangles), scene_feed_unlit.cpp (coloured
+/// triangles, lines, points), scene_feed_modes.cpp (the other ways to draw), scene_feed_ids.cpp.
 class SceneFeed {
  public:
   SceneFeed(const Scene& scene, const PreparedScene& prepared)
@@ -36,7 +45,15 @@ class SceneFeed {
   /// surfaces wait in the buffer's queue for its EndScene, with pointers to materials and lights.
   void Draw(DisplayList* list, const FeedView& view);
 
+  /// Instead of a picture, draws what is seen where: each triangle, line and point in the colour
+  /// that stands for its entry in `*seen`, which is filled; on black. What can be seen through
+  /// counts as solid. False when there are more things than colours.
+  bool DrawIds(DisplayList* list, const FeedView& view, SeenSurfaces* seen);
+
  private:
+  // Triangles in one call with 16-bit indices.
+  static constexpr std::size_t kColoredTriangles = 65535 / 3;
+
   // The instance at hand; its vertices are in m_vertices.
   struct Placed {
     const SceneMesh* mesh = nullptr;
@@ -54,6 +71,7 @@ class SceneFeed {
     GALitVertexWT corners[3];
   };
 
+  void Prepare(DisplayList* list, const FeedView& view);
   bool Place(const SceneInstance& instance);  // false when there is nothing to draw in it
   void PlaceVertices(const Imath::M44f& toView);
   void MakeNormals();
@@ -64,17 +82,37 @@ class SceneFeed {
   void FeedLit();
   void FeedLitTriangles();
   void FeedUnlit();
+  bool IsFedUnlit(const SceneInstance& instance) const;
+  void FeedUnlitInstance(const SceneInstance& instance);
   void FeedColoredTriangles();
+  void AddColored(const SortedTriangle& triangle);
   void FlushColored();
   void FeedSorted();
   void CollectLines();
-  void AddSegment(const GALitVertex& a, const GALitVertex& b);
   void FeedPoints();
+  void FeedSquares(int width);
+
+  void FeedFlatTriangles();
+  ColorBuf FaceColor(std::size_t triangle, const Corners& corners) const;
+  void FeedFill();
+  void FeedEdges(int mesh);
+  bool IsDrawn(const MeshEdge& edge) const;
+  void FeedVertices();
+  void FeedControlPoints();
+
+  void FeedTriangleIds(SeenSurfaces* seen);
+  void FeedLineIds(SeenSurfaces* seen);
+  void FeedPointIds(SeenSurfaces* seen);
+  void AddId(const Imath::V3f& a, const Imath::V3f& b, const Imath::V3f& c, std::uint32_t id);
 
   ColorBuf LitColor(std::uint32_t vertex, bool facesAway);
   GALitVertex FlatVertex(std::uint32_t vertex) const;
-  float SampleSizeAt(float z) const;
+  GALitVertex EdgeEnd(std::uint32_t vertex) const;
   void AddPolygon(const GALitVertexWT* corners);
+  Imath::V3f PlacedAt(std::uint32_t vertex) const {
+    const GAVertex& v = m_vertices[vertex];
+    return {v.x, v.y, v.z};
+  }
 
   const Scene& m_scene;
   const PreparedScene& m_prepared;
@@ -92,10 +130,12 @@ class SceneFeed {
   std::vector<unsigned short> m_coloredIndices;  // 0, 1, 2, ...
   std::vector<SortedTriangle> m_sorted;
   std::vector<std::uint32_t> m_order;
-  std::vector<GALitVertex> m_lineVertices;
-  std::vector<unsigned int> m_lineIndices;
+  WideLines m_lines;
   std::vector<GALitVertex> m_points;
-  VornPoly m_polygon;  // kept for its colour handles
+  std::vector<unsigned short> m_squareIndices;
+  SceneEdges m_edges;
+  std::vector<unsigned char> m_facesAway;  // by triangle of the instance at hand
+  VornPoly m_polygon;                      // kept for its colour handles
   GAColor m_pointColor;
 };
 

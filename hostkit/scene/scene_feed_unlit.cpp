@@ -2,16 +2,15 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <utility>
 
+#include "host/GABuffer.h"
 #include "hostkit/scene/scene_feed.h"
 
 namespace hostkit {
 namespace {
 
 using Imath::V3f;
-
-// Triangles in one call with 16-bit indices.
-constexpr std::size_t kColoredTriangles = 65535 / 3;
 
 unsigned char Times(float factor, unsigned char value) {
   return static_cast<unsigned char>(std::clamp(factor * value, 0.0f, 255.0f) + 0.5f);
@@ -26,26 +25,60 @@ unsigned char Times(float factor, unsigned char value) {
 // them; such glass behind them is hidden. A palette of materials through the queue would order
 // both, but shows each triangle in one flat colour.
 void SceneFeed::FeedUnlit() {
+  const FrameSettings& settings = *m_view.settings;
   m_lighting.SetLights(m_view.lights, m_view.info->scene->ambientAmount);
   m_sorted.clear();
-  m_lineVertices.clear();
-  m_lineIndices.clear();
   m_points.clear();
+  m_lines.Begin(*m_view.info, settings.samplesPerSide);
+  // The fill of lines has the background's colour, near and far.
+  const bool clearFill = settings.mode == DrawMode::kLines && settings.fog.on;
+  if (clearFill) m_view.info->buffer->SetFogState(0);
   for (const SceneInstance& instance : m_scene.instances) {
-    const PreparedMesh& prepared = m_prepared.Mesh(instance.mesh);
-    const SceneMesh& mesh = m_scene.meshes[static_cast<std::size_t>(instance.mesh)];
-    bool colored = prepared.perVertexColors && !mesh.triangles.empty();
-    if (!colored && mesh.lines.empty() && mesh.points.empty()) continue;
-    if (!Place(instance)) continue;
-    if (colored) FeedColoredTriangles();
-    CollectLines();
-    for (std::uint32_t vertex : mesh.points) m_points.push_back(FlatVertex(vertex));
+    if (IsFedUnlit(instance) && Place(instance)) FeedUnlitInstance(instance);
   }
   UseTexture(nullptr);
   m_list->FlushArrays();
-  if (!m_lineIndices.empty()) m_list->AddIndexedLineList(m_lineVertices, m_lineIndices);
+  if (clearFill) m_view.info->buffer->SetFogState(1);
+  if (settings.controlPointSize > 0) FeedControlPoints();
+  m_lines.Draw(m_list);
   if (!m_points.empty()) FeedPoints();
   if (!m_sorted.empty()) FeedSorted();
+}
+
+bool SceneFeed::IsFedUnlit(const SceneInstance& instance) const {
+  const SceneMesh& mesh = m_scene.meshes[static_cast<std::size_t>(instance.mesh)];
+  if (!mesh.lines.empty() || !mesh.points.empty()) return true;
+  const DrawMode mode = m_view.settings->mode;
+  const bool areFacesLit = mode == DrawMode::kShaded || mode == DrawMode::kDriverWireframe;
+  if (areFacesLit && !m_prepared.Mesh(instance.mesh).perVertexColors) return false;
+  return !mesh.triangles.empty();
+}
+
+void SceneFeed::FeedUnlitInstance(const SceneInstance& instance) {
+  const SceneMesh& mesh = *m_placed.mesh;
+  if (!mesh.triangles.empty()) {
+    switch (m_view.settings->mode) {
+      case DrawMode::kShaded:
+      case DrawMode::kDriverWireframe:
+        if (m_placed.prepared->perVertexColors) FeedColoredTriangles();
+        break;
+      case DrawMode::kFlat:
+        FeedFlatTriangles();
+        break;
+      case DrawMode::kLines:
+        FeedFill();
+        FeedEdges(instance.mesh);
+        break;
+      case DrawMode::kWireframe:
+        FeedEdges(instance.mesh);
+        break;
+      case DrawMode::kPoints:
+        FeedVertices();
+        break;
+    }
+  }
+  CollectLines();
+  for (std::uint32_t vertex : mesh.points) m_points.push_back(FlatVertex(vertex));
 }
 
 ColorBuf SceneFeed::LitColor(std::uint32_t vertex, bool facesAway) {
@@ -79,19 +112,24 @@ void SceneFeed::FeedColoredTriangles() {
       triangle.corners[k] = {v.x,       v.y,         v.z,        v.u,        v.v,
                              color.red, color.green, color.blue, color.alpha};
     }
-    if (prepared.transparent) {
-      m_sorted.push_back(triangle);
-    } else if (prepared.texture) {
-      UseTexture(prepared.texture);
-      AddPolygon(triangle.corners);
-    } else {
-      for (const GALitVertexWT& c : triangle.corners) {
-        m_colored.push_back({c.x, c.y, c.z, c.red, c.green, c.blue, c.alpha});
-      }
-      if (m_colored.size() == kColoredTriangles * 3) FlushColored();
-    }
+    AddColored(triangle);
   }
   FlushColored();
+}
+
+// Takes a triangle of the mesh at hand: for later when it can be seen through.
+void SceneFeed::AddColored(const SortedTriangle& triangle) {
+  if (m_placed.prepared->transparent) {
+    m_sorted.push_back(triangle);
+  } else if (triangle.texture) {
+    UseTexture(triangle.texture);
+    AddPolygon(triangle.corners);
+  } else {
+    for (const GALitVertexWT& c : triangle.corners) {
+      m_colored.push_back({c.x, c.y, c.z, c.red, c.green, c.blue, c.alpha});
+    }
+    if (m_colored.size() == kColoredTriangles * 3) FlushColored();
+  }
 }
 
 void SceneFeed::FlushColored() {
@@ -126,7 +164,6 @@ void SceneFeed::FeedSorted() {
   std::iota(m_order.begin(), m_order.end(), 0u);
   std::sort(m_order.begin(), m_order.end(),
             [&](std::uint32_t a, std::uint32_t b) { return m_sorted[a].key > m_sorted[b].key; });
-  m_list->PrepForPolygonArray();  // ends the points
   for (std::uint32_t i : m_order) {
     UseTexture(m_sorted[i].texture);
     AddPolygon(m_sorted[i].corners);
@@ -155,46 +192,52 @@ GALitVertex SceneFeed::FlatVertex(std::uint32_t vertex) const {
 void SceneFeed::CollectLines() {
   const std::vector<std::uint32_t>& lines = m_placed.mesh->lines;
   for (std::size_t i = 0; i + 1 < lines.size(); i += 2) {
-    AddSegment(FlatVertex(lines[i]), FlatVertex(lines[i + 1]));
+    m_lines.Add(FlatVertex(lines[i]), FlatVertex(lines[i + 1]));
   }
 }
 
-// View units that a sample is wide at depth z.
-float SceneFeed::SampleSizeAt(float z) const {
-  const RenderInfo& info = *m_view.info;
-  return (info.perspective != 0 ? z / info.perspective : 1) / info.scaleX;
-}
-
-// Lines are one sample wide, which averaging samples would thin out. So a line is drawn as many
-// times as a pixel has samples a side, shifted across its run.
-void SceneFeed::AddSegment(const GALitVertex& a, const GALitVertex& b) {
-  float sizeA = SampleSizeAt(a.z), sizeB = SampleSizeAt(b.z);
-  bool wide = std::abs(b.x / sizeB - a.x / sizeA) >= std::abs(b.y / sizeB - a.y / sizeA);
-  for (int i = 0; i < m_view.lineWidth; ++i) {
-    float shift = static_cast<float>(i) - static_cast<float>(m_view.lineWidth - 1) / 2;
-    for (GALitVertex end : {a, b}) {
-      (wide ? end.y : end.x) += shift * SampleSizeAt(end.z);
-      m_lineIndices.push_back(static_cast<unsigned>(m_lineVertices.size()));
-      m_lineVertices.push_back(end);
-    }
-  }
-}
-
-// Points are one sample as well, and are drawn once for each sample of a pixel.
+// The renderer's points are one sample; wider ones are squares.
 void SceneFeed::FeedPoints() {
+  const int width = m_view.settings->samplesPerSide * m_view.settings->pointSize;
+  if (width > 1) {
+    FeedSquares(width);
+    return;
+  }
   m_list->PrepForPoints();
-  const int width = m_view.lineWidth;
   for (const GALitVertex& point : m_points) {
     m_pointColor.Set(point.red, point.green, point.blue, point.alpha);
-    float size = SampleSizeAt(point.z);
-    for (int i = 0; i < width * width; ++i) {
-      const int column = i % width, row = i / width;
-      float shiftX = static_cast<float>(column) - static_cast<float>(width - 1) / 2;
-      float shiftY = static_cast<float>(row) - static_cast<float>(width - 1) / 2;
-      m_list->AddTransformedPoint({point.x + shiftX * size, point.y + shiftY * size, point.z},
-                                  m_pointColor);
+    m_list->AddTransformedPoint({point.x, point.y, point.z}, m_pointColor);
+  }
+  m_list->PrepForPolygonArray();  // ends the points
+}
+
+void SceneFeed::FeedSquares(int width) {
+  constexpr std::size_t kSquares = 65536 / 4;  // in one call with 16-bit indices
+  if (m_squareIndices.empty()) {
+    for (unsigned first = 0; first < kSquares * 4; first += 4) {
+      for (unsigned corner : {0u, 1u, 2u, 0u, 2u, 3u}) {
+        m_squareIndices.push_back(static_cast<unsigned short>(first + corner));
+      }
     }
   }
+  const float half = static_cast<float>(width) / 2;
+  for (std::size_t i = 0; i < m_points.size();) {
+    m_colored.clear();
+    for (; i < m_points.size() && m_colored.size() < kSquares * 4; ++i) {
+      GALitVertex corner = m_points[i];
+      const V3f middle = TowardsEye({corner.x, corner.y, corner.z}, half, *m_view.info);
+      const float h = half * SampleSizeAt(middle.z, *m_view.info);
+      corner.z = middle.z;
+      for (const auto& [x, y] : {std::pair{-h, -h}, {h, -h}, {h, h}, {-h, h}}) {
+        corner.x = middle.x + x;
+        corner.y = middle.y + y;
+        m_colored.push_back(corner);
+      }
+    }
+    m_list->AddIndexedLitTriangleList(m_colored.data(), m_colored.size(), m_squareIndices.data(),
+                                      m_colored.size() / 4 * 6, 0);
+  }
+  m_colored.clear();
 }
 
 }  // namespace hostkit
