@@ -1,6 +1,8 @@
 // Binary glTF 2.0 files from scenes made in memory.
 #include "samples/glb_writer.h"
 
+#include <Imath/ImathMatrixAlgo.h>
+#include <Imath/ImathQuat.h>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
@@ -48,6 +50,7 @@ class Writer {
     for (const Mesh& mesh : m_document.meshes) AddMesh(mesh);
     for (const Camera& camera : m_document.cameras) AddCamera(camera);
     for (const Light& light : m_document.lights) AddLight(light);
+    for (const Animation& animation : m_document.animations) AddAnimation(animation);
     for (std::size_t i = 0; i < m_document.nodes.size(); ++i) AddNode(i);
     return Assemble(Json());
   }
@@ -161,12 +164,50 @@ class Writer {
                                    spot));
   }
 
+  void AddAnimation(const Animation& animation) {
+    std::vector<std::string> samplers, channels;
+    for (const Channel& channel : animation.channels) {
+      m_animatedNodes.insert(channel.node);
+      const std::string limits =
+          fmt::format(R"(,"min":[{}],"max":[{}])", channel.times.front(), channel.times.back());
+      const int input = AddFloats(channel.times, "SCALAR", limits);
+      int output = 0;
+      if (channel.path == "rotation") {
+        output = AddFloats(channel.values, "VEC4");
+      } else {
+        std::vector<Imath::V3f> values;
+        for (const Imath::V4f& v : channel.values) values.emplace_back(v.x, v.y, v.z);
+        output = AddFloats(values, "VEC3");
+      }
+      channels.push_back(fmt::format(R"({{"sampler":{},"target":{{"node":{},"path":"{}"}}}})",
+                                     samplers.size(), channel.node, channel.path));
+      samplers.push_back(fmt::format(R"({{"input":{},"output":{}}})", input, output));
+    }
+    m_animations.push_back(fmt::format(R"({{"name":"{}","samplers":[{}],"channels":[{}]}})",
+                                       animation.name, fmt::join(samplers, ","),
+                                       fmt::join(channels, ",")));
+  }
+
+  /// A placement; in the parts that animations replace when one does.
+  static std::string Placement(const Imath::M44f& toParent, bool isAnimated) {
+    if (!isAnimated) {
+      // glTF wants columns of column-vector matrices: the rows that Imath has.
+      const float* first = toParent.getValue();
+      return fmt::format(R"("matrix":[{}])", fmt::join(first, first + 16, ","));
+    }
+    Imath::M44f turned = toParent;
+    Imath::V3f scale(1.0f), shear(0.0f);
+    Imath::extractAndRemoveScalingAndShear(turned, scale, shear);
+    const Imath::Quatf q = Imath::extractQuat(turned);
+    return fmt::format(R"("translation":{},"rotation":[{},{},{},{}],"scale":{})",
+                       Vector3(toParent.translation()), q.v.x, q.v.y, q.v.z, q.r, Vector3(scale));
+  }
+
   void AddNode(std::size_t index) {
     const Node& node = m_document.nodes[index];
-    // glTF wants columns of column-vector matrices: the rows that Imath has.
-    const float* first = node.toParent.getValue();
+    const bool isAnimated = m_animatedNodes.count(static_cast<int>(index)) > 0;
     std::string text =
-        fmt::format(R"({{"name":"{}","matrix":[{}])", node.name, fmt::join(first, first + 16, ","));
+        fmt::format(R"({{"name":"{}",{})", node.name, Placement(node.toParent, isAnimated));
     if (node.mesh >= 0) text += fmt::format(R"(,"mesh":{})", node.mesh);
     if (node.camera >= 0) text += fmt::format(R"(,"camera":{})", node.camera);
     if (node.light >= 0) {
@@ -192,9 +233,9 @@ class Writer {
                           fmt::join(m_lights, ","));
     }
     const std::pair<const char*, const std::vector<std::string>*> arrays[] = {
-        {"nodes", &m_nodes},         {"meshes", &m_meshes},    {"materials", &m_materials},
-        {"textures", &m_textures},   {"images", &m_images},    {"cameras", &m_cameras},
-        {"accessors", &m_accessors}, {"bufferViews", &m_views}};
+        {"nodes", &m_nodes},         {"meshes", &m_meshes},     {"materials", &m_materials},
+        {"textures", &m_textures},   {"images", &m_images},     {"cameras", &m_cameras},
+        {"accessors", &m_accessors}, {"bufferViews", &m_views}, {"animations", &m_animations}};
     for (const auto& [name, values] : arrays) {
       if (!values->empty()) json += fmt::format(R"(,"{}":[{}])", name, fmt::join(*values, ","));
     }
@@ -216,8 +257,9 @@ class Writer {
   const Document& m_document;
   std::string m_binary;
   std::set<std::string> m_extensions;
+  std::set<int> m_animatedNodes;
   std::vector<std::string> m_views, m_accessors, m_images, m_textures, m_materials, m_meshes,
-      m_cameras, m_lights, m_nodes, m_roots;
+      m_cameras, m_lights, m_nodes, m_roots, m_animations;
 };
 
 }  // namespace

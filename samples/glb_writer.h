@@ -53,13 +53,28 @@ struct Node {
   int parent = -1;  ///< A node that stands before this one; -1: the scene.
 };
 
+/// The keys of one property of a node, between which it runs straight (rotations: along the arc).
+struct Channel {
+  int node = 0;
+  std::string path;          ///< "translation", "rotation" or "scale".
+  std::vector<float> times;  ///< Seconds, rising.
+  /// One a time: x, y, z of translation or scale; the quaternion x, y, z, w of rotation.
+  std::vector<Imath::V4f> values;
+};
+
+struct Animation {
+  std::string name;
+  std::vector<Channel> channels;
+};
+
 struct Document {
   std::vector<std::string> images;  ///< PNG files.
   std::vector<Material> materials;
   std::vector<Mesh> meshes;
   std::vector<Camera> cameras;
   std::vector<Light> lights;
-  std::vector<Node> nodes;
+  std::vector<Node> nodes;  ///< Those that animations move have no shear.
+  std::vector<Animation> animations;
 };
 
 /// The file's bytes.

@@ -1,4 +1,4 @@
-// Writes the sample scene and small models:
+// Writes the sample scenes and small models:
 //   make_samples FOLDER
 //   make_samples --triangles N FILE.ply|FILE.glb
 #include <cstdint>
@@ -9,6 +9,7 @@
 #include <string>
 #include <system_error>
 
+#include "samples/orrery.h"
 #include "samples/showroom.h"
 #include "samples/small_models.h"
 
@@ -22,7 +23,9 @@ bool WriteAll(const std::string& folder, std::string* error) {
     return false;
   }
   const std::string showroom = (std::filesystem::path(folder) / "showroom.glb").string();
+  const std::string orrery = (std::filesystem::path(folder) / "orrery.glb").string();
   return samples::WriteFile(showroom, samples::ToGlb(samples::Showroom()), error) &&
+         samples::WriteFile(orrery, samples::ToGlb(samples::Orrery()), error) &&
          samples::WriteCubes(folder, error);
 }
 

@@ -30,7 +30,7 @@ constexpr float kTileSize = 0.8f;
 const V3f kKeyDirection(0.6f, -0.9f, -0.75f);
 
 struct Placement {
-  V3f at;                    // the foot of the object
+  V3f at{0.0f};              // the foot of the object
   float turn = 0, tilt = 0;  // degrees around y, then around z
   float footprint = 0;       // radius of its shadow; 0 means none
   float height = 0;          // of what casts it

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "hostkit/scene/import_normals.h"
+#include "hostkit/services/half_bytes.h"
 
 namespace hostkit {
 namespace {
@@ -98,11 +99,6 @@ std::vector<V2f> CopyUvs(const aiVector3D* source, std::size_t count,
     uvs.push_back(std::isfinite(uv.x) && std::isfinite(uv.y) ? uv : V2f(0, 0));
   }
   return uvs;
-}
-
-std::uint8_t ToByte(float value) {
-  if (!(value > 0)) return 0;
-  return value >= 1 ? 255 : static_cast<std::uint8_t>(value * 255 + 0.5f);
 }
 
 /// Vertex colours, display-referred. The import library leaves alpha 0 where a file has colours

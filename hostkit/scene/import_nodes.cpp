@@ -177,8 +177,14 @@ void Expose(bool isPhysical, std::vector<SceneLight>& lights) {
 
 }  // namespace
 
-void ImportInstances(const ImportContext& context, const std::vector<int>& meshes) {
-  if (!context.source->mRootNode) return;
+M44f MatrixOf(const aiNode& node) {
+  return ToMatrix(node.mTransformation);
+}
+
+std::vector<const aiNode*> ImportInstances(const ImportContext& context,
+                                           const std::vector<int>& meshes) {
+  std::vector<const aiNode*> nodes;
+  if (!context.source->mRootNode) return nodes;
   // A stack of our own: files may nest deeper than the program's stack is.
   std::vector<std::pair<const aiNode*, M44f>> pending{{context.source->mRootNode, M44f()}};
   while (!pending.empty()) {
@@ -196,6 +202,7 @@ void ImportInstances(const ImportContext& context, const std::vector<int>& meshe
       const unsigned mesh = node->mMeshes[i];
       if (mesh < meshes.size() && meshes[mesh] >= 0) {
         context.scene->instances.push_back({meshes[mesh], toWorld});
+        nodes.push_back(node);
       }
     }
     // Importers may leave gaps among the children (RAW files with colours do).
@@ -203,6 +210,7 @@ void ImportInstances(const ImportContext& context, const std::vector<int>& meshe
       if (node->mChildren[i - 1]) pending.emplace_back(node->mChildren[i - 1], toWorld);
     }
   }
+  return nodes;
 }
 
 void ImportCameras(const ImportContext& context) {
@@ -211,15 +219,18 @@ void ImportCameras(const ImportContext& context) {
   }
 }
 
-void ImportLights(const ImportContext& context) {
+std::vector<const aiLight*> ImportLights(const ImportContext& context) {
+  std::vector<const aiLight*> sources;
   const V3f middle = context.scene->Bounds().center();
   for (unsigned i = 0; i < context.source->mNumLights; ++i) {
     SceneLight light;
     if (ImportLight(context, *context.source->mLights[i], middle, &light)) {
       context.scene->lights.push_back(std::move(light));
+      sources.push_back(context.source->mLights[i]);
     }
   }
   if (!context.scene->lights.empty()) Expose(context.IsGltf(), context.scene->lights);
+  return sources;
 }
 
 }  // namespace hostkit

@@ -16,6 +16,7 @@
 #include <utility>
 #include <vector>
 
+#include "hostkit/scene/import_animations.h"
 #include "hostkit/scene/import_context.h"
 #include "hostkit/scene/import_materials.h"
 #include "hostkit/scene/import_meshes.h"
@@ -98,7 +99,7 @@ std::unique_ptr<Scene> Import(const std::string& path, std::string* error) {
   context.format = FormatOf(importer);
   context.scene = scene.get();
   const std::vector<MaterialTraits> traits = ImportMaterials(context);
-  ImportInstances(context, ImportMeshes(context, traits));
+  const std::vector<const aiNode*> nodes = ImportInstances(context, ImportMeshes(context, traits));
   if (scene->instances.empty()) {
     // A warning that says why is worth more than the plain fact.
     *error = scene->warnings.empty()
@@ -107,7 +108,7 @@ std::unique_ptr<Scene> Import(const std::string& path, std::string* error) {
     return nullptr;
   }
   ImportCameras(context);
-  ImportLights(context);
+  ImportMotion(context, nodes, ImportLights(context));
   return scene;
 }
 
@@ -118,6 +119,37 @@ void MoveAppend(std::vector<T>& to, std::vector<T>&& from) {
     return;
   }
   to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
+}
+
+/// To be called before the rest of the scenes is merged: indices go by what `scene` has.
+void AppendMotion(const Scene& scene, SceneMotion& motion, SceneMotion&& other) {
+  const int nodes = static_cast<int>(motion.nodes.size());
+  for (SceneNode& node : other.nodes) {
+    if (node.parent >= 0) node.parent += nodes;
+  }
+  for (SceneAnimation& animation : other.animations) {
+    animation.model += motion.models;
+    for (NodeChannel& channel : animation.channels) channel.node += nodes;
+  }
+  for (MovingInstance& moving : other.instances) {
+    moving.instance += static_cast<int>(scene.instances.size());
+    moving.node += nodes;
+  }
+  for (MovingCamera& moving : other.cameras) {
+    moving.camera += static_cast<int>(scene.cameras.size());
+    moving.node += nodes;
+  }
+  for (MovingLight& moving : other.lights) {
+    moving.light += static_cast<int>(scene.lights.size());
+    moving.node += nodes;
+  }
+  motion.models += other.models;
+  MoveAppend(motion.nodes, std::move(other.nodes));
+  MoveAppend(motion.animations, std::move(other.animations));
+  MoveAppend(motion.instances, std::move(other.instances));
+  MoveAppend(motion.cameras, std::move(other.cameras));
+  MoveAppend(motion.lights, std::move(other.lights));
+  MoveAppend(motion.warnings, std::move(other.warnings));
 }
 
 }  // namespace
@@ -136,6 +168,7 @@ std::unique_ptr<Scene> ImportModel(const std::string& path, std::string* error) 
 }
 
 void AppendScene(Scene& scene, Scene&& other) {
+  AppendMotion(scene, scene.motion, std::move(other.motion));
   const int images = static_cast<int>(scene.images.size());
   const int materials = static_cast<int>(scene.materials.size());
   const int meshes = static_cast<int>(scene.meshes.size());

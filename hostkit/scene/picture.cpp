@@ -46,8 +46,18 @@ const FileKind* FindKind(const std::string& path) {
   return nullptr;
 }
 
-// False when the picture holds no colours of the promised kind.
-bool DescribePixels(const Picture& picture, PicturePixels* pixels) {
+void DescribeDepths(const Picture& picture, PicturePixels* pixels) {
+  HBitmapBuffer* depths = picture.bitmap->FindBuffer("Depth");
+  if (depths && depths->Data() && depths->Type() == HBitmapBuffer::kFloatChannel &&
+      depths->Width() == pixels->width && depths->Height() == pixels->height) {
+    pixels->depths = static_cast<const float*>(depths->Data());
+    pixels->depthPixelStep = depths->PixelStep();
+    pixels->depthRowStep = depths->RowStep();
+  }
+}
+
+// False when the picture holds no colours of the promised kind, or not what is to be written.
+bool DescribePixels(const Picture& picture, const PictureOptions& options, PicturePixels* pixels) {
   if (!picture.bitmap) return false;
   HBitmapBuffer* colors = picture.bitmap->FindBuffer("ColorAlpha");
   if (!colors || !colors->Data() || colors->Type() != HBitmapBuffer::kHalfChannel ||
@@ -59,15 +69,9 @@ bool DescribePixels(const Picture& picture, PicturePixels* pixels) {
   pixels->hasAlpha = picture.hasAlpha;
   pixels->colors = static_cast<const std::uint16_t*>(colors->Data());
   pixels->colorRowStep = colors->RowStep();
-
-  HBitmapBuffer* depths = picture.bitmap->FindBuffer("Depth");
-  if (depths && depths->Data() && depths->Type() == HBitmapBuffer::kFloatChannel &&
-      depths->Width() == pixels->width && depths->Height() == pixels->height) {
-    pixels->depths = static_cast<const float*>(depths->Data());
-    pixels->depthPixelStep = depths->PixelStep();
-    pixels->depthRowStep = depths->RowStep();
-  }
-  return true;
+  if (options.depth) DescribeDepths(picture, pixels);
+  if (!options.colors) pixels->colors = nullptr;
+  return pixels->colors || pixels->depths;
 }
 
 }  // namespace
@@ -85,11 +89,15 @@ bool WritePicture(const std::string& path, const Picture& picture, const Recipe&
                   const PictureOptions& options, std::string* error) {
   if (!IsPictureSuffixKnown(path, error)) return false;
   std::string reason = "the picture is empty; render it again";
+  if (!options.colors && FindKind(path)->encode != Exr) {
+    *error = fmt::format("{}: cannot hold distances alone; use .exr", path);
+    return false;
+  }
   PicturePixels pixels;
   PictureFile file;
   bool good = false;
   try {
-    good = DescribePixels(picture, &pixels) && file.Open(path, &reason) &&
+    good = DescribePixels(picture, options, &pixels) && file.Open(path, &reason) &&
            FindKind(path)->encode(file.Stream(), pixels, recipe, options, &reason) &&
            file.Commit(&reason);
   } catch (const std::bad_alloc&) {

@@ -23,6 +23,8 @@ using Recipe = std::vector<std::pair<std::string, std::string>>;
 
 struct PictureOptions {
   int jpegQuality = 92;
+  /// What of the picture is written; without colours the file must be an .exr and there be a depth.
+  bool colors = true, depth = true;
 };
 
 /// File kinds that pictures are written to, by suffix without case: .png (8-bit, straight alpha,

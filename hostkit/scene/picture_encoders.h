@@ -14,9 +14,10 @@ namespace hostkit {
 struct PicturePixels {
   int width = 0, height = 0;
   bool hasAlpha = false;
-  const std::uint16_t* colors = nullptr;  ///< Half floats: blue, green, red, alpha.
-  std::ptrdiff_t colorRowStep = 0;        ///< Elements from row to row.
-  const float* depths = nullptr;          ///< Null when there are none.
+  /// Half floats: blue, green, red, alpha. Null only for OpenEXR files with depth alone.
+  const std::uint16_t* colors = nullptr;
+  std::ptrdiff_t colorRowStep = 0;  ///< Elements from row to row.
+  const float* depths = nullptr;    ///< Null when there are none.
   std::ptrdiff_t depthPixelStep = 0, depthRowStep = 0;
 };
 

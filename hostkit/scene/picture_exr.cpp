@@ -75,7 +75,7 @@ void WriteImage(ExrStream& stream, const PicturePixels& pixels, const Recipe& re
   auto rowBytes = static_cast<std::size_t>(pixels.colorRowStep) * sizeof(half);
   const char* const kNames[] = {"B", "G", "R", "A"};
   Imf::FrameBuffer frame;
-  for (int c = 0; c < 4; ++c) {
+  for (int c = 0; pixels.colors && c < 4; ++c) {
     header.channels().insert(kNames[c], Imf::Channel(Imf::HALF));
     bool filled = c == 3 && !pixels.hasAlpha;
     frame.insert(kNames[c],

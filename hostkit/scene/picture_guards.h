@@ -1,4 +1,5 @@
-// Faults of picture files that stb_image does not survive. To be looked for before it decodes.
+// Faults of picture files that decoders do not survive, or meet with gigabytes of memory. To be
+// looked for before they decode.
 #pragma once
 
 #include <string_view>
@@ -13,5 +14,9 @@ bool AreHdrRowsWhole(std::string_view file, int width, int height);
 /// Whether no code table of a JPEG file has more than the 256 entries that the decoder has room
 /// for. True for files of other kinds.
 bool AreJpegTablesSound(std::string_view file);
+
+/// Whether what the headers of an OpenEXR file hold is no longer than the file. The library makes
+/// room for lengths as they are told before it looks. True for files of other kinds.
+bool AreExrHeadersWhole(std::string_view file);
 
 }  // namespace hostkit

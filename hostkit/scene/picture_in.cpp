@@ -1,9 +1,11 @@
-// Picture files into host bitmaps, decoded by stb_image.
+// Picture files into host bitmaps, decoded by stb_image (OpenEXR elsewhere).
 #include "hostkit/scene/picture_in.h"
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <climits>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -13,6 +15,7 @@
 #include <system_error>
 #include <vector>
 
+#include "hostkit/scene/picture_exr_in.h"
 #include "hostkit/scene/picture_guards.h"
 
 #define STBI_NO_GIF
@@ -29,7 +32,7 @@ namespace {
 constexpr int kLargestSide = 32768;
 // Decoding needs about three times the pixels' memory; beyond this it is a mistake or an attack.
 constexpr long long kMostPixels = 1LL << 28;
-constexpr const char* kFormats = "PNG, JPEG, TGA, BMP or HDR";
+constexpr const char* kFormats = "EXR, PNG, JPEG, TGA, BMP or HDR";
 
 BitmapPtr Fail(std::string* error, std::string message) {
   *error = std::move(message);
@@ -56,6 +59,10 @@ bool ReadFile(const std::string& path, std::vector<unsigned char>* bytes, std::s
     *error = fmt::format("{}: is a folder; name a {} file in it", path, kFormats);
     return false;
   }
+  if (!std::filesystem::is_regular_file(status)) {  // opening a pipe could wait for ever
+    *error = fmt::format("{}: is not a regular file; save the picture to one", path);
+    return false;
+  }
   std::ifstream file(path, std::ios::binary);
   const std::uintmax_t size = std::filesystem::file_size(path, code);
   if (!file || code) {
@@ -75,19 +82,49 @@ bool ReadFile(const std::string& path, std::vector<unsigned char>* bytes, std::s
   return true;
 }
 
+/// Decoded pixels: red, green, blue, alpha. Null on failure.
+using DecodedBytes = std::unique_ptr<stbi_uc, decltype(&std::free)>;
+
+/// Light of an HDR picture as it is shown: (value ^ (1 / 2.2)), cut to 0 to 1, as stb_image itself
+/// does it, but with a look at what is cut.
+DecodedBytes DecodeHdr(const unsigned char* bytes, int length, PictureFacts* facts) {
+  int width = 0, height = 0, channels = 0;
+  const std::unique_ptr<float, decltype(&std::free)> floats(
+      stbi_loadf_from_memory(bytes, length, &width, &height, &channels, 4), &std::free);
+  const std::size_t count =
+      floats ? static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4 : 0;
+  DecodedBytes decoded(static_cast<stbi_uc*>(count ? std::malloc(count) : nullptr), &std::free);
+  for (std::size_t i = 0; decoded && i < count; ++i) {
+    const float value = floats.get()[i];
+    facts->clipped |= value > 1;
+    const float shown = i % 4 == 3 ? value : std::pow(std::max(value, 0.0f), 1 / 2.2f);
+    decoded.get()[i] = static_cast<stbi_uc>(std::min(shown, 1.0f) * 255 + 0.5f);
+  }
+  facts->wasLinear = true;
+  return decoded;
+}
+
 }  // namespace
 
-BitmapPtr LoadPicture(const std::string& path, std::string* error) {
+BitmapPtr LoadPicture(const std::string& path, std::string* error, PictureFacts* facts) {
   std::vector<unsigned char> bytes;
   if (!ReadFile(path, &bytes, error)) return nullptr;
-  return LoadPictureFromMemory(bytes.data(), bytes.size(), path, error);
+  return LoadPictureFromMemory(bytes.data(), bytes.size(), path, error, facts);
 }
 
 BitmapPtr LoadPictureFromMemory(const unsigned char* bytes, std::size_t size,
-                                const std::string& name, std::string* error) {
+                                const std::string& name, std::string* error, PictureFacts* facts) {
+  PictureFacts unused;
+  if (!facts) facts = &unused;
+  *facts = {};
   if (size == 0) return Fail(error, fmt::format("{}: the picture is empty; write it anew", name));
   if (size > INT_MAX) {
     return Fail(error, fmt::format("{}: over 2 GiB; use a smaller picture", name));
+  }
+  if (IsExr(bytes, size)) {
+    std::string reason;
+    BitmapPtr bitmap = LoadExr(bytes, size, facts, &reason);
+    return bitmap ? std::move(bitmap) : Fail(error, fmt::format("{}: {}", name, reason));
   }
   const std::string_view file(reinterpret_cast<const char*>(bytes), size);
   if (!AreJpegTablesSound(file)) {
@@ -96,7 +133,7 @@ BitmapPtr LoadPictureFromMemory(const unsigned char* bytes, std::size_t size,
   const int length = static_cast<int>(size);
   int width = 0, height = 0, channels = 0;
   if (!stbi_info_from_memory(bytes, length, &width, &height, &channels)) {
-    return Fail(error, fmt::format("{}: not a {} picture; convert it to one", name, kFormats));
+    return Fail(error, fmt::format("{}: not an {} picture; convert it to one", name, kFormats));
   }
   const long long pixels = static_cast<long long>(width) * height;
   if (width > kLargestSide || height > kLargestSide || pixels > kMostPixels) {
@@ -107,9 +144,11 @@ BitmapPtr LoadPictureFromMemory(const unsigned char* bytes, std::size_t size,
   if (!AreHdrRowsWhole(file, width, height)) {
     return Fail(error, fmt::format("{}: the picture ends early; write it anew", name));
   }
-  // HDR pictures arrive as (value ^ (1 / 2.2)), clamped to 0 to 1: stb_image's own default.
-  const std::unique_ptr<stbi_uc, decltype(&std::free)> pixelBytes(
-      stbi_load_from_memory(bytes, length, &width, &height, &channels, 4), &std::free);
+  const DecodedBytes pixelBytes =
+      stbi_is_hdr_from_memory(bytes, length)
+          ? DecodeHdr(bytes, length, facts)
+          : DecodedBytes(stbi_load_from_memory(bytes, length, &width, &height, &channels, 4),
+                         &std::free);
   if (!pixelBytes) {
     return Fail(
         error, fmt::format("{}: the picture is broken ({}); write it anew", name, DecoderReason()));

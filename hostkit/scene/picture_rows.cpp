@@ -2,9 +2,9 @@
 #include <Imath/half.h>
 
 #include <algorithm>
-#include <array>
 
 #include "hostkit/scene/picture_encoders.h"
+#include "hostkit/services/half_bytes.h"
 
 namespace hostkit {
 namespace {
@@ -15,28 +15,10 @@ float ToFloat(std::uint16_t bits) {
   return value;
 }
 
-// 0 to 1 into 0 to 255, rounded; what is not a number becomes 0.
-unsigned char ToByte(float value) {
-  if (!(value > 0)) return 0;
-  return static_cast<unsigned char>(std::min(value, 1.0f) * 255.0f + 0.5f);
-}
-
-// Bytes of all half values: four times faster than converting each pixel.
-const std::array<unsigned char, 65536>& ByteTable() {
-  static const auto table = [] {
-    std::array<unsigned char, 65536> bytes;
-    for (unsigned i = 0; i < bytes.size(); ++i) {
-      bytes[i] = ToByte(ToFloat(static_cast<std::uint16_t>(i)));
-    }
-    return bytes;
-  }();
-  return table;
-}
-
 }  // namespace
 
 void RowToRgb(const PicturePixels& pixels, int y, unsigned char* row) {
-  const auto& bytes = ByteTable();
+  const auto& bytes = HalfToByte();
   const std::uint16_t* from = pixels.colors + y * pixels.colorRowStep;
   for (int x = 0; x < pixels.width; ++x, from += 4, row += 3) {
     row[0] = bytes[from[2]];
@@ -46,7 +28,7 @@ void RowToRgb(const PicturePixels& pixels, int y, unsigned char* row) {
 }
 
 void RowToStraightRgba(const PicturePixels& pixels, int y, unsigned char* row) {
-  const auto& bytes = ByteTable();
+  const auto& bytes = HalfToByte();
   const std::uint16_t* from = pixels.colors + y * pixels.colorRowStep;
   for (int x = 0; x < pixels.width; ++x, from += 4, row += 4) {
     row[3] = bytes[from[3]];

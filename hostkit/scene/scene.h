@@ -17,6 +17,7 @@
 #include "host/Bitmap.h"
 #include "host/Colors.h"
 #include "host/Vectors.h"
+#include "hostkit/scene/scene_motion.h"
 
 namespace hostkit {
 
@@ -88,6 +89,7 @@ struct Scene {
   std::vector<SceneInstance> instances;
   std::vector<SceneCamera> cameras;
   std::vector<SceneLight> lights;
+  SceneMotion motion;
   std::vector<std::string> warnings;  ///< One line each: textures that could not be read, and such.
 
   /// Bounds of all instances in world space; empty when nothing is placed.

@@ -553,7 +553,7 @@ TEST_F(Import, BadPicturesAreRefusedWithTheirReason) {
       {(m_folder / "none.png").string(), "no such picture"},
       {m_folder.string(), "is a folder"},
       {Write("empty.png", ""), "is empty"},
-      {Write("text.png", "not a picture at all"), "not a PNG"},
+      {Write("text.png", "not a picture at all"), "not an EXR, PNG"},
       {Write("half.png", FourColorsPng().substr(0, 50)), "broken"},
       {Write("huge.bmp", huge), "too many"}};
   for (const auto& [path, reason] : cases) {

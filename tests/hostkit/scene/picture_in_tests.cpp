@@ -1,7 +1,11 @@
 // Picture files that are broken in ways that the decoder does not survive.
+#include <OpenEXR/ImfRgbaFile.h>
+#include <OpenEXR/ImfStdIO.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 
@@ -45,6 +49,7 @@ TEST_F(PicturesIn, JpegTablesMustHaveRoom) {
   auto* colors = picture.bitmap->CreateRGBABuffer("ColorAlpha", HBitmapBuffer::kHalfChannel, 9, 9);
   picture.bitmap->AddBuffer(colors);
   colors->AllocateData(0);
+  std::fill_n(static_cast<std::uint16_t*>(colors->GetData(0)), 9 * 9 * 4, 0);
   ASSERT_TRUE(hostkit::WritePicture(path, picture, {}, {}, &m_error)) << m_error;
   EXPECT_NE(hostkit::LoadPicture(path, &m_error), nullptr) << m_error;
   std::filesystem::remove(path);
@@ -56,6 +61,32 @@ TEST_F(PicturesIn, JpegTablesMustHaveRoom) {
   EXPECT_NE(m_error.find("tables"), std::string::npos) << m_error;
   EXPECT_EQ(Load("\xFF\xFF\xD8" + comment + "\xFF" + table), 0);
   EXPECT_NE(m_error.find("tables"), std::string::npos) << m_error;
+}
+
+TEST_F(PicturesIn, ExrHeadersMustBeWhole) {
+  Imf::StdOSStream stream;
+  {
+    Imf::RgbaOutputFile file(stream, Imf::Header(3, 2), Imf::WRITE_RGBA);
+    const Imf::Rgba row[3] = {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
+    file.setFrameBuffer(row, 1, 0);
+    file.writePixels(2);
+  }
+  const std::string whole = stream.str();
+  ASSERT_EQ(Load(whole), 3) << m_error;
+  for (std::size_t cut = 4; cut < whole.size(); ++cut) EXPECT_EQ(Load(whole.substr(0, cut)), 0);
+
+  // A gigabyte of channels, and a window that is one byte short and so moves all that follows.
+  const auto changed = [&](const char* type, char last, char first) {
+    std::string file = whole;
+    const std::size_t at = file.find(std::string(type) + '\0') + std::string(type).size() + 1;
+    file[at] = first;
+    file[at + 3] = last;
+    return file;
+  };
+  EXPECT_EQ(Load(changed("box2i", 0, 15)), 0);
+  EXPECT_NE(m_error.find("header"), std::string::npos) << m_error;
+  EXPECT_EQ(Load(changed("chlist", 0x40, 1)), 0);
+  EXPECT_NE(m_error.find("header"), std::string::npos) << m_error;
 }
 
 TEST_F(PicturesIn, MessagesDoNotQuoteTheFile) {

@@ -1,0 +1,177 @@
+// Animations: imported from files that the test writes, and played.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <filesystem>
+#include <memory>
+#include <numbers>
+#include <string>
+#include <vector>
+
+#include "hostkit/scene/model_import.h"
+#include "hostkit/scene/node_animation.h"
+#include "samples/orrery.h"
+#include "samples/small_models.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using hostkit::Scene;
+using Imath::M44f;
+using Imath::V3f;
+using Imath::V4f;
+
+constexpr float kPi = std::numbers::pi_v<float>;
+constexpr float kNear = 1e-4f;
+
+std::unique_ptr<Scene> Import(const samples::Document& document) {
+  const std::string path =
+      (fs::temp_directory_path() / ("gl3-animation-" + std::to_string(getpid()) + ".glb")).string();
+  std::string error;
+  EXPECT_TRUE(samples::WriteFile(path, samples::ToGlb(document), &error)) << error;
+  std::unique_ptr<Scene> scene = hostkit::ImportModel(path, &error);
+  EXPECT_TRUE(scene) << error;
+  fs::remove(path);
+  return scene;
+}
+
+M44f At(const V3f& place) {
+  return M44f().setTranslation(place);
+}
+
+V4f AroundY(float angle) {
+  return {0, std::sin(angle / 2), 0, std::cos(angle / 2)};
+}
+
+/// base (lies still, moved up) > arm (turns) > spacer (lies still) > hand (moves and grows) > box,
+/// camera and light; a second box hangs on nothing that moves.
+samples::Document Arm() {
+  samples::Document document;
+  document.materials.resize(1);
+  document.meshes.push_back({"box", samples::Box({1, 1, 1}, 1), 0});
+  document.cameras.resize(1);
+  document.lights.push_back({"lamp", "point", {1, 1, 1}, 10, 0, 0.7f});
+  document.nodes = {{"base", At({0, 10, 0}), -1, -1, -1, -1}, {"arm", M44f(), -1, -1, -1, 0},
+                    {"spacer", At({2, 0, 0}), -1, -1, -1, 1}, {"hand", At({0, 0, 1}), 0, -1, -1, 2},
+                    {"eye", At({0, 0, 3}), -1, 0, -1, 3},     {"lamp", At({0, 1, 0}), -1, -1, 0, 3},
+                    {"rock", At({-5, 0, 0}), 0, -1, -1, 0}};
+  document.cameras[0].name = "eye";
+  document.animations = {
+      {"swing",
+       {{1, "rotation", {1, 3}, {AroundY(0), AroundY(kPi / 2)}},
+        {3, "translation", {1, 2, 3}, {{0, 0, 1, 0}, {0, 4, 1, 0}, {0, 0, 1, 0}}},
+        {3, "scale", {1, 3}, {{1, 1, 1, 0}, {3, 3, 3, 0}}}}},
+      {"nod", {{3, "translation", {0, 1}, {{0, 0, 0, 0}, {0, -1, 0, 0}}}}}};
+  return document;
+}
+
+V3f PlaceOf(const Scene& scene, std::size_t instance) {
+  return V3f(0.0f) * scene.instances.at(instance).toWorld;
+}
+
+void ExpectNear(const V3f& value, const V3f& expected) {
+  EXPECT_TRUE(value.equalWithAbsError(expected, kNear)) << value << " is not " << expected;
+}
+
+TEST(Animation, MovesInstancesThroughTheTreeOfNodes) {
+  const auto scene = Import(Arm());
+  ASSERT_TRUE(scene);
+  EXPECT_EQ(scene->motion.nodes.size(), 2u) << "nodes that lie still are folded away";
+  ASSERT_EQ(scene->instances.size(), 2u);
+  const std::vector<int> swing = hostkit::FindAnimations(*scene, "");
+  ASSERT_EQ(swing.size(), 1u);
+  EXPECT_EQ(scene->motion.animations[0].name, "swing");
+  EXPECT_DOUBLE_EQ(scene->motion.animations[0].duration, 3);
+
+  const float h = std::sqrt(0.5f);
+  const struct {
+    double time;
+    V3f hand;
+    float size;
+  } cases[] = {
+      {-5, {2, 10, 1}, 1},  // before its beginning
+      {1, {2, 10, 1}, 1},
+      // An eighth of a turn takes x to x - z, and z to x + z.
+      {2, {2 * h + h, 14, -2 * h + h}, 2},
+      {3, {1, 10, -2}, 3},
+      {99, {1, 10, -2}, 3},
+  };
+  for (const auto& [time, hand, size] : cases) {
+    SCOPED_TRACE(time);
+    hostkit::PoseScene(*scene, swing, time);
+    ExpectNear(PlaceOf(*scene, 0), hand);
+    V3f across;
+    scene->instances[0].toWorld.multDirMatrix(V3f(0, 1, 0), across);
+    EXPECT_NEAR(across.length(), size, kNear);
+    ExpectNear(PlaceOf(*scene, 1), {-5, 10, 0});
+  }
+  // The turn is at an even pace along the arc, where straight quaternions would lag behind.
+  hostkit::PoseScene(*scene, swing, 1.5);
+  V3f along;
+  scene->instances[0].toWorld.multDirMatrix(V3f(1, 0, 0), along);
+  EXPECT_NEAR(std::atan2(-along.z, along.x), kPi / 8, kNear);
+
+  hostkit::PoseScene(*scene, {}, 2);
+  ExpectNear(PlaceOf(*scene, 0), {2, 10, 1});
+}
+
+TEST(Animation, TakesCamerasAndLightsAlong) {
+  const auto scene = Import(Arm());
+  ASSERT_TRUE(scene);
+  hostkit::PoseScene(*scene, hostkit::FindAnimations(*scene, "swing"), 3);
+  // The hand is at (1, 10, -2), three times as large, and its z axis points along x.
+  ExpectNear(scene->cameras.at(0).eye, {1 + 9, 10, -2});
+  ExpectNear(scene->cameras[0].forward, {-1, 0, 0});
+  ExpectNear(scene->cameras[0].up, {0, 1, 0});
+  ExpectNear(scene->lights.at(0).position, {1, 13, -2});
+}
+
+TEST(Animation, IsFoundByNameInEveryMergedModel) {
+  const auto scene = Import(Arm());
+  ASSERT_TRUE(scene);
+  EXPECT_EQ(hostkit::FindAnimations(*scene, "nod"), std::vector<int>{1});
+  EXPECT_TRUE(hostkit::FindAnimations(*scene, "Nod").empty());
+  hostkit::AppendScene(*scene, std::move(*Import(Arm())));
+  EXPECT_EQ(hostkit::FindAnimations(*scene, ""), (std::vector<int>{0, 2}));
+  EXPECT_EQ(hostkit::FindAnimations(*scene, "nod"), (std::vector<int>{1, 3}));
+  hostkit::PoseScene(*scene, hostkit::FindAnimations(*scene, ""), 3);
+  ExpectNear(PlaceOf(*scene, 0), {1, 10, -2});
+  ExpectNear(PlaceOf(*scene, 2), {1, 10, -2});
+  ExpectNear(scene->cameras.at(1).eye, scene->cameras[0].eye);
+  ExpectNear(scene->lights.at(1).position, scene->lights[0].position);
+  // The second model alone moves.
+  hostkit::PoseScene(*scene, {3}, 1);
+  ExpectNear(PlaceOf(*scene, 0), {2, 10, 1});
+  ExpectNear(PlaceOf(*scene, 2), {2, 9, 0});
+}
+
+TEST(Animation, ReachHoldsEveryMomentOfIt) {
+  const auto scene = Import(samples::Orrery());
+  ASSERT_TRUE(scene);
+  const auto orbits = hostkit::FindAnimations(*scene, "Orbits");
+  const hostkit::SceneReach reach = hostkit::MeasureReach(*scene, orbits);
+  Imath::Box3f grown = reach.bounds;  // between the moments that were looked at
+  grown.min -= V3f(0.05f);
+  grown.max += V3f(0.05f);
+  for (int i = 0; i <= 40; ++i) {
+    hostkit::PoseScene(*scene, orbits, i * 0.1);
+    const Imath::Box3f bounds = scene->Bounds();
+    EXPECT_TRUE(grown.intersects(bounds.min) && grown.intersects(bounds.max)) << i;
+  }
+  EXPECT_LT(reach.bounds.max.x, 3.1f) << "2.2 + 0.5 for the arms, and the moon's size";
+  EXPECT_GT(reach.bounds.max.x, 2.4f);
+}
+
+TEST(Animation, KeysThatAreNoNumbersAreLeftOut) {
+  samples::Document document = Arm();
+  const float nan = std::nanf("");
+  document.animations = {
+      {"broken", {{3, "translation", {0, 1, 2}, {{0, 0, 1, 0}, {nan, 0, 0, 0}, {0, 2, 1, 0}}}}}};
+  const auto scene = Import(document);
+  ASSERT_TRUE(scene);
+  hostkit::PoseScene(*scene, {0}, 1);
+  ExpectNear(PlaceOf(*scene, 0), {2, 11, 1});
+}
+
+}  // namespace
