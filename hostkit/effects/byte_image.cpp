@@ -1,0 +1,139 @@
+// Pictures as the effects take them: from and to finished pictures.
+#include "hostkit/effects/byte_image.h"
+
+#include <Imath/half.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "hostkit/services/half_bytes.h"
+
+namespace hostkit {
+namespace {
+
+// Rounding to half floats can lift a colour that was 1 by this much when it is divided by alpha.
+constexpr float kOne = 1 + 1.0f / 512;
+
+float ToFloat(std::uint16_t bits) {
+  half value;
+  value.setBits(bits);
+  return value;
+}
+
+BitmapPtr NewBitmap(const char* name, HBitmapBuffer::ChannelType type, int width, int height) {
+  BitmapPtr bitmap(new HBitmapNode(width, height));
+  HRGBABuffer* buffer = bitmap->CreateRGBABuffer(name, type, width, height);
+  if (!buffer) return nullptr;
+  const bool allocated = buffer->AllocateData(0) != 0;
+  bitmap->AddBuffer(buffer);
+  return allocated ? std::move(bitmap) : nullptr;
+}
+
+/// One row of a picture into straight bytes; tells whether a colour was above 1.
+bool RowToBytes(const std::uint16_t* from, int width, bool hasAlpha, unsigned char* to) {
+  const auto& bytes = HalfToByte();
+  constexpr std::uint16_t kHalfOne = 0x3c00, kHalfInfinity = 0x7c00;
+  bool clipped = false;
+  for (int x = 0; x < width; ++x, from += 4, to += 4) {
+    to[3] = hasAlpha ? bytes[from[3]] : 255;
+    const float alpha = to[3] == 255 ? 1 : ToFloat(from[3]);
+    for (int c = 0; c < 3; ++c) {
+      const std::uint16_t bits = from[2 - c];
+      if (to[3] == 255) {
+        to[c] = bytes[bits];
+        clipped |= bits > kHalfOne && bits <= kHalfInfinity;
+      } else if (to[3] == 0) {
+        to[c] = 0;
+      } else {
+        const float value = ToFloat(bits) / alpha;
+        to[c] = ToByte(value);
+        clipped |= value > kOne;
+      }
+    }
+  }
+  return clipped;
+}
+
+}  // namespace
+
+unsigned char* ByteRow(const HBitmapNode& bitmap, int y) {
+  auto* buffer = static_cast<HRGBABuffer*>(bitmap.FindBuffer("Color"));
+  return static_cast<unsigned char*>(buffer->GetData(y));
+}
+
+std::uint16_t* HalfRow(const HBitmapNode& bitmap, int y) {
+  auto* buffer = static_cast<HRGBABuffer*>(bitmap.FindBuffer("ColorAlpha"));
+  return static_cast<std::uint16_t*>(buffer->GetData(y));
+}
+
+BitmapPtr NewByteBitmap(int width, int height) {
+  return NewBitmap("Color", HBitmapBuffer::kByteChannel, width, height);
+}
+
+BitmapPtr NewHalfBitmap(int width, int height) {
+  return NewBitmap("ColorAlpha", HBitmapBuffer::kHalfChannel, width, height);
+}
+
+ByteImage TakeByteBitmap(BitmapPtr bitmap) {
+  unsigned char all = 255;
+  for (int y = 0; y < bitmap->GetHeight(); ++y) {
+    const unsigned char* row = ByteRow(*bitmap, y);
+    for (int x = 0; x < bitmap->GetWidth(); ++x) all &= row[4 * x + 3];
+  }
+  return {std::move(bitmap), all != 255};
+}
+
+ByteImage BytesFromPicture(const Picture& picture, bool* clipped) {
+  const HBitmapNode& from = *picture.bitmap;
+  ByteImage image{NewByteBitmap(from.GetWidth(), from.GetHeight()), picture.hasAlpha};
+  *clipped = false;
+  for (int y = 0; image.bitmap && y < from.GetHeight(); ++y) {
+    *clipped |=
+        RowToBytes(HalfRow(from, y), from.GetWidth(), picture.hasAlpha, ByteRow(*image.bitmap, y));
+  }
+  return image;
+}
+
+BitmapPtr BytesFromHalves(const HBitmapNode& halves) {
+  const auto& bytes = HalfToByte();
+  BitmapPtr bitmap = NewByteBitmap(halves.GetWidth(), halves.GetHeight());
+  for (int y = 0; bitmap && y < halves.GetHeight(); ++y) {
+    const std::uint16_t* from = HalfRow(halves, y);
+    unsigned char* to = ByteRow(*bitmap, y);
+    for (int x = 0; x < halves.GetWidth(); ++x, from += 4, to += 4) {
+      to[0] = bytes[from[2]];
+      to[1] = bytes[from[1]];
+      to[2] = bytes[from[0]];
+      to[3] = bytes[from[3]];
+    }
+  }
+  return bitmap;
+}
+
+void PutOnBlack(ByteImage* image) {
+  if (!image->hasAlpha) return;
+  for (int y = 0; y < image->Height(); ++y) {
+    unsigned char* pixel = ByteRow(*image->bitmap, y);
+    for (int x = 0; x < image->Width(); ++x, pixel += 4) {
+      for (int c = 0; c < 3; ++c) {
+        pixel[c] = static_cast<unsigned char>((pixel[c] * pixel[3] + 127) / 255);
+      }
+      pixel[3] = 255;
+    }
+  }
+  image->hasAlpha = false;
+}
+
+void Premultiply(HBitmapNode* halves) {
+  constexpr std::uint16_t kHalfOne = 0x3c00;
+  for (int y = 0; y < halves->GetHeight(); ++y) {
+    std::uint16_t* pixel = HalfRow(*halves, y);
+    for (int x = 0; x < halves->GetWidth(); ++x, pixel += 4) {
+      if (pixel[3] == kHalfOne) continue;
+      const float alpha = ToFloat(pixel[3]);
+      for (int c = 0; c < 3; ++c) pixel[c] = half(ToFloat(pixel[c]) * alpha).bits();
+    }
+  }
+}
+
+}  // namespace hostkit

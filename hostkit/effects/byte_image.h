@@ -1,0 +1,49 @@
+// Pictures as the effects take them: 8 bits a channel, straight alpha.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "hostkit/scene/picture.h"
+#include "hostkit/scene/scene.h"
+
+namespace hostkit {
+
+/// A bitmap with one "Color" buffer: red, green, blue, alpha bytes, top row first. Without
+/// `hasAlpha` every alpha is 255.
+struct ByteImage {
+  BitmapPtr bitmap;
+  bool hasAlpha = false;
+
+  int Width() const { return bitmap->GetWidth(); }
+  int Height() const { return bitmap->GetHeight(); }
+};
+
+/// First byte of row `y` of a bitmap's "Color" buffer.
+unsigned char* ByteRow(const HBitmapNode& bitmap, int y);
+/// First half float (blue, green, red, alpha) of row `y` of a bitmap's newest "ColorAlpha" buffer.
+std::uint16_t* HalfRow(const HBitmapNode& bitmap, int y);
+
+/// New bitmaps with a zeroed "Color" or "ColorAlpha" buffer. Null without memory.
+BitmapPtr NewByteBitmap(int width, int height);
+BitmapPtr NewHalfBitmap(int width, int height);
+
+/// A bitmap with a "Color" buffer (as LoadPicture gives it) as an image; alpha is looked at.
+ByteImage TakeByteBitmap(BitmapPtr bitmap);
+
+/// A finished picture, its colours divided by alpha where there is one. What is fully transparent
+/// becomes black. `*clipped` tells whether a colour was above 1, which 8 bits do not hold. An image
+/// without bitmap when memory runs out.
+ByteImage BytesFromPicture(const Picture& picture, bool* clipped);
+
+/// What the module made ("ColorAlpha", straight) as bytes. Null without memory.
+BitmapPtr BytesFromHalves(const HBitmapNode& halves);
+
+/// The picture on black: colours times alpha, alpha 255.
+void PutOnBlack(ByteImage* image);
+
+/// Multiplies the colours of a "ColorAlpha" buffer by its alpha, which makes what the module hands
+/// out the colours of a Picture.
+void Premultiply(HBitmapNode* halves);
+
+}  // namespace hostkit

@@ -1,0 +1,59 @@
+// Several effects, one after another, on one picture.
+#include "hostkit/effects/effect_chain.h"
+
+#include <cstddef>
+#include <cstring>
+#include <utility>
+
+#include "hostkit/effects/effect_twins.h"
+
+namespace hostkit {
+namespace {
+
+constexpr const char* kNoMemory = "memory ran out; try a smaller picture";
+
+/// A finished picture with the colours of a straight result.
+Picture Finish(BitmapPtr halves, bool hasAlpha) {
+  if (hasAlpha) Premultiply(halves.get());
+  return {std::move(halves), hasAlpha};
+}
+
+}  // namespace
+
+Picture RunEffects(EffectRunner& runner, const std::vector<EffectCall>& calls, bool verify,
+                   ByteImage image, std::vector<EffectStep>* steps, std::string* error) {
+  steps->clear();
+  BitmapPtr result;
+  for (const EffectCall& call : calls) {
+    if (result) image.bitmap = BytesFromHalves(*result);
+    result.reset();
+    if (!image.bitmap) break;
+    if (call.kind->alpha == AlphaRule::kMakesOpaque) PutOnBlack(&image);
+    EffectStep step;
+    result = runner.Run(call, *image.bitmap, &step.times, error);
+    if (!result) return {};
+    if (verify) {
+      step.difference = LargestDifference(RunTwin(call, TwinFromBytes(*image.bitmap)), *result);
+    }
+    steps->push_back(step);
+  }
+  if (result) return Finish(std::move(result), image.hasAlpha);
+  *error = kNoMemory;
+  return {};
+}
+
+bool ApplyEffects(EffectRunner& runner, const std::vector<EffectCall>& calls, Picture* picture,
+                  bool* clipped, std::vector<EffectStep>* steps, std::string* error) {
+  ByteImage image = BytesFromPicture(*picture, clipped);
+  const Picture result = RunEffects(runner, calls, false, std::move(image), steps, error);
+  if (!result.bitmap) return false;
+  const auto rowBytes =
+      static_cast<std::size_t>(result.bitmap->GetWidth()) * 4 * sizeof(std::uint16_t);
+  for (int y = 0; y < result.bitmap->GetHeight(); ++y) {
+    std::memcpy(HalfRow(*picture->bitmap, y), HalfRow(*result.bitmap, y), rowBytes);
+  }
+  picture->hasAlpha = result.hasAlpha;
+  return true;
+}
+
+}  // namespace hostkit
