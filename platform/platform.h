@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "platform/win32.h"
 
@@ -41,6 +42,34 @@ HWND AdoptWindow(unsigned long number, std::string* reason = nullptr);
 /// read then: GL3_PLATFORM (surfaceless, x11, device) and GL3_DEVICE (auto, cpu, gpu or a device
 /// number; cpu means the software renderer even where there is a GPU).
 const DisplayReport& DescribeDisplay();
+
+/// A way to reach OpenGL, and what became of it.
+struct DisplayChoice {
+  std::string name;       ///< Of a platform, as in DisplayReport; of a device: what EGL calls it.
+  int device = -1;        ///< A device's number, as GL3_DEVICE takes it; -1 for a platform.
+  bool software = false;  ///< A device that draws on the processor.
+  bool chosen = false;    ///< In use by the display of this process.
+  std::string reason;     ///< Why it was chosen, or was not.
+};
+
+/// Every platform in the order of trying, then every device in EGL's order. Opens the display as
+/// DescribeDisplay does; no further one is opened, so that what was not tried says just that.
+std::vector<DisplayChoice> DescribeChoices();
+
+/// Every device in EGL's order, without opening the display: none is chosen, and no reason given.
+std::vector<DisplayChoice> ListDisplayDevices();
+
+/// What the GL says of itself.
+struct RendererReport {
+  std::string vendor, renderer, version, shadingLanguage;
+  int textureSize = 0;   ///< Pixels a side.
+  int viewportSize = 0;  ///< Pixels; the smaller side.
+  std::vector<std::string> extensions;
+};
+
+/// Asks a context of its own on the process's display, and leaves the current one current. Empty
+/// strings when there is no context to be had.
+RendererReport DescribeRenderer();
 
 /// GL_RENDERER and GL_VERSION of the current context; empty without one.
 std::string CurrentRenderer();

@@ -1,16 +1,15 @@
 // Choice of the EGL platform and device, after GL3_PLATFORM and GL3_DEVICE.
 #include "platform/egl/display.h"
 
-#include <EGL/eglext.h>
-
-#include <array>
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "platform/egl/devices.h"
 #include "platform/egl/pixel_format.h"
 #include "platform/x11/server.h"
 
@@ -27,57 +26,23 @@ struct DeviceWish {
   int number = -1;
 };
 
-struct DeviceEntry {
-  EGLDeviceEXT egl;
-  int number;
-  bool software;
-  std::string name;
-};
-
 std::string Environment(const char* name) {
   const char* value = std::getenv(name);
   return value ? value : "";
 }
 
-template <typename Function>
-Function EglFunction(const char* name) {
-  return reinterpret_cast<Function>(eglGetProcAddress(name));
+/// Remembers why a platform or device was not taken; `problem` is empty when it was.
+std::string Noted(Display& display, const std::string& what, std::string problem) {
+  if (!problem.empty()) display.refusals.push_back({what, problem});
+  return problem;
 }
 
-const char* DeviceText(EGLDeviceEXT device, EGLint name) {
-  static const auto query = EglFunction<PFNEGLQUERYDEVICESTRINGEXTPROC>("eglQueryDeviceStringEXT");
-  const char* text = query ? query(device, name) : nullptr;
-  return text ? text : "";
-}
-
-bool IsSoftware(EGLDeviceEXT device) {
-  return HasName(DeviceText(device, EGL_EXTENSIONS), "EGL_MESA_device_software");
-}
-
-std::string DeviceName(EGLDeviceEXT device) {
-  const char* extensions = DeviceText(device, EGL_EXTENSIONS);
-  if (IsSoftware(device)) return "software";
-  std::string name;
-  if (HasName(extensions, "EGL_EXT_device_query_name")) {
-    name = DeviceText(device, EGL_RENDERER_EXT);
-  }
-  if (name.empty() && HasName(extensions, "EGL_EXT_device_drm")) {
-    name = DeviceText(device, EGL_DRM_DEVICE_FILE_EXT);
-  }
-  return name.empty() ? "hardware" : name;
-}
-
-std::vector<DeviceEntry> ListDevices() {
-  const auto query = EglFunction<PFNEGLQUERYDEVICESEXTPROC>("eglQueryDevicesEXT");
-  std::array<EGLDeviceEXT, 64> devices{};
-  EGLint count = 0;
-  if (!query || !query(static_cast<EGLint>(devices.size()), devices.data(), &count)) return {};
-  std::vector<DeviceEntry> list;
-  for (int i = 0; i < count; i++) {
-    EGLDeviceEXT device = devices[static_cast<std::size_t>(i)];
-    list.push_back({device, i, IsSoftware(device), DeviceName(device)});
-  }
-  return list;
+/// Closes a display that turned out not to fit.
+void Close(Display& display) {
+  eglTerminate(display.egl);
+  Display closed;
+  closed.refusals = std::move(display.refusals);
+  display = std::move(closed);
 }
 
 /// Initialises a display and sees that desktop OpenGL and pbuffers are there. Returns why not,
@@ -109,14 +74,6 @@ std::string StartDisplay(EGLDisplay egl, const char* platformName, Display& disp
   display.report.vendor =
       std::string(eglQueryString(egl, EGL_VENDOR)) + ", " + eglQueryString(egl, EGL_VERSION);
   return "";
-}
-
-/// Whether the device that an open display chose by itself draws on the processor.
-bool DisplayIsSoftware(EGLDisplay egl) {
-  const auto query = EglFunction<PFNEGLQUERYDISPLAYATTRIBEXTPROC>("eglQueryDisplayAttribEXT");
-  EGLAttrib device = 0;
-  if (!query || !query(egl, EGL_DEVICE_EXT, &device) || device == 0) return false;
-  return IsSoftware(reinterpret_cast<EGLDeviceEXT>(device));
 }
 
 EGLDisplay PlatformDisplay(EGLenum name, void* native) {
@@ -165,11 +122,13 @@ std::string TryDevices(const DeviceWish& wish, Display& display) {
       const std::string problem =
           StartDisplay(PlatformDisplay(EGL_PLATFORM_DEVICE_EXT, device.egl), "device", display);
       if (problem.empty()) {
+        display.device = device.number;
         display.report.device = label;
         display.report.software = software;
         display.report.reason = skipped + "chose " + label;
         return "";
       }
+      Noted(display, std::to_string(device.number), problem);
       skipped += "skipped " + label + ": " + problem + "; ";
     }
   }
@@ -191,11 +150,11 @@ std::string TryPlatform(EGLenum name, const char* text, const char* extension,
   if (wish.kind == DeviceKind::kCpu) setenv("LIBGL_ALWAYS_SOFTWARE", "1", 1);
   const std::string problem = StartDisplay(PlatformDisplay(name, native), text, display);
   if (!problem.empty()) return std::string("the ") + text + " platform " + problem;
-  display.report.software = DisplayIsSoftware(display.egl);
+  EGLDeviceEXT const device = DeviceOf(display.egl);
+  display.report.software = device && IsSoftware(device);
   const bool software = display.report.software;
   if ((wish.kind == DeviceKind::kGpu && software) || (wish.kind == DeviceKind::kCpu && !software)) {
-    eglTerminate(display.egl);
-    display = Display{};
+    Close(display);
     return std::string("GL3_DEVICE=") + (software ? "gpu" : "cpu") + ": the " + text +
            " platform draws on the " + (software ? "processor" : "graphics processor") +
            " here; set GL3_DEVICE to auto or leave GL3_PLATFORM out";
@@ -219,8 +178,7 @@ std::string TryWindows(const DeviceWish& wish, Display& display) {
     display.windowConfig = ChooseWindowConfig(display.egl, DefaultVisualId(server));
     if (display.windowConfig) return "";
     problem = "the x11 platform has no desktop OpenGL for windows";
-    eglTerminate(display.egl);
-    display = Display{};
+    Close(display);
   }
   CloseXServer();
   return problem + "; DISPLAY is " + Environment("DISPLAY");
@@ -233,9 +191,9 @@ std::string TryX11(const DeviceWish& wish, Display& display) {
 }
 
 std::string TryOffScreen(const DeviceWish& wish, Display& display) {
-  const std::string device = TryDevices(wish, display);
+  const std::string device = Noted(display, "device", TryDevices(wish, display));
   if (device.empty()) return "";
-  const std::string surfaceless = TrySurfaceless(wish, display);
+  const std::string surfaceless = Noted(display, "surfaceless", TrySurfaceless(wish, display));
   if (!surfaceless.empty()) {
     return wish.kind == DeviceKind::kAuto ? device + "; " + surfaceless : device;
   }
@@ -245,7 +203,7 @@ std::string TryOffScreen(const DeviceWish& wish, Display& display) {
 
 std::string TryInTurn(const DeviceWish& wish, Display& display) {
   if (!g_windowsWanted) return TryOffScreen(wish, display);
-  const std::string windows = TryWindows(wish, display);
+  const std::string windows = Noted(display, "x11", TryWindows(wish, display));
   if (windows.empty()) return "";
   const std::string problem = TryOffScreen(wish, display);
   if (!problem.empty()) return windows + "; " + problem;
@@ -285,6 +243,7 @@ Display ChooseDisplay() {
   for (const auto& platform : kPlatforms) {
     if (platform.name != wanted) continue;
     const std::string problem = platform.attempt(wish, display);
+    if (!wanted.empty()) Noted(display, wanted, problem);
     if (!problem.empty()) display.report.reason = problem;
     return display;
   }
