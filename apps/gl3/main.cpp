@@ -17,12 +17,17 @@ namespace {
 
 constexpr Verb kVerbs[] = {
     {"render", "Draw model files into a picture (PNG, EXR or JPEG)", AddRenderVerb},
+    {"filter", "Put pictures through effects (blur, sharpen, edges and more)", AddFilterVerb},
+    {"info", "Tell what OpenGL is found, and whether it will do", AddInfoVerb},
+    {"settings", "Show and change the renderer's settings", AddSettingsVerb},
 };
 
 constexpr const char* kFooter = R"(
 Examples:
   gl3 render chair.glb -o chair.png
+  gl3 filter photo.jpg -o soft.png --effect blur:radius=4
   gl3 render --help
+  gl3 info --check
 
 Environment (flags beat it):
   GL3_MODULE_PATH  folders to look for OpenGL3.so in, with colons between; else it

@@ -16,6 +16,7 @@ namespace gl3 {
 namespace {
 
 Verbosity g_verbosity = Verbosity::kNormal;
+const char* g_program = "gl3";
 std::string g_progress;  // what the last line of the terminal shows
 
 bool HasCursor() {
@@ -32,9 +33,9 @@ void PrintLine(const char* color, const std::string& text) {
   ShowProgress("");
   const std::string line = OneLine(text);
   if (UsesColor()) {
-    std::fprintf(stderr, "\033[%smgl3:\033[0m %s\n", color, line.c_str());
+    std::fprintf(stderr, "\033[%sm%s:\033[0m %s\n", color, g_program, line.c_str());
   } else {
-    std::fprintf(stderr, "gl3: %s\n", line.c_str());
+    std::fprintf(stderr, "%s: %s\n", g_program, line.c_str());
   }
 }
 
@@ -45,6 +46,10 @@ void SetVerbosity(Verbosity verbosity) {
 }
 Verbosity CurrentVerbosity() {
   return g_verbosity;
+}
+
+void SetProgramName(const char* name) {
+  g_program = name;
 }
 
 void PrintError(const std::string& text) {

@@ -29,8 +29,11 @@ struct Outcome {
 void SetVerbosity(Verbosity verbosity);
 Verbosity CurrentVerbosity();
 
-/// Each prints "gl3: " and the text as one line (line breaks and control characters become spaces),
-/// coloured on a terminal unless NO_COLOR is set.
+/// Who speaks in messages, "gl3" at the start. The text must stay.
+void SetProgramName(const char* name);
+
+/// Each prints the program's name, ": " and the text as one line (line breaks and control
+/// characters become spaces), coloured on a terminal unless NO_COLOR is set.
 void PrintError(const std::string& text);
 void PrintWarning(const std::string& text);
 void PrintNote(const std::string& text);

@@ -23,6 +23,14 @@ using Reader = std::function<bool(const std::string& text, std::string* error)>;
 CLI::Option* AddOption(CLI::App& app, const std::string& names, const std::string& type,
                        const std::string& help, Reader read);
 
+/// Adds an option that may go without its value, which then reads as an empty text. A value comes
+/// after an equals sign only, so that what follows is never taken for one.
+CLI::Option* AddOptionalValue(CLI::App& app, const std::string& name, const std::string& type,
+                              const std::string& help, Reader read);
+
+/// "#rgb", "#rrggbb", three numbers from 0 to 1 or a name, into display-referred values.
+bool ReadColor(const std::string& text, float rgb[3], std::string* error);
+
 /// A whole number from `least` to `most`.
 Reader IntegerReader(int least, int most, int* number);
 

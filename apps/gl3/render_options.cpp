@@ -5,7 +5,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cstdlib>
 
 #include "apps/gl3/option_readers.h"
 #include "apps/gl3/text.h"
@@ -16,16 +15,6 @@ namespace {
 constexpr int kMaxSide = 32768;
 /// 16384 x 16384: two gigabytes as half floats, what a machine can still be expected to hold.
 constexpr long long kMaxPixels = 1LL << 28;
-
-struct NamedColor {
-  const char* name;
-  float rgb[3];
-};
-constexpr NamedColor kColors[] = {
-    {"black", {0, 0, 0}},  {"white", {1, 1, 1}},   {"gray", {0.5f, 0.5f, 0.5f}},
-    {"red", {1, 0, 0}},    {"green", {0, 1, 0}},   {"blue", {0, 0, 1}},
-    {"yellow", {1, 1, 0}}, {"magenta", {1, 0, 1}}, {"cyan", {0, 1, 1}},
-};
 
 struct NamedView {
   const char* name;
@@ -42,11 +31,28 @@ display-referred (sRGB), as the renderer draws them.
 Without --camera, --eye or --view the whole model is shown from a three-quarter
 view. A camera of the file is used only when it is named.
 
+Sequences: -o holds #### or %04d for the frame's number and {camera} or %c for the
+camera's name (%% for a percent sign). The model is loaded once. Pictures appear
+whole or not at all, so a run that was ended goes on with --skip-existing; it asks
+only whether a picture is there, not how it was made. What moves in the model moves
+with the frames, skins and shape keys excepted.
+--like repeats the options of the recipe in a picture, and what the command line
+says comes first. Of a picture out of a sequence that frame alone is drawn, unless
+--frames or --turntable asks for more. It repeats neither -o nor --module nor what
+is told and waited for.
+
 Examples:
   gl3 render chair.glb -o chair.png
   gl3 render scene.dae -o shot.exr -s 1920x1080 --camera Camera01
   gl3 render part.stl -o icon.png -s 256x256 --no-background --view iso --parallel
-  gl3 render room.obj lamp.glb -o room.jpg --eye 0,1.7,4 --target 0,1,0 --fov 60)";
+  gl3 render room.obj lamp.glb -o room.jpg --eye 0,1.7,4 --target 0,1,0 --fov 60
+  gl3 render part.stl -o drawing.png --mode lines --crease 20 --background white
+  gl3 render house.glb -o plan.png --grid --text "South side,20,20" --overlay logo.png
+  gl3 render town.glb -o town.exr --depth town.exr --fog 50,400,#a8b4c0
+  gl3 render chair.glb -o turn_####.png --turntable 240 -s 640x360
+  gl3 render robot.glb -o %c/shot_%04d.exr --camera all --frames 1-100 --fps 25
+  gl3 render robot.glb -o shot_####.png --frames 1-1000 --chunk 2/8 --skip-existing
+  gl3 render --like shot_0007.png -o large.png -s 3840x2160)";
 
 bool ReadSize(const std::string& text, RenderOptions* options, std::string* error) {
   const std::size_t cross = text.find_first_of("xX");
@@ -66,39 +72,10 @@ bool ReadSize(const std::string& text, RenderOptions* options, std::string* erro
   return false;
 }
 
-bool ReadHexColor(const std::string& digits, float rgb[3]) {
-  if (digits.size() != 3 && digits.size() != 6) return false;
-  if (digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) return false;
-  const std::size_t each = digits.size() / 3;
-  for (std::size_t i = 0; i < 3; ++i) {
-    const long value = std::strtol(digits.substr(i * each, each).c_str(), nullptr, 16);
-    rgb[i] = static_cast<float>(each == 1 ? value * 17 : value) / 255.f;
-  }
-  return true;
-}
-
-bool ReadColor(const std::string& text, RenderOptions* options, std::string* error) {
+bool ReadBackground(const std::string& text, RenderOptions* options, std::string* error) {
   options->transparentBackground = text == "transparent";
-  if (options->transparentBackground) return true;
-  std::vector<std::string> names;
-  for (const NamedColor& color : kColors) {
-    names.emplace_back(color.name);
-    if (text != color.name) continue;
-    std::copy_n(color.rgb, 3, options->background);
-    return true;
-  }
-  float rgb[3];
-  const bool isRead =
-      !text.empty() && text[0] == '#' ? ReadHexColor(text.substr(1), rgb) : ParseTriple(text, rgb);
-  const auto inRange = [](float value) { return value >= 0 && value <= 1; };
-  if (isRead && std::all_of(rgb, rgb + 3, inRange)) {
-    std::copy_n(rgb, 3, options->background);
-    return true;
-  }
-  *error = fmt::format(
-      "{} is not a colour; give #rgb, #rrggbb, three numbers from 0 to 1 such as 0.2,0.2,0.3, "
-      "transparent or one of {}",
-      ShellQuote(text), JoinNames(names));
+  if (options->transparentBackground || ReadColor(text, options->background, error)) return true;
+  *error += "; or give transparent";
   return false;
 }
 
@@ -137,17 +114,21 @@ void AddPictureOptions(CLI::App& app, RenderOptions* options) {
                  "The picture: .png (8 bits, straight alpha), .exr (half floats,\n"
                  "premultiplied alpha), .jpg or .jpeg; replaced when it exists")
       ->type_name("OUT")
-      ->required()
+      ->take_last();
+  app.add_option("--like", options->like,
+                 "Repeat the recipe in this picture; models and options that are\n"
+                 "given as well come in place of the recipe's")
+      ->type_name("PICTURE")
       ->take_last();
   AddOption(app, "-s,--size", "WxH", "Pixels, each side 1 to 32768 (default 1280x720)",
             [=](const std::string& t, std::string* e) { return ReadSize(t, options, e); });
   AddOption(app, "--antialias", "N", "Samples a pixel, N x N, 1 to 4 (default 2; 1 draws fastest)",
             IntegerReader(1, 4, &options->samplesPerSide));
-  CLI::Option* background =
-      AddOption(app, "--background", "COLOR",
-                "#rgb, #rrggbb, r,g,b in 0..1, a name such as white, or\n"
-                "transparent (default #292b30)",
-                [=](const std::string& t, std::string* e) { return ReadColor(t, options, e); });
+  CLI::Option* background = AddOption(
+      app, "--background", "COLOR",
+      "#rgb, #rrggbb, r,g,b in 0..1, a name such as white, or\n"
+      "transparent (default #292b30)",
+      [=](const std::string& t, std::string* e) { return ReadBackground(t, options, e); });
   app.add_flag("--no-background", options->transparentBackground,
                "Alpha tells what the model covers (in JPEG: on black)")
       ->excludes(background);
@@ -161,10 +142,13 @@ void AddCameraOptions(CLI::App& app, RenderOptions* options) {
             "front, back, left, right, top, bottom, iso, or a direction X,Y,Z\n"
             "from the model to the eye; shows all of it (default 0.7,0.45,1)",
             [=](const std::string& t, std::string* e) { return ReadView(t, options, e); });
-  CLI::Option* camera = app.add_option("--camera", options->camera, "A camera of the model's file")
-                            ->type_name("NAME")
-                            ->take_last()
-                            ->excludes("--view");
+  CLI::Option* camera =
+      app.add_option("--camera", options->cameras,
+                     "A camera of the model's file; all, or given several times:\n"
+                     "a picture from each, with {camera} or %c in -o for its name")
+          ->type_name("NAME")
+          ->allow_extra_args(false)
+          ->excludes("--view");
   CLI::Option* eye = AddOption(app, "--eye", "X,Y,Z", "Where the eye is, in world units",
                                TripleReader(&options->eye));
   eye->excludes(camera)->excludes("--view");
@@ -185,16 +169,18 @@ void AddCameraOptions(CLI::App& app, RenderOptions* options) {
 void AddRenderOptions(CLI::App& app, RenderOptions* options) {
   app.set_help_flag("-h,--help", "Print this help");
   app.footer(kFooter);
-  app.add_option("MODEL", options->models, "Model files, merged into one scene")
-      ->type_name("...")
-      ->required();
+  app.add_option("MODEL", options->models, "Model files, merged into one scene")->type_name("...");
   AddPictureOptions(app, options);
   AddCameraOptions(app, options);
+  AddSequenceOptions(app, &options->sequence);
+  AddEffectOptions(app, &options->effects);
   AddDrawingOptions(app, &options->drawing);
   AddRunOptions(app, &options->run);
 }
 
-Outcome CheckRenderOptions(const RenderOptions& options) {
+namespace {
+
+Outcome CheckEye(const RenderOptions& options) {
   if (!options.eye) return {};
   if (options.up == Imath::V3f(0))
     return {kWrongUsage, "--up: 0,0,0 is no direction; give another"};
@@ -208,6 +194,21 @@ Outcome CheckRenderOptions(const RenderOptions& options) {
             "--up: it points along the line of sight; give another, such as --up 0,0,1"};
   }
   return {};
+}
+
+}  // namespace
+
+Outcome CheckRenderOptions(const RenderOptions& options) {
+  constexpr const char* kSee = " is required; gl3 render --help lists the options";
+  if (options.models.empty()) return {kWrongUsage, std::string("MODEL") + kSee};
+  if (options.output.empty()) return {kWrongUsage, std::string("--output") + kSee};
+  Outcome outcome = CheckEye(options);
+  if (outcome.status != kDone) return outcome;
+  outcome = CheckDrawingOptions(options.drawing);
+  if (outcome.status != kDone) return outcome;
+  outcome = CheckSequence(options.sequence, options.cameras, options.output);
+  if (outcome.status != kDone || options.drawing.depth.empty()) return outcome;
+  return CheckSequence(options.sequence, options.cameras, options.drawing.depth, "--depth");
 }
 
 }  // namespace gl3

@@ -8,8 +8,10 @@
 #include <vector>
 
 #include "apps/gl3/drawing_options.h"
+#include "apps/gl3/effect_options.h"
 #include "apps/gl3/messages.h"
 #include "apps/gl3/run_options.h"
+#include "apps/gl3/sequence_options.h"
 
 namespace CLI {
 class App;
@@ -19,7 +21,8 @@ namespace gl3 {
 
 struct RenderOptions {
   std::vector<std::string> models;  ///< Files, merged into one scene in this order.
-  std::string output;
+  std::string output;               ///< With places for frame and camera: see OutputPattern.
+  std::string like;                 ///< A picture whose recipe is repeated; empty: none.
 
   int width = 1280, height = 720;
   int samplesPerSide = 2;
@@ -27,8 +30,10 @@ struct RenderOptions {
   float background[3] = {0.16f, 0.17f, 0.19f};  ///< Display-referred, 0 to 1.
   bool transparentBackground = false;
   DrawingOptions drawing;
+  EffectOptions effects;  ///< On each finished picture.
 
-  std::string camera;                     ///< One of the model's own; empty: see below.
+  /// Of the model's own, by name, or "all"; empty: see below.
+  std::vector<std::string> cameras;
   std::optional<Imath::V3f> eye;          ///< World space; empty: fitted to the model.
   std::optional<Imath::V3f> target;       ///< Needs `eye`; empty: the middle of the model.
   Imath::V3f up{0, 1, 0};                 ///< Used with `eye`.
@@ -36,7 +41,11 @@ struct RenderOptions {
   std::optional<float> fieldOfView;       ///< Degrees, vertical; empty: the camera's own or 40.
   bool parallel = false;
 
+  SequenceOptions sequence;
   RunOptions run;
+
+  /// What the repeated recipe tells of its models: a path and a hash each, in their order.
+  std::vector<std::string> recipeInputs;
 };
 
 /// Adds the options to `app`; parsing fills `*options`, which must live until then.

@@ -1,9 +1,12 @@
 // `gl3 render`: options, checks that need no work, then the work in a supervised child.
 #include <memory>
+#include <string>
 
 #include "apps/gl3/file_checks.h"
 #include "apps/gl3/messages.h"
+#include "apps/gl3/output_pattern.h"
 #include "apps/gl3/render_options.h"
+#include "apps/gl3/repeat_recipe.h"
 #include "apps/gl3/supervised_child.h"
 #include "apps/gl3/verbs.h"
 #include "apps/gl3/work_library.h"
@@ -11,24 +14,75 @@
 namespace gl3 {
 namespace {
 
+/// A picture of the run, to see whether its folder can be written to; the names of the model's
+/// cameras are not known yet.
+std::string FirstOutput(const std::string& output, const RenderOptions& options) {
+  const std::string camera = options.cameras.empty() ? "" : FileNames(options.cameras).front();
+  return OutputPattern(output).Expand(options.sequence.Frames().front(), camera);
+}
+
+/// Whether the path has a camera's name in a folder, which may not be there for the first name.
+bool HasCameraFolder(const std::string& output) {
+  return OutputPattern(output.substr(0, output.rfind('/') + 1)).HasCamera();
+}
+
+Outcome CheckModel(const std::string& model, const RenderOptions& options) {
+  Outcome outcome = CheckInput(model);
+  if (outcome.status == kDone || options.like.empty()) return outcome;
+  outcome.message += ", or name models to draw like " + options.like;
+  return outcome;
+}
+
+Outcome CheckFolder(const std::string& output, const RenderOptions& options,
+                    const WorkTable& work) {
+  if (output.empty()) return {};
+  Outcome outcome = work.checkOutput(FirstOutput(output, options));
+  const bool isUncertain = outcome.status == kUnwritableOutput && HasCameraFolder(output);
+  return isUncertain ? Outcome() : outcome;
+}
+
 Outcome CheckBeforeWork(const RenderOptions& options, const WorkTable& work) {
   Outcome outcome = CheckRenderOptions(options);
-  if (outcome.status == kDone) outcome = work.checkOutput(options.output);
+  if (outcome.status == kDone) outcome = CheckFolder(options.output, options, work);
+  if (outcome.status == kDone) outcome = CheckFolder(options.drawing.depth, options, work);
   for (const std::string& model : options.models) {
-    if (outcome.status == kDone) outcome = CheckInput(model);
+    if (outcome.status == kDone) outcome = CheckModel(model, options);
   }
   return outcome;
 }
 
-int RunRender(const RenderOptions& options, const std::string& command) {
+int Fail(const Outcome& outcome) {
+  PrintError(outcome.message);
+  return outcome.status;
+}
+
+/// Reads the recipe that --like names, in a child since the file is foreign, and makes `*options`
+/// and `*command` of it.
+int TakeRecipe(const CLI::App& given, const WorkTable& work, RenderOptions* options,
+               std::string* command) {
+  std::string recipe;
+  const int status = RunSupervised(
+      options->run.limits, "",
+      [&](ParentLine& line, std::string* result) {
+        return work.storedRecipe(options->like, line, result);
+      },
+      &recipe);
+  if (status != kDone) return status;
+  Outcome outcome = RepeatRecipe(given, *command, recipe, options, command);
+  return outcome.status == kDone ? kDone : Fail(outcome);
+}
+
+int RunRender(const CLI::App& given, RenderOptions options, std::string command) {
   SetVerbosity(options.run.verbosity);
   Outcome outcome;
   const WorkTable* work = LoadWork(&outcome);
-  if (work) outcome = CheckBeforeWork(options, *work);
-  if (outcome.status != kDone) {
-    PrintError(outcome.message);
-    return outcome.status;
+  if (!work) return Fail(outcome);
+  if (!options.like.empty()) {
+    const int status = TakeRecipe(given, *work, &options, &command);
+    if (status != kDone) return status;
   }
+  outcome = CheckBeforeWork(options, *work);
+  if (outcome.status != kDone) return Fail(outcome);
   return RunSupervised(options.run.limits, options.output,
                        [&](ParentLine& line, std::string* result) {
                          return work->render(options, command, line, result);
@@ -40,7 +94,7 @@ int RunRender(const RenderOptions& options, const std::string& command) {
 VerbJob AddRenderVerb(CLI::App& app) {
   const auto options = std::make_shared<RenderOptions>();
   AddRenderOptions(app, options.get());
-  return [options](const std::string& command) { return RunRender(*options, command); };
+  return [options, &app](const std::string& command) { return RunRender(app, *options, command); };
 }
 
 }  // namespace gl3

@@ -59,7 +59,9 @@ void AddRunOptions(CLI::App& app, RunOptions* options) {
       ->type_name("PATH")
       ->take_last();
   Limits* limits = &options->limits;
-  AddOption(app, "--timeout", "SECONDS", "Give up after this time; 0: never (default 600)",
+  AddOption(app, "--timeout", "SECONDS",
+            "Give up after this time, counted anew from each picture of a\n"
+            "sequence; 0: never (default 600)",
             [=](const std::string& t, std::string* e) { return ReadTimeout(t, limits, e); });
   AddOption(app, "--max-memory", "SIZE",
             "Give up beyond this, such as 500M or 4G; 0: no limit (default:\n"

@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -41,7 +42,7 @@ constexpr PhaseMeaning kMeanings[] = {
     {kNoOpenGl, "starting the renderer", "try --device cpu; -v shows what the driver says"},
     {kUnreadableInput, "importing it",
      "the file is damaged or of a kind that cannot be read; export it anew or in another format"},
-    {kRunFailed, "drawing", "try --device cpu, a smaller --size or --antialias 1"},
+    {kRunFailed, "drawing", "try --device cpu or a smaller picture"},
     {kRunFailed, "writing it", "try another kind of picture"},
 };
 
@@ -78,7 +79,7 @@ std::uint64_t OwnMemory(pid_t process) {
   try {
     outcome = work(line, &result);
   } catch (const std::bad_alloc&) {
-    outcome = {kRunFailed, "memory: none is left; try a smaller --size or model"};
+    outcome = {kRunFailed, "memory: none is left; try a smaller picture or model"};
   } catch (const std::exception& error) {
     outcome = {kRunFailed, std::string("unexpected: ") + error.what() + "; please report this"};
   }
@@ -92,32 +93,41 @@ class Supervisor {
   Supervisor(const Limits& limits, const std::string& output, pid_t child, int pipe, int signals)
       : m_limits(limits), m_output(output), m_child(child), m_pipe(pipe), m_signals(signals) {}
 
-  int Watch();
+  /// Until the child is gone; the exit status. The result is printed, or goes to `*result`.
+  int Watch(std::string* result);
 
  private:
   bool ReadPipe();
   void Handle(const std::string& message);
   void CheckLimits();
   void End(const std::string& why, const std::string& remedy);
-  int Conclude();
+  int Conclude(std::string* result);
+  void TellTheEnd(int status) const;
+  void NoteProgress(const std::string& text);
+  std::string ProgressText() const;
   void ShowWhatGoesOn() const;
   const PhaseMeaning& Meaning() const { return kMeanings[static_cast<int>(m_phase)]; }
 
   const Limits& m_limits;
-  const std::string& m_output;
+  std::string m_output;  // what is being written, or will be
   pid_t m_child;
   int m_pipe, m_signals;
   Clock::time_point m_start = Clock::now(), m_phaseStart = m_start;
+  Clock::time_point m_limitStart = m_start;  // of the time limit
   Phase m_phase = Phase::kStart;
   std::string m_subject = "OpenGL", m_unread, m_result;
   std::string m_endedBecause, m_endRemedy;
+  // Pictures of a sequence: how many are there, of how many, since when, and what is begun.
+  std::size_t m_done = 0, m_total = 0, m_doneAtFirst = 0;
+  Clock::time_point m_firstProgress;
+  std::string m_next;
   int m_askedToEnd = 0;  // a signal, or 0
   bool m_finished = false;
   int m_status = kRunFailed;  // what the child said at its finish
   Clock::time_point m_finishedAt;
 };
 
-int Supervisor::Watch() {
+int Supervisor::Watch(std::string* result) {
   pollfd sources[] = {{m_pipe, POLLIN, 0}, {m_signals, POLLIN, 0}};
   for (bool open = true; open;) {
     poll(sources, 2, kTickMilliseconds);
@@ -133,7 +143,7 @@ int Supervisor::Watch() {
     ShowWhatGoesOn();
   }
   ShowProgress("");
-  return Conclude();
+  return Conclude(result);
 }
 
 /// Reads what is there; false at the end, when the child is gone.
@@ -157,7 +167,10 @@ void Supervisor::Handle(const std::string& message) {
       m_phase = static_cast<Phase>(text[0] - '0');
       m_subject = text.substr(1);
       m_phaseStart = Clock::now();
+      if (m_phase == Phase::kWrite) m_output = m_subject;
       return PrintNote(m_subject + ": " + Meaning().doing);
+    case 'G':
+      return NoteProgress(text);
     case 'W':
       return PrintWarning(text);
     case 'N':
@@ -179,8 +192,10 @@ void Supervisor::CheckLimits() {
   if (m_finished) {
     // The picture is there: a driver that hangs in its last clean-up is not waited for.
     if (SecondsSince(m_finishedAt) > kLongestCleanUpSeconds) kill(m_child, SIGKILL);
-  } else if (m_limits.timeoutSeconds > 0 && SecondsSince(m_start) > m_limits.timeoutSeconds) {
-    End(fmt::format("took the run beyond {} s", m_limits.timeoutSeconds), "raise --timeout");
+  } else if (m_limits.timeoutSeconds > 0 && SecondsSince(m_limitStart) > m_limits.timeoutSeconds) {
+    End(fmt::format("took the {} beyond {} s", m_total > 0 ? "picture" : "run",
+                    m_limits.timeoutSeconds),
+        "raise --timeout");
   } else if (m_limits.maxMemory > 0 && OwnMemory(m_child) > m_limits.maxMemory) {
     End("took more than " + FormatBytes(m_limits.maxMemory) + " of memory", "raise --max-memory");
   }
@@ -193,34 +208,75 @@ void Supervisor::End(const std::string& why, const std::string& remedy) {
   kill(m_child, SIGKILL);
 }
 
+void Supervisor::NoteProgress(const std::string& text) {
+  const bool isFirst = m_total == 0;
+  char* rest = nullptr;
+  m_done = std::strtoul(text.c_str(), &rest, 10);
+  m_total = std::strtoul(rest, &rest, 10);
+  m_next = *rest ? rest + 1 : "";
+  m_limitStart = Clock::now();
+  if (!isFirst) return;
+  m_firstProgress = m_limitStart;
+  m_doneAtFirst = m_done;
+}
+
+/// "frame 7 (6 of 240 done): drawing, 3 min 5 s left"; the time once there is one to go by.
+std::string Supervisor::ProgressText() const {
+  std::string text =
+      fmt::format("{} ({} of {} done): {}", m_next, m_done, m_total, Meaning().doing);
+  if (m_done <= m_doneAtFirst) return text;
+  const double each = std::chrono::duration<double>(m_limitStart - m_firstProgress).count() /
+                      static_cast<double>(m_done - m_doneAtFirst);
+  const double left = each * static_cast<double>(m_total - m_done) - SecondsSince(m_limitStart);
+  return fmt::format("{}, {} left", text, FormatDuration(left));
+}
+
 void Supervisor::ShowWhatGoesOn() const {
   if (!ShowsProgress() || m_finished || SecondsSince(m_start) < kProgressAfterSeconds) return;
+  if (!m_next.empty()) return ShowProgress(ProgressText());
   ShowProgress(
       fmt::format("{}: {}, {:.0f} s", m_subject, Meaning().doing, SecondsSince(m_phaseStart)));
 }
 
-int Supervisor::Conclude() {
+/// Says why the child did not come to its end.
+void Supervisor::TellTheEnd(int status) const {
+  const std::string what = (m_next.empty() || m_subject == m_next ? "" : m_next + ": ") +
+                           m_subject + ": " + Meaning().doing;
+  if (!m_endedBecause.empty()) {
+    PrintError(fmt::format("{} {}; {}", what, m_endedBecause, m_endRemedy));
+  } else if (WIFSIGNALED(status)) {
+    PrintError(fmt::format("{} crashed ({}); {}", what, strsignal(WTERMSIG(status)),
+                           Meaning().crashRemedy));
+  } else {
+    PrintError(fmt::format("{} ended the process; {}", what, Meaning().crashRemedy));
+  }
+}
+
+int Supervisor::Conclude(std::string* result) {
   int status = 0;
   while (waitpid(m_child, &status, 0) < 0 && errno == EINTR) {
   }
+  int code = Meaning().status;
   if (m_finished) {
     // A crash in a driver's last clean-up changes nothing; a leak checker's verdict does.
-    const int code = WIFEXITED(status) ? WEXITSTATUS(status) : m_status;
-    return code == kDone && !m_result.empty() ? PrintResult(m_result) : code;
-  }
-  RemoveUnfinished(m_output, m_child);
-  if (m_askedToEnd != 0) return 128 + m_askedToEnd;
-  if (!m_endedBecause.empty()) {
-    PrintError(
-        fmt::format("{}: {} {}; {}", m_subject, Meaning().doing, m_endedBecause, m_endRemedy));
-  } else if (WIFSIGNALED(status)) {
-    PrintError(fmt::format("{}: {} crashed ({}); {}", m_subject, Meaning().doing,
-                           strsignal(WTERMSIG(status)), Meaning().crashRemedy));
+    code = WIFEXITED(status) ? WEXITSTATUS(status) : m_status;
+    if (result) {
+      if (code == kDone) *result = m_result;
+    } else if (!m_result.empty()) {
+      const int printed = PrintResult(m_result);
+      if (code == kDone) code = printed;
+    }
   } else {
-    PrintError(fmt::format("{}: {} ended the process; {}", m_subject, Meaning().doing,
-                           Meaning().crashRemedy));
+    RemoveUnfinished(m_output, m_child);
+    if (m_askedToEnd == 0) TellTheEnd(status);
   }
-  return Meaning().status;
+  if (m_done > 0 && m_done < m_total && (!m_finished || m_status != kDone)) {
+    PrintWarning(
+        fmt::format("{} of {} pictures are there, all of them whole; repeat the command "
+                    "with --skip-existing to go on",
+                    m_done, m_total));
+  }
+  return !m_finished && m_askedToEnd != 0 ? 128 + m_askedToEnd : code;
 }
 
 }  // namespace
@@ -245,13 +301,18 @@ void ParentLine::Enter(Phase phase, const std::string& subject) {
   Send('P', std::to_string(static_cast<int>(phase)) + subject);
 }
 
+void ParentLine::Progress(std::size_t done, std::size_t total, const std::string& next) {
+  Send('G', fmt::format("{} {} {}", done, total, next));
+}
+
 void ParentLine::Finish(const Outcome& outcome, const std::string& result) {
   if (!outcome.message.empty()) Send('E', outcome.message);
   if (!result.empty()) Send('R', result);
   Send('F', std::to_string(outcome.status));
 }
 
-int RunSupervised(const Limits& limits, const std::string& output, const SupervisedWork& work) {
+int RunSupervised(const Limits& limits, const std::string& output, const SupervisedWork& work,
+                  std::string* result) {
   sigset_t watched, before;
   sigemptyset(&watched);
   for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
@@ -281,7 +342,7 @@ int RunSupervised(const Limits& limits, const std::string& output, const Supervi
                "; close other programs");
     return kRunFailed;
   }
-  const int status = Supervisor(limits, output, child, line[0], signals).Watch();
+  const int status = Supervisor(limits, output, child, line[0], signals).Watch(result);
   close(line[0]);
   close(signals);
   if (status > 128) {

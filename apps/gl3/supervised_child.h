@@ -6,6 +6,7 @@
 // an exit status.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -15,7 +16,8 @@
 namespace gl3 {
 
 struct Limits {
-  double timeoutSeconds = 600;  ///< 0: none.
+  /// Longest time to the end, or to the next picture of several; 0: none.
+  double timeoutSeconds = 600;
   /// Memory of the child's own in bytes; 0: none.
   std::uint64_t maxMemory = DefaultMaxMemory();
 
@@ -34,7 +36,12 @@ class ParentLine {
   void Enter(Phase phase, const std::string& subject);
   void Warn(const std::string& text) { Send('W', text); }
   void Note(const std::string& text) { Send('N', text); }
-  /// The work is over, well or not; `result` goes to standard output when it went well.
+  /// Of `total` pictures `done` are there, and `next` (such as "frame 7") is begun, or nothing more
+  /// when it is empty. Starts the time limit anew. Not to be called for one picture alone.
+  void Progress(std::size_t done, std::size_t total, const std::string& next);
+  /// Part of the work failed, and the rest goes on.
+  void Fail(const std::string& text) { Send('E', text); }
+  /// The work is over, well or not; `result` goes to standard output.
   void Finish(const Outcome& outcome, const std::string& result);
 
  private:
@@ -48,8 +55,12 @@ class ParentLine {
 using SupervisedWork = std::function<Outcome(ParentLine& line, std::string* result)>;
 
 /// Runs `work` in a child and returns the exit status, after messages. `output` is the file that
-/// the child writes, of which nothing unfinished stays behind. A signal that asks the program to
-/// end ends the child, and then the program by that signal. Call with one thread alone.
-int RunSupervised(const Limits& limits, const std::string& output, const SupervisedWork& work);
+/// the child writes, unless it says another when it enters Phase::kWrite; nothing unfinished stays
+/// behind of it. When work that reported progress does not come to its end, a line tells how much
+/// there is and how to go on. A signal that asks the program to end ends the child, and then the
+/// program by that signal. With `result` the child's result goes there and not to standard output.
+/// Call with one thread alone.
+int RunSupervised(const Limits& limits, const std::string& output, const SupervisedWork& work,
+                  std::string* result = nullptr);
 
 }  // namespace gl3

@@ -130,4 +130,11 @@ std::string FormatBytes(std::uint64_t bytes) {
   return unit == 0 ? fmt::format("{} B", bytes) : fmt::format("{:.1f} {}", number, units[unit]);
 }
 
+std::string FormatDuration(double seconds) {
+  const auto whole = static_cast<long long>(std::clamp(seconds, 0.0, 1e9) + 0.5);
+  if (whole >= 3600) return fmt::format("{} h {} min", whole / 3600, whole / 60 % 60);
+  return whole >= 60 ? fmt::format("{} min {} s", whole / 60, whole % 60)
+                     : fmt::format("{} s", whole);
+}
+
 }  // namespace gl3

@@ -31,4 +31,7 @@ bool ParseBytes(const std::string& text, std::uint64_t* bytes);
 /// "1.5 GiB" and such.
 std::string FormatBytes(std::uint64_t bytes);
 
+/// "2 h 5 min", "3 min 7 s" or "12 s"; what is below 0 counts as 0.
+std::string FormatDuration(double seconds);
+
 }  // namespace gl3

@@ -23,6 +23,9 @@ struct Verb {
   VerbJob (*add)(CLI::App& app);
 };
 
+VerbJob AddFilterVerb(CLI::App& app);
+VerbJob AddInfoVerb(CLI::App& app);
 VerbJob AddRenderVerb(CLI::App& app);
+VerbJob AddSettingsVerb(CLI::App& app);
 
 }  // namespace gl3

@@ -6,8 +6,11 @@
 
 #include <string>
 
+#include "apps/gl3/filter_options.h"
+#include "apps/gl3/info_options.h"
 #include "apps/gl3/messages.h"
 #include "apps/gl3/render_options.h"
+#include "apps/gl3/settings_options.h"
 #include "apps/gl3/supervised_child.h"
 
 namespace gl3 {
@@ -17,6 +20,10 @@ struct WorkTable {
   Outcome (*checkOutput)(const std::string& path);
   Outcome (*render)(const RenderOptions& options, const std::string& command, ParentLine& line,
                     std::string* result);
+  Outcome (*info)(const InfoOptions& options, std::string* result);
+  Outcome (*settings)(const SettingsOptions& options, std::string* result);
+  Outcome (*filter)(const FilterJob& job, ParentLine& line, std::string* result);
+  Outcome (*storedRecipe)(const std::string& path, ParentLine& line, std::string* result);
 };
 
 /// The library, loaded for as long as the process lives. Null with kNoOpenGl and a message in

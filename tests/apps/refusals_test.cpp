@@ -45,7 +45,7 @@ TEST_F(Refusals, OfValuesOutOfRangeWithTheLimits) {
   const struct {
     const char *option, *value, *remedy;
   } cases[] = {
-      {"--mode", "flat", "shaded"},
+      {"--mode", "solid", "shaded"},
       {"--antialias", "5", "1 to 4"},
       {"--antialias", "1.5", "1 to 4"},
       {"--quality", "0", "1 to 100"},

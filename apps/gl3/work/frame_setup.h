@@ -1,11 +1,18 @@
 // From options to what a frame is drawn with.
 #pragma once
 
+#include "apps/gl3/messages.h"
 #include "apps/gl3/render_options.h"
 #include "hostkit/scene/frame_renderer.h"
 
 namespace gl3 {
 
-hostkit::FrameSettings MakeFrameSettings(const RenderOptions& options);
+/// Settings of the driver that the way to draw asks for, for this process alone: before the driver
+/// is made, which reads them then.
+void ApplyDriverSettings(const RenderOptions& options);
+
+/// Fills `*settings`, also with the overlays' pictures, which it reads. kUnreadableInput with a
+/// message when one cannot be read.
+Outcome MakeFrameSettings(const RenderOptions& options, hostkit::FrameSettings* settings);
 
 }  // namespace gl3

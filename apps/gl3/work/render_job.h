@@ -1,4 +1,4 @@
-// The work of `gl3 render`, from model files to a picture file.
+// The work of `gl3 render`, from model files to picture files.
 #pragma once
 
 #include <string>
@@ -11,7 +11,7 @@ namespace gl3 {
 
 /// Imports, draws and writes. To be called in a supervised child; tells its steps and warnings
 /// through `line`, and leaves the report in `*result` when --json asks for it. `command` goes into
-/// the picture's recipe.
+/// the pictures' recipes.
 Outcome Render(const RenderOptions& options, const std::string& command, ParentLine& line,
                std::string* result);
 

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "apps/gl3/render_options.h"
+#include "apps/gl3/work/render_sequence.h"
 #include "hostkit/scene/picture.h"
 
 namespace gl3 {
@@ -12,9 +14,23 @@ namespace gl3 {
 /// It tells files apart; it is no protection against forgery.
 std::string HashFile(const std::string& path);
 
-/// The recipe of a picture: the command line, version, renderer, camera (as DescribeCamera says),
-/// and each model's path with its hash. Files that a model refers to are not hashed.
-hostkit::Recipe MakeRecipe(const RenderOptions& options, const std::string& command,
-                           const std::string& renderer, const std::string& camera);
+/// What all pictures of a run have in their recipes: the command line, version, renderer, and each
+/// model's path with its hash. Files that a model refers to are not hashed.
+struct RecipeBase {
+  std::string command, renderer;
+  std::vector<std::string> inputs;  ///< Path, space, hash.
+};
+
+/// "PATH HASH" of each model.
+std::vector<std::string> DescribeInputs(const std::vector<std::string>& models);
+
+/// The recipe of a picture. `camera` is as DescribeCamera says. Pictures of a sequence have their
+/// frame and its time in seconds, those of a model's own camera its name.
+hostkit::Recipe MakeRecipe(const RecipeBase& base, const RenderOptions& options, const Shot& shot,
+                           const std::string& camera);
+
+/// One line for each model whose hash is not the one in the recipe that is repeated.
+std::vector<std::string> CompareInputs(const RenderOptions& options,
+                                       const std::vector<std::string>& inputs);
 
 }  // namespace gl3

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 namespace gl3 {
 namespace {
@@ -18,6 +19,23 @@ std::uint64_t PeakMemory() {
   rusage usage;
   if (getrusage(RUSAGE_SELF, &usage) != 0) return 0;
   return static_cast<std::uint64_t>(usage.ru_maxrss) * 1024;
+}
+
+void AddShots(const RenderReport& report, nlohmann::ordered_json& json) {
+  json["pictures"] = report.shots.size();
+  json["skipped"] = report.skipped;
+  nlohmann::ordered_json frames = nlohmann::ordered_json::array();
+  for (const ShotReport& shot : report.shots) {
+    nlohmann::ordered_json frame = {{"frame", shot.frame}, {"seconds", shot.time}};
+    if (!shot.camera.empty()) frame["camera"] = shot.camera;
+    frame["output"] = shot.output;
+    frame["milliseconds"] = {{"draw", Rounded(shot.draw)},
+                             {"readBack", Rounded(shot.readBack)},
+                             {"write", Rounded(shot.write)},
+                             {"total", Rounded(shot.total)}};
+    frames.push_back(std::move(frame));
+  }
+  json["frames"] = std::move(frames);
 }
 
 }  // namespace
@@ -39,6 +57,7 @@ std::string FormatReport(const RenderReport& report) {
       {"readBack", Rounded(report.readBack)}, {"write", Rounded(report.write)},
       {"total", Rounded(report.total)},
   };
+  if (report.isSequence) AddShots(report, json);
   json["peakMemoryBytes"] = PeakMemory();
   json["warnings"] = report.warnings;
   return json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";

@@ -8,6 +8,16 @@
 
 namespace gl3 {
 
+/// Figures of one picture of a sequence. Milliseconds; `total` is all from posing to the finished
+/// file.
+struct ShotReport {
+  int frame = 1;
+  double time = 0;     ///< Seconds into the animation.
+  std::string camera;  ///< Empty for none of the model's.
+  std::string output;
+  double draw = 0, readBack = 0, write = 0, total = 0;
+};
+
 struct RenderReport {
   std::vector<std::string> models;
   std::string output;
@@ -19,6 +29,11 @@ struct RenderReport {
   /// Milliseconds. `start` is display, module and driver; `total` the whole run in the child.
   double start = 0, import = 0, upload = 0, draw = 0, readBack = 0, write = 0, total = 0;
   std::vector<std::string> warnings;
+
+  /// Of a sequence, or of several cameras; then draw, readBack and write above are their sums.
+  bool isSequence = false;
+  std::vector<ShotReport> shots;  ///< That were drawn.
+  std::size_t skipped = 0;        ///< That were there before.
 };
 
 /// The report as a JSON object on several lines, with the peak memory of this process (bytes) as it

@@ -1,0 +1,41 @@
+// `gl3 filter`: options, checks that need no work, then the work in a supervised child.
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "apps/gl3/filter_options.h"
+#include "apps/gl3/messages.h"
+#include "apps/gl3/supervised_child.h"
+#include "apps/gl3/verbs.h"
+#include "apps/gl3/work_library.h"
+
+namespace gl3 {
+namespace {
+
+int RunFilter(const FilterOptions& options, const std::string& command) {
+  SetVerbosity(options.run.verbosity);
+  std::vector<std::string> outputs;
+  Outcome outcome = NameOutputs(options, &outputs);
+  const WorkTable* work = outcome.status == kDone ? LoadWork(&outcome) : nullptr;
+  for (const std::string& output : outputs) {
+    if (outcome.status == kDone) outcome = work->checkOutput(output);
+  }
+  if (outcome.status != kDone) {
+    PrintError(outcome.message);
+    return outcome.status;
+  }
+  return RunSupervised(options.run.limits, outputs.empty() ? "" : outputs.front(),
+                       [&](ParentLine& line, std::string* result) {
+                         return work->filter({options, outputs, command}, line, result);
+                       });
+}
+
+}  // namespace
+
+VerbJob AddFilterVerb(CLI::App& app) {
+  const auto options = std::make_shared<FilterOptions>();
+  AddFilterOptions(app, options.get());
+  return [options](const std::string& command) { return RunFilter(*options, command); };
+}
+
+}  // namespace gl3

@@ -1,0 +1,225 @@
+// `gl3 render --like PICTURE`: the command line that a picture was made with, made anew.
+#include "apps/gl3/repeat_recipe.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <map>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "apps/gl3/command_words.h"
+#include "apps/gl3/text.h"
+
+namespace gl3 {
+namespace {
+
+using Words = std::vector<std::string>;
+
+// What of a recipe is not repeated. --module would load code that a stranger's picture names; the
+// outputs would overwrite files; the rest has no say in the pixels.
+constexpr const char* kNotRepeated[] = {
+    "--like",  "--help",    "--module",     "--output", "--depth", "--skip-existing",
+    "--chunk", "--timeout", "--max-memory", "--json",   "--quiet", "--verbose",
+};
+
+std::string NameOf(const CLI::Option& option) {
+  const Words& names = option.get_lnames();
+  return names.empty() ? "" : "--" + names.front();
+}
+
+bool IsRepeated(const std::string& name) {
+  return std::find(std::begin(kNotRepeated), std::end(kNotRepeated), name) ==
+         std::end(kNotRepeated);
+}
+
+/// A parser's options by name, that of the models under an empty one.
+std::map<std::string, const CLI::Option*> UsedOptions(const CLI::App& app) {
+  std::map<std::string, const CLI::Option*> used;
+  for (const CLI::Option* option : app.get_options()) {
+    if (option->count() > 0) used[NameOf(*option)] = option;
+  }
+  return used;
+}
+
+/// Parses words without "gl3 render"; on failure returns false with what the parser says.
+bool Parse(CLI::App& app, const Words& words, RenderOptions* options, std::string* error) {
+  AddRenderOptions(app, options);
+  try {
+    app.parse(Words(words.rbegin(), words.rend()));  // it takes them from the end
+    return true;
+  } catch (const CLI::ParseError& problem) {
+    *error = OneLine(problem.what());
+    return false;
+  }
+}
+
+/// Takes --like out of the command line's words.
+Words WithoutLike(const Words& words) {
+  Words rest;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    if (words[i] == "--like") {
+      ++i;
+    } else if (words[i].compare(0, 7, "--like=") != 0) {
+      rest.push_back(words[i]);
+    }
+  }
+  return rest;
+}
+
+/// The command line with the recipe's options after its own, where a model's name cannot be taken
+/// for the value of an option that may go without, and with models where it has none.
+Words Merge(const Words& command, const Words& options, const Words& models) {
+  const auto end = std::find(command.begin() + 2, command.end(), "--");
+  Words all = WithoutLike(Words(command.begin() + 2, end));
+  all.insert(all.end(), options.begin(), options.end());
+  all.insert(all.end(), end, command.end());
+  if (!models.empty()) all.emplace_back("--");
+  all.insert(all.end(), models.begin(), models.end());
+  return all;
+}
+
+/// The recipe's part of the command line.
+class RecipeOptions {
+ public:
+  RecipeOptions(const CLI::App& stored, const CLI::App& given)
+      : m_given(UsedOptions(given)), m_kept(UsedOptions(stored)) {
+    DropNotRepeated();
+    DropOverridden();
+    DropLonely();
+  }
+
+  bool IsGiven(const std::string& name) const { return m_given.count(name) > 0; }
+  /// Sets the option's one value, and keeps it.
+  void Replace(const std::string& name, const std::string& value) {
+    Drop(name);
+    m_words.push_back(name + "=" + value);
+  }
+  void Drop(const std::string& name) { m_kept.erase(name); }
+
+  Words OptionWords() const;
+  Words Models() const {
+    const auto models = m_kept.find("");
+    return models == m_kept.end() ? Words() : models->second->results();
+  }
+
+ private:
+  template <class Condition>
+  void DropIf(Condition condition) {
+    for (auto at = m_kept.begin(); at != m_kept.end();) {
+      at = condition(at->first, *at->second) ? m_kept.erase(at) : std::next(at);
+    }
+  }
+  void DropNotRepeated() {
+    DropIf([](const std::string& name, const CLI::Option&) { return !IsRepeated(name); });
+  }
+  /// What the command line says itself, or rules out.
+  void DropOverridden() {
+    DropIf([this](const std::string& name, const CLI::Option& option) {
+      const std::set<CLI::Option*> excluded = option.get_excludes();
+      return IsGiven(name) ||
+             std::any_of(excluded.begin(), excluded.end(),
+                         [this](const CLI::Option* other) { return IsGiven(NameOf(*other)); });
+    });
+  }
+  /// What needs an option that went: --target without --eye.
+  void DropLonely() {
+    DropIf([this](const std::string&, const CLI::Option& option) {
+      const std::set<CLI::Option*> needed = option.get_needs();
+      return std::any_of(needed.begin(), needed.end(), [this](const CLI::Option* other) {
+        return !IsGiven(NameOf(*other)) && m_kept.count(NameOf(*other)) == 0;
+      });
+    });
+  }
+
+  std::map<std::string, const CLI::Option*> m_given, m_kept;
+  Words m_words;
+};
+
+Words RecipeOptions::OptionWords() const {
+  Words words = m_words;
+  for (const auto& [name, option] : m_kept) {
+    if (name.empty()) continue;
+    const bool isFlag = option->get_type_size() == 0;
+    if (isFlag) words.push_back(name);
+    for (const std::string& value : isFlag ? Words() : option->reduced_results()) {
+      words.push_back(value.empty() ? name : name + "=" + value);
+    }
+  }
+  return words;
+}
+
+/// False when the command is not among the entries.
+bool ReadEntries(const std::string& recipe, std::map<std::string, std::string>* entries) {
+  Words words;
+  if (!SplitCommand(recipe, &words)) return false;
+  for (std::size_t i = 0; i + 1 < words.size(); i += 2) entries->emplace(words[i], words[i + 1]);
+  return entries->count("gl3:command") > 0;
+}
+
+/// A picture out of a sequence stands for itself alone, unless the command line asks for more.
+void TakeOnePicture(const std::map<std::string, std::string>& entries, RecipeOptions* kept) {
+  const auto frame = entries.find("gl3:frame");
+  if (kept->IsGiven("--turntable")) kept->Drop("--frames");
+  if (frame != entries.end() && !kept->IsGiven("--frames") && !kept->IsGiven("--turntable")) {
+    kept->Replace("--frames", frame->second);
+  }
+  const auto camera = entries.find("gl3:camera-name");
+  const bool isChosen =
+      kept->IsGiven("--camera") || kept->IsGiven("--eye") || kept->IsGiven("--view");
+  if (camera != entries.end() && !isChosen) kept->Replace("--camera", camera->second);
+}
+
+std::vector<std::string> InputsOf(const std::map<std::string, std::string>& entries) {
+  std::vector<std::string> inputs;
+  for (int i = 1;; ++i) {
+    const auto input = entries.find("gl3:input" + (i == 1 ? std::string() : std::to_string(i)));
+    if (input == entries.end()) return inputs;
+    inputs.push_back(input->second);
+  }
+}
+
+}  // namespace
+
+Outcome RepeatRecipe(const CLI::App& given, const std::string& command, const std::string& recipe,
+                     RenderOptions* options, std::string* repeated) {
+  const std::string picture = options->like;
+  const auto refuse = [&](const std::string& why) -> Outcome {
+    return {kUnreadableInput, picture + ": " + why};
+  };
+  std::map<std::string, std::string> entries;
+  Words words, stored;
+  if (!ReadEntries(recipe, &entries) || !SplitCommand(entries["gl3:command"], &stored)) {
+    return refuse("its recipe is damaged; give the options yourself");
+  }
+  if (stored.size() < 2 || stored[0] != "gl3" || stored[1] != "render") {
+    return refuse("it was not made by gl3 render, which alone can be repeated; name another");
+  }
+  if (!SplitCommand(command, &words)) {
+    return {kWrongUsage, "--like: the command line is too long to go with it; name fewer models"};
+  }
+  CLI::App storedParser, parser;
+  RenderOptions storedOptions, wanted;
+  std::string error;
+  if (!Parse(storedParser, Words(stored.begin() + 2, stored.end()), &storedOptions, &error)) {
+    return refuse("its recipe cannot be repeated (" + error + "); give the options yourself");
+  }
+  RecipeOptions kept(storedParser, given);
+  TakeOnePicture(entries, &kept);
+  const Words all = Merge(words, kept.OptionWords(), kept.Models());
+  if (!Parse(parser, all, &wanted, &error)) {
+    return refuse("its recipe does not go with the command line (" + error +
+                  "); give the options yourself");
+  }
+  wanted.like = picture;
+  wanted.recipeInputs = InputsOf(entries);
+  *options = std::move(wanted);
+  *repeated = "gl3 render " + JoinCommand(all);
+  return {};
+}
+
+}  // namespace gl3

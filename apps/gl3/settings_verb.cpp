@@ -1,0 +1,90 @@
+// `gl3 settings`: options; the settings page, which is a program of its own.
+#include "apps/gl3/settings_options.h"
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <system_error>
+
+#include "apps/gl3/messages.h"
+#include "apps/gl3/text.h"
+#include "apps/gl3/verbs.h"
+#include "apps/gl3/work_library.h"
+
+namespace gl3 {
+namespace {
+
+constexpr const char* kViewer = "gl3-view";
+
+constexpr const char* kFooter = R"(
+A setting holds for every program that draws through the module, from its next
+start on. Keys may be written without quotes and in any case. Switches take 0 or
+1, also off and on; the value `default` puts the standard one back.
+
+Examples:
+  gl3 settings
+  gl3 settings get Max Vertices
+  gl3 settings set "OpenMP Threads" 4
+  gl3 settings set Antialias on
+  gl3 settings list --json)";
+
+struct VerbOptions {
+  SettingsOptions settings;
+  bool page = false;
+};
+
+/// Becomes the viewer, showing its settings. Comes back only when it cannot be started.
+int ShowPage() {
+  char* const arguments[] = {const_cast<char*>(kViewer), const_cast<char*>("--settings"), nullptr};
+  std::error_code code;
+  const auto self = std::filesystem::read_symlink("/proc/self/exe", code);
+  const std::string beside = (self.parent_path() / kViewer).string();
+  execv(beside.c_str(), arguments);
+  if (errno == ENOENT) execvp(kViewer, arguments);
+  const std::string why =
+      errno == ENOENT ? "is not installed" : std::string("cannot be started: ") + strerror(errno);
+  PrintError(std::string(kViewer) + " " + why +
+             "; build or install it with Qt 6, or use gl3 settings set");
+  return kRunFailed;
+}
+
+int RunSettings(const VerbOptions& options) {
+  if (options.page) return ShowPage();
+  Outcome outcome;
+  std::string result;
+  const WorkTable* work = LoadWork(&outcome);
+  if (work) outcome = work->settings(options.settings, &result);
+  if (!outcome.message.empty()) PrintError(outcome.message);
+  if (result.empty()) return outcome.status;
+  const int printed = PrintResult(result);
+  return outcome.status == kDone ? printed : outcome.status;
+}
+
+}  // namespace
+
+VerbJob AddSettingsVerb(CLI::App& app) {
+  const auto options = std::make_shared<VerbOptions>();
+  SettingsOptions* settings = &options->settings;
+  CLI::Option* action =
+      app.add_option("ACTION", settings->action,
+                     "list (the default): every setting with its value, range and\n"
+                     "meaning; get KEY; set KEY VALUE")
+          ->type_name("");
+  CLI::Option* words =
+      app.add_option("KEY", settings->words, "The setting, for set with its new value behind it")
+          ->type_name("[VALUE]");
+  CLI::Option* json = app.add_flag("--json", settings->json, "What is printed, as JSON");
+  app.add_flag("--page", options->page, "Show the settings in a window (needs gl3-view)")
+      ->excludes(action)
+      ->excludes(words)
+      ->excludes(json);
+  app.footer(kFooter);
+  return [options](const std::string&) { return RunSettings(*options); };
+}
+
+}  // namespace gl3

@@ -1,0 +1,72 @@
+// The pictures that one run makes, in their order.
+#include "apps/gl3/work/render_sequence.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "apps/gl3/output_pattern.h"
+#include "apps/gl3/text.h"
+#include "apps/gl3/work/render_camera.h"
+
+namespace gl3 {
+
+std::string Shot::Describe(bool severalCameras) const {
+  return severalCameras ? fmt::format("frame {}, camera {}", frame, ShellQuote(cameraName))
+                        : fmt::format("frame {}", frame);
+}
+
+Outcome PlanShots(const RenderOptions& options, const hostkit::Scene& scene,
+                  std::vector<Shot>* shots) {
+  std::vector<int> cameras;
+  Outcome outcome = FindCameras(options, scene, &cameras);
+  if (outcome.status != kDone) return outcome;
+  // Of all cameras, so that a camera's files have the same name whichever others are asked for.
+  std::vector<std::string> names;
+  for (const hostkit::SceneCamera& camera : scene.cameras) names.push_back(camera.name);
+  const std::vector<std::string> files = FileNames(names);
+
+  const OutputPattern pattern(options.output), depthPattern(options.drawing.depth);
+  std::size_t index = 0;
+  for (const int frame : options.sequence.Frames()) {
+    for (const int camera : cameras) {
+      if (!IsInChunk(options.sequence.chunk, index++)) continue;
+      Shot shot{frame, options.sequence.TimeOf(frame), camera, "", "", ""};
+      const auto at = static_cast<std::size_t>(camera);
+      if (camera >= 0) shot.cameraName = names[at];
+      shot.output = pattern.Expand(frame, camera >= 0 ? files[at] : "");
+      shot.depth = depthPattern.Expand(frame, camera >= 0 ? files[at] : "");
+      shots->push_back(std::move(shot));
+    }
+  }
+  return {};
+}
+
+bool IsThere(const std::string& path) {
+  std::error_code code;
+  return std::filesystem::is_regular_file(path, code) && std::filesystem::file_size(path, code) > 0;
+}
+
+bool IsThere(const Shot& shot) {
+  return IsThere(shot.output) && (shot.depth.empty() || IsThere(shot.depth));
+}
+
+std::size_t CountWhenAllThere(const RenderOptions& options) {
+  const OutputPattern pattern(options.output), depthPattern(options.drawing.depth);
+  if (pattern.HasCamera()) return 0;
+  const std::vector<int> frames = options.sequence.Frames();
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < frames.size(); ++i) {
+    if (!IsInChunk(options.sequence.chunk, i)) continue;
+    Shot shot;
+    shot.output = pattern.Expand(frames[i], "");
+    shot.depth = depthPattern.Expand(frames[i], "");
+    if (!IsThere(shot)) return 0;
+    ++count;
+  }
+  return count;
+}
+
+}  // namespace gl3

@@ -1,0 +1,276 @@
+// `gl3 filter`: refusals, kinds of pictures, names of outputs, alpha, comparing, and effects of
+// `gl3 render`.
+#include <Imath/half.h>
+#include <OpenEXR/ImfRgbaFile.h>
+#include <png.h>
+
+#include <array>
+#include <cmath>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/apps/gl3_process.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Rgba = std::vector<unsigned char>;
+
+constexpr int kWidth = 13, kHeight = 7;
+
+/// A picture in which no pixel is like another; alpha from nearly transparent to opaque.
+Rgba Colors(bool hasAlpha) {
+  Rgba rgba;
+  for (int i = 0; i < kWidth * kHeight; ++i) {
+    const auto at = [&](int factor) { return static_cast<unsigned char>(i * factor % 256); };
+    rgba.insert(rgba.end(), {at(2), at(37), at(91), hasAlpha ? at(2) : at(0)});
+    if (!hasAlpha || i % 3 == 0) rgba.back() = 255;
+  }
+  return rgba;
+}
+
+class Filters : public Gl3Test {
+ protected:
+  Filters() {
+    WritePng("a.png", Colors(false));
+    WritePng("cut.png", Colors(true));
+  }
+
+  void WritePng(const std::string& name, const Rgba& rgba) const {
+    png_image image = {};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = kWidth;
+    image.height = kHeight;
+    image.format = PNG_FORMAT_RGBA;
+    ASSERT_TRUE(png_image_write_to_file(&image, Path(name).c_str(), 0, rgba.data(), 0, nullptr));
+  }
+
+  Rgba ReadPng(const std::string& name) const {
+    png_image image = {};
+    image.version = PNG_IMAGE_VERSION;
+    if (!png_image_begin_read_from_file(&image, Path(name).c_str())) return {};
+    image.format = PNG_FORMAT_RGBA;
+    Rgba rgba(PNG_IMAGE_SIZE(image));
+    png_image_finish_read(&image, nullptr, rgba.data(), 0, nullptr);
+    return rgba;
+  }
+
+  /// Runs `gl3 filter` with the arguments, which is to succeed without a word.
+  void Filter(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), "filter");
+    const Gl3Result result = Run(arguments);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out + result.err, "");
+  }
+};
+
+TEST_F(Filters, AreRefusedInOneLineWithTheRemedy) {
+  const struct {
+    const char* effect;
+    std::vector<std::string> parts;
+  } effects[] = {
+      {"blurr", {"blurr is no effect", "did you mean blur?", "sobel"}},
+      {"", {"is no effect"}},
+      {"blur:radios=3", {"radios", "did you mean radius?", "passes"}},
+      {"sobel:radius=3", {"sobel has no parameter radius", "passes"}},
+      {"blur:radius=501", {"radius=501", "a number from 0 to 500"}},
+      {"blur:radius=nan", {"a number from 0 to 500"}},
+      {"blur:radius", {"radius", "from 0 to 500"}},
+      {"blur:", {"no parameter ''"}},
+      {"blur:radius=2,passes=1.5", {"passes=1.5", "a whole number from 1 to 100"}},
+      {"tint:passes=0", {"passes=0", "from 1 to 100"}},
+  };
+  for (const auto& [effect, parts] : effects) {
+    ExpectRefused({"filter", "a.png", "-o", "b.png", "--effect", effect}, 2, parts);
+  }
+  const auto refused = [&](std::vector<std::string> arguments, int status,
+                           const std::vector<std::string>& parts) {
+    arguments.insert(arguments.begin(), "filter");
+    arguments.insert(arguments.end(), {"--effect", "tint"});
+    ExpectRefused(arguments, status, parts);
+  };
+  ExpectRefused({"filter", "a.png", "-o", "b.png"}, 2, {"--effect is required"});
+  refused({"a.png"}, 2, {"--output", "--verify"});
+  refused({"a.png", "-o", "b.gif"}, 2, {"b.gif", ".png"});
+  refused({"a.png", "-o", "b.png", "--threads", "0"}, 2, {"--threads", "1 to 256"});
+  refused({"a.png", "-o", "nowhere/b.png"}, 5, {"nowhere", "create it first"});
+  refused({"a.png", "-o", "b.png", "--module", "no.so"}, 4, {"no.so"});
+
+  fs::create_directories(Path("sub"));
+  fs::copy(Path("a.png"), Path("sub/a.png"));
+  refused({"a.png", "cut.png", "-o", "b.png"}, 2, {"one file for 2 pictures", "%n", "####"});
+  refused({"a.png", "cut.png", "-o", "%%n.png"}, 2, {"one file for 2 pictures"});
+  refused({"a.png", "sub/a.png", "-o", "%n-new.png"}, 2, {"both become", "####"});
+  refused({"a.png", "cut.png", "-o", "%n.png"}, 2, {"a.png is one of the pictures"});
+  refused({"a.png", "-o", "./"}, 2, {"a.png is one of the pictures"});
+
+  Write("broken.png", "\x89PNG\r\n\x1a\n and no more");
+  Write("broken.exr", "\x76\x2f\x31\x01\x02");
+  Write("empty.png", "");
+  for (const char* name : {"missing.png", "broken.png", "broken.exr", "empty.png", "sub"}) {
+    refused({name, "-o", "b.png"}, 3, {name, "; "});
+  }
+}
+
+TEST_F(Filters, ReadAndWriteEveryKind) {
+  // Twice the negative is the picture again.
+  const std::vector<std::string> nothing = {"--effect", "negative:passes=2"};
+  for (const bool hasAlpha : {false, true}) {
+    const Rgba wanted = Colors(hasAlpha);
+    Filter({hasAlpha ? "cut.png" : "a.png", "-o", "b.exr", nothing[0], nothing[1]});
+    Filter({"b.exr", "-o", "c.png", nothing[0], nothing[1]});
+    EXPECT_EQ(ReadPng("c.png"), wanted) << hasAlpha;
+  }
+  Filter({"a.png", "-o", "b.jpg", nothing[0], nothing[1], "--quality", "100"});
+  Filter({"b.jpg", "-o", "b.png", nothing[0], nothing[1]});
+  const Rgba wanted = Colors(false), lossy = ReadPng("b.png");
+  ASSERT_EQ(lossy.size(), wanted.size());
+  double sum = 0;
+  for (std::size_t i = 0; i < wanted.size(); ++i) sum += std::abs(lossy[i] - wanted[i]);
+  EXPECT_LT(sum / static_cast<double>(wanted.size()), 2) << "JPEG, there and back";
+
+  // One red pixel, uncompressed, in the other kinds.
+  const std::string tgaHeader("\0\0\2\0\0\0\0\0\0\0\0\0\1\0\1\0\x18\0", 18);
+  Write("red.tga", tgaHeader + std::string("\0\0\xff", 3));
+  Write("red.bmp", std::string("BM\x3a\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\1\0\0\0\1\0\0\0\1\0\x18\0"
+                               "\0\0\0\0\4\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0",
+                               54) +
+                       std::string("\0\0\xff\0", 4));
+  Write("red.hdr", "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 1 +X 1\n" +
+                       std::string("\x80\0\0\x81", 4));  // a red of 1
+  for (const char* name : {"red.tga", "red.bmp", "red.hdr"}) {
+    Filter({name, "-o", "red.png", nothing[0], nothing[1]});
+    EXPECT_EQ(ReadPng("red.png"), (Rgba{255, 0, 0, 255})) << name;
+  }
+}
+
+TEST_F(Filters, EncodeLinearLightAndSayWhatTheyCut) {
+  // Scene-linear, with a data window inside the display window and colours times alpha.
+  // The row starts at the display window's edge, one pixel before the data.
+  const Imf::Rgba row[] = {{}, {0.5f, 0, 0, 1}, {0.25f, 0.25f, 0, 0.5f}, {0, 3, 0, 1}};
+  {
+    Imf::RgbaOutputFile file(Path("light.exr").c_str(), Imath::Box2i({0, 0}, {4, 0}),
+                             Imath::Box2i({1, 0}, {3, 0}), Imf::WRITE_RGBA);
+    file.setFrameBuffer(row, 1, 4);
+    file.writePixels(1);
+  }
+  for (const char* name : {"one.exr", "two.exr"}) fs::copy(Path("light.exr"), Path(name));
+  const Gl3Result result = Run({"filter", "one.exr", "two.exr", "-o", "out##.png", "--effect",
+                                "negative", "--effect", "negative"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_NE(result.err.find("one.exr: colours above 1"), std::string::npos) << result.err;
+  EXPECT_EQ(result.err.find("two.exr"), std::string::npos) << "a warning twice: " << result.err;
+  // 0.5 is encoded as 188; straight, the second pixel is a yellow of 0.5. The first and the last
+  // lie outside the data.
+  EXPECT_EQ(ReadPng("out02.png"), (Rgba{0, 0,   0, 0,   188, 0, 0, 255, 188, 188, 0, 128,  //
+                                        0, 255, 0, 255, 0,   0, 0, 0}));
+}
+
+TEST_F(Filters, KeepAlphaOrMakeThePictureOpaque) {
+  Filter({"cut.png", "-o", "tint.png", "--effect", "tint"});
+  Filter({"cut.png", "-o", "edges.png", "--effect", "sobel"});
+  const Rgba before = Colors(true), tint = ReadPng("tint.png"), edges = ReadPng("edges.png");
+  ASSERT_EQ(tint.size(), before.size());
+  ASSERT_EQ(edges.size(), before.size());
+  for (std::size_t i = 3; i < before.size(); i += 4) {
+    EXPECT_EQ(tint[i], before[i]);
+    EXPECT_EQ(edges[i], 255);
+  }
+}
+
+TEST_F(Filters, NameOutputsByPatternAndFolder) {
+  fs::create_directories(Path("out"));
+  Write("x.tga", std::string("\0\0\2\0\0\0\0\0\0\0\0\0\1\0\1\0\x18\0\1\2\3", 21));
+  Filter({"a.png", "x.tga", "-o", "out", "--effect", "tint"});
+  Filter({"a.png", "cut.png", "-o", "out/%n-%03d.exr", "--effect", "tint"});
+  for (const char* name : {"out/a.png", "out/x.png", "out/a-001.exr", "out/cut-002.exr"}) {
+    EXPECT_TRUE(fs::is_regular_file(Path(name))) << name;
+  }
+  const auto time = fs::last_write_time(Path("out/a.png"));
+  fs::remove(Path("out/x.png"));
+  Filter({"a.png", "x.tga", "-o", "out/", "--effect", "tint", "--skip-existing"});
+  EXPECT_TRUE(fs::exists(Path("out/x.png")));
+  EXPECT_EQ(fs::last_write_time(Path("out/a.png")), time);
+
+  const Rgba before = ReadPng("a.png");
+  Filter({"a.png", "-o", "a.png", "--effect", "negative"});
+  EXPECT_NE(ReadPng("a.png"), before) << "a single picture may be replaced by name";
+}
+
+TEST_F(Filters, GoOnAfterAPictureThatFails) {
+  Write("b.png", "no picture");
+  const Gl3Result result = Run({"filter", "missing.png", "a.png", "b.png", "cut.png", "-o",
+                                "%n-2.png", "--effect", "erode", "--json"});
+  EXPECT_EQ(result.status, 3);
+  EXPECT_NE(result.err.find("missing.png: no such picture"), std::string::npos) << result.err;
+  EXPECT_NE(result.err.find("b.png: not a"), std::string::npos) << result.err;
+  EXPECT_EQ(Names().count("a-2.png") + Names().count("cut-2.png"), 2u);
+  EXPECT_EQ(Names().count("b-2.png") + Names().count("missing-2.png"), 0u);
+  const auto report = nlohmann::json::parse(result.out);
+  std::vector<int> statuses;
+  for (const auto& picture : report["pictures"]) statuses.push_back(picture["status"]);
+  EXPECT_EQ(statuses, (std::vector<int>{3, 0, 3, 0}));
+}
+
+TEST_F(Filters, CompareWithTheProcessorAndGiveFigures) {
+  const Gl3Result words =
+      Run({"filter", "cut.png", "--verify", "--effect", "blur:radius=3", "--effect", "sharpen"});
+  EXPECT_EQ(words.status, 0) << words.err;
+  EXPECT_NE(words.out.find("cut.png: blur:radius=3,passes=1: largest difference"),
+            std::string::npos);
+  EXPECT_NE(words.out.find("sharpen:passes=1: largest difference 0/255, allowed 1/255"),
+            std::string::npos)
+      << words.out;
+
+  Rgba first;
+  for (const char* threads : {"1", "2", "7"}) {
+    const Gl3Result result = Run({"filter", "a.png", "-o", "b.png", "--effect", "blur", "--json",
+                                  "--verify", "--threads", threads});
+    ASSERT_EQ(result.status, 0) << result.err;
+    const auto report = nlohmann::json::parse(result.out);
+    EXPECT_EQ(std::to_string(report["threads"].get<int>()), threads);
+    const auto& effect = report["pictures"][0]["effects"][0];
+    EXPECT_EQ(effect["effect"], "blur:radius=10,passes=1");
+    EXPECT_LE(effect["difference"], effect["allowed"]);
+    double sum = 0;
+    for (const char* part : {"upload", "passes", "readBack", "merge"}) {
+      EXPECT_GE(effect["milliseconds"][part], 0) << part;
+      sum += effect["milliseconds"][part].get<double>();
+    }
+    EXPECT_GT(sum, 0);
+    EXPECT_LE(sum, effect["milliseconds"]["process"].get<double>() + 0.01);
+    if (first.empty()) first = ReadPng("b.png");
+    EXPECT_EQ(ReadPng("b.png"), first) << threads;
+  }
+  EXPECT_FALSE(first.empty());
+}
+
+TEST_F(Filters, WorkOnRenderedPicturesToo) {
+  Write("squares.obj", kSquaresObj);
+  const std::vector<std::string> render = {"render", "squares.obj", "-s", "61x43",
+                                           "--no-background"};
+  const auto renderTo = [&](const char* output, const std::vector<std::string>& more) {
+    std::vector<std::string> arguments = render;
+    arguments.insert(arguments.end(), {"-o", output});
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    const Gl3Result result = Run(arguments);
+    EXPECT_EQ(result.status, 0) << result.err;
+  };
+  for (const std::vector<std::string>& effects :
+       {std::vector<std::string>{"--effect", "dilate:passes=2"},
+        std::vector<std::string>{"--effect", "negative", "--effect", "blur:radius=4"}}) {
+    renderTo("plain.png", {});
+    renderTo("direct.png", effects);
+    std::vector<std::string> filter = {"plain.png", "-o", "later.png"};
+    filter.insert(filter.end(), effects.begin(), effects.end());
+    Filter(filter);
+    EXPECT_EQ(ReadPng("direct.png"), ReadPng("later.png"));
+    EXPECT_NE(ReadPng("direct.png"), ReadPng("plain.png"));
+  }
+}
+
+}  // namespace

@@ -1,0 +1,346 @@
+// Sequences: which files come out, that they can be gone on with and repeated, what ends them.
+#include <png.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "tests/apps/gl3_process.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+/// A triangle that goes from the left to the right in one second, and stands before; the camera
+/// "Eye" sees it, as does one with a name that is no file name.
+const char* const kMovingGltf =
+    R"({"asset": {"version": "2.0"}, "scene": 0,
+"scenes": [{"nodes": [0, 1, 2]}],
+"nodes": [{"mesh": 0, "translation": [-1, 0, 0]}, {"name": "Eye", "camera": 0,
+  "translation": [0, 0, 6]}, {"name": "a/b", "camera": 1, "translation": [0, 0, 9]}],
+"cameras": [
+  {"name": "Eye", "type": "perspective", "perspective": {"yfov": 0.8, "znear": 0.1}},
+  {"name": "a/b", "type": "perspective", "perspective": {"yfov": 0.8, "znear": 0.1}}],
+"meshes": [{"primitives": [{"attributes": {"POSITION": 0}}]}],
+"animations": [{"name": "Go", "samplers": [{"input": 1, "output": 2}],
+  "channels": [{"sampler": 0, "target": {"node": 0, "path": "translation"}}]}],
+"accessors": [{"bufferView": 0, "componentType": 5126, "count": 3, "type": "VEC3",
+    "min": [-0.5, -0.5, 0], "max": [0.5, 0.5, 0]},
+  {"bufferView": 1, "componentType": 5126, "count": 2, "type": "SCALAR", "min": [0], "max": [1]},
+  {"bufferView": 2, "componentType": 5126, "count": 2, "type": "VEC3"}],
+"bufferViews": [{"buffer": 0, "byteLength": 36}, {"buffer": 0, "byteOffset": 36, "byteLength": 8},
+  {"buffer": 0, "byteOffset": 44, "byteLength": 24}],
+"buffers": [{"byteLength": 68, "uri": "data:application/octet-stream;base64,)"
+    "AAAAvwAAAL8AAAAAAAAAPwAAAL8AAAAAAAAAAAAAAD8AAAAAAAAAAAAAgD8AAIC/AAAAAAAAAAAAAIA/"
+    "AAAAAAAAAAA="
+    R"("}]})";
+
+struct Pixels {
+  int width = 0;
+  std::vector<unsigned char> rgba;
+
+  /// The mean column of what is covered, as a share of the width.
+  double Middle() const {
+    double sum = 0, weight = 0;
+    for (std::size_t i = 0; i < rgba.size(); i += 4) {
+      sum += rgba[i + 3] * (static_cast<double>(i / 4 % static_cast<std::size_t>(width)) + 0.5);
+      weight += rgba[i + 3];
+    }
+    return sum / weight / width;
+  }
+};
+
+Pixels ReadPng(const fs::path& path) {
+  png_image image = {};
+  image.version = PNG_IMAGE_VERSION;
+  if (!png_image_begin_read_from_file(&image, path.c_str())) {
+    throw std::runtime_error(path.string() + " is no PNG file");
+  }
+  image.format = PNG_FORMAT_RGBA;
+  Pixels pixels{static_cast<int>(image.width), {}};
+  pixels.rgba.resize(PNG_IMAGE_SIZE(image));
+  if (!png_image_finish_read(&image, nullptr, pixels.rgba.data(), 0, nullptr)) {
+    throw std::runtime_error(path.string() + " is not whole");
+  }
+  return pixels;
+}
+
+class Sequences : public Gl3Test {
+ protected:
+  Sequences() {
+    Write("moving.gltf", kMovingGltf);
+    Write("squares.obj", kSquaresObj);
+  }
+
+  /// Renders small pictures and expects no word.
+  void Render(Arguments arguments) const {
+    arguments.insert(arguments.begin(), "render");
+    arguments.insert(arguments.end(), {"-s", "96x64", "--antialias", "1"});
+    const Gl3Result result = Run(arguments);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out + result.err, "");
+  }
+  Pixels Png(const std::string& name) const { return ReadPng(Path(name)); }
+  /// Names of pictures.
+  std::set<std::string> Pictures() const {
+    std::set<std::string> names = Names();
+    names.erase("moving.gltf");
+    names.erase("squares.obj");
+    return names;
+  }
+};
+
+TEST_F(Sequences, ShowTheAnimationAtTheirFramesTimes) {
+  Render({"moving.gltf", "-o", "f##.png", "--frames", "1-9x4", "--fps", "8", "--no-background",
+          "--camera", "Eye"});
+  EXPECT_EQ(Pictures(), (std::set<std::string>{"f01.png", "f05.png", "f09.png"}));
+  const double first = Png("f01.png").Middle(), last = Png("f09.png").Middle();
+  EXPECT_LT(first, 0.45);
+  EXPECT_NEAR(Png("f05.png").Middle(), 0.5, 0.01);
+  EXPECT_NEAR(last, 1 - first, 0.01);
+  Render({"moving.gltf", "-o", "still.png", "--no-background", "--camera", "Eye"});
+  EXPECT_EQ(Png("still.png").rgba, Png("f01.png").rgba);
+  Render({"moving.gltf", "-o", "one.png", "--no-background", "--camera", "Eye", "--frames", "9",
+          "--animation", "none"});
+  EXPECT_EQ(Png("one.png").rgba, Png("f01.png").rgba);
+  // Without a camera the view holds the whole way, and stands still.
+  Render({"moving.gltf", "-o", "w#_%d.png", "--frames", "1,9", "--fps", "8", "--no-background"});
+  EXPECT_LT(Png("w#_1.png").Middle(), 0.45);
+  EXPECT_GT(Png("w#_9.png").Middle(), 0.55);
+}
+
+TEST_F(Sequences, TurnTheCameraAroundTheModel) {
+  Render({"squares.obj", "-o", "t%d.png", "--turntable", "4", "--view", "front"});
+  EXPECT_EQ(Pictures(), (std::set<std::string>{"t1.png", "t2.png", "t3.png", "t4.png"}));
+  EXPECT_NE(Png("t1.png").rgba, Png("t2.png").rgba);
+  EXPECT_NE(Png("t1.png").rgba, Png("t3.png").rgba);
+  // What is drawn of a turn is the same whatever else is drawn.
+  Render(
+      {"squares.obj", "-o", "three.png", "--turntable", "4", "--view", "front", "--frames", "3"});
+  EXPECT_EQ(Png("three.png").rgba, Png("t3.png").rgba);
+  // From the right after a quarter: counter-clockwise from above.
+  const Arguments at = {"squares.obj", "--target", "0,0,0", "--no-background"};
+  Arguments turned = at, right = at;
+  turned.insert(turned.end(),
+                {"-o", "turned.png", "--eye", "0,1,9", "--turntable", "4", "--frames", "2"});
+  right.insert(right.end(), {"-o", "right.png", "--eye", "9,1,0"});
+  Render(turned);
+  Render(right);
+  EXPECT_NEAR(Png("turned.png").Middle(), Png("right.png").Middle(), 0.005);
+}
+
+TEST_F(Sequences, OfSeveralCamerasGoByTheirNames) {
+  Render({"moving.gltf", "-o", "{camera}_##.png", "--camera", "all", "--frames", "1-2"});
+  EXPECT_EQ(Pictures(),
+            (std::set<std::string>{"Eye_01.png", "Eye_02.png", "a_b_01.png", "a_b_02.png"}));
+  Render({"moving.gltf", "-o", "%c.png", "--camera", "a/b", "--camera", "Eye"});
+  EXPECT_NE(Png("Eye.png").rgba, Png("a_b.png").rgba);
+}
+
+TEST_F(Sequences, AreGoneOnWithAndShared) {
+  const Arguments all = {"render", "squares.obj", "-o",    "s##.png", "--turntable",
+                         "6",      "-s",          "32x32", "--json"};
+  const auto render = [&](const Arguments& more) {
+    Arguments arguments = all;
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    const Gl3Result result = Run(arguments);
+    EXPECT_EQ(result.status, 0) << result.err;
+    return nlohmann::json::parse(result.out);
+  };
+  EXPECT_EQ(render({"--chunk", "2/4"})["pictures"], 2);
+  EXPECT_EQ(Pictures(), (std::set<std::string>{"s02.png", "s06.png"}));
+  Write("s03.png", "");  // what another program leaves when the disk is full
+  const auto rest = render({"--skip-existing"});
+  EXPECT_EQ(rest["skipped"], 2);
+  ASSERT_EQ(rest["frames"].size(), 4u);
+  EXPECT_EQ(rest["frames"][1]["output"], "s03.png");
+  EXPECT_GT(rest["frames"][1]["milliseconds"]["total"], 0);
+  EXPECT_EQ(Pictures().size(), 6u);
+  const auto nothing = render({"--skip-existing"});
+  EXPECT_EQ(nothing["skipped"], 6);
+  EXPECT_EQ(nothing["milliseconds"]["start"], 0) << "nobody waits for a driver that is not needed";
+}
+
+TEST_F(Sequences, RefuseWhatMeansNothing) {
+  const struct {
+    Arguments more;
+    Arguments parts;
+  } cases[] = {
+      {{"-o", "x.png", "--frames", "1-2"}, {"x.png", "####"}},
+      {{"-o", "x.png", "--turntable", "9"}, {"x.png", "####"}},
+      {{"-o", "x##.png"}, {"x##.png", "--frames"}},
+      {{"-o", "x%d.png"}, {"x%d.png", "--turntable"}},
+      {{"-o", "x##.png", "--frames", "1-9", "--turntable", "8"}, {"--frames", "9", "1 to 8"}},
+      {{"-o", "x.png", "--camera", "all"}, {"x.png", "{camera}"}},
+      {{"-o", "x%c.png"}, {"x%c.png", "--camera"}},
+      {{"-o", "x.png", "--chunk", "1/2"}, {"--chunk"}},
+      {{"-o", "x##.png", "--frames", "1-2", "--animation", "Run"}, {"--animation", "Run", "Go"}},
+      {{"-o", "x##.png", "--frames", "1-2", "--fps", "0"}, {"--fps", "frames a second"}},
+      {{"-o", "x##.bmp", "--frames", "1-2"}, {"x01.bmp", ".png"}},
+  };
+  for (const auto& [more, parts] : cases) {
+    Arguments arguments = {"render", "moving.gltf"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    ExpectRefused(arguments, 2, parts);
+  }
+  ExpectRefused({"render", "moving.gltf", "-o", "no/x##.png", "--frames", "1-2"}, 5,
+                {"no/x01.png"});
+}
+
+TEST_F(Sequences, ThatCannotBeWrittenToTheEndKeepWhatIsThere) {
+  fs::create_directory(Path("x02.png"));
+  const Gl3Result result =
+      Run({"render", "squares.obj", "-o", "x##.png", "--turntable", "3", "-s", "32x32"});
+  EXPECT_EQ(result.status, 5);
+  EXPECT_NE(result.err.find("gl3: x02.png: "), std::string::npos) << result.err;
+  EXPECT_NE(LastLine(result.err).find("1 of 3 pictures"), std::string::npos) << result.err;
+  EXPECT_EQ(Pictures(), (std::set<std::string>{"x01.png", "x02.png"}));
+}
+
+TEST_F(Sequences, ThatAreEndedLeaveWholePicturesOnly) {
+  const Arguments arguments = {"render", "squares.obj", "-o",      "k###.png", "--turntable",
+                               "400",    "-s",          "320x240", "-v",       "--skip-existing"};
+  for (int i = 0; i < 8; ++i) {
+    SCOPED_TRACE(i);
+    const int signals[] = {SIGINT, SIGTERM, SIGKILL};
+    const int signal = signals[i % 3];
+    Gl3Process process(m_work, m_logs, arguments);
+    ASSERT_TRUE(process.WaitFor("written in"));
+    usleep(static_cast<useconds_t>(i) * 1700);
+    const pid_t child = process.Child();
+    process.Signal(signal);
+    const Gl3Result result = process.Finish();
+    EXPECT_EQ(result.status, 128 + signal);
+    while (child > 0 && kill(child, 0) == 0) usleep(1000);  // it goes with its parent
+    const std::set<std::string> pictures = Pictures();
+    for (const std::string& name : pictures) EXPECT_NO_THROW(Png(name)) << name;
+    if (signal == SIGKILL) continue;
+    const std::string count = "gl3: " + std::to_string(pictures.size()) + " of 400 pictures";
+    const std::string oneLess = "gl3: " + std::to_string(pictures.size() - 1) + " of 400 pictures";
+    const std::string last = LastLine(result.err);
+    EXPECT_TRUE(last.starts_with(count) || last.starts_with(oneLess)) << last;
+    EXPECT_NE(last.find("--skip-existing"), std::string::npos);
+  }
+}
+
+TEST_F(Sequences, ACrashNamesTheFrame) {
+  Gl3Process process(
+      m_work, m_logs,
+      {"render", "squares.obj", "-o", "k##.png", "--turntable", "90", "-s", "1500x1500", "-v"});
+  ASSERT_TRUE(process.WaitFor("k02.png: written"));
+  kill(process.Child(), SIGABRT);
+  const Gl3Result result = process.Finish();
+  EXPECT_NE(result.status, 0);
+  EXPECT_NE(result.err.find("gl3: frame "), std::string::npos) << result.err;
+  EXPECT_NE(result.err.find("crashed"), std::string::npos) << result.err;
+  EXPECT_NE(LastLine(result.err).find(" of 90 pictures are there"), std::string::npos);
+}
+
+TEST_F(Sequences, TheTimeLimitCountsFromPictureToPicture) {
+  Gl3Process process(m_work, m_logs,
+                     {"render", "squares.obj", "-o", "k##.png", "--turntable", "3", "-s", "64x64",
+                      "-v", "--timeout", "3"});
+  ASSERT_TRUE(process.WaitFor("k01.png: written"));
+  const pid_t child = process.Child();
+  kill(child, SIGSTOP);
+  usleep(2000000);  // less than the limit, together with the rest more than it
+  kill(child, SIGCONT);
+  const Gl3Result result = process.Finish();
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(Pictures().size(), 3u);
+}
+
+TEST_F(Sequences, RecipesAreRepeated) {
+  Render(
+      {"squares.obj", "-o", "t%d.png", "--turntable", "4", "--background", "#123", "--parallel"});
+  Render({"--like", "t3.png", "-o", "again.png"});
+  EXPECT_EQ(Png("again.png").rgba, Png("t3.png").rgba);
+  // Through every kind of picture, one made of the other.
+  std::string last = "again.png";
+  for (const char* name : {"a.exr", "b.jpg", "c d.png"}) {
+    Render({"--like", last, "-o", name});
+    last = name;
+  }
+  EXPECT_EQ(Png("c d.png").rgba, Png("t3.png").rgba);
+  // The command line beats the recipe, and what it excludes goes.
+  Render({"--like", "t3.png", "-o", "other.png", "--no-background", "--turntable", "4", "--frames",
+          "1"});
+  EXPECT_EQ(Png("other.png").rgba[3], 0);
+  Render({"--like", "t3.png", "-o", "u%d.png", "--frames", "1-4"});
+  EXPECT_EQ(Png("u4.png").rgba, Png("t4.png").rgba);
+  Render({"moving.gltf", "-o", "%c.png", "--camera", "all"});
+  Render({"--like", "a_b.png", "-o", "from_b.png"});
+  EXPECT_EQ(Png("from_b.png").rgba, Png("a_b.png").rgba);
+
+  Write("squares.obj", std::string(kSquaresObj) + "# changed\n");
+  const Gl3Result changed = Run({"render", "--like", "t3.png", "-o", "changed.png"});
+  EXPECT_EQ(changed.status, 0);
+  EXPECT_NE(changed.err.find("squares.obj: is not the file that t3.png was made of"),
+            std::string::npos)
+      << changed.err;
+}
+
+/// A PNG of one pixel with this text under "gl3:command".
+void WriteWithCommand(const fs::path& path, const std::string& command) {
+  std::FILE* file = std::fopen(path.c_str(), "wb");
+  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+  png_infop info = png_create_info_struct(png);
+  png_init_io(png, file);
+  png_set_IHDR(png, info, 1, 1, 8, PNG_COLOR_TYPE_GRAY, 0, 0, 0);
+  png_text text = {};
+  text.compression = PNG_TEXT_COMPRESSION_NONE;
+  text.key = const_cast<char*>("gl3:command");
+  text.text = const_cast<char*>(command.c_str());
+  text.text_length = command.size();
+  png_set_text(png, info, &text, 1);
+  png_write_info(png, info);
+  unsigned char pixel = 0;
+  png_write_row(png, &pixel);
+  png_write_end(png, info);
+  png_destroy_write_struct(&png, &info);
+  std::fclose(file);
+}
+
+TEST_F(Sequences, RecipesAreForeignText) {
+  const Arguments like = {"render", "--like", "x.png", "-o", "out.png"};
+  for (const char* command :
+       {"", "gl3", "gl3 filter a.png -o b.png", "sh -c 'touch pwned'",
+        "gl3 render squares.obj; touch pwned", "gl3 render $(touch pwned)",
+        "gl3 render squares.obj --unknown", "gl3 render squares.obj --size", "gl3 render 'open",
+        "gl3 render squares.obj --size 0x0", "gl3 render --help"}) {
+    WriteWithCommand(Path("x.png"), command);
+    ExpectRefused(like, 3, {"x.png: ", "; "});
+  }
+  WriteWithCommand(Path("x.png"), "gl3 render missing.obj");
+  ExpectRefused(like, 3, {"missing.obj", "x.png"});
+  // Neither code that it names is loaded nor its files are written.
+  WriteWithCommand(Path("x.png"),
+                   "gl3 render squares.obj -o victim.png --module ./evil.so -s 8x8 --json");
+  const Gl3Result result = Run(like);
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(Png("out.png").width, 8);
+  EXPECT_EQ(Pictures(), (std::set<std::string>{"out.png", "x.png"}));
+  fs::remove(Path("out.png"));
+
+  Write("cut.png", "\x89PNG\r\n\x1a\n");
+  Write("cut.exr", "\x76\x2f\x31\x01 nothing more");
+  Write("cut.jpg", "\xff\xd8\xff\xe0");
+  Write("empty.png", "");
+  for (const char* name :
+       {"cut.png", "cut.exr", "cut.jpg", "empty.png", "squares.obj", "no.png", "."}) {
+    ExpectRefused({"render", "--like", name, "-o", "out.png"}, 3, {name, "; "});
+  }
+  ExpectRefused({"render", "--like", "x.png"}, 2, {"--output"});
+}
+
+}  // namespace
