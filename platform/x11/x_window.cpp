@@ -258,7 +258,8 @@ void XWindow::Release() {
   }
   if (m_adopted && !m_gone) XSelectInput(XServer(), m_number, NoEventMask);
   if (!m_adopted && !m_gone) XDestroyWindow(XServer(), m_number);
-  XFlush(XServer());
+  // As Move and Show: done when this returns, also for programs with connections of their own.
+  XSync(XServer(), False);
 }
 
 void PumpWindows() {

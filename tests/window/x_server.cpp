@@ -12,7 +12,8 @@
 #include <cstdlib>
 #include <optional>
 
-std::string XTestServer::Start() {
+std::string XTestServer::Start(int width, int height) {
+  const std::string screen = std::to_string(width) + "x" + std::to_string(height) + "x24";
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) return "";
   m_process = fork();
@@ -23,7 +24,7 @@ std::string XTestServer::Start() {
     dup2(quiet, 1);
     dup2(quiet, 2);
     const std::string text = std::to_string(number);
-    execlp("Xvfb", "Xvfb", "-displayfd", text.c_str(), "-screen", "0", "800x600x24", "-nolisten",
+    execlp("Xvfb", "Xvfb", "-displayfd", text.c_str(), "-screen", "0", screen.c_str(), "-nolisten",
            "tcp", nullptr);
     _exit(127);
   }

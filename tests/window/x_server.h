@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/// Xvfb with one screen of 800 x 600 pixels and 24 bits, without a window manager.
+/// Xvfb with one screen of 24 bits, without a window manager.
 class XTestServer {
  public:
   XTestServer() = default;
@@ -15,8 +15,9 @@ class XTestServer {
   XTestServer& operator=(const XTestServer&) = delete;
   ~XTestServer() { Stop(); }
 
-  /// Returns its name for DISPLAY, empty when there is no Xvfb or it does not start.
-  std::string Start();
+  /// Returns its name for DISPLAY, empty when there is no Xvfb or it does not start. The screen's
+  /// size is in pixels.
+  std::string Start(int width = 800, int height = 600);
   void Stop();
 
  private:
