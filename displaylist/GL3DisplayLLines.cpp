@@ -67,7 +67,9 @@ void GL3DisplayList::AddTransformedShadedLineList(GAShadedLineVertex* points, in
                                                   int smooth) {
   const bool switchSmoothing = smooth && !m_buffer->HasState(GL3GABuffer::kSmoothingOn);
   if (switchSmoothing) glEnable(GL_LINE_SMOOTH);
-  // The first point's width is the strip's, also for a strip without points.
+  // The first point's width is the strip's, also for a strip without points. Width and smoothing
+  // are set before an open block is closed, and the GL refuses them then: the strip keeps what
+  // there was.
   glLineWidth(2 * points[0].width);
   const int suspended = SuspendBlock();
   glBegin(GL_LINE_STRIP);

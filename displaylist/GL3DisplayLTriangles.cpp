@@ -66,6 +66,7 @@ void GL3DisplayList::QueueQuad(const GAVertex* v) {
   QueueTriangle(v[1], v[3], v[2]);
 }
 
+/// The width is set before an open block is closed; the GL refuses it then, and the width stays.
 void GL3DisplayList::DrawPolyline(GAVertex* v, int count) {
   glLineWidth(v[0].v);
   const int suspended = SuspendBlock();
@@ -79,7 +80,8 @@ void GL3DisplayList::DrawPolyline(GAVertex* v, int count) {
   glLineWidth(1.0f);
 }
 
-/// A polyline whose vertices fade by their u, over everything that is there.
+/// A polyline whose vertices fade by their u, over everything that is there. With a block open the
+/// GL refuses what stands before its closing: the line then fades from black, where it lies.
 void GL3DisplayList::DrawFadingPolyline(GAVertex* v, int count) {
   const bool smoothing = m_buffer->HasState(GL3GABuffer::kSmoothingOn);
   const bool depthTest = m_buffer->HasState(GL3GABuffer::kDepthTestOn);

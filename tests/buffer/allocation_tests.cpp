@@ -22,28 +22,17 @@ using Lines = std::vector<std::string>;
 using State = GL3GABuffer::StateFlag;
 
 // With depth buffer, filled polygons, without smoothing.
-const Lines kRenderState = {
-    "glDisable(GL_LIGHTING)",
-    "glLightModeli(GL_LIGHT_MODEL_COLOR_CONTROL, GL_SEPARATE_SPECULAR_COLOR)",
-    "glLightModelfv(GL_LIGHT_MODEL_AMBIENT, {1, 1, 1, 1})",
-    "glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, 1)",
-    "glFrontFace(GL_CW)",
-    "glCullFace(GL_FRONT)",
-    "glDisable(GL_CULL_FACE)",
-    "glEnable(GL_DEPTH_TEST)",
-    "glDisable(GL_TEXTURE_1D)",
-    "glDisable(GL_TEXTURE_2D)",
-    "glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE)",
-    "glDepthFunc(GL_LEQUAL)",
-    "glEnable(GL_POLYGON_OFFSET_FILL)",
-    "glPolygonOffset(0.5, 1)",
-    "glEnable(GL_BLEND)",
-    "glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA)",
-    "glAlphaFunc(GL_GREATER, 0)",
-    "glEnable(GL_ALPHA_TEST)",
-    "glPolygonMode(GL_FRONT_AND_BACK, GL_FILL)",
-    "glDisable(GL_POINT_SMOOTH)",
-    "glDisable(GL_LINE_SMOOTH)"};
+const Lines kRenderState = CallsIn(R"(
+  glDisable(GL_LIGHTING);
+  glLightModeli(GL_LIGHT_MODEL_COLOR_CONTROL, GL_SEPARATE_SPECULAR_COLOR);
+  glLightModelfv(GL_LIGHT_MODEL_AMBIENT, {1, 1, 1, 1}); glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, 1);
+  glFrontFace(GL_CW); glCullFace(GL_FRONT); glDisable(GL_CULL_FACE); glEnable(GL_DEPTH_TEST);
+  glDisable(GL_TEXTURE_1D); glDisable(GL_TEXTURE_2D);
+  glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE); glDepthFunc(GL_LEQUAL);
+  glEnable(GL_POLYGON_OFFSET_FILL); glPolygonOffset(0.5, 1); glEnable(GL_BLEND);
+  glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA); glAlphaFunc(GL_GREATER, 0);
+  glEnable(GL_ALPHA_TEST); glPolygonMode(GL_FRONT_AND_BACK, GL_FILL); glDisable(GL_POINT_SMOOTH);
+  glDisable(GL_LINE_SMOOTH))");
 
 Lines Joined(std::initializer_list<Lines> parts) {
   Lines all;
@@ -75,10 +64,18 @@ class AllocationTest : public DriverFixture {
     hostkit::OverrideRegistryValue("OpenGL3", key, 1);
     ASSERT_EQ(RemakeDriver()->Initialize(), 1);
   }
-  static Lines RenderState(GL3GABuffer& buffer) {
+  /// The calls of `action`, those of the platform layer among them; it must return `result`.
+  template <class Action>
+  static Lines CallsOf(Action action, int result = 1) {
     GlRecorder recorder;
-    EXPECT_EQ(buffer.SetRenderStateNoMakeCurrent(), 1);
+    recorder.LogPlatform(true);
+    HandleLabel(GL3GADriver::m_context, "driver");
+    HandleLabel(GL3GADriver::m_dummywindow->m_hWnd, "dummy");
+    EXPECT_EQ(action(), result);
     return recorder.Calls();
+  }
+  static Lines RenderState(GL3GABuffer& buffer) {
+    return CallsOf([&] { return buffer.SetRenderStateNoMakeCurrent(); });
   }
   static std::array<int, 3> PixelOf(GL3GABuffer& buffer) {
     buffer.MakeCurrent(0);
@@ -92,53 +89,42 @@ class AllocationTest : public DriverFixture {
 
 TEST_F(AllocationTest, TheDeviceContextComesFromViewDummyOrMemory) {
   const auto calls = [this](int compatibleDC) {
-    GlRecorder recorder;
-    recorder.LogPlatform(true);
-    HandleLabel(GL3GADriver::m_dummywindow->m_hWnd, "dummy");
-    Make(1, compatibleDC);
-    return recorder.Calls();
+    return CallsOf([&] { return Make(1, compatibleDC) != nullptr; });
   };
-  EXPECT_EQ(calls(0), (Lines{"GetDC(dummy1) = dc1", "CheckoutPort(dc1, 1) = port1",
-                             "CheckinPort(dc1, 32768)", "DeleteDC(dc1)"}));
+  EXPECT_EQ(calls(0), CallsIn("GetDC(dummy1) = dc1; CheckoutPort(dc1, 1) = port1;"
+                              "CheckinPort(dc1, 32768); DeleteDC(dc1)"));
   CWnd unmade;
   m_info.viewWindow = &unmade;
   EXPECT_EQ(calls(0).front(), "GetDC(dummy1) = dc1") << "a view without a window";
   View view(nullptr);
   m_info.viewWindow = &view;
   EXPECT_EQ(calls(0).front(), "GetDC(window1) = dc1");
-  EXPECT_EQ(calls(1), (Lines{"CreateCompatibleDC(null) = dc1", "CheckoutPort(dc1, 1) = null",
-                             "DeleteDC(dc1)"}));
+  EXPECT_EQ(calls(1), CallsIn("CreateCompatibleDC(null) = dc1; CheckoutPort(dc1, 1) = null;"
+                              "DeleteDC(dc1)"));
 }
 
 TEST_F(AllocationTest, OffScreenCallsInOrder) {
   const auto buffer = Make(1);
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
-  HandleLabel(GL3GADriver::m_context, "driver");
-  ASSERT_EQ(buffer->Reallocate(24, 16, 3), 1);
-  EXPECT_EQ(
-      recorder.Calls(),
-      Joined({{"CheckinPort(dc1, 32768)",
-               "aglChoosePixelFormat({AGL_RGBA, AGL_DEPTH_SIZE, 32}) = format1",
-               "aglCreateContext(format1, driver1) = context1",
-               "aglCreatePBuffer(24, 16, GL_TEXTURE_RECTANGLE_EXT, GL_RGBA, 0) = pbuffer1",
-               "GetPortPixMap(pbuffer1) = null", "LockPixels(null)",
-               "aglSetPBuffer(context1, pbuffer1, 0, 0, 0)", "aglSetCurrentContext(context1)"},
-              kRenderState,
-              {"aglUpdateContext(context1)", "glViewport(0, 0, 24, 16)",
-               "glMatrixMode(GL_MODELVIEW)", "glLoadIdentity()", "glViewport(0, 0, 24, 16)"}}));
+  EXPECT_EQ(CallsOf([&] { return buffer->Reallocate(24, 16, 3); }),
+            Joined({CallsIn(R"(
+      CheckinPort(dc1, 32768); aglChoosePixelFormat({AGL_RGBA, AGL_DEPTH_SIZE, 32}) = format1;
+      aglCreateContext(format1, driver1) = context1;
+      aglCreatePBuffer(24, 16, GL_TEXTURE_RECTANGLE_EXT, GL_RGBA, 0) = pbuffer1;
+      GetPortPixMap(pbuffer1) = null; LockPixels(null);
+      aglSetPBuffer(context1, pbuffer1, 0, 0, 0); aglSetCurrentContext(context1))"),
+                    kRenderState, CallsIn(R"(
+      aglUpdateContext(context1); glViewport(0, 0, 24, 16); glMatrixMode(GL_MODELVIEW);
+      glLoadIdentity(); glViewport(0, 0, 24, 16))")}));
   EXPECT_EQ(GL3GADriver::m_prevcontext, buffer->Context());
   EXPECT_TRUE(buffer->HasState(State::kDepthWanted));
   EXPECT_FALSE(buffer->HasState(State::kOwnsWindow));
   EXPECT_EQ(buffer->Width(), 24);
   EXPECT_EQ(buffer->Height(), 16);
 
-  recorder.Clear();
-  ASSERT_EQ(buffer->Reallocate(10, 12, 2), 1) << "remade, now without depth";
-  Lines begin = recorder.Calls();
+  Lines begin = CallsOf([&] { return buffer->Reallocate(10, 12, 2); });  // now without depth
   begin.resize(2);
   EXPECT_EQ(begin, (Lines{"aglDestroyContext(context1)",
-                          "aglChoosePixelFormat({AGL_RGBA, AGL_DEPTH_SIZE, 0}) = format2"}));
+                          "aglChoosePixelFormat({AGL_RGBA, AGL_DEPTH_SIZE, 0}) = format1"}));
   EXPECT_FALSE(buffer->HasState(State::kDepthWanted));
 }
 
@@ -146,20 +132,14 @@ TEST_F(AllocationTest, FailingPbufferLeavesAContextWithoutDrawable) {
   const auto buffer = Make(1);
   {
     Faults faults;
-    GlRecorder recorder;
-    recorder.LogPlatform(true);
-    HandleLabel(GL3GADriver::m_context, "driver");
     faults.Fail(FaultPoint::kAglCreatePBuffer);
-    EXPECT_EQ(buffer->Reallocate(24, 16, 1), 0);
-    EXPECT_EQ(recorder.Calls(),
-              (Lines{"CheckinPort(dc1, 32768)",
-                     "aglChoosePixelFormat({AGL_RGBA, AGL_DEPTH_SIZE, 32}) = format1",
-                     "aglCreateContext(format1, driver1) = context1",
-                     "aglCreatePBuffer(24, 16, GL_TEXTURE_RECTANGLE_EXT, GL_RGBA, 0) = null",
-                     "aglDestroyContext(context1)",
-                     "aglChoosePixelFormat({AGL_DEPTH_SIZE, 32, AGL_OFFSCREEN, AGL_RGBA, "
-                     "AGL_PIXEL_SIZE, 32}) = format1",
-                     "aglCreateContext(format1, driver1) = context2"}));
+    EXPECT_EQ(CallsOf([&] { return buffer->Reallocate(24, 16, 1); }, 0), CallsIn(R"(
+      CheckinPort(dc1, 32768); aglChoosePixelFormat({AGL_RGBA, AGL_DEPTH_SIZE, 32}) = format1;
+      aglCreateContext(format1, driver1) = context1;
+      aglCreatePBuffer(24, 16, GL_TEXTURE_RECTANGLE_EXT, GL_RGBA, 0) = null;
+      aglDestroyContext(context1);
+      aglChoosePixelFormat({AGL_DEPTH_SIZE, 32, AGL_OFFSCREEN, AGL_RGBA, AGL_PIXEL_SIZE, 32}) = format1;
+      aglCreateContext(format1, driver1) = context2)"));
     EXPECT_EQ(faults.Messages(), Lines());
   }
   EXPECT_NE(buffer->Context(), nullptr);
@@ -195,37 +175,28 @@ TEST_F(AllocationTest, WindowSurfaceCallsInOrder) {
   View view(nullptr);
   m_info.viewWindow = &view;
   const auto buffer = Make(0);
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
-  HandleLabel(GL3GADriver::m_context, "driver");
-  ASSERT_EQ(buffer->Reallocate(64, 48, 1), 1);
-  EXPECT_EQ(
-      recorder.Calls(),
-      Joined({{"CheckinPort(dc1, 32768)",
-               "aglChoosePixelFormat({AGL_DEPTH_SIZE, 32, AGL_DOUBLEBUFFER, AGL_RGBA, "
-               "AGL_ACCELERATED}) = format1",
-               "aglCreateContext(format1, driver1) = context1", "CheckoutPort(dc1, 1) = port1",
-               "aglEnable(context1, AGL_BUFFER_RECT)",
-               "aglSetInteger(context1, AGL_SWAP_INTERVAL, {1})", "aglSetDrawable(context1, port1)",
-               "aglSetCurrentContext(context1)", "aglUseFont(context1, 3, 0, 10, 0, 256, 10000)",
-               "aglSetDrawable(context1, port1)", "aglSetCurrentContext(context1)"},
-              kRenderState,
-              {"aglSetInteger(context1, AGL_BUFFER_RECT, {0, 0, 64, 48})",
-               "aglUpdateContext(context1)", "glViewport(0, 0, 64, 48)",
-               "glMatrixMode(GL_MODELVIEW)", "glLoadIdentity()", "glViewport(0, 0, 64, 48)"}}));
-  EXPECT_EQ(buffer->SetBackground(Color(1, 2, 3)), 1);
+  EXPECT_EQ(CallsOf([&] { return buffer->Reallocate(64, 48, 1); }),
+            Joined({CallsIn(R"(
+      CheckinPort(dc1, 32768);
+      aglChoosePixelFormat({AGL_DEPTH_SIZE, 32, AGL_DOUBLEBUFFER, AGL_RGBA, AGL_ACCELERATED}) = format1;
+      aglCreateContext(format1, driver1) = context1; CheckoutPort(dc1, 1) = port1;
+      aglEnable(context1, AGL_BUFFER_RECT); aglSetInteger(context1, AGL_SWAP_INTERVAL, {1});
+      aglSetDrawable(context1, port1); aglSetCurrentContext(context1);
+      aglUseFont(context1, 3, 0, 10, 0, 256, 10000);
+      aglSetDrawable(context1, port1); aglSetCurrentContext(context1))"),
+                    kRenderState, CallsIn(R"(
+      aglSetInteger(context1, AGL_BUFFER_RECT, {0, 0, 64, 48}); aglUpdateContext(context1);
+      glViewport(0, 0, 64, 48); glMatrixMode(GL_MODELVIEW); glLoadIdentity();
+      glViewport(0, 0, 64, 48))")}));
+  buffer->SetBackground(Color(1, 2, 3));
   buffer->Clear();
   EXPECT_EQ(PixelOf(*buffer), (std::array<int, 3>{1, 2, 3}));
 
   // The next size remakes it.
-  recorder.Clear();
-  ASSERT_EQ(buffer->Reallocate(60, 40, 0), 1);
-  EXPECT_EQ(recorder.Calls().front(), "aglDestroyContext(context1)");
-  EXPECT_EQ(recorder.CallsTo("aglCreateContext"),
-            Lines{"aglCreateContext(format2, driver1) = context2"});
-  EXPECT_EQ(recorder.CallsTo("aglChoosePixelFormat").front(),
-            "aglChoosePixelFormat({AGL_DEPTH_SIZE, 0, AGL_DOUBLEBUFFER, AGL_RGBA, "
-            "AGL_ACCELERATED}) = format2");
+  Lines remade = CallsOf([&] { return buffer->Reallocate(60, 40, 0); });
+  EXPECT_EQ(remade.at(0), "aglDestroyContext(context1)");
+  EXPECT_TRUE(remade.at(2).starts_with("aglChoosePixelFormat({AGL_DEPTH_SIZE, 0, AGL_DOUBLE"));
+  EXPECT_EQ(remade.at(3), "aglCreateContext(format1, driver1) = context2");
 }
 
 TEST_F(AllocationTest, KeptContextIsOnlyFitted) {
@@ -235,13 +206,10 @@ TEST_F(AllocationTest, KeptContextIsOnlyFitted) {
   ASSERT_EQ(buffer->Reallocate(64, 48, 1), 1);
   const AGLContext context = buffer->Context();
   view.MoveWindow(30, 20, 80, 60);
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
-  ASSERT_EQ(buffer->Reallocate(80, 60, 1), 1);
-  EXPECT_EQ(recorder.Calls(),
-            (Lines{"aglSetDrawable(context1, port1)", "aglSetCurrentContext(context1)",
-                   "aglSetInteger(context1, AGL_BUFFER_RECT, {0, 0, 80, 60})",
-                   "aglUpdateContext(context1)", "glViewport(0, 0, 80, 60)"}));
+  EXPECT_EQ(CallsOf([&] { return buffer->Reallocate(80, 60, 1); }), CallsIn(R"(
+      aglSetDrawable(context1, port1); aglSetCurrentContext(context1);
+      aglSetInteger(context1, AGL_BUFFER_RECT, {0, 0, 80, 60}); aglUpdateContext(context1);
+      glViewport(0, 0, 80, 60))"));
   EXPECT_EQ(buffer->Context(), context);
 }
 
@@ -253,75 +221,56 @@ TEST_F(AllocationTest, BufferRectangleCountsFromTheFramesLowerLeft) {
   m_info.viewWindow = &view;
   const auto buffer = Make(0);
   ASSERT_EQ(buffer->Reallocate(64, 48, 1), 1);
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
-  buffer->OnSize();
-  EXPECT_EQ(recorder.Calls(), (Lines{"aglSetInteger(context1, AGL_BUFFER_RECT, {20, 37, 64, 48})",
-                                     "aglUpdateContext(context1)", "glViewport(0, 0, 64, 48)"}));
+  EXPECT_EQ(CallsOf([&] { return buffer->OnSize(), 1; }), CallsIn(R"(
+      aglSetInteger(context1, AGL_BUFFER_RECT, {20, 37, 64, 48}); aglUpdateContext(context1);
+      glViewport(0, 0, 64, 48))"));
 }
 
 TEST_F(AllocationTest, RenderStateFollowsDepthAndSettings) {
-  const Lines end = {"glViewport(0, 0, 8, 8)"};
-  {
+  const auto expect = [&](int options, Lines state) {
     const auto buffer = Make(1);
-    ASSERT_EQ(buffer->Reallocate(8, 8, 0), 1);
-    Lines wanted = kRenderState;
-    std::replace(wanted.begin(), wanted.end(), std::string("glEnable(GL_DEPTH_TEST)"),
-                 std::string("glDisable(GL_DEPTH_TEST)"));
-    EXPECT_EQ(RenderState(*buffer), Joined({wanted, end}));
-    EXPECT_FALSE(buffer->HasState(State::kDepthTestOn));
-    EXPECT_FALSE(buffer->HasState(State::kSmoothingOn));
-  }
+    ASSERT_EQ(buffer->Reallocate(8, 8, options), 1);
+    buffer->SetState(State::kLightingOn, true);
+    state.insert(state.end(), {"aglUpdateContext(context1)", "glViewport(0, 0, 8, 8)"});
+    EXPECT_EQ(RenderState(*buffer), state);
+    EXPECT_EQ(buffer->HasState(State::kDepthTestOn), options == 1);
+    EXPECT_EQ(buffer->HasState(State::kSmoothingOn), state.size() > kRenderState.size() + 2);
+    EXPECT_FALSE(buffer->HasState(State::kLightingOn));
+  };
+  Lines state = kRenderState;
+  state.at(7) = "glDisable(GL_DEPTH_TEST)";
+  expect(0, state);
   UseSetting("Polygonmode");
-  {
-    const auto buffer = Make(1);
-    ASSERT_EQ(buffer->Reallocate(8, 8, 1), 1);
-    Lines wanted = kRenderState;
-    wanted.at(18) = "glPolygonMode(GL_FRONT_AND_BACK, GL_LINE)";
-    EXPECT_EQ(RenderState(*buffer), Joined({wanted, end}));
-  }
+  state = kRenderState;
+  state.at(18) = "glPolygonMode(GL_FRONT_AND_BACK, GL_LINE)";
+  expect(1, state);
   UseSetting("Antialias");
-  const auto buffer = Make(1);
-  ASSERT_EQ(buffer->Reallocate(8, 8, 1), 1);
-  Lines wanted = kRenderState;
-  wanted.at(18) = "glPolygonMode(GL_FRONT_AND_BACK, GL_LINE)";
-  wanted.resize(19);
-  const Lines smooth = {"glEnable(GL_POINT_SMOOTH)", "glEnable(GL_LINE_SMOOTH)",
-                        "glHint(GL_POLYGON_SMOOTH_HINT, GL_NICEST)",
-                        "glHint(GL_POINT_SMOOTH_HINT, GL_NICEST)",
-                        "glHint(GL_LINE_SMOOTH_HINT, GL_NICEST)"};
-  buffer->SetState(State::kLightingOn, true);
-  EXPECT_EQ(RenderState(*buffer), Joined({wanted, smooth, end}));
-  EXPECT_TRUE(buffer->HasState(State::kDepthTestOn));
-  EXPECT_TRUE(buffer->HasState(State::kSmoothingOn));
-  EXPECT_FALSE(buffer->HasState(State::kLightingOn));
+  state.resize(19);
+  expect(1, Joined({state, CallsIn(R"(
+      glEnable(GL_POINT_SMOOTH); glEnable(GL_LINE_SMOOTH);
+      glHint(GL_POLYGON_SMOOTH_HINT, GL_NICEST); glHint(GL_POINT_SMOOTH_HINT, GL_NICEST);
+      glHint(GL_LINE_SMOOTH_HINT, GL_NICEST))")}));
 }
 
 TEST_F(AllocationTest, ShaderSurfaceCallsInOrder) {
   View view(nullptr);
   m_info.viewWindow = &view;
   const auto buffer = Make(2);
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
-  HandleLabel(GL3GADriver::m_context, "driver");
   buffer->SetState(State::kFogOn, true);
-  ASSERT_EQ(buffer->AllocateforShader(64, 48), 1);
-  EXPECT_EQ(
-      recorder.Calls(),
-      (Lines{"aglChoosePixelFormat({AGL_DEPTH_SIZE, 32, AGL_DOUBLEBUFFER, AGL_RGBA}) = format1",
-             "aglDescribePixelFormat(format1, AGL_DEPTH_SIZE)",
-             "aglDescribePixelFormat(format1, AGL_BUFFER_SIZE)",
-             "aglCreateContext(format1, driver1) = context1", "CheckoutPort(dc1, 1) = port1",
-             "aglEnable(context1, AGL_BUFFER_RECT)",
-             "aglSetInteger(context1, AGL_SWAP_INTERVAL, {1})", "aglSetDrawable(context1, port1)",
-             "aglSetCurrentContext(context1)", "aglUseFont(context1, 3, 0, 10, 0, 256, 10000)",
-             "glViewport(0, 0, 64, 48)", "glMatrixMode(GL_TEXTURE)", "glLoadIdentity()",
-             "glMatrixMode(GL_PROJECTION)", "glLoadIdentity()"}));
+  EXPECT_EQ(CallsOf([&] { return buffer->AllocateforShader(64, 48); }), CallsIn(R"(
+      aglChoosePixelFormat({AGL_DEPTH_SIZE, 32, AGL_DOUBLEBUFFER, AGL_RGBA}) = format1;
+      aglDescribePixelFormat(format1, AGL_DEPTH_SIZE);
+      aglDescribePixelFormat(format1, AGL_BUFFER_SIZE);
+      aglCreateContext(format1, driver1) = context1; CheckoutPort(dc1, 1) = port1;
+      aglEnable(context1, AGL_BUFFER_RECT); aglSetInteger(context1, AGL_SWAP_INTERVAL, {1});
+      aglSetDrawable(context1, port1); aglSetCurrentContext(context1);
+      aglUseFont(context1, 3, 0, 10, 0, 256, 10000); glViewport(0, 0, 64, 48);
+      glMatrixMode(GL_TEXTURE); glLoadIdentity(); glMatrixMode(GL_PROJECTION);
+      glLoadIdentity())"));
   EXPECT_TRUE(buffer->HasState(State::kDepthWanted));
   EXPECT_FALSE(buffer->HasState(State::kFogOn));
-  recorder.Clear();
-  buffer->UseProjectionMatrix();
-  EXPECT_EQ(recorder.Calls(), Lines()) << "the projection stack is known to be current";
+  EXPECT_EQ(CallsOf([&] { return buffer->UseProjectionMatrix(), 1; }), Lines())
+      << "the projection stack is known to be current";
 }
 
 TEST_F(AllocationTest, DestroyReleasesOnceAndTwiceIsHarmless) {
@@ -333,45 +282,33 @@ TEST_F(AllocationTest, DestroyReleasesOnceAndTwiceIsHarmless) {
   ASSERT_EQ(buffer->Blit(&info), 1);
   EXPECT_EQ(hostkit::CountHeaps().ext.blocks, blocks + 1);
 
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
-  EXPECT_EQ(buffer->Destroy(), 1);
-  EXPECT_EQ(recorder.Calls(), (Lines{"aglDestroyContext(context1)", "CheckinPort(dc1, 32768)"}));
+  const auto destroy = [&] { return buffer->Destroy(); };
+  EXPECT_EQ(CallsOf(destroy), CallsIn("aglDestroyContext(context1); CheckinPort(dc1, 32768)"));
   EXPECT_EQ(buffer->Context(), nullptr);
   EXPECT_EQ(GL3GADriver::m_prevcontext, nullptr);
   EXPECT_EQ(hostkit::CountHeaps().ext.blocks, blocks);
-  recorder.Clear();
-  EXPECT_EQ(buffer->Destroy(), 1);
-  EXPECT_EQ(recorder.Calls(), Lines());
+  EXPECT_EQ(CallsOf(destroy), Lines());
 }
 
-TEST_F(AllocationTest, BackgroundIsKeptInBytes) {
+TEST_F(AllocationTest, BackgroundIsKeptInBytesAndEmptyScenesMakeNoCalls) {
   const auto buffer = Make(1);
   ASSERT_EQ(buffer->Reallocate(4, 4, 1), 1);
   EXPECT_EQ(buffer->SetBackground(GAColor(Driver()->CreateColor(Vector4{0.5f, 1, 0, 0.25f}))), 1);
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
-  EXPECT_EQ(buffer->Clear(), 1);
-  EXPECT_EQ(recorder.Calls(),
-            (Lines{"aglSetPBuffer(context1, pbuffer1, 0, 0, 0)", "aglSetCurrentContext(context1)",
-                   "glClearColor(0.501961, 1, 0, 1)",
-                   "glClear(GL_COLOR_BUFFER_BIT|GL_DEPTH_BUFFER_BIT)"}));
+  EXPECT_EQ(CallsOf([&] { return buffer->Clear(); }), CallsIn(R"(
+      aglSetPBuffer(context1, pbuffer1, 0, 0, 0); aglSetCurrentContext(context1);
+      glClearColor(0.501961, 1, 0, 1); glClear(GL_COLOR_BUFFER_BIT|GL_DEPTH_BUFFER_BIT))"));
   EXPECT_EQ(PixelOf(*buffer), (std::array<int, 3>{128, 255, 0}));
   buffer->SetBackground(GAColor());
   buffer->Clear();
   EXPECT_EQ(PixelOf(*buffer), (std::array<int, 3>{0, 0, 0}));
-}
 
-TEST_F(AllocationTest, EmptyScenesMakeNoCalls) {
-  const auto buffer = Make(1);
-  ASSERT_EQ(buffer->Reallocate(4, 4, 1), 1);
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
-  buffer->BeginScene();
-  buffer->EndScene();
-  buffer->CopyObjects(nullptr, 1);
-  EXPECT_EQ(buffer->RepaintFront(CRect(), nullptr, 0, 0), 0);
-  EXPECT_EQ(recorder.Calls(), Lines());
+  const auto emptyScene = [&] {
+    buffer->BeginScene();
+    buffer->EndScene();
+    buffer->CopyObjects(nullptr, 1);
+    return buffer->RepaintFront(CRect(), nullptr, 0, 0);
+  };
+  EXPECT_EQ(CallsOf(emptyScene, 0), Lines());
 }
 
 TEST_F(AllocationTest, BuffersTakeTurnsAndShareObjects) {

@@ -49,23 +49,22 @@ TEST_F(LightsTest, ValuesFollowTheType) {
   GlRecorder gl;
   Buffer().SetupLights(list.Head());
 
-  EXPECT_EQ(
-      SetOn(gl, "GL_LIGHT0"),
-      (Lines{"GL_POSITION, {8, 21, 33, 1})", "GL_DIFFUSE, {0.25, 0.5, 0.125, 1})",
-             "GL_SPECULAR, {0, 0, 0, 1})", "GL_SPOT_DIRECTION, {-2, 1, 4})", "GL_SPOT_CUTOFF, 90)",
-             "GL_SPOT_EXPONENT, 64)", "GL_CONSTANT_ATTENUATION, 0.833333)",
-             "GL_LINEAR_ATTENUATION, 0)", "GL_QUADRATIC_ATTENUATION, 0.0781475)"}));
+  EXPECT_EQ(SetOn(gl, "GL_LIGHT0"), CallsIn(R"(
+      GL_POSITION, {8, 21, 33, 1}); GL_DIFFUSE, {0.25, 0.5, 0.125, 1});
+      GL_SPECULAR, {0, 0, 0, 1}); GL_SPOT_DIRECTION, {-2, 1, 4}); GL_SPOT_CUTOFF, 90);
+      GL_SPOT_EXPONENT, 64); GL_CONSTANT_ATTENUATION, 0.833333); GL_LINEAR_ATTENUATION, 0);
+      GL_QUADRATIC_ATTENUATION, 0.0781475))"));
   EXPECT_EQ(SetOn(gl, "GL_LIGHT1")[4], "GL_SPOT_CUTOFF, 0)");
-  EXPECT_EQ(SetOn(gl, "GL_LIGHT2"),
-            (Lines{"GL_POSITION, {8, 21, 33, 1})", "GL_DIFFUSE, {0, 0, 0, 1})",
-                   "GL_SPECULAR, {0.25, 0.5, 0.125, 1})", "GL_SPOT_CUTOFF, 180)",
-                   "GL_SPOT_EXPONENT, 0)", "GL_CONSTANT_ATTENUATION, 0.833333)",
-                   "GL_LINEAR_ATTENUATION, 0)", "GL_QUADRATIC_ATTENUATION, 0.0781475)"}));
-  EXPECT_EQ(SetOn(gl, "GL_LIGHT3"),
-            (Lines{"GL_POSITION, {2, -1, -4, 0})", "GL_DIFFUSE, {0.25, 0.5, 0.125, 1})",
-                   "GL_SPECULAR, {0.25, 0.5, 0.125, 1})", "GL_SPOT_DIRECTION, {-2, 1, 4})",
-                   "GL_SPOT_CUTOFF, 180)", "GL_SPOT_EXPONENT, 0)", "GL_CONSTANT_ATTENUATION, 1)",
-                   "GL_LINEAR_ATTENUATION, 0)", "GL_QUADRATIC_ATTENUATION, 0)"}));
+  EXPECT_EQ(SetOn(gl, "GL_LIGHT2"), CallsIn(R"(
+      GL_POSITION, {8, 21, 33, 1}); GL_DIFFUSE, {0, 0, 0, 1});
+      GL_SPECULAR, {0.25, 0.5, 0.125, 1}); GL_SPOT_CUTOFF, 180); GL_SPOT_EXPONENT, 0);
+      GL_CONSTANT_ATTENUATION, 0.833333); GL_LINEAR_ATTENUATION, 0);
+      GL_QUADRATIC_ATTENUATION, 0.0781475))"));
+  EXPECT_EQ(SetOn(gl, "GL_LIGHT3"), CallsIn(R"(
+      GL_POSITION, {2, -1, -4, 0}); GL_DIFFUSE, {0.25, 0.5, 0.125, 1});
+      GL_SPECULAR, {0.25, 0.5, 0.125, 1}); GL_SPOT_DIRECTION, {-2, 1, 4}); GL_SPOT_CUTOFF, 180);
+      GL_SPOT_EXPONENT, 0); GL_CONSTANT_ATTENUATION, 1); GL_LINEAR_ATTENUATION, 0);
+      GL_QUADRATIC_ATTENUATION, 0))"));
   EXPECT_EQ(SetOn(gl, "GL_LIGHT4").size(), 3u);  // an unknown type uses its number
   EXPECT_EQ(SetOn(gl, "GL_LIGHT5").size(), 3u);
 }
@@ -125,10 +124,10 @@ TEST_F(LightsTest, AShorterListSwitchesTheRestOff) {
   Buffer().SetupLights(four.Head());
   GlRecorder gl;
   Buffer().SetupLights(two.Head());
-  EXPECT_EQ(gl.Calls(),
-            (Lines{"glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, 1)", "glIsEnabled(GL_LIGHT0)",
-                   "glIsEnabled(GL_LIGHT1)", "glIsEnabled(GL_LIGHT2)", "glDisable(GL_LIGHT2)",
-                   "glIsEnabled(GL_LIGHT3)", "glDisable(GL_LIGHT3)", "glIsEnabled(GL_LIGHT4)"}));
+  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+      glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, 1); glIsEnabled(GL_LIGHT0);
+      glIsEnabled(GL_LIGHT1); glIsEnabled(GL_LIGHT2); glDisable(GL_LIGHT2);
+      glIsEnabled(GL_LIGHT3); glDisable(GL_LIGHT3); glIsEnabled(GL_LIGHT4))"));
 }
 
 TEST_F(LightsTest, LightsBeyondTheMaximumAreLeftOut) {
@@ -163,13 +162,13 @@ TEST_F(LightsTest, TheHeadlightTakesOverFromAList) {
   Buffer().SetupLights(list.Head());
   GlRecorder gl;
   Buffer().SetupLights(nullptr);
-  EXPECT_EQ(gl.Calls(),
-            (Lines{"glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, 0)", "glEnable(GL_LIGHT0)",
-                   "glLightfv(GL_LIGHT0, GL_POSITION, {0, 0, 1, 0})",
-                   "glLightfv(GL_LIGHT0, GL_SPOT_DIRECTION, {0, 0, 1})",
-                   "glLightf(GL_LIGHT0, GL_CONSTANT_ATTENUATION, 1)",
-                   "glLightf(GL_LIGHT0, GL_QUADRATIC_ATTENUATION, 0)", "glIsEnabled(GL_LIGHT1)",
-                   "glDisable(GL_LIGHT1)", "glIsEnabled(GL_LIGHT2)"}));
+  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+      glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, 0); glEnable(GL_LIGHT0);
+      glLightfv(GL_LIGHT0, GL_POSITION, {0, 0, 1, 0});
+      glLightfv(GL_LIGHT0, GL_SPOT_DIRECTION, {0, 0, 1});
+      glLightf(GL_LIGHT0, GL_CONSTANT_ATTENUATION, 1);
+      glLightf(GL_LIGHT0, GL_QUADRATIC_ATTENUATION, 0); glIsEnabled(GL_LIGHT1);
+      glDisable(GL_LIGHT1); glIsEnabled(GL_LIGHT2))"));
 }
 
 }  // namespace

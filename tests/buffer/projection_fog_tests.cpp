@@ -69,11 +69,10 @@ TEST_F(ProjectionTest, ParallelViewIsOrthographic) {
   Info().nearZ = -2, Info().farZ = -12;
   GlRecorder recorder;
   Buffer().ComputeProjectionMatrices();
-  EXPECT_EQ(
-      recorder.Calls(),
-      (Lines{"glMatrixMode(GL_PROJECTION)", "glLoadIdentity()", "glOrtho(10, 50, 24, 4, 2, 12)",
-             "glGetFloatv(GL_PROJECTION_MATRIX)", "glLoadIdentity()",
-             "glOrtho(-1, 3, -2, 6, 2, 12)", "glGetFloatv(GL_PROJECTION_MATRIX)"}));
+  EXPECT_EQ(recorder.Calls(), CallsIn(R"(
+      glMatrixMode(GL_PROJECTION); glLoadIdentity(); glOrtho(10, 50, 24, 4, 2, 12);
+      glGetFloatv(GL_PROJECTION_MATRIX); glLoadIdentity(); glOrtho(-1, 3, -2, 6, 2, 12);
+      glGetFloatv(GL_PROJECTION_MATRIX))"));
   ExpectNear(Stored(0), {0.05f, 0, 0, 0, 0, -0.1f, 0, 0, 0, 0, -0.2f, 0, -1.5f, 1.4f, -1.4f, 1});
   ExpectNear(Stored(1), {0.5f, 0, 0, 0, 0, 0.25f, 0, 0, 0, 0, -0.2f, 0, -0.5f, -0.5f, -1.4f, 1});
   EXPECT_EQ(Loaded(), Stored(1)) << "the scene's stays loaded";
@@ -110,8 +109,8 @@ TEST_F(ProjectionTest, SetProjectionRestoresWithoutRecomputing) {
   EXPECT_NE(Loaded(), scene);
   Buffer().SetProjection(2);
   EXPECT_EQ(Loaded(), scene);
-  EXPECT_EQ(recorder.Names(), (Lines{"glLoadIdentity", "glLoadMatrixf", "glViewport",
-                                     "glLoadIdentity", "glLoadMatrixf", "glViewport"}))
+  EXPECT_EQ(recorder.Names(), CallsIn(R"(
+      glLoadIdentity; glLoadMatrixf; glViewport; glLoadIdentity; glLoadMatrixf; glViewport)"))
       << "the matrix mode is known";
   EXPECT_EQ(recorder.CallsTo("glViewport").front(), "glViewport(0, 0, 40, 20)");
 
@@ -119,8 +118,8 @@ TEST_F(ProjectionTest, SetProjectionRestoresWithoutRecomputing) {
   Buffer().Reallocate(30, 10, 1);
   recorder.Clear();
   Buffer().SetProjection(1);
-  EXPECT_EQ(recorder.Names(),
-            (Lines{"glMatrixMode", "glLoadIdentity", "glLoadMatrixf", "glViewport"}));
+  EXPECT_EQ(recorder.Names(), CallsIn(R"(
+      glMatrixMode; glLoadIdentity; glLoadMatrixf; glViewport)"));
   EXPECT_EQ(recorder.CallsTo("glViewport").front(), "glViewport(0, 0, 30, 10)");
   EXPECT_EQ(Loaded(), scene) << "kept over the remade context";
 }

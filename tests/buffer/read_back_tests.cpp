@@ -29,7 +29,11 @@ class ReadBackTest : public DriverFixture {
     m_target.reset();
     m_target = std::make_unique<OffscreenTarget>(Driver(), width, height);
     ASSERT_EQ(Buffer().Reallocate(width, height, options), 1);
-    Buffer().SetBackground(Color(grey, grey, grey));
+    Clear(grey, grey, grey);
+  }
+  /// Fills the buffer with a background.
+  void Clear(int red, int green, int blue) {
+    Buffer().SetBackground(Color(red, green, blue));
     Buffer().Clear();
   }
   void TearDown() override {
@@ -139,6 +143,25 @@ TEST_F(ReadBackTest, PixelsNearTheBackgroundBecomeTransparent) {
     for (int x = 0; x < count; ++x) {
       EXPECT_EQ(At(*bitmap, x, 0)[3], pixels[x].alpha) << "grey " << grey << ", pixel " << x;
     }
+  }
+}
+
+TEST_F(ReadBackTest, EachChannelIsComparedWithItsOwn) {
+  const struct {
+    int red, green, blue;
+    float alpha;
+  } pixels[] = {{200, 100, 3, 0}, {202, 98, 5, 0},   {198, 102, 1, 0}, {3, 100, 200, 1},
+                {100, 200, 3, 1}, {200, 3, 100, 1},  {203, 100, 3, 1}, {200, 103, 3, 1},
+                {200, 100, 6, 1}, {100, 100, 100, 1}};
+  const int count = static_cast<int>(std::size(pixels));
+  Make(count, 1, 0);
+  Clear(200, 100, 3);
+  for (int x = 0; x < count; ++x) Put(x, 0, pixels[x].red, pixels[x].green, pixels[x].blue);
+  const TestBitmap bitmap = EmptyBitmap(count, 1);
+  ASSERT_EQ(Buffer().FillBitmapNode(bitmap.get(), 0), 1);
+  for (int x = 0; x < count; ++x) {
+    const auto& [red, green, blue, alpha] = pixels[x];
+    EXPECT_EQ(At(*bitmap, x, 0), (Pixel{HalfOf(red), HalfOf(green), HalfOf(blue), alpha})) << x;
   }
 }
 

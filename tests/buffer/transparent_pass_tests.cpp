@@ -46,32 +46,21 @@ TEST_F(PassTest, OneTriangleFromStartToEnd) {
   GlRecorder gl;
   gl.LogIndices(true);
   Buffer().EndScene();
-  EXPECT_EQ(gl.Calls(), (Lines{"glGetMaterialfv(GL_FRONT, GL_DIFFUSE, pointer)",
-                               "glEnable(GL_LINE_SMOOTH)",
-                               "glIsEnabled(GL_CULL_FACE)",
-                               "glGetIntegerv(0xb45)",
-                               "glCullFace(GL_FRONT)",
-                               "glEnable(GL_CULL_FACE)",
-                               "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {1, 0, 0, 0.5})",
-                               "glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, {0, 0, 0, 0.5})",
-                               "glMaterialfv(GL_FRONT_AND_BACK, GL_SHININESS, {0})",
-                               "glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, {0, 0, 0, 1})",
-                               "glEnable(GL_LIGHTING)",
-                               "glEnableClientState(GL_VERTEX_ARRAY)",
-                               "glEnableClientState(GL_NORMAL_ARRAY)",
-                               "glEnableClientState(GL_TEXTURE_COORD_ARRAY)",
-                               "glVertexPointer(3, GL_FLOAT, 32, pointer)",
-                               "glNormalPointer(GL_FLOAT, 32, pointer)",
-                               "glTexCoordPointer(2, GL_FLOAT, 32, pointer)",
-                               "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2})",
-                               "glDisableClientState(GL_VERTEX_ARRAY)",
-                               "glDisableClientState(GL_NORMAL_ARRAY)",
-                               "glDisableClientState(GL_TEXTURE_COORD_ARRAY)",
-                               "glDisable(GL_LIGHTING)",
-                               "glDisable(GL_CULL_FACE)",
-                               "glDisable(GL_LINE_SMOOTH)",
-                               "glCullFace(GL_FRONT)",
-                               "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.8, 0.8, 0.8, 1})"}));
+  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+      glGetMaterialfv(GL_FRONT, GL_DIFFUSE, pointer); glEnable(GL_LINE_SMOOTH);
+      glIsEnabled(GL_CULL_FACE); glGetIntegerv(0xb45); glCullFace(GL_FRONT);
+      glEnable(GL_CULL_FACE); glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {1, 0, 0, 0.5});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, {0, 0, 0, 0.5});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_SHININESS, {0});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, {0, 0, 0, 1}); glEnable(GL_LIGHTING);
+      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_NORMAL_ARRAY);
+      glEnableClientState(GL_TEXTURE_COORD_ARRAY); glVertexPointer(3, GL_FLOAT, 32, pointer);
+      glNormalPointer(GL_FLOAT, 32, pointer); glTexCoordPointer(2, GL_FLOAT, 32, pointer);
+      glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2});
+      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_NORMAL_ARRAY);
+      glDisableClientState(GL_TEXTURE_COORD_ARRAY); glDisable(GL_LIGHTING);
+      glDisable(GL_CULL_FACE); glDisable(GL_LINE_SMOOTH); glCullFace(GL_FRONT);
+      glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.8, 0.8, 0.8, 1}))"));
   gl.Clear();
   Buffer().EndScene();
   EXPECT_EQ(gl.Calls(), Lines());
@@ -133,12 +122,12 @@ TEST_F(PassTest, LinesOvertakeTheTrianglesThatWait) {
   Buffer().RenderTransparentPolys();
   Lines steps = Steps(gl);
   steps.erase(steps.begin(), steps.begin() + 4);  // the material
-  EXPECT_EQ(steps, (Lines{"glLineWidth(3)", "glBegin(GL_LINES)",
-                          "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.8, 0.8, 0.8, 0.75})",
-                          "glVertex3fv({-5, 0, -20})",
-                          "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.8, 0.8, 0.8, 0})",
-                          "glVertex3fv({5, 0, -20})",
-                          "glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT)"}));
+  EXPECT_EQ(steps, CallsIn(R"(
+      glLineWidth(3); glBegin(GL_LINES);
+      glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.8, 0.8, 0.8, 0.75});
+      glVertex3fv({-5, 0, -20});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.8, 0.8, 0.8, 0}); glVertex3fv({5, 0, -20});
+      glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT))"));
   EXPECT_EQ(gl.CallsTo("glEnable(GL_LIGHTING)").size(), 1u);
 }
 
@@ -153,8 +142,9 @@ TEST_F(PassTest, StateComesBackAsItWas) {
   Triangle(-10, &m_red, texture.get());
   GlRecorder gl;
   Buffer().RenderTransparentPolys();
-  EXPECT_EQ(gl.CallsTo("glEnable("), (Lines{"glEnable(GL_LINE_SMOOTH)", "glEnable(GL_DEPTH_TEST)",
-                                            "glEnable(GL_CULL_FACE)", "glEnable(GL_TEXTURE_2D)"}));
+  EXPECT_EQ(gl.CallsTo("glEnable("), CallsIn(R"(
+      glEnable(GL_LINE_SMOOTH); glEnable(GL_DEPTH_TEST); glEnable(GL_CULL_FACE);
+      glEnable(GL_TEXTURE_2D))"));
   EXPECT_FALSE(IsOn(GL_DEPTH_TEST));
   EXPECT_FALSE(IsOn(GL_LINE_SMOOTH));
   EXPECT_FALSE(IsOn(GL_TEXTURE_2D));

@@ -128,8 +128,8 @@ TEST_F(AdderTest, PolylinesGoAroundTheOpenBlock) {
   EXPECT_EQ(Buffer().TransparentCount(), 0);
   gl.Clear();
   List().AddTransformedQuad(v, 0x8000, 0);
-  EXPECT_EQ(gl.Calls(),
-            (Lines{"glLineWidth(5)", "glBegin(GL_LINE_STRIP)", "glEnd()", "glLineWidth(1)"}));
+  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+      glLineWidth(5); glBegin(GL_LINE_STRIP); glEnd(); glLineWidth(1))"));
 }
 
 TEST_F(AdderTest, ColoredQuadsReadTheirRecordsInTheirOwnOrder) {
@@ -155,9 +155,9 @@ TEST_F(AdderTest, ColoredQuadsReadTheirRecordsInTheirOwnOrder) {
   List().AddTransformedQuad(lit);
   const Lines& calls = gl.Calls();
   ASSERT_EQ(calls.size(), 12u);
-  EXPECT_EQ(Lines(calls.begin(), calls.begin() + 4),
-            (Lines{"glEnd()", "glBegin(GL_TRIANGLE_STRIP)", "glColor4fv({0, 0.2, 1, 0.4})",
-                   "glVertex3fv({-9, -9, -9})"}));
+  EXPECT_EQ(Lines(calls.begin(), calls.begin() + 4), CallsIn(R"(
+      glEnd(); glBegin(GL_TRIANGLE_STRIP); glColor4fv({0, 0.2, 1, 0.4});
+      glVertex3fv({-9, -9, -9}))"));
   EXPECT_EQ(calls.back(), "glBegin(GL_POINTS)");
 }
 
@@ -234,15 +234,12 @@ TEST_F(AdderTest, IndexedListsStartFromACleanState) {
   List().SetTexture(nullptr);
   gl.Clear();
   List().AddIndexedLitTriangleListWT(withTexture, 3, indices, 3, 0);
-  EXPECT_EQ(
-      gl.Calls(),
-      (Lines{"glEnableClientState(GL_VERTEX_ARRAY)", "glVertexPointer(3, GL_FLOAT, 24, pointer)",
-             "glEnableClientState(GL_TEXTURE_COORD_ARRAY)",
-             "glVertexPointer(2, GL_FLOAT, 24, pointer)", "glEnableClientState(GL_COLOR_ARRAY)",
-             "glColorPointer(4, GL_UNSIGNED_BYTE, 24, pointer)",
-             "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT)",
-             "glDisableClientState(GL_VERTEX_ARRAY)", "glDisableClientState(GL_COLOR_ARRAY)",
-             "glDisableClientState(GL_TEXTURE_COORD_ARRAY)"}));
+  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+      glEnableClientState(GL_VERTEX_ARRAY); glVertexPointer(3, GL_FLOAT, 24, pointer);
+      glEnableClientState(GL_TEXTURE_COORD_ARRAY); glVertexPointer(2, GL_FLOAT, 24, pointer);
+      glEnableClientState(GL_COLOR_ARRAY); glColorPointer(4, GL_UNSIGNED_BYTE, 24, pointer);
+      glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT); glDisableClientState(GL_VERTEX_ARRAY);
+      glDisableClientState(GL_COLOR_ARRAY); glDisableClientState(GL_TEXTURE_COORD_ARRAY))"));
 
   // The texture coordinates of an earlier draw may be gone: with a texture they are not read.
   List().SetTexture(texture.get());
@@ -261,6 +258,19 @@ TEST_F(AdderTest, IndexedListsStartFromACleanState) {
   EXPECT_EQ(Draws(gl), (Lines{"glDrawElements(GL_LINES, 2, GL_UNSIGNED_INT)",
                               "glDrawElements(GL_LINES, 0, GL_UNSIGNED_INT)"}));
   EXPECT_EQ(gl.CallsTo("glDisable("), Lines{"glDisable(GL_LIGHTING)"});
+
+  std::vector<GALitVertex> ends(2);
+  std::vector<unsigned int> segment = {1, 0};
+  List().PrepForPolygons();
+  List().SetTexture(texture.get());
+  gl.Clear();
+  List().AddIndexedLineList(ends, segment);
+  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+      glEnd(); glDisable(GL_TEXTURE_2D);
+      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_COLOR_ARRAY);
+      glVertexPointer(3, GL_FLOAT, 16, pointer); glColorPointer(4, GL_UNSIGNED_BYTE, 16, pointer);
+      glDrawElements(GL_LINES, 2, GL_UNSIGNED_INT); glDisableClientState(GL_VERTEX_ARRAY);
+      glDisableClientState(GL_COLOR_ARRAY))"));
 }
 
 TEST_F(AdderTest, ShadedStripsTakeWidthAndMaterialsFromTheirPoints) {
@@ -274,19 +284,18 @@ TEST_F(AdderTest, ShadedStripsTakeWidthAndMaterialsFromTheirPoints) {
   GlRecorder gl;
   List().AddTransformedShadedLineList(points, 2, 1);
   const Lines& calls = gl.Calls();
-  EXPECT_EQ(
-      Lines(calls.begin(), calls.begin() + 4),
-      (Lines{"glEnable(GL_LINE_SMOOTH)", "glLineWidth(3)", "glEnd()", "glBegin(GL_LINE_STRIP)"}));
-  EXPECT_EQ(Lines(calls.end() - 7, calls.end()),
-            (Lines{"glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0, 1, 0, 1})",
-                   "glNormal3fv({0, 1, 0})", "glVertex3fv({4, 5, 6})", "glEnd()",
-                   "glBegin(GL_POINTS)", "glLineWidth(1)", "glDisable(GL_LINE_SMOOTH)"}));
+  EXPECT_EQ(Lines(calls.begin(), calls.begin() + 4), CallsIn(R"(
+      glEnable(GL_LINE_SMOOTH); glLineWidth(3); glEnd(); glBegin(GL_LINE_STRIP))"));
+  EXPECT_EQ(Lines(calls.end() - 7, calls.end()), CallsIn(R"(
+      glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0, 1, 0, 1}); glNormal3fv({0, 1, 0});
+      glVertex3fv({4, 5, 6}); glEnd(); glBegin(GL_POINTS); glLineWidth(1);
+      glDisable(GL_LINE_SMOOTH))"));
   List().SetDepthFunc(6);
   Buffer().SetState(GL3GABuffer::kSmoothingOn, true);
   gl.Clear();
   List().AddTransformedShadedLineList(points, 0, 1);
-  EXPECT_EQ(calls,
-            (Lines{"glLineWidth(3)", "glBegin(GL_LINE_STRIP)", "glEnd()", "glLineWidth(1)"}));
+  EXPECT_EQ(calls, CallsIn(R"(
+      glLineWidth(3); glBegin(GL_LINE_STRIP); glEnd(); glLineWidth(1))"));
 }
 
 TEST_F(AdderTest, RectanglesKeepTheOpenBlock) {
@@ -294,26 +303,42 @@ TEST_F(AdderTest, RectanglesKeepTheOpenBlock) {
   List().PrepForPoints();
   GlRecorder gl;
   List().AddRectangle(0, 1, 10, 11, -1);  // on the front plane
-  EXPECT_EQ(gl.Calls(), (Lines{"glEnd()", "glBegin(GL_LINE_LOOP)", "glColor4fv({1, 0, 0, 1})",
-                               "glVertex3f(0, 1, -1.005)", "glVertex3f(10, 1, -1.005)",
-                               "glVertex3f(10, 11, -1.005)", "glVertex3f(0, 11, -1.005)", "glEnd()",
-                               "glBegin(GL_POINTS)"}));
+  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+      glEnd(); glBegin(GL_LINE_LOOP); glColor4fv({1, 0, 0, 1}); glVertex3f(0, 1, -1.005);
+      glVertex3f(10, 1, -1.005); glVertex3f(10, 11, -1.005); glVertex3f(0, 11, -1.005); glEnd();
+      glBegin(GL_POINTS))"));
   GAColor blue = Rgb(0, 0, 255);
   gl.Clear();
   List().AddRectangle(0, 1, 10, 11, -1, blue);
   List().AddRectangle(0, 1, 10, 11, -2);
   List().AddSolidRectangle(0, 1, 10, 11, -1);
   List().AddSolidRectangle(0, 1, 10, 11, -1, blue);
-  EXPECT_EQ(gl.CallsTo("glColor4fv"),
-            (Lines{"glColor4fv({0, 0, 1, 1})", "glColor4fv({1, 0, 0, 1})",
-                   "glColor4fv({1, 0, 0, 1})", "glColor4fv({0, 0, 1, 1})"}));
+  EXPECT_EQ(gl.CallsTo("glColor4fv"), CallsIn(R"(
+      glColor4fv({0, 0, 1, 1}); glColor4fv({1, 0, 0, 1}); glColor4fv({1, 0, 0, 1});
+      glColor4fv({0, 0, 1, 1}))"));
   const Lines vertices = gl.CallsTo("glVertex3f");
   EXPECT_EQ(vertices[0], "glVertex3f(0, 1, -1)");
   EXPECT_EQ(vertices[4], "glVertex3f(0, 1, -2)");
-  EXPECT_EQ(Lines(vertices.begin() + 8, vertices.begin() + 12),
-            (Lines{"glVertex3f(0, 1, -1)", "glVertex3f(10, 1, -1)", "glVertex3f(0, 11, -1)",
-                   "glVertex3f(10, 11, -1)"}));
+  EXPECT_EQ(Lines(vertices.begin() + 8, vertices.begin() + 12), CallsIn(R"(
+      glVertex3f(0, 1, -1); glVertex3f(10, 1, -1); glVertex3f(0, 11, -1); glVertex3f(10, 11, -1))"));
   EXPECT_EQ(gl.CallsTo("glBegin(GL_TRIANGLE_STRIP)").size(), 2u);
+}
+
+TEST_F(AdderTest, OutlinesOnTheFrontPlaneAreNotLost) {
+  List().SetDefaultColor(m_red);
+  for (int i = 0; i < 40; ++i) {  // some planes are rounded to the viewer's side
+    Info().nearZ = -1 - 0.137f * static_cast<float>(i);
+    Buffer().ComputeProjectionMatrices();
+    Target().Begin();
+    Buffer().SetProjection(0);
+    List().AddRectangle(4, 4, 44, 54, Info().nearZ);
+    // Lines on pixel borders fall to either side of them.
+    EXPECT_NEAR(Target().CountOther({0, 0, 0}), 2 * (40 + 50), 4) << Info().nearZ;
+    Target().Begin();
+    Buffer().SetProjection(0);
+    List().AddSolidRectangle(4, 4, 44, 54, -100);
+    EXPECT_EQ(Target().CountOther({0, 0, 0}), 40 * 50);
+  }
 }
 
 TEST_F(AdderTest, TexturedQuadsShowTheirPictureUpright) {

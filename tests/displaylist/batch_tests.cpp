@@ -30,58 +30,35 @@ TEST_F(BatchTest, FlushedInAFixedOrderWithTheStridesOfTheirFormats) {
   GlRecorder gl;
   gl.LogIndices(true);
   List().FlushArrays();
-  const auto on = [](const char* array) {
-    return std::string("glEnableClientState(") + array + ")";
-  };
-  const auto off = [](const char* array) {
-    return std::string("glDisableClientState(") + array + ")";
-  };
-  const char* const vertex = "GL_VERTEX_ARRAY";
-  const char* const normal = "GL_NORMAL_ARRAY";
-  const char* const color = "GL_COLOR_ARRAY";
-  const char* const uv = "GL_TEXTURE_COORD_ARRAY";
-  EXPECT_EQ(gl.Calls(),
-            (Lines{on(vertex),
-                   on(color),
-                   "glVertexPointer(3, GL_FLOAT, 16, pointer)",
-                   "glColorPointer(4, GL_UNSIGNED_BYTE, 16, pointer)",
-                   "glDrawElements(GL_LINES, 2, GL_UNSIGNED_INT, {0, 1})",
-                   off(vertex),
-                   off(color),
-                   on(vertex),
-                   on(normal),
-                   "glVertexPointer(3, GL_FLOAT, 32, pointer)",
-                   "glNormalPointer(GL_FLOAT, 32, pointer)",
-                   "glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT, {0, 1, 2, 0, 2, 3})",
-                   off(vertex),
-                   off(normal),
-                   on(vertex),
-                   on(normal),
-                   on(uv),
-                   "glVertexPointer(3, GL_FLOAT, 32, pointer)",
-                   "glNormalPointer(GL_FLOAT, 32, pointer)",
-                   "glTexCoordPointer(2, GL_FLOAT, 32, pointer)",
-                   "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2})",
-                   off(vertex),
-                   off(normal),
-                   off(uv),
-                   on(vertex),
-                   on(color),
-                   "glVertexPointer(3, GL_FLOAT, 16, pointer)",
-                   "glColorPointer(4, GL_UNSIGNED_BYTE, 16, pointer)",
-                   "glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT, {0, 1, 2, 0, 2, 3})",
-                   off(vertex),
-                   off(color),
-                   on(vertex),
-                   on(uv),
-                   on(color),
-                   "glVertexPointer(3, GL_FLOAT, 24, pointer)",
-                   "glTexCoordPointer(2, GL_FLOAT, 24, pointer)",
-                   "glColorPointer(4, GL_UNSIGNED_BYTE, 24, pointer)",
-                   "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2})",
-                   off(vertex),
-                   off(uv),
-                   off(color)}));
+  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_COLOR_ARRAY);
+      glVertexPointer(3, GL_FLOAT, 16, pointer); glColorPointer(4, GL_UNSIGNED_BYTE, 16, pointer);
+      glDrawElements(GL_LINES, 2, GL_UNSIGNED_INT, {0, 1});
+      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_COLOR_ARRAY);
+
+      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_NORMAL_ARRAY);
+      glVertexPointer(3, GL_FLOAT, 32, pointer); glNormalPointer(GL_FLOAT, 32, pointer);
+      glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT, {0, 1, 2, 0, 2, 3});
+      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_NORMAL_ARRAY);
+
+      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_NORMAL_ARRAY);
+      glEnableClientState(GL_TEXTURE_COORD_ARRAY); glVertexPointer(3, GL_FLOAT, 32, pointer);
+      glNormalPointer(GL_FLOAT, 32, pointer); glTexCoordPointer(2, GL_FLOAT, 32, pointer);
+      glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2});
+      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_NORMAL_ARRAY);
+      glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+
+      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_COLOR_ARRAY);
+      glVertexPointer(3, GL_FLOAT, 16, pointer); glColorPointer(4, GL_UNSIGNED_BYTE, 16, pointer);
+      glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT, {0, 1, 2, 0, 2, 3});
+      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_COLOR_ARRAY);
+
+      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_TEXTURE_COORD_ARRAY);
+      glEnableClientState(GL_COLOR_ARRAY); glVertexPointer(3, GL_FLOAT, 24, pointer);
+      glTexCoordPointer(2, GL_FLOAT, 24, pointer); glColorPointer(4, GL_UNSIGNED_BYTE, 24, pointer);
+      glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2});
+      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+      glDisableClientState(GL_COLOR_ARRAY))"));
   EXPECT_FALSE(IsPending());
 
   gl.Clear();
@@ -192,21 +169,28 @@ TEST_F(BatchTest, MarkersAreCulledInParallelViewsAlone) {
   List().AddCP({0, 31, -9}, 2, m_red);
   EXPECT_TRUE(IsPending());
   List().FlushArrays();
+}
 
-  // Twice as far as the reference distance a marker is twice as large, to look the same.
-  Target().Begin();
-  Info().scaleX = 2;
-  List().AddCP({0, 0, -9}, 8, m_red);
-  List().AddCP({16, 0, -9}, 4, m_blue);
-  GlRecorder gl;
-  gl.LogIndices(true);
-  Target().End();
-  EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_TRIANGLES, 12, GL_UNSIGNED_INT, "
-                             "{0, 1, 2, 0, 2, 3, 4, 5, 6, 4, 6, 7})"});
-  EXPECT_TRUE(Near(ColorAt(-8, 7), {255, 0, 0}));
-  EXPECT_TRUE(Near(ColorAt(-9, 0), {0, 0, 0}));
-  EXPECT_TRUE(Near(ColorAt(19, -4), {0, 0, 255}));
-  EXPECT_EQ(Target().CountOther({0, 0, 0}), 16 * 16 + 8 * 8);
+TEST_F(BatchTest, MarkersKeepTheirSizeOnTheScreenUnderBothProjections) {
+  Info().viewLeft = Info().viewBottom = -16;  // two pixels a view unit
+  Info().viewRight = Info().viewTop = 16;
+  Info().scaleX = Info().scaleY = 2;
+  for (const float perspective : {0.0f, Info().nearZ}) {
+    Info().perspective = perspective;
+    Buffer().ComputeProjectionMatrices();
+    Target().Begin();
+    const auto distance = [&](float z) { return perspective != 0 ? z / perspective : 1; };
+    List().AddCP({4 * distance(-9), 0, -9}, 3, m_blue);
+    List().AddCP({-4 * distance(-300), 5 * distance(-300), -300}, 5, m_red);
+    GlRecorder gl;
+    gl.LogIndices(true);
+    Target().End();
+    EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_TRIANGLES, 12, GL_UNSIGNED_INT, "
+                               "{0, 1, 2, 0, 2, 3, 4, 5, 6, 4, 6, 7})"});
+    EXPECT_EQ(Target().CountOther({0, 0, 0}), 6 * 6 + 10 * 10) << perspective;
+    for (const int x : {5, 10}) EXPECT_TRUE(Near(ColorAt(x, -3), {0, 0, 255})) << perspective;
+    for (const int x : {-13, -4}) EXPECT_TRUE(Near(ColorAt(x, 14), {255, 0, 0})) << perspective;
+  }
 }
 
 TEST_F(BatchTest, PolygonsAreDrawnByAscendingKey) {

@@ -178,12 +178,11 @@ TEST_F(StateTest, VerticesGoIntoTheOpenBlock) {
     List().AddOGLVertex({1, 2, 3}, m_white);
     List().AddTransformedPoint({6, 7, 8});
   });
-  EXPECT_EQ(
-      calls,
-      (Lines{"glColor4fv({1, 1, 1, 1})", "glVertex3fv({8, 21, 36})", "glColor4fv({1, 0, 0, 1})",
-             "glVertex3fv({1, 2, 3})", "glColor4fv({1, 1, 1, 1})", "glTexCoord2fv({4, 5})",
-             "glVertex3fv({1, 2, 3})", "glColor4fv({1, 1, 1, 1})", "glVertex3fv({1, 2, 3})",
-             "glColor4fv({1, 0, 0, 1})", "glVertex3fv({6, 7, 8})"}));
+  EXPECT_EQ(calls, CallsIn(R"(
+      glColor4fv({1, 1, 1, 1}); glVertex3fv({8, 21, 36}); glColor4fv({1, 0, 0, 1});
+      glVertex3fv({1, 2, 3}); glColor4fv({1, 1, 1, 1}); glTexCoord2fv({4, 5});
+      glVertex3fv({1, 2, 3}); glColor4fv({1, 1, 1, 1}); glVertex3fv({1, 2, 3});
+      glColor4fv({1, 0, 0, 1}); glVertex3fv({6, 7, 8}))"));
 }
 
 TEST_F(StateTest, AListEndsNoContextOfItsBuffer) {

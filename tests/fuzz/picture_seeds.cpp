@@ -1,5 +1,8 @@
 #include "tests/fuzz/picture_seeds.h"
 
+#include <OpenEXR/ImfRgbaFile.h>
+#include <OpenEXR/ImfStdIO.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -90,6 +93,21 @@ string Hdr(int width, const string& pixels) {
   return "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 2 +X " + std::to_string(width) + "\n" + pixels;
 }
 
+string Exr(Imf::RgbaChannels channels, Imf::Compression compression) {
+  Imf::StdOSStream stream;
+  {
+    // The data window reaches over the display window on one side, and leaves room on the other.
+    const Imf::Header header(9, 5, Imath::Box2i({-2, 1}, {6, 5}), 1, {0, 0}, 1, Imf::INCREASING_Y,
+                             compression);
+    Imf::RgbaOutputFile file(stream, header, channels);
+    Imf::Rgba row[9];
+    for (int x = 0; x < 9; ++x) row[x] = {0.3f * static_cast<float>(x), 1, 0.2f, 0.5f};
+    file.setFrameBuffer(row + 2, 1, 0);
+    file.writePixels(5);
+  }
+  return stream.str();
+}
+
 }  // namespace
 
 Inputs PictureSeeds() {
@@ -113,5 +131,8 @@ Inputs PictureSeeds() {
           Bmp(16, 3, Noise(12), Noise(16)),
           Bmp(32, 0, "", Noise(24)),
           Hdr(2, Noise(16)),
-          Hdr(8, run + run)};
+          Hdr(8, run + run),
+          Exr(Imf::WRITE_RGBA, Imf::ZIP_COMPRESSION),
+          Exr(Imf::WRITE_RGB, Imf::PIZ_COMPRESSION),
+          Exr(Imf::WRITE_Y, Imf::RLE_COMPRESSION)};
 }

@@ -8,16 +8,6 @@
 
 #include "buffer/GL3Color.h"
 
-DrawingFixture::DrawingFixture() : m_heaps(hostkit::CountHeaps()) {}
-
-DrawingFixture::~DrawingFixture() {
-  const hostkit::HeapCounts now = hostkit::CountHeaps();
-  EXPECT_EQ(now.gassist.blocks, m_heaps.gassist.blocks);
-  EXPECT_EQ(now.ogl.blocks, m_heaps.ogl.blocks);
-  EXPECT_EQ(now.ext.blocks, m_heaps.ext.blocks);
-  EXPECT_EQ(now.string.blocks, m_heaps.string.blocks);
-}
-
 void DrawingFixture::SetUp() {
   DriverFixture::SetUp();
   ASSERT_FALSE(HasFatalFailure());

@@ -10,21 +10,17 @@
 #include "buffer/GL3Buffer.h"
 #include "displaylist/GL3DisplayL.h"
 #include "host/VornPoly.h"
-#include "hostkit/services/host_heaps.h"
 #include "tests/support/driver_fixture.h"
 #include "texture/GL3Texture.h"
 
 using Lines = std::vector<std::string>;
 
 /// A driver and a black target of 64 x 64 pixels, with depth buffer, scene projection and current
-/// context. Positions are in the target's view: pixels from the middle, y up. When the test is
-/// over, nothing may be left on the host's heaps.
+/// context. Positions are in the target's view: pixels from the middle, y up.
 class DrawingFixture : public DriverFixture {
  protected:
   static constexpr int kSize = 64;
 
-  DrawingFixture();
-  ~DrawingFixture() override;
   void SetUp() override;
   void TearDown() override;
 
@@ -37,7 +33,6 @@ class DrawingFixture : public DriverFixture {
   std::array<int, 3> ColorAt(int x, int y);
 
  private:
-  hostkit::HeapCounts m_heaps;
   std::unique_ptr<OffscreenTarget> m_target;
 };
 

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <map>
 
@@ -34,6 +35,9 @@ struct FaultState {
   std::vector<std::string> messages;
   std::vector<GLboolean*> hiddenExtensions;
   MessageBoxView previousView = nullptr;
+  bool on = false;
+  unsigned char* lastExt = nullptr;
+  std::size_t lastExtBytes = 0;
 };
 
 FaultState& State() {
@@ -142,7 +146,14 @@ void* AllocOGL(std::size_t size) {
 
 void* AllocExt(std::size_t size) {
   static auto* const next = NextSymbol<decltype(AllocExt)>("_Z8AllocExtm");
-  return MustFail(FaultPoint::kAllocExt) ? nullptr : next(size);
+  if (MustFail(FaultPoint::kAllocExt)) return nullptr;
+  if (!State().on || size > std::numeric_limits<std::size_t>::max() - Faults::kGuardBytes) {
+    return next(size);
+  }
+  State().lastExt = static_cast<unsigned char*>(next(size + Faults::kGuardBytes));
+  State().lastExtBytes = size;
+  if (State().lastExt) std::memset(State().lastExt + size, Faults::kGuard, Faults::kGuardBytes);
+  return State().lastExt;
 }
 
 void* AllocString(std::size_t size) {
@@ -150,13 +161,14 @@ void* AllocString(std::size_t size) {
   return MustFail(FaultPoint::kAllocString) ? nullptr : next(size);
 }
 
-void* hostkit::AllocExtZeroed(std::size_t size) {
-  static auto* const next = NextSymbol<decltype(AllocExtZeroed)>("_ZN7hostkit14AllocExtZeroedEm");
+void* hostkit::AllocExtPicture(std::size_t size) {
+  static auto* const next = NextSymbol<decltype(AllocExtPicture)>("_ZN7hostkit15AllocExtPictureEm");
   return MustFail(FaultPoint::kAllocBitmap) ? nullptr : next(size);
 }
 
 Faults::Faults() {
   State() = FaultState();
+  State().on = true;
   State().previousView = SetMessageBoxView(KeepMessage);
 }
 
@@ -180,6 +192,11 @@ int Faults::Calls(FaultPoint point) const {
 }
 int Faults::Failures(FaultPoint point) const {
   return At(point).failures;
+}
+
+const unsigned char* Faults::LastExt(std::size_t* bytes) const {
+  *bytes = State().lastExtBytes;
+  return State().lastExt;
 }
 
 void Faults::HideExtension(const std::string& name) {

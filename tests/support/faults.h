@@ -4,6 +4,7 @@
 // forwards to the real one unless it is told to fail.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,12 @@ class Faults {
   int Calls(FaultPoint point) const;
   /// The failures among them.
   int Failures(FaultPoint point) const;
+
+  /// The last block that AllocExt gave, with `bytes` that it was asked for, or null. While faults
+  /// live it is longer by kGuardBytes, all kGuard: who writes past its end writes there.
+  const unsigned char* LastExt(std::size_t* bytes) const;
+  static constexpr std::size_t kGuardBytes = 64;
+  static constexpr unsigned char kGuard = 0xA5;
 
   /// InitializeGlew reports this extension as missing from now on. Knows the names that the module
   /// asks for; aborts on any other.

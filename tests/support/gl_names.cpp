@@ -4,183 +4,65 @@
 #include <fmt/format.h>
 
 #include <array>
+#include <initializer_list>
 #include <map>
+#include <sstream>
+#include <utility>
+#include <vector>
 
 namespace {
 
-#define GL3_NAME(name) \
-  { name, #name }
+using Pairs = std::vector<std::pair<GLenum, std::string>>;
 
-const std::map<GLenum, const char*>& Names() {
-  static const std::map<GLenum, const char*> names = {GL3_NAME(GL_NEVER),
-                                                      GL3_NAME(GL_LESS),
-                                                      GL3_NAME(GL_EQUAL),
-                                                      GL3_NAME(GL_LEQUAL),
-                                                      GL3_NAME(GL_GREATER),
-                                                      GL3_NAME(GL_NOTEQUAL),
-                                                      GL3_NAME(GL_GEQUAL),
-                                                      GL3_NAME(GL_ALWAYS),
-                                                      GL3_NAME(GL_SRC_COLOR),
-                                                      GL3_NAME(GL_ONE_MINUS_SRC_COLOR),
-                                                      GL3_NAME(GL_SRC_ALPHA),
-                                                      GL3_NAME(GL_ONE_MINUS_SRC_ALPHA),
-                                                      GL3_NAME(GL_DST_ALPHA),
-                                                      GL3_NAME(GL_ONE_MINUS_DST_ALPHA),
-                                                      GL3_NAME(GL_DST_COLOR),
-                                                      GL3_NAME(GL_ONE_MINUS_DST_COLOR),
-                                                      GL3_NAME(GL_FRONT),
-                                                      GL3_NAME(GL_BACK),
-                                                      GL3_NAME(GL_FRONT_AND_BACK),
-                                                      GL3_NAME(GL_CW),
-                                                      GL3_NAME(GL_CCW),
-                                                      GL3_NAME(GL_POINT_SMOOTH),
-                                                      GL3_NAME(GL_LINE_SMOOTH),
-                                                      GL3_NAME(GL_LINE_STIPPLE),
-                                                      GL3_NAME(GL_POLYGON_SMOOTH),
-                                                      GL3_NAME(GL_CULL_FACE),
-                                                      GL3_NAME(GL_LIGHTING),
-                                                      GL3_NAME(GL_LIGHT_MODEL_TWO_SIDE),
-                                                      GL3_NAME(GL_LIGHT_MODEL_AMBIENT),
-                                                      GL3_NAME(GL_LIGHT_MODEL_LOCAL_VIEWER),
-                                                      GL3_NAME(GL_LIGHT_MODEL_COLOR_CONTROL),
-                                                      GL3_NAME(GL_SEPARATE_SPECULAR_COLOR),
-                                                      GL3_NAME(GL_SINGLE_COLOR),
-                                                      GL3_NAME(GL_COLOR_MATERIAL),
-                                                      GL3_NAME(GL_FOG),
-                                                      GL3_NAME(GL_FOG_DENSITY),
-                                                      GL3_NAME(GL_FOG_START),
-                                                      GL3_NAME(GL_FOG_END),
-                                                      GL3_NAME(GL_FOG_MODE),
-                                                      GL3_NAME(GL_FOG_COLOR),
-                                                      GL3_NAME(GL_FOG_HINT),
-                                                      GL3_NAME(GL_EXP),
-                                                      GL3_NAME(GL_EXP2),
-                                                      GL3_NAME(GL_DEPTH_TEST),
-                                                      GL3_NAME(GL_STENCIL_TEST),
-                                                      GL3_NAME(GL_NORMALIZE),
-                                                      GL3_NAME(GL_VIEWPORT),
-                                                      GL3_NAME(GL_MODELVIEW_MATRIX),
-                                                      GL3_NAME(GL_PROJECTION_MATRIX),
-                                                      GL3_NAME(GL_MATRIX_MODE),
-                                                      GL3_NAME(GL_DITHER),
-                                                      GL3_NAME(GL_BLEND),
-                                                      GL3_NAME(GL_ALPHA_TEST),
-                                                      GL3_NAME(GL_SCISSOR_TEST),
-                                                      GL3_NAME(GL_PERSPECTIVE_CORRECTION_HINT),
-                                                      GL3_NAME(GL_POINT_SMOOTH_HINT),
-                                                      GL3_NAME(GL_LINE_SMOOTH_HINT),
-                                                      GL3_NAME(GL_POLYGON_SMOOTH_HINT),
-                                                      GL3_NAME(GL_PACK_ALIGNMENT),
-                                                      GL3_NAME(GL_UNPACK_ALIGNMENT),
-                                                      GL3_NAME(GL_PACK_ROW_LENGTH),
-                                                      GL3_NAME(GL_PACK_SKIP_PIXELS),
-                                                      GL3_NAME(GL_PACK_SKIP_ROWS),
-                                                      GL3_NAME(GL_UNPACK_ROW_LENGTH),
-                                                      GL3_NAME(GL_MAX_LIGHTS),
-                                                      GL3_NAME(GL_MAX_TEXTURE_SIZE),
-                                                      GL3_NAME(GL_DEPTH_BITS),
-                                                      GL3_NAME(GL_TEXTURE_1D),
-                                                      GL3_NAME(GL_TEXTURE_2D),
-                                                      GL3_NAME(GL_PROXY_TEXTURE_2D),
-                                                      GL3_NAME(GL_TEXTURE_WIDTH),
-                                                      GL3_NAME(GL_TEXTURE_HEIGHT),
-                                                      GL3_NAME(GL_TEXTURE_BORDER_COLOR),
-                                                      GL3_NAME(GL_TEXTURE_COMPRESSED),
-                                                      GL3_NAME(GL_TEXTURE_RECTANGLE_EXT),
-                                                      GL3_NAME(GL_DONT_CARE),
-                                                      GL3_NAME(GL_FASTEST),
-                                                      GL3_NAME(GL_NICEST),
-                                                      GL3_NAME(GL_LIGHT0),
-                                                      GL3_NAME(GL_LIGHT1),
-                                                      GL3_NAME(GL_LIGHT2),
-                                                      GL3_NAME(GL_LIGHT3),
-                                                      GL3_NAME(GL_LIGHT4),
-                                                      GL3_NAME(GL_LIGHT5),
-                                                      GL3_NAME(GL_LIGHT6),
-                                                      GL3_NAME(GL_LIGHT7),
-                                                      GL3_NAME(GL_AMBIENT),
-                                                      GL3_NAME(GL_DIFFUSE),
-                                                      GL3_NAME(GL_SPECULAR),
-                                                      GL3_NAME(GL_POSITION),
-                                                      GL3_NAME(GL_SPOT_DIRECTION),
-                                                      GL3_NAME(GL_SPOT_EXPONENT),
-                                                      GL3_NAME(GL_SPOT_CUTOFF),
-                                                      GL3_NAME(GL_CONSTANT_ATTENUATION),
-                                                      GL3_NAME(GL_LINEAR_ATTENUATION),
-                                                      GL3_NAME(GL_QUADRATIC_ATTENUATION),
-                                                      GL3_NAME(GL_EMISSION),
-                                                      GL3_NAME(GL_SHININESS),
-                                                      GL3_NAME(GL_AMBIENT_AND_DIFFUSE),
-                                                      GL3_NAME(GL_BYTE),
-                                                      GL3_NAME(GL_UNSIGNED_BYTE),
-                                                      GL3_NAME(GL_SHORT),
-                                                      GL3_NAME(GL_UNSIGNED_SHORT),
-                                                      GL3_NAME(GL_INT),
-                                                      GL3_NAME(GL_UNSIGNED_INT),
-                                                      GL3_NAME(GL_FLOAT),
-                                                      GL3_NAME(GL_HALF_FLOAT),
-                                                      GL3_NAME(GL_MODELVIEW),
-                                                      GL3_NAME(GL_PROJECTION),
-                                                      GL3_NAME(GL_TEXTURE),
-                                                      GL3_NAME(GL_COLOR),
-                                                      GL3_NAME(GL_DEPTH),
-                                                      GL3_NAME(GL_DEPTH_COMPONENT),
-                                                      GL3_NAME(GL_RED),
-                                                      GL3_NAME(GL_ALPHA),
-                                                      GL3_NAME(GL_RGB),
-                                                      GL3_NAME(GL_RGBA),
-                                                      GL3_NAME(GL_BGR),
-                                                      GL3_NAME(GL_BGRA),
-                                                      GL3_NAME(GL_LUMINANCE),
-                                                      GL3_NAME(GL_RGB8),
-                                                      GL3_NAME(GL_RGBA8),
-                                                      GL3_NAME(GL_COMPRESSED_RGB),
-                                                      GL3_NAME(GL_COMPRESSED_RGBA),
-                                                      GL3_NAME(GL_POINT),
-                                                      GL3_NAME(GL_LINE),
-                                                      GL3_NAME(GL_FILL),
-                                                      GL3_NAME(GL_FLAT),
-                                                      GL3_NAME(GL_SMOOTH),
-                                                      GL3_NAME(GL_KEEP),
-                                                      GL3_NAME(GL_REPLACE),
-                                                      GL3_NAME(GL_VENDOR),
-                                                      GL3_NAME(GL_RENDERER),
-                                                      GL3_NAME(GL_VERSION),
-                                                      GL3_NAME(GL_EXTENSIONS),
-                                                      GL3_NAME(GL_SHADING_LANGUAGE_VERSION),
-                                                      GL3_NAME(GL_MODULATE),
-                                                      GL3_NAME(GL_DECAL),
-                                                      GL3_NAME(GL_TEXTURE_ENV_MODE),
-                                                      GL3_NAME(GL_TEXTURE_ENV_COLOR),
-                                                      GL3_NAME(GL_TEXTURE_ENV),
-                                                      GL3_NAME(GL_NEAREST),
-                                                      GL3_NAME(GL_LINEAR),
-                                                      GL3_NAME(GL_NEAREST_MIPMAP_NEAREST),
-                                                      GL3_NAME(GL_LINEAR_MIPMAP_NEAREST),
-                                                      GL3_NAME(GL_NEAREST_MIPMAP_LINEAR),
-                                                      GL3_NAME(GL_LINEAR_MIPMAP_LINEAR),
-                                                      GL3_NAME(GL_TEXTURE_MAG_FILTER),
-                                                      GL3_NAME(GL_TEXTURE_MIN_FILTER),
-                                                      GL3_NAME(GL_TEXTURE_WRAP_S),
-                                                      GL3_NAME(GL_TEXTURE_WRAP_T),
-                                                      GL3_NAME(GL_CLAMP),
-                                                      GL3_NAME(GL_REPEAT),
-                                                      GL3_NAME(GL_CLAMP_TO_EDGE),
-                                                      GL3_NAME(GL_CLAMP_TO_BORDER),
-                                                      GL3_NAME(GL_GENERATE_MIPMAP),
-                                                      GL3_NAME(GL_TEXTURE_MAX_ANISOTROPY_EXT),
-                                                      GL3_NAME(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT),
-                                                      GL3_NAME(GL_POLYGON_OFFSET_FILL),
-                                                      GL3_NAME(GL_POLYGON_OFFSET_LINE),
-                                                      GL3_NAME(GL_VERTEX_ARRAY),
-                                                      GL3_NAME(GL_NORMAL_ARRAY),
-                                                      GL3_NAME(GL_COLOR_ARRAY),
-                                                      GL3_NAME(GL_TEXTURE_COORD_ARRAY),
-                                                      GL3_NAME(GL_FRAMEBUFFER_EXT),
-                                                      GL3_NAME(GL_MULTISAMPLE),
-                                                      GL3_NAME(GL_CURRENT_COLOR),
-                                                      GL3_NAME(GL_LINE_WIDTH),
-                                                      GL3_NAME(GL_POINT_SIZE)};
+/// Values with their names, which `text` holds separated by commas.
+Pairs PairNames(const char* text, std::initializer_list<GLenum> values) {
+  Pairs pairs;
+  std::istringstream stream(text);
+  for (const GLenum value : values) {
+    std::string name;
+    std::getline(stream >> std::ws, name, ',');
+    pairs.emplace_back(value, name);
+  }
+  return pairs;
+}
+
+#define GL3_NAMED(...) PairNames(#__VA_ARGS__, {__VA_ARGS__})
+
+const std::map<GLenum, std::string>& Names() {
+  static const Pairs pairs = GL3_NAMED(
+      GL_NEVER, GL_LESS, GL_EQUAL, GL_LEQUAL, GL_GREATER, GL_NOTEQUAL, GL_GEQUAL, GL_ALWAYS,
+      GL_SRC_COLOR, GL_ONE_MINUS_SRC_COLOR, GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_DST_ALPHA,
+      GL_ONE_MINUS_DST_ALPHA, GL_DST_COLOR, GL_ONE_MINUS_DST_COLOR, GL_FRONT, GL_BACK,
+      GL_FRONT_AND_BACK, GL_CW, GL_CCW, GL_POINT_SMOOTH, GL_LINE_SMOOTH, GL_LINE_STIPPLE,
+      GL_POLYGON_SMOOTH, GL_CULL_FACE, GL_LIGHTING, GL_LIGHT_MODEL_TWO_SIDE, GL_LIGHT_MODEL_AMBIENT,
+      GL_LIGHT_MODEL_LOCAL_VIEWER, GL_LIGHT_MODEL_COLOR_CONTROL, GL_SEPARATE_SPECULAR_COLOR,
+      GL_SINGLE_COLOR, GL_COLOR_MATERIAL, GL_FOG, GL_FOG_DENSITY, GL_FOG_START, GL_FOG_END,
+      GL_FOG_MODE, GL_FOG_COLOR, GL_FOG_HINT, GL_EXP, GL_EXP2, GL_DEPTH_TEST, GL_STENCIL_TEST,
+      GL_NORMALIZE, GL_VIEWPORT, GL_MODELVIEW_MATRIX, GL_PROJECTION_MATRIX, GL_MATRIX_MODE,
+      GL_DITHER, GL_BLEND, GL_ALPHA_TEST, GL_SCISSOR_TEST, GL_PERSPECTIVE_CORRECTION_HINT,
+      GL_POINT_SMOOTH_HINT, GL_LINE_SMOOTH_HINT, GL_POLYGON_SMOOTH_HINT, GL_PACK_ALIGNMENT,
+      GL_UNPACK_ALIGNMENT, GL_PACK_ROW_LENGTH, GL_PACK_SKIP_PIXELS, GL_PACK_SKIP_ROWS,
+      GL_UNPACK_ROW_LENGTH, GL_MAX_LIGHTS, GL_MAX_TEXTURE_SIZE, GL_DEPTH_BITS, GL_TEXTURE_1D,
+      GL_TEXTURE_2D, GL_PROXY_TEXTURE_2D, GL_TEXTURE_WIDTH, GL_TEXTURE_HEIGHT,
+      GL_TEXTURE_BORDER_COLOR, GL_TEXTURE_COMPRESSED, GL_TEXTURE_RECTANGLE_EXT, GL_DONT_CARE,
+      GL_FASTEST, GL_NICEST, GL_LIGHT0, GL_LIGHT1, GL_LIGHT2, GL_LIGHT3, GL_LIGHT4, GL_LIGHT5,
+      GL_LIGHT6, GL_LIGHT7, GL_AMBIENT, GL_DIFFUSE, GL_SPECULAR, GL_POSITION, GL_SPOT_DIRECTION,
+      GL_SPOT_EXPONENT, GL_SPOT_CUTOFF, GL_CONSTANT_ATTENUATION, GL_LINEAR_ATTENUATION,
+      GL_QUADRATIC_ATTENUATION, GL_EMISSION, GL_SHININESS, GL_AMBIENT_AND_DIFFUSE, GL_BYTE,
+      GL_UNSIGNED_BYTE, GL_SHORT, GL_UNSIGNED_SHORT, GL_INT, GL_UNSIGNED_INT, GL_FLOAT,
+      GL_HALF_FLOAT, GL_MODELVIEW, GL_PROJECTION, GL_TEXTURE, GL_COLOR, GL_DEPTH,
+      GL_DEPTH_COMPONENT, GL_RED, GL_ALPHA, GL_RGB, GL_RGBA, GL_BGR, GL_BGRA, GL_LUMINANCE, GL_RGB8,
+      GL_RGBA8, GL_COMPRESSED_RGB, GL_COMPRESSED_RGBA, GL_POINT, GL_LINE, GL_FILL, GL_FLAT,
+      GL_SMOOTH, GL_KEEP, GL_REPLACE, GL_VENDOR, GL_RENDERER, GL_VERSION, GL_EXTENSIONS,
+      GL_SHADING_LANGUAGE_VERSION, GL_MODULATE, GL_DECAL, GL_TEXTURE_ENV_MODE, GL_TEXTURE_ENV_COLOR,
+      GL_TEXTURE_ENV, GL_NEAREST, GL_LINEAR, GL_NEAREST_MIPMAP_NEAREST, GL_LINEAR_MIPMAP_NEAREST,
+      GL_NEAREST_MIPMAP_LINEAR, GL_LINEAR_MIPMAP_LINEAR, GL_TEXTURE_MAG_FILTER,
+      GL_TEXTURE_MIN_FILTER, GL_TEXTURE_WRAP_S, GL_TEXTURE_WRAP_T, GL_CLAMP, GL_REPEAT,
+      GL_CLAMP_TO_EDGE, GL_CLAMP_TO_BORDER, GL_GENERATE_MIPMAP, GL_TEXTURE_MAX_ANISOTROPY_EXT,
+      GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, GL_POLYGON_OFFSET_FILL, GL_POLYGON_OFFSET_LINE,
+      GL_VERTEX_ARRAY, GL_NORMAL_ARRAY, GL_COLOR_ARRAY, GL_TEXTURE_COORD_ARRAY, GL_FRAMEBUFFER_EXT,
+      GL_MULTISAMPLE, GL_CURRENT_COLOR, GL_LINE_WIDTH, GL_POINT_SIZE);
+  static const std::map<GLenum, std::string> names(pairs.begin(), pairs.end());
   return names;
 }
 
@@ -205,16 +87,15 @@ std::string BlendFactorName(GLenum value) {
 }
 
 std::string AttribMaskName(GLbitfield mask) {
-  static constexpr std::pair<GLbitfield, const char*> kBits[] = {
-      GL3_NAME(GL_COLOR_BUFFER_BIT), GL3_NAME(GL_DEPTH_BUFFER_BIT), GL3_NAME(GL_STENCIL_BUFFER_BIT),
-      GL3_NAME(GL_ENABLE_BIT),       GL3_NAME(GL_LIST_BIT),         GL3_NAME(GL_CURRENT_BIT),
-      GL3_NAME(GL_POLYGON_BIT),      GL3_NAME(GL_LIGHTING_BIT),     GL3_NAME(GL_FOG_BIT),
-      GL3_NAME(GL_VIEWPORT_BIT),     GL3_NAME(GL_TRANSFORM_BIT),    GL3_NAME(GL_TEXTURE_BIT)};
+  static const Pairs bits =
+      GL3_NAMED(GL_COLOR_BUFFER_BIT, GL_DEPTH_BUFFER_BIT, GL_STENCIL_BUFFER_BIT, GL_ENABLE_BIT,
+                GL_LIST_BIT, GL_CURRENT_BIT, GL_POLYGON_BIT, GL_LIGHTING_BIT, GL_FOG_BIT,
+                GL_VIEWPORT_BIT, GL_TRANSFORM_BIT, GL_TEXTURE_BIT);
   if (mask == GL_ALL_ATTRIB_BITS) return "GL_ALL_ATTRIB_BITS";
   std::string text;
-  for (const auto& [bit, name] : kBits) {
+  for (const auto& [bit, name] : bits) {
     if ((mask & bit) == 0) continue;
-    text += (text.empty() ? "" : "|") + std::string(name);
+    text += (text.empty() ? "" : "|") + name;
     mask &= ~bit;
   }
   if (mask != 0 || text.empty()) text += fmt::format("{}{:#x}", text.empty() ? "" : "|", mask);

@@ -9,6 +9,7 @@
 #include <deque>
 #include <map>
 #include <optional>
+#include <sstream>
 #include <type_traits>
 #include <utility>
 
@@ -27,6 +28,7 @@ struct Recording {
   std::map<std::string, int> handlesOfKind;
   std::map<GLenum, const char*> strings;
   std::map<GLenum, std::optional<GLint>> integers;
+  std::map<GLenum, std::optional<GLfloat>> floats;
   std::map<std::pair<GLenum, GLenum>, std::deque<GLint>> texLevels;
 };
 
@@ -157,7 +159,12 @@ void glGetIntegerv(GLenum name, GLint* values) {
 void glGetFloatv(GLenum name, GLfloat* values) {
   static auto* const next = NextSymbol<decltype(glGetFloatv)>("glGetFloatv");
   Log("glGetFloatv", "e", name);
-  next(name, values);
+  const auto found = State().floats.find(name);
+  if (found == State().floats.end()) {
+    next(name, values);
+  } else if (found->second) {
+    *values = *found->second;
+  }
 }
 
 GLboolean glIsEnabled(GLenum capability) {
@@ -234,9 +241,27 @@ void GlRecorder::OverrideInteger(GLenum name, GLint value) {
 void GlRecorder::IgnoreInteger(GLenum name) {
   State().integers[name] = std::nullopt;
 }
+void GlRecorder::OverrideFloat(GLenum name, GLfloat value) {
+  State().floats[name] = value;
+}
+void GlRecorder::IgnoreFloat(GLenum name) {
+  State().floats[name] = std::nullopt;
+}
 
 void GlRecorder::OverrideTexLevel(GLenum target, GLenum name, const std::vector<GLint>& answers) {
   State().texLevels[{target, name}].assign(answers.begin(), answers.end());
+}
+
+std::vector<std::string> CallsIn(const std::string& text) {
+  constexpr const char* kBlanks = " \n";
+  std::vector<std::string> calls;
+  std::istringstream stream(text);
+  for (std::string call; std::getline(stream, call, ';');) {
+    const std::size_t first = call.find_first_not_of(kBlanks);
+    const std::size_t last = call.find_last_not_of(kBlanks);
+    if (first != std::string::npos) calls.push_back(call.substr(first, last - first + 1));
+  }
+  return calls;
 }
 
 bool IsRecordingPlatform() {

@@ -41,10 +41,16 @@ class GlRecorder {
   void OverrideInteger(GLenum name, GLint value);
   /// glGetIntegerv(name) writes nothing, as for an enumerant that the GL does not know.
   void IgnoreInteger(GLenum name);
+  /// The same for glGetFloatv.
+  void OverrideFloat(GLenum name, GLfloat value);
+  void IgnoreFloat(GLenum name);
   /// The next calls of glGetTexLevelParameteriv(target, …, name) answer these values one by one;
   /// later ones are answered by the GL.
   void OverrideTexLevel(GLenum target, GLenum name, const std::vector<GLint>& answers);
 };
+
+/// Calls listed in a text, each ended by ';' but for the last, to compare a log with.
+std::vector<std::string> CallsIn(const std::string& text);
 
 /// For definitions outside gl_recorder.cpp: whether the platform's calls are wanted in the log just
 /// now, and adding a line to it.

@@ -42,7 +42,7 @@ breach "file names outside host/ and the module are lower_snake_case" \
   < <(find platform hostkit apps tests bench samples \( -name '*.h' -o -name '*.cpp' \) \
     -name '*[^a-z0-9_.]*' 2>/dev/null)
 
-for binary in "$bin"/OpenGL3.so "$bin"/gl3 "$bin"/../lib/libgl3{platform,hostkit,scene,work}.so; do
+for binary in "$bin"/OpenGL3.so "$bin"/gl3 "$bin"/../lib/libgl3{platform,fonts,hostkit,scene,effects,work}.so; do
   breach "neither the module nor gl3 links Qt ($binary)" \
     < <(readelf -d "$binary" | grep -E 'NEEDED.*Qt' || true)
 done

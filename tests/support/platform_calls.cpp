@@ -27,7 +27,10 @@ constexpr Name kCglNames[] = {{kCGLPFADisplayMask, "kCGLPFADisplayMask", true},
                               {kCGLPFAColorSize, "kCGLPFAColorSize", true},
                               {kCGLPFAAlphaSize, "kCGLPFAAlphaSize", true},
                               {kCGLPFAAccelerated, "kCGLPFAAccelerated", false},
-                              {kCGLPFADoubleBuffer, "kCGLPFADoubleBuffer", false}};
+                              {kCGLPFADoubleBuffer, "kCGLPFADoubleBuffer", false},
+                              {kCGLPFAMinimumPolicy, "kCGLPFAMinimumPolicy", false},
+                              {kCGLPFASampleBuffers, "kCGLPFASampleBuffers", true},
+                              {kCGLPFASamples, "kCGLPFASamples", true}};
 
 template <std::size_t kCount>
 const Name* FindName(const Name (&names)[kCount], int value) {
