@@ -2,6 +2,7 @@
 #include "bench/support/bare_surface.h"
 
 #include <stdexcept>
+#include <utility>
 
 namespace bench {
 namespace {
@@ -32,6 +33,16 @@ void SetFixedState() {
 
 }  // namespace
 
+void SetBareState(int width, int height) {
+  SetFixedState();
+  glMatrixMode(GL_PROJECTION);
+  glLoadIdentity();
+  glOrtho(-width / 2.0, width / 2.0, -height / 2.0, height / 2.0, 1, 1000);
+  glMatrixMode(GL_MODELVIEW);
+  glViewport(0, 0, width, height);
+  glPixelStorei(GL_PACK_ALIGNMENT, 1);
+}
+
 BareSurface::BareSurface(int width, int height)
     : m_width(width), m_height(height), m_row(static_cast<std::size_t>(width) * 3) {
   const GLint attributes[] = {AGL_RGBA, AGL_DEPTH_SIZE, 32, AGL_NONE};
@@ -42,13 +53,7 @@ BareSurface::BareSurface(int width, int height)
     throw std::runtime_error("no bare surface can be made");
   }
   MakeCurrent();
-  SetFixedState();
-  glMatrixMode(GL_PROJECTION);
-  glLoadIdentity();
-  glOrtho(-width / 2.0, width / 2.0, -height / 2.0, height / 2.0, 1, 1000);
-  glMatrixMode(GL_MODELVIEW);
-  glViewport(0, 0, width, height);
-  glPixelStorei(GL_PACK_ALIGNMENT, 1);
+  SetBareState(width, height);
 }
 
 BareSurface::~BareSurface() {
@@ -89,10 +94,15 @@ void BareSurface::ReadRows() {
 
 std::vector<std::uint8_t> BareSurface::Pixels() {
   MakeCurrent();
-  std::vector<std::uint8_t> pixels(m_row.size() * static_cast<std::size_t>(m_height));
-  for (int line = 0; line < m_height; ++line) {
-    glReadPixels(0, m_height - 1 - line, m_width, 1, GL_RGB, GL_UNSIGNED_BYTE,
-                 &pixels[m_row.size() * static_cast<std::size_t>(line)]);
+  return ReadFrame(m_width, m_height);
+}
+
+std::vector<std::uint8_t> ReadFrame(int width, int height) {
+  const std::size_t rowBytes = static_cast<std::size_t>(width) * 3;
+  std::vector<std::uint8_t> pixels(rowBytes * static_cast<std::size_t>(height));
+  for (int line = 0; line < height; ++line) {
+    glReadPixels(0, height - 1 - line, width, 1, GL_RGB, GL_UNSIGNED_BYTE,
+                 &pixels[rowBytes * static_cast<std::size_t>(line)]);
   }
   return pixels;
 }
@@ -137,6 +147,23 @@ void BareTriangles::Draw(std::size_t first, std::size_t count) const {
     glBindBuffer(GL_ARRAY_BUFFER, 0);
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
   }
+}
+
+BareBatch::BareBatch(GLenum primitive, std::vector<GALitVertex> vertices,
+                     std::vector<std::uint32_t> indices)
+    : m_primitive(primitive), m_from(std::move(vertices)), m_indicesFrom(std::move(indices)) {}
+
+void BareBatch::CopyAndDraw() {
+  m_vertices.assign(m_from.begin(), m_from.end());
+  m_indices.assign(m_indicesFrom.begin(), m_indicesFrom.end());
+  glEnableClientState(GL_VERTEX_ARRAY);
+  glEnableClientState(GL_COLOR_ARRAY);
+  glVertexPointer(3, GL_FLOAT, sizeof(GALitVertex), &m_vertices.front().x);
+  glColorPointer(4, GL_UNSIGNED_BYTE, sizeof(GALitVertex), &m_vertices.front().red);
+  glDrawElements(m_primitive, static_cast<GLsizei>(m_indices.size()), GL_UNSIGNED_INT,
+                 m_indices.data());
+  glDisableClientState(GL_VERTEX_ARRAY);
+  glDisableClientState(GL_COLOR_ARRAY);
 }
 
 }  // namespace bench

@@ -11,6 +11,9 @@
 
 namespace bench {
 
+/// State, view and headlight as those of HostSurface, for the context that is current.
+void SetBareState(int width, int height);
+
 /// View and headlight as those of HostSurface. Its context is current after construction.
 class BareSurface {
  public:
@@ -21,7 +24,7 @@ class BareSurface {
 
   void MakeCurrent();
   /// Clears to black.
-  void Clear();
+  static void Clear();
   /// What the module sends for a material of PlainMaterial.
   static void SendMaterial(const AttrProperty& material);
   /// Reads the frame row by row into one row, as if each row went elsewhere from there.
@@ -38,6 +41,9 @@ class BareSurface {
 
 /// Reads the current surface row by row, the top one first, into `row`.
 void ReadRows(int width, int height, std::uint8_t* row);
+
+/// The current surface as red, green, blue bytes, the top row first.
+std::vector<std::uint8_t> ReadFrame(int width, int height);
 
 /// Triangles ready to be drawn, in memory (client arrays) or in buffers of OpenGL. A context that
 /// is current at construction must be at drawing and destruction.
@@ -56,6 +62,21 @@ class BareTriangles {
   const Triangles& m_triangles;
   std::vector<std::uint32_t> m_indices;
   GLuint m_buffers[2] = {0, 0};
+};
+
+/// Coloured vertices with indices, which are copied once as bytes and drawn from the copy: what
+/// gathering a batch costs at the least.
+class BareBatch {
+ public:
+  BareBatch(GLenum primitive, std::vector<GALitVertex> vertices,
+            std::vector<std::uint32_t> indices);
+  /// In the context that is current, whose lighting and texture are off.
+  void CopyAndDraw();
+
+ private:
+  GLenum m_primitive;
+  std::vector<GALitVertex> m_from, m_vertices;
+  std::vector<std::uint32_t> m_indicesFrom, m_indices;
 };
 
 }  // namespace bench

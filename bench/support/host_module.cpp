@@ -12,7 +12,7 @@ namespace bench {
 namespace {
 
 constexpr float kIdentity[12] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
-constexpr int kOffScreen = 1, kWithDepth = 1;
+constexpr int kWindowMode = 0, kOffScreenMode = 1, kWithDepth = 1;
 
 }  // namespace
 
@@ -26,10 +26,16 @@ HostModule::HostModule() {
   if (!Driver()->Initialize()) throw std::runtime_error(path + ": there is no usable OpenGL");
 }
 
-HostSurface::HostSurface(GADriver* driver, int width, int height) {
+PlainWindow::PlainWindow(int width, int height) {
+  CreateEx(0, AfxRegisterWndClass(CS_OWNDC, nullptr, nullptr, nullptr), "bench", WS_VISIBLE, 0, 0,
+           width, height, nullptr, nullptr, nullptr);
+}
+
+HostSurface::HostSurface(GADriver* driver, int width, int height, CWnd* window) {
   const float halfWidth = static_cast<float>(width) / 2;
   const float halfHeight = static_cast<float>(height) / 2;
   m_info.scene = &m_scene;
+  m_info.viewWindow = window;
   m_info.objectToView = kIdentity;
   m_info.originX = halfWidth;
   m_info.originY = halfHeight;
@@ -39,7 +45,7 @@ HostSurface::HostSurface(GADriver* driver, int width, int height) {
   m_info.viewBottom = -halfHeight;
   m_info.imageWidth = m_info.pixelRight = width;
   m_info.imageHeight = m_info.pixelBottom = height;
-  m_buffer.reset(driver->CreateBuffer(&m_info, kOffScreen, 0));
+  m_buffer.reset(driver->CreateBuffer(&m_info, window ? kWindowMode : kOffScreenMode, 0));
   if (!m_buffer || !m_buffer->Reallocate(width, height, kWithDepth)) {
     throw std::runtime_error("no surface can be made");
   }

@@ -12,6 +12,7 @@
 #include "host/GADriver.h"
 #include "host/RenderInfo.h"
 #include "hostkit/services/module_loader.h"
+#include "platform/mfc.h"
 
 namespace bench {
 
@@ -32,11 +33,18 @@ class HostModule {
   std::unique_ptr<hostkit::LoadedModule> m_module;
 };
 
-/// An off-screen buffer of the module with a display list. The view is parallel, its units are
-/// pixels with the origin in the picture's middle and y up; z from -1 to -1000 is visible.
+/// A window at the screen's upper left, hidden where there is no screen.
+class PlainWindow : public CWnd {
+ public:
+  PlainWindow(int width, int height);
+};
+
+/// A buffer of the module with a display list. The view is parallel, its units are pixels with the
+/// origin in the picture's middle and y up; z from -1 to -1000 is visible.
 class HostSurface {
  public:
-  HostSurface(GADriver* driver, int width, int height);
+  /// Off-screen, or on a window of that size, which the caller keeps.
+  HostSurface(GADriver* driver, int width, int height, CWnd* window = nullptr);
 
   GABuffer& Buffer() { return *m_buffer; }
   DisplayList& List() { return *m_list; }
