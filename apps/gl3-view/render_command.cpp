@@ -1,0 +1,61 @@
+// What is seen, as the options of `gl3 render`.
+#include "apps/gl3-view/render_command.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <vector>
+
+#include "apps/gl3/text.h"
+
+namespace view {
+namespace {
+
+QString Triple(const Imath::V3f& v) {
+  return QString::fromStdString(fmt::format("{},{},{}", v.x, v.y, v.z));
+}
+
+}  // namespace
+
+bool ReadChoices(const QStringList& arguments, gl3::RenderOptions* options, std::string* error) {
+  gl3::RenderOptions read;
+  CLI::App app;
+  gl3::AddRenderOptions(app, &read);
+  std::vector<std::string> words = {"model", "--output=view.png"};
+  for (const QString& argument : arguments) words.push_back(argument.toStdString());
+  std::reverse(words.begin(), words.end());  // as the parser takes them
+  try {
+    app.parse(words);
+  } catch (const CLI::ParseError& problem) {
+    *error = problem.what();
+    return false;
+  }
+  const gl3::Outcome outcome = gl3::CheckRenderOptions(read);
+  if (outcome.status != gl3::kDone) {
+    *error = outcome.message;
+    return false;
+  }
+  *options = read;
+  return true;
+}
+
+QStringList CameraArguments(const gl3::RenderOptions& options) {
+  QStringList arguments = {"--eye", Triple(*options.eye), "--target", Triple(*options.target),
+                           "--up",  Triple(options.up),   "--fov"};
+  arguments << QString::fromStdString(fmt::format("{}", *options.fieldOfView));
+  if (options.parallel) arguments << "--parallel";
+  return arguments;
+}
+
+QString RenderCommand(const QStringList& models, const QString& output,
+                      const QStringList& arguments) {
+  QString command = "gl3 render";
+  const QStringList words = models + QStringList{"-o", output} + arguments;
+  for (const QString& word : words) {
+    command += ' ' + QString::fromStdString(gl3::ShellQuote(word.toStdString()));
+  }
+  return command;
+}
+
+}  // namespace view

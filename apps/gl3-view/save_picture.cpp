@@ -1,0 +1,118 @@
+// The view as a picture file.
+#include "apps/gl3-view/save_picture.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QFormLayout>
+#include <QSpinBox>
+
+#include "apps/gl3-view/render_command.h"
+#include "apps/gl3/work/check_output.h"
+#include "apps/gl3/work/render_camera.h"
+#include "apps/gl3/work/render_recipe.h"
+#include "hostkit/scene/picture.h"
+
+namespace view {
+namespace {
+
+constexpr int kMostPixelsASide = 16384;
+
+/// Size and background; file names are asked for by the file dialog.
+class SizeDialog : public QDialog {
+ public:
+  SizeDialog(const SaveChoice& choice, QWidget* parent) : QDialog(parent) {
+    setWindowTitle("Save picture");
+    auto* const form = new QFormLayout(this);
+    m_width = AddSide(form, "&Width", choice.width);
+    m_height = AddSide(form, "&Height", choice.height);
+    m_transparent = new QCheckBox("&Transparent background", this);
+    form->addRow(m_transparent);
+    auto* const buttons =
+        new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel, this);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    form->addRow(buttons);
+  }
+
+  void Read(SaveChoice* choice) const {
+    choice->width = m_width->value();
+    choice->height = m_height->value();
+    choice->transparent = m_transparent->isChecked();
+  }
+
+ private:
+  QSpinBox* AddSide(QFormLayout* form, const char* label, int value) {
+    auto* const side = new QSpinBox(this);
+    side->setRange(1, kMostPixelsASide);
+    side->setSuffix(" pixels");
+    side->setValue(value);
+    form->addRow(label, side);
+    return side;
+  }
+
+  QSpinBox *m_width, *m_height;
+  QCheckBox* m_transparent;
+};
+
+/// The pointer shows that the program is busy.
+struct WaitPointer {
+  WaitPointer() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+  ~WaitPointer() { QApplication::restoreOverrideCursor(); }
+  WaitPointer(const WaitPointer&) = delete;
+  WaitPointer& operator=(const WaitPointer&) = delete;
+};
+
+}  // namespace
+
+bool AskWhatToSave(QWidget* parent, const QString& suggestion, SaveChoice* choice) {
+  choice->file = QFileDialog::getSaveFileName(parent, "Save picture", suggestion,
+                                              "Pictures (*.png *.exr *.jpg *.jpeg)");
+  if (choice->file.isEmpty()) return false;
+  SizeDialog dialog(*choice, parent);
+  if (dialog.exec() != QDialog::Accepted) return false;
+  dialog.Read(choice);
+  return true;
+}
+
+QStringList PictureArguments(const Viewport& viewport, const QStringList& drawing,
+                             const SaveChoice& choice) {
+  QStringList arguments;
+  for (const QString& argument : drawing) {
+    // A picture has one background or none.
+    if (!choice.transparent || !argument.startsWith("--background=")) arguments << argument;
+  }
+  if (choice.transparent) arguments << "--no-background";
+  arguments << QString("--size=%1x%2").arg(choice.width).arg(choice.height);
+  return arguments + CameraArguments(viewport.Options());
+}
+
+bool SavePicture(Viewport& viewport, const QStringList& models, const QStringList& arguments,
+                 const QString& file, std::string* error) {
+  const std::string path = file.toLocal8Bit().toStdString();
+  const gl3::Outcome checked = gl3::CheckOutput(path);
+  gl3::RenderOptions options;
+  if (checked.status != gl3::kDone) {
+    *error = checked.message;
+    return false;
+  }
+  if (!ReadChoices(arguments, &options, error)) return false;
+  options.output = path;
+  options.models.clear();
+  for (const QString& model : models) {
+    options.models.push_back(model.toLocal8Bit().toStdString());
+  }
+  const WaitPointer wait;
+  gl3::RecipeBase base;
+  base.command = RenderCommand(models, file, arguments).toStdString();
+  const hostkit::Picture picture = viewport.Render(options, &base.renderer, error);
+  if (!picture.bitmap) return false;
+  base.inputs = gl3::DescribeInputs(options.models);
+  const std::string camera = gl3::DescribeCamera(viewport.CameraFor(options));
+  return hostkit::WritePicture(path, picture, gl3::MakeRecipe(base, options, {}, camera),
+                               {options.jpegQuality}, error);
+}
+
+}  // namespace view

@@ -1,0 +1,46 @@
+// A model with what the renderer made of it.
+#include "apps/gl3-view/scene_view.h"
+
+#include <utility>
+
+#include "apps/gl3/work/render_camera.h"
+#include "hostkit/scene/camera.h"
+
+namespace view {
+
+SceneView::SceneView(GADriver* driver, std::shared_ptr<const hostkit::Scene> scene)
+    : m_driver(driver), m_scene(std::move(scene)), m_bounds(m_scene->Bounds()) {}
+
+std::unique_ptr<SceneView> SceneView::Create(GADriver* driver,
+                                             std::shared_ptr<const hostkit::Scene> scene,
+                                             std::string* error) {
+  std::unique_ptr<SceneView> view(new SceneView(driver, std::move(scene)));
+  view->m_painter = hostkit::FramePainter::Create(driver, *view->m_scene, error);
+  return view->m_painter ? std::move(view) : nullptr;
+}
+
+hostkit::View SceneView::ViewFor(const gl3::RenderOptions& options) const {
+  const gl3::CameraChooser chooser(options, {{}, m_bounds});
+  return hostkit::ViewFor(chooser.Choose(*m_scene, -1, 1), m_bounds);
+}
+
+void SceneView::Paint(WindowSurface& surface, const hostkit::FrameSettings& settings,
+                      const hostkit::View& view) {
+  m_painter->Begin(settings, view);
+  m_painter->Paint(surface.Target(), {0, 0, surface.Width(), surface.Height()},
+                   settings.background);
+  m_painter->PaintOverlays(surface.Target());
+}
+
+hostkit::Picture SceneView::Render(const gl3::RenderOptions& options,
+                                   const hostkit::FrameSettings& settings,
+                                   gl3::EffectStage& effects, std::string* error) {
+  if (!m_renderer) m_renderer = hostkit::FrameRenderer::Create(m_driver, *m_scene, error);
+  hostkit::Picture picture;
+  if (m_renderer) picture = m_renderer->Render(settings, ViewFor(options), error);
+  if (!picture.bitmap) return picture;
+  if (!effects.Apply(m_driver, options.effects.calls, &picture, error)) picture.bitmap.reset();
+  return picture;
+}
+
+}  // namespace view

@@ -1,0 +1,25 @@
+// The command line of gl3-view.
+#pragma once
+
+#include <QStringList>
+#include <string>
+#include <vector>
+
+#include "apps/gl3/run_options.h"
+
+namespace view {
+
+struct ViewOptions {
+  std::vector<std::string> files;  ///< Models, shown as one.
+  QStringList models;              ///< The same for the toolkit.
+  QStringList drawing;  ///< How to draw, as options of `gl3 render`; empty: as last time.
+  gl3::RunOptions run;
+  bool settings = false;   ///< Only the settings sheet is shown.
+  bool tryImport = false;  ///< Only import the files, in a child.
+};
+
+/// Reads the command line. Returns false when the program is to end with `*status`: help or version
+/// were printed, or one line about what is wrong.
+bool ReadCommandLine(int argc, char** argv, ViewOptions* options, int* status);
+
+}  // namespace view

@@ -1,0 +1,132 @@
+// The part of the window that the renderer draws into.
+#pragma once
+
+#include <QPoint>
+#include <QTimer>
+#include <QWidget>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "apps/gl3-view/orbit_camera.h"
+#include "apps/gl3-view/picture_show.h"
+#include "apps/gl3-view/scene_view.h"
+#include "apps/gl3-view/vertex_picker.h"
+#include "apps/gl3-view/window_surface.h"
+#include "apps/gl3/render_options.h"
+#include "apps/gl3/work/effect_stage.h"
+
+class GADriver;
+
+namespace view {
+
+/// What a frame cost and shows.
+struct FrameFigures {
+  double milliseconds = 0;  ///< Without showing it.
+  int width = 0, height = 0;
+  bool refined = false;  ///< Anti-aliased and with effects, as it would be saved.
+};
+
+/// Draws when something changed, and never otherwise. While things move, a frame has one sample a
+/// pixel and no effects; at rest it becomes what a saved picture would be. Mouse: the left button
+/// orbits, the middle one (or shift with the left) pans, wheel and right button zoom, a click
+/// selects the nearest vertex, with ctrl one more.
+class Viewport : public QWidget {
+ public:
+  /// Called on the thread of the user interface.
+  struct Listener {
+    std::function<void(const FrameFigures&)> drawn;
+    std::function<void(const std::string&)> trouble;
+    std::function<void(const std::vector<PickedVertex>&)> selected;
+  };
+
+  explicit Viewport(QWidget* parent);
+  ~Viewport() override;
+
+  /// What to draw with. The model is uploaded to it; false with one line in `*error` when that
+  /// fails, and then there is no model any more. Null lets go of all that the driver made.
+  bool SetDriver(GADriver* driver, std::string* error);
+  void SetListener(Listener listener) { m_listener = std::move(listener); }
+  /// Shows another model, all of it. On failure the present one stays, with one line in `*error`.
+  bool SetScene(std::shared_ptr<const hostkit::Scene> scene, std::string* error);
+  const hostkit::Scene* Scene() const { return m_model.get(); }
+
+  /// How to draw; the camera in it is not used. On failure (an overlay that cannot be read) nothing
+  /// changes, with one line in `*error`.
+  bool SetOptions(const gl3::RenderOptions& options, std::string* error);
+  /// The options with the camera and the size of what is seen.
+  gl3::RenderOptions Options() const;
+  /// The picture of the model that `options` ask for, as `gl3 render` makes it, and what it was
+  /// drawn with. Without a bitmap and with one line in `*error` on failure. Needs a model.
+  hostkit::Picture Render(const gl3::RenderOptions& options, std::string* renderer,
+                          std::string* error);
+  /// The camera of `options`, and the view as it is now. Both need a model.
+  hostkit::SceneCamera CameraFor(const gl3::RenderOptions& options) const {
+    return m_scene->ViewFor(options).camera;
+  }
+  hostkit::View CurrentView() const { return m_scene->ViewFor(Options()); }
+
+  /// How far in front of the eye the model begins and ends, in world units; 1 and 10 without one.
+  std::pair<float, float> SceneDistances() const;
+  const OrbitCamera& Camera() const { return m_camera; }
+  void Fit();
+  void LookFrom(const Imath::V3f& direction);
+  void TakeCamera(const hostkit::SceneCamera& camera);
+  void SetParallel(bool parallel);
+
+  /// Selects the nearest vertex that is seen near a pixel of the buffer, in place of what was
+  /// selected or, with `add`, together with it; without one nothing is selected.
+  void Select(int x, int y, bool add);
+  const std::vector<PickedVertex>& Selection() const { return m_selection; }
+
+  /// Draws now. Returns false when that is impossible; the listener then heard why.
+  bool DrawFrame();
+  /// Whether the refined frame is still to come.
+  bool IsAtRest() const { return !m_rest.isActive(); }
+
+  QSize sizeHint() const override { return {960, 640}; }
+
+ protected:
+  QPaintEngine* paintEngine() const override { return nullptr; }  // Qt paints nothing here
+  void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void wheelEvent(QWheelEvent* event) override;
+
+ private:
+  bool EnsureSurface(std::string* error);
+  void PaintScene();
+  bool Refine(std::string* error);
+  void RefineNow();
+  bool CanRefine() const;
+  bool IsSeen(const PickedVertex& vertex, const hostkit::View& view);
+  void Tell(bool drawn, const FrameFigures& figures, const std::string& error);
+  float Aspect() const;
+  void Changed();
+
+  GADriver* m_driver = nullptr;
+  Listener m_listener;
+  gl3::RenderOptions m_options;
+  hostkit::FrameSettings m_settings;  // of m_options, with the overlays' pictures
+  OrbitCamera m_camera;
+  std::shared_ptr<const hostkit::Scene> m_model;
+  std::vector<PickedVertex> m_selection;
+  // What the driver made. The surface is the last to go.
+  std::unique_ptr<WindowSurface> m_surface;
+  std::unique_ptr<SceneView> m_scene;
+  // Kept from model to model: the renderer never lets go of the surface that it makes for each
+  // effect and size.
+  std::unique_ptr<gl3::EffectStage> m_effects;
+  std::unique_ptr<PictureShow> m_refined;  // null while it is out of date
+  double m_refineMilliseconds = 0;
+  QTimer m_rest;
+  std::string m_lastTrouble;
+  QPoint m_pressed, m_last;  // of the mouse, in widget pixels
+  bool m_dragged = false;
+};
+
+}  // namespace view

@@ -1,0 +1,117 @@
+// The viewer's window on an X server, with models to show.
+#include "tests/view/view_fixture.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScreen>
+#include <QSettings>
+#include <QTest>
+#include <cstdlib>
+
+#include "hostkit/effects/byte_image.h"
+#include "hostkit/services/registry.h"
+#include "platform/gl.h"
+#include "samples/showroom.h"
+#include "samples/small_models.h"
+
+namespace {
+constexpr int kPatience = 120000;  // milliseconds; for sanitizers on a busy machine
+}
+
+std::unique_ptr<gl3::DriverSession> StartDriver() {
+  gl3::Outcome outcome;
+  auto session = gl3::DriverSession::Start({}, &outcome);
+  EXPECT_NE(session, nullptr) << outcome.message;
+  return session;
+}
+
+void ViewTest::SetUp() {
+  QFile::remove(qEnvironmentVariable("GL3_REGISTRY"));
+  QFile::remove(QSettings().fileName());
+  hostkit::ReloadRegistry();
+  m_before = platform::CountHandles();
+  m_screen = std::make_unique<XClient>();
+  std::string error;
+  ASSERT_TRUE(samples::WriteCubes(m_folder.path().toStdString(), &error)) << error;
+  ASSERT_TRUE(samples::WriteFile(Path("room.glb").toStdString(),
+                                 samples::ToGlb(samples::Showroom(256)), &error))
+      << error;
+  m_window = std::make_unique<view::MainWindow>(StartDriver(), gl3::DeviceChoice{},
+                                                QString(GL3_BIN_DIR) + "/gl3-view");
+  m_window->resize(1000, 700);
+  m_window->show();
+  m_window->activateWindow();
+  ASSERT_TRUE(QTest::qWaitFor([this] { return QApplication::activeWindow() == m_window.get(); }));
+}
+
+void ViewTest::TearDown() {
+  if (m_window) {
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+    EXPECT_EQ(DismissBox(), "");
+    m_window->close();
+    m_window.reset();
+  }
+  QCoreApplication::processEvents();
+  const platform::HandleCounts after = platform::CountHandles();
+  EXPECT_EQ(after.contexts, m_before.contexts + m_effectContexts);
+  EXPECT_EQ(after.pbuffers, m_before.pbuffers);
+  EXPECT_EQ(after.windows, m_before.windows);
+  EXPECT_EQ(after.deviceContexts, m_before.deviceContexts);
+}
+
+void ViewTest::Open(const QString& file) {
+  m_window->Open({file});
+  ASSERT_TRUE(QTest::qWaitFor([this] { return !m_window->IsLoading(); }, kPatience));
+  Rest();
+}
+
+void ViewTest::Rest() {
+  QCoreApplication::processEvents();
+  ASSERT_TRUE(QTest::qWaitFor([this] { return View().IsAtRest(); }, kPatience));
+  View().DrawFrame();
+}
+
+Frame ViewTest::Shown() {
+  const gl3::RenderOptions seen = View().Options();
+  return m_screen->Pixels(View().winId(), seen.width, seen.height);
+}
+
+Frame ViewTest::OffScreen(int samplesPerSide) {
+  gl3::RenderOptions options = View().Options();
+  options.samplesPerSide = samplesPerSide;
+  std::string renderer, error;
+  const hostkit::Picture picture = View().Render(options, &renderer, &error);
+  Frame frame;
+  if (!picture.bitmap) {
+    ADD_FAILURE() << error;
+    return frame;
+  }
+  const hostkit::BitmapPtr bytes = hostkit::BytesFromHalves(*picture.bitmap);
+  for (int y = 0; y < bytes->GetHeight(); ++y) {
+    const unsigned char* pixel = hostkit::ByteRow(*bytes, y);
+    for (int x = 0; x < bytes->GetWidth(); ++x, pixel += 4) {
+      frame.push_back(static_cast<std::uint32_t>(pixel[0] << 16 | pixel[1] << 8 | pixel[2]));
+    }
+  }
+  return frame;
+}
+
+QString ViewTest::DismissBox() {
+  for (QWidget* widget : QApplication::topLevelWidgets()) {
+    auto* const box = qobject_cast<QMessageBox*>(widget);
+    if (!box || !box->isVisible()) continue;
+    const QString text = box->text();
+    QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
+    return text;
+  }
+  return "";
+}
+
+void ViewTest::Shoot(const QString& name) {
+  const QString folder = qEnvironmentVariable("GL3_VIEW_SHOTS");
+  if (folder.isEmpty()) return;
+  QTest::qWait(50);  // for the toolkit's own painting, which nothing here looks at
+  QApplication::primaryScreen()->grabWindow(0).save(folder + '/' + name + ".png");
+}

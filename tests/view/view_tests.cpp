@@ -1,0 +1,297 @@
+// The viewer, driven as a user drives it.
+#include <QApplication>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDropEvent>
+#include <QFile>
+#include <QImage>
+#include <QLabel>
+#include <QMimeData>
+#include <QProcess>
+#include <QSettings>
+#include <QTest>
+#include <QTimer>
+#include <QUrl>
+#include <QWheelEvent>
+#include <algorithm>
+
+#include "apps/gl3-view/report_dialog.h"
+#include "tests/view/view_fixture.h"
+
+namespace {
+
+int DifferentPixels(const Frame& a, const Frame& b) {
+  if (a.size() != b.size()) return -1;
+  int count = 0;
+  for (std::size_t i = 0; i < a.size(); ++i) count += a[i] != b[i];
+  return count;
+}
+
+void Drag(QWidget* widget, Qt::MouseButton button, const QPoint& from, const QPoint& to,
+          Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+  QTest::mousePress(widget, button, modifiers, from);
+  // QTest moves without modifiers and buttons of its own knowledge; a drag has both.
+  for (int i = 1; i <= 4; ++i) {
+    const QPoint at = from + (to - from) * i / 4;
+    QMouseEvent move(QEvent::MouseMove, at, widget->mapToGlobal(at), Qt::NoButton, button,
+                     modifiers);
+    QApplication::sendEvent(widget, &move);
+  }
+  QTest::mouseRelease(widget, button, modifiers, to);
+}
+
+void Wheel(QWidget* widget, int clicks) {
+  const QPointF at(widget->width() / 2.0, widget->height() / 2.0);
+  QWheelEvent event(at, widget->mapToGlobal(at), {}, {0, clicks * 120}, Qt::NoButton,
+                    Qt::NoModifier, Qt::NoScrollPhase, false);
+  QApplication::sendEvent(widget, &event);
+}
+
+}  // namespace
+
+TEST_F(ViewTest, TheMouseAndKeysMoveTheCamera) {
+  Open(Path("room.glb"));
+  m_window->SetChoices({"--antialias=1"});
+  Rest();
+  Shoot("opened");
+  Frame before = Shown();
+  EXPECT_EQ(DifferentPixels(before, OffScreen(1)), 0);
+  EXPECT_GT(std::count(before.begin(), before.end(), before[0]), 1000);  // the background
+  const QPoint middle(View().width() / 2, View().height() / 2);
+  const auto expectChange = [&](const char* what) {
+    Rest();
+    const Frame now = Shown();
+    EXPECT_GT(DifferentPixels(now, before), 1000) << what;
+    before = now;
+  };
+  Drag(&View(), Qt::LeftButton, middle, middle + QPoint(120, 40));
+  expectChange("orbit");
+  Drag(&View(), Qt::MiddleButton, middle, middle + QPoint(60, 20));
+  expectChange("pan");
+  Drag(&View(), Qt::LeftButton, middle, middle + QPoint(60, 20), Qt::ShiftModifier);
+  expectChange("pan with shift");
+  Drag(&View(), Qt::RightButton, middle, middle + QPoint(0, -80));
+  expectChange("zoom by dragging");
+  Wheel(&View(), 2);
+  expectChange("zoom by the wheel");
+  for (const Qt::Key key : {Qt::Key_F, Qt::Key_1, Qt::Key_2, Qt::Key_3, Qt::Key_4, Qt::Key_5,
+                            Qt::Key_6, Qt::Key_7, Qt::Key_P}) {
+    QTest::keyClick(m_window.get(), key);
+    expectChange(QKeySequence(key).toString().toStdString().c_str());
+    EXPECT_EQ(DifferentPixels(before, OffScreen(1)), 0) << key;
+  }
+  EXPECT_TRUE(View().Options().parallel);
+}
+
+TEST_F(ViewTest, AWindowThatIsResizedShowsTheWholeFrameAtOnce) {
+  Open(Path("room.glb"));
+  m_window->SetChoices({"--antialias=1"});
+  Rest();
+  OffScreen(1);  // whose context is there from now on
+  const int contexts = platform::CountHandles().contexts;
+  for (int i = 0; i < 10; ++i) {
+    const QSize before = View().size();
+    m_window->resize(700 + i * 61 % 500, 500 + i * 37 % 300);
+    Rest();
+    EXPECT_NE(View().size(), before) << i;
+    EXPECT_EQ(View().Options().width, View().width()) << i;
+    EXPECT_EQ(DifferentPixels(Shown(), OffScreen(1)), 0) << i;
+    EXPECT_EQ(platform::CountHandles().contexts, contexts) << i;
+  }
+}
+
+TEST_F(ViewTest, NothingIsDrawnWhileNothingChanges) {
+  Open(Path("cube.obj"));
+  Rest();
+  int frames = 0;
+  View().SetListener({[&](const view::FrameFigures&) { ++frames; }, {}, {}});
+  QTest::qWait(400);
+  EXPECT_EQ(frames, 0);
+}
+
+TEST_F(ViewTest, EveryModeIsWhatIsDrawnOffScreen) {
+  Open(Path("room.glb"));
+  QImage picture(32, 24, QImage::Format_RGB32);
+  picture.fill(Qt::magenta);
+  ASSERT_TRUE(picture.save(Path("overlay.png")));
+  const QStringList choices[] = {
+      {"--mode=flat"},
+      {"--mode=wireframe"},
+      {"--mode=lines"},
+      {"--mode=points", "--point-size=3"},
+      {"--lights=headlight", "--background=#204060"},
+      {"--lights=three-point", "--grid", "--control-points=2"},
+      {"--fog=2,12,#808080"},
+      {"--fog=exp:0.1"},
+      {"--overlay=" + Path("overlay.png") + ",40,30,0.5", "--text=Hello,50,60"},
+      {"--mode=wireframe-gl"},
+      {"--mode=shaded"},
+  };
+  Frame before = Shown();
+  for (const QStringList& choice : choices) {
+    m_window->SetChoices(choice + QStringList{"--antialias=1"});
+    EXPECT_EQ(m_window->Panel().Arguments().size(), choice.size() + (choice[0] != "--mode=shaded"))
+        << choice.join(' ').toStdString();
+    Rest();
+    const Frame now = Shown();
+    const std::string name = choice.join(' ').toStdString();
+    EXPECT_GT(DifferentPixels(now, before), 50) << name;
+    EXPECT_EQ(DifferentPixels(now, OffScreen(1)), 0) << name;
+    Shoot("mode-" + QString(choice[0]).remove("--").replace('/', '_').left(24));
+    before = now;
+  }
+  m_window->SetChoices({"--fog=9,2"});
+  EXPECT_NE(m_window->Panel().findChild<QLabel*>("problem")->text(), "");
+}
+
+TEST_F(ViewTest, AtRestTheFrameHasItsEffectsAndIsSmooth) {
+  Open(Path("room.glb"));
+  Rest();
+  EXPECT_EQ(DifferentPixels(Shown(), OffScreen(2)), 0);
+  for (const char* effect : {"blur:radius=6", "grayscale", "tint", "negative", "sharpen", "dilate",
+                             "erode", "laplacian", "prewitt", "sobel"}) {
+    m_window->SetChoices({QString("--effect=") + effect});
+    ++m_effectContexts;
+    Rest();
+    EXPECT_EQ(DifferentPixels(Shown(), OffScreen(2)), 0) << effect;
+    Shoot(QString("effect-") + effect);
+  }
+}
+
+TEST_F(ViewTest, ABrokenFileIsToldAndTheModelStays) {
+  Open(Path("cube.ply"));
+  const Frame before = Shown();
+  QFile broken(Path("broken.glb"));
+  ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
+  broken.write("glTF\2");
+  broken.close();
+  for (const char* name : {"broken.glb", "missing.obj"}) {
+    Open(Path(name));
+    Shoot("broken");
+    EXPECT_NE(DismissBox().indexOf(name), -1);
+    ASSERT_NE(View().Scene(), nullptr);
+    Rest();
+    EXPECT_EQ(DifferentPixels(Shown(), before), 0);
+  }
+}
+
+TEST_F(ViewTest, DroppedFilesOpenAndAreRemembered) {
+  QMimeData data;
+  data.setUrls({QUrl::fromLocalFile(Path("cube.stl"))});
+  QDragEnterEvent enter({10, 10}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(m_window.get(), &enter);
+  EXPECT_TRUE(enter.isAccepted());
+  QDropEvent drop({10, 10}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(m_window.get(), &drop);
+  ASSERT_TRUE(QTest::qWaitFor([this] { return View().Scene() != nullptr; }, 60000));
+  m_window->SetChoices({"--mode=flat"});
+  m_window->close();
+  m_window = nullptr;
+  const QSettings kept;
+  EXPECT_EQ(kept.value("recent").toStringList(), QStringList{Path("cube.stl")});
+  EXPECT_EQ(kept.value("drawing").toStringList(), QStringList{"--mode=flat"});
+  m_window = std::make_unique<view::MainWindow>(StartDriver(), gl3::DeviceChoice{}, "");
+  m_window->show();
+  EXPECT_EQ(m_window->Panel().findChild<QComboBox*>("--mode")->currentText(), "flat");
+}
+
+TEST_F(ViewTest, ASavedPictureIsTheOneThatItsCommandMakes) {
+  Open(Path("room.glb"));
+  m_window->SetChoices({"--effect=sharpen", "--grid", "--text=a 'b'"});
+  m_effectContexts = 1;
+  Drag(&View(), Qt::LeftButton, {300, 300}, {371, 333});
+  Wheel(&View(), 1);
+  for (const bool parallel : {false, true}) {
+    View().SetParallel(parallel);
+    Rest();
+    std::string error;
+    ASSERT_TRUE(m_window->Save(Path("saved.png"), &error)) << error;
+    QString command = m_window->Command(Path("made.png"));
+    ASSERT_TRUE(command.startsWith("gl3 render "));
+    command.replace(0, 3, QString(GL3_BIN_DIR) + "/gl3");
+    QProcess process;
+    process.start("sh", {"-c", "unset GL3_PLATFORM DISPLAY; " + command});
+    ASSERT_TRUE(process.waitForFinished(120000));
+    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+    // On one device the two are the same to the last bit.
+    const QImage saved(Path("saved.png")), made(Path("made.png"));
+    ASSERT_FALSE(saved.isNull());
+    EXPECT_TRUE(saved == made) << command.toStdString();
+  }
+  std::string error;
+  EXPECT_FALSE(m_window->Save("/no/such/folder/a.png", &error));
+  EXPECT_NE(error, "");
+}
+
+TEST_F(ViewTest, AClickSelectsTheNearestVertexThatIsSeen) {
+  Open(Path("cube.obj"));
+  m_window->SetChoices({"--antialias=1"});
+  QTest::keyClick(m_window.get(), Qt::Key_1);
+  Rest();
+  const view::Projection projection(View().CurrentView(), View().width(), View().height());
+  const auto pixelOf = [&](const Imath::V3f& place) {
+    const view::ScreenPoint at = projection.Project(place);
+    return QPoint(static_cast<int>(at.x), static_cast<int>(at.y));
+  };
+  const Imath::V3f nearCorner(0.5f, 0.5f, 0.5f), farCorner(0.5f, 0.5f, -0.5f);
+  const Frame before = Shown();
+  QTest::mouseClick(&View(), Qt::LeftButton, Qt::NoModifier, pixelOf(nearCorner) + QPoint(2, 2));
+  ASSERT_EQ(View().Selection().size(), 1u);
+  EXPECT_EQ(View().Selection()[0].place, nearCorner);
+  Rest();
+  EXPECT_GT(DifferentPixels(Shown(), before), 50);  // the control point
+  Shoot("selected");
+  // Under perspective the front hides the corner behind it, which lies inside its outline.
+  QTest::mouseClick(&View(), Qt::LeftButton, Qt::ControlModifier, pixelOf(farCorner));
+  EXPECT_EQ(View().Selection().size(), 1u);
+  QTest::mouseClick(&View(), Qt::LeftButton, Qt::ControlModifier,
+                    pixelOf({-0.5f, 0.5f, 0.5f}) - QPoint(1, 0));
+  EXPECT_EQ(View().Selection().size(), 2u);
+  QTest::mouseClick(&View(), Qt::LeftButton, Qt::NoModifier, {5, 5});
+  EXPECT_TRUE(View().Selection().empty());
+}
+
+TEST_F(ViewTest, TheReportCanBeCopied) {
+  m_window->ShowReport();
+  auto* const dialog = m_window->findChild<view::ReportDialog*>();
+  ASSERT_NE(dialog, nullptr);
+  dialog->activateWindow();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == dialog; }));
+  Shoot("report");
+  QTest::keyClick(dialog, Qt::Key_T, Qt::AltModifier);
+  EXPECT_TRUE(QTest::qWaitFor([&] {
+    const QString copied = QGuiApplication::clipboard()->text();
+    return copied.contains("GL_EXT_texture_filter_anisotropic") && copied.contains("gl3-view ");
+  }));
+  QTest::keyClick(dialog, Qt::Key_Escape);
+}
+
+TEST_F(ViewTest, ChangedSettingsTakeEffectAtOnceAndTheModelStays) {
+  Open(Path("cube.obj"));
+  m_window->SetChoices({"--antialias=1"});
+  Rest();
+  const Frame before = Shown();
+  QTimer::singleShot(0, [] {
+    ASSERT_TRUE(QTest::qWaitFor([] { return QApplication::activeModalWidget() != nullptr; }));
+    QWidget* const sheet = QApplication::activeModalWidget();
+    for (QCheckBox* box : sheet->findChildren<QCheckBox*>()) {
+      if (box->text() == "&Wireframe") box->click();
+    }
+    QTest::keyClick(sheet, Qt::Key_Return);
+  });
+  m_window->ShowSettings();
+  Rest();
+  EXPECT_GT(DifferentPixels(Shown(), before), 1000);
+  EXPECT_EQ(DifferentPixels(Shown(), OffScreen(1)), 0);
+}
+
+TEST(ViewProgram, WithoutAScreenItSaysSoAndEnds) {
+  QProcess process;
+  process.start("sh", {"-c", QString("unset DISPLAY; exec ") + GL3_BIN_DIR + "/gl3-view x.obj"});
+  ASSERT_TRUE(process.waitForFinished(60000));
+  EXPECT_EQ(process.exitCode(), 4);
+  const QByteArray text = process.readAllStandardError();
+  EXPECT_EQ(text.count('\n'), 1) << text.data();
+  EXPECT_TRUE(text.startsWith("gl3-view: ") && text.contains("gl3 render")) << text.data();
+}
