@@ -1,0 +1,66 @@
+#!/usr/bin/env bash
+# Compares the gallery's pictures with kept ones, as an eye would: they must hold on any driver, so
+# edges may fall a little differently. With GL3_UPDATE_REFERENCES set the kept ones are replaced.
+# usage: references_test.sh BIN_FOLDER
+set -euo pipefail
+bin=$1
+here=$(dirname "$(readlink -f "$0")")
+failures=$bin/../reference-failures # actual and difference pictures
+# At most so many percent of the pixels that an eye would call different, and so large a mean
+# difference of a channel, of 1, for what the eye forgives: a change of light, say.
+most="0.3 0.006"
+# Thin lines and edge filters tell where a driver puts an edge, to a part of a pixel. Twice what the
+# two software renderers of Mesa differ by.
+most_of_edges="9 0.03"
+edges=" laplacian lines prewitt sharpen sobel wireframe wireframe-gl "
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+"$here/../../samples/gallery/render.sh" "$bin" "$work" 256x144
+
+if [[ -n ${GL3_UPDATE_REFERENCES:-} ]]; then
+  rm -f "$here"/*.png
+  cp "$work"/*.png "$here"
+  echo "references_test: kept $(find "$here" -name '*.png' | wc -l) pictures; look at them"
+  exit 0
+fi
+
+# Says what is wrong, and leaves the picture beside its difference.
+report() {
+  local name=$1 what=$2
+  mkdir -p "$failures"
+  cp "$work/$name.png" "$failures/$name.png"
+  [[ ! -f $here/$name.png ]] ||
+    idiff -q -abs -scale 4 -o "$failures/$name-difference.png" "$here/$name.png" "$work/$name.png" \
+      >/dev/null || true
+  echo "references_test: $name: $what; see $failures/$name.png"
+}
+
+rm -rf "$failures"
+failed=
+for picture in "$work"/*.png; do
+  name=$(basename "$picture" .png)
+  if [[ ! -f $here/$name.png ]]; then
+    report "$name" "no such picture is kept; ./dev test --update-references keeps it" && failed=1
+    continue
+  fi
+  bounds=$most
+  [[ $edges != *" $name "* ]] || bounds=$most_of_edges
+  compared=$(idiff -p -failpercent 100 "$here/$name.png" "$picture" 2>&1) || true
+  verdict=$(awk -v bounds="$bounds" '
+    BEGIN { split(bounds, most) }
+    /Mean error/ { mean = $4 }
+    /Max error/ { worst = $0; sub(/^ *Max error *= /, "", worst) }
+    /failed the perceptual test/ { match($0, /\([0-9.e+-]+%\)/)
+                                   seen = substr($0, RSTART + 1, RLENGTH - 3) }
+    /PASS|FAILURE|WARNING/ { compared = 1 }
+    END { if (!compared) print "the pictures cannot be compared"
+          else if (seen + 0 > most[1] || mean + 0 > most[2])
+            printf "%s %% of the pixels look different (at most %s), mean %s (at most %s), worst %s\n",
+                   seen + 0, most[1], mean + 0, most[2], worst }' <<<"$compared")
+  [[ -z $verdict ]] || { report "$name" "$verdict" && failed=1; }
+done
+for kept in "$here"/*.png; do
+  [[ -f $work/$(basename "$kept") ]] || { echo "references_test: $kept is no longer drawn" && failed=1; }
+done
+[[ -z $failed ]]
