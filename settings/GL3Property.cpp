@@ -156,7 +156,10 @@ void COpenGLPropertyPage::StoreOptions() {
   m_driver->SetOption(Option::kCompressTextures, m_compression != 0);
   m_driver->SetOption(Option::kPowerOfTwoTextures, m_powerOfTwo != 0);
   m_driver->SetWireframe(m_polygonMode != 0);
-  GL3GABuffer::m_inversesort = m_inverseSort;
+  // A number that means the same stays as it was.
+  if ((m_inverseSort != 0) != (GL3GABuffer::m_inversesort != 0)) {
+    GL3GABuffer::m_inversesort = m_inverseSort;
+  }
 
   Store("Polygonmode", m_driver->IsWireframe());
   Store("Anisotropic", m_driver->HasOption(Option::kAnisotropicWanted));

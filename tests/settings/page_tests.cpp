@@ -133,6 +133,30 @@ TEST_F(PageTest, ConfirmedAsItWasStoresNothing) {
   EXPECT_FALSE(Folder().Has("registry.ini"));
 }
 
+/// Any number but 0 checks the box; only toggling the box itself replaces it.
+TEST_F(PageTest, ANumberOfTheRegistryOutlivesOtherChanges) {
+  const char* key = "SortInverse Transparent Triangles";
+  SetRegistryValue("OpenGL3", key, 2);
+  ASSERT_NE(RemakeDriver(), nullptr);
+  ASSERT_EQ(Driver()->Initialize(), 1);
+  const auto storedSort = [&] {
+    const std::string line = Stored().size() == 8 ? Stored()[3] : "";
+    Stored().clear();
+    return line.substr(line.find('=') + 1);
+  };
+  Stored().clear();
+  EXPECT_TRUE(Read(kInverseSortBox).checked);
+  EXPECT_FALSE(Play({ConfirmStep()}));
+  EXPECT_EQ(Stored(), Lines());
+  EXPECT_TRUE(Play({ClickStep(kAntialiasBox), ConfirmStep()}));
+  EXPECT_EQ(storedSort(), "2");
+  EXPECT_EQ(GetRegistryValue("OpenGL3", key, 7), 2);
+  EXPECT_TRUE(Play({ClickStep(kInverseSortBox), ConfirmStep()}));
+  EXPECT_EQ(storedSort(), "0");
+  EXPECT_TRUE(Play({ClickStep(kInverseSortBox), ConfirmStep()}));
+  EXPECT_EQ(storedSort(), "1");
+}
+
 TEST_F(PageTest, CancelledChangesStayWithoutEffect) {
   EXPECT_FALSE(Play({ClickStep(kAntialiasBox), ClickStep(kPolygonModeBox), CancelStep()}));
   EXPECT_FALSE(GL3().HasOption(Option::kAntialias));
