@@ -86,7 +86,8 @@ class GL3GAShaderProgram : public GAShaderProgram {
   unsigned int LoadShaderFromStream(std::FILE* stream, unsigned int type);
 
   // An effect's surface, made by the driver. The classes here never release it: it is the host's,
-  // like all that a driver makes, and may be shown or read when the effect is gone.
+  // like all that a driver makes, and may be shown or read when the effect is gone. It must outlive
+  // the effect, which releases its programs in the surface's context.
   GABuffer* m_offscreenBuffer = nullptr;
   RenderInfo* m_renderInfo = nullptr;
   BlurShader* m_blur = nullptr;

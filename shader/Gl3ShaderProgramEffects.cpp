@@ -37,8 +37,11 @@ GL3GAShaderProgram::GL3GAShaderProgram(RenderInfo* info) : m_renderInfo(info) {
 
 GL3GAShaderProgram::~GL3GAShaderProgram() {
   delete m_blur;
+  m_blur = nullptr;
   delete m_filter;
+  m_filter = nullptr;
   delete m_occlusion;
+  m_occlusion = nullptr;
 }
 
 int GL3GAShaderProgram::Init(int effect, float* parameters, int count) {

@@ -2,7 +2,9 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
+#include <vector>
 
+#include "platform/gl.h"
 #include "tests/shader/shader_fixture.h"
 
 namespace {
@@ -65,11 +67,15 @@ Pixels Reference(Pixels picture, int filter, int passes) {
 
 TEST_F(FilterTest, EachIsWhatTheProcessorMakes) {
   for (int filter = 0; filter <= 8; ++filter) {
-    for (const auto& [width, height] : {std::pair{24, 20}, std::pair{4, 4}, std::pair{64, 8}}) {
+    const struct {
+      int width, height, passes;
+    } cases[] = {{24, 20, 1}, {4, 4, 1}, {64, 8, 1}, {16, 12, 0}, {16, 12, 2}};
+    for (const auto& [width, height, passes] : cases) {
       const Pixels picture =
           RandomPixels(width, height, static_cast<unsigned>(filter * 100 + width));
-      ASSERT_EQ(Init(kFilter, 0, 1, static_cast<float>(filter) + 0.9f, width, height), 1);
-      const Pixels wanted = Reference(picture, filter, 1);
+      const auto times = static_cast<float>(passes);
+      ASSERT_EQ(Init(kFilter, 0, times, static_cast<float>(filter) + 0.9f, width, height), 1);
+      const Pixels wanted = Reference(picture, filter, passes);
       const Pixels actual = Process(kFilter, picture);
       ASSERT_EQ(actual.bytes.size(), wanted.bytes.size());
       for (std::size_t i = 0; i < wanted.bytes.size(); ++i) {
@@ -78,6 +84,27 @@ TEST_F(FilterTest, EachIsWhatTheProcessorMakes) {
       }
     }
   }
+}
+
+std::vector<std::vector<float>> g_pairs;  // of each glUniform2fv
+PFNGLUNIFORM2FVPROC g_uniform2fv = nullptr;
+
+void GLAPIENTRY KeepPairs(GLint location, GLsizei count, const GLfloat* values) {
+  g_pairs.emplace_back(values, values + 2 * count);
+  g_uniform2fv(location, count, values);
+}
+
+/// Edge filters tell rows from columns by it.
+TEST_F(FilterTest, NeighboursAreCountedColumnByColumn) {
+  MakeCurrent();  // loads the entry points
+  g_pairs.clear();
+  g_uniform2fv = __glewUniform2fv;
+  const Replaced<PFNGLUNIFORM2FVPROC> replaced(__glewUniform2fv, KeepPairs);
+  ASSERT_EQ(Init(kFilter, 0, 1, 8, 8, 4), 1);
+  const std::vector<float> wanted = {-0.125f, -0.25f, -0.125f, 0, -0.125f, 0.25f,
+                                     0,       -0.25f, 0,       0, 0,       0.25f,
+                                     0.125f,  -0.25f, 0.125f,  0, 0.125f,  0.25f};
+  EXPECT_EQ(g_pairs, (std::vector<std::vector<float>>{wanted}));
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "shader/Gl3ShaderMain.h"
 #include "tests/shader/shader_fixture.h"
 #include "tests/support/faults.h"
+#include "tests/support/gl_recorder.h"
 
 namespace {
 
@@ -24,6 +25,7 @@ class OpenProgram : public GL3GAShaderProgram {
 };
 
 constexpr char kSound[] = "void main() { gl_FragColor = vec4(1.0); }";
+constexpr char kVertices[] = "void main() { gl_Position = gl_Vertex; }";
 constexpr char kBroken[] = "void main() { nonsense }";
 constexpr char kUnlinkable[] = "vec4 nowhere(); void main() { gl_FragColor = nowhere(); }";
 
@@ -32,6 +34,14 @@ int g_sourcesUntilReplaced = 0;
 const char* g_replacement = nullptr;
 PFNGLSHADERSOURCEPROC g_shaderSource = nullptr;
 PFNGLGETPROGRAMIVPROC g_getProgramiv = nullptr;
+// Recorded: bindings of frame-buffer objects, in order.
+std::vector<std::pair<GLenum, GLuint>> g_bindings;
+PFNGLBINDFRAMEBUFFERPROC g_bindFramebuffer = nullptr;
+
+void GLAPIENTRY KeepBinding(GLenum target, GLuint frameBuffer) {
+  g_bindings.emplace_back(target, frameBuffer);
+  g_bindFramebuffer(target, frameBuffer);
+}
 
 void GLAPIENTRY ReplaceSource(GLuint shader, GLsizei count, const GLchar* const* sources,
                               const GLint* lengths) {
@@ -49,6 +59,16 @@ void GLAPIENTRY SayInvalid(GLuint program, GLenum name, GLint* value) {
 
 void GLAPIENTRY SayWhy(GLuint, GLsizei, GLsizei*, GLchar* text) {
   std::copy_n("why", 4, text);
+}
+
+/// How many of this process's descriptors are open on a file.
+int TimesOpen(const std::filesystem::path& file) {
+  int times = 0;
+  for (const auto& descriptor : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code error;
+    times += std::filesystem::read_symlink(descriptor, error) == std::filesystem::canonical(file);
+  }
+  return times;
 }
 
 class ProgramTest : public ShaderFixture {
@@ -174,6 +194,14 @@ TEST_F(ProgramTest, ProgramsFromSources) {
   EXPECT_EQ(WithInvalidPrograms([&] { return Program().CreateProgramFromShaders(0, shader); }), 0);
   EXPECT_EQ(NewLogLines(), (Lines{"---CreateProgramFromShaders Validation failed",
                                   "---Error validating!", "why"}));
+  const GLuint vertices = Program().LoadShaderFromSource(kVertices, GL_VERTEX_SHADER);
+  const GLuint both = Program().CreateProgramFromShaders(vertices, shader);
+  GLint attached = 0;
+  glGetProgramiv(both, GL_ATTACHED_SHADERS, &attached);
+  EXPECT_EQ(attached, 2);
+  EXPECT_EQ(NewLogLines(), Lines());
+  glDeleteProgram(both);
+  glDeleteShader(vertices);
   const GLuint empty = Program().CreateProgramFromShaders(0, 0);
   EXPECT_EQ(NewLogLines().front(), "---No shaders!");
   glDeleteProgram(empty);
@@ -193,7 +221,9 @@ TEST_F(ProgramTest, FilesThatOpenAreErrorsAndOthersNothing) {
   MakeCurrent();
   const std::string path = Folder() + "/shader.frag";
   std::ofstream(path) << kSound;
+  EXPECT_EQ(TimesOpen(path), 0);
   EXPECT_EQ(Program().LoadShaderFromFile(path.c_str(), GL_FRAGMENT_SHADER), 0u);
+  EXPECT_EQ(TimesOpen(path), 1) << "deliberately: it is left open";
   EXPECT_EQ(NewLogLines(), Lines{"---Error loading file " + path + "!"});
   for (const char* missing : {"/no/such/file", "", static_cast<const char*>(nullptr)}) {
     EXPECT_EQ(Program().LoadShaderFromFile(missing, GL_FRAGMENT_SHADER), 0u);
@@ -281,6 +311,28 @@ TEST_F(ProgramTest, RunsLeaveNothingBehind) {
   EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
   ResetProgram();
   EXPECT_EQ(LiveObjects().size(), objects.size() - 6) << "three shaders, three programs";
+}
+
+TEST_F(ProgramTest, RunsCopyAfterEachProgramAndOnceMore) {
+  const Pixels picture = RandomPixels(8, 8, 6);
+  for (const int effect : {0, 1}) {
+    for (const int passes : {0, 1, 3}) {
+      SCOPED_TRACE("effect " + std::to_string(effect) + ", passes " + std::to_string(passes));
+      ASSERT_EQ(Init(effect, 0, static_cast<float>(passes), 8, 8, 8), 1);
+      g_bindings.clear();
+      g_bindFramebuffer = __glewBindFramebuffer;
+      const Replaced<PFNGLBINDFRAMEBUFFERPROC> replaced(__glewBindFramebuffer, KeepBinding);
+      const GlRecorder gl;
+      Process(effect, picture);
+      const int programs = effect == 0 ? 2 : 1;
+      EXPECT_EQ(gl.Count("glCopyTexSubImage2D"), programs * passes + 1);
+      EXPECT_EQ(gl.Count("glBegin"), programs * passes + 1) << "the picture itself first";
+      ASSERT_EQ(g_bindings.size(), 2u);
+      EXPECT_EQ(g_bindings[0].first, static_cast<GLenum>(GL_FRAMEBUFFER));
+      const std::pair<GLenum, GLuint> reading(GL_READ_FRAMEBUFFER, 0);
+      EXPECT_EQ(g_bindings[1], reading) << "for drawing the deletion unbinds it";
+    }
+  }
 }
 
 TEST_F(ProgramTest, RunsWithoutPictureOrMemoryAnswer0) {

@@ -1,6 +1,7 @@
 // Bitmaps into textures and back: sizes, depths, merging; the free functions.
 #include <half.h>
 
+#include <algorithm>
 #include <cfloat>
 #include <cstring>
 #include <new>
@@ -8,8 +9,10 @@
 
 #include "platform/gl.h"
 #include "shader/Gl3ShaderMain.h"
+#include "shader/RowMerge.h"
 #include "tests/shader/shader_fixture.h"
 #include "tests/support/faults.h"
+#include "texture/GL3Texture.h"
 
 namespace {
 
@@ -55,6 +58,12 @@ TEST_F(TargetsTest, TextureSizes) {
   MakeCurrent();
   const Replaced<int> limit(GL3GADriver::gl_max_texture_size, 1022);
   EXPECT_EQ(TextureSize(1000, 600), Size(1000, 600));
+  // Neither the option nor the names of the scene's textures concern those of effects.
+  Effects().SetOption(GL3GADriver::kPowerOfTwoTextures, true);
+  const Replaced<std::int32_t> highest(GL3GATexture::m_maxlist, 0);
+  EXPECT_EQ(TextureSize(1000, 600), Size(1000, 600));
+  EXPECT_EQ(GL3GATexture::m_maxlist, 0);
+  Effects().SetOption(GL3GADriver::kPowerOfTwoTextures, false);
   Effects().SetOption(GL3GADriver::kBgrBitmaps, true);
   EXPECT_EQ(TextureSize(1001, 601), Size(1004, 604));
   Effects().SetOption(GL3GADriver::kBgrBitmaps, false);
@@ -102,23 +111,52 @@ TEST_F(TargetsTest, DepthTexturesOfNoDepthsOrNoSize) {
 // that overlap are found, with OMP_TOOL_LIBRARIES=/usr/lib/llvm-14/lib/libarcher.so and
 // TSAN_OPTIONS=ignore_noninstrumented_modules=1.
 TEST_F(TargetsTest, AnyNumberOfThreadsMergesTheSame) {
+  constexpr std::size_t kPlace[] = {2, 1, 0, 3};
   Pixels picture = RandomPixels(37, 5, 1);
-  std::fill_n(picture.bytes.begin() + 40, 40, std::uint8_t{0});
-  std::vector<std::vector<std::uint16_t>> results;
+  // Black pixels with and without alpha, and some of a single channel.
+  for (std::size_t i = 40; i < 160; ++i) {
+    if (i % 4 != 3 || i < 80) picture.bytes[i] = i >= 120 && i % 4 == i / 4 % 3 ? 1 : 0;
+  }
+  std::vector<std::uint16_t> wanted(picture.bytes.size()), poison(wanted.size()), merged;
+  for (std::size_t i = 0; i < wanted.size(); ++i) {
+    wanted[i / 4 * 4 + kPlace[i % 4]] = half(picture.bytes[i] / 255.0f).bits();
+    poison[i] = static_cast<std::uint16_t>(0x4000 + i);  // from 2 up: no byte becomes that
+  }
+  merged = poison;
+  for (std::size_t i = 0; i < wanted.size(); i += 4) {
+    const bool black = wanted[i] == 0 && wanted[i + 1] == 0 && wanted[i + 2] == 0;
+    if (!black) std::copy_n(wanted.begin() + i, 3, merged.begin() + i);
+  }
   for (const int threads : {1, 2, 7, 1000}) {
     const Replaced<bool> several(GL3GADriver::m_useopenmp, threads > 1);
     const Replaced<int> count(GL3GADriver::m_azprocessor, threads);
     const TestBitmap bitmap(new HBitmapNode(37, 5));
     for (const int mode : {0, -1}) {
+      if (mode != 0) {
+        std::copy(poison.begin(), poison.end(),
+                  static_cast<std::uint16_t*>(bitmap->GetBufferHead()->Data()));
+      }
       Program().MergeBuffers(bitmap.get(), bitmap.get(), picture.bytes.data(), mode, 0, 0, 37, 5);
       const auto* halves = static_cast<std::uint16_t*>(bitmap->GetBufferHead()->Data());
-      results.emplace_back(halves, halves + 37 * 5 * 4);
-      EXPECT_EQ(results.back(), results.front()) << threads;
+      const auto& right = mode == 0 ? wanted : merged;
+      for (std::size_t i = 0; i < right.size(); ++i) {
+        ASSERT_EQ(halves[i], right[i]) << threads << " threads, mode " << mode << ", half " << i;
+      }
     }
   }
-  for (std::size_t i = 0; i < picture.bytes.size(); ++i) {
-    constexpr std::size_t kPlace[] = {2, 1, 0, 3};
-    ASSERT_EQ(results[0][i / 4 * 4 + kPlace[i % 4]], half(picture.bytes[i] / 255.0f).bits());
+}
+
+TEST(ShaderFunctionsTest, StaticShare) {
+  const struct {
+    int threads, columns;
+    std::vector<int> bounds;  // where the shares begin, and where the last one ends
+  } cases[] = {{3, 10, {0, 4, 7, 10}}, {7, 3, {0, 1, 2, 3, 3, 3, 3, 3}}, {4, 0, {0, 0, 0, 0, 0}}};
+  for (const auto& each : cases) {
+    for (int thread = 0; thread < each.threads; ++thread) {
+      const ColumnShare share = StaticShare(thread, each.threads, each.columns);
+      EXPECT_EQ(share.first, each.bounds[thread]) << thread << " of " << each.threads;
+      EXPECT_EQ(share.end, each.bounds[thread + 1]) << thread << " of " << each.threads;
+    }
   }
 }
 
