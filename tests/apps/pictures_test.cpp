@@ -77,7 +77,7 @@ class Pictures : public Gl3Test {
     arguments.insert(arguments.begin(), "render");
     arguments.insert(arguments.end(), {"-o", "out.png", "-s", "96x64"});
     const Gl3Result result = Run(arguments);
-    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.out + result.err, "");
     return ReadPng(Path("out.png"));
   }
