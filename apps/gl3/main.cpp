@@ -20,6 +20,7 @@ constexpr Verb kVerbs[] = {
     {"filter", "Put pictures through effects (blur, sharpen, edges and more)", AddFilterVerb},
     {"info", "Tell what OpenGL is found, and whether it will do", AddInfoVerb},
     {"settings", "Show and change the renderer's settings", AddSettingsVerb},
+    {"view", "Show model files in a window", AddViewVerb},
 };
 
 constexpr const char* kFooter = R"(
@@ -38,10 +39,13 @@ Environment (flags beat it):
   NO_COLOR         no colours in messages
 
 Exit status:
-  0  done                                   4  no usable OpenGL, or no module
-  1  the run failed                         5  output that cannot be written
-  2  wrong usage                            6  a comparison that does not match
-  3  input that cannot be read)";
+  0  done
+  1  the run failed
+  2  wrong usage
+  3  input that cannot be read
+  4  no usable OpenGL, or no module
+  5  output that cannot be written
+  6  a comparison that does not match)";
 
 /// Help without the parser's remarks on what excludes what, which only lengthen the lines.
 class HelpFormatter : public CLI::Formatter {

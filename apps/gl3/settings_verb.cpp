@@ -1,25 +1,17 @@
 // `gl3 settings`: options; the settings page, which is a program of its own.
 #include "apps/gl3/settings_options.h"
 
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
 #include <memory>
 #include <string>
-#include <system_error>
 
 #include "apps/gl3/messages.h"
-#include "apps/gl3/text.h"
+#include "apps/gl3/start_viewer.h"
 #include "apps/gl3/verbs.h"
 #include "apps/gl3/work_library.h"
 
 namespace gl3 {
 namespace {
-
-constexpr const char* kViewer = "gl3-view";
 
 constexpr const char* kFooter = R"(
 A setting holds for every program that draws through the module, from its next
@@ -38,23 +30,8 @@ struct VerbOptions {
   bool page = false;
 };
 
-/// Becomes the viewer, showing its settings. Comes back only when it cannot be started.
-int ShowPage() {
-  char* const arguments[] = {const_cast<char*>(kViewer), const_cast<char*>("--settings"), nullptr};
-  std::error_code code;
-  const auto self = std::filesystem::read_symlink("/proc/self/exe", code);
-  const std::string beside = (self.parent_path() / kViewer).string();
-  execv(beside.c_str(), arguments);
-  if (errno == ENOENT) execvp(kViewer, arguments);
-  const std::string why =
-      errno == ENOENT ? "is not installed" : std::string("cannot be started: ") + strerror(errno);
-  PrintError(std::string(kViewer) + " " + why +
-             "; build or install it with Qt 6, or use gl3 settings set");
-  return kRunFailed;
-}
-
 int RunSettings(const VerbOptions& options) {
-  if (options.page) return ShowPage();
+  if (options.page) return StartViewer({"--settings"}, ", or use gl3 settings set");
   Outcome outcome;
   std::string result;
   const WorkTable* work = LoadWork(&outcome);

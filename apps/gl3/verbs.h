@@ -27,5 +27,6 @@ VerbJob AddFilterVerb(CLI::App& app);
 VerbJob AddInfoVerb(CLI::App& app);
 VerbJob AddRenderVerb(CLI::App& app);
 VerbJob AddSettingsVerb(CLI::App& app);
+VerbJob AddViewVerb(CLI::App& app);
 
 }  // namespace gl3

@@ -102,7 +102,7 @@ TEST_F(SettingsVerb, SaysWhereNothingCanBeStored) {
   EXPECT_EQ(Told({"get", "Antialias"}), "0\n");
 }
 
-TEST_F(SettingsVerb, StartsTheViewerForThePage) {
+TEST_F(SettingsVerb, AndTheVerbViewStartTheViewer) {
   const fs::path folder = m_base / "bin";
   fs::create_directory(folder);
   fs::copy_file(GL3_BIN_DIR "/gl3", folder / "gl3");
@@ -112,6 +112,8 @@ TEST_F(SettingsVerb, StartsTheViewerForThePage) {
   std::ofstream(folder / "gl3-view") << "#!/bin/sh\necho \"$#: $*\"\n";
   fs::permissions(folder / "gl3-view", fs::perms::owner_all);
   EXPECT_EQ(Told({"--page"}), "1: --settings\n");
+  EXPECT_EQ(Run({"view", "--device", "cpu", "a b.glb", "-o"}, m_setup).out,
+            "4: --device cpu a b.glb -o\n");
 }
 
 }  // namespace
