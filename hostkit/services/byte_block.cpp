@@ -17,6 +17,7 @@
 #include "host/Heaps.h"
 #include "hostkit/services/bitmap_calls.h"
 #include "hostkit/services/bitmap_storage.h"
+#include "hostkit/services/ext_heap.h"
 #include "hostkit/services/half_bytes.h"
 
 namespace {
@@ -144,8 +145,8 @@ class Packer {
   ExtBytes Pack(int bytesPerPixel, bool* opaque) const {
     const std::size_t rowBytes =
         static_cast<std::size_t>(m_buffer.Width()) * static_cast<std::size_t>(bytesPerPixel);
-    ExtBytes packed(
-        static_cast<Byte*>(AllocExt(rowBytes * static_cast<std::size_t>(m_buffer.Height()))));
+    ExtBytes packed(static_cast<Byte*>(
+        hostkit::AllocExtPicture(rowBytes * static_cast<std::size_t>(m_buffer.Height()))));
     *opaque = true;
     for (int y = 0; packed && y < m_buffer.Height(); ++y) {
       *opaque &=

@@ -343,8 +343,9 @@ TEST_F(ProgramTest, RunsWithoutPictureOrMemoryAnswer0) {
   EXPECT_EQ(Program().Process(1, nullptr, none.get(), 0), 0);
   {
     Faults faults;
-    for (int nth = 1; nth <= 2; ++nth) {  // the upload's bytes, those read back
-      faults.Fail(FaultPoint::kAllocExt, nth);
+    // The upload's bytes, those read back.
+    for (const FaultPoint point : {FaultPoint::kAllocBitmap, FaultPoint::kAllocExt}) {
+      faults.Fail(point, 1);
       EXPECT_EQ(Program().Process(1, source.get(), none.get(), 0), 0);
     }
   }
