@@ -19,7 +19,7 @@
 namespace bench {
 namespace {
 
-constexpr int kQuickRounds = 9, kThoroughRounds = 25;
+constexpr int kQuickRounds = 7, kThoroughRounds = 25;
 constexpr const char* kLine = "{:<30} {:>11} {:>9} {:>9} {:>9} {:>9} {:>6} {:>6} {:>9}  {}\n";
 
 double Median(std::vector<double> values) {

@@ -11,7 +11,7 @@ namespace bench {
 struct Options {
   bool quick = false;
   bool oursOnly = false;  ///< Candidates alone, without floors: for a profiler.
-  int rounds = 0;         ///< Measured rounds; the default is 9 when quick, else 25.
+  int rounds = 0;         ///< Measured rounds; the default is 7 when quick, else 25.
   std::string json;       ///< File for the results; empty for none.
 };
 
