@@ -19,9 +19,17 @@ trap 'rm -rf "$work"' EXIT
 "$here/../../samples/gallery/render.sh" "$bin" "$work" 256x144
 
 if [[ -n ${GL3_UPDATE_REFERENCES:-} ]]; then
-  rm -f "$here"/*.png
-  cp "$work"/*.png "$here"
-  echo "references_test: kept $(find "$here" -name '*.png' | wc -l) pictures; look at them"
+  for kept in "$here"/*.png; do
+    [[ -f $work/$(basename "$kept") ]] || rm "$kept"
+  done
+  for picture in "$work"/*.png; do
+    # One that is the same to the last pixel stays: its recipe alone would differ.
+    kept=$here/$(basename "$picture")
+    if [[ ! -f $kept ]] || ! idiff -q "$kept" "$picture" >/dev/null 2>&1; then
+      cp "$picture" "$kept"
+      echo "references_test: keeps $kept; look at it"
+    fi
+  done
   exit 0
 fi
 
