@@ -194,6 +194,12 @@ TEST_F(Sequences, RefuseWhatMeansNothing) {
   }
   ExpectRefused({"render", "moving.gltf", "-o", "no/x##.png", "--frames", "1-2"}, 5,
                 {"no/x01.png"});
+  // A camera's folder, which is known when the model is: not after the other camera's pictures.
+  fs::create_directory(Path("Eye"));
+  ExpectRefused(
+      {"render", "moving.gltf", "-o", "{camera}/##.png", "--camera", "all", "--frames", "1-2"}, 5,
+      {"a_b", "create it first"});
+  EXPECT_TRUE(fs::is_empty(Path("Eye")));
 }
 
 TEST_F(Sequences, ThatCannotBeWrittenToTheEndKeepWhatIsThere) {

@@ -146,6 +146,7 @@ Outcome RenderRun::ChooseAnimations() {
 Outcome RenderRun::Plan() {
   Outcome outcome = ChooseAnimations();
   if (outcome.status == kDone) outcome = PlanShots(m_options, *m_scene, &m_shots);
+  if (outcome.status == kDone) outcome = CheckFolders(m_shots);
   if (outcome.status != kDone) return outcome;
   const hostkit::SceneReach reach = hostkit::MeasureReach(*m_scene, m_animations);
   m_bounds = reach.bounds;

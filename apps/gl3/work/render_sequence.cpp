@@ -4,11 +4,13 @@
 #include <fmt/format.h>
 
 #include <filesystem>
+#include <set>
 #include <system_error>
 #include <utility>
 
 #include "apps/gl3/output_pattern.h"
 #include "apps/gl3/text.h"
+#include "apps/gl3/work/check_output.h"
 #include "apps/gl3/work/render_camera.h"
 
 namespace gl3 {
@@ -39,6 +41,19 @@ Outcome PlanShots(const RenderOptions& options, const hostkit::Scene& scene,
       shot.output = pattern.Expand(frame, camera >= 0 ? files[at] : "");
       shot.depth = depthPattern.Expand(frame, camera >= 0 ? files[at] : "");
       shots->push_back(std::move(shot));
+    }
+  }
+  return {};
+}
+
+Outcome CheckFolders(const std::vector<Shot>& shots) {
+  std::set<std::string> folders;
+  for (const Shot& shot : shots) {
+    for (const std::string& path : {shot.output, shot.depth}) {
+      const std::string folder = std::filesystem::path(path).parent_path().string();
+      if (path.empty() || !folders.insert(folder).second) continue;
+      Outcome outcome = CheckOutput(path);
+      if (outcome.status != kDone) return outcome;
     }
   }
   return {};

@@ -29,6 +29,10 @@ struct Shot {
 Outcome PlanShots(const RenderOptions& options, const hostkit::Scene& scene,
                   std::vector<Shot>* shots);
 
+/// Whether every folder that the pictures go to can be written to, so that a long run does not end
+/// at one of them: as CheckOutput.
+Outcome CheckFolders(const std::vector<Shot>& shots);
+
 /// Whether a picture is there already. Pictures appear whole, so being there is enough.
 bool IsThere(const std::string& path);
 /// Whether all files of the shot are there.
