@@ -2,30 +2,17 @@
 #include "apps/gl3/work/filter_report.h"
 
 #include <fmt/format.h>
-#include <sys/resource.h>
 
-#include <cmath>
-#include <cstdint>
 #include <nlohmann/json.hpp>
 
 #include "apps/gl3/effect_options.h"
+#include "apps/gl3/work/report_figures.h"
 #include "hostkit/effects/effect_twins.h"
 
 namespace gl3 {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-/// Microseconds are as fine as such times mean anything.
-double Rounded(double milliseconds) {
-  return std::round(milliseconds * 1000) / 1000;
-}
-
-std::uint64_t PeakMemory() {
-  rusage usage;
-  if (getrusage(RUSAGE_SELF, &usage) != 0) return 0;
-  return static_cast<std::uint64_t>(usage.ru_maxrss) * 1024;
-}
 
 Json StepJson(const hostkit::EffectCall& call, const hostkit::EffectStep& step) {
   const hostkit::EffectTimes& times = step.times;

@@ -178,9 +178,11 @@ Outcome RenderRun::Draw(const Shot& shot, hostkit::SceneCamera* camera, hostkit:
   std::string error;
   *picture = m_renderer->Render(m_settings, hostkit::ViewFor(*camera, m_bounds), &error);
   if (!picture->bitmap) return {kRunFailed, error};
+  const Stopwatch effectsWatch;
   if (!m_effects.Apply(m_session->Driver(), m_options.effects.calls, picture, &error)) {
     return {kRunFailed, error};
   }
+  m_shotReport.effects = effectsWatch.Milliseconds();
   m_shotReport.draw = m_renderer->LastTimes().draw;
   m_shotReport.readBack = m_renderer->LastTimes().readBack;
   m_recipe.renderer = m_report.renderer = m_renderer->RendererName();
@@ -230,6 +232,7 @@ Outcome RenderRun::MakeShot(const Shot& shot) {
   m_shotReport.total = watch.Milliseconds();
   m_report.draw += m_shotReport.draw;
   m_report.readBack += m_shotReport.readBack;
+  m_report.effects += m_shotReport.effects;
   m_report.write += m_shotReport.write;
   if (m_options.run.json) m_report.shots.push_back(m_shotReport);
   return outcome;

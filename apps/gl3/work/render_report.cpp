@@ -1,25 +1,13 @@
 // The figures of a run, for `--json`.
 #include "apps/gl3/work/render_report.h"
 
-#include <sys/resource.h>
-
-#include <cmath>
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "apps/gl3/work/report_figures.h"
+
 namespace gl3 {
 namespace {
-
-/// Microseconds are as fine as such times mean anything.
-double Rounded(double milliseconds) {
-  return std::round(milliseconds * 1000) / 1000;
-}
-
-std::uint64_t PeakMemory() {
-  rusage usage;
-  if (getrusage(RUSAGE_SELF, &usage) != 0) return 0;
-  return static_cast<std::uint64_t>(usage.ru_maxrss) * 1024;
-}
 
 void AddShots(const RenderReport& report, nlohmann::ordered_json& json) {
   json["pictures"] = report.shots.size();
@@ -31,6 +19,7 @@ void AddShots(const RenderReport& report, nlohmann::ordered_json& json) {
     frame["output"] = shot.output;
     frame["milliseconds"] = {{"draw", Rounded(shot.draw)},
                              {"readBack", Rounded(shot.readBack)},
+                             {"effects", Rounded(shot.effects)},
                              {"write", Rounded(shot.write)},
                              {"total", Rounded(shot.total)}};
     frames.push_back(std::move(frame));
@@ -54,8 +43,8 @@ std::string FormatReport(const RenderReport& report) {
   json["milliseconds"] = {
       {"start", Rounded(report.start)},       {"import", Rounded(report.import)},
       {"upload", Rounded(report.upload)},     {"draw", Rounded(report.draw)},
-      {"readBack", Rounded(report.readBack)}, {"write", Rounded(report.write)},
-      {"total", Rounded(report.total)},
+      {"readBack", Rounded(report.readBack)}, {"effects", Rounded(report.effects)},
+      {"write", Rounded(report.write)},       {"total", Rounded(report.total)},
   };
   if (report.isSequence) AddShots(report, json);
   json["peakMemoryBytes"] = PeakMemory();

@@ -15,7 +15,7 @@ struct ShotReport {
   double time = 0;     ///< Seconds into the animation.
   std::string camera;  ///< Empty for none of the model's.
   std::string output;
-  double draw = 0, readBack = 0, write = 0, total = 0;
+  double draw = 0, readBack = 0, effects = 0, write = 0, total = 0;
 };
 
 struct RenderReport {
@@ -27,10 +27,12 @@ struct RenderReport {
   std::string platform, device;
   bool software = false;
   /// Milliseconds. `start` is display, module and driver; `total` the whole run in the child.
-  double start = 0, import = 0, upload = 0, draw = 0, readBack = 0, write = 0, total = 0;
+  double start = 0, import = 0, upload = 0, draw = 0, readBack = 0, effects = 0, write = 0;
+  double total = 0;
   std::vector<std::string> warnings;
 
-  /// Of a sequence, or of several cameras; then draw, readBack and write above are their sums.
+  /// Of a sequence, or of several cameras; then draw, readBack, effects and write above are their
+  /// sums.
   bool isSequence = false;
   std::vector<ShotReport> shots;  ///< That were drawn.
   std::size_t skipped = 0;        ///< That were there before.
