@@ -226,6 +226,15 @@ TEST_F(Filters, CompareWithTheProcessorAndGiveFigures) {
             std::string::npos)
       << words.out;
 
+  Gl3Setup wrongReading;
+  wrongReading.environment = {"LD_PRELOAD=" GL3_WRONG_TEXELS,
+                              "ASAN_OPTIONS=verify_asan_link_order=0"};
+  const Gl3Result wrong = Run(
+      {"filter", "cut.png", "-o", "wrong.png", "--verify", "--effect", "sharpen"}, wrongReading);
+  EXPECT_EQ(wrong.status, 6) << wrong.err;
+  EXPECT_NE(wrong.out.find("largest difference 8/255, allowed 1/255"), std::string::npos)
+      << wrong.out;
+
   Rgba first;
   for (const char* threads : {"1", "2", "7"}) {
     const Gl3Result result = Run({"filter", "a.png", "-o", "b.png", "--effect", "blur", "--json",
