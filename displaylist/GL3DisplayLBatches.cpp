@@ -13,7 +13,7 @@ void DrawTriangles(const VertexBatch<V>& batch) {
 
 void FlushLit(VertexBatch<GAVertex>& batch, bool textured) {
   if (batch.vertices.empty()) return;
-  const GAVertex& first = batch.vertices.front();
+  const GAVertex& first = *batch.vertices.data();
   glEnableClientState(GL_VERTEX_ARRAY);
   glEnableClientState(GL_NORMAL_ARRAY);
   if (textured) glEnableClientState(GL_TEXTURE_COORD_ARRAY);
@@ -29,7 +29,7 @@ void FlushLit(VertexBatch<GAVertex>& batch, bool textured) {
 
 void FlushColored(VertexBatch<GALitVertex>& batch) {
   if (batch.vertices.empty()) return;
-  const GALitVertex& first = batch.vertices.front();
+  const GALitVertex& first = *batch.vertices.data();
   glEnableClientState(GL_VERTEX_ARRAY);
   glEnableClientState(GL_COLOR_ARRAY);
   glVertexPointer(3, GL_FLOAT, sizeof(GALitVertex), &first.x);
@@ -42,7 +42,7 @@ void FlushColored(VertexBatch<GALitVertex>& batch) {
 
 void FlushColoredTextured(VertexBatch<GALitVertexWT>& batch) {
   if (batch.vertices.empty()) return;
-  const GALitVertexWT& first = batch.vertices.front();
+  const GALitVertexWT& first = *batch.vertices.data();
   glEnableClientState(GL_VERTEX_ARRAY);
   glEnableClientState(GL_TEXTURE_COORD_ARRAY);
   glEnableClientState(GL_COLOR_ARRAY);

@@ -67,11 +67,10 @@ bool GL3DisplayList::QueuePolygon(const VornPoly& p) {
 
 void GL3DisplayList::AppendPolygon(const VornPoly& p, const PolygonColors& colors) {
   const auto base = static_cast<std::uint32_t>(m_coloredTextured.indices.size());
-  m_coloredTextured.vertices.insert(
-      m_coloredTextured.vertices.end(),
-      {ColoredVertex(p.p0, colors.c0, p.uv0), ColoredVertex(p.p1, colors.c1, p.uv1),
-       ColoredVertex(p.p2, colors.c2, p.uv2)});
-  m_coloredTextured.AddIndices(base, {0, 1, 2});
+  m_coloredTextured.vertices.Append(ColoredVertex(p.p0, colors.c0, p.uv0),
+                                    ColoredVertex(p.p1, colors.c1, p.uv1),
+                                    ColoredVertex(p.p2, colors.c2, p.uv2));
+  m_coloredTextured.AddTriangle(base);
 }
 
 void GL3DisplayList::AddTransformedPolygon(const VornPoly& polygon, int checkTransparency) {

@@ -61,10 +61,10 @@ void GL3DisplayList::AddCP(const Vector& p, int size, GAColor& color) {
   m_buffer->SetState(GL3GABuffer::kArraysPending, true);
   const ColorBuf c = ColorBytes(color);
   const auto base = static_cast<std::uint32_t>(m_colored.vertices.size());
-  m_colored.vertices.insert(m_colored.vertices.end(),
-                            {{p.x - h, p.y - h, p.z, c.red, c.green, c.blue, c.alpha},
-                             {p.x + h, p.y - h, p.z, c.red, c.green, c.blue, c.alpha},
-                             {p.x + h, p.y + h, p.z, c.red, c.green, c.blue, c.alpha},
-                             {p.x - h, p.y + h, p.z, c.red, c.green, c.blue, c.alpha}});
-  m_colored.AddIndices(base, {0, 1, 2, 0, 2, 3});
+  const auto corner = [&](float x, float y) {
+    return GALitVertex{x, y, p.z, c.red, c.green, c.blue, c.alpha};
+  };
+  m_colored.vertices.Append(corner(p.x - h, p.y - h), corner(p.x + h, p.y - h),
+                            corner(p.x + h, p.y + h), corner(p.x - h, p.y + h));
+  m_colored.AddQuad(base);
 }

@@ -27,16 +27,16 @@ void GL3DisplayList::AddTransformedTri(GAVertex* v, int checkTransparency) {
   VertexBatch<GAVertex>& batch = m_litTextured;  // whether or not there is a texture
   StartAppending(batch.vertices.size());
   const auto base = static_cast<std::uint32_t>(batch.vertices.size());
-  batch.vertices.insert(batch.vertices.end(), {a, b, c});
-  batch.AddIndices(base, {0, 1, 2});
+  batch.vertices.Append(a, b, c);
+  batch.AddTriangle(base);
 }
 
 void GL3DisplayList::AppendQuad(const GAVertex* v, bool textured) {
   VertexBatch<GAVertex>& batch = textured ? m_litTextured : m_lit;
   StartAppending(batch.vertices.size());
   const auto base = static_cast<std::uint32_t>(batch.vertices.size());
-  batch.vertices.insert(batch.vertices.end(), {v[0], v[1], v[3], v[2]});
-  batch.AddIndices(base, {0, 1, 2, 0, 2, 3});
+  batch.vertices.Append(v[0], v[1], v[3], v[2]);
+  batch.AddQuad(base);
 }
 
 void GL3DisplayList::AddTransformedQuad(GAVertex* v, int mode, int textured) {
