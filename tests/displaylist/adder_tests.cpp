@@ -126,6 +126,17 @@ TEST_F(AdderTest, PolylinesGoAroundTheOpenBlock) {
                    "glEnable(GL_DEPTH_TEST)", "glDisable(GL_LINE_SMOOTH)", diffuse + "1})",
                    "glLineWidth(1)"}));
   EXPECT_EQ(Buffer().TransparentCount(), 0);
+  // What is on already stays on, and an open block goes on behind the line.
+  Buffer().SetState(GL3GABuffer::kSmoothingOn, true);
+  List().PrepForPolygons();  // points have been prepared for, and are not again
+  List().PrepForPoints();
+  gl.Clear();
+  List().AddTransformedQuad(v, 0xC002, 0);
+  EXPECT_EQ(gl.CallsTo("glEnable"), Lines{"glEnable(GL_DEPTH_TEST)"});
+  EXPECT_EQ(gl.CallsTo("glDisable"), Lines{"glDisable(GL_DEPTH_TEST)"});
+  EXPECT_EQ(gl.CallsTo("glBegin"), (Lines{"glBegin(GL_LINE_STRIP)", "glBegin(GL_POINTS)"}));
+  EXPECT_EQ(gl.Count("glEnd"), 2);
+  List().EndInstructions();
   gl.Clear();
   List().AddTransformedQuad(v, 0x8000, 0);
   EXPECT_EQ(gl.Calls(), CallsIn(R"(
@@ -188,6 +199,11 @@ TEST_F(AdderTest, TransparentFansAreQueuedAsFarAsThereIsRoom) {
   gl.LogIndices(true);
   List().AddIndexedTriangleFan(v, 6, indices, 2, 1);
   EXPECT_EQ(Buffer().TransparentCount(), 0);
+  List().AddIndexedTriangleFan(v, 6, indices, 4, 0);  // drawn, as it is asked for
+  EXPECT_EQ(Draws(gl),
+            Lines{"glDrawElements(GL_TRIANGLE_FAN, 4, GL_UNSIGNED_SHORT, {5, 0, 1, 2})"});
+  EXPECT_EQ(Buffer().TransparentCount(), 0);
+  gl.Clear();
   List().AddIndexedTriangleFan(v, 6, indices, 4, 1);
   ASSERT_EQ(Buffer().TransparentCount(), 2);
   EXPECT_EQ(Corners(0), (std::vector<float>{5, 0, 0, 0, 1, 0}));

@@ -131,7 +131,7 @@ TEST_F(BatchTest, LinesHaveTheirOwnEndsAndTheColorsOfTheirTime) {
   List().SetDefaultColor(m_green);
   List().AddTransformedLineList(points, 4);
   List().SetDefaultColor(m_red);
-  List().AddTransformedLineList(low, high, 2, m_blue, m_blue);
+  List().AddTransformedLineList(low, high, 2, m_blue, m_red);
   List().AddTransformedLine({-20, 9, -9}, {20, 9, -9});
   List().AddTransformedLineRef({-20, 19, -9}, {20, 19, -9}, m_blue);
   List().AddTransformedLine({-20, -19, -9}, m_blue, {20, -19, -9}, m_red);
@@ -147,8 +147,10 @@ TEST_F(BatchTest, LinesHaveTheirOwnEndsAndTheColorsOfTheirTime) {
   };
   EXPECT_TRUE(Near(lineColor(-15, 0), {0, 255, 0}));
   EXPECT_TRUE(Near(lineColor(10, 0), {0, 255, 0}));
-  EXPECT_TRUE(Near(lineColor(-10, -9), {0, 0, 255}));
-  EXPECT_TRUE(Near(lineColor(10, -9), {0, 0, 255}));
+  for (const int left : {-20, 1}) {  // each from the first colour to the second
+    EXPECT_GT(lineColor(left + 1, -9)[2], 200) << left;
+    EXPECT_GT(lineColor(left + 17, -9)[0], 200) << left;
+  }
   EXPECT_TRUE(Near(lineColor(0, 9), {255, 0, 0}));
   EXPECT_TRUE(Near(lineColor(0, 19), {0, 0, 255}));
   EXPECT_LT(lineColor(-18, -19)[0], 20);
