@@ -152,7 +152,11 @@ TEST_F(SettingsTest, ExhaustedHeapGivesNoObjects) {
   EXPECT_EQ(driver.CreateBuffer(&info, 1, 0), nullptr);
   EXPECT_EQ(driver.CreateTexture(), nullptr);
   EXPECT_EQ(driver.CreateDisplayList(&info), nullptr);
-  EXPECT_EQ(faults.Failures(FaultPoint::kAllocGAssist), 6);
+  EXPECT_EQ(driver.CreateShaderProgram(&info), nullptr);
+  EXPECT_EQ(faults.Failures(FaultPoint::kAllocGAssist), 7);
+  // The page alone is the general heap's.
+  const std::unique_ptr<CPropertyPage> page(driver.CreatePropertyPage(1));
+  EXPECT_TRUE(page);
 }
 
 TEST(ModuleEntryTest, RegistersItselfOnProcessAttachAlone) {
