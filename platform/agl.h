@@ -59,7 +59,7 @@ GLboolean aglDescribePixelFormat(AGLPixelFormat format, GLint attribute, GLint* 
 /// A context that shares its objects with `share`, which may be null. Desktop GL, compatibility
 /// profile. Null on failure.
 AGLContext aglCreateContext(AGLPixelFormat format, AGLContext share);
-/// Destroys a context, and with it the pbuffer that was last set on it.
+/// Destroys a context, and with it the pbuffers that were set on it and on no other living context.
 GLboolean aglDestroyContext(AGLContext context);
 /// Makes a context current on the drawable that was set on it, or on none (null context). Costs
 /// nothing when it is current already: no flush.
@@ -89,7 +89,7 @@ GLboolean aglEnable(AGLContext context, GLenum pname);
 GLboolean aglSetInteger(AGLContext context, GLenum pname, const GLint* values);
 
 /// Fills display lists `base` to `base + count - 1` of the current context with the bitmaps of the
-/// characters `first` to `first + count - 1` (Latin-1), `size` points high, each list moving the
+/// characters `first` to `first + count - 1` (Latin-1), `size` pixels high, each list moving the
 /// raster position on by the character's advance. Family 3 is the host's sans-serif, 0 style plain.
 GLboolean aglUseFont(AGLContext context, GLint family, GLint style, GLint size, GLint first,
                      GLint count, GLint base);

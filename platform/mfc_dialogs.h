@@ -138,8 +138,6 @@ class CPropertySheet : public CDialog {
   void OnCancel() override;
 
  private:
-  bool Prepare(CPropertyPage& page, int index);
-
   const char* m_title;
   std::vector<CPropertyPage*> m_pages;
   int m_active = -1;

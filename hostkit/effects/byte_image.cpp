@@ -3,22 +3,12 @@
 
 #include <Imath/half.h>
 
-#include <algorithm>
 #include <utility>
 
 #include "hostkit/services/half_bytes.h"
 
 namespace hostkit {
 namespace {
-
-// Rounding to half floats can lift a colour that was 1 by this much when it is divided by alpha.
-constexpr float kOne = 1 + 1.0f / 512;
-
-float ToFloat(std::uint16_t bits) {
-  half value;
-  value.setBits(bits);
-  return value;
-}
 
 BitmapPtr NewBitmap(const char* name, HBitmapBuffer::ChannelType type, int width, int height) {
   BitmapPtr bitmap(new HBitmapNode(width, height));
@@ -27,31 +17,6 @@ BitmapPtr NewBitmap(const char* name, HBitmapBuffer::ChannelType type, int width
   const bool allocated = buffer->AllocateData(0) != 0;
   bitmap->AddBuffer(buffer);
   return allocated ? std::move(bitmap) : nullptr;
-}
-
-/// One row of a picture into straight bytes; tells whether a colour was above 1.
-bool RowToBytes(const std::uint16_t* from, int width, bool hasAlpha, unsigned char* to) {
-  const auto& bytes = HalfToByte();
-  constexpr std::uint16_t kHalfOne = 0x3c00, kHalfInfinity = 0x7c00;
-  bool clipped = false;
-  for (int x = 0; x < width; ++x, from += 4, to += 4) {
-    to[3] = hasAlpha ? bytes[from[3]] : 255;
-    const float alpha = to[3] == 255 ? 1 : ToFloat(from[3]);
-    for (int c = 0; c < 3; ++c) {
-      const std::uint16_t bits = from[2 - c];
-      if (to[3] == 255) {
-        to[c] = bytes[bits];
-        clipped |= bits > kHalfOne && bits <= kHalfInfinity;
-      } else if (to[3] == 0) {
-        to[c] = 0;
-      } else {
-        const float value = ToFloat(bits) / alpha;
-        to[c] = ToByte(value);
-        clipped |= value > kOne;
-      }
-    }
-  }
-  return clipped;
 }
 
 }  // namespace
@@ -88,8 +53,8 @@ ByteImage BytesFromPicture(const Picture& picture, bool* clipped) {
   ByteImage image{NewByteBitmap(from.GetWidth(), from.GetHeight()), picture.hasAlpha};
   *clipped = false;
   for (int y = 0; image.bitmap && y < from.GetHeight(); ++y) {
-    *clipped |=
-        RowToBytes(HalfRow(from, y), from.GetWidth(), picture.hasAlpha, ByteRow(*image.bitmap, y));
+    *clipped |= HalvesToStraightBytes(HalfRow(from, y), from.GetWidth(), picture.hasAlpha,
+                                      ByteRow(*image.bitmap, y));
   }
   return image;
 }
@@ -130,8 +95,8 @@ void Premultiply(HBitmapNode* halves) {
     std::uint16_t* pixel = HalfRow(*halves, y);
     for (int x = 0; x < halves->GetWidth(); ++x, pixel += 4) {
       if (pixel[3] == kHalfOne) continue;
-      const float alpha = ToFloat(pixel[3]);
-      for (int c = 0; c < 3; ++c) pixel[c] = half(ToFloat(pixel[c]) * alpha).bits();
+      const float alpha = FromHalf(pixel[3]);
+      for (int c = 0; c < 3; ++c) pixel[c] = half(FromHalf(pixel[c]) * alpha).bits();
     }
   }
 }

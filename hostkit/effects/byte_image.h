@@ -24,7 +24,8 @@ unsigned char* ByteRow(const HBitmapNode& bitmap, int y);
 /// First half float (blue, green, red, alpha) of row `y` of a bitmap's newest "ColorAlpha" buffer.
 std::uint16_t* HalfRow(const HBitmapNode& bitmap, int y);
 
-/// New bitmaps with a zeroed "Color" or "ColorAlpha" buffer. Null without memory.
+/// New bitmaps with a "Color" or "ColorAlpha" buffer, whose pixels have any value until they are
+/// written. Null without memory.
 BitmapPtr NewByteBitmap(int width, int height);
 BitmapPtr NewHalfBitmap(int width, int height);
 

@@ -35,9 +35,8 @@ enum class WindowFit {
   kShared,  ///< A power of two, 1024 for large pictures (more for large reaches).
 };
 
-/// A plan for `size` pixels with windows of at most `limit` pixels (a multiple of
-/// four), for an effect that looks `reach` pixels away in each of
-/// `passes` passes.
+/// A plan for `size` pixels with windows of at most `limit` pixels (a multiple of four), for an
+/// effect that looks `reach` pixels away in each of `passes` passes.
 AxisPlan PlanAxis(int size, int limit, int reach, int passes, WindowFit fit = WindowFit::kOwn);
 
 /// The windows for fewer passes than PlanAxis allowed are the same, so both axes can take the

@@ -115,9 +115,9 @@ void FramePainter::Paint(const PaintTarget& target, const PixelWindow& samples,
   target.buffer->EndScene();
 }
 
-void FramePainter::PaintOverlays(const PaintTarget& target) {
-  if (m_settings->overlays.empty() && m_settings->texts.empty()) return;
-  m_overlays.Paint(target, *m_settings, 0, 0, m_settings->width, m_settings->height);
+bool FramePainter::PaintOverlays(const PaintTarget& target) {
+  if (m_settings->overlays.empty() && m_settings->texts.empty()) return true;
+  return m_overlays.Paint(target, *m_settings, 0, 0, m_settings->width, m_settings->height);
 }
 
 bool FramePainter::PaintIds(const PaintTarget& target, const PixelWindow& pixels,

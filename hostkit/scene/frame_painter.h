@@ -42,8 +42,9 @@ class FramePainter {
   void Paint(const PaintTarget& target, const PixelWindow& samples, const float* background);
 
   /// Draws overlays and text over what Paint drew, for frames with one sample a pixel on one
-  /// surface: a viewer's. Text needs a buffer on a window.
-  void PaintOverlays(const PaintTarget& target);
+  /// surface: a viewer's. Text needs a buffer on a window. False when memory ran out for an
+  /// overlay.
+  bool PaintOverlays(const PaintTarget& target);
 
   /// Draws ids instead (SceneFeed::DrawIds) with one sample a pixel; `pixels` is the part of the
   /// frame that the surface shows. False when the scene has more parts than there are ids.

@@ -22,6 +22,23 @@ GALitVertex At(const V3f& p, const ColorBuf& color) {
   return {p.x, p.y, p.z, color.red, color.green, color.blue, color.alpha};
 }
 
+/// Lines across one axis, each at its number times the spacing.
+struct LineNumbers {
+  double first = 0;
+  int count = 0;
+};
+
+/// The lines that hold `middle` plus and minus `reach` between them; none where the numbers are so
+/// large that neighbours are the same.
+LineNumbers LinesAround(double middle, double reach, double spacing) {
+  constexpr double kMost = 1LL << 53;
+  constexpr double kSlack = 1e-4;  // of a spacing: what lies on a line up to rounding is held
+  const double first = std::floor((middle - reach) / spacing + kSlack);
+  const double last = std::ceil((middle + reach) / spacing - kSlack);
+  if (!(first > -kMost && last < kMost)) return {};
+  return {first, static_cast<int>(last - first) + 1};
+}
+
 }  // namespace
 
 float GridSpacingFor(float extent) {
@@ -39,26 +56,30 @@ void GridLines::Build(const GroundGrid& grid, const Imath::Box3f& bounds) {
   if (bounds.isEmpty()) return;
   const V3f size = bounds.max - bounds.min, middle = bounds.center();
   const float extent = std::max({size.x, size.z, size.y * 0.5f});
-  const float spacing = grid.spacing > 0 ? grid.spacing : GridSpacingFor(extent);
-  const float reach = std::min(extent * kReach, kMostLines * spacing);
-  const float firstX = std::floor((middle.x - reach) / spacing),
-              lastX = std::ceil((middle.x + reach) / spacing);
-  const float firstZ = std::floor((middle.z - reach) / spacing),
-              lastZ = std::ceil((middle.z + reach) / spacing);
+  const double spacing = grid.spacing > 0 ? grid.spacing : GridSpacingFor(extent);
+  const double reach = std::min<double>(extent * kReach, kMostLines * spacing);
+  const LineNumbers across = LinesAround(middle.x, reach, spacing),
+                    along = LinesAround(middle.z, reach, spacing);
+  if (across.count < 1 || along.count < 1) return;
+  const auto place = [spacing](const LineNumbers& lines, int i) {
+    return static_cast<float>((lines.first + i) * spacing);
+  };
   const float y = bounds.min.y;
-  for (float i = firstX; i <= lastX; ++i) {
-    m_gridLines.push_back({V3f(i * spacing, y, firstZ * spacing),
-                           V3f(i * spacing, y, lastZ * spacing), i == 0 ? kBlue : kGrey});
+  const V3f from(place(across, 0), y, place(along, 0));
+  const V3f to(place(across, across.count - 1), y, place(along, along.count - 1));
+  for (int i = 0; i < across.count; ++i) {
+    const float x = place(across, i);
+    m_gridLines.push_back({V3f(x, y, from.z), V3f(x, y, to.z), x == 0 ? kBlue : kGrey});
   }
-  for (float i = firstZ; i <= lastZ; ++i) {
-    m_gridLines.push_back({V3f(firstX * spacing, y, i * spacing),
-                           V3f(lastX * spacing, y, i * spacing), i == 0 ? kRed : kGrey});
+  for (int i = 0; i < along.count; ++i) {
+    const float z = place(along, i);
+    m_gridLines.push_back({V3f(from.x, y, z), V3f(to.x, y, z), z == 0 ? kRed : kGrey});
   }
   // The axes last: where lines cross at the same depth, the later one is seen.
   std::stable_partition(m_gridLines.begin(), m_gridLines.end(),
                         [](const Line& line) { return line.color.red == kGrey.red; });
-  m_bounds.extendBy(V3f(firstX * spacing, y, firstZ * spacing));
-  m_bounds.extendBy(V3f(lastX * spacing, y, lastZ * spacing));
+  m_bounds.extendBy(from);
+  m_bounds.extendBy(to);
 }
 
 View GridLines::Reach(const View& view) const {

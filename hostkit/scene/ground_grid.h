@@ -22,7 +22,7 @@ class GridLines {
  public:
   /// Lays the lines out under a model of these bounds, in world space: at multiples of the spacing,
   /// half as far again as the model reaches. A spacing that would give thousands of lines reaches
-  /// less far. Nothing for empty bounds.
+  /// less far. Nothing for empty bounds, and for those that are beyond counting lines.
   void Build(const GroundGrid& grid, const Imath::Box3f& bounds);
 
   /// `view` with its clipping planes moved so that the grid is seen, too.

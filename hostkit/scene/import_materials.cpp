@@ -11,9 +11,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <optional>
 
 #include "hostkit/scene/import_pictures.h"
+#include "hostkit/services/half_bytes.h"
 
 namespace hostkit {
 namespace {
@@ -223,6 +225,19 @@ int BasePicture(const ImportContext& context, const aiMaterial& material, Pictur
   return pictures.IndexOf(path.C_Str(), use);
 }
 
+/// Whether a material says no more than that there is none. The import library makes such ones for
+/// files without materials, in a grey that depends on the format, and black ones where it does not
+/// understand their colours.
+bool IsUnspecific(const SceneMaterial& material, const Rgb& base) {
+  constexpr float kGreys[] = {0, 0.6f, 0.8f, 0.9f, 1};
+  const auto isBase = [&base](float grey) {
+    return base.red == grey && base.green == grey && base.blue == grey;
+  };
+  return (material.name.empty() || material.name == AI_DEFAULT_MATERIAL_NAME) &&
+         material.surface.transparency.Current() == 0 &&
+         std::any_of(std::begin(kGreys), std::end(kGreys), isBase);
+}
+
 SceneMaterial ImportMaterial(const ImportContext& context, const aiMaterial& source,
                              PictureStore& pictures, MaterialTraits& traits) {
   const Properties properties(source);
@@ -244,8 +259,7 @@ SceneMaterial ImportMaterial(const ImportContext& context, const aiMaterial& sou
   surface.transparency = context.IsGltf() ? GltfTransparency(properties, alphaMode == "BLEND")
                                           : Transparency(properties);
   traits.ignoresVertexAlpha = context.IsGltf() && alphaMode != "BLEND";
-  traits.isStandIn = !context.IsGltf() && material.image < 0 &&
-                     (material.name.empty() || material.name == AI_DEFAULT_MATERIAL_NAME);
+  traits.isStandIn = !context.IsGltf() && material.image < 0 && IsUnspecific(material, base);
   return traits.isStandIn ? StandInMaterial() : material;
 }
 
@@ -260,8 +274,7 @@ SceneMaterial StandInMaterial() {
 }
 
 float DisplayFromLinear(float linear) {
-  const float x = Unit(linear);
-  return x <= 0.0031308f ? 12.92f * x : 1.055f * std::pow(x, 1 / 2.4f) - 0.055f;
+  return EncodeSrgb(Unit(linear));
 }
 
 std::vector<MaterialTraits> ImportMaterials(const ImportContext& context) {

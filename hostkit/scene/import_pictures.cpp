@@ -94,7 +94,7 @@ BitmapPtr BitmapFromTexels(const aiTexture& texture, const std::string& name, st
   }
   BitmapPtr bitmap = BitmapFromRgba(rgba.data(), static_cast<int>(texture.mWidth),
                                     static_cast<int>(texture.mHeight));
-  if (!bitmap) *error = fmt::format("{}: no memory for the picture", name);
+  if (!bitmap) *error = fmt::format("{}: no memory for the picture; scale it down", name);
   return bitmap;
 }
 

@@ -110,12 +110,13 @@ bool AreInside(const std::vector<V2f>& uvs) {
 
 }  // namespace
 
+/// Null without a picture, and when memory runs out.
 GATexture* PreparedScene::Texture(GADriver* driver, const SceneImage& image, int index,
                                   bool border) {
   std::unique_ptr<GATexture>& texture = m_textures[{index, border}];
   if (texture || !image.bitmap) return texture.get();
   texture.reset(driver->CreateTexture());
-  if (texture) texture->MakeGATexture(image.bitmap.get(), border ? 1 : 0, 0, 0);
+  if (texture && !texture->MakeGATexture(image.bitmap.get(), border ? 1 : 0, 0, 0)) texture.reset();
   return texture.get();
 }
 
@@ -152,6 +153,12 @@ bool PreparedScene::PrepareMesh(GADriver* driver, const Scene& scene, const Scen
     // half a pixel off its edges; only where coordinates leave the picture does it get the border.
     bool border = !image.repeat && !AreInside(mesh.uvs);
     prepared.texture = Texture(driver, image, index, border);
+    if (image.bitmap && !prepared.texture) {
+      *error = fmt::format(
+          "picture '{}' of the model cannot be uploaded: memory ran out; use a smaller one",
+          image.name);
+      return false;
+    }
     if (!image.repeat && !border && image.bitmap) {
       prepared.uvMin = V2f(0.5f / static_cast<float>(image.bitmap->GetWidth()),
                            0.5f / static_cast<float>(image.bitmap->GetHeight()));

@@ -39,7 +39,8 @@ class OffScreenSurface {
   int m_width = 0, m_height = 0;
 };
 
-/// A picture of half floats, all black and clear. Null without memory.
+/// A picture of half floats, whose pixels have any value until they are written. Null without
+/// memory.
 BitmapPtr NewPicture(int width, int height);
 
 }  // namespace hostkit

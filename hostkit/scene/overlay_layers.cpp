@@ -73,7 +73,9 @@ BitmapPtr OverlayLayers::DrawPart(OffScreenSurface& surface, const Part& part) {
     target.buffer->Clear();
     // The part stands at the surface's lower left, where it is read from.
     const int top = part.y + part.height - surface.Height();
-    m_painter.Paint(target, part.content, part.x, top, surface.Width(), surface.Height());
+    if (!m_painter.Paint(target, part.content, part.x, top, surface.Width(), surface.Height())) {
+      return nullptr;
+    }
     onGround[ground] = surface.Read(part.width, part.height);
     if (!onGround[ground]) return nullptr;
   }

@@ -2,11 +2,13 @@
 #include "hostkit/scene/overlay_painter.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <iterator>
 #include <utility>
 
 #include "hostkit/scene/picture_in.h"
+#include "hostkit/services/module_settings.h"
 
 namespace hostkit {
 namespace {
@@ -41,9 +43,15 @@ void FillPixelView(int width, int height, RenderInfo* info) {
 // Pictures are cut into textures of this side. Larger ones the renderer may compress or halve.
 constexpr int kTileSide = 512;
 
-// The renderer's textures have sides of multiples of four, to which it would scale a picture.
-int PaddedSide(int side) {
-  return (side + 3) / 4 * 4;
+// The renderer scales pictures to textures with sides of multiples of four, or of powers of two.
+// One that has such a side is shown pixel for pixel.
+int TextureSide(int side) {
+  constexpr int kMultiple = 4;
+  const ModuleSetting* setting = FindModuleSetting("Textures Powerof2");
+  if (setting && (ReadModuleSetting(*setting).value & 1) != 0) {
+    return static_cast<int>(std::bit_ceil(static_cast<unsigned>(side)));
+  }
+  return (side + kMultiple - 1) / kMultiple * kMultiple;
 }
 
 // A part of the picture's "Color" buffer, clear beyond its `width` x `height` pixels; null without
@@ -52,7 +60,7 @@ BitmapPtr CutOut(const HBitmapNode& picture, int left, int top, int width, int h
   const HBitmapBuffer* colors = picture.FindBuffer("Color");
   if (!colors || !colors->Data() || colors->Type() != HBitmapBuffer::kByteChannel) return nullptr;
   const int channels = std::min(colors->Channels(), 4);
-  const int paddedWidth = PaddedSide(width), paddedHeight = PaddedSide(height);
+  const int paddedWidth = TextureSide(width), paddedHeight = TextureSide(height);
   std::vector<unsigned char> rgba(static_cast<std::size_t>(paddedWidth) * paddedHeight * 4, 0);
   for (int y = 0; y < height; ++y) {
     const auto* from = static_cast<const unsigned char*>(colors->Data()) +
@@ -69,44 +77,47 @@ BitmapPtr CutOut(const HBitmapNode& picture, int left, int top, int width, int h
 
 }  // namespace
 
-const std::vector<OverlayPainter::Tile>& OverlayPainter::TilesOf(const OverlayPicture& picture) {
+const std::vector<OverlayPainter::Tile>* OverlayPainter::TilesOf(const OverlayPicture& picture) {
   Uploaded& uploaded = m_textures[picture.bitmap.get()];
-  if (uploaded.bitmap) return uploaded.tiles;
-  uploaded.bitmap = picture.bitmap;
+  if (uploaded.bitmap) return &uploaded.tiles;
+  uploaded.tiles.clear();
   const int width = picture.bitmap->GetWidth(), height = picture.bitmap->GetHeight();
   for (int y = 0; y < height; y += kTileSide) {
     for (int x = 0; x < width; x += kTileSide) {
       Tile tile{x, y, std::min(kTileSide, width - x), std::min(kTileSide, height - y), {}, {}};
       const BitmapPtr part = CutOut(*picture.bitmap, x, y, tile.width, tile.height);
       tile.texture.reset(part ? m_driver->CreateTexture() : nullptr);
-      if (!tile.texture) continue;
       // Not as surfaces have it: anisotropic filtering on llvmpipe of Mesa 22.3 blurs pictures that
       // are drawn pixel for pixel, and mixes opposite edges (Frames.OverlaysStandPixelForPixel).
-      tile.texture->MakeGATextureForShader(part.get());
+      if (!tile.texture || !tile.texture->MakeGATextureForShader(part.get())) return nullptr;
       tile.extent = {static_cast<float>(tile.width) / static_cast<float>(part->GetWidth()),
                      static_cast<float>(tile.height) / static_cast<float>(part->GetHeight())};
       uploaded.tiles.push_back(std::move(tile));
     }
   }
-  return uploaded.tiles;
+  uploaded.bitmap = picture.bitmap;
+  return &uploaded.tiles;
 }
 
-void OverlayPainter::Blit(GABuffer& buffer, const OverlayPicture& picture, int left, int top) {
-  for (const Tile& tile : TilesOf(picture)) {
+bool OverlayPainter::Blit(GABuffer& buffer, const OverlayPicture& picture, int left, int top) {
+  const std::vector<Tile>* tiles = TilesOf(picture);
+  if (!tiles) return false;
+  for (const Tile& tile : *tiles) {
     const int x = picture.x + tile.x - left, y = picture.y + tile.y - top;
     const CRect rect(x, y, x + tile.width, y + tile.height);
     buffer.TransparentBlit(tile.texture.get(), rect, kNear, tile.extent, picture.alpha);
   }
+  return true;
 }
 
 // Pictures of frames before, which nobody else holds, do not stay.
 void OverlayPainter::ForgetPictures() {
   for (auto it = m_textures.begin(); it != m_textures.end();) {
-    it = it->second.bitmap.use_count() == 1 ? m_textures.erase(it) : std::next(it);
+    it = it->second.bitmap.use_count() <= 1 ? m_textures.erase(it) : std::next(it);
   }
 }
 
-void OverlayPainter::Paint(const PaintTarget& target, const FrameSettings& settings, int left,
+bool OverlayPainter::Paint(const PaintTarget& target, const FrameSettings& settings, int left,
                            int top, int width, int height) {
   GABuffer& buffer = *target.buffer;
   FillPixelView(width, height, target.info);
@@ -118,8 +129,9 @@ void OverlayPainter::Paint(const PaintTarget& target, const FrameSettings& setti
   target.list->SetDepthFunc(kNormalBlending);
   target.list->SetDepthFunc(kLightingOff);
   buffer.SetProjection(1);
+  bool good = true;
   for (const OverlayPicture& picture : settings.overlays) {
-    Blit(buffer, picture, left, top);
+    good = Blit(buffer, picture, left, top) && good;
   }
   for (const TextNote& note : settings.texts) {
     GAColor color;
@@ -127,6 +139,7 @@ void OverlayPainter::Paint(const PaintTarget& target, const FrameSettings& setti
     buffer.TextOutA(note.x - left, note.y - top, note.text.c_str(), color, 0);
   }
   target.list->EndInstructions();
+  return good;
 }
 
 // The renderer makes fonts with the contexts of windows, and all contexts share them.

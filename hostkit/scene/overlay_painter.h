@@ -30,8 +30,9 @@ class OverlayPainter {
   /// Draws all of them, the overlays first, on a surface of `width` x `height` pixels whose top
   /// left is (`left`, `top`) of the frame. Over what is there, whatever its depth. The target's
   /// record is left with a view of the surface's pixels. Text needs a buffer on a window, or
-  /// MakeFonts; what begins left of the surface or ends above or below it is left out.
-  void Paint(const PaintTarget& target, const FrameSettings& settings, int left, int top, int width,
+  /// MakeFonts; what begins left of the surface or ends above or below it is left out. False when
+  /// memory ran out for a picture, which is then missing.
+  bool Paint(const PaintTarget& target, const FrameSettings& settings, int left, int top, int width,
              int height);
 
   /// Makes the fonts for buffers that are not on a window; once is enough.
@@ -45,12 +46,13 @@ class OverlayPainter {
     std::unique_ptr<GATexture> texture;
   };
   struct Uploaded {
-    std::shared_ptr<HBitmapNode> bitmap;  // keeps the address from being used again
+    // Keeps the address from being used again. Null while not all tiles are there.
+    std::shared_ptr<HBitmapNode> bitmap;
     std::vector<Tile> tiles;
   };
-  // To be called with a context current.
-  const std::vector<Tile>& TilesOf(const OverlayPicture& picture);
-  void Blit(GABuffer& buffer, const OverlayPicture& picture, int left, int top);
+  // To be called with a context current. Null without memory.
+  const std::vector<Tile>* TilesOf(const OverlayPicture& picture);
+  bool Blit(GABuffer& buffer, const OverlayPicture& picture, int left, int top);
   void ForgetPictures();
 
   GADriver* m_driver;

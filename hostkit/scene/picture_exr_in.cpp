@@ -30,8 +30,6 @@ namespace {
 constexpr int kLargestSide = 32768;
 constexpr long long kMostPixels = 1LL << 28;
 constexpr int kLargestTile = 2048;  // pixels a side; each is decoded in memory
-// A colour of 1 that was multiplied by alpha and rounded can come back this much larger.
-constexpr float kOne = 1 + 1.0f / 512;
 
 /// OpenEXR's input from memory.
 class MemoryStream : public Imf::IStream {
@@ -54,11 +52,6 @@ class MemoryStream : public Imf::IStream {
   std::size_t m_size;
   std::uint64_t m_at = 0;
 };
-
-/// Scene-linear light as sRGB encodes it (IEC 61966-2-1).
-float EncodeSrgb(float linear) {
-  return linear <= 0.0031308f ? 12.92f * linear : 1.055f * std::pow(linear, 1 / 2.4f) - 0.055f;
-}
 
 /// A byte for every half float.
 using ByteTable = std::array<unsigned char, 65536>;
@@ -102,7 +95,7 @@ bool ToStraight(const Imf::Rgba& pixel, const ByteTable& table, unsigned char* t
     half color = colors[c];
     // Light without coverage (a flame, a glow) has no straight colour, and is kept as it is.
     if (to[3] != 0 && to[3] != 255) color = half(static_cast<float>(color) / alpha);
-    clipped |= color > kOne;
+    clipped |= color > kOneAfterDivision;
     to[c] = table[color.bits()];
   }
   return clipped;
@@ -152,6 +145,11 @@ BitmapPtr Read(MemoryStream& stream, PictureFacts* facts, std::string* reason) {
 
 }  // namespace
 
+void LimitExrSizes() {
+  Imf::Header::setMaxImageSize(kLargestSide, kLargestSide);
+  Imf::Header::setMaxTileSize(kLargestTile, kLargestTile);
+}
+
 bool IsExr(const unsigned char* bytes, std::size_t size) {
   return size >= 4 && Imf::isImfMagic(reinterpret_cast<const char*>(bytes));
 }
@@ -162,9 +160,7 @@ BitmapPtr LoadExr(const unsigned char* bytes, std::size_t size, PictureFacts* fa
     *reason = "the picture's header is broken; write it anew";
     return nullptr;
   }
-  // Of the whole process; what gl3 writes is no larger.
-  Imf::Header::setMaxImageSize(kLargestSide, kLargestSide);
-  Imf::Header::setMaxTileSize(kLargestTile, kLargestTile);
+  LimitExrSizes();
   MemoryStream stream(bytes, size);
   try {
     return Read(stream, facts, reason);

@@ -11,6 +11,10 @@ namespace hostkit {
 /// Whether a file begins as OpenEXR files do.
 bool IsExr(const unsigned char* bytes, std::size_t size);
 
+/// Makes the library, for the whole process, refuse pictures and tiles that are larger than what is
+/// read. What gl3 writes is no larger.
+void LimitExrSizes();
+
 /// The display window of an OpenEXR file as 8-bit display-referred colours with straight alpha;
 /// what lies outside the data window is transparent, or black where the file has no alpha. Files of
 /// gl3 hold display-referred values; those of others scene-linear ones, which are encoded as sRGB.

@@ -39,13 +39,19 @@ BitmapPtr Fail(std::string* error, std::string message) {
   return nullptr;
 }
 
-/// Why decoding failed. The decoder's words may quote the file, whatever bytes it has there.
-std::string DecoderReason() {
+std::string NoMemoryText(int width, int height) {
+  return fmt::format("no memory for {} x {} pixels; scale it down", width, height);
+}
+
+/// Why decoding failed, and the remedy. The decoder's words may quote the file, whatever bytes it
+/// has there.
+std::string DecodeErrorText(int width, int height) {
   std::string reason = stbi_failure_reason();
+  if (reason == "outofmem") return NoMemoryText(width, height);
   for (char& c : reason) {
     if (c < ' ' || c > '~') c = '?';
   }
-  return reason;
+  return fmt::format("the picture is broken ({}); write it anew", reason);
 }
 
 bool ReadFile(const std::string& path, std::vector<unsigned char>* bytes, std::string* error) {
@@ -70,7 +76,8 @@ bool ReadFile(const std::string& path, std::vector<unsigned char>* bytes, std::s
     return false;
   }
   if (size > INT_MAX) {
-    *error = fmt::format("{}: {} bytes are too many for a picture; the limit is 2 GiB", path, size);
+    *error = fmt::format(
+        "{}: {} bytes are too many for a picture; the limit is 2 GiB; scale it down", path, size);
     return false;
   }
   bytes->resize(size);
@@ -89,13 +96,12 @@ using DecodedBytes = std::unique_ptr<stbi_uc, decltype(&std::free)>;
 /// does it, but with a look at what is cut.
 DecodedBytes DecodeHdr(const unsigned char* bytes, int length, PictureFacts* facts) {
   int width = 0, height = 0, channels = 0;
-  const std::unique_ptr<float, decltype(&std::free)> floats(
-      stbi_loadf_from_memory(bytes, length, &width, &height, &channels, 4), &std::free);
-  const std::size_t count =
-      floats ? static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4 : 0;
-  DecodedBytes decoded(static_cast<stbi_uc*>(count ? std::malloc(count) : nullptr), &std::free);
-  for (std::size_t i = 0; decoded && i < count; ++i) {
-    const float value = floats.get()[i];
+  float* floats = stbi_loadf_from_memory(bytes, length, &width, &height, &channels, 4);
+  // Bytes take the places of the numbers that they were, or of those before.
+  DecodedBytes decoded(reinterpret_cast<stbi_uc*>(floats), &std::free);
+  const std::size_t count = floats ? static_cast<std::size_t>(width) * height * 4 : 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    const float value = floats[i];
     facts->clipped |= value > 1;
     const float shown = i % 4 == 3 ? value : std::pow(std::max(value, 0.0f), 1 / 2.2f);
     decoded.get()[i] = static_cast<stbi_uc>(std::min(shown, 1.0f) * 255 + 0.5f);
@@ -150,13 +156,10 @@ BitmapPtr LoadPictureFromMemory(const unsigned char* bytes, std::size_t size,
           : DecodedBytes(stbi_load_from_memory(bytes, length, &width, &height, &channels, 4),
                          &std::free);
   if (!pixelBytes) {
-    return Fail(
-        error, fmt::format("{}: the picture is broken ({}); write it anew", name, DecoderReason()));
+    return Fail(error, fmt::format("{}: {}", name, DecodeErrorText(width, height)));
   }
   BitmapPtr bitmap = BitmapFromRgba(pixelBytes.get(), width, height);
-  if (!bitmap) {
-    return Fail(error, fmt::format("{}: no memory for {} x {} pixels", name, width, height));
-  }
+  if (!bitmap) return Fail(error, fmt::format("{}: {}", name, NoMemoryText(width, height)));
   return bitmap;
 }
 

@@ -19,6 +19,9 @@
 
 #include <jpeglib.h>  // needs cstdio before it
 
+#include "hostkit/scene/picture_exr_in.h"
+#include "hostkit/scene/picture_guards.h"
+
 namespace hostkit {
 namespace {
 
@@ -63,7 +66,17 @@ bool ReadPng(std::FILE* file, Recipe* recipe) {
   return isRead;
 }
 
-bool ReadExr(const std::string& path, Recipe* recipe) {
+/// Whether the headers are as long as they say; the library makes room before it looks.
+bool IsExrSound(std::FILE* file) {
+  constexpr std::size_t kLongestHead = 1 << 24;  // bytes
+  std::string head(kLongestHead, '\0');
+  head.resize(std::fread(head.data(), 1, head.size(), file));
+  return AreExrHeadersWhole(head);
+}
+
+bool ReadExr(std::FILE* opened, const std::string& path, Recipe* recipe) {
+  if (!IsExrSound(opened)) return false;
+  LimitExrSizes();
   try {
     const Imf::InputFile file(path.c_str(), 0);
     const Imf::Header& header = file.header();
@@ -159,7 +172,7 @@ bool ReadRecipe(const std::string& path, Recipe* recipe, std::string* error) {
   if (BeginsWith(magic, "\x89PNG")) {
     isRead = ReadPng(file.get(), recipe);
   } else if (BeginsWith(magic, "\x76\x2f\x31\x01")) {
-    isRead = ReadExr(path, recipe);
+    isRead = ReadExr(file.get(), path, recipe);
   } else if (BeginsWith(magic, "\xff\xd8\xff")) {
     isRead = ReadJpeg(file.get(), recipe);
   } else {

@@ -1,23 +1,14 @@
 // What is seen at which pixel, and how far away it is.
 #include "hostkit/scene/seen_surfaces.h"
 
-#include <Imath/half.h>
-
 #include <algorithm>
 #include <cstddef>
 
+#include "hostkit/services/half_bytes.h"
+
 namespace hostkit {
-namespace {
 
 using Imath::V3f;
-
-std::uint32_t ByteOf(std::uint16_t bits) {
-  half value;
-  value.setBits(bits);
-  return static_cast<std::uint32_t>(static_cast<float>(value) * 255 + 0.5f);
-}
-
-}  // namespace
 
 std::uint32_t SeenSurfaces::Add(const Plane& plane) {
   m_planes.push_back(plane);
@@ -56,13 +47,14 @@ float SeenSurfaces::DepthAt(const Plane& plane, float x, float y, const RenderIn
 
 void SeenSurfaces::FillDepths(const HBitmapBuffer& ids, const RenderInfo& info,
                               const PixelWindow& window, float scale, HBitmapBuffer* depths) const {
+  const auto& bytes = HalfToByte();
   for (int y = 0; y < window.height; ++y) {
     const auto* id = static_cast<const std::uint16_t*>(ids.Data()) +
                      static_cast<std::ptrdiff_t>(y) * ids.RowStep();
     float* depth = static_cast<float*>(depths->Data()) +
                    static_cast<std::ptrdiff_t>(window.y + y) * depths->RowStep() + window.x;
     for (int x = 0; x < window.width; ++x, id += 4, ++depth) {
-      const std::uint32_t index = ByteOf(id[2]) << 16 | ByteOf(id[1]) << 8 | ByteOf(id[0]);
+      const std::size_t index = bytes[id[2]] << 16 | bytes[id[1]] << 8 | bytes[id[0]];
       *depth = kNothingSeen;
       if (index == 0 || index > m_planes.size()) continue;
       *depth =

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <numbers>
 
+#include "hostkit/services/half_bytes.h"
+
 namespace hostkit {
 namespace {
 
@@ -21,11 +23,6 @@ V3f Mul(const V3f& a, const V3f& b) {
 }
 V3f ToV3f(const AnimatableColor& c) {
   return {c.red.Current(), c.green.Current(), c.blue.Current()};
-}
-
-unsigned char ToByte(float value) {
-  if (!(value > 0)) return 0;
-  return static_cast<unsigned char>(std::min(value, 1.0f) * 255.0f + 0.5f);
 }
 
 // Placement of a host light, rows of four; without the translation for directions.

@@ -2,9 +2,10 @@
 #include "hostkit/services/atomic_file.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <filesystem>
@@ -12,8 +13,26 @@
 #include <utility>
 
 namespace hostkit {
+namespace {
 
 namespace fs = std::filesystem;
+
+/// The file in `folder` has no name yet. -1 where there are no such files, or where they could not
+/// be named later.
+int OpenNameless(const fs::path& folder) {
+  if (access("/proc/self/fd", X_OK) != 0) return -1;
+  return open(folder.empty() ? "." : folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
+}
+
+std::string TempPath(const std::string& path, AtomicFile::TempName name) {
+  static std::atomic<unsigned> counter{0};
+  if (name == AtomicFile::TempName::kFixed) return path + ".tmp";
+  const std::string unique =
+      ".gl3-" + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".part";
+  return (fs::path(path).parent_path() / unique).string();
+}
+
+}  // namespace
 
 std::string FollowLinks(const std::string& path) {
   constexpr int kMaxLinks = 40;  // as many as the system follows
@@ -29,59 +48,58 @@ std::string FollowLinks(const std::string& path) {
 
 bool AtomicFile::Open(const std::string& path, TempName tempName) {
   Discard();
+  m_tempName = tempName;
   struct stat target {};
-  // An open file without a name, by its place in /proc: its link leads nowhere.
-  if (stat(path.c_str(), &target) == 0 && S_ISREG(target.st_mode) && target.st_nlink == 0) {
-    m_file = std::fopen(path.c_str(), "we");
-    return m_file != nullptr;
-  }
-  m_path = FollowLinks(path);
-  const bool exists = stat(m_path.c_str(), &target) == 0;
+  const bool exists = stat(path.c_str(), &target) == 0;
+  if (!exists && errno != ENOENT) return false;
   if (exists && S_ISDIR(target.st_mode)) {
     errno = EISDIR;
     return false;
   }
-  if (exists && !S_ISREG(target.st_mode)) {
-    m_file = std::fopen(m_path.c_str(), "we");
-    return m_file != nullptr;
-  }
   // A file that its owner has closed to writing stays as it is, though its folder is open.
-  if (exists && faccessat(AT_FDCWD, m_path.c_str(), W_OK, AT_EACCESS) != 0) return false;
-  if (!OpenTemporary(tempName)) return false;
-  if (!exists) return true;
-  // Permissions first: a change of owner may be forbidden, and then the file becomes the writer's.
-  if (fchmod(fileno(m_file), target.st_mode & 07777) != 0 ||
-      (target.st_uid != geteuid() && fchown(fileno(m_file), target.st_uid, target.st_gid) != 0 &&
-       errno != EPERM)) {
-    const int reason = errno;
-    Discard();
-    errno = reason;
-    return false;
-  }
-  return true;
+  if (exists && faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) return false;
+  // Pipes and deleted files that are open already have paths in /proc, whose links lead nowhere.
+  m_isDevice = exists && (!S_ISREG(target.st_mode) || target.st_nlink == 0);
+  m_path = m_isDevice ? path : FollowLinks(path);
+  if (OpenTemporary() && (!exists || m_isDevice || KeepPermissions(target))) return true;
+  const int reason = errno;
+  Discard();
+  errno = reason;
+  return false;
 }
 
-bool AtomicFile::OpenTemporary(TempName tempName) {
-  static std::atomic<unsigned> counter{0};
-  constexpr int kMaxTries = 100;
-  for (int i = 0; i < kMaxTries; ++i) {
-    m_tempPath = m_path + ".tmp";
-    if (tempName == TempName::kFixed) {
-      unlink(m_tempPath.c_str());
-    } else {
-      m_tempPath += std::to_string(getpid()) + "-" + std::to_string(counter++);
-    }
-    const int file = open(m_tempPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (file < 0 && errno == EEXIST) continue;
-    if (file >= 0) m_file = fdopen(file, "w");
-    if (file >= 0 && !m_file) {
-      close(file);
-      unlink(m_tempPath.c_str());
-    }
-    break;
-  }
-  if (!m_file) m_tempPath.clear();
+bool AtomicFile::OpenTemporary() {
+  int file =
+      m_isDevice ? memfd_create("gl3", MFD_CLOEXEC) : OpenNameless(fs::path(m_path).parent_path());
+  const auto create = [&file](const char* name) {
+    file = open(name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    return file >= 0;
+  };
+  if (file < 0 && (m_isDevice || !TakeTempName(create))) return false;
+  m_file = fdopen(file, "w+");
+  if (!m_file) close(file);
   return m_file != nullptr;
+}
+
+/// Looks for a name that `take` can give to the temporary file; false with errno when there is
+/// none.
+bool AtomicFile::TakeTempName(const std::function<bool(const char*)>& take) {
+  constexpr int kMaxTries = 10000;  // files that killed processes of the same id left
+  for (int i = 0; i < kMaxTries; ++i) {
+    m_tempPath = TempPath(m_path, m_tempName);
+    if (m_tempName == TempName::kFixed) unlink(m_tempPath.c_str());
+    if (take(m_tempPath.c_str())) return true;
+    if (errno != EEXIST) break;
+  }
+  m_tempPath.clear();
+  return false;
+}
+
+bool AtomicFile::KeepPermissions(const struct stat& target) {
+  // Permissions first: a change of owner may be forbidden, and then the file becomes the writer's.
+  return fchmod(fileno(m_file), target.st_mode & 07777) == 0 &&
+         (target.st_uid == geteuid() || fchown(fileno(m_file), target.st_uid, target.st_gid) == 0 ||
+          errno == EPERM);
 }
 
 void AtomicFile::Write(std::string_view text) {
@@ -89,23 +107,48 @@ void AtomicFile::Write(std::string_view text) {
   if (m_file) std::fwrite(text.data(), 1, text.size(), m_file);
 }
 
-bool AtomicFile::Commit() {
+bool AtomicFile::Commit(Sync sync) {
   if (!m_file) {
     errno = EBADF;
     return false;
   }
   errno = 0;
   bool good = std::fflush(m_file) == 0 && !std::ferror(m_file);
-  if (good && !m_tempPath.empty()) good = fsync(fileno(m_file)) == 0;
-  good = std::fclose(std::exchange(m_file, nullptr)) == 0 && good;
-  if (good && !m_tempPath.empty()) {
-    good = std::rename(m_tempPath.c_str(), m_path.c_str()) == 0;
-    if (good) m_tempPath.clear();
-  }
+  good = good && (m_isDevice ? CopyToDevice() : PutInPlace(sync));
   const int reason = errno ? errno : EIO;
   Discard();
   if (!good) errno = reason;
   return good;
+}
+
+bool AtomicFile::PutInPlace(Sync sync) {
+  if (sync == Sync::kDisk && fsync(fileno(m_file)) != 0) return false;
+  const std::string nameless = "/proc/self/fd/" + std::to_string(fileno(m_file));
+  const auto link = [&nameless](const char* name) {
+    return linkat(AT_FDCWD, nameless.c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW) == 0;
+  };
+  if (m_tempPath.empty() && !TakeTempName(link)) return false;
+  if (std::fclose(std::exchange(m_file, nullptr)) != 0) return false;  // a full network disk, say
+  if (std::rename(m_tempPath.c_str(), m_path.c_str()) != 0) return false;
+  m_tempPath.clear();
+  return true;
+}
+
+bool AtomicFile::CopyToDevice() {
+  std::FILE* device = std::fopen(m_path.c_str(), "we");
+  if (!device) return false;
+  std::rewind(m_file);
+  std::array<char, 1 << 15> block;
+  std::size_t count = 0;
+  bool good = true;
+  while (good && (count = std::fread(block.data(), 1, block.size(), m_file)) > 0) {
+    good = std::fwrite(block.data(), 1, count, device) == count;
+  }
+  good = good && !std::ferror(m_file);
+  const int reason = errno;
+  const bool closed = std::fclose(device) == 0;
+  if (!good) errno = reason;
+  return good && closed;
 }
 
 void AtomicFile::Discard() {

@@ -30,7 +30,9 @@ std::string WhyNotWritable(const std::string& path) {
   struct stat status {};
   if (stat(path.c_str(), &status) == 0) {
     if (!S_ISREG(status.st_mode)) return "it is not a regular file";
-    if (faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) != 0) return std::strerror(errno);
+    if (faccessat(AT_FDCWD, path.c_str(), R_OK | W_OK, AT_EACCESS) != 0) {
+      return std::strerror(errno);
+    }
   }
   // The file is replaced as a whole, so it is the folder that counts; a missing one is made.
   std::error_code error;

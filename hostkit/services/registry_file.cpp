@@ -294,8 +294,9 @@ bool ChangeRegistryFile(const std::string& path, const std::string& section, con
   const std::string place = FollowLinks(path);
   struct stat status {};
   if (stat(place.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-    errno = EINVAL;
-    *error = CannotRead(path);
+    *error = fmt::format(
+        "{}: cannot store the setting: it is not a regular file; name another file in GL3_REGISTRY",
+        path);
     return false;
   }
   std::error_code ignored;  // a folder that is missing still shows in the lock

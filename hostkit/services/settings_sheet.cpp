@@ -91,12 +91,6 @@ std::string SaveReport(GADriver& driver) {
                      script.Error().empty() ? "its dialogs ended early" : script.Error());
 }
 
-DriverReport ReadDriversReport(GADriver* driver, std::string* error) {
-  if (driver) return ReadDriverReport(*driver, error);
-  if (error) *error = "cannot read the driver's report: there is no driver; load a module first";
-  return {};
-}
-
 }  // namespace
 
 SettingsSheet::SettingsSheet(GADriver& driver, int reduced)
@@ -132,11 +126,9 @@ DriverReport ReadDriverReport(GADriver& driver, std::string* error) {
 }
 
 std::string ExtendedReport(GADriver* driver, std::string* error) {
-  return ReadDriversReport(driver, error).extended;
-}
-
-std::vector<std::string> ListedExtensions(GADriver* driver, std::string* error) {
-  return ReadDriversReport(driver, error).extensions;
+  if (driver) return ReadDriverReport(*driver, error).extended;
+  if (error) *error = "cannot read the driver's report: there is no driver; load a module first";
+  return {};
 }
 
 }  // namespace hostkit

@@ -46,8 +46,7 @@ struct DriverReport {
 /// null) says what went wrong and what to do.
 DriverReport ReadDriverReport(GADriver& driver, std::string* error);
 
-/// Parts of it; a null driver is a failure.
+/// Its first part; a null driver is a failure.
 std::string ExtendedReport(GADriver* driver, std::string* error);
-std::vector<std::string> ListedExtensions(GADriver* driver, std::string* error);
 
 }  // namespace hostkit

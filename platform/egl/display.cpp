@@ -144,7 +144,8 @@ std::string TryPlatform(EGLenum name, const char* text, const char* extension,
   }
   if (wish.kind == DeviceKind::kNumber) {
     return std::string("the ") + text +
-           " platform takes no device number; leave GL3_PLATFORM out or set it to device";
+           " platform takes no device number; set GL3_DEVICE to auto, cpu or gpu, or leave "
+           "GL3_PLATFORM out";
   }
   // Read by Mesa when the display starts; there is no other way to ask it for software here.
   if (wish.kind == DeviceKind::kCpu) setenv("LIBGL_ALWAYS_SOFTWARE", "1", 1);
@@ -157,7 +158,7 @@ std::string TryPlatform(EGLenum name, const char* text, const char* extension,
     Close(display);
     return std::string("GL3_DEVICE=") + (software ? "gpu" : "cpu") + ": the " + text +
            " platform draws on the " + (software ? "processor" : "graphics processor") +
-           " here; set GL3_DEVICE to auto or leave GL3_PLATFORM out";
+           " here; set GL3_DEVICE to auto, or leave GL3_PLATFORM out";
   }
   display.report.reason = std::string("chose the ") + text + " platform";
   return "";

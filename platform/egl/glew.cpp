@@ -6,7 +6,7 @@
 namespace {
 
 /// Whether each GL version up to the context's has its entry points. One stands for all of a
-/// version, since GLEW loads them together.
+/// version, since GLEW loads them together; 4.1 to 4.4 have none there but those of extensions.
 bool HasEntryPoints() {
   const auto* version = reinterpret_cast<const char*>(glGetString(GL_VERSION));
   int major = 0;
@@ -21,7 +21,8 @@ bool HasEntryPoints() {
       {20, glCreateProgram != nullptr},      {21, glUniformMatrix2x3fv != nullptr},
       {30, glClampColor != nullptr},         {31, glDrawElementsInstanced != nullptr},
       {32, glFramebufferTexture != nullptr}, {33, glVertexAttribDivisor != nullptr},
-      {40, glMinSampleShading != nullptr},   {46, glPolygonOffsetClamp != nullptr},
+      {40, glMinSampleShading != nullptr},   {45, glGetGraphicsResetStatus != nullptr},
+      {46, glSpecializeShader != nullptr},
   };
   for (const auto& entry : entries) {
     if (entry.version <= major * 10 + minor && !entry.loaded) return false;

@@ -70,7 +70,7 @@ TEST(DisplayDeathTest, SaysWhatIsWrongWithTheEnvironment) {
       {nullptr, "99", "^\\[\\].*GL3_DEVICE=99: there is no such device; 0 to"},
       {"beos", nullptr, "^\\[\\].*GL3_PLATFORM=beos is not device, surfaceless or x11"},
       {"x11", nullptr, "^\\[\\].*need an X server, and DISPLAY is not set"},
-      {"surfaceless", "1", "^\\[\\].*takes no device number"},
+      {"surfaceless", "1", "^\\[\\].*takes no device number; set GL3_DEVICE to auto"},
   };
   for (const Case& wish : failing) {
     EXPECT_EXIT(Report(wish), testing::ExitedWithCode(4), wish.expected);

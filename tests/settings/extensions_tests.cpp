@@ -115,7 +115,6 @@ TEST_F(ExtensionsTest, AReportThatCannotBeHadIsExplained) {
   std::string error;
   EXPECT_EQ(hostkit::ExtendedReport(Driver(), &error), "");
   EXPECT_NE(error.find("no context"), std::string::npos) << error;
-  EXPECT_TRUE(hostkit::ListedExtensions(nullptr, nullptr).empty());
 }
 
 }  // namespace

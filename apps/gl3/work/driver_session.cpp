@@ -38,25 +38,30 @@ Outcome Fail(const std::string& message) {
   return {kNoOpenGl, message};
 }
 
-/// Opens the display that the choice asks for, else the environment.
+void ReplaceAll(const std::string& old, const std::string& with, std::string* text) {
+  for (std::size_t at = 0; (at = text->find(old, at)) != std::string::npos; at += with.size()) {
+    text->replace(at, old.size(), with);
+  }
+}
+
+}  // namespace
+
 Outcome OpenDisplay(const std::string& device) {
   if (!device.empty()) setenv("GL3_DEVICE", device.c_str(), 1);
   const platform::DisplayReport& report = platform::DescribeDisplay();
   if (!report.platform.empty()) return {};
   std::string reason = report.reason.empty() ? "no display opens" : report.reason;
-  const std::string variable = "GL3_DEVICE=" + device;
-  if (!device.empty() && reason.compare(0, variable.size(), variable) == 0) {
-    reason.replace(0, variable.size(), "--device " + device);
-  } else {
-    reason = "OpenGL: " + reason;
+  // What a variable made impossible ends in what to do about it; other parts behind a semicolon
+  // are what else was tried.
+  const bool hasRemedy =
+      reason.find("; ") != std::string::npos && reason.find("GL3_") != std::string::npos;
+  if (!hasRemedy) reason += "; install libegl1 and libgl1-mesa-dri, or try another --device";
+  if (!device.empty()) {  // the variable was set for the option
+    ReplaceAll("GL3_DEVICE=", "--device ", &reason);
+    ReplaceAll("GL3_DEVICE", "--device", &reason);
   }
-  if (reason.find("; ") == std::string::npos) {
-    reason += "; install libegl1 and libgl1-mesa-dri, or try another --device";
-  }
-  return Fail(reason);
+  return Fail(reason.starts_with("--device ") ? reason : "OpenGL: " + reason);
 }
-
-}  // namespace
 
 std::unique_ptr<DriverSession> DriverSession::Start(const DeviceChoice& choice, Outcome* outcome) {
   *outcome = OpenDisplay(choice.device);

@@ -17,6 +17,11 @@ struct DeviceChoice {
   std::string module;  ///< The module's file; empty: looked for.
 };
 
+/// Opens the process's display on `device`, as --device; empty takes GL3_DEVICE, else auto. On
+/// failure kNoOpenGl and a message "reason; remedy", which speaks of --device where that was given,
+/// and starts with it or with "OpenGL: ".
+Outcome OpenDisplay(const std::string& device);
+
 /// An operational driver. What was made with it must be gone before this.
 class DriverSession {
  public:

@@ -10,6 +10,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -149,6 +150,19 @@ TEST_F(Import, CubesOfEveryFormatComeOutAlike) {
     if (std::string(suffix) == "ply" || std::string(suffix) == "stl") continue;
     EXPECT_NEAR(surface.base.red.Current(), 0.8f, 0.01f);
     EXPECT_NEAR(surface.base.green.Current(), 0.1f, 0.01f);
+  }
+}
+
+TEST_F(Import, UnnamedMaterialsKeepTheirColors) {
+  const std::string faces =
+      "mtllib m.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl DefaultMaterial\nf 1 2 3\n";
+  for (const auto& [material, red, green] :
+       {std::tuple{"Kd 1 0 0", 1.0f, 0.0f}, {"Kd 0.1 0.1 0.1", 0.1f, 0.1f}, {"Ns 1", 0.8f, 0.8f}}) {
+    Write("m.mtl", std::string("newmtl DefaultMaterial\n") + material + "\n");
+    const Scene scene = Read(Write("m.obj", faces));
+    const AttrProperty& surface = scene.materials.at(scene.meshes.at(0).material).surface;
+    EXPECT_NEAR(surface.base.red.Current(), red, 1e-3f) << material;
+    EXPECT_NEAR(surface.base.green.Current(), green, 1e-3f) << material;
   }
 }
 

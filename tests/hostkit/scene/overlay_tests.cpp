@@ -9,12 +9,14 @@
 #include "hostkit/scene/frame_painter.h"
 #include "hostkit/scene/off_screen_surface.h"
 #include "hostkit/scene/picture_in.h"
+#include "hostkit/services/registry.h"
 #include "tests/hostkit/scene/frame_fixture.h"
+#include "tests/hostkit/services/heap_faults.h"
 
 namespace {
 
 // Columns of red and green, one pixel each, on a clear half: nothing survives a blur.
-std::shared_ptr<HBitmapNode> Stripes(int width, int height) {
+hostkit::BitmapPtr Stripes(int width, int height) {
   std::vector<std::uint8_t> rgba;
   for (int i = 0; i < width * height; ++i) {
     const bool isOdd = i % width % 2;
@@ -66,6 +68,23 @@ TEST_F(Frames, OverlaysStandPixelForPixel) {
         }
       }
     }
+  }
+}
+
+TEST_F(Frames, OverlaysStandPixelForPixelInTexturesOfPowersOfTwo) {
+  // The odd value counts by its lowest bit. The last one is how the driver is by itself.
+  for (const int setting : {1, 2, 0}) {
+    s_module.reset();  // a driver reads its settings when it is made
+    hostkit::OverrideRegistryValue("OpenGL3", "Textures Powerof2", setting);
+    SetUpTestSuite();
+    m_settings.overlays = {{Stripes(37, 41), 3, 4, 1}, {Stripes(3, 6), 60, 4, 1}};
+    auto picture = Render(BackWall());
+    for (int x = 0; x < 37; ++x) {
+      EXPECT_EQ(At(picture, 3 + x, 23).red, 0) << x;  // the last clear row
+      EXPECT_EQ(At(picture, 3 + x, 24).red, x % 2 == 0) << x << ", " << setting;
+      EXPECT_EQ(At(picture, 3 + x, 44).green, x % 2 == 1) << x << ", " << setting;
+    }
+    for (int x = 0; x < 3; ++x) EXPECT_EQ(At(picture, 60 + x, 9).red, x % 2 == 0) << setting;
   }
 }
 
@@ -126,4 +145,33 @@ TEST_F(Frames, OverlaysAreTheSameOnASurface) {
       ASSERT_NEAR(a.blue, b.blue, 0.01f);
     }
   }
+}
+
+// Whatever memory runs out for, there is a whole frame or an error.
+TEST_F(Frames, PicturesForWhichMemoryRunsOutAreNotLeftOut) {
+  hostkit::Scene scene;
+  scene.materials = {Material(1, 1, 1)};
+  scene.materials[0].image = 0;
+  scene.images.resize(1);
+  scene.images[0].bitmap = Stripes(8, 8);
+  Add(scene, Square(0), At(0, 0, 8));
+  m_settings.overlays = {{Stripes(80, 20), 0, 0, 1}};
+  m_settings.depth = true;
+  const hostkit::Picture whole = Render(scene);
+  int failures = 0;
+  for (int left = 0;; ++left) {
+    const HeapFault fault(left, true);
+    std::string error;
+    const auto renderer = hostkit::FrameRenderer::Create(s_module->Driver(), scene, &error);
+    hostkit::Picture picture;
+    if (renderer) picture = renderer->Render(m_settings, FrontView(), &error);
+    failures += picture.bitmap == nullptr;
+    EXPECT_EQ(picture.bitmap == nullptr, error.find("memory ran out") != std::string::npos)
+        << error;
+    for (int i = 0; picture.bitmap && i < 6400; ++i) {
+      ASSERT_EQ(At(picture, i % 80, i / 80).red, At(whole, i % 80, i / 80).red) << left;
+    }
+    if (HeapFault::left >= 0) break;  // all were given
+  }
+  EXPECT_GE(failures, 5);
 }

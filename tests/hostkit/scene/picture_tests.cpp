@@ -20,9 +20,11 @@
 #include <iterator>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "hostkit/scene/picture.h"
+#include "hostkit/scene/picture_recipe.h"
 
 namespace {
 
@@ -182,6 +184,19 @@ TEST_F(PictureFiles, ExrKeepsHalvesDepthAndWindows) {
   }
 }
 
+TEST_F(PictureFiles, RecipesOfBrokenExrFilesAreNotRead) {
+  ASSERT_TRUE(Write(Path("a.exr"), MakePicture(true))) << m_error;
+  hostkit::Recipe recipe;
+  EXPECT_TRUE(hostkit::ReadRecipe(Path("a.exr"), &recipe, &m_error)) << m_error;
+  std::string bytes = ReadAll(Path("a.exr"));
+  const std::string type("float\0", 6);
+  bytes[bytes.find(type) + type.size()] = 3;  // a byte short, and the next name a byte long
+  bytes.insert(bytes.find(type) + type.size() + 8, "\x01");
+  std::ofstream(Path("b.exr"), std::ios::binary) << bytes;
+  EXPECT_FALSE(hostkit::ReadRecipe(Path("b.exr"), &recipe, &m_error));
+  EXPECT_NE(m_error.find("the picture is broken"), std::string::npos) << m_error;
+}
+
 TEST_F(PictureFiles, JpegHoldsPixelsAndRecipe) {
   ASSERT_TRUE(Write(Path("a.jpg"), MakePicture(true, 64, 64))) << m_error;
   std::string bytes = ReadAll(Path("a.jpg"));
@@ -236,9 +251,10 @@ TEST_F(PictureFiles, AFileThatCannotBeFinishedLeavesTheOldOne) {
   EXPECT_EQ(FileCount(), 3);
 }
 
-TEST_F(PictureFiles, LinksAreFollowedAndTheUmaskHolds) {
+TEST_F(PictureFiles, LinksAreFollowedAndPermissionsKept) {
   fs::create_directory(m_folder / "sub");
   std::ofstream(Path("sub/old.png")) << "old";
+  ::chmod(Path("sub/old.png").c_str(), 0604);
   fs::create_symlink("sub/old.png", m_folder / "link.png");
   fs::create_symlink("sub/new.png", m_folder / "dangling.png");
   mode_t mask = ::umask(027);
@@ -246,8 +262,29 @@ TEST_F(PictureFiles, LinksAreFollowedAndTheUmaskHolds) {
   EXPECT_TRUE(Write(Path("dangling.png"), MakePicture(false))) << m_error;
   ::umask(mask);
   for (const char* name : {"link.png", "dangling.png"}) EXPECT_TRUE(fs::is_symlink(Path(name)));
-  for (const char* name : {"sub/old.png", "sub/new.png"}) {
+  for (const auto& [name, mode] : {std::pair{"sub/old.png", 0604}, {"sub/new.png", 0640}}) {
     EXPECT_EQ(ReadPng(Path(name)).channels, 3) << name;
-    EXPECT_EQ(static_cast<int>(fs::status(Path(name)).permissions()), 0640) << name;
+    EXPECT_EQ(static_cast<int>(fs::status(Path(name)).permissions()), mode) << name;
   }
+}
+
+// As through /dev/stdout.
+TEST_F(PictureFiles, OpenPipesAndDeletedFilesGetTheBytes) {
+  ASSERT_TRUE(Write(Path("a.png"), MakePicture(true))) << m_error;
+  const std::string whole = ReadAll(Path("a.png"));
+  int ends[2];
+  ASSERT_EQ(::pipe(ends), 0);
+  std::FILE* deleted = std::tmpfile();
+  for (const auto& [to, from] : {std::pair{ends[1], ends[0]}, {fileno(deleted), fileno(deleted)}}) {
+    fs::create_symlink(fmt::format("/proc/self/fd/{}", to), m_folder / "open.png");
+    EXPECT_TRUE(Write(Path("open.png"), MakePicture(true))) << m_error;
+    fs::remove(m_folder / "open.png");
+    std::string bytes(whole.size() + 1, '\0');
+    bytes.resize(static_cast<std::size_t>(::read(from, bytes.data(), bytes.size())));
+    EXPECT_EQ(bytes, whole);
+  }
+  EXPECT_EQ(FileCount(), 1);
+  ::close(ends[0]);
+  ::close(ends[1]);
+  std::fclose(deleted);
 }

@@ -1,6 +1,7 @@
 // What stands around a model: fog, the grid on the ground, and how far away things are.
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "host/GABuffer.h"
 #include "host/GADriver.h"
@@ -83,6 +84,14 @@ TEST_F(Frames, TheGridLiesUnderTheModel) {
   EXPECT_FLOAT_EQ(hostkit::GridSpacingFor(480), 20);
   EXPECT_FLOAT_EQ(hostkit::GridSpacingFor(9), 0.5f);
   EXPECT_FLOAT_EQ(hostkit::GridSpacingFor(0), 1);
+  // Far from the middle of the world: where steps are lost on floats, and on doubles, too.
+  for (const auto& [place, spacing] : {std::pair{20000.0f, 0.001f}, {3e7f, 0.0f}, {1e20f, 0.5f}}) {
+    const V3f corner(place, 0, place);
+    hostkit::GridLines lines;
+    lines.Build({true, spacing}, {corner, corner + V3f(1)});
+    const bool any = lines.Reach(FrontView()).farDistance > FrontView().farDistance;
+    EXPECT_EQ(any, place < 1e20f) << place;
+  }
 
   hostkit::Scene scene;
   scene.materials = {Material(0, 1, 0)};

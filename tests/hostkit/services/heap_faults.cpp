@@ -10,9 +10,14 @@
 
 namespace {
 
+/// Whether a request is to fail; counts it.
+bool Fails() {
+  const bool fails = HeapFault::left == 0;
+  if (HeapFault::left > 0 || (fails && HeapFault::isOnce)) --HeapFault::left;
+  return fails;
+}
+
 void* Forward(const char* symbol, std::size_t size) {
-  if (HeapFault::left == 0) return nullptr;
-  if (HeapFault::left > 0) --HeapFault::left;
   using Alloc = void* (*)(std::size_t);
   return reinterpret_cast<Alloc>(dlsym(RTLD_NEXT, symbol))(size);
 }
@@ -20,13 +25,13 @@ void* Forward(const char* symbol, std::size_t size) {
 }  // namespace
 
 void* AllocString(std::size_t size) {
-  return Forward("_Z11AllocStringm", size);
+  return !HeapFault::isOnce && Fails() ? nullptr : Forward("_Z11AllocStringm", size);
 }
 void* AllocExt(std::size_t size) {
-  return Forward("_Z8AllocExtm", size);
+  return Fails() ? nullptr : Forward("_Z8AllocExtm", size);
 }
 void* hostkit::AllocExtPicture(std::size_t size) {
-  return Forward("_ZN7hostkit15AllocExtPictureEm", size);
+  return Fails() ? nullptr : Forward("_ZN7hostkit15AllocExtPictureEm", size);
 }
 
 // The address sanitizer ends the program over a request that malloc only refuses.

@@ -16,6 +16,7 @@
 
 #include "host/Services.h"
 #include "host/String.h"
+#include "hostkit/services/module_settings.h"
 #include "hostkit/services/registry.h"
 #include "tests/hostkit/services/temp_folder.h"
 
@@ -201,14 +202,25 @@ TEST_F(Registry, LeavesWhatItMayNotWriteAlone) {
   EXPECT_EQ(m_folder.Read("registry.ini"), "garbage");
   EXPECT_EQ(m_folder.Count(), 1);
 
-  for (const std::string& place : {m_folder.Path("registry.ini/x.ini"), m_folder.Path("")}) {
+  for (const std::string& place :
+       {m_folder.Path("registry.ini/x.ini"), m_folder.Path(""), std::string("/dev/null")}) {
     setenv("GL3_REGISTRY", place.c_str(), 1);
     hostkit::ReloadRegistry();
     Set("A", 2);
-    EXPECT_NE(hostkit::RegistryError().find(place), std::string::npos);
+    EXPECT_EQ(hostkit::RegistryError().find(place + ": cannot store"), 0u);
     EXPECT_EQ(Get("A"), kMissing);
+    EXPECT_FALSE(hostkit::FindSettingsPlace().writable);
   }
   EXPECT_EQ(m_folder.Count(), 1);
+
+  // A file that is closed to writing in an open folder.
+  setenv("GL3_REGISTRY", m_folder.Path("registry.ini").c_str(), 1);
+  fs::permissions(m_folder.Path("registry.ini"), fs::perms(0444));
+  fs::permissions(m_folder.Path(""), fs::perms(0777));
+  const uid_t user = geteuid();
+  ASSERT_EQ(seteuid(user == 0 ? 65534 : user), 0);
+  EXPECT_FALSE(hostkit::FindSettingsPlace().writable);
+  EXPECT_EQ(seteuid(user), 0);
 }
 
 TEST_F(Registry, FindsItsPlaceInTheEnvironment) {
