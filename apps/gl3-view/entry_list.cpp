@@ -2,6 +2,7 @@
 #include "apps/gl3-view/entry_list.h"
 
 #include <QHBoxLayout>
+#include <QItemSelectionModel>
 #include <QListWidget>
 #include <QPushButton>
 #include <QSignalBlocker>
@@ -27,8 +28,9 @@ EntryList::EntryList(const QString& name, std::function<void()> changed, QWidget
   buttons->addWidget(m_add);
   buttons->addWidget(remove);
   layout->addLayout(buttons);
-  connect(m_list, &QListWidget::currentRowChanged, remove,
-          [remove](int row) { remove->setEnabled(row >= 0); });
+  // The list's own signals are blocked while it is filled, but not those of its selection.
+  connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, remove,
+          [remove](const QModelIndex& current) { remove->setEnabled(current.isValid()); });
   connect(remove, &QPushButton::clicked, this, [this] {
     delete m_list->takeItem(m_list->currentRow());
     m_changed();

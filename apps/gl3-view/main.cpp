@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 #include <QApplication>
 #include <QSettings>
+#include <clocale>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -30,19 +31,19 @@ void HandleQtMessage(QtMsgType type, const QMessageLogContext&, const QString& t
 
 /// Opens the X server's display before the toolkit does, which would end the process without one.
 bool OpenScreen(const std::string& device) {
-  if (!device.empty()) setenv("GL3_DEVICE", device.c_str(), 1);
   setenv("GL3_PLATFORM", "x11", 1);  // the user's wish is about drawing off the screen
   // The renderer draws into X windows: on other desktops, through their X server.
   setenv("QT_QPA_PLATFORM", "xcb", 1);
   // The renderer brings its own OpenGL; without Qt's, windows have the screen's plain visual.
   setenv("QT_XCB_GL_INTEGRATION", "none", 1);
   platform::UseWindows(true);
-  const platform::DisplayReport& display = platform::DescribeDisplay();
-  if (display.platform == "x11") return true;
+  const gl3::Outcome opened = gl3::OpenDisplay(device);
+  if (opened.status == gl3::kDone) return true;
   // What only concerns the variable that was set above helps nobody.
-  std::string reason = display.reason;
-  for (const char* part : {"GL3_PLATFORM=x11: ", "; leave GL3_PLATFORM out to draw off-screen",
-                           " or leave GL3_PLATFORM out"}) {
+  std::string reason = opened.message;
+  for (const char* part :
+       {"OpenGL: ", "GL3_PLATFORM=x11: ", "; leave GL3_PLATFORM out to draw off-screen",
+        ", or leave GL3_PLATFORM out"}) {
     const std::size_t at = reason.find(part);
     if (at != std::string::npos) reason.erase(at, std::strlen(part));
   }
@@ -68,6 +69,8 @@ int Run(int argc, char** argv, const ViewOptions& options) {
   QApplication::setDesktopFileName("gl3-view");
   QSettings::setDefaultFormat(QSettings::IniFormat);  // ~/.config/gl3/view.ini
   QApplication application(argc, argv);
+  // It made the user's locale the process's. Numbers of the renderer's report keep their points.
+  std::setlocale(LC_NUMERIC, "C");
 
   gl3::Outcome outcome;
   const gl3::DeviceChoice device{options.run.device, options.run.module};

@@ -194,29 +194,32 @@ void MainWindow::ApplyChoices() {
   if (good) good = m_viewport->SetOptions(options, &error);
   m_panel->ShowProblem(good ? QString() : QString::fromStdString(error));
   // The driver reads how it draws polygons when it is made.
-  if (good && DriverWishOf(options) != m_driverWish) RestartDriver();
+  if (good && DriverWishOf(options) != m_driverWish) RestartDriver(m_viewport->Options());
 }
 
-void MainWindow::RestartDriver() {
+void MainWindow::RestartDriver(const gl3::RenderOptions& asked) {
   m_viewport->SetDriver(nullptr, nullptr);
   m_session.reset();
   hostkit::ReloadRegistry();  // without what another mode asked for
-  gl3::ApplyDriverSettings(m_viewport->Options());
-  m_driverWish = DriverWishOf(m_viewport->Options());
+  gl3::ApplyDriverSettings(asked);
+  m_driverWish = DriverWishOf(asked);
   gl3::Outcome outcome;
   m_session = gl3::DriverSession::Start(m_device, &outcome);
   std::string error = outcome.message;
-  if (m_session && m_viewport->SetDriver(m_session->Driver(), &error)) return;
-  Complain(error);
+  if (!m_session || !m_viewport->SetDriver(m_session->Driver(), &error)) Complain(error);
   FillCameras();
 }
 
 void MainWindow::ShowSettings() {
+  // The page shows how its driver was made, and stores all of it. What a mode asked for is not to
+  // become a setting.
+  if (m_driverWish != 0) RestartDriver(gl3::RenderOptions());
   if (!m_session) return;
   std::string error;
   const bool stored = m_dialogs.ShowSettings(*m_session->Driver(), &error);
   if (!error.empty()) Complain(error);
-  if (stored) RestartDriver();
+  const gl3::RenderOptions seen = m_viewport->Options();
+  if (stored || DriverWishOf(seen) != m_driverWish) RestartDriver(seen);
 }
 
 void MainWindow::ShowReport() {
@@ -291,6 +294,7 @@ void MainWindow::Open(const QStringList& files) {
   m_cancel->setEnabled(true);
   m_loader.Load(files,
                 [this, files](std::unique_ptr<hostkit::Scene> scene, const std::string& error) {
+                  m_cancel->setEnabled(false);
                   statusBar()->clearMessage();
                   if (scene) {
                     Show(std::move(scene), files);

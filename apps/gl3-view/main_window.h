@@ -56,7 +56,8 @@ class MainWindow : public QMainWindow {
   void FillRecent();
   void FillCameras();
   void ApplyChoices();
-  void RestartDriver();
+  /// Makes the driver anew, with its settings and what `asked` needs beyond them.
+  void RestartDriver(const gl3::RenderOptions& asked);
   void Show(std::unique_ptr<hostkit::Scene> scene, const QStringList& files);
   void Complain(const std::string& text);
   void ShowFigures(const FrameFigures& figures);

@@ -89,7 +89,7 @@ void ModelLoader::Load(const QStringList& files, Done done) {
     Finish(nullptr,
            m_helper.toStdString() + ": the helper program does not start; install it anew");
   });
-  m_trial->start(m_helper, QStringList{"--try-import"} + files);
+  m_trial->start(m_helper, QStringList{"--try-import", "--"} + files);
 }
 
 void ModelLoader::ConcludeTrial(int code, QProcess::ExitStatus status) {

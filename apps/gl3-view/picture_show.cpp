@@ -1,13 +1,10 @@
 // Things that are drawn over the window, pixel for pixel.
 #include "apps/gl3-view/picture_show.h"
 
-#include <bit>
-#include <cstring>
 #include <memory>
 #include <utility>
 
 #include "hostkit/effects/byte_image.h"
-#include "hostkit/services/module_settings.h"
 
 namespace view {
 namespace {
@@ -16,17 +13,6 @@ namespace {
 constexpr int kDepthTestOff = 0, kDepthTestOn = 1, kNormalBlending = 3, kLightingOff = 5;
 constexpr int kControlPointSize = 4;  // half a side, in pixels
 constexpr float kMarkerDistance = 10;
-
-/// The renderer scales pictures to textures of certain sizes. One that has such a size is shown
-/// pixel for pixel; what is added to it lies beyond the window.
-int TextureSide(int side) {
-  constexpr int kMultiple = 4;
-  const hostkit::ModuleSetting* setting = hostkit::FindModuleSetting("Textures Powerof2");
-  if (setting && hostkit::ReadModuleSetting(*setting).value != 0) {
-    return static_cast<int>(std::bit_ceil(static_cast<unsigned>(side)));
-  }
-  return (side + kMultiple - 1) / kMultiple * kMultiple;
-}
 
 /// A parallel view whose units are pixels, with the origin in the middle and y up.
 hostkit::View PixelView(const WindowSurface& surface) {
@@ -40,18 +26,15 @@ hostkit::View PixelView(const WindowSurface& surface) {
 }  // namespace
 
 bool PictureShow::Take(const hostkit::Picture& picture) {
-  const hostkit::BitmapPtr bytes = hostkit::BytesFromHalves(*picture.bitmap);
+  hostkit::BitmapPtr bytes = hostkit::BytesFromHalves(*picture.bitmap);
   if (!bytes) return false;
-  const int width = bytes->GetWidth(), height = bytes->GetHeight();
-  hostkit::BitmapPtr padded = hostkit::NewByteBitmap(TextureSide(width), TextureSide(height));
-  if (!padded) return false;
-  for (int y = 0; y < height; ++y) {
-    unsigned char* const row = hostkit::ByteRow(*padded, y);
-    std::memcpy(row, hostkit::ByteRow(*bytes, y), static_cast<std::size_t>(width) * 4);
-    for (int x = 0; x < width; ++x) row[4 * x + 3] = 255;  // an opaque picture's means nothing
+  for (int y = 0; y < bytes->GetHeight(); ++y) {
+    unsigned char* const row = hostkit::ByteRow(*bytes, y);
+    // An opaque picture's means nothing.
+    for (int x = 0; x < bytes->GetWidth(); ++x) row[4 * x + 3] = 255;
   }
   m_settings.overlays.clear();
-  m_settings.overlays.push_back({std::shared_ptr<HBitmapNode>(std::move(padded)), 0, 0, 1});
+  m_settings.overlays.push_back({std::shared_ptr<HBitmapNode>(std::move(bytes)), 0, 0, 1});
   return true;
 }
 

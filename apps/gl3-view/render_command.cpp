@@ -51,7 +51,11 @@ QStringList CameraArguments(const gl3::RenderOptions& options) {
 QString RenderCommand(const QStringList& models, const QString& output,
                       const QStringList& arguments) {
   QString command = "gl3 render";
-  const QStringList words = models + QStringList{"-o", output} + arguments;
+  // A file is not to be taken for an option.
+  const auto asFile = [](const QString& file) { return file.startsWith('-') ? "./" + file : file; };
+  QStringList words;
+  for (const QString& model : models) words << asFile(model);
+  words << "-o" << asFile(output) << arguments;
   for (const QString& word : words) {
     command += ' ' + QString::fromStdString(gl3::ShellQuote(word.toStdString()));
   }

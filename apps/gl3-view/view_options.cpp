@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* kFooter = R"(
 Mouse: left button orbits, middle button (or shift and left) pans, wheel and right
-button zoom, a click selects the nearest vertex (with ctrl: one more).
+button zoom, a click selects the nearest vertex (with ctrl: one more or less).
 Keys: F fits, 1 to 7 are the standard views, P is the projection; the menus tell more.
 
 Examples:

@@ -12,7 +12,6 @@ namespace view {
 struct ViewOptions {
   std::vector<std::string> files;  ///< Models, shown as one.
   QStringList models;              ///< The same for the toolkit.
-  QStringList drawing;  ///< How to draw, as options of `gl3 render`; empty: as last time.
   gl3::RunOptions run;
   bool settings = false;   ///< Only the settings sheet is shown.
   bool tryImport = false;  ///< Only import the files, in a child.

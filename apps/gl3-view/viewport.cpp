@@ -8,6 +8,7 @@
 #include "apps/gl3/work/frame_setup.h"
 #include "host/GADriver.h"
 #include "hostkit/scene/camera.h"
+#include "hostkit/services/module_settings.h"
 
 namespace view {
 namespace {
@@ -51,6 +52,9 @@ bool Viewport::SetDriver(GADriver* driver, std::string* error) {
   m_surface.reset();
   m_driver = driver;
   if (!driver) return true;
+  // As the driver has read it, and with what a mode asked for.
+  m_driverOutlines =
+      hostkit::ReadModuleSetting(*hostkit::FindModuleSetting("Polygonmode")).value != 0;
   m_effects = std::make_unique<gl3::EffectStage>();
   if (m_model) {
     if (EnsureSurface(error)) m_scene = SceneView::Create(driver, m_model, error);
@@ -202,7 +206,7 @@ void Viewport::Tell(bool drawn, const FrameFigures& figures, const std::string& 
 /// Whether a saved picture would differ from the frame, and can be shown in its place: where the
 /// driver outlines polygons it outlines pictures, too.
 bool Viewport::CanRefine() const {
-  if (m_options.drawing.mode == hostkit::DrawMode::kDriverWireframe) return false;
+  if (m_driverOutlines) return false;
   return m_settings.samplesPerSide > 1 || !m_options.effects.calls.empty();
 }
 
@@ -266,7 +270,10 @@ void Viewport::Select(int x, int y, bool add) {
   const auto seen = std::find_if(candidates.begin(), candidates.end(),
                                  [&](const PickedVertex& vertex) { return IsSeen(vertex, view); });
   if (!add) m_selection.clear();
-  if (seen != candidates.end()) m_selection.push_back(*seen);
+  if (seen != candidates.end()) {
+    const auto isSeen = [&](const PickedVertex& vertex) { return vertex.place == seen->place; };
+    if (std::erase_if(m_selection, isSeen) == 0) m_selection.push_back(*seen);
+  }
   if (m_listener.selected) m_listener.selected(m_selection);
   update();
 }

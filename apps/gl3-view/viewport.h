@@ -32,7 +32,7 @@ struct FrameFigures {
 /// Draws when something changed, and never otherwise. While things move, a frame has one sample a
 /// pixel and no effects; at rest it becomes what a saved picture would be. Mouse: the left button
 /// orbits, the middle one (or shift with the left) pans, wheel and right button zoom, a click
-/// selects the nearest vertex, with ctrl one more.
+/// selects the nearest vertex, with ctrl one more or, where it is selected, one less.
 class Viewport : public QWidget {
  public:
   /// Called on the thread of the user interface.
@@ -51,7 +51,8 @@ class Viewport : public QWidget {
   void SetListener(Listener listener) { m_listener = std::move(listener); }
   /// Shows another model, all of it. On failure the present one stays, with one line in `*error`.
   bool SetScene(std::shared_ptr<const hostkit::Scene> scene, std::string* error);
-  const hostkit::Scene* Scene() const { return m_model.get(); }
+  /// The model, as long as it can be drawn: null without a driver that works.
+  const hostkit::Scene* Scene() const { return m_scene ? m_model.get() : nullptr; }
 
   /// How to draw; the camera in it is not used. On failure (an overlay that cannot be read) nothing
   /// changes, with one line in `*error`.
@@ -77,7 +78,8 @@ class Viewport : public QWidget {
   void SetParallel(bool parallel);
 
   /// Selects the nearest vertex that is seen near a pixel of the buffer, in place of what was
-  /// selected or, with `add`, together with it; without one nothing is selected.
+  /// selected; without one nothing is selected. With `add` the others stay, and a vertex that was
+  /// selected is no more.
   void Select(int x, int y, bool add);
   const std::vector<PickedVertex>& Selection() const { return m_selection; }
 
@@ -109,6 +111,7 @@ class Viewport : public QWidget {
   void Changed();
 
   GADriver* m_driver = nullptr;
+  bool m_driverOutlines = false;  // it draws polygons as wires
   Listener m_listener;
   gl3::RenderOptions m_options;
   hostkit::FrameSettings m_settings;  // of m_options, with the overlays' pictures

@@ -61,6 +61,11 @@ TEST(OrbitCamera, AParallelViewKeepsItsHeightAndItsDistanceFromTheModel) {
   EXPECT_GE(*OptionsOf(camera).fieldOfView, 0.1f);
 }
 
+TEST(RenderCommand, FilesThatLookLikeOptionsStayFiles) {
+  EXPECT_EQ(view::RenderCommand({"a.obj", "-b c.obj"}, "-p.png", {"--grid"}),
+            "gl3 render a.obj './-b c.obj' -o ./-p.png --grid");
+}
+
 TEST(OrbitCamera, ItsArgumentsReadBackExactly) {
   view::OrbitCamera camera = Camera();
   camera.Orbit(0.7f, 0.33f);

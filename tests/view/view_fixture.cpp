@@ -27,6 +27,13 @@ std::unique_ptr<gl3::DriverSession> StartDriver() {
   return session;
 }
 
+int DifferentPixels(const Frame& a, const Frame& b) {
+  if (a.size() != b.size()) return -1;
+  int count = 0;
+  for (std::size_t i = 0; i < a.size(); ++i) count += a[i] != b[i];
+  return count;
+}
+
 void ViewTest::SetUp() {
   QFile::remove(qEnvironmentVariable("GL3_REGISTRY"));
   QFile::remove(QSettings().fileName());
@@ -59,6 +66,14 @@ void ViewTest::TearDown() {
   EXPECT_EQ(after.pbuffers, m_before.pbuffers);
   EXPECT_EQ(after.windows, m_before.windows);
   EXPECT_EQ(after.deviceContexts, m_before.deviceContexts);
+}
+
+QAction* ViewTest::Action(const QString& text) const {
+  for (QAction* action : m_window->findChildren<QAction*>()) {
+    if (action->text() == text) return action;
+  }
+  ADD_FAILURE() << "no entry " << text.toStdString();
+  return nullptr;
 }
 
 void ViewTest::Open(const QString& file) {

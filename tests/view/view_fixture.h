@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -16,6 +17,8 @@
 
 /// Rows from the top, 0xRRGGBB.
 using Frame = std::vector<std::uint32_t>;
+/// How many pixels differ; -1 for frames of different sizes.
+int DifferentPixels(const Frame& a, const Frame& b);
 
 class ViewTest : public testing::Test {
  protected:
@@ -24,6 +27,8 @@ class ViewTest : public testing::Test {
 
   QString Path(const QString& name) const { return m_folder.filePath(name); }
   view::Viewport& View() { return m_window->View(); }
+  /// An entry of the window's menus.
+  QAction* Action(const QString& text) const;
   /// Opens a file and waits until that has worked or failed.
   void Open(const QString& file);
   /// Waits until the window shows the frame as it is at rest.

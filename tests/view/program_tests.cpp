@@ -1,0 +1,62 @@
+// The viewer's program from outside, and what needs no window.
+#include <gtest/gtest.h>
+
+#include <QProcess>
+#include <QPushButton>
+
+#include "apps/gl3-view/entry_list.h"
+#include "platform/platform.h"
+
+TEST(EntryList, TheCurrentEntryCanBeRemoved) {
+  view::EntryList list(
+      "Texts", [] {}, nullptr);
+  QPushButton* remove = nullptr;
+  for (QPushButton* button : list.findChildren<QPushButton*>()) {
+    if (button->text() == "Remove") remove = button;
+  }
+  ASSERT_NE(remove, nullptr);
+  list.SetEntries({"a"});
+  EXPECT_FALSE(remove->isEnabled());
+  list.Add("b", false);
+  ASSERT_TRUE(remove->isEnabled());
+  remove->click();
+  EXPECT_EQ(list.Entries(), QStringList{"a"});
+  EXPECT_TRUE(remove->isEnabled());  // the one before is current now
+  list.SetEntries({"c"});
+  EXPECT_FALSE(remove->isEnabled());
+}
+
+TEST(ViewProgram, ADeviceThatIsNotForWindowsIsToldWithARemedy) {
+  const bool software = platform::DescribeDisplay().software;
+  const struct {
+    const char* command;
+    const char* remedy;
+    bool fails;
+  } cases[] = {
+      {"GL3_DEVICE=0 $VIEW", "set GL3_DEVICE to auto, cpu or gpu; ", true},
+      {"$VIEW --device gpu",
+       "--device gpu: the x11 platform draws on the processor here; set "
+       "--device to auto; ",
+       software},
+  };
+  for (const auto& each : cases) {
+    if (!each.fails) continue;
+    QProcess process;
+    process.start("sh", {"-c", QString("VIEW=" GL3_BIN_DIR "/gl3-view; ") + each.command});
+    ASSERT_TRUE(process.waitForFinished(60000));
+    EXPECT_EQ(process.exitCode(), 4);
+    const QByteArray text = process.readAllStandardError();
+    EXPECT_EQ(text.count('\n'), 1) << text.data();
+    EXPECT_TRUE(text.contains(each.remedy) && !text.contains("GL3_PLATFORM")) << text.data();
+  }
+}
+
+TEST(ViewProgram, WithoutAScreenItSaysSoAndEnds) {
+  QProcess process;
+  process.start("sh", {"-c", QString("unset DISPLAY; exec ") + GL3_BIN_DIR + "/gl3-view x.obj"});
+  ASSERT_TRUE(process.waitForFinished(60000));
+  EXPECT_EQ(process.exitCode(), 4);
+  const QByteArray text = process.readAllStandardError();
+  EXPECT_EQ(text.count('\n'), 1) << text.data();
+  EXPECT_TRUE(text.startsWith("gl3-view: ") && text.contains("gl3 render")) << text.data();
+}
