@@ -51,9 +51,7 @@ Reader LineColorReader(std::optional<ColorBuf>* color) {
   return [=](const std::string& text, std::string* error) {
     float rgb[3];
     if (!ReadColor(text, rgb, error)) return false;
-    std::uint8_t bytes[3];
-    for (int c = 0; c < 3; ++c) bytes[c] = static_cast<std::uint8_t>(rgb[c] * 255 + 0.5f);
-    *color = {bytes[0], bytes[1], bytes[2], 255};
+    *color = ToBytes(rgb);
     return true;
   };
 }
@@ -146,23 +144,34 @@ void AddDrawingOptions(CLI::App& app, DrawingOptions* options) {
   AddAnnotationOptions(app, options);
 }
 
+bool HasCreases(DrawMode mode) {
+  return mode == DrawMode::kLines;
+}
+
+bool HasLineColor(DrawMode mode) {
+  return mode == DrawMode::kLines || mode == DrawMode::kWireframe;
+}
+
+bool HasOverlays(DrawMode mode) {
+  return mode != DrawMode::kDriverWireframe;
+}
+
 Outcome CheckDrawingOptions(const DrawingOptions& options) {
   const DrawMode mode = options.mode;
-  if (options.creaseDegrees && mode != DrawMode::kLines) {
+  if (options.creaseDegrees && !HasCreases(mode)) {
     return {kWrongUsage, "--crease: only lines have creases; add --mode lines"};
   }
-  if (options.lineColor && mode != DrawMode::kLines && mode != DrawMode::kWireframe) {
+  if (options.lineColor && !HasLineColor(mode)) {
     return {kWrongUsage,
             "--line-color: there are no lines of their own to colour; add --mode lines or "
             "--mode wireframe"};
   }
-  if (mode != DrawMode::kDriverWireframe) return {};
-  if (!options.overlays.empty()) {
+  if (!options.overlays.empty() && !HasOverlays(mode)) {
     return {kWrongUsage,
             "--overlay: with --mode wireframe-gl the driver draws pictures as outlines, too; use "
             "--mode wireframe"};
   }
-  if (!options.depth.empty()) {
+  if (!options.depth.empty() && mode == DrawMode::kDriverWireframe) {
     return {kWrongUsage,
             "--depth: with --mode wireframe-gl the driver draws no surfaces; use --mode wireframe"};
   }

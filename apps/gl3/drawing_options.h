@@ -50,6 +50,11 @@ struct DrawingOptions {
 /// Adds the options to `app`; parsing fills `*options`, which must live until then.
 void AddDrawingOptions(CLI::App& app, DrawingOptions* options);
 
+/// What a mode can make use of.
+bool HasCreases(hostkit::DrawMode mode);
+bool HasLineColor(hostkit::DrawMode mode);
+bool HasOverlays(hostkit::DrawMode mode);
+
 /// Combinations that mean nothing: kWrongUsage with a message, or kDone.
 Outcome CheckDrawingOptions(const DrawingOptions& options);
 

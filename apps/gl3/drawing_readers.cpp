@@ -61,18 +61,19 @@ bool Part(const std::string& text, IsRest isRest, Placed* placed) {
 }
 
 bool IsNearPixel(const Placed& placed, std::string* error) {
-  if (std::max({placed.x, -placed.x, placed.y, -placed.y}) <= kFarthestPixel) return true;
+  const auto [least, most] = std::minmax(placed.x, placed.y);
+  if (least >= -kFarthestPixel && most <= kFarthestPixel) return true;
   *error = fmt::format("{},{} is too far away; give pixels from -{} to {}", placed.x, placed.y,
                        kFarthestPixel, kFarthestPixel);
   return false;
 }
 
+}  // namespace
+
 ColorBuf ToBytes(const float rgb[3]) {
   const auto byte = [](float value) { return static_cast<std::uint8_t>(value * 255 + 0.5f); };
   return {byte(rgb[0]), byte(rgb[1]), byte(rgb[2]), 255};
 }
-
-}  // namespace
 
 bool ReadFog(const std::string& text, DrawingOptions* options, std::string* error) {
   hostkit::Fog fog;

@@ -7,6 +7,9 @@
 
 namespace gl3 {
 
+/// A colour of display-referred values from 0 to 1 in bytes, opaque.
+ColorBuf ToBytes(const float rgb[3]);
+
 // On failure each returns false and says why, with the remedy; what it fills is then undefined.
 
 /// "NEAR,FAR[,COLOR]" or "exp:DENSITY[,COLOR]".

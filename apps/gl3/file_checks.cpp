@@ -43,6 +43,11 @@ Outcome CheckInput(const std::string& path) {
   return {};
 }
 
+bool IsThere(const std::string& path) {
+  std::error_code error;
+  return fs::is_regular_file(path, error) && fs::file_size(path, error) > 0;
+}
+
 void RemoveUnfinished(const std::string& path, pid_t writer) {
   const std::string prefix = fmt::format(".gl3-{}-", writer);
   std::error_code error;

@@ -13,6 +13,10 @@ namespace gl3 {
 /// message, or kDone.
 Outcome CheckInput(const std::string& path);
 
+/// Whether a picture is there already, so that --skip-existing leaves it out. Pictures appear
+/// whole; an empty file is what other programs leave when the disk is full.
+bool IsThere(const std::string& path);
+
 /// Removes what process `writer` left of `path` when it was ended in mid-write. Picture files grow
 /// under a temporary name in the same folder.
 void RemoveUnfinished(const std::string& path, pid_t writer);

@@ -16,15 +16,15 @@ colours from 0 to 1 with 8 bits a channel; what is above 1 is cut, with a warnin
 Alpha is kept, or filtered by sharpen, dilate and erode; effects that are called
 opaque show what was transparent on black.
 
-OUT for several pictures: a folder (a name that ends in /, or one that exists), or
-a name with %n for the picture's own name without suffix, or #### (or %04d) for a
-number from 1. A picture that fails is reported, the others are done all the same;
-the exit status is that of the first failure.
+OUT for several pictures: a folder that is there, or a name with %n for the
+picture's own name without suffix, or #### (or %04d) for a number from 1. A picture
+that fails is reported, the others are done all the same; the exit status is that of
+the first failure.
 
 Examples:
   gl3 filter photo.jpg -o soft.png --effect blur:radius=4,passes=2
   gl3 filter shot.exr -o edges.png --effect grayscale --effect sobel
-  gl3 filter frames/*.png -o soft/ --effect blur
+  mkdir soft && gl3 filter frames/*.png -o soft/ --effect blur
   gl3 filter *.tga -o '%n-sharp.png' --effect sharpen --threads 4
   gl3 filter photo.jpg --effect blur --verify)";
 

@@ -1,9 +1,14 @@
 // Which file each of the pictures of `gl3 filter` is written to.
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
 #include <map>
+#include <optional>
+#include <set>
 #include <system_error>
+#include <utility>
 
 #include "apps/gl3/filter_options.h"
 #include "apps/gl3/output_pattern.h"
@@ -50,10 +55,15 @@ class NamePattern {
                                              [](const auto& part) { return part.HasFrame(); });
   }
 
+  bool HasCamera() const {
+    return std::any_of(m_parts.begin(), m_parts.end(),
+                       [](const auto& part) { return part.HasCamera(); });
+  }
+
   std::string Expand(int number, const std::string& name) const {
     std::string path;
     for (std::size_t i = 0; i < m_parts.size(); ++i) {
-      path += (i == 0 ? "" : name) + m_parts[i].Expand(number, "%c");  // pictures have no camera
+      path += (i == 0 ? "" : name) + m_parts[i].Expand(number, "");
     }
     return path;
   }
@@ -73,6 +83,13 @@ Outcome Refuse(const std::string& message) {
   return {kWrongUsage, "--output: " + message};
 }
 
+/// Which file a name leads to, whatever other names it has.
+std::optional<std::pair<dev_t, ino_t>> FileOf(const std::string& path) {
+  struct stat status;
+  if (::stat(path.c_str(), &status) != 0) return std::nullopt;
+  return std::pair(status.st_dev, status.st_ino);
+}
+
 /// Outputs that would replace an input, or each other.
 Outcome CheckClashes(const FilterOptions& options, const std::vector<std::string>& outputs) {
   std::map<std::string, std::string> inputOf;
@@ -87,12 +104,14 @@ Outcome CheckClashes(const FilterOptions& options, const std::vector<std::string
   }
   // Replacing the one input by name is a wish; in all other cases it is taken for an accident.
   if (outputs.size() == 1 && outputs.front() == options.output) return {};
+  std::set<std::pair<dev_t, ino_t>> inputs;
+  for (const std::string& input : options.inputs) {
+    if (const auto file = FileOf(input)) inputs.insert(*file);
+  }
   for (const std::string& output : outputs) {
-    for (const std::string& input : options.inputs) {
-      std::error_code error;
-      if (!fs::equivalent(output, input, error)) continue;
-      return Refuse(output + " is one of the pictures to be read; choose another folder or name");
-    }
+    const auto file = FileOf(output);
+    if (!file || inputs.count(*file) == 0) continue;
+    return Refuse(output + " is one of the pictures to be read; choose another folder or name");
   }
   return {};
 }
@@ -102,6 +121,10 @@ Outcome CheckClashes(const FilterOptions& options, const std::vector<std::string
 Outcome NameOutputs(const FilterOptions& options, std::vector<std::string>* outputs) {
   outputs->clear();
   if (options.output.empty()) {
+    if (options.verify && options.skipExisting) {
+      return {kWrongUsage,
+              "--skip-existing: without -o nothing is written that could be there; leave it out"};
+    }
     if (options.verify) return {};
     return Refuse("nothing says where to write; give -o OUT, or --verify to compare alone");
   }
@@ -112,6 +135,12 @@ Outcome NameOutputs(const FilterOptions& options, std::vector<std::string>* outp
                   std::to_string(options.inputs.size()) +
                   " pictures; put %n (their names) or #### (a number) into it, or end it with / "
                   "for a folder");
+  }
+  if (!isFolder && pattern.HasCamera()) {
+    return Refuse(
+        ShellQuote(options.output) +
+        " has a place for a camera's name, and pictures to be filtered have none; take it "
+        "out, or write %% for a percent sign");
   }
   int number = 0;
   for (const std::string& input : options.inputs) {

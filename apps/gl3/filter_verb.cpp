@@ -5,7 +5,6 @@
 
 #include "apps/gl3/filter_options.h"
 #include "apps/gl3/messages.h"
-#include "apps/gl3/supervised_child.h"
 #include "apps/gl3/verbs.h"
 #include "apps/gl3/work_library.h"
 
@@ -24,10 +23,7 @@ int RunFilter(const FilterOptions& options, const std::string& command) {
     PrintError(outcome.message);
     return outcome.status;
   }
-  return RunSupervised(options.run.limits, outputs.empty() ? "" : outputs.front(),
-                       [&](ParentLine& line, std::string* result) {
-                         return work->filter({options, outputs, command}, line, result);
-                       });
+  return work->filter({options, outputs, command});
 }
 
 }  // namespace

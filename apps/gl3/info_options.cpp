@@ -14,8 +14,7 @@ What it prints is what a bug report needs. Each device is asked in a process of
 its own: a driver that crashes or hangs is told, and the rest of the report
 comes all the same.
 
-Exit status of --check: 0 when nothing failed (warnings allow work), else that
-of the first thing that failed, mostly 4.
+Exit status of --check: 0 when nothing failed (warnings allow work), else 4.
 
 Examples:
   gl3 info

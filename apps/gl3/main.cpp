@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/gl3/command_words.h"
 #include "apps/gl3/messages.h"
 #include "apps/gl3/text.h"
 #include "apps/gl3/verbs.h"
@@ -135,8 +136,9 @@ int Main(int argc, char** argv) {
     return FailUsage(UsageMessage(app, error));
   }
 
-  std::string command = "gl3";
-  for (int i = 1; i < argc; ++i) command += " " + ShellQuote(argv[i]);
+  std::vector<std::string> words = {"gl3"};
+  for (int i = 1; i < argc; ++i) words.emplace_back(argv[i]);
+  const std::string command = JoinCommand(words);
   for (std::size_t i = 0; i < std::size(kVerbs); ++i) {
     if (app.got_subcommand(kVerbs[i].name)) return jobs[i](command);
   }

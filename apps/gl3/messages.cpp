@@ -2,10 +2,12 @@
 #include "apps/gl3/messages.h"
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -39,6 +41,23 @@ void PrintLine(const char* color, const std::string& text) {
   }
 }
 
+constexpr int kUsualColumns = 80;
+
+/// As much of a line as the terminal shows without going on in the next row, which could not be
+/// removed. Letters from U+1000 on, most of the wide ones among them, count as two columns.
+std::string CutToTerminal(const std::string& line) {
+  winsize size = {};
+  const bool isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  int left = (isKnown ? size.ws_col : kUsualColumns) - 1;
+  for (std::size_t at = 0; at < line.size(); ++at) {
+    const auto byte = static_cast<unsigned char>(line[at]);
+    const bool isLater = (byte & 0xC0) == 0x80;  // of a letter of several bytes
+    if (!isLater) left -= byte >= 0xE1 ? 2 : 1;
+    if (left < 0) return line.substr(0, at);
+  }
+  return line;
+}
+
 }  // namespace
 
 void SetVerbosity(Verbosity verbosity) {
@@ -69,10 +88,11 @@ bool ShowsProgress() {
 }
 
 void ShowProgress(const std::string& text) {
-  if (text == g_progress) return;
-  std::fprintf(stderr, "\r\033[K%s", text.c_str());
+  const std::string line = CutToTerminal(OneLine(text));
+  if (line == g_progress) return;
+  std::fprintf(stderr, "\r\033[K%s", line.c_str());
   std::fflush(stderr);
-  g_progress = text;
+  g_progress = line;
 }
 
 int PrintResult(const std::string& text) {

@@ -41,7 +41,8 @@ void PrintNote(const std::string& text);
 /// Whether progress may be shown: standard error is a terminal that can move its cursor, and the
 /// user did not ask for quiet.
 bool ShowsProgress();
-/// Shows `text` in place of the last progress line; an empty text removes it.
+/// Shows `text` in place of the last progress line, as one line that the terminal's width cuts; an
+/// empty text removes it.
 void ShowProgress(const std::string& text);
 
 /// Writes figures or help to standard output. A reader that has gone is no error. Returns kDone, or

@@ -6,7 +6,7 @@
 
 namespace gl3 {
 
-/// A name such as "shot_####.png" or "%c/%04d.exr". In it stand
+/// A name such as "shot_####.png" or "%c_%04d.exr". In it stand
 ///   ####, %d, %4d, %04d   for the frame's number; at least two #, as many digits as #, and more
 ///                         when the number has more; %4d is taken for %04d
 ///   %c, {camera}          for the camera's name

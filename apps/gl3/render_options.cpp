@@ -50,7 +50,7 @@ Examples:
   gl3 render house.glb -o plan.png --grid --text "South side,20,20" --overlay logo.png
   gl3 render town.glb -o town.exr --depth town.exr --fog 50,400,#a8b4c0
   gl3 render chair.glb -o turn_####.png --turntable 240 -s 640x360
-  gl3 render robot.glb -o %c/shot_%04d.exr --camera all --frames 1-100 --fps 25
+  gl3 render robot.glb -o %c_%04d.exr --camera all --frames 1-100 --fps 25
   gl3 render robot.glb -o shot_####.png --frames 1-1000 --chunk 2/8 --skip-existing
   gl3 render --like shot_0007.png -o large.png -s 3840x2160)";
 

@@ -60,15 +60,15 @@ int Fail(const Outcome& outcome) {
 /// and `*command` of it.
 int TakeRecipe(const CLI::App& given, const WorkTable& work, RenderOptions* options,
                std::string* command) {
-  std::string recipe;
+  ChildTold told;
   const int status = RunSupervised(
       options->run.limits, "",
       [&](ParentLine& line, std::string* result) {
         return work.storedRecipe(options->like, line, result);
       },
-      &recipe);
+      &told);
   if (status != kDone) return status;
-  Outcome outcome = RepeatRecipe(given, *command, recipe, options, command);
+  Outcome outcome = RepeatRecipe(given, *command, told.result, options, command);
   return outcome.status == kDone ? kDone : Fail(outcome);
 }
 

@@ -174,6 +174,14 @@ void TakeOnePicture(const std::map<std::string, std::string>& entries, RecipeOpt
   if (camera != entries.end() && !isChosen) kept->Replace("--camera", camera->second);
 }
 
+/// The command line's mode comes without what only the recipe's mode makes use of.
+void DropOfOtherModes(hostkit::DrawMode mode, RecipeOptions* kept) {
+  if (!kept->IsGiven("--mode")) return;
+  if (!HasCreases(mode)) kept->Drop("--crease");
+  if (!HasLineColor(mode)) kept->Drop("--line-color");
+  if (!HasOverlays(mode)) kept->Drop("--overlay");
+}
+
 std::vector<std::string> InputsOf(const std::map<std::string, std::string>& entries) {
   std::vector<std::string> inputs;
   for (int i = 1;; ++i) {
@@ -210,6 +218,7 @@ Outcome RepeatRecipe(const CLI::App& given, const std::string& command, const st
   }
   RecipeOptions kept(storedParser, given);
   TakeOnePicture(entries, &kept);
+  DropOfOtherModes(options->drawing.mode, &kept);
   const Words all = Merge(words, kept.OptionWords(), kept.Models());
   if (!Parse(parser, all, &wanted, &error)) {
     return refuse("its recipe does not go with the command line (" + error +

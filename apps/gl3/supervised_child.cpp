@@ -4,8 +4,6 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <poll.h>
-#include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -20,6 +18,7 @@
 #include <exception>
 #include <new>
 
+#include "apps/gl3/child_process.h"
 #include "apps/gl3/file_checks.h"
 #include "apps/gl3/text.h"
 
@@ -63,16 +62,9 @@ std::uint64_t OwnMemory(pid_t process) {
 }
 
 [[noreturn]] void RunChild(int descriptor, const SupervisedWork& work) {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  BecomeWorker();
   // Ctrl-C reaches the whole group; the parent decides, and clears up.
   std::signal(SIGINT, SIG_IGN);
-  const rlimit noCore = {0, 0};  // a crash is told, and leaves no file in the user's folder
-  setrlimit(RLIMIT_CORE, &noCore);
-  if (CurrentVerbosity() != Verbosity::kVerbose) {
-    // Libraries that print before they fail must not break the promise of one line.
-    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (nowhere >= 0) dup2(nowhere, STDERR_FILENO);
-  }
   ParentLine line(descriptor);
   Outcome outcome;
   std::string result;
@@ -90,19 +82,27 @@ std::uint64_t OwnMemory(pid_t process) {
 /// The parent's side: one child, from its first word to its end.
 class Supervisor {
  public:
-  Supervisor(const Limits& limits, const std::string& output, pid_t child, int pipe, int signals)
-      : m_limits(limits), m_output(output), m_child(child), m_pipe(pipe), m_signals(signals) {}
+  Supervisor(const Limits& limits, const std::string& output, pid_t child, int pipe, int signals,
+             ChildTold* told)
+      : m_limits(limits),
+        m_output(output),
+        m_child(child),
+        m_pipe(pipe),
+        m_signals(signals),
+        m_told(told) {}
 
-  /// Until the child is gone; the exit status. The result is printed, or goes to `*result`.
-  int Watch(std::string* result);
+  /// Until the child is gone; the exit status.
+  int Watch();
 
  private:
   bool ReadPipe();
   void Handle(const std::string& message);
   void CheckLimits();
   void End(const std::string& why, const std::string& remedy);
-  int Conclude(std::string* result);
-  void TellTheEnd(int status) const;
+  int Conclude();
+  int TakeResult(int code);
+  std::string TheEnd(int status) const;
+  bool IsBrokenOff() const;
   void NoteProgress(const std::string& text);
   std::string ProgressText() const;
   void ShowWhatGoesOn() const;
@@ -112,6 +112,7 @@ class Supervisor {
   std::string m_output;  // what is being written, or will be
   pid_t m_child;
   int m_pipe, m_signals;
+  ChildTold* m_told;  // or null
   Clock::time_point m_start = Clock::now(), m_phaseStart = m_start;
   Clock::time_point m_limitStart = m_start;  // of the time limit
   Phase m_phase = Phase::kStart;
@@ -127,7 +128,7 @@ class Supervisor {
   Clock::time_point m_finishedAt;
 };
 
-int Supervisor::Watch(std::string* result) {
+int Supervisor::Watch() {
   pollfd sources[] = {{m_pipe, POLLIN, 0}, {m_signals, POLLIN, 0}};
   for (bool open = true; open;) {
     poll(sources, 2, kTickMilliseconds);
@@ -143,7 +144,7 @@ int Supervisor::Watch(std::string* result) {
     ShowWhatGoesOn();
   }
   ShowProgress("");
-  return Conclude(result);
+  return Conclude();
 }
 
 /// Reads what is there; false at the end, when the child is gone.
@@ -152,10 +153,7 @@ bool Supervisor::ReadPipe() {
   const ssize_t count = read(m_pipe, block, sizeof block);
   if (count <= 0) return false;
   m_unread.append(block, static_cast<std::size_t>(count));
-  for (std::size_t end; (end = m_unread.find('\0')) != std::string::npos;) {
-    Handle(m_unread.substr(0, end));
-    m_unread.erase(0, end + 1);
-  }
+  for (std::string message; TakeMessage(&m_unread, &message);) Handle(message);
   return true;
 }
 
@@ -176,7 +174,11 @@ void Supervisor::Handle(const std::string& message) {
     case 'N':
       return PrintNote(text);
     case 'E':
+      if (m_told) m_told->error = text;
       return PrintError(text);
+    case 'T':
+      if (m_told) m_told->parts.push_back(text);
+      return;
     case 'R':
       m_result = text;
       return;
@@ -238,39 +240,53 @@ void Supervisor::ShowWhatGoesOn() const {
       fmt::format("{}: {}, {:.0f} s", m_subject, Meaning().doing, SecondsSince(m_phaseStart)));
 }
 
-/// Says why the child did not come to its end.
-void Supervisor::TellTheEnd(int status) const {
+/// Why the child did not come to its end.
+std::string Supervisor::TheEnd(int status) const {
   const std::string what = (m_next.empty() || m_subject == m_next ? "" : m_next + ": ") +
                            m_subject + ": " + Meaning().doing;
   if (!m_endedBecause.empty()) {
-    PrintError(fmt::format("{} {}; {}", what, m_endedBecause, m_endRemedy));
-  } else if (WIFSIGNALED(status)) {
-    PrintError(fmt::format("{} crashed ({}); {}", what, strsignal(WTERMSIG(status)),
-                           Meaning().crashRemedy));
-  } else {
-    PrintError(fmt::format("{} ended the process; {}", what, Meaning().crashRemedy));
+    return fmt::format("{} {}; {}", what, m_endedBecause, m_endRemedy);
   }
+  if (WIFSIGNALED(status)) {
+    return fmt::format("{} crashed ({}); {}", what, strsignal(WTERMSIG(status)),
+                       Meaning().crashRemedy);
+  }
+  return fmt::format("{} ended the process; {}", what, Meaning().crashRemedy);
 }
 
-int Supervisor::Conclude(std::string* result) {
+/// Whether pictures are missing that nobody goes on with: who hears what the child tells does so
+/// himself, unless the program is to end or not even one picture was begun.
+bool Supervisor::IsBrokenOff() const {
+  if (m_done == 0 || m_done >= m_total || m_output.empty()) return false;
+  if (m_finished && m_status == kDone) return false;
+  return m_askedToEnd != 0 || !m_told || m_next.empty();
+}
+
+/// Prints the result of a child that came to its end, or keeps it; the status then.
+int Supervisor::TakeResult(int code) {
+  if (m_told) {
+    if (code == kDone) m_told->result = m_result;
+    return code;
+  }
+  const int printed = m_result.empty() ? kDone : PrintResult(m_result);
+  return code == kDone ? printed : code;
+}
+
+int Supervisor::Conclude() {
   int status = 0;
   while (waitpid(m_child, &status, 0) < 0 && errno == EINTR) {
   }
   int code = Meaning().status;
   if (m_finished) {
     // A crash in a driver's last clean-up changes nothing; a leak checker's verdict does.
-    code = WIFEXITED(status) ? WEXITSTATUS(status) : m_status;
-    if (result) {
-      if (code == kDone) *result = m_result;
-    } else if (!m_result.empty()) {
-      const int printed = PrintResult(m_result);
-      if (code == kDone) code = printed;
-    }
+    code = TakeResult(WIFEXITED(status) ? WEXITSTATUS(status) : m_status);
   } else {
     RemoveUnfinished(m_output, m_child);
-    if (m_askedToEnd == 0) TellTheEnd(status);
+    const std::string end = TheEnd(status);
+    if (m_askedToEnd == 0) PrintError(end);
+    if (m_told) m_told->error = end;
   }
-  if (m_done > 0 && m_done < m_total && (!m_finished || m_status != kDone)) {
+  if (IsBrokenOff()) {
     PrintWarning(
         fmt::format("{} of {} pictures are there, all of them whole; repeat the command "
                     "with --skip-existing to go on",
@@ -288,13 +304,7 @@ std::uint64_t Limits::DefaultMaxMemory() {
 }
 
 void ParentLine::Send(char kind, const std::string& text) {
-  std::string message = kind + text.substr(0, text.find('\0'));
-  message += '\0';
-  for (std::size_t sent = 0; sent < message.size();) {
-    const ssize_t count = write(m_descriptor, message.data() + sent, message.size() - sent);
-    if (count <= 0 && errno != EINTR) return;  // without a parent there is nobody to tell
-    if (count > 0) sent += static_cast<std::size_t>(count);
-  }
+  SendMessage(m_descriptor, kind + text);
 }
 
 void ParentLine::Enter(Phase phase, const std::string& subject) {
@@ -312,7 +322,7 @@ void ParentLine::Finish(const Outcome& outcome, const std::string& result) {
 }
 
 int RunSupervised(const Limits& limits, const std::string& output, const SupervisedWork& work,
-                  std::string* result) {
+                  ChildTold* told) {
   sigset_t watched, before;
   sigemptyset(&watched);
   for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
@@ -342,7 +352,7 @@ int RunSupervised(const Limits& limits, const std::string& output, const Supervi
                "; close other programs");
     return kRunFailed;
   }
-  const int status = Supervisor(limits, output, child, line[0], signals).Watch(result);
+  const int status = Supervisor(limits, output, child, line[0], signals, told).Watch();
   close(line[0]);
   close(signals);
   if (status > 128) {

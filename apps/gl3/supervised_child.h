@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "apps/gl3/messages.h"
 
@@ -41,6 +42,8 @@ class ParentLine {
   void Progress(std::size_t done, std::size_t total, const std::string& next);
   /// Part of the work failed, and the rest goes on.
   void Fail(const std::string& text) { Send('E', text); }
+  /// A piece for whoever started the work: see ChildTold.
+  void Tell(const std::string& text) { Send('T', text); }
   /// The work is over, well or not; `result` goes to standard output.
   void Finish(const Outcome& outcome, const std::string& result);
 
@@ -54,13 +57,21 @@ class ParentLine {
 /// what standard output shall get.
 using SupervisedWork = std::function<Outcome(ParentLine& line, std::string* result)>;
 
+/// What a child told to whoever started it.
+struct ChildTold {
+  std::vector<std::string> parts;  ///< Of ParentLine::Tell, in order; those before a crash count.
+  std::string result;              ///< In place of standard output.
+  std::string error;               ///< The last error that was printed for it.
+};
+
 /// Runs `work` in a child and returns the exit status, after messages. `output` is the file that
 /// the child writes, unless it says another when it enters Phase::kWrite; nothing unfinished stays
-/// behind of it. When work that reported progress does not come to its end, a line tells how much
-/// there is and how to go on. A signal that asks the program to end ends the child, and then the
-/// program by that signal. With `result` the child's result goes there and not to standard output.
-/// Call with one thread alone.
+/// behind of it. When work on files that reported progress does not come to its end, a line tells
+/// how much there is and how to go on. A signal that asks the program to end ends the child, and
+/// then the program by that signal. With `told`, what the child tells and its result go there, and
+/// a caller whose child died over a picture is taken to go on by itself. Call with one thread
+/// alone.
 int RunSupervised(const Limits& limits, const std::string& output, const SupervisedWork& work,
-                  std::string* result = nullptr);
+                  ChildTold* told = nullptr);
 
 }  // namespace gl3

@@ -22,7 +22,7 @@ struct WorkTable {
                     std::string* result);
   Outcome (*info)(const InfoOptions& options, std::string* result);
   Outcome (*settings)(const SettingsOptions& options, std::string* result);
-  Outcome (*filter)(const FilterJob& job, ParentLine& line, std::string* result);
+  int (*filter)(const FilterJob& job);
   Outcome (*storedRecipe)(const std::string& path, ParentLine& line, std::string* result);
 };
 

@@ -2,10 +2,10 @@
 // `gl3 render`.
 #include <Imath/half.h>
 #include <OpenEXR/ImfRgbaFile.h>
-#include <png.h>
 
 #include <array>
 #include <cmath>
+#include <csignal>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "tests/apps/gl3_process.h"
+#include "tests/apps/png_pixels.h"
 
 namespace fs = std::filesystem;
 
@@ -36,27 +37,16 @@ Rgba Colors(bool hasAlpha) {
 class Filters : public Gl3Test {
  protected:
   Filters() {
-    WritePng("a.png", Colors(false));
-    WritePng("cut.png", Colors(true));
+    WritePng(Path("a.png"), {kWidth, kHeight, Colors(false)});
+    WritePng(Path("cut.png"), {kWidth, kHeight, Colors(true)});
   }
 
-  void WritePng(const std::string& name, const Rgba& rgba) const {
-    png_image image = {};
-    image.version = PNG_IMAGE_VERSION;
-    image.width = kWidth;
-    image.height = kHeight;
-    image.format = PNG_FORMAT_RGBA;
-    ASSERT_TRUE(png_image_write_to_file(&image, Path(name).c_str(), 0, rgba.data(), 0, nullptr));
-  }
+  Rgba ReadPng(const std::string& name) const { return ::ReadPng(Path(name)).rgba; }
 
-  Rgba ReadPng(const std::string& name) const {
-    png_image image = {};
-    image.version = PNG_IMAGE_VERSION;
-    if (!png_image_begin_read_from_file(&image, Path(name).c_str())) return {};
-    image.format = PNG_FORMAT_RGBA;
-    Rgba rgba(PNG_IMAGE_SIZE(image));
-    png_image_finish_read(&image, nullptr, rgba.data(), 0, nullptr);
-    return rgba;
+  /// "large.png", which takes a while.
+  void WriteLarge() const {
+    constexpr int kSide = 2000;
+    ::WritePng(Path("large.png"), {kSide, kSide, Rgba(std::size_t{4} * kSide * kSide)});
   }
 
   /// Runs `gl3 filter` with the arguments, which is to succeed without a word.
@@ -106,6 +96,8 @@ TEST_F(Filters, AreRefusedInOneLineWithTheRemedy) {
   refused({"a.png", "cut.png", "-o", "%%n.png"}, 2, {"one file for 2 pictures"});
   refused({"a.png", "sub/a.png", "-o", "%n-new.png"}, 2, {"both become", "####"});
   refused({"a.png", "cut.png", "-o", "%n.png"}, 2, {"a.png is one of the pictures"});
+  refused({"a.png", "-o", "{camera}.png"}, 2, {"{camera}.png", "%%"});
+  refused({"a.png", "--verify", "--skip-existing"}, 2, {"--skip-existing: ", "-o"});
   refused({"a.png", "-o", "./"}, 2, {"a.png is one of the pictures"});
 
   Write("broken.png", "\x89PNG\r\n\x1a\n and no more");
@@ -166,6 +158,7 @@ TEST_F(Filters, EncodeLinearLightAndSayWhatTheyCut) {
   EXPECT_EQ(result.err.find("two.exr"), std::string::npos) << "a warning twice: " << result.err;
   // 0.5 is encoded as 188; straight, the second pixel is a yellow of 0.5. The first and the last
   // lie outside the data.
+  EXPECT_EQ(Run({"filter", "one.exr", "-o", "q.png", "--effect", "negative", "-q"}).err, "");
   EXPECT_EQ(ReadPng("out02.png"), (Rgba{0, 0,   0, 0,   188, 0, 0, 255, 188, 188, 0, 128,  //
                                         0, 255, 0, 255, 0,   0, 0, 0}));
 }
@@ -191,10 +184,15 @@ TEST_F(Filters, NameOutputsByPatternAndFolder) {
     EXPECT_TRUE(fs::is_regular_file(Path(name))) << name;
   }
   const auto time = fs::last_write_time(Path("out/a.png"));
-  fs::remove(Path("out/x.png"));
+  Write("out/x.png", "");  // what another program leaves when the disk is full
   Filter({"a.png", "x.tga", "-o", "out/", "--effect", "tint", "--skip-existing"});
-  EXPECT_TRUE(fs::exists(Path("out/x.png")));
+  EXPECT_EQ(ReadPng("out/x.png").size(), 4u);
   EXPECT_EQ(fs::last_write_time(Path("out/a.png")), time);
+  const auto nothing = nlohmann::json::parse(Run({"filter", "a.png", "x.tga", "-o", "out/",
+                                                  "--effect", "tint", "--skip-existing", "--json"})
+                                                 .out);
+  EXPECT_EQ(nothing["skipped"], 2);
+  EXPECT_EQ(nothing["milliseconds"]["start"], 0) << "nobody waits for a driver that is not needed";
 
   const Rgba before = ReadPng("a.png");
   Filter({"a.png", "-o", "a.png", "--effect", "negative"});
@@ -214,6 +212,45 @@ TEST_F(Filters, GoOnAfterAPictureThatFails) {
   std::vector<int> statuses;
   for (const auto& picture : report["pictures"]) statuses.push_back(picture["status"]);
   EXPECT_EQ(statuses, (std::vector<int>{3, 0, 3, 0}));
+}
+
+TEST_F(Filters, GoOnAfterAPictureThatCrashes) {
+  WriteLarge();
+  Gl3Process process(m_work, m_logs,
+                     {"filter", "a.png", "large.png", "cut.png", "-o", "%n-2.png", "--effect",
+                      "blur", "--json", "-v"});
+  ASSERT_TRUE(process.WaitFor("large.png: drawing"));
+  kill(process.Child(), SIGABRT);
+  const Gl3Result result = process.Finish();
+  EXPECT_EQ(result.status, 1) << result.err;
+  EXPECT_NE(result.err.find("large.png: drawing crashed (Aborted); "), std::string::npos);
+  EXPECT_EQ(result.err.find("pictures are there"), std::string::npos) << result.err;
+  EXPECT_EQ(Names().count("a-2.png") + Names().count("cut-2.png"), 2u);
+  const auto pictures = nlohmann::json::parse(result.out)["pictures"];
+  ASSERT_EQ(pictures.size(), 3u);
+  EXPECT_EQ(pictures[0]["status"], 0);
+  EXPECT_EQ(pictures[1]["status"], 1);
+  EXPECT_EQ(pictures[1]["output"], "large-2.png");
+  EXPECT_NE(pictures[1]["error"].get<std::string>().find("crashed"), std::string::npos);
+  EXPECT_EQ(pictures[2]["status"], 0);
+}
+
+TEST_F(Filters, ThatAreEndedTellWhatIsThere) {
+  WriteLarge();
+  const auto lastLine = [&](const std::vector<std::string>& more) {
+    std::vector<std::string> arguments = {"filter",    "missing.png", "a.png", "cut.png",
+                                          "large.png", "--effect",    "blur",  "-v"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    Gl3Process process(m_work, m_logs, arguments);
+    EXPECT_TRUE(process.WaitFor("large.png: drawing"));
+    process.Signal(SIGINT);
+    const Gl3Result result = process.Finish();
+    EXPECT_EQ(result.status, 128 + SIGINT);
+    return LastLine(result.err);
+  };
+  const std::string last = lastLine({"-o", "%n-2.png"});
+  EXPECT_EQ(last.rfind("gl3: 2 of 4 pictures are there", 0), 0u) << last;
+  EXPECT_EQ(lastLine({"--verify"}), "gl3: large.png: drawing") << "nothing was written";
 }
 
 TEST_F(Filters, CompareWithTheProcessorAndGiveFigures) {

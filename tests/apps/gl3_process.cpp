@@ -56,7 +56,9 @@ void Nap() {
     setenv(entry.substr(0, equals).c_str(), entry.substr(equals + 1).c_str(), 1);
   }
   for (const auto& [name, descriptor] : {std::pair("out", 1), std::pair("err", 2)}) {
-    dup2(open((logs / name).c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), descriptor);
+    const bool isTerminal = descriptor == 2 && !setup.terminal.empty();
+    const fs::path file = isTerminal ? fs::path(setup.terminal) : logs / name;
+    dup2(open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOCTTY, 0600), descriptor);
     if (setup.closeStandardStreams) close(descriptor);
   }
   if (setup.closeStandardStreams) close(0);

@@ -18,6 +18,7 @@ struct Gl3Result {
 struct Gl3Setup {
   std::vector<std::string> environment;  ///< NAME=value, added to the test's own.
   std::string program;                   ///< Another copy of gl3; empty: the built one.
+  std::string terminal;                  ///< Standard error's file in place of the captured one.
   bool closeStandardStreams = false;
   std::size_t fileSizeLimit = 0;  ///< Bytes; 0: none. Also holds for what is captured.
 };

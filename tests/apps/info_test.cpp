@@ -140,6 +140,9 @@ TEST_F(Info, TellsWhatIsMissingAndWhatToDo) {
   EXPECT_EQ(result.status, 4);
   EXPECT_NE(result.out.find("GL3_DEVICE=999"), std::string::npos) << result.out;
   EXPECT_EQ(result.err.rfind("gl3: OpenGL: GL3_DEVICE=999", 0), 0u) << result.err;
+  EXPECT_NE(
+      Run({"info", "--check", "--device", "999"}, setup).out.find("display     --device 999: "),
+      std::string::npos);
   ExpectRefused({"info", "--extended", "--module", "none.so"}, 4, {"none.so", "; "});
   ExpectRefused({"info", "--extended", "--all-devices"}, 2, {"excludes"});
 }
@@ -162,6 +165,16 @@ TEST_F(Info, OutlivesDriversThatCrashOrHang) {
   EXPECT_NE(result.out.find("FAIL  display     the driver took longer than 2 s; "),
             std::string::npos)
       << result.out;
+}
+
+TEST_F(Info, ForgivesACrashAfterTheLastVerdict) {
+  Gl3Setup setup;
+  setup.environment = {"LD_PRELOAD=" GL3_WRONG_TEXELS, "GL3_CRASH_AFTERWARDS=1",
+                       "ASAN_OPTIONS=verify_asan_link_order=0"};
+  const Json report = Json::parse(Run({"info", "--check", "--json"}, setup).out);
+  EXPECT_EQ(report["failed"], 1) << report;
+  EXPECT_EQ(report["checks"].back()["name"], "effects");
+  EXPECT_NE(report["checks"].back()["reason"].get<std::string>().find("8/255"), std::string::npos);
 }
 
 TEST_F(Info, AsksEveryDeviceByItself) {

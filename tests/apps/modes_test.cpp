@@ -105,6 +105,23 @@ TEST_F(Modes, AddWhatIsAskedForAndRepeatIt) {
           .at("G");
   ASSERT_EQ(Run({"render", "--like", "out.exr", "-o", "again.exr"}).status, 0);
   EXPECT_EQ(ReadExr(Path("again.exr")).at("G"), all);
+  // Another mode comes without what only the recipe's had.
+  for (const char* mode : {"shaded", "wireframe-gl"}) {
+    const Gl3Result other = Run({"render", "--like", "out.exr", "-o", "again.exr", "--mode", mode});
+    EXPECT_EQ(other.status, 0) << other.err;
+  }
+  ExpectRefused({"render", "--like", "out.exr", "-o", "again.exr", "--mode", "flat", "--crease=9"},
+                2, {"--crease: ", "--mode lines"});
+}
+
+TEST_F(Modes, SayWhenThereIsNoFont) {
+  Write("fonts.conf", "<?xml version=\"1.0\"?><fontconfig></fontconfig>");
+  Gl3Setup setup;
+  setup.environment = {"FONTCONFIG_FILE=" + Path("fonts.conf").string()};
+  const Gl3Result result = Run(With({"--text", "Text"}), setup);
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.err.rfind("gl3: --text: no font found; ", 0), 0u) << result.err;
+  EXPECT_EQ(Run(With({}), setup).err, "");
 }
 
 TEST_F(Modes, WriteDistances) {
@@ -119,10 +136,15 @@ TEST_F(Modes, WriteDistances) {
   ASSERT_EQ(depth.size(), 1u);
   const std::vector<float>& z = depth.at("Z");
   EXPECT_EQ(z.front(), 1e30f);
-  const float nearest = *std::min_element(z.begin(), z.end());
+  int covered[2] = {};
   for (const float value : z) {  // both squares are parallel to the picture
-    EXPECT_TRUE(value == 1e30f || std::abs(value - nearest) < 1e-4f || value > nearest + 0.5f);
+    if (value == 1e30f) continue;
+    const bool isFar = value > 5;
+    ++covered[isFar];
+    EXPECT_NEAR(value, isFar ? 8 : 2, 1e-3);
   }
+  EXPECT_GT(covered[0], covered[1]);
+  EXPECT_GT(covered[1], 0);
   const Channels together = with({"--depth", "out.exr"});
   EXPECT_EQ(together.size(), 5u);
   EXPECT_EQ(together.at("Z"), z);
@@ -160,6 +182,7 @@ TEST_F(Modes, RefuseWhatMeansNothing) {
       {{"--grid=-1"}, 2, {"--grid: ", "above 0"}},
       {{"--text", ""}, 2, {"--text: ", "such as"}},
       {{"--text", "x,200000,0"}, 2, {"--text: ", "100000"}},
+      {{"--text", "x,-2147483648,0"}, 2, {"--text: ", "-100000"}},
       {{"--overlay", "text.png,1,2,1.5"}, 2, {"--overlay: ", "1.5", "0 (clear) to 1"}},
       {{"--overlay", "missing.png,1,2"}, 3, {"--overlay: ", "missing.png", "; "}},
       {{"--overlay", "text.png"}, 3, {"--overlay: ", "text.png", "; "}},

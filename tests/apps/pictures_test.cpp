@@ -1,57 +1,16 @@
 // Renders that succeed: the files, what the options do to the pixels, the figures, the recipe.
-#include <png.h>
-
 #include <cstdio>
 #include <filesystem>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "tests/apps/gl3_process.h"
+#include "tests/apps/png_pixels.h"
 
 namespace fs = std::filesystem;
 
 namespace {
-
-/// A picture as 8-bit RGBA.
-struct Pixels {
-  int width = 0, height = 0;
-  std::vector<unsigned char> rgba;
-
-  /// Sum of channel `c` over the columns from `left` up to `right`.
-  double Sum(int c, int left, int right) const {
-    double sum = 0;
-    for (int y = 0; y < height; ++y) {
-      for (int x = left; x < right; ++x) {
-        const std::size_t pixel = static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
-                                  static_cast<std::size_t>(x);
-        sum += rgba[pixel * 4 + static_cast<std::size_t>(c)];
-      }
-    }
-    return sum;
-  }
-  bool IsConstant() const {
-    for (std::size_t i = 4; i < rgba.size(); ++i) {
-      if (rgba[i] != rgba[i % 4]) return false;
-    }
-    return true;
-  }
-};
-
-/// Reads a PNG file; one that is missing or broken fails the test by an exception.
-Pixels ReadPng(const fs::path& path) {
-  png_image image = {};
-  image.version = PNG_IMAGE_VERSION;
-  if (!png_image_begin_read_from_file(&image, path.c_str())) {
-    throw std::runtime_error(path.string() + " is no PNG file");
-  }
-  image.format = PNG_FORMAT_RGBA;
-  Pixels pixels{static_cast<int>(image.width), static_cast<int>(image.height), {}};
-  pixels.rgba.resize(PNG_IMAGE_SIZE(image));
-  png_image_finish_read(&image, nullptr, pixels.rgba.data(), 0, nullptr);
-  return pixels;
-}
 
 /// What an outside program says about a picture file.
 std::string InfoOf(const fs::path& path) {
@@ -118,7 +77,14 @@ TEST_F(Pictures, AreTakenFromTheCameraThatWasNamed) {
   EXPECT_FALSE(Render({"cameras.gltf", "--camera", "Close"}).IsConstant());
   EXPECT_TRUE(Render({"cameras.gltf", "--camera", "Away"}).IsConstant());
   EXPECT_TRUE(Render({"cameras.gltf", "--eye", "0,0,3", "--target", "0,0,9"}).IsConstant());
-  EXPECT_FALSE(Render({"cameras.gltf", "--eye", "0,0,3"}).IsConstant());
+  const Pixels upright = Render({"cameras.gltf", "--eye", "0,0,3"});
+  EXPECT_FALSE(upright.IsConstant());
+  // From straight above, where what is up is the line of sight: a turn rolls the picture.
+  const std::vector<std::string> above = {"cameras.gltf", "--eye", "0,0,3", "--up", "0,0,1"};
+  EXPECT_EQ(Render(above).rgba, upright.rgba);
+  std::vector<std::string> turned = above;
+  turned.insert(turned.end(), {"--turntable", "4", "--frames", "2"});
+  EXPECT_NE(Render(turned).rgba, upright.rgba);
   fs::remove(Path("out.png"));
   ExpectRefused({"render", "cameras.gltf", "-o", "out.png", "--camera", "Clsoe"}, 2,
                 {"did you mean Close?", "Away"});
@@ -137,8 +103,8 @@ TEST_F(Pictures, InParallelProjectionKeepSizesOverDepth) {
 
 TEST_F(Pictures, MergeSeveralModels) {
   const Gl3Result one = Run({"render", "squares.obj", "-o", "one.png", "--json", "-s", "32x32"});
-  const Gl3Result two =
-      Run({"render", "squares.obj", "cameras.gltf", "-o", "two.png", "--json", "-s", "32x32"});
+  const Gl3Result two = Run({"render", "squares.obj", "cameras.gltf", "-o", "two.png", "--json",
+                             "-s", "32x32", "--effect", "tint"});
   const auto first = nlohmann::json::parse(one.out), second = nlohmann::json::parse(two.out);
   EXPECT_EQ(first["triangles"], 4);
   EXPECT_EQ(second["triangles"], 5);
@@ -147,12 +113,14 @@ TEST_F(Pictures, MergeSeveralModels) {
   EXPECT_NE(second["renderer"], "");
   EXPECT_GT(second["peakMemoryBytes"], 1 << 20);
   double sum = 0;
-  for (const char* step : {"start", "import", "upload", "draw", "readBack", "write"}) {
+  for (const char* step : {"start", "import", "upload", "draw", "readBack", "effects", "write"}) {
     const double time = second["milliseconds"][step];
     EXPECT_GE(time, 0) << step;
     sum += time;
   }
   EXPECT_GT(second["milliseconds"]["draw"], 0);
+  EXPECT_GT(second["milliseconds"]["effects"], 0);
+  EXPECT_EQ(first["milliseconds"]["effects"], 0);
   EXPECT_LE(sum, second["milliseconds"]["total"]);
   EXPECT_NE(InfoOf(Path("two.png")).find("gl3:input2: \"cameras.gltf"), std::string::npos);
   // Where pixels are drawn on the processor there is no other device to ask for.

@@ -8,11 +8,11 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <set>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "tests/apps/gl3_process.h"
+#include "tests/apps/png_pixels.h"
 
 namespace fs = std::filesystem;
 
@@ -43,36 +43,6 @@ const char* const kMovingGltf =
     "AAAAvwAAAL8AAAAAAAAAPwAAAL8AAAAAAAAAAAAAAD8AAAAAAAAAAAAAgD8AAIC/AAAAAAAAAAAAAIA/"
     "AAAAAAAAAAA="
     R"("}]})";
-
-struct Pixels {
-  int width = 0;
-  std::vector<unsigned char> rgba;
-
-  /// The mean column of what is covered, as a share of the width.
-  double Middle() const {
-    double sum = 0, weight = 0;
-    for (std::size_t i = 0; i < rgba.size(); i += 4) {
-      sum += rgba[i + 3] * (static_cast<double>(i / 4 % static_cast<std::size_t>(width)) + 0.5);
-      weight += rgba[i + 3];
-    }
-    return sum / weight / width;
-  }
-};
-
-Pixels ReadPng(const fs::path& path) {
-  png_image image = {};
-  image.version = PNG_IMAGE_VERSION;
-  if (!png_image_begin_read_from_file(&image, path.c_str())) {
-    throw std::runtime_error(path.string() + " is no PNG file");
-  }
-  image.format = PNG_FORMAT_RGBA;
-  Pixels pixels{static_cast<int>(image.width), {}};
-  pixels.rgba.resize(PNG_IMAGE_SIZE(image));
-  if (!png_image_finish_read(&image, nullptr, pixels.rgba.data(), 0, nullptr)) {
-    throw std::runtime_error(path.string() + " is not whole");
-  }
-  return pixels;
-}
 
 class Sequences : public Gl3Test {
  protected:
@@ -253,16 +223,18 @@ TEST_F(Sequences, ACrashNamesTheFrame) {
 
 TEST_F(Sequences, TheTimeLimitCountsFromPictureToPicture) {
   Gl3Process process(m_work, m_logs,
-                     {"render", "squares.obj", "-o", "k##.png", "--turntable", "3", "-s", "64x64",
-                      "-v", "--timeout", "3"});
-  ASSERT_TRUE(process.WaitFor("k01.png: written"));
-  const pid_t child = process.Child();
-  kill(child, SIGSTOP);
-  usleep(2000000);  // less than the limit, together with the rest more than it
-  kill(child, SIGCONT);
+                     {"render", "squares.obj", "-o", "k###.png", "--turntable", "200", "-s",
+                      "64x64", "-v", "--timeout", "3"});
+  for (const char* step : {"k001.png: written", "k100.png: written"}) {
+    ASSERT_TRUE(process.WaitFor(step));
+    const pid_t child = process.Child();
+    kill(child, SIGSTOP);
+    usleep(2000000);  // less than the limit, and both together more than it
+    kill(child, SIGCONT);
+  }
   const Gl3Result result = process.Finish();
   EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_EQ(Pictures().size(), 3u);
+  EXPECT_EQ(Pictures().size(), 200u);
 }
 
 TEST_F(Sequences, RecipesAreRepeated) {

@@ -1,18 +1,14 @@
 // The work of `gl3 filter`, from picture files to picture files.
 #pragma once
 
-#include <string>
-
 #include "apps/gl3/filter_options.h"
-#include "apps/gl3/messages.h"
-#include "apps/gl3/supervised_child.h"
 
 namespace gl3 {
 
-/// Reads, filters and writes one picture after another. To be called in a supervised child; tells
-/// its steps and warnings through `line`, and of several pictures each one's failure. Leaves in
-/// `*result` the report that --json asks for, else the differences that --verify asks for. The
-/// status is that of the first failure.
-Outcome Filter(const FilterJob& job, ParentLine& line, std::string* result);
+/// Reads, filters and writes one picture after another, in a supervised child. A picture that the
+/// child dies over is one that fails: another child goes on behind it. Prints each failure, and
+/// then the report that --json asks for or the differences that --verify asks for. Returns the exit
+/// status, that of the first failure. Call with one thread alone.
+int Filter(const FilterJob& job);
 
 }  // namespace gl3

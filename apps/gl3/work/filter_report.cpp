@@ -3,20 +3,27 @@
 
 #include <fmt/format.h>
 
-#include <nlohmann/json.hpp>
+#include <algorithm>
+#include <cstddef>
 
 #include "apps/gl3/effect_options.h"
+#include "apps/gl3/messages.h"
 #include "apps/gl3/work/report_figures.h"
 #include "hostkit/effects/effect_twins.h"
 
 namespace gl3 {
 namespace {
 
-using Json = nlohmann::ordered_json;
+constexpr int kOneLine = -1, kIndented = 2;
 
-Json StepJson(const hostkit::EffectCall& call, const hostkit::EffectStep& step) {
+/// Text that is not UTF-8 gets replacement characters.
+std::string Dump(const FilterJson& json, int indent) {
+  return json.dump(indent, ' ', false, FilterJson::error_handler_t::replace);
+}
+
+FilterJson StepJson(const hostkit::EffectCall& call, const hostkit::EffectStep& step) {
   const hostkit::EffectTimes& times = step.times;
-  Json json;
+  FilterJson json;
   json["effect"] = DescribeEffect(call);
   json["milliseconds"] = {{"upload", Rounded(times.upload)},
                           {"passes", Rounded(times.passes)},
@@ -30,8 +37,9 @@ Json StepJson(const hostkit::EffectCall& call, const hostkit::EffectStep& step) 
   return json;
 }
 
-Json PictureJson(const FilterReport& report, const FilteredPicture& picture) {
-  Json json;
+FilterJson PictureJson(const FilteredPicture& picture,
+                       const std::vector<hostkit::EffectCall>& calls) {
+  FilterJson json;
   json["input"] = picture.input;
   json["output"] = picture.output;
   json["status"] = picture.status;
@@ -41,40 +49,90 @@ Json PictureJson(const FilterReport& report, const FilteredPicture& picture) {
   json["milliseconds"] = {{"read", Rounded(picture.read)},
                           {"effects", Rounded(picture.effects)},
                           {"write", Rounded(picture.write)}};
-  json["effects"] = Json::array();
+  json["effects"] = FilterJson::array();
   for (std::size_t i = 0; i < picture.steps.size(); ++i) {
-    json["effects"].push_back(StepJson(report.calls[i], picture.steps[i]));
+    json["effects"].push_back(StepJson(calls[i], picture.steps[i]));
   }
   return json;
 }
 
-}  // namespace
-
-std::string FormatFilterReport(const FilterReport& report) {
-  Json json;
-  json["renderer"] = report.renderer;
-  json["platform"] = report.platform;
-  json["device"] = report.device;
-  json["software"] = report.software;
-  json["threads"] = report.threads;
-  json["pictures"] = Json::array();
-  for (const FilteredPicture& picture : report.pictures) {
-    json["pictures"].push_back(PictureJson(report, picture));
-  }
-  json["skipped"] = report.skipped;
-  json["milliseconds"] = {{"start", Rounded(report.start)}, {"total", Rounded(report.total)}};
-  json["peakMemoryBytes"] = PeakMemory();
-  json["warnings"] = report.warnings;
-  return json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+FilterJson StartJson(const FilterStart& start) {
+  return {{"renderer", start.renderer},
+          {"platform", start.platform},
+          {"device", start.device},
+          {"software", start.software},
+          {"threads", start.threads}};
 }
 
-std::string FormatDifferences(const FilterReport& report) {
+}  // namespace
+
+std::string StartPiece(const FilterStart& start) {
+  return Dump({{"start", StartJson(start)}, {"milliseconds", start.milliseconds}}, kOneLine);
+}
+
+std::string PicturePiece(const FilteredPicture& picture,
+                         const std::vector<hostkit::EffectCall>& calls) {
+  return Dump({{"picture", PictureJson(picture, calls)}, {"peakMemory", PeakMemory()}}, kOneLine);
+}
+
+std::string WarningPiece(const std::string& text, bool ofClipping) {
+  return Dump({{"warning", text}, {"ofClipping", ofClipping}}, kOneLine);
+}
+
+void FilterReport::Add(const std::vector<std::string>& pieces) {
+  m_hasStarted = false;
+  for (const std::string& text : pieces) {
+    const FilterJson piece = FilterJson::parse(text, nullptr, false);
+    if (piece.contains("start")) {
+      m_hasStarted = true;
+      m_start = piece["start"];
+      m_startMilliseconds += piece["milliseconds"].get<double>();
+    } else if (piece.contains("picture")) {
+      m_pictures.push_back(piece["picture"]);
+      m_peakMemory = std::max(m_peakMemory, piece["peakMemory"].get<std::uint64_t>());
+    } else if (piece.contains("warning")) {
+      m_warnings.push_back(piece["warning"]);
+      m_hasWarnedOfClipping = m_hasWarnedOfClipping || piece["ofClipping"];
+    }
+  }
+}
+
+void FilterReport::Add(const FilteredPicture& picture) {
+  m_pictures.push_back(PictureJson(picture, {}));
+}
+
+std::size_t FilterReport::DoneCount() const {
+  return static_cast<std::size_t>(
+      std::count_if(m_pictures.begin(), m_pictures.end(), [](const FilterJson& picture) {
+        const int status = picture["status"];
+        return status == kDone || status == kMismatch;
+      }));
+}
+
+int FilterReport::FirstFailure() const {
+  for (const FilterJson& picture : m_pictures) {
+    if (picture["status"] != kDone) return picture["status"];
+  }
+  return kDone;
+}
+
+std::string FilterReport::Format(std::size_t skipped, double total) const {
+  FilterJson json = m_start.empty() ? StartJson({}) : m_start;
+  json["pictures"] = m_pictures;
+  json["skipped"] = skipped;
+  json["milliseconds"] = {{"start", Rounded(m_startMilliseconds)}, {"total", Rounded(total)}};
+  json["peakMemoryBytes"] = std::max(m_peakMemory, PeakMemory());
+  json["warnings"] = m_warnings;
+  return Dump(json, kIndented) + "\n";
+}
+
+std::string FilterReport::FormatDifferences(const std::vector<std::string>& inputs) const {
   std::string text;
-  for (const FilteredPicture& picture : report.pictures) {
-    for (std::size_t i = 0; i < picture.steps.size(); ++i) {
-      text += fmt::format("{}: {}: largest difference {}/255, allowed {}/255\n", picture.input,
-                          DescribeEffect(report.calls[i]), picture.steps[i].difference,
-                          hostkit::DifferenceBound(report.calls[i]));
+  for (std::size_t i = 0; i < m_pictures.size(); ++i) {
+    for (const FilterJson& step : m_pictures[i]["effects"]) {
+      text += fmt::format("{}: {}: largest difference {}/255, allowed {}/255\n", inputs[i],
+                          step["effect"].get<std::string>(), step["difference"].get<int>(),
+                          step["allowed"].get<int>());
     }
   }
   return text;

@@ -14,12 +14,12 @@
 
 #include "apps/gl3/text.h"
 #include "apps/gl3/work/driver_session.h"
+#include "apps/gl3/work/font_check.h"
 #include "apps/gl3/work/test_frame.h"
 #include "host/GADriver.h"
 #include "hostkit/services/module_loader.h"
 #include "hostkit/services/module_settings.h"
 #include "hostkit/services/registry.h"
-#include "platform/fonts/glyphs.h"
 #include "platform/platform.h"
 
 namespace gl3 {
@@ -92,16 +92,9 @@ std::string ForbiddenRenderNode() {
 }
 
 Verdict CheckDisplay(Findings& findings) {
-  const std::string& device = findings.options.run.device;
-  if (!device.empty()) setenv("GL3_DEVICE", device.c_str(), 1);
+  const Outcome opened = OpenDisplay(findings.options.run.device);
+  if (opened.status != kDone) return Fail(opened.message);
   const platform::DisplayReport& report = platform::DescribeDisplay();
-  if (report.platform.empty()) {
-    Verdict verdict = Fail(report.reason);
-    if (report.reason.find("; ") == std::string::npos) {
-      verdict.remedy = "install libegl1 and libgl1-mesa-dri, or try another --device";
-    }
-    return verdict;
-  }
   const char* how = report.software ? ", drawn on the processor" : "";
   const char* wish = std::getenv("GL3_DEVICE");
   const bool onPurpose = wish && std::string_view(wish) == "cpu";
@@ -177,15 +170,10 @@ Verdict CheckEffect(Findings& findings) {
 }
 
 Verdict CheckText(Findings&) {
-  constexpr int kPixels = 12;
-  const char* error = nullptr;
-  const platform::GlyphSet glyphs = platform::LoadGlyphs(false, false, kPixels, error);
+  const std::string problem = FontProblem();
+  if (problem.empty()) return {Level::kOk, "a font was found", ""};
   // Everything but text is drawn without a font.
-  if (error) return {Level::kWarn, Fail(error).reason, Fail(error).remedy};
-  if (glyphs['A'].bits.empty()) {
-    return {Level::kWarn, "the font has no letters", "install fonts-dejavu-core"};
-  }
-  return {Level::kOk, "a font was found", ""};
+  return {Level::kWarn, Fail(problem).reason, Fail(problem).remedy};
 }
 
 struct Check {
@@ -219,7 +207,7 @@ void TellChecks(const InfoOptions& options, const Tell& tell) {
     tell(DumpInfo({{"at", check.name}}, -1));
     const Verdict verdict = check.run(findings);
     tell(DumpInfo({{"verdict", ToJson(check.name, verdict)}}, -1));
-    if (verdict.level == Level::kFail) return;
+    if (verdict.level == Level::kFail) break;
   }
   tell(DumpInfo({{"at", ""}}, -1));
 }
@@ -232,7 +220,7 @@ InfoJson CollectChecks(const std::vector<InfoJson>& told, const std::string& tro
     if (!piece.contains("verdict")) continue;
     checks.push_back(piece["verdict"]);
   }
-  // After the last check only clearing up is left; what happens there harms nobody.
+  // After the last verdict only clearing up is left; what happens there harms nobody.
   if (!trouble.empty() && !at.empty()) {
     checks.push_back(ToJson(at, {Level::kFail, "the driver " + trouble, kUpdate}));
   }

@@ -4,8 +4,6 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <poll.h>
-#include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,7 +15,7 @@
 #include <cstring>
 #include <exception>
 
-#include "apps/gl3/messages.h"
+#include "apps/gl3/child_process.h"
 
 namespace gl3 {
 namespace {
@@ -26,26 +24,11 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kTroubleStatus = 3;
 
-void Send(int descriptor, const std::string& text) {
-  const std::string message = text + '\0';
-  for (std::size_t sent = 0; sent < message.size();) {
-    const ssize_t count = write(descriptor, message.data() + sent, message.size() - sent);
-    if (count <= 0 && errno != EINTR) return;  // without a parent there is nobody to tell
-    if (count > 0) sent += static_cast<std::size_t>(count);
-  }
-}
-
 [[noreturn]] void RunChild(int descriptor, const std::function<void(const Tell&)>& work) {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
-  const rlimit noCore = {0, 0};  // a crash is told, and leaves no file in the user's folder
-  setrlimit(RLIMIT_CORE, &noCore);
-  if (CurrentVerbosity() != Verbosity::kVerbose) {
-    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (nowhere >= 0) dup2(nowhere, STDERR_FILENO);
-  }
+  BecomeWorker();
   int status = kTroubleStatus;
   try {
-    work([descriptor](const std::string& text) { Send(descriptor, text); });
+    work([descriptor](const std::string& text) { SendMessage(descriptor, text); });
     status = 0;
   } catch (const std::exception&) {  // the status tells
   }
@@ -55,7 +38,7 @@ void Send(int descriptor, const std::string& text) {
 /// Hears until the child has closed its end; false when the time is over before that.
 bool Listen(int descriptor, double timeoutSeconds, const Tell& hear) {
   const auto start = Clock::now();
-  std::string unread;
+  std::string unread, message;
   for (;;) {
     const double passed = std::chrono::duration<double>(Clock::now() - start).count();
     if (timeoutSeconds > 0 && passed >= timeoutSeconds) return false;
@@ -66,10 +49,7 @@ bool Listen(int descriptor, double timeoutSeconds, const Tell& hear) {
     const ssize_t count = read(descriptor, block, sizeof block);
     if (count == 0 || (count < 0 && errno != EINTR)) return true;
     unread.append(block, count > 0 ? static_cast<std::size_t>(count) : 0);
-    for (std::size_t end; (end = unread.find('\0')) != std::string::npos;) {
-      hear(unread.substr(0, end));
-      unread.erase(0, end + 1);
-    }
+    while (TakeMessage(&unread, &message)) hear(message);
   }
 }
 

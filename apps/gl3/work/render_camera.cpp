@@ -48,8 +48,10 @@ hostkit::SceneCamera CameraAtEye(const RenderOptions& options, const V3f& middle
   if (sight.length() > 0) camera.forward = sight.normalized();
   camera.up = options.up.normalized();
   if (camera.forward.cross(camera.up).length() < 1e-5f) {
-    // Only without --target: looking straight up or down at the middle of the model.
-    camera.up = V3f(0, 0, -1);
+    // Only without --target: looking at the middle of the model along what is up, as from straight
+    // above. Then -z is up, or y where that is the line of sight.
+    const V3f minusZ(0, 0, -1);
+    camera.up = camera.forward.cross(minusZ).length() < 0.5f ? V3f(0, 1, 0) : minusZ;
   }
   return camera;
 }

@@ -11,6 +11,7 @@
 #include "apps/gl3/text.h"
 #include "apps/gl3/work/driver_session.h"
 #include "apps/gl3/work/effect_stage.h"
+#include "apps/gl3/work/font_check.h"
 #include "apps/gl3/work/frame_setup.h"
 #include "apps/gl3/work/render_camera.h"
 #include "apps/gl3/work/render_recipe.h"
@@ -102,6 +103,11 @@ Outcome RenderRun::ImportAll() {
   }
   Outcome outcome = MakeFrameSettings(m_options, &m_settings);
   if (outcome.status != kDone) return outcome;
+  if (!m_settings.texts.empty()) {
+    // The renderer draws on without a font, and tells it where nobody hears.
+    const std::string problem = FontProblem();
+    if (!problem.empty()) Warn("--text: " + problem);
+  }
   for (const std::string& path : m_options.models) {
     m_line.Enter(Phase::kImport, path);
     std::string error;
@@ -182,7 +188,7 @@ Outcome RenderRun::Draw(const Shot& shot, hostkit::SceneCamera* camera, hostkit:
   if (!m_effects.Apply(m_session->Driver(), m_options.effects.calls, picture, &error)) {
     return {kRunFailed, error};
   }
-  m_shotReport.effects = effectsWatch.Milliseconds();
+  m_shotReport.effects = m_options.effects.calls.empty() ? 0 : effectsWatch.Milliseconds();
   m_shotReport.draw = m_renderer->LastTimes().draw;
   m_shotReport.readBack = m_renderer->LastTimes().readBack;
   m_recipe.renderer = m_report.renderer = m_renderer->RendererName();

@@ -5,9 +5,9 @@
 
 #include <filesystem>
 #include <set>
-#include <system_error>
 #include <utility>
 
+#include "apps/gl3/file_checks.h"
 #include "apps/gl3/output_pattern.h"
 #include "apps/gl3/text.h"
 #include "apps/gl3/work/check_output.h"
@@ -57,11 +57,6 @@ Outcome CheckFolders(const std::vector<Shot>& shots) {
     }
   }
   return {};
-}
-
-bool IsThere(const std::string& path) {
-  std::error_code code;
-  return std::filesystem::is_regular_file(path, code) && std::filesystem::file_size(path, code) > 0;
 }
 
 bool IsThere(const Shot& shot) {

@@ -33,8 +33,6 @@ Outcome PlanShots(const RenderOptions& options, const hostkit::Scene& scene,
 /// at one of them: as CheckOutput.
 Outcome CheckFolders(const std::vector<Shot>& shots);
 
-/// Whether a picture is there already. Pictures appear whole, so being there is enough.
-bool IsThere(const std::string& path);
 /// Whether all files of the shot are there.
 bool IsThere(const Shot& shot);
 

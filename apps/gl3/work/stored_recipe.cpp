@@ -1,7 +1,7 @@
 // The recipe in a picture, for whoever repeats it.
 #include "apps/gl3/work/stored_recipe.h"
 
-#include "apps/gl3/text.h"
+#include "apps/gl3/command_words.h"
 #include "hostkit/scene/picture_recipe.h"
 
 namespace gl3 {
@@ -11,9 +11,9 @@ Outcome StoredRecipe(const std::string& path, ParentLine& line, std::string* res
   hostkit::Recipe recipe;
   std::string error;
   if (!hostkit::ReadRecipe(path, &recipe, &error)) return {kUnreadableInput, error};
-  for (const auto& [name, value] : recipe) {
-    *result += (result->empty() ? "" : " ") + ShellQuote(name) + " " + ShellQuote(value);
-  }
+  std::vector<std::string> words;
+  for (const auto& [name, value] : recipe) words.insert(words.end(), {name, value});
+  *result = JoinCommand(words);
   return {};
 }
 

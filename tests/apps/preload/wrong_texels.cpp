@@ -1,6 +1,16 @@
-// Preloaded into a program: what it reads back of textures has one channel wrong by 8.
+// Preloaded into a program: what it reads back of textures has one channel wrong by 8. With
+// GL3_CRASH_AFTERWARDS set, it crashes when it gives back a context after that.
+#include <EGL/egl.h>
 #include <GL/gl.h>
 #include <dlfcn.h>
+
+#include <cstdlib>
+
+namespace {
+
+bool g_crashes = false;
+
+}  // namespace
 
 extern "C" void glGetTexImage(GLenum target, GLint level, GLenum format, GLenum type,
                               void* pixels) {
@@ -9,4 +19,12 @@ extern "C" void glGetTexImage(GLenum target, GLint level, GLenum format, GLenum 
   next(target, level, format, type, pixels);
   auto* const red = static_cast<unsigned char*>(pixels);
   *red = static_cast<unsigned char>(*red < 128 ? *red + 8 : *red - 8);
+  g_crashes = std::getenv("GL3_CRASH_AFTERWARDS") != nullptr;
+}
+
+extern "C" EGLBoolean eglDestroyContext(EGLDisplay display, EGLContext context) {
+  if (g_crashes) std::abort();
+  static auto* const next =
+      reinterpret_cast<decltype(&eglDestroyContext)>(dlsym(RTLD_NEXT, "eglDestroyContext"));
+  return next(display, context);
 }
