@@ -2,8 +2,9 @@
 // (records and colours) and sorting their keys.
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
+#include <cstdint>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "bench/support/bare_surface.h"
@@ -15,6 +16,7 @@ namespace bench {
 namespace {
 
 constexpr std::size_t kPolygons[] = {10'000, 100'000};
+constexpr int kSide = 640;        // pixels of the picture
 constexpr double kMostRatio = 3;  // of the larger; the smaller's floor stays in the caches
 
 /// A polygon as plain bytes: the record, and three colours of a table pointer and four floats.
@@ -52,10 +54,27 @@ void CopyAndSort(const std::vector<PlainPolygon>& from, const std::vector<float>
   Use(keys.data());
 }
 
+/// The polygons in the order of their keys, drawn by bare OpenGL, as HostSurface::Pixels has them.
+std::vector<std::uint8_t> BarePixels(std::vector<VornPoly> polygons) {
+  std::sort(polygons.begin(), polygons.end(),
+            [](const VornPoly& a, const VornPoly& b) { return a.depthKey < b.depthKey; });
+  std::vector<GALitVertex> vertices;
+  for (const VornPoly& p : polygons) {
+    vertices.push_back({p.p0.x, p.p0.y, p.p0.z, 255, 0, 0, 255});
+    vertices.push_back({p.p1.x, p.p1.y, p.p1.z, 0, 255, 0, 255});
+    vertices.push_back({p.p2.x, p.p2.y, p.p2.z, 0, 0, 255, 255});
+  }
+  BareSurface surface(kSide, kSide);
+  BareSurface::Clear();
+  glDisable(GL_LIGHTING);
+  BareBatch(GL_TRIANGLES, vertices, Sequence(vertices.size())).CopyAndDraw();
+  return surface.Pixels();
+}
+
 void Run(const Options& options, Report& report) {
   const HostModule module;
   for (const std::size_t count : kPolygons) {
-    HostSurface surface(module.Driver(), 640, 640);
+    HostSurface surface(module.Driver(), kSide, kSide);
     surface.Begin();
     DisplayList& list = surface.List();
     list.BeginInstructions();
@@ -76,6 +95,8 @@ void Run(const Options& options, Report& report) {
     Row row = MeasureRow("coloured polygons", static_cast<double>(count), {floor}, ours, options);
     if (count == std::max(kPolygons[0], kPolygons[1])) row.mostRatio = kMostRatio;
     report.Add(row);
+    const std::string problem = Compare(BarePixels(polygons), surface.Pixels());
+    if (!problem.empty()) report.Fail(row.work + ": " + problem);
   }
 }
 

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "bench/support/bare_surface.h"
@@ -58,6 +59,8 @@ void Run(const Options& options, Report& report) {
     result.sizeText = fmt::format("{}x{}", width, height);
     result.mostRatio = kMostRatio;
     report.Add(result);
+    const std::string problem = Compare(ReadFrame(width, height), surface.Pixels());
+    if (!problem.empty()) report.Fail(result.work + ": " + problem);
   }
 }
 

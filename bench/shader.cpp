@@ -46,16 +46,6 @@ BitmapPtr MakePicture(Size size) {
   return bitmap;
 }
 
-/// Three bytes a pixel, as an opaque picture is uploaded.
-std::vector<std::uint8_t> PackedBytes(const HBitmapNode& bitmap) {
-  const auto* from = static_cast<const std::uint8_t*>(bitmap.GetBufferHead()->Data());
-  const std::size_t pixels = Size{bitmap.GetWidth(), bitmap.GetHeight()}.Pixels();
-  std::vector<std::uint8_t> bytes;
-  bytes.reserve(pixels * 3);
-  for (std::size_t i = 0; i < pixels; ++i, from += 4) bytes.insert(bytes.end(), from, from + 3);
-  return bytes;
-}
-
 GLuint MakeProgram(const char* source) {
   const GLuint shader = glCreateShader(GL_FRAGMENT_SHADER);
   glShaderSource(shader, 1, &source, nullptr);
@@ -115,7 +105,7 @@ class BareEffect {
   explicit BareEffect(const HBitmapNode& picture)
       : m_size{picture.GetWidth(), picture.GetHeight()},
         m_surface(m_size.width, m_size.height),
-        m_bytes(PackedBytes(picture)),
+        m_bytes(PackedBytes(picture, 3)),
         m_result(m_size.Pixels() * 4) {
     glDisable(GL_LIGHTING);
     glDisable(GL_BLEND);
@@ -245,6 +235,16 @@ void MeasureUpload(const Setting& s) {
                      end};
   AddRow(s, MeasureRow("upload", static_cast<double>(s.size.Pixels()), {floor}, ours, s.options),
          0);
+  if (s.options.oursOnly) return;
+  const auto readAfter = [&](const Work& work) {
+    work.prepare();
+    work.run();
+    const std::vector<std::uint8_t> texels = ReadTexture(texture, s.size.width, s.size.height);
+    work.cleanUp();
+    return texels;
+  };
+  const std::string problem = Compare(readAfter(floor), readAfter(ours));
+  if (!problem.empty()) s.report.Fail("upload: " + problem);
 }
 
 /// A run; the figures are those of the effect's default of one pass unless there are more.
@@ -322,6 +322,10 @@ void MeasureMerge(const Setting& s, int mode) {
   const char* name = mode == 0 ? "merge into a new buffer" : "merge over the source";
   AddRow(s, MeasureRow(name, static_cast<double>(s.size.Pixels()), {floor}, ours, s.options),
          kMostMerge);
+  ours.prepare();
+  ours.run();
+  const std::string problem = Compare(PackedBytes(*s.picture, 3), ToBytes(*bitmap));
+  if (!problem.empty()) s.report.Fail(name + (": " + problem));
 }
 
 void Run(const Options& options, Report& report) {

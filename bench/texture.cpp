@@ -9,7 +9,7 @@
 #include "bench/support/bare_surface.h"
 #include "bench/support/harness.h"
 #include "bench/support/host_module.h"
-#include "host/GATexture.h"
+#include "texture/GL3Texture.h"
 
 namespace bench {
 namespace {
@@ -32,18 +32,6 @@ BitmapPtr MakePicture(int side, bool transparent) {
     bytes[i * 4 + 3] = transparent ? 128 : 255;
   }
   return bitmap;
-}
-
-/// Bytes as an upload wants them, three a pixel or four.
-std::vector<std::uint8_t> PackedBytes(const HBitmapNode& bitmap, std::size_t bytesPerPixel) {
-  const auto* from = static_cast<const std::uint8_t*>(bitmap.FindBuffer("Color")->Data());
-  const std::size_t pixels = static_cast<std::size_t>(bitmap.GetWidth()) * bitmap.GetHeight();
-  std::vector<std::uint8_t> bytes;
-  bytes.reserve(pixels * bytesPerPixel);
-  for (std::size_t i = 0; i < pixels; ++i, from += 4) {
-    bytes.insert(bytes.end(), from, from + bytesPerPixel);
-  }
-  return bytes;
 }
 
 GLuint UploadBare(const std::vector<std::uint8_t>& bytes, int side, GLenum format) {
@@ -87,6 +75,14 @@ void Measure(GADriver* driver, int side, bool transparent, const Options& option
   row.sizeText = fmt::format("{}x{}", side, side);
   if (side == std::max(kSides[0], kSides[1])) row.mostRatio = kMostRatio;
   report.Add(row);
+  if (options.oursOnly) return;
+  ours.prepare();
+  ours.run();
+  const GLuint made = static_cast<const GL3GATexture&>(*texture).m_texture;
+  floor.run();
+  const std::string problem = Compare(ReadTexture(name, side, side), ReadTexture(made, side, side));
+  if (!problem.empty()) report.Fail(row.work + ": " + problem);
+  floor.cleanUp();
 }
 
 void Run(const Options& options, Report& report) {

@@ -3,8 +3,7 @@
 // state; with eight in turn every triangle is a run of its own.
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <numeric>
+#include <string>
 #include <vector>
 
 #include "bench/support/bare_surface.h"
@@ -23,11 +22,8 @@ constexpr double kMostRatio = 1.40;
 
 /// For each triangle its place in the order from far to near.
 std::vector<std::size_t> Ranks(const Triangles& triangles) {
-  std::vector<std::size_t> order(triangles.size() / 3), ranks(order.size());
-  std::iota(order.begin(), order.end(), std::size_t{0});
-  std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-    return DepthKey(triangles, a) > DepthKey(triangles, b);
-  });
+  const std::vector<std::size_t> order = OrderFarToNear(triangles);
+  std::vector<std::size_t> ranks(order.size());
   for (std::size_t i = 0; i < order.size(); ++i) ranks[order[i]] = i;
   return ranks;
 }

@@ -1,14 +1,17 @@
 // A frame of the viewer in its window, against the same frame off screen; showing it left out.
 #include <fmt/format.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "apps/gl3-view/scene_view.h"
 #include "apps/gl3-view/window_surface.h"
 #include "apps/gl3/work/frame_setup.h"
+#include "bench/support/bare_surface.h"
 #include "bench/support/child_process.h"
 #include "bench/support/harness.h"
 #include "bench/support/host_module.h"
@@ -85,6 +88,13 @@ void Measure(GADriver* driver, const std::shared_ptr<const hostkit::Scene>& scen
   row.sizeText = fmt::format("{}x{}", each.width, each.height);
   row.mostRatio = 1.2;
   report.Add(row);
+  if (options.oursOnly) return;
+  shown->Paint(*surface, settings, shown->ViewFor(choices));
+  const std::vector<std::uint8_t> inWindow = ReadFrame(each.width, each.height);
+  const hostkit::BitmapPtr offScreen = hidden.Read(each.width, each.height);
+  Check(offScreen != nullptr, "memory ran out");
+  const std::string problem = Compare(ToBytes(*offScreen), inWindow);
+  if (!problem.empty()) report.Fail(row.work + ": " + problem);
 }
 
 void Run(const Options& options, Report& report) {

@@ -107,6 +107,18 @@ std::vector<std::uint8_t> ReadFrame(int width, int height) {
   return pixels;
 }
 
+std::vector<std::uint8_t> ReadTexture(GLuint texture, int width, int height) {
+  std::vector<std::uint8_t> texels(static_cast<std::size_t>(width) *
+                                   static_cast<std::size_t>(height) * 4);
+  GLint found[2] = {0, 0};
+  glBindTexture(GL_TEXTURE_2D, texture);
+  glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &found[0]);
+  glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_HEIGHT, &found[1]);
+  if (found[0] != width || found[1] != height) return {};
+  glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels.data());
+  return texels;
+}
+
 BareTriangles::BareTriangles(const Triangles& triangles, Storage storage)
     : m_triangles(triangles), m_indices(Sequence(triangles.size())) {
   if (storage == Storage::kClientArrays) return;

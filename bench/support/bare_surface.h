@@ -45,6 +45,10 @@ void ReadRows(int width, int height, std::uint8_t* row);
 /// The current surface as red, green, blue bytes, the top row first.
 std::vector<std::uint8_t> ReadFrame(int width, int height);
 
+/// A texture of the current context's as red, green, blue, alpha bytes, the first row first. It is
+/// bound afterwards.
+std::vector<std::uint8_t> ReadTexture(GLuint texture, int width, int height);
+
 /// Triangles ready to be drawn, in memory (client arrays) or in buffers of OpenGL. A context that
 /// is current at construction must be at drawing and destruction.
 class BareTriangles {

@@ -79,15 +79,19 @@ float DepthKey(const Triangles& triangles, std::size_t triangle) {
   return -((v[0].z + v[1].z + v[2].z) * 0.33333334f);
 }
 
-Triangles FarToNear(const Triangles& triangles) {
+std::vector<std::size_t> OrderFarToNear(const Triangles& triangles) {
   std::vector<std::size_t> order(triangles.size() / 3);
   std::iota(order.begin(), order.end(), std::size_t{0});
   std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
     return DepthKey(triangles, a) > DepthKey(triangles, b);
   });
+  return order;
+}
+
+Triangles FarToNear(const Triangles& triangles) {
   Triangles sorted;
   sorted.reserve(triangles.size());
-  for (const std::size_t triangle : order) {
+  for (const std::size_t triangle : OrderFarToNear(triangles)) {
     for (std::size_t k = 0; k < 3; ++k) sorted.push_back(triangles[triangle * 3 + k]);
   }
   return sorted;

@@ -23,6 +23,9 @@ Triangles ScatteredTriangles(std::size_t triangles, int width, int height);
 /// Minus the mean depth of a triangle, as the queue has it.
 float DepthKey(const Triangles& triangles, std::size_t triangle);
 
+/// The numbers of the triangles, the farthest first.
+std::vector<std::size_t> OrderFarToNear(const Triangles& triangles);
+
 /// The same triangles, the farthest first.
 Triangles FarToNear(const Triangles& triangles);
 

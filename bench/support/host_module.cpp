@@ -89,6 +89,17 @@ std::vector<std::uint8_t> ToBytes(const HBitmapNode& bitmap) {
   return bytes;
 }
 
+std::vector<std::uint8_t> PackedBytes(const HBitmapNode& bitmap, std::size_t bytesPerPixel) {
+  const auto* from = static_cast<const std::uint8_t*>(bitmap.FindBuffer("Color")->Data());
+  const std::size_t pixels = static_cast<std::size_t>(bitmap.GetWidth()) * bitmap.GetHeight();
+  std::vector<std::uint8_t> bytes;
+  bytes.reserve(pixels * bytesPerPixel);
+  for (std::size_t i = 0; i < pixels; ++i, from += 4) {
+    bytes.insert(bytes.end(), from, from + bytesPerPixel);
+  }
+  return bytes;
+}
+
 std::string Compare(const std::vector<std::uint8_t>& floor, const std::vector<std::uint8_t>& ours) {
   if (floor.size() != ours.size()) return "the pictures have different sizes";
   constexpr int kRounding = 2;

@@ -65,6 +65,10 @@ class HostSurface {
 /// A picture of "ColorAlpha" halves as red, green, blue bytes.
 std::vector<std::uint8_t> ToBytes(const HBitmapNode& bitmap);
 
+/// A picture of "Color" bytes as an upload wants it: the first three channels of a pixel, or all
+/// four.
+std::vector<std::uint8_t> PackedBytes(const HBitmapNode& bitmap, std::size_t bytesPerPixel);
+
 /// Empty when two pictures agree but for rounding and show something, else what is wrong.
 std::string Compare(const std::vector<std::uint8_t>& floor, const std::vector<std::uint8_t>& ours);
 
