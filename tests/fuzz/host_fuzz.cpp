@@ -29,21 +29,31 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 }
 
 Inputs Seeds() {
-  constexpr char kMoves = 36;
   const std::string settings("\3\2\0\0\0", 5);
   const std::string tame = std::string(1, '\0') + settings, wild = "\1" + settings;
   Inputs seeds;
-  for (char move = 0; move < kMoves; ++move) {
+  // BeginScene with colour 0, as projection 0, two lights and the second material.
+  const std::string begin("\0\0\0\2\0\1\1", 7);
+  const std::string end(2, '\1');
+  for (int number = 0; number < HostPlayer::kMoveCount; ++number) {
     // The move in the middle of a scene, with values of all kinds; then on the edge of what there
     // is: the largest and the smallest int, NaN, infinity.
+    const auto move = static_cast<char>(number);
     std::string values;
     for (int i = 0; i < 60; ++i) values += static_cast<char>(i * 29 + move * 5);
-    const std::string begin = std::string(1, '\0') + values.substr(0, 14);
-    const std::string end(2, '\1');
     seeds.push_back(tame + begin + move + values.substr(0, 20) + end);
     seeds.push_back(wild + begin + move + values + end);
     for (char edge : {'\x87', '\x80', '\xC0', '\xC1'}) {
-      seeds.push_back(wild + std::string(15, '\0') + move + std::string(70, edge) + move);
+      seeds.push_back(wild + begin + move + std::string(70, edge) + move);
+    }
+  }
+  // Each effect, into a new buffer and over the picture.
+  for (const char effect : {'\0', '\1'}) {
+    for (const char mode : {'\0', '\1'}) {
+      const std::string name{'\0', effect}, picture{'\0', mode, '\0', '\x63'};
+      seeds.push_back(tame + static_cast<char>(HostPlayer::kInitEffect) + name +
+                      std::string{'\0', '\1', '\x8', mode, '\1'} +
+                      static_cast<char>(HostPlayer::kInitEffect + 1) + name + picture + picture);
     }
   }
   return seeds;

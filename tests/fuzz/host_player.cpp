@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <iterator>
 
-#include "driver/GL3Driver.h"
-#include "host/Bitmap.h"
 #include "hostkit/services/current_driver.h"
 #include "hostkit/services/registry.h"
 #include "platform/gl.h"
@@ -24,13 +23,17 @@ const HostPlayer::Move HostPlayer::kMoves[] = {
     &HostPlayer::AddLineArrays, &HostPlayer::AddShadedLines, &HostPlayer::AddRectangles,
     &HostPlayer::AddCurves, &HostPlayer::AddPolygons, &HostPlayer::AddTriangles,
     &HostPlayer::AddPolyline, &HostPlayer::AddFan, &HostPlayer::AddIndexedLists,
+    &HostPlayer::MakeProgram, &HostPlayer::DropProgram, &HostPlayer::InitEffect,
+    &HostPlayer::RunEffect, &HostPlayer::UploadPicture, &HostPlayer::MergePixels,
+    &HostPlayer::CompileShaders, &HostPlayer::Occlude,
     // From here on wild hosts alone.
     &HostPlayer::RestartDriver, &HostPlayer::SetBufferState, &HostPlayer::Prepare,
     &HostPlayer::AddVertices, &HostPlayer::AddPoints};
 const int HostPlayer::kMoveCount = static_cast<int>(std::size(kMoves));
 const int HostPlayer::kTameMoves = kMoveCount - 5;
+const int HostPlayer::kInitEffect = kTameMoves - 6;
 
-GADriver* HostPlayer::m_driver = nullptr;
+PlayedDriver* HostPlayer::m_driver = nullptr;
 
 HostPlayer::HostPlayer(Input& input) : m_input(input) {
   if (!input.Flag()) input.BeTame();
@@ -50,6 +53,11 @@ HostPlayer::~HostPlayer() {
     played.buffer.reset();
   }
   for (auto& texture : m_textures) texture.reset();
+  for (PlayedProgram& played : m_programs) {
+    played.program.reset();
+    played.surfaces.clear();
+  }
+  GL3GADriver::m_useopenmp = false;
   if (!GL3GADriver::m_context) m_driver->Initialize();
 }
 
@@ -68,13 +76,16 @@ void HostPlayer::Play() {
   }
   m_here = 0;
   // The driver's context stays; what went wrong in it is not the next player's.
-  static_cast<GL3GADriver*>(m_driver)->MakeCurrent();
+  m_driver->MakeCurrent();
   CheckErrors();
 }
 
 void HostPlayer::MakeSharedDriver() {
   if (m_driver) return;
-  m_driver = CreateDriver();
+  // Mesa 22.3 reads released memory when it links, as a program of its own, a vertex shader that
+  // its cache on disk knows. A game must not depend on what was played before either.
+  setenv("MESA_SHADER_CACHE_DISABLE", "true", 1);
+  m_driver = new PlayedDriver;
   hostkit::SetDriver(m_driver);
   Require(m_driver->Initialize() == 1, "no driver");
 }
@@ -98,7 +109,7 @@ void HostPlayer::ChooseSettings() {
   }
   GL3GABuffer::m_maxtransparentpolys = queueLimit;
   GL3GADriver::gl_max_vertices = vertexLimit;
-  static_cast<GL3GADriver*>(m_driver)->SetOption(GL3GADriver::kAntialias, antialias);
+  m_driver->SetOption(GL3GADriver::kAntialias, antialias);
 }
 
 void HostPlayer::RestartDriver() {
@@ -168,7 +179,9 @@ void HostPlayer::ChangeColor() {
       color = GAColor(m_driver->CreateColor(Color()));
       break;
     default:
-      color.Set(m_input.Byte(), m_input.Byte(), m_input.Byte(), m_input.Byte());
+      const std::array<unsigned char, 4> rgba{m_input.Byte(), m_input.Byte(), m_input.Byte(),
+                                              m_input.Byte()};
+      color.Set(rgba[0], rgba[1], rgba[2], rgba[3]);
       break;
   }
 }
@@ -244,7 +257,7 @@ void HostPlayer::MakeTexture() {
     texture->MakeGATexture(planes.data());
     return;
   }
-  auto* bitmap = new HBitmapNode(width, height);
+  const PlayedBitmap bitmap(new HBitmapNode(width, height));
   HRGBABuffer* pixels =
       bitmap->CreateRGBABuffer("Color", HBitmapBuffer::kByteChannel, width, height);
   bitmap->AddBuffer(pixels);
@@ -252,8 +265,7 @@ void HostPlayer::MakeTexture() {
     auto* bytes = static_cast<unsigned char*>(pixels->Data());
     for (int i = 0; i < width * height * 4; ++i) bytes[i] = static_cast<unsigned char>(shade + i);
   }
-  texture->MakeGATexture(bitmap, m_input.Below(3), 0, 0);
-  bitmap->DeleteHandle();
+  texture->MakeGATexture(bitmap.get(), m_input.Below(3), 0, 0);
 }
 
 void HostPlayer::FreeTexture() {

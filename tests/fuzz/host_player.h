@@ -1,9 +1,11 @@
 // A host that plays at random: the bytes of an input become calls of driver, buffers, display
-// lists, textures and colours.
+// lists, textures, colours and effects.
 //
 // The host keeps its side of the interface: arrays have the length that a call reads, materials,
 // lights and textures live until nothing that was drawn with them waits, a list goes before its
-// buffer does. Beyond that any call comes at any time, with any values.
+// buffer does, effects before their surfaces do. Beyond that any call comes at any time, with any
+// values. Arguments are read from the input one after the other, never within one argument list,
+// whose order is the compiler's: an input means the same everywhere.
 #pragma once
 
 #include <array>
@@ -13,8 +15,10 @@
 
 #include "buffer/GL3Buffer.h"
 #include "displaylist/GL3DisplayL.h"
-#include "host/GADriver.h"
+#include "driver/GL3Driver.h"
+#include "host/Bitmap.h"
 #include "host/RenderInfo.h"
+#include "shader/Gl3ShaderProgram.h"
 #include "tests/fuzz/input.h"
 #include "texture/GL3Texture.h"
 
@@ -27,8 +31,38 @@ struct PlayedBuffer {
   std::vector<std::unique_ptr<DisplayList>> lists;
 };
 
+using Buffers = std::vector<std::unique_ptr<GABuffer>>;
+
+/// Hands the surfaces that effects make, and never release, to whoever asks for them.
+class PlayedDriver final : public GL3GADriver {
+ public:
+  GABuffer* CreateBuffer(RenderInfo* info, int mode, int compatibleDC) override;
+
+  Buffers* keeper = nullptr;  ///< Not owned; null: who makes a buffer has it.
+};
+
+/// A shader program with its effects' surfaces.
+struct PlayedProgram {
+  struct Size {
+    int width = 0, height = 0;
+  };
+
+  RenderInfo info;
+  Buffers surfaces;
+  std::unique_ptr<GL3GAShaderProgram> program;
+  std::array<Size, 2> sizes;  ///< That blur and filter are set up for; 0: they are not.
+};
+
+struct ReleaseBitmap {
+  void operator()(HBitmapNode* bitmap) const { bitmap->DeleteHandle(); }
+};
+using PlayedBitmap = std::unique_ptr<HBitmapNode, ReleaseBitmap>;
+
 class HostPlayer {
  public:
+  static const int kMoveCount;
+  static const int kInitEffect;  // its number; RunEffect is the next
+
   /// Makes the driver that one player after the other uses: making it costs more than most games.
   static void MakeSharedDriver();
 
@@ -89,8 +123,17 @@ class HostPlayer {
   void AddFan();
   void AddIndexedLists();
 
+  // host_player_effects.cpp: the shader program, and what its class does for the effects.
+  void MakeProgram();
+  void DropProgram();
+  void InitEffect();
+  void RunEffect();
+  void UploadPicture();
+  void MergePixels();
+  void CompileShaders();
+  void Occlude();
+
   static const Move kMoves[];
-  static const int kMoveCount;
   static const int kTameMoves;  // how many of them leave no open block behind
 
   PlayedBuffer& Here() { return m_buffers[m_here]; }
@@ -101,6 +144,10 @@ class HostPlayer {
   AttrProperty* Material();
   LightListNode* Lights();
   GL3GATexture* Texture();
+  /// One of the shader programs; made when it is not there.
+  PlayedProgram& Program();
+  PlayedBitmap Picture(PlayedProgram::Size size);
+  PlayedProgram::Size PictureSize();
   Vector Point() { return {m_input.Float(), m_input.Float(), m_input.Float()}; }
   /// A screen coordinate.
   int Pixel() { return m_input.IsTame() ? m_input.Below(16) : m_input.Int(); }
@@ -113,7 +160,7 @@ class HostPlayer {
   std::vector<GAVertex> Vertices(int count);
   std::vector<unsigned short> Indices(int count, int vertices);
 
-  static GADriver* m_driver;  // stays when the process ends
+  static PlayedDriver* m_driver;  // stays when the process ends
   Input& m_input;
   std::array<PlayedBuffer, 3> m_buffers;
   std::size_t m_here = 0;
@@ -123,4 +170,5 @@ class HostPlayer {
   LightOwner m_owner;
   std::deque<std::array<LightListNode, 6>> m_lightLists;  // queued records keep pointers
   std::array<std::unique_ptr<GL3GATexture>, 4> m_textures;
+  std::array<PlayedProgram, 2> m_programs;
 };

@@ -87,36 +87,40 @@ void HostPlayer::SetFog() {
 void HostPlayer::Overlay() {
   constexpr float kPlanes[] = {-1, -1000, -5, 0};
   const float z = m_input.IsTame() ? m_input.OneOf(kPlanes) : m_input.Float();
-  std::string text;
-  CRect rect;
   switch (m_input.Below(4)) {
-    case 0:
-      text = m_input.Text(5);
-      Buffer().TextOutA(Pixel(), Pixel(), text.c_str(), Color(), 0);
+    case 0: {
+      const std::string text = m_input.Text(5);
+      const int x = Pixel(), y = Pixel();
+      Buffer().TextOutA(x, y, text.c_str(), Color(), 0);
       break;
+    }
     case 1:
       Buffer().TextOutA(0, 0, nullptr, Color(), 0);
       break;
-    case 2:
-      Buffer().AfxFillRect(Pixel(), Pixel(), Pixel(), Pixel(), z, Color());
+    case 2: {
+      const CRect rect{Pixel(), Pixel(), Pixel(), Pixel()};
+      Buffer().AfxFillRect(rect.left, rect.top, rect.right, rect.bottom, z, Color());
       break;
-    default:
-      rect = CRect(Pixel(), Pixel(), Pixel(), Pixel());
-      Buffer().TransparentBlit(Texture(), rect, z, {m_input.Float(), m_input.Float()},
-                               m_input.Float());
+    }
+    default: {
+      GL3GATexture* const texture = Texture();
+      const CRect rect{Pixel(), Pixel(), Pixel(), Pixel()};
+      const Vector2 scale{m_input.Float(), m_input.Float()};
+      Buffer().TransparentBlit(texture, rect, z, scale, m_input.Float());
       break;
+    }
   }
 }
 
 void HostPlayer::ReadBack() {
   const int width = m_input.IsTame() ? m_input.Below(40) : std::min(m_input.Int(), 60);
   const int height = m_input.Below(40);
-  auto* node = new HBitmapNode(width, height);
-  Require(Buffer().FillBitmapNode(node, m_input.Flag()) == 1, "nothing was read back");
+  const PlayedBitmap node(new HBitmapNode(width, height));
+  Require(Buffer().FillBitmapNode(node.get(), m_input.Flag()) == 1, "nothing was read back");
   const HBitmapBuffer* buffer = node->FindBuffer("ColorAlpha");
   Require(!buffer == (width <= 0 || height <= 0), "read back without pixels");
-  node->DeleteHandle();
-  Buffer().GetZValue(Pixel(), Pixel());
+  const int x = Pixel(), y = Pixel();
+  Buffer().GetZValue(x, y);
 }
 
 void HostPlayer::BlitSomething() {
@@ -177,7 +181,8 @@ void HostPlayer::SetBufferState() {
   if (what == 0) Buffer().SetRenderState();
   if (what == 1) Buffer().OnSize();
   if (what == 2) Buffer().SetupLights(Lights());
-  if (what == 3) Buffer().SetMaterial(Material(), m_input.Float());
+  AttrProperty* const material = Material();
+  if (what == 3) Buffer().SetMaterial(material, m_input.Float());
   if (what == 4) Buffer().SetMaterial(m_input.Flag());
   if (what == 5) Buffer().SetProjection(m_input.Int());
 }

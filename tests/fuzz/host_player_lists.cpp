@@ -7,9 +7,11 @@ void HostPlayer::SetListState() {
     case 0:
       list.SetTexture(Texture());
       break;
-    case 1:
-      list.SetMaterial(Material(), m_input.Float());
+    case 1: {
+      AttrProperty* const material = Material();
+      list.SetMaterial(material, m_input.Float());
       break;
+    }
     case 2:
       list.SetupLights(Lights());
       break;
@@ -78,21 +80,24 @@ void HostPlayer::Prepare() {
 void HostPlayer::AddVertices() {
   DisplayList& list = List();
   for (int i = Count(6); i > 0; --i) {
-    switch (m_input.Below(5)) {
+    const int kind = m_input.Below(5);
+    const Vector point = Point();
+    const GAColor& color = Color();
+    switch (kind) {
       case 0:
-        list.AddOGLVertex(Point(), Color());
+        list.AddOGLVertex(point, color);
         break;
       case 1:
-        list.AddTransformedVertex(Point());
+        list.AddTransformedVertex(point);
         break;
       case 2:
-        list.AddTransformedVertex(Point(), Color());
+        list.AddTransformedVertex(point, color);
         break;
       case 3:
-        list.AddTransformedVertex(Point(), Color(), {m_input.Float(), m_input.Float()});
+        list.AddTransformedVertex(point, color, {m_input.Float(), m_input.Float()});
         break;
       default:
-        list.TransformAndAddVertex(Point(), Color());
+        list.TransformAndAddVertex(point, color);
         break;
     }
   }
@@ -101,7 +106,9 @@ void HostPlayer::AddVertices() {
 void HostPlayer::AddPoints() {
   DisplayList& list = List();
   for (int i = Count(5); i > 0; --i) {
-    m_input.Flag() ? list.AddTransformedPoint(Point()) : list.AddTransformedPoint(Point(), Color());
+    const bool isPlain = m_input.Flag();
+    const Vector point = Point();
+    isPlain ? list.AddTransformedPoint(point) : list.AddTransformedPoint(point, Color());
   }
   list.AddPoint(0);
   list.AddLine(0, 1);

@@ -7,30 +7,34 @@
 
 void HostPlayer::AddLines() {
   DisplayList& list = List();
-  switch (m_input.Below(8)) {
+  const int kind = m_input.Below(8);
+  const Vector a = Point(), b = Point();
+  GAColor& color = Color();
+  GAColor& other = Color();
+  switch (kind) {
     case 0:
-      list.AddLine(Point(), Point());
+      list.AddLine(a, b);
       break;
     case 1:
-      list.AddLine(Point(), Point(), Color());
+      list.AddLine(a, b, color);
       break;
     case 2:
-      list.AddLine(Point(), Color(), Point(), Color());
+      list.AddLine(a, color, b, other);
       break;
     case 3:
-      list.AddTransformedLine(Point(), Point());
+      list.AddTransformedLine(a, b);
       break;
     case 4:
-      list.AddTransformedLine(Point(), Point(), Color());
+      list.AddTransformedLine(a, b, color);
       break;
     case 5:
-      list.AddTransformedLineRef(Point(), Point());
+      list.AddTransformedLineRef(a, b);
       break;
     case 6:
-      list.AddTransformedLineRef(Point(), Point(), Color());
+      list.AddTransformedLineRef(a, b, color);
       break;
     default:
-      list.AddTransformedLine(Point(), Color(), Point(), Color());
+      list.AddTransformedLine(a, color, b, other);
       break;
   }
 }
@@ -43,15 +47,18 @@ void HostPlayer::AddLineArrays() {
   std::vector<Vector> b(size, Point());
   std::vector<GALitVertex> vertices(size);
   std::vector<unsigned int> indices(size > 0 ? static_cast<std::size_t>(m_input.Below(9)) : 0);
-  switch (m_input.Below(4)) {
+  const int kind = m_input.Below(4);
+  GAColor& color = Color();
+  GAColor& other = Color();
+  switch (kind) {
     case 0:
       list.AddTransformedLineList(a.data(), count);
       break;
     case 1:
-      list.AddTransformedLineList(a.data(), b.data(), count, Color(), Color());
+      list.AddTransformedLineList(a.data(), b.data(), count, color, other);
       break;
     case 2:
-      list.AddLineList(a.data(), b.data(), count, Color(), Color());
+      list.AddLineList(a.data(), b.data(), count, color, other);
       break;
     default:
       for (auto& index : indices) index = m_input.Byte() % static_cast<unsigned>(size);
@@ -77,7 +84,8 @@ void HostPlayer::AddRectangles() {
   DisplayList& list = List();
   const int x1 = Pixel(), y1 = Pixel(), x2 = Pixel(), y2 = Pixel();
   const float z = m_input.Float();
-  switch (m_input.Below(6)) {
+  const int kind = m_input.Below(6), across = m_input.Int(), down = m_input.Int();
+  switch (kind) {
     case 0:
       list.AddRectangle(x1, y1, x2, y2, z);
       break;
@@ -91,41 +99,46 @@ void HostPlayer::AddRectangles() {
       list.AddSolidRectangle(x1, y1, x2, y2, z, Color());
       break;
     case 4:
-      list.AddRoundRect(x1, y1, x2, y2, z, m_input.Int(), m_input.Int(), Color());
+      list.AddRoundRect(x1, y1, x2, y2, z, across, down, Color());
       break;
-    default:
-      list.AddCP(Point(), m_input.Int(), Color());
+    default: {
+      const Vector place = Point();
+      list.AddCP(place, across, Color());
       break;
+    }
   }
 }
 
 void HostPlayer::AddCurves() {
   DisplayList& list = List();
+  const int kind = m_input.Below(8);
   const float radius = m_input.Float();
-  switch (m_input.Below(8)) {
+  const Vector a = Point(), b = Point(), c = Point();
+  GAColor& color = Color();
+  switch (kind) {
     case 0:
-      list.AddCircle(Point(), Point(), Point());
+      list.AddCircle(a, b, c);
       break;
     case 1:
-      list.AddCircle(Point(), Point(), Point(), Color());
+      list.AddCircle(a, b, c, color);
       break;
     case 2:
-      list.AddSemiCircle(Point(), Point(), Point(), Color());
+      list.AddSemiCircle(a, b, c, color);
       break;
     case 3:
-      list.AddTransformedSemiCircle(Point(), Point(), Point(), Color());
+      list.AddTransformedSemiCircle(a, b, c, color);
       break;
     case 4:
-      list.AddTransformedCircle(Point(), radius);
+      list.AddTransformedCircle(a, radius);
       break;
     case 5:
-      list.AddTransformedCircle(Point(), radius, Color());
+      list.AddTransformedCircle(a, radius, color);
       break;
     case 6:
-      list.AddSphere(Point(), radius, Color());
+      list.AddSphere(a, radius, color);
       break;
     default:
-      list.AddTransformedSphere(Point(), radius, Color());
+      list.AddTransformedSphere(a, radius, color);
       break;
   }
 }
@@ -164,9 +177,11 @@ void HostPlayer::AddTriangles() {
     case 0:
       list.AddTransformedTri(vertices.data(), m_input.Flag());
       break;
-    case 1:
-      list.AddTransformedQuad(vertices.data(), m_input.Below(4), m_input.Flag());
+    case 1: {
+      const int mode = m_input.Below(4);
+      list.AddTransformedQuad(vertices.data(), mode, m_input.Flag());
       break;
+    }
     case 2:
       for (RGBFloat& color : colors) color.red = m_input.Float();
       list.AddTransformedQuad(vertices.data(), colors, m_input.Flag());

@@ -33,12 +33,20 @@ Inputs AllInputs() {
 static int WriteSeeds(const std::string& folder) {
   int number = 0;
   for (const std::string& input : AllInputs()) {
-    std::ofstream(folder + "/seed" + std::to_string(number++), std::ios::binary) << input;
+    const std::string path = folder + "/seed" + std::to_string(number++);
+    std::ofstream file(path, std::ios::binary);
+    file << input;
+    file.close();
+    if (file) continue;
+    std::fprintf(stderr, "%s: cannot be written; see that there is such a folder with room\n",
+                 path.c_str());
+    return 1;
   }
   return 0;
 }
 
-/// Called by libFuzzer before anything else: with GL3_FUZZ_SEEDS, writes the seeds there and ends.
+/// Called by libFuzzer before anything else: with GL3_FUZZ_SEEDS, writes the seeds there and ends,
+/// with status 1 when it cannot.
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   if (const char* folder = std::getenv("GL3_FUZZ_SEEDS")) std::exit(WriteSeeds(folder));
   return 0;
