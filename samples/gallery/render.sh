@@ -4,6 +4,7 @@
 set -euo pipefail
 bin=$1 out=$2 size=$3
 table=$(dirname "$(readlink -f "$0")")/pictures.txt
+export GL3_REGISTRY=/dev/null # the defaults, whatever settings the user has
 
 mkdir -p "$out/models"
 "$bin/make_samples" "$out/models" >/dev/null
