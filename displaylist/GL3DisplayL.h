@@ -19,10 +19,10 @@ class GL3GATexture;
 /// OpenGL implementation of the host's display list.
 ///
 /// Nothing is recorded for later: every call acts on the buffer's context. Small primitives go into
-/// one open glBegin block; lines and triangles are gathered into batches, which are flushed when
-/// they grow beyond "Max Vertices" or when a state change would alter their look. A batch is drawn
-/// with the state in force at the flush. Textures are set and batches flushed through the virtual
-/// table, so that a subclass sees it.
+/// one open glBegin block; lines and triangles are gathered into batches, which are flushed when a
+/// state change would alter their look, triangles but those of control points also when they grow
+/// beyond "Max Vertices". A batch is drawn with the state in force at the flush. Textures are set
+/// and batches flushed through the virtual table, so that a subclass sees it.
 class GL3DisplayList : public DisplayList {
  public:
   /// `info` names the buffer to draw into, which must have its context already.

@@ -7,13 +7,13 @@ namespace {
 /// Draws a batch with the client arrays that its vertex format has, which the caller pointed to.
 template <class V>
 void DrawTriangles(const VertexBatch<V>& batch) {
-  glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(batch.indices.size()), GL_UNSIGNED_INT,
-                 batch.indices.data());
+  glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(batch.indices.Size()), GL_UNSIGNED_INT,
+                 batch.indices.Data());
 }
 
 void FlushLit(VertexBatch<GAVertex>& batch, bool textured) {
-  if (batch.vertices.empty()) return;
-  const GAVertex& first = *batch.vertices.data();
+  if (batch.vertices.IsEmpty()) return;
+  const GAVertex& first = *batch.vertices.Data();
   glEnableClientState(GL_VERTEX_ARRAY);
   glEnableClientState(GL_NORMAL_ARRAY);
   if (textured) glEnableClientState(GL_TEXTURE_COORD_ARRAY);
@@ -28,8 +28,8 @@ void FlushLit(VertexBatch<GAVertex>& batch, bool textured) {
 }
 
 void FlushColored(VertexBatch<GALitVertex>& batch) {
-  if (batch.vertices.empty()) return;
-  const GALitVertex& first = *batch.vertices.data();
+  if (batch.vertices.IsEmpty()) return;
+  const GALitVertex& first = *batch.vertices.Data();
   glEnableClientState(GL_VERTEX_ARRAY);
   glEnableClientState(GL_COLOR_ARRAY);
   glVertexPointer(3, GL_FLOAT, sizeof(GALitVertex), &first.x);
@@ -41,8 +41,8 @@ void FlushColored(VertexBatch<GALitVertex>& batch) {
 }
 
 void FlushColoredTextured(VertexBatch<GALitVertexWT>& batch) {
-  if (batch.vertices.empty()) return;
-  const GALitVertexWT& first = *batch.vertices.data();
+  if (batch.vertices.IsEmpty()) return;
+  const GALitVertexWT& first = *batch.vertices.Data();
   glEnableClientState(GL_VERTEX_ARRAY);
   glEnableClientState(GL_TEXTURE_COORD_ARRAY);
   glEnableClientState(GL_COLOR_ARRAY);

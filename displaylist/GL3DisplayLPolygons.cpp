@@ -66,7 +66,7 @@ bool GL3DisplayList::QueuePolygon(const VornPoly& p) {
 }
 
 void GL3DisplayList::AppendPolygon(const VornPoly& p, const PolygonColors& colors) {
-  const auto base = static_cast<std::uint32_t>(m_coloredTextured.indices.size());
+  const auto base = static_cast<std::uint32_t>(m_coloredTextured.indices.Size());
   m_coloredTextured.vertices.Append(ColoredVertex(p.p0, colors.c0, p.uv0),
                                     ColoredVertex(p.p1, colors.c1, p.uv1),
                                     ColoredVertex(p.p2, colors.c2, p.uv2));
@@ -78,7 +78,7 @@ void GL3DisplayList::AddTransformedPolygon(const VornPoly& polygon, int checkTra
       QueuePolygon(polygon)) {
     return;
   }
-  StartAppending(m_coloredTextured.indices.size());
+  StartAppending(m_coloredTextured.indices.Size());
   AppendPolygon(polygon, ColorsOf(polygon));
 }
 
@@ -94,7 +94,7 @@ void GL3DisplayList::AddTransformedPolygons(const VornPoly* polygons, int count,
     while (next != sorted.cend() && QueuePolygon(copies[next->index])) ++next;
     if (next == sorted.cend()) return;
   }
-  StartAppending(m_coloredTextured.indices.size());
+  StartAppending(m_coloredTextured.indices.Size());
   // Colours lie all over the memory: in the order of their making they are quickest to find.
   std::vector<PolygonColors> colors;
   colors.reserve(copies.size());

@@ -60,7 +60,7 @@ void GL3DisplayList::AddCP(const Vector& p, int size, GAColor& color) {
   }
   m_buffer->SetState(GL3GABuffer::kArraysPending, true);
   const ColorBuf c = ColorBytes(color);
-  const auto base = static_cast<std::uint32_t>(m_colored.vertices.size());
+  const auto base = static_cast<std::uint32_t>(m_colored.vertices.Size());
   const auto corner = [&](float x, float y) {
     return GALitVertex{x, y, p.z, c.red, c.green, c.blue, c.alpha};
   };

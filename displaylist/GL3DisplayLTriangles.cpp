@@ -25,16 +25,16 @@ void GL3DisplayList::AddTransformedTri(GAVertex* v, int checkTransparency) {
     return;
   }
   VertexBatch<GAVertex>& batch = m_litTextured;  // whether or not there is a texture
-  StartAppending(batch.vertices.size());
-  const auto base = static_cast<std::uint32_t>(batch.vertices.size());
+  StartAppending(batch.vertices.Size());
+  const auto base = static_cast<std::uint32_t>(batch.vertices.Size());
   batch.vertices.Append(a, b, c);
   batch.AddTriangle(base);
 }
 
 void GL3DisplayList::AppendQuad(const GAVertex* v, bool textured) {
   VertexBatch<GAVertex>& batch = textured ? m_litTextured : m_lit;
-  StartAppending(batch.vertices.size());
-  const auto base = static_cast<std::uint32_t>(batch.vertices.size());
+  StartAppending(batch.vertices.Size());
+  const auto base = static_cast<std::uint32_t>(batch.vertices.Size());
   batch.vertices.Append(v[0], v[1], v[3], v[2]);
   batch.AddQuad(base);
 }

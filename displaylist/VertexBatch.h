@@ -17,10 +17,10 @@ class GatheredArray {
   static_assert(std::is_trivially_copyable_v<T>);
 
  public:
-  bool empty() const { return m_size == 0; }
-  std::size_t size() const { return m_size; }
-  const T* data() const { return reinterpret_cast<const T*>(m_bytes.get()); }
-  void clear() { m_size = 0; }
+  bool IsEmpty() const { return m_size == 0; }
+  std::size_t Size() const { return m_size; }
+  const T* Data() const { return reinterpret_cast<const T*>(m_bytes.get()); }
+  void Clear() { m_size = 0; }
 
   template <class... Items>
   void Append(const Items&... items) {
@@ -51,8 +51,8 @@ struct VertexBatch {
   GatheredArray<std::uint32_t> indices;
 
   void Clear() {
-    vertices.clear();
-    indices.clear();
+    vertices.Clear();
+    indices.Clear();
   }
   /// The indices of the triangle whose vertices stand at `base`.
   void AddTriangle(std::uint32_t base) { indices.Append(base, base + 1, base + 2); }

@@ -58,7 +58,7 @@ class GL3GAShaderProgram : public GAShaderProgram {
   virtual unsigned int CreateProgramFromShaders(unsigned int vertexShader,
                                                 unsigned int fragmentShader);
   /// The bitmap's picture as a GL texture, owned by the caller, scaled to a size that the GL takes:
-  /// see ShaderTextureSize. `*pixels` becomes its width times its height. Row 0 is the bitmap's
+  /// see ShaderTextureSize. `pixels` becomes its width times its height. Row 0 is the bitmap's
   /// top row. Returns 0 without picture or memory.
   virtual unsigned int CreateTextureForShader(HBitmapNode* bitmap, int& pixels);
   /// A depth texture of that size, owned by the caller, from the bitmap's first buffer, which must

@@ -11,7 +11,7 @@
 /// Textures live in the driver's context and are shared by every buffer's. The makers make that
 /// context current, except the one for shaders, whose caller does. Each maker creates a new GL
 /// texture without freeing the one before: free first, then remake. The makers answer 1 whatever
-/// the GL does, and 0 only when there is no memory for the pixels.
+/// the GL does, and 0 only without picture or memory for its pixels or with a side of 0 or less.
 class GL3GATexture final : public GATexture {
  public:
   enum Flag : std::uint8_t { kHasTransparency = 1 };
