@@ -13,13 +13,18 @@ namespace {
 constexpr int kWidth = 1920, kHeight = 1080;
 
 struct Case {
+  const char* work;
   std::size_t triangles;
-  double mostRatio;
+  double mostRatio;   // 0: no target
+  std::size_t piece;  // triangles that are drawn together; 0: all of them
 };
-constexpr Case kCases[] = {{100'000, 1.10}, {1'000'000, 1.20}};
+constexpr Case kCases[] = {{"opaque frame", 100'000, 1.10, 0},
+                           {"opaque frame", 1'000'000, 1.20, 0},
+                           {"in pieces of 10,000", 100'000, 0, 10'000},
+                           {"in pieces of 10,000", 1'000'000, 0, 10'000}};
 
 void DrawThroughModule(HostSurface& surface, AttrProperty& material, const Triangles& triangles,
-                       HBitmapNode* bitmap) {
+                       std::size_t piece, HBitmapNode* bitmap) {
   DisplayList& list = surface.List();
   surface.Begin();
   list.BeginInstructions();
@@ -28,7 +33,9 @@ void DrawThroughModule(HostSurface& surface, AttrProperty& material, const Trian
   list.SetMaterial(&material, 0);
   list.SetupLights(nullptr);
   GAVertex record[4];  // the third is not used
+  const std::size_t flushEvery = 3 * (piece ? piece : triangles.size());
   for (std::size_t i = 0; i < triangles.size(); i += 3) {
+    if (i > 0 && i % flushEvery == 0) list.FlushArrays();
     record[0] = triangles[i];
     record[1] = triangles[i + 1];
     record[3] = triangles[i + 2];
@@ -66,14 +73,15 @@ void Run(const Options& options, Report& report) {
         std::make_unique<BareTriangles>(triangles, BareTriangles::Storage::kBuffers);
     HostSurface surface(module.Driver(), kWidth, kHeight);
     BitmapPtr bitmap;
-    const Work ours = {[&] {
-                         bitmap = surface.NewBitmap();
-                         surface.Buffer().IsFogEnabled();  // makes its context current
-                         glFinish();
-                       },
-                       [&] { DrawThroughModule(surface, material, triangles, bitmap.get()); },
-                       {}};
-    Row row = MeasureRow("opaque frame", static_cast<double>(each.triangles),
+    const Work ours = {
+        [&] {
+          bitmap = surface.NewBitmap();
+          surface.Buffer().IsFogEnabled();  // makes its context current
+          glFinish();
+        },
+        [&] { DrawThroughModule(surface, material, triangles, each.piece, bitmap.get()); },
+        {}};
+    Row row = MeasureRow(each.work, static_cast<double>(each.triangles),
                          {BareFrame(bare, arrays), BareFrame(bare, *buffers)}, ours, options);
     row.mostRatio = each.mostRatio;
     report.Add(row);
