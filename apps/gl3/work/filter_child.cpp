@@ -106,11 +106,11 @@ Outcome FilterRun::Read(FilteredPicture* report, hostkit::ByteImage* image) {
   report->read = watch.Milliseconds();
   if (facts.wasLinear) m_line.Note(report->input + ": its linear light was encoded for display");
   if (facts.clipped && !std::exchange(m_warnedOfClipping, true)) {
-    Warn(report->input +
-             ": colours above 1 were cut, since effects work on 8 bits from 0 to 1; scale the "
-             "picture's "
-             "light down first to keep them",
-         true);
+    Warn(
+        report->input +
+            ": colours above 1 were cut, since effects work on 8 bits from 0 to 1; scale its light "
+            "down first to keep them",
+        true);
   }
   return {};
 }
