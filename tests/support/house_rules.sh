@@ -35,9 +35,9 @@ breach "host/ stands on platform/ alone" < <(includes host -- "${module[@]}" hos
 breach "platform/ stands on libraries alone" \
   < <(includes platform -- "${module[@]}" host hostkit apps tests)
 
-breach "at most 600 lines a file" < <(find . -path ./build -prune -o -path ./.git -prune -o \
+breach "at most 500 lines a file" < <(find . -path ./build -prune -o -path ./.git -prune -o \
   \( -name '*.h' -o -name '*.cpp' -o -name '*.sh' -o -name CMakeLists.txt -o -name dev \) \
-  -type f -exec awk 'END {if (FNR > 600) print FILENAME ": " FNR}' {} \;)
+  -type f -exec awk 'END {if (FNR > 500) print FILENAME ": " FNR}' {} \;)
 breach "file names outside host/ and the module are lower_snake_case" \
   < <(find platform hostkit apps tests bench samples \( -name '*.h' -o -name '*.cpp' \) \
     -name '*[^a-z0-9_.]*' 2>/dev/null)
