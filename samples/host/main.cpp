@@ -26,7 +26,7 @@ AttrProperty BoxMaterial(int box) {
   AttrProperty material;
   material.base = {0.9f - 0.7f * share, 0.35f, 0.2f + 0.7f * share};
   material.specular = {1, 1, 1};
-  material.ambientSource = material.kFromBaseColor;
+  material.ambientSource = AttrProperty::kFromBaseColor;
   material.ambientFactor = 0.4f;
   material.specularFactor = 0.4f;
   material.roughness = 0.3f;
