@@ -170,7 +170,7 @@ TEST_F(Info, OutlivesDriversThatCrashOrHang) {
 TEST_F(Info, ForgivesACrashAfterTheLastVerdict) {
   Gl3Setup setup;
   setup.environment = {"LD_PRELOAD=" GL3_WRONG_TEXELS, "GL3_CRASH_AFTERWARDS=1",
-                       "ASAN_OPTIONS=verify_asan_link_order=0"};
+                       "ASAN_OPTIONS=verify_asan_link_order=0:intercept_tls_get_addr=0"};
   const Json report = Json::parse(Run({"info", "--check", "--json"}, setup).out);
   EXPECT_EQ(report["failed"], 1) << report;
   EXPECT_EQ(report["checks"].back()["name"], "effects");

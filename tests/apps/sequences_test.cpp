@@ -213,6 +213,7 @@ TEST_F(Sequences, ACrashNamesTheFrame) {
       m_work, m_logs,
       {"render", "squares.obj", "-o", "k##.png", "--turntable", "90", "-s", "1500x1500", "-v"});
   ASSERT_TRUE(process.WaitFor("k02.png: written"));
+  ASSERT_GT(process.Child(), 0);
   kill(process.Child(), SIGABRT);
   const Gl3Result result = process.Finish();
   EXPECT_NE(result.status, 0);
@@ -228,6 +229,7 @@ TEST_F(Sequences, TheTimeLimitCountsFromPictureToPicture) {
   for (const char* step : {"k001.png: written", "k100.png: written"}) {
     ASSERT_TRUE(process.WaitFor(step));
     const pid_t child = process.Child();
+    ASSERT_GT(child, 0);
     kill(child, SIGSTOP);
     usleep(2000000);  // less than the limit, and both together more than it
     kill(child, SIGCONT);

@@ -69,9 +69,10 @@ TEST_F(Terminals, ShowProgressInOneLineOfPlainText) {
     Gl3Process working(m_work, m_logs,
                        {"render", name, "-o", "x.png", "-s", "32x32", isQuiet ? "-q" : "-v"},
                        setup);
-    while (working.Child() == 0) usleep(1000);
+    for (int i = 0; i < 10000 && working.Child() == 0; ++i) usleep(1000);
     ASSERT_TRUE(isQuiet || terminal.WaitFor(": importing it\r\n"));
     const pid_t child = working.Child();
+    ASSERT_GT(child, 0);
     kill(child, SIGSTOP);
     usleep(1300000);  // progress is shown after a second
     kill(child, SIGCONT);

@@ -36,7 +36,8 @@ class KilledWriter : public Gl3Test, public testing::WithParamInterface<Writer> 
     // Orphans come to this process, which waits for their end.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     if (!GetParam().namedFilesOnly) return;
-    m_setup.environment = {"LD_PRELOAD=" GL3_PRELOAD, "ASAN_OPTIONS=verify_asan_link_order=0"};
+    m_setup.environment = {"LD_PRELOAD=" GL3_PRELOAD,
+                           "ASAN_OPTIONS=verify_asan_link_order=0:intercept_tls_get_addr=0"};
   }
   ~KilledWriter() override { prctl(PR_SET_CHILD_SUBREAPER, 0); }
 
