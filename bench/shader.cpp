@@ -322,6 +322,7 @@ void MeasureMerge(const Setting& s, int mode) {
   const char* name = mode == 0 ? "merge into a new buffer" : "merge over the source";
   AddRow(s, MeasureRow(name, static_cast<double>(s.size.Pixels()), {floor}, ours, s.options),
          kMostMerge);
+  if (s.options.oursOnly) return;
   ours.prepare();
   ours.run();
   const std::string problem = Compare(PackedBytes(*s.picture, 3), ToBytes(*bitmap));
