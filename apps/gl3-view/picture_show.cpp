@@ -38,9 +38,9 @@ bool PictureShow::Take(const hostkit::Picture& picture) {
   return true;
 }
 
-void PictureShow::Paint(WindowSurface& surface) {
+bool PictureShow::Paint(WindowSurface& surface) {
   surface.Buffer()->Clear();
-  m_painter.Paint(surface.Target(), m_settings, 0, 0, surface.Width(), surface.Height());
+  return m_painter.Paint(surface.Target(), m_settings, 0, 0, surface.Width(), surface.Height());
 }
 
 Projection::Projection(const hostkit::View& view, int width, int height)

@@ -20,8 +20,8 @@ class PictureShow {
 
   /// Takes a picture that was drawn at the window's size. False without memory.
   bool Take(const hostkit::Picture& picture);
-  /// Draws it over all of the surface; does not show that yet.
-  void Paint(WindowSurface& surface);
+  /// Draws it over all of the surface; does not show that yet. False without memory.
+  bool Paint(WindowSurface& surface);
 
  private:
   hostkit::OverlayPainter m_painter;

@@ -24,12 +24,12 @@ hostkit::View SceneView::ViewFor(const gl3::RenderOptions& options) const {
   return hostkit::ViewFor(chooser.Choose(*m_scene, -1, 1), m_bounds);
 }
 
-void SceneView::Paint(WindowSurface& surface, const hostkit::FrameSettings& settings,
+bool SceneView::Paint(WindowSurface& surface, const hostkit::FrameSettings& settings,
                       const hostkit::View& view) {
   m_painter->Begin(settings, view);
   m_painter->Paint(surface.Target(), {0, 0, surface.Width(), surface.Height()},
                    settings.background);
-  m_painter->PaintOverlays(surface.Target());
+  return m_painter->PaintOverlays(surface.Target());
 }
 
 hostkit::Picture SceneView::Render(const gl3::RenderOptions& options,

@@ -33,8 +33,8 @@ class SceneView {
   hostkit::View ViewFor(const gl3::RenderOptions& options) const;
 
   /// Draws a frame into the surface, with one sample a pixel; does not show it. The size in
-  /// `settings` is the surface's.
-  void Paint(WindowSurface& surface, const hostkit::FrameSettings& settings,
+  /// `settings` is the surface's. False when memory ran out for an overlay, which is then missing.
+  bool Paint(WindowSurface& surface, const hostkit::FrameSettings& settings,
              const hostkit::View& view);
   /// Draws a frame off screen and puts it through the effects, exactly as `gl3 render` does. A
   /// picture without bitmap and one line in `*error` on failure.

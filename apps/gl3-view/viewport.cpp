@@ -159,27 +159,28 @@ bool Viewport::EnsureSurface(std::string* error) {
   return m_surface && m_surface->Fit(error);
 }
 
-void Viewport::PaintScene() {
+bool Viewport::PaintScene() {
   hostkit::FrameSettings settings = m_settings;
   settings.width = m_surface->Width();
   settings.height = m_surface->Height();
   settings.samplesPerSide = 1;
   settings.transparentBackground = false;
   settings.depth = false;
-  m_scene->Paint(*m_surface, settings, CurrentView());
+  return m_scene->Paint(*m_surface, settings, CurrentView());
 }
 
 bool Viewport::DrawFrame() {
   std::string error;
   const bool ready = EnsureSurface(&error);
+  bool isWhole = true;
   FrameFigures figures;
   if (ready) {
     figures = {0, m_surface->Width(), m_surface->Height(), m_refined != nullptr};
     const Clock::time_point start = Clock::now();
     if (m_refined) {
-      m_refined->Paint(*m_surface);
+      isWhole = m_refined->Paint(*m_surface);
     } else if (m_scene) {
-      PaintScene();
+      isWhole = PaintScene();
     } else {
       m_surface->Clear(m_settings.background);
     }
@@ -190,7 +191,10 @@ bool Viewport::DrawFrame() {
     m_surface->Present();
     if (m_scene && !m_refined && CanRefine()) m_rest.start();
   }
-  Tell(ready, figures, error);
+  if (!isWhole) {
+    error = "memory ran out for a picture over the frame; make it or the window smaller";
+  }
+  Tell(ready && isWhole, figures, error);
   return ready;
 }
 

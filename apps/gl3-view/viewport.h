@@ -101,7 +101,7 @@ class Viewport : public QWidget {
 
  private:
   bool EnsureSurface(std::string* error);
-  void PaintScene();
+  bool PaintScene();
   bool Refine(std::string* error);
   void RefineNow();
   bool CanRefine() const;

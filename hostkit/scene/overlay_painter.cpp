@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "hostkit/scene/picture_in.h"
-#include "hostkit/services/module_settings.h"
 
 namespace hostkit {
 namespace {
@@ -43,15 +42,11 @@ void FillPixelView(int width, int height, RenderInfo* info) {
 // Pictures are cut into textures of this side. Larger ones the renderer may compress or halve.
 constexpr int kTileSide = 512;
 
-// The renderer scales pictures to textures with sides of multiples of four, or of powers of two.
-// One that has such a side is shown pixel for pixel.
+// The renderer scales pictures to textures with sides of multiples of four or of powers of two, as
+// its settings are. One whose sides are both is shown pixel for pixel.
 int TextureSide(int side) {
-  constexpr int kMultiple = 4;
-  const ModuleSetting* setting = FindModuleSetting("Textures Powerof2");
-  if (setting && (ReadModuleSetting(*setting).value & 1) != 0) {
-    return static_cast<int>(std::bit_ceil(static_cast<unsigned>(side)));
-  }
-  return (side + kMultiple - 1) / kMultiple * kMultiple;
+  constexpr unsigned kLeast = 4;
+  return static_cast<int>(std::max(kLeast, std::bit_ceil(static_cast<unsigned>(side))));
 }
 
 // A part of the picture's "Color" buffer, clear beyond its `width` x `height` pixels; null without

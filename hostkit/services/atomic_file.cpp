@@ -96,10 +96,11 @@ bool AtomicFile::TakeTempName(const std::function<bool(const char*)>& take) {
 }
 
 bool AtomicFile::KeepPermissions(const struct stat& target) {
-  // Permissions first: a change of owner may be forbidden, and then the file becomes the writer's.
+  // Permissions first: a change of owner or group may be forbidden, or impossible in a container,
+  // and then the file becomes the writer's.
   return fchmod(fileno(m_file), target.st_mode & 07777) == 0 &&
-         (target.st_uid == geteuid() || fchown(fileno(m_file), target.st_uid, target.st_gid) == 0 ||
-          errno == EPERM);
+         (fchown(fileno(m_file), target.st_uid, target.st_gid) == 0 || errno == EPERM ||
+          errno == EINVAL);
 }
 
 void AtomicFile::Write(std::string_view text) {

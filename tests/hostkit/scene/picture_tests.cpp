@@ -254,6 +254,9 @@ TEST_F(PictureFiles, AFileThatCannotBeFinishedLeavesTheOldOne) {
 TEST_F(PictureFiles, LinksAreFollowedAndPermissionsKept) {
   fs::create_directory(m_folder / "sub");
   std::ofstream(Path("sub/old.png")) << "old";
+  // Another group than one's own, where that is allowed.
+  constexpr gid_t kGroup = 50;
+  const bool isOfGroup = ::chown(Path("sub/old.png").c_str(), static_cast<uid_t>(-1), kGroup) == 0;
   ::chmod(Path("sub/old.png").c_str(), 0604);
   fs::create_symlink("sub/old.png", m_folder / "link.png");
   fs::create_symlink("sub/new.png", m_folder / "dangling.png");
@@ -266,6 +269,9 @@ TEST_F(PictureFiles, LinksAreFollowedAndPermissionsKept) {
     EXPECT_EQ(ReadPng(Path(name)).channels, 3) << name;
     EXPECT_EQ(static_cast<int>(fs::status(Path(name)).permissions()), mode) << name;
   }
+  struct stat old {};
+  ASSERT_EQ(::stat(Path("sub/old.png").c_str(), &old), 0);
+  EXPECT_TRUE(!isOfGroup || old.st_gid == kGroup);
 }
 
 // As through /dev/stdout.
