@@ -132,7 +132,7 @@ TEST_F(Frames, DepthIsTheDistanceAtPixelCentres) {
   Add(scene, Square(0), M44f().scale(V3f(0.8f)) * M44f().rotate(V3f(0, 1.1f, 0)));
   Add(scene, Square(1), M44f().scale(V3f(0.2f)) * At(0, 0.5f, 1));  // glass
   hostkit::SceneMesh line;
-  line.positions = {V3f(-1, -0.9f, 0), V3f(1, -0.9f, 1), V3f(0, -1.2f, -1)};
+  line.positions = {V3f(-1, -0.9f, 0), V3f(1, -0.9f, 1), V3f(0.02f, -1.22f, -1)};
   line.lines = {0, 1};
   line.points = {2};
   Add(scene, line);
