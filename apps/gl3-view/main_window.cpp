@@ -194,15 +194,18 @@ void MainWindow::ApplyChoices() {
   if (good) good = m_viewport->SetOptions(options, &error);
   m_panel->ShowProblem(good ? QString() : QString::fromStdString(error));
   // The driver reads how it draws polygons when it is made.
-  if (good && DriverWishOf(options) != m_driverWish) RestartDriver(m_viewport->Options());
+  if (good && DriverWishOf(options) != m_driverWish) {
+    const gl3::RenderOptions seen = m_viewport->Options();
+    RestartDriver(&seen);
+  }
 }
 
-void MainWindow::RestartDriver(const gl3::RenderOptions& asked) {
+void MainWindow::RestartDriver(const gl3::RenderOptions* asked) {
   m_viewport->SetDriver(nullptr, nullptr);
   m_session.reset();
   hostkit::ReloadRegistry();  // without what another mode asked for
-  gl3::ApplyDriverSettings(asked);
-  m_driverWish = DriverWishOf(asked);
+  if (asked) gl3::ApplyDriverSettings(*asked);
+  m_driverWish = asked ? DriverWishOf(*asked) : 0;
   gl3::Outcome outcome;
   m_session = gl3::DriverSession::Start(m_device, &outcome);
   std::string error = outcome.message;
@@ -211,15 +214,15 @@ void MainWindow::RestartDriver(const gl3::RenderOptions& asked) {
 }
 
 void MainWindow::ShowSettings() {
-  // The page shows how its driver was made, and stores all of it. What a mode asked for is not to
-  // become a setting.
-  if (m_driverWish != 0) RestartDriver(gl3::RenderOptions());
+  // The page shows how its driver was made, and stores all of it. What a mode or the device asked
+  // for is not to become a setting.
+  RestartDriver(nullptr);
   if (!m_session) return;
   std::string error;
-  const bool stored = m_dialogs.ShowSettings(*m_session->Driver(), &error);
+  m_dialogs.ShowSettings(*m_session->Driver(), &error);
   if (!error.empty()) Complain(error);
   const gl3::RenderOptions seen = m_viewport->Options();
-  if (stored || DriverWishOf(seen) != m_driverWish) RestartDriver(seen);
+  RestartDriver(&seen);
 }
 
 void MainWindow::ShowReport() {

@@ -18,7 +18,8 @@ namespace view {
 
 class MainWindow : public QMainWindow {
  public:
-  /// `session` is a driver that works, made with `device`; `helper` is this program's file.
+  /// `session` is a driver that works, made with `device` after gl3::ApplyDriverSettings; `helper`
+  /// is this program's file.
   MainWindow(std::unique_ptr<gl3::DriverSession> session, gl3::DeviceChoice device,
              const QString& helper);
   /// Lets go of buffers, then the driver, then the windows.
@@ -56,8 +57,9 @@ class MainWindow : public QMainWindow {
   void FillRecent();
   void FillCameras();
   void ApplyChoices();
-  /// Makes the driver anew, with its settings and what `asked` needs beyond them.
-  void RestartDriver(const gl3::RenderOptions& asked);
+  /// Makes the driver anew, with its settings and what `asked` needs beyond them; null needs
+  /// nothing.
+  void RestartDriver(const gl3::RenderOptions* asked);
   void Show(std::unique_ptr<hostkit::Scene> scene, const QStringList& files);
   void Complain(const std::string& text);
   void ShowFigures(const FrameFigures& figures);

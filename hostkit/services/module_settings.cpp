@@ -52,7 +52,8 @@ const std::vector<ModuleSetting>& ModuleSettings() {
   static const std::vector<ModuleSetting> settings = {
       {kModule, "Polygonmode", 0, 0, 1, "Draw triangles as wires. Any number but 0 counts as 1."},
       {kModule, "Anisotropic", 1, 0, 1,
-       "Filter textures sharply at grazing angles, where the device can. The lowest bit counts."},
+       "Filter textures sharply at grazing angles, where the device can. The lowest bit counts. "
+       "Slow in software, so gl3 and gl3-view leave it off there while it is not stored."},
       {kModule, "Antialias", 0, 0, 1,
        "Smooth the edges of points and lines. The lowest bit counts."},
       {kModule, "SortInverse Transparent Triangles", 0, 0, 1,

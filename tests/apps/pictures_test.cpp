@@ -101,6 +101,36 @@ TEST_F(Pictures, InParallelProjectionKeepSizesOverDepth) {
   EXPECT_LT(share({}), 0.8) << "the left square is farther away";
 }
 
+TEST_F(Pictures, AreFilteredAnisotropicallyInSoftwareOnlyByWish) {
+  Pixels checks{64, 64, std::vector<unsigned char>(std::size_t{64} * 64 * 4, 255)};
+  for (std::size_t i = 0; i < std::size_t{64} * 64; ++i) {
+    if ((i + i / 64) % 2 != 0) checks.rgba[4 * i] = 0;
+  }
+  WritePng(Path("checks.png"), checks);
+  Write("floor.mtl", "newmtl checked\nmap_Kd checks.png\n");
+  Write("floor.obj",
+        "mtllib floor.mtl\nv -1 0 -1\nv -1 0 1\nv 1 0 1\nv 1 0 -1\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
+        "vn 0 1 0\nusemtl checked\nf 1/1/1 2/2/1 3/3/1 4/4/1\n");
+  Write("off.ini", "[OpenGL3]\nAnisotropic = 0\n");
+  Write("on.ini", "[OpenGL3]\nAnisotropic = 1\n");
+  const auto floor = [&](const std::string& settings, bool* isSoftware) {
+    Gl3Setup setup;
+    if (!settings.empty()) setup.environment = {"GL3_REGISTRY=" + Path(settings).string()};
+    const Gl3Result result =
+        Run({"render", "floor.obj", "-o", "floor.png", "-s", "96x64", "--eye", "0,0.2,2", "--json"},
+            setup);
+    EXPECT_EQ(result.status, 0) << result.err;
+    *isSoftware = nlohmann::json::parse(result.out)["software"];
+    return ReadPng(Path("floor.png")).rgba;
+  };
+  bool isSoftware = false;
+  const auto plain = floor("", &isSoftware);
+  EXPECT_EQ(plain, floor(isSoftware ? "off.ini" : "on.ini", &isSoftware));
+  if (isSoftware) {
+    EXPECT_NE(plain, floor("on.ini", &isSoftware));
+  }
+}
+
 TEST_F(Pictures, MergeSeveralModels) {
   const Gl3Result one = Run({"render", "squares.obj", "-o", "one.png", "--json", "-s", "32x32"});
   const Gl3Result two = Run({"render", "squares.obj", "cameras.gltf", "-o", "two.png", "--json",

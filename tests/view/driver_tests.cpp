@@ -50,7 +50,8 @@ TEST_F(ViewTest, WhatAModeAsksOfTheDriverIsNotStoredWithTheSettings) {
   QFile registry(qEnvironmentVariable("GL3_REGISTRY"));
   ASSERT_TRUE(registry.open(QIODevice::ReadOnly));
   const QByteArray stored = registry.readAll();
-  for (const char* line : {"Polygonmode = 0", "Antialias = 0", "Textures Compression = 0"}) {
+  for (const char* line :
+       {"Polygonmode = 0", "Antialias = 0", "Anisotropic = 1", "Textures Compression = 0"}) {
     EXPECT_TRUE(stored.contains(line)) << line << " in " << stored.data();
   }
   Rest();

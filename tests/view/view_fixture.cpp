@@ -10,6 +10,7 @@
 #include <QTest>
 #include <cstdlib>
 
+#include "apps/gl3/work/frame_setup.h"
 #include "hostkit/effects/byte_image.h"
 #include "hostkit/services/registry.h"
 #include "platform/gl.h"
@@ -22,6 +23,7 @@ constexpr int kPatience = 120000;  // milliseconds; for sanitizers on a busy mac
 
 std::unique_ptr<gl3::DriverSession> StartDriver() {
   gl3::Outcome outcome;
+  gl3::ApplyDriverSettings(gl3::RenderOptions());
   auto session = gl3::DriverSession::Start({}, &outcome);
   EXPECT_NE(session, nullptr) << outcome.message;
   return session;

@@ -5,8 +5,11 @@
 #include <string>
 #include <utility>
 
+#include "apps/gl3/work/driver_session.h"
 #include "hostkit/scene/picture_in.h"
+#include "hostkit/services/module_settings.h"
 #include "hostkit/services/registry.h"
+#include "platform/platform.h"
 
 namespace gl3 {
 namespace {
@@ -65,9 +68,23 @@ Outcome AddOverlays(const std::vector<OverlayOption>& options, FrameSettings* se
   return {};
 }
 
+bool IsSoftware(const std::string& device) {
+  return OpenDisplay(device).status == kDone && platform::DescribeDisplay().software;
+}
+
+/// Mesa 22.3 filters anisotropically in software by visiting every texel under a pixel, and there
+/// is no bound to them: at the rim of a textured sphere they take it a minute. Who stores the
+/// setting gets what it says.
+void SpareAnisotropy() {
+  const hostkit::ModuleSetting* setting = hostkit::FindModuleSetting("Anisotropic");
+  if (!setting || hostkit::ReadModuleSetting(*setting).stored) return;
+  hostkit::OverrideRegistryValue(setting->section, setting->key, 0);
+}
+
 }  // namespace
 
 void ApplyDriverSettings(const RenderOptions& options) {
+  if (IsSoftware(options.run.device)) SpareAnisotropy();
   if (options.drawing.mode != hostkit::DrawMode::kDriverWireframe) return;
   hostkit::OverrideRegistryValue("OpenGL3", "Polygonmode", 1);
   // The driver's lines are as thin as a sample. So it smooths them itself.

@@ -7,8 +7,8 @@
 
 namespace gl3 {
 
-/// Settings of the driver that the way to draw asks for, for this process alone: before the driver
-/// is made, which reads them then.
+/// Settings of the driver that the way to draw and the device ask for, for this process alone:
+/// before the driver is made, which reads them then. Opens the display.
 void ApplyDriverSettings(const RenderOptions& options);
 
 /// Fills `*settings`, also with the overlays' pictures, which it reads. kUnreadableInput with a
