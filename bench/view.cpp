@@ -2,7 +2,6 @@
 #include <fmt/format.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -15,14 +14,13 @@
 #include "bench/support/child_process.h"
 #include "bench/support/harness.h"
 #include "bench/support/host_module.h"
+#include "bench/support/window_server.h"
 #include "hostkit/scene/frame_painter.h"
 #include "hostkit/scene/model_import.h"
 #include "hostkit/scene/off_screen_surface.h"
 #include "platform/gl.h"
-#include "platform/platform.h"
 #include "samples/showroom.h"
 #include "samples/small_models.h"
-#include "tests/window/x_server.h"
 
 namespace bench {
 namespace {
@@ -99,14 +97,7 @@ void Measure(GADriver* driver, const std::shared_ptr<const hostkit::Scene>& scen
 
 void Run(const Options& options, Report& report) {
   XTestServer server;
-  const std::string name = server.Start(kCases[1].width, kCases[1].height);
-  if (name.empty()) {
-    report.Note("skipped: no Xvfb starts here; apt-get install xvfb");
-    return;
-  }
-  setenv("DISPLAY", name.c_str(), 1);
-  unsetenv("GL3_PLATFORM");
-  platform::UseWindows(true);
+  if (!StartWindowServer(server, kCases[1].width, kCases[1].height, report)) return;
   const HostModule module;
   const std::shared_ptr<const hostkit::Scene> scene = Showroom();
   for (const Case& each : kCases) Measure(module.Driver(), scene, each, options, report);

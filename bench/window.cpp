@@ -2,7 +2,6 @@
 #include <fmt/format.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -11,9 +10,9 @@
 #include "bench/support/geometry.h"
 #include "bench/support/harness.h"
 #include "bench/support/host_module.h"
+#include "bench/support/window_server.h"
 #include "platform/mfc.h"
 #include "platform/platform.h"
-#include "tests/window/x_server.h"
 
 namespace bench {
 namespace {
@@ -105,14 +104,7 @@ void Measure(GADriver* driver, const Case& each, const Options& options, Report&
 
 void Run(const Options& options, Report& report) {
   XTestServer server;
-  const std::string name = server.Start(2 * kCases[1].width, kCases[1].height);
-  if (name.empty()) {
-    report.Note("skipped: no Xvfb starts here; apt-get install xvfb");
-    return;
-  }
-  setenv("DISPLAY", name.c_str(), 1);
-  unsetenv("GL3_PLATFORM");
-  platform::UseWindows(true);
+  if (!StartWindowServer(server, 2 * kCases[1].width, kCases[1].height, report)) return;
   const HostModule module;
   for (const Case& each : kCases) Measure(module.Driver(), each, options, report);
 }
