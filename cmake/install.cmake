@@ -9,8 +9,9 @@ set(gl3_headers include/gl3)
 
 set(gl3_programs gl3)
 set(gl3_man_pages gl3/- gl3/filter gl3/info gl3/render gl3/settings)  # program/verb
-set(gl3_host_libraries gl3platform gl3hostkit gl3scene gl3effects)
-set(gl3_loaded OpenGL3 gl3work gl3fonts)
+set(gl3_host_libraries
+  gl3platform gl3services gl3pictures gl3scene gl3import gl3feed gl3frame gl3effects)
+set(gl3_loaded OpenGL3 gl3base gl3options gl3work gl3fonts)
 if(TARGET gl3-view)
   list(APPEND gl3_programs gl3-view)
   list(APPEND gl3_man_pages gl3-view/-)
@@ -22,6 +23,7 @@ endif()
 
 # Headers of the host kit that a host may include; those of host/ and platform/ all are.
 set(gl3_public_headers
+  hostkit/services/bitmap_ptr.h
   hostkit/services/current_driver.h
   hostkit/services/host_heaps.h
   hostkit/services/module_loader.h
@@ -29,17 +31,17 @@ set(gl3_public_headers
   hostkit/services/registry.h
   hostkit/services/save_request.h
   hostkit/services/settings_sheet.h
+  hostkit/pictures/picture.h
+  hostkit/pictures/picture_in.h
+  hostkit/pictures/picture_recipe.h
+  hostkit/scene/camera.h
+  hostkit/scene/node_animation.h
   hostkit/scene/scene.h
   hostkit/scene/scene_motion.h
-  hostkit/scene/camera.h
-  hostkit/scene/light_sets.h
-  hostkit/scene/model_import.h
-  hostkit/scene/picture.h
-  hostkit/scene/picture_in.h
-  hostkit/scene/picture_recipe.h
-  hostkit/scene/node_animation.h
-  hostkit/scene/frame_settings.h
-  hostkit/scene/frame_renderer.h
+  hostkit/import/model_import.h
+  hostkit/feed/frame_settings.h
+  hostkit/feed/light_sets.h
+  hostkit/frame/frame_renderer.h
   hostkit/effects/byte_image.h
   hostkit/effects/effect_chain.h
   hostkit/effects/effect_runner.h

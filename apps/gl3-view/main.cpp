@@ -11,12 +11,12 @@
 #include <string>
 #include <vector>
 
+#include "apps/base/messages.h"
 #include "apps/gl3-view/main_window.h"
 #include "apps/gl3-view/model_loader.h"
 #include "apps/gl3-view/renderer_dialogs.h"
 #include "apps/gl3-view/view_options.h"
-#include "apps/gl3/messages.h"
-#include "apps/gl3/work/frame_setup.h"
+#include "apps/work/render/frame_setup.h"
 #include "platform/platform.h"
 
 namespace view {

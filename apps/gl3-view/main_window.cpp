@@ -26,7 +26,7 @@
 #include "apps/gl3-view/render_command.h"
 #include "apps/gl3-view/report_dialog.h"
 #include "apps/gl3-view/save_picture.h"
-#include "apps/gl3/work/frame_setup.h"
+#include "apps/work/render/frame_setup.h"
 #include "hostkit/services/registry.h"
 
 namespace view {

@@ -12,7 +12,7 @@
 #include "apps/gl3-view/options_panel.h"
 #include "apps/gl3-view/renderer_dialogs.h"
 #include "apps/gl3-view/viewport.h"
-#include "apps/gl3/work/driver_session.h"
+#include "apps/work/common/driver_session.h"
 
 namespace view {
 

@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
-#include "apps/gl3/file_checks.h"
-#include "apps/gl3/messages.h"
-#include "apps/gl3/supervised_child.h"
-#include "hostkit/scene/model_import.h"
+#include "apps/base/file_checks.h"
+#include "apps/base/messages.h"
+#include "apps/base/supervised_child.h"
+#include "hostkit/import/model_import.h"
 
 namespace view {
 namespace {

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-#include "apps/gl3/render_options.h"
+#include "apps/options/render_options.h"
 #include "hostkit/scene/scene.h"
 
 namespace view {

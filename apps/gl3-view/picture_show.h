@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "apps/gl3-view/window_surface.h"
+#include "hostkit/frame/overlay_painter.h"
+#include "hostkit/pictures/picture.h"
 #include "hostkit/scene/camera.h"
-#include "hostkit/scene/overlay_painter.h"
-#include "hostkit/scene/picture.h"
 
 namespace view {
 

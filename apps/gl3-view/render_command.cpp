@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "apps/gl3/text.h"
+#include "apps/base/text.h"
 
 namespace view {
 namespace {

@@ -5,7 +5,7 @@
 #include <QStringList>
 #include <string>
 
-#include "apps/gl3/render_options.h"
+#include "apps/options/render_options.h"
 
 namespace view {
 

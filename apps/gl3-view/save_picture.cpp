@@ -10,10 +10,10 @@
 #include <QSpinBox>
 
 #include "apps/gl3-view/render_command.h"
-#include "apps/gl3/work/check_output.h"
-#include "apps/gl3/work/render_camera.h"
-#include "apps/gl3/work/render_recipe.h"
-#include "hostkit/scene/picture.h"
+#include "apps/work/common/check_output.h"
+#include "apps/work/render/render_camera.h"
+#include "apps/work/render/render_recipe.h"
+#include "hostkit/pictures/picture.h"
 
 namespace view {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "apps/gl3/work/render_camera.h"
+#include "apps/work/render/render_camera.h"
 #include "hostkit/scene/camera.h"
 
 namespace view {

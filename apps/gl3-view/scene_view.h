@@ -9,11 +9,11 @@
 #include <vector>
 
 #include "apps/gl3-view/window_surface.h"
-#include "apps/gl3/render_options.h"
-#include "apps/gl3/work/effect_stage.h"
-#include "hostkit/scene/frame_painter.h"
-#include "hostkit/scene/frame_renderer.h"
-#include "hostkit/scene/picture.h"
+#include "apps/options/render_options.h"
+#include "apps/work/render/effect_stage.h"
+#include "hostkit/frame/frame_painter.h"
+#include "hostkit/frame/frame_renderer.h"
+#include "hostkit/pictures/picture.h"
 #include "hostkit/scene/scene.h"
 
 namespace view {

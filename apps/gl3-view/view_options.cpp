@@ -3,9 +3,9 @@
 
 #include <CLI/CLI.hpp>
 
-#include "apps/gl3/messages.h"
-#include "apps/gl3/option_readers.h"
-#include "apps/gl3/text.h"
+#include "apps/base/messages.h"
+#include "apps/base/text.h"
+#include "apps/options/option_readers.h"
 
 namespace view {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/gl3/run_options.h"
+#include "apps/options/run_options.h"
 
 namespace view {
 

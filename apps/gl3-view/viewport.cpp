@@ -5,7 +5,7 @@
 #include <chrono>
 #include <utility>
 
-#include "apps/gl3/work/frame_setup.h"
+#include "apps/work/render/frame_setup.h"
 #include "host/GADriver.h"
 #include "hostkit/scene/camera.h"
 #include "hostkit/services/module_settings.h"

@@ -15,8 +15,8 @@
 #include "apps/gl3-view/scene_view.h"
 #include "apps/gl3-view/vertex_picker.h"
 #include "apps/gl3-view/window_surface.h"
-#include "apps/gl3/render_options.h"
-#include "apps/gl3/work/effect_stage.h"
+#include "apps/options/render_options.h"
+#include "apps/work/render/effect_stage.h"
 
 class GADriver;
 

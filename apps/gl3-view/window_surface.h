@@ -7,7 +7,7 @@
 #include "host/DisplayList.h"
 #include "host/GABuffer.h"
 #include "host/RenderInfo.h"
-#include "hostkit/scene/overlay_painter.h"
+#include "hostkit/frame/overlay_painter.h"
 #include "platform/mfc.h"
 
 class GADriver;

@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "apps/gl3/filter_options.h"
-#include "apps/gl3/messages.h"
+#include "apps/base/messages.h"
 #include "apps/gl3/verbs.h"
 #include "apps/gl3/work_library.h"
+#include "apps/options/filter_options.h"
 
 namespace gl3 {
 namespace {

@@ -2,10 +2,10 @@
 #include <memory>
 #include <string>
 
-#include "apps/gl3/info_options.h"
-#include "apps/gl3/messages.h"
+#include "apps/base/messages.h"
 #include "apps/gl3/verbs.h"
 #include "apps/gl3/work_library.h"
+#include "apps/options/info_options.h"
 
 namespace gl3 {
 namespace {

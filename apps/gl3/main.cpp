@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "apps/gl3/command_words.h"
-#include "apps/gl3/messages.h"
-#include "apps/gl3/text.h"
+#include "apps/base/command_words.h"
+#include "apps/base/messages.h"
+#include "apps/base/text.h"
 #include "apps/gl3/verbs.h"
 
 namespace gl3 {

@@ -2,14 +2,14 @@
 #include <memory>
 #include <string>
 
-#include "apps/gl3/file_checks.h"
-#include "apps/gl3/messages.h"
-#include "apps/gl3/output_pattern.h"
-#include "apps/gl3/render_options.h"
+#include "apps/base/file_checks.h"
+#include "apps/base/messages.h"
+#include "apps/base/supervised_child.h"
 #include "apps/gl3/repeat_recipe.h"
-#include "apps/gl3/supervised_child.h"
 #include "apps/gl3/verbs.h"
 #include "apps/gl3/work_library.h"
+#include "apps/options/output_pattern.h"
+#include "apps/options/render_options.h"
 
 namespace gl3 {
 namespace {

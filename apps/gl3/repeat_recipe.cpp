@@ -12,8 +12,8 @@
 #include <utility>
 #include <vector>
 
-#include "apps/gl3/command_words.h"
-#include "apps/gl3/text.h"
+#include "apps/base/command_words.h"
+#include "apps/base/text.h"
 
 namespace gl3 {
 namespace {

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "apps/gl3/messages.h"
-#include "apps/gl3/render_options.h"
+#include "apps/base/messages.h"
+#include "apps/options/render_options.h"
 
 namespace CLI {
 class App;

@@ -1,11 +1,11 @@
 // `gl3 settings`: options; the settings page, which is a program of its own.
-#include "apps/gl3/settings_options.h"
+#include "apps/options/settings_options.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 
-#include "apps/gl3/messages.h"
+#include "apps/base/messages.h"
 #include "apps/gl3/start_viewer.h"
 #include "apps/gl3/verbs.h"
 #include "apps/gl3/work_library.h"

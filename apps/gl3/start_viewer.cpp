@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "apps/gl3/messages.h"
+#include "apps/base/messages.h"
 
 namespace gl3 {
 

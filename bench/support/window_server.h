@@ -6,7 +6,7 @@
 
 #include "bench/support/harness.h"
 #include "platform/platform.h"
-#include "tests/window/x_server.h"
+#include "tests/support/common/x_server.h"
 
 namespace bench {
 

@@ -5,7 +5,7 @@
 
 #include <utility>
 
-#include "hostkit/services/half_bytes.h"
+#include "hostkit/services/pixel_values.h"
 
 namespace hostkit {
 namespace {

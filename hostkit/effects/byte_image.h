@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "hostkit/scene/picture.h"
-#include "hostkit/scene/scene.h"
+#include "hostkit/pictures/picture.h"
+#include "hostkit/services/bitmap_ptr.h"
 
 namespace hostkit {
 

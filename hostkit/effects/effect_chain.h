@@ -7,7 +7,7 @@
 #include "hostkit/effects/byte_image.h"
 #include "hostkit/effects/effect_runner.h"
 #include "hostkit/effects/effect_table.h"
-#include "hostkit/scene/picture.h"
+#include "hostkit/pictures/picture.h"
 
 namespace hostkit {
 

@@ -7,7 +7,7 @@
 
 #include "hostkit/effects/effect_table.h"
 #include "hostkit/effects/effect_windows.h"
-#include "hostkit/scene/scene.h"
+#include "hostkit/services/bitmap_ptr.h"
 
 class GADriver;
 class GABuffer;

@@ -9,23 +9,16 @@
 #include <Imath/ImathVec.h>
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "host/AttrProperty.h"
-#include "host/Bitmap.h"
 #include "host/Colors.h"
 #include "host/Vectors.h"
 #include "hostkit/scene/scene_motion.h"
+#include "hostkit/services/bitmap_ptr.h"
 
 namespace hostkit {
-
-/// Owning pointer to a host bitmap.
-struct BitmapRelease {
-  void operator()(HBitmapNode* bitmap) const { bitmap->DeleteHandle(); }
-};
-using BitmapPtr = std::unique_ptr<HBitmapNode, BitmapRelease>;
 
 /// A picture that materials use. Row 0 of the bitmap is at texture coordinate v = 0.
 struct SceneImage {

@@ -18,7 +18,7 @@
 #include "hostkit/services/bitmap_calls.h"
 #include "hostkit/services/bitmap_storage.h"
 #include "hostkit/services/ext_heap.h"
-#include "hostkit/services/half_bytes.h"
+#include "hostkit/services/pixel_values.h"
 
 namespace {
 

@@ -10,8 +10,8 @@
 #include "host/GABuffer.h"
 #include "host/GADriver.h"
 #include "host/RenderInfo.h"
+#include "hostkit/pictures/picture.h"
 #include "hostkit/scene/camera.h"
-#include "hostkit/scene/picture.h"
 #include "hostkit/services/module_loader.h"
 
 namespace {

@@ -9,7 +9,7 @@
 #include <set>
 #include <string>
 
-#include "tests/apps/gl3_process.h"
+#include "tests/support/common/gl3_process.h"
 
 namespace fs = std::filesystem;
 

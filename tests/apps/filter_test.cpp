@@ -12,8 +12,8 @@
 #include <utility>
 #include <vector>
 
-#include "tests/apps/gl3_process.h"
 #include "tests/apps/png_pixels.h"
+#include "tests/support/common/gl3_process.h"
 
 namespace fs = std::filesystem;
 

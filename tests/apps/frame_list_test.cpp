@@ -1,14 +1,14 @@
 // Lists of frames, patterns of names, chunks and command words, without running the program.
-#include "apps/gl3/frame_list.h"
+#include "apps/options/frame_list.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "apps/gl3/command_words.h"
-#include "apps/gl3/output_pattern.h"
-#include "apps/gl3/text.h"
+#include "apps/base/command_words.h"
+#include "apps/base/text.h"
+#include "apps/options/output_pattern.h"
 
 namespace {
 

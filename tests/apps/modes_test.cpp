@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/apps/gl3_process.h"
+#include "tests/support/common/gl3_process.h"
 
 namespace fs = std::filesystem;
 

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/apps/gl3_process.h"
 #include "tests/apps/png_pixels.h"
+#include "tests/support/common/gl3_process.h"
 
 namespace fs = std::filesystem;
 

@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "tests/apps/gl3_process.h"
+#include "tests/support/common/gl3_process.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <ostream>
 #include <random>
 
-#include "tests/apps/gl3_process.h"
+#include "tests/support/common/gl3_process.h"
 
 namespace {
 

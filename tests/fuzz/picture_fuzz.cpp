@@ -2,7 +2,7 @@
 // why not.
 #include <string>
 
-#include "hostkit/scene/picture_in.h"
+#include "hostkit/pictures/picture_in.h"
 #include "hostkit/services/host_heaps.h"
 #include "tests/fuzz/input.h"
 #include "tests/fuzz/picture_seeds.h"

@@ -5,7 +5,7 @@
 
 #include "hostkit/services/registry_file.h"
 #include "tests/fuzz/input.h"
-#include "tests/hostkit/services/temp_folder.h"
+#include "tests/support/common/temp_folder.h"
 
 namespace {
 

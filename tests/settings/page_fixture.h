@@ -8,7 +8,7 @@
 #include "driver/GL3Driver.h"
 #include "platform/scripted_view.h"
 #include "settings/DialogTemplates.h"
-#include "tests/hostkit/services/temp_folder.h"
+#include "tests/support/common/temp_folder.h"
 #include "tests/support/driver_fixture.h"
 
 /// What the module asked of its host since the fixture was set up.

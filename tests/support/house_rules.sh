@@ -1,11 +1,50 @@
 #!/usr/bin/env bash
-# Rules of the house that no compiler checks: who may include whom, file names, file lengths, and
-# what the binaries link. Argument: the folder of the built binaries. Prints every breach.
+# Rules of the house that no compiler checks: what lies where, who may include whom, file names, file
+# lengths, and what the binaries link. Argument: the folder of the built binaries. Prints every
+# breach.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 bin=${1:?usage: house_rules.sh BIN_FOLDER}
-module=(driver buffer displaylist texture shader settings)
 breaches=0
+
+# Which room may include which, besides itself. Rooms stand on those above them alone, so there are
+# no circles. A file with a line of its own is a roof, which knows what its room does not.
+rooms='
+platform
+host                  platform
+driver                host platform
+texture               driver host platform
+buffer                driver texture host platform
+displaylist           driver texture buffer host platform
+shader                driver texture buffer host platform
+settings              driver buffer host platform
+driver/GL3Driver.cpp  driver texture buffer displaylist shader settings host platform
+driver/OpenGL3.cpp    driver settings host platform
+hostkit/services      host platform
+hostkit/pictures      hostkit/services host platform
+hostkit/scene         hostkit/services host platform
+hostkit/import        hostkit/scene hostkit/pictures hostkit/services host platform
+hostkit/feed          hostkit/scene hostkit/services host platform
+hostkit/frame         hostkit/feed hostkit/scene hostkit/pictures hostkit/services host platform
+hostkit/effects       hostkit/pictures hostkit/services host platform
+apps/base
+apps/options          apps/base hostkit/feed hostkit/effects
+apps/work/common      apps/base apps/options hostkit/pictures hostkit/services host platform
+apps/work/settings    apps/base apps/options apps/work/common hostkit/services
+apps/work/info        apps/base apps/options apps/work/common hostkit/effects hostkit/services host platform
+apps/work/filter      apps/base apps/options apps/work/common hostkit/effects hostkit/pictures hostkit/services host platform
+apps/work/render      apps/base apps/options apps/work/common hostkit/effects hostkit/frame hostkit/feed hostkit/import hostkit/scene hostkit/pictures hostkit/services host platform
+apps/work             apps/base apps/options apps/work/common apps/work/settings apps/work/info apps/work/filter apps/work/render
+apps/gl3              apps/base apps/options apps/work
+apps/gl3-view         apps/base apps/options apps/work/common apps/work/render hostkit/effects hostkit/frame hostkit/feed hostkit/import hostkit/scene hostkit/pictures hostkit/services host platform
+samples
+samples/host          hostkit/scene hostkit/pictures hostkit/services host platform
+'
+
+# What may lie at the top of the repository.
+top='.ci .clang-format .clang-tidy .editorconfig .gitignore CMakeLists.txt CMakePresets.json
+CONTRIBUTING.md LICENSE README.md apps bench buffer cmake dev displaylist docs driver host hostkit
+packages.txt platform samples settings shader share tests texture'
 
 # breach RULE: prints the lines that arrive on standard input under the rule they break.
 breach() {
@@ -16,24 +55,57 @@ breach() {
   breaches=$((breaches + 1))
 }
 
-# includes FOLDERS… -- FORBIDDEN…: include lines in FOLDERS that reach into FORBIDDEN folders.
-includes() {
-  local -a from=()
-  while [[ $1 != -- ]]; do from+=("$1") && shift; done
-  shift
-  local pattern
-  pattern=$(IFS='|' && echo "$*")
-  grep -srnE "^[[:space:]]*#[[:space:]]*include[[:space:]]*[\"<]($pattern)/" \
-    --include='*.h' --include='*.cpp' "${from[@]}" || true
+# Files of the repository, those that wait for their first commit included, with an end of NUL.
+files() { git ls-files -z --cached --others --exclude-standard -- "$@"; }
+
+# Include lines that the table does not allow, and lines of the table that lead upwards.
+forbidden_includes() {
+  files '*.h' '*.cpp' | xargs -0 grep -snoE '^[[:space:]]*#[[:space:]]*include[[:space:]]*"[^"]+' |
+    sed -E 's/:[[:space:]]*#[[:space:]]*include[[:space:]]*"/ /' |
+    awk -v table="$rooms" '
+      # The longest line of the table that the path lies in; a file that may do all has none.
+      function room(path) {
+        for (; path != ""; sub(/\/?[^\/]*$/, "", path)) if (path in known) return path
+        return ""
+      }
+      BEGIN {
+        count = split(table, lines, "\n")
+        for (i = 1; i <= count; ++i) {
+          words = split(lines[i], word, " ")
+          if (!words) continue
+          known[word[1]]
+          for (j = 2; j <= words; ++j) {
+            if (!(word[j] in known)) print "the table: " word[1] " stands below " word[j]
+            allowed[word[1], word[j]]
+          }
+        }
+      }
+      {
+        split($1, place, ":")
+        from = room(place[1])
+        to = room($2)
+        if (to == "") {
+          split($2, part, "/")
+          to = part[1]
+        }
+        if (from != "" && from != to && !((from, to) in allowed)) {
+          print $1 ": " from " may not include " $2
+        }
+      }'
 }
 
-breach "the module includes host/ and platform/ alone" \
-  < <(includes "${module[@]}" -- hostkit apps tests samples bench)
-breach "the host kit never includes the module" < <(includes hostkit -- "${module[@]}" apps tests)
-breach "programs reach the module through the loader" < <(includes apps -- "${module[@]}" tests)
-breach "host/ stands on platform/ alone" < <(includes host -- "${module[@]}" hostkit apps tests)
-breach "platform/ stands on libraries alone" \
-  < <(includes platform -- "${module[@]}" host hostkit apps tests)
+# Lines of `ldd` about a binary that say what it must not load.
+loads() {
+  [[ -f $1 ]] || { echo "there is no $1; build it, or name the folder of the binaries" && return; }
+  ldd "$1" 2>/dev/null | grep -E "$2" || true
+}
+
+breach "at the top lies what is listed in tests/support/house_rules.sh alone" \
+  < <(files | tr '\0' '\n' | cut -d/ -f1 | sort -u | grep -vxF -f <(tr ' ' '\n' <<<"$top") || true)
+breach "binary files live in docs/ and tests/references/ alone" \
+  < <(files ':!docs' ':!tests/references' | xargs -0 grep -sLI '' |
+    while IFS= read -r file; do [[ ! -s $file ]] || echo "$file"; done)
+breach "rooms include what their line in tests/support/house_rules.sh allows" < <(forbidden_includes)
 
 breach "at most 500 lines a file" < <(find . -path ./build -prune -o -path ./.git -prune -o \
   \( -name '*.h' -o -name '*.cpp' -o -name '*.sh' -o -name CMakeLists.txt -o -name dev \) \
@@ -42,10 +114,12 @@ breach "file names outside host/ and the module are lower_snake_case" \
   < <(find platform hostkit apps tests bench samples \( -name '*.h' -o -name '*.cpp' \) \
     -name '*[^a-z0-9_.]*' 2>/dev/null)
 
-for binary in "$bin"/OpenGL3.so "$bin"/gl3 "$bin"/../lib/libgl3{platform,fonts,hostkit,scene,effects,work}.so; do
-  breach "neither the module nor gl3 links Qt ($binary)" \
-    < <([[ -f $binary ]] || echo "there is no such file; build it, or name the folder of the binaries"
-      readelf -d "$binary" 2>/dev/null | grep -E 'NEEDED.*Qt' || true)
+lib=$bin/../lib
+for binary in "$bin"/OpenGL3.so "$bin"/gl3 "$lib"/libgl3{platform,fonts,services,pictures,scene,import,feed,frame,effects,base,options,work}.so; do
+  breach "neither the module nor gl3 links Qt ($binary)" < <(loads "$binary" libQt)
+done
+for binary in "$bin"/OpenGL3.so "$bin"/gl3 "$lib"/libgl3{services,pictures,scene,feed,frame,effects}.so; do
+  breach "whoever imports no models links no importer ($binary)" < <(loads "$binary" libassimp)
 done
 
 [[ $breaches -eq 0 ]] || exit 1

@@ -10,7 +10,7 @@
 #include <QTest>
 #include <cstdlib>
 
-#include "apps/gl3/work/frame_setup.h"
+#include "apps/work/render/frame_setup.h"
 #include "hostkit/effects/byte_image.h"
 #include "hostkit/services/registry.h"
 #include "platform/gl.h"

@@ -13,7 +13,7 @@
 
 #include "apps/gl3-view/main_window.h"
 #include "platform/platform.h"
-#include "tests/window/x_server.h"
+#include "tests/support/common/x_server.h"
 
 /// Rows from the top, 0xRRGGBB.
 using Frame = std::vector<std::uint32_t>;

@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 #include "platform/platform.h"
-#include "tests/window/x_server.h"
+#include "tests/support/common/x_server.h"
 
 namespace {
 constexpr int kSkipped = 77;  // as tests/CMakeLists.txt has it

@@ -9,8 +9,8 @@
 #include "buffer/GL3Buffer.h"
 #include "displaylist/GL3DisplayL.h"
 #include "platform/mfc.h"
+#include "tests/support/common/x_server.h"
 #include "tests/support/drawing_fixture.h"
-#include "tests/window/x_server.h"
 
 /// Rows from the top, 0xRRGGBB.
 using Frame = std::vector<std::uint32_t>;

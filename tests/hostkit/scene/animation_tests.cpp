@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "hostkit/scene/model_import.h"
+#include "hostkit/import/model_import.h"
 #include "hostkit/scene/node_animation.h"
 #include "samples/orrery.h"
 #include "samples/small_models.h"

@@ -7,9 +7,9 @@
 #include <cmath>
 #include <limits>
 
+#include "hostkit/feed/light_sets.h"
 #include "hostkit/scene/camera.h"
 #include "hostkit/scene/camera_window.h"
-#include "hostkit/scene/light_sets.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 
 #include "host/Bitmap.h"
 #include "hostkit/services/host_heaps.h"
-#include "tests/hostkit/services/heap_faults.h"
+#include "tests/support/common/heap_faults.h"
 
 namespace {
 

@@ -16,7 +16,7 @@
 #include "hostkit/services/ext_heap.h"
 #include "hostkit/services/host_heaps.h"
 #include "tests/hostkit/services/fake_driver.h"
-#include "tests/hostkit/services/heap_faults.h"
+#include "tests/support/common/heap_faults.h"
 
 namespace {
 

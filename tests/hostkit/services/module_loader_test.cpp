@@ -18,7 +18,7 @@
 #include "hostkit/services/module_loader.h"
 #include "hostkit/services/save_request.h"
 #include "tests/hostkit/services/fake_driver.h"
-#include "tests/hostkit/services/temp_folder.h"
+#include "tests/support/common/temp_folder.h"
 
 namespace {
 

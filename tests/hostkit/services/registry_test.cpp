@@ -18,7 +18,7 @@
 #include "host/String.h"
 #include "hostkit/services/module_settings.h"
 #include "hostkit/services/registry.h"
-#include "tests/hostkit/services/temp_folder.h"
+#include "tests/support/common/temp_folder.h"
 
 namespace {
 

@@ -1,0 +1,62 @@
+// Checks of files before work starts, and clearing up after work that was ended.
+#include "apps/base/file_checks.h"
+
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+namespace gl3 {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The folder that the picture file grows in: that of what a link points to.
+fs::path FolderOf(fs::path path) {
+  std::error_code error;
+  for (int links = 0; links < 40 && fs::is_symlink(path, error); ++links) {
+    path = path.parent_path() / fs::read_symlink(path, error);
+  }
+  return path.parent_path().empty() ? fs::path(".") : path.parent_path();
+}
+
+}  // namespace
+
+Outcome CheckInput(const std::string& path) {
+  struct stat status;
+  const auto refuse = [&](const std::string& why) -> Outcome {
+    return {kUnreadableInput, path + ": " + why};
+  };
+  if (::stat(path.c_str(), &status) != 0) {
+    if (errno == ENOENT) return refuse("there is no such file; check the path");
+    return refuse(fmt::format("{}; check the path", std::strerror(errno)));
+  }
+  if (S_ISDIR(status.st_mode)) return refuse("it is a folder; name a model file in it");
+  if (!S_ISREG(status.st_mode)) return refuse("it is not a regular file; save the model to one");
+  if (status.st_size == 0) return refuse("the file is empty; export or copy it anew");
+  if (::access(path.c_str(), R_OK) != 0) {
+    return refuse("it may not be read; change its permissions");
+  }
+  return {};
+}
+
+bool IsThere(const std::string& path) {
+  std::error_code error;
+  return fs::is_regular_file(path, error) && fs::file_size(path, error) > 0;
+}
+
+void RemoveUnfinished(const std::string& path, pid_t writer) {
+  const std::string prefix = fmt::format(".gl3-{}-", writer);
+  std::error_code error;
+  for (const fs::directory_entry& entry : fs::directory_iterator(FolderOf(path), error)) {
+    const std::string name = entry.path().filename().string();
+    if (name.compare(0, prefix.size(), prefix) == 0 && entry.path().extension() == ".part") {
+      fs::remove(entry.path(), error);
+    }
+  }
+}
+
+}  // namespace gl3

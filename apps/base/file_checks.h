@@ -1,0 +1,24 @@
+// Checks of files before work starts, and clearing up after work that was ended.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+
+#include "apps/base/messages.h"
+
+namespace gl3 {
+
+/// Whether a model can be read at all: there, a file, not empty, permitted. kUnreadableInput with a
+/// message, or kDone.
+Outcome CheckInput(const std::string& path);
+
+/// Whether a picture is there already, so that --skip-existing leaves it out. Pictures appear
+/// whole; an empty file is what other programs leave when the disk is full.
+bool IsThere(const std::string& path);
+
+/// Removes what process `writer` left of `path` when it was ended in mid-write. Picture files grow
+/// under a temporary name in the same folder.
+void RemoveUnfinished(const std::string& path, pid_t writer);
+
+}  // namespace gl3

@@ -1,0 +1,181 @@
+// What of a scene is drawn and how: reading these options.
+#include "apps/options/drawing_options.h"
+
+#include <CLI/CLI.hpp>
+#include <cctype>
+#include <filesystem>
+
+#include "apps/options/drawing_readers.h"
+#include "apps/options/option_readers.h"
+
+namespace gl3 {
+namespace {
+
+using hostkit::DrawMode;
+
+constexpr Choice<hostkit::LightSet> kLights[] = {
+    {"auto", hostkit::LightSet::kAuto},
+    {"scene", hostkit::LightSet::kScene},
+    {"headlight", hostkit::LightSet::kHeadlight},
+    {"three-point", hostkit::LightSet::kThreePoint},
+};
+
+constexpr Choice<DrawMode> kModes[] = {
+    {"shaded", DrawMode::kShaded},       {"flat", DrawMode::kFlat},
+    {"wireframe", DrawMode::kWireframe}, {"wireframe-gl", DrawMode::kDriverWireframe},
+    {"lines", DrawMode::kLines},         {"points", DrawMode::kPoints},
+};
+
+constexpr int kMarkerSize = 2;
+
+/// An option that may be given several times; `read` makes one of each.
+template <class Thing>
+void AddList(CLI::App& app, const std::string& name, const std::string& type,
+             const std::string& help, bool (*read)(const std::string&, Thing*, std::string*),
+             std::vector<Thing>* things) {
+  const auto apply = [=](const std::vector<std::string>& texts) {
+    things->clear();
+    for (const std::string& text : texts) {
+      std::string error;
+      things->emplace_back();
+      if (!read(text, &things->back(), &error)) throw CLI::ValidationError(name, error);
+    }
+  };
+  app.add_option_function<std::vector<std::string>>(name, apply, help)
+      ->type_name(type)
+      ->allow_extra_args(false)
+      ->take_all();
+}
+
+Reader LineColorReader(std::optional<ColorBuf>* color) {
+  return [=](const std::string& text, std::string* error) {
+    float rgb[3];
+    if (!ReadColor(text, rgb, error)) return false;
+    *color = ToBytes(rgb);
+    return true;
+  };
+}
+
+bool ReadCrease(const std::string& text, std::optional<float>* degrees, std::string* error) {
+  double number = 0;
+  if (ParseNumber(text, &number) && number >= 0 && number <= 180) {
+    *degrees = static_cast<float>(number);
+    return true;
+  }
+  *error = ShellQuote(text) + " is not an angle of creases; give degrees from 0 to 180";
+  return false;
+}
+
+bool ReadDepthFile(const std::string& text, std::string* path, std::string* error) {
+  std::string suffix = std::filesystem::path(text).extension().string();
+  for (char& c : suffix) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  *path = text;
+  if (suffix == ".exr") return true;
+  *error = ShellQuote(text) + " cannot hold distances; give a file that ends in .exr";
+  return false;
+}
+
+void AddModeOptions(CLI::App& app, DrawingOptions* options) {
+  app.option_defaults()->group("Drawing");
+  AddOption(app, "--lights", "SET",
+            "auto, scene, headlight or three-point (default auto: the model's\n"
+            "own lights when it has any, else three-point)",
+            ChoiceReader(kLights, "a set of lights", &options->lights));
+  AddOption(app, "--mode", "MODE",
+            "shaded (default)\n"
+            "flat: one colour a triangle, lit at its middle\n"
+            "wireframe: every edge in its material's colour\n"
+            "wireframe-gl: shaded, with the driver's outlines for polygons\n"
+            "lines: open edges, creases and outlines; what is behind is hidden\n"
+            "points: every vertex, lit",
+            ChoiceReader(kModes, "a known mode", &options->mode));
+  AddOption(app, "--crease", "DEG",
+            "For lines: triangles that meet at a larger angle have an edge, 0 to\n180 (default 30)",
+            [=](const std::string& t, std::string* e) {
+              return ReadCrease(t, &options->creaseDegrees, e);
+            });
+  AddOption(app, "--line-color", "COLOR",
+            "For wireframe and lines (default: the material's; for lines black or\n"
+            "white, whatever stands out from the background)",
+            LineColorReader(&options->lineColor));
+  AddOption(app, "--point-size", "N", "Pixels, 1 to 64, of all points (default 1)",
+            IntegerReader(1, 64, &options->pointSize));
+  AddOption(app, "--fog", "FOG",
+            "NEAR,FAR[,COLOR]: from clear to fog alone between these distances;\n"
+            "or exp:DENSITY[,COLOR]: exp(-DENSITY x distance) is left to see.\n"
+            "World units from the eye (default colour: the background's)",
+            [=](const std::string& t, std::string* e) { return ReadFog(t, options, e); });
+  AddOption(
+      app, "--depth", "OUT",
+      "Also write distances: an .exr with a float channel Z, world units\n"
+      "from the eye along the view at pixel centres, 1e30 where nothing\n"
+      "is; glass counts as solid. The same file as -o: Z joins the colours",
+      [=](const std::string& t, std::string* e) { return ReadDepthFile(t, &options->depth, e); });
+}
+
+void AddAnnotationOptions(CLI::App& app, DrawingOptions* options) {
+  app.option_defaults()->group("Annotations");
+  AddOptionalValue(
+      app, "--grid", "SPACING",
+      "A grid on the ground, x axis red, z axis blue; --grid=0.5 sets the\n"
+      "spacing (default: one that suits the model)",
+      [=](const std::string& t, std::string* e) { return ReadGrid(t, &options->grid, e); });
+  AddOptionalValue(app, "--control-points", "SIZE",
+                   "Markers on all vertices; --control-points=5 sets half their side in\n"
+                   "pixels, 1 to 64 (default 2)",
+                   [=](const std::string& t, std::string* e) {
+                     options->controlPointSize = kMarkerSize;
+                     return t.empty() || IntegerReader(1, 64, &options->controlPointSize)(t, e);
+                   });
+  AddList(app, "--overlay", "IMAGE[,X,Y[,ALPHA]]",
+          "A picture over the frame, pixel for pixel, its top left at X,Y\n"
+          "(default 0,0), ALPHA from 0 to 1 (default 1); again for more",
+          ReadOverlay, &options->overlays);
+  AddList(app, "--text", "TEXT[,X,Y[,COLOR]]",
+          "A line of text over it, ten pixels high, its top left at X,Y (default:\n"
+          "at the top left, each below the one before); again for more",
+          ReadText, &options->texts);
+}
+
+}  // namespace
+
+void AddDrawingOptions(CLI::App& app, DrawingOptions* options) {
+  AddModeOptions(app, options);
+  AddAnnotationOptions(app, options);
+}
+
+bool HasCreases(DrawMode mode) {
+  return mode == DrawMode::kLines;
+}
+
+bool HasLineColor(DrawMode mode) {
+  return mode == DrawMode::kLines || mode == DrawMode::kWireframe;
+}
+
+bool HasOverlays(DrawMode mode) {
+  return mode != DrawMode::kDriverWireframe;
+}
+
+Outcome CheckDrawingOptions(const DrawingOptions& options) {
+  const DrawMode mode = options.mode;
+  if (options.creaseDegrees && !HasCreases(mode)) {
+    return {kWrongUsage, "--crease: only lines have creases; add --mode lines"};
+  }
+  if (options.lineColor && !HasLineColor(mode)) {
+    return {kWrongUsage,
+            "--line-color: there are no lines of their own to colour; add --mode lines or "
+            "--mode wireframe"};
+  }
+  if (!options.overlays.empty() && !HasOverlays(mode)) {
+    return {kWrongUsage,
+            "--overlay: with --mode wireframe-gl the driver draws pictures as outlines, too; use "
+            "--mode wireframe"};
+  }
+  if (!options.depth.empty() && mode == DrawMode::kDriverWireframe) {
+    return {kWrongUsage,
+            "--depth: with --mode wireframe-gl the driver draws no surfaces; use --mode wireframe"};
+  }
+  return {};
+}
+
+}  // namespace gl3

@@ -1,0 +1,61 @@
+// What of a scene is drawn and how: the options that `gl3 render` shares with other ways to draw.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "apps/base/messages.h"
+#include "hostkit/feed/frame_settings.h"
+
+namespace CLI {
+class App;
+}
+
+namespace gl3 {
+
+/// A picture to lay over the frame.
+struct OverlayOption {
+  std::string path;
+  int x = 0, y = 0;
+  float alpha = 1;
+};
+
+/// Text to write over the frame.
+struct TextOption {
+  std::string text;  ///< UTF-8; line ends start a new line.
+  /// Where it stands; without one, below the texts before it that have none either.
+  struct Place {
+    int x, y;
+  };
+  std::optional<Place> place;
+  std::optional<ColorBuf> color;  ///< Without one, black or white.
+};
+
+struct DrawingOptions {
+  hostkit::LightSet lights = hostkit::LightSet::kAuto;
+  hostkit::DrawMode mode = hostkit::DrawMode::kShaded;
+  std::optional<float> creaseDegrees;
+  std::optional<ColorBuf> lineColor;
+  int pointSize = 1;
+  hostkit::Fog fog;
+  bool hasFogColor = false;  ///< Else fog has the background's.
+  hostkit::GroundGrid grid;
+  int controlPointSize = 0;  ///< 0: no markers.
+  std::vector<OverlayOption> overlays;
+  std::vector<TextOption> texts;
+  std::string depth;  ///< File for the distances; empty: none. May be that of the picture.
+};
+
+/// Adds the options to `app`; parsing fills `*options`, which must live until then.
+void AddDrawingOptions(CLI::App& app, DrawingOptions* options);
+
+/// What a mode can make use of.
+bool HasCreases(hostkit::DrawMode mode);
+bool HasLineColor(hostkit::DrawMode mode);
+bool HasOverlays(hostkit::DrawMode mode);
+
+/// Combinations that mean nothing: kWrongUsage with a message, or kDone.
+Outcome CheckDrawingOptions(const DrawingOptions& options);
+
+}  // namespace gl3

@@ -1,0 +1,44 @@
+// What `gl3 filter` can be told, and reading it from the command line.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "apps/base/messages.h"
+#include "apps/options/effect_options.h"
+#include "apps/options/run_options.h"
+
+namespace CLI {
+class App;
+}
+
+namespace gl3 {
+
+struct FilterOptions {
+  std::vector<std::string> inputs;
+  std::string output;  ///< As given: a file, a pattern or a folder; empty with `verify` alone.
+  EffectOptions effects;
+  bool verify = false;
+  bool skipExisting = false;  ///< Pictures whose output is there are left out.
+  int threads = 0;            ///< Of merging; 0: as the settings say.
+  int jpegQuality = 92;
+  RunOptions run;
+};
+
+/// What there is to do once the options are checked.
+struct FilterJob {
+  const FilterOptions& options;
+  const std::vector<std::string>& outputs;  ///< One an input, or none: nothing is written.
+  const std::string& command;               ///< For the pictures' recipes.
+};
+
+/// Adds the options to `app`; parsing fills `*options`, which must live until then.
+void AddFilterOptions(CLI::App& app, FilterOptions* options);
+
+/// The output file of each input, in their order; none when nothing is to be written. kWrongUsage
+/// with a message when there is no clear answer: several inputs and one name, two that would get
+/// the same one, or an output that is one of the inputs. A single input may be replaced when it is
+/// named as the output.
+Outcome NameOutputs(const FilterOptions& options, std::vector<std::string>* outputs);
+
+}  // namespace gl3

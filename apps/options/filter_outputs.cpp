@@ -1,0 +1,153 @@
+// Which file each of the pictures of `gl3 filter` is written to.
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <set>
+#include <system_error>
+#include <utility>
+
+#include "apps/base/text.h"
+#include "apps/options/filter_options.h"
+#include "apps/options/output_pattern.h"
+
+namespace gl3 {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kNameWord = "%n";
+constexpr const char* kWritable[] = {".png", ".exr", ".jpg", ".jpeg"};
+
+bool IsWritable(const fs::path& path) {
+  std::string suffix = path.extension().string();
+  for (char& c : suffix) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return std::find(std::begin(kWritable), std::end(kWritable), suffix) != std::end(kWritable);
+}
+
+bool IsFolder(const std::string& output) {
+  std::error_code error;
+  return output.back() == '/' || fs::is_directory(output, error);
+}
+
+/// A name with places for the picture's own name ("%n") and for its number. What stands between
+/// names is a pattern of its own, so that nothing in a picture's name is taken for a place.
+class NamePattern {
+ public:
+  explicit NamePattern(const std::string& text) {
+    std::size_t start = 0;
+    for (std::size_t at = 0; at < text.size();) {
+      if (text.compare(at, 2, kNameWord) == 0) {
+        m_parts.emplace_back(text.substr(start, at - start));
+        start = at + 2;
+      }
+      // "%%n" is a percent sign and an n.
+      at += text[at] == '%' ? 2 : 1;
+    }
+    m_parts.emplace_back(text.substr(start));
+  }
+
+  bool TellsApart() const {
+    return m_parts.size() > 1 || std::any_of(m_parts.begin(), m_parts.end(),
+                                             [](const auto& part) { return part.HasFrame(); });
+  }
+
+  bool HasCamera() const {
+    return std::any_of(m_parts.begin(), m_parts.end(),
+                       [](const auto& part) { return part.HasCamera(); });
+  }
+
+  std::string Expand(int number, const std::string& name) const {
+    std::string path;
+    for (std::size_t i = 0; i < m_parts.size(); ++i) {
+      path += (i == 0 ? "" : name) + m_parts[i].Expand(number, "");
+    }
+    return path;
+  }
+
+ private:
+  std::vector<OutputPattern> m_parts;
+};
+
+/// In a folder a picture keeps its name, and its suffix where pictures can be written so.
+std::string NameInFolder(const std::string& folder, const fs::path& input) {
+  const fs::path name = input.filename();
+  return (fs::path(folder) / (IsWritable(name) ? name : fs::path(name).replace_extension(".png")))
+      .string();
+}
+
+Outcome Refuse(const std::string& message) {
+  return {kWrongUsage, "--output: " + message};
+}
+
+/// Which file a name leads to, whatever other names it has.
+std::optional<std::pair<dev_t, ino_t>> FileOf(const std::string& path) {
+  struct stat status;
+  if (::stat(path.c_str(), &status) != 0) return std::nullopt;
+  return std::pair(status.st_dev, status.st_ino);
+}
+
+/// Outputs that would replace an input, or each other.
+Outcome CheckClashes(const FilterOptions& options, const std::vector<std::string>& outputs) {
+  std::map<std::string, std::string> inputOf;
+  for (std::size_t i = 0; i < outputs.size(); ++i) {
+    const std::string& input = options.inputs[i];
+    const auto [other, isNew] =
+        inputOf.emplace(fs::path(outputs[i]).lexically_normal().string(), input);
+    if (!isNew) {
+      return Refuse(other->second + " and " + input + " would both become " + outputs[i] +
+                    "; put #### into the name");
+    }
+  }
+  // Replacing the one input by name is a wish; in all other cases it is taken for an accident.
+  if (outputs.size() == 1 && outputs.front() == options.output) return {};
+  std::set<std::pair<dev_t, ino_t>> inputs;
+  for (const std::string& input : options.inputs) {
+    if (const auto file = FileOf(input)) inputs.insert(*file);
+  }
+  for (const std::string& output : outputs) {
+    const auto file = FileOf(output);
+    if (!file || inputs.count(*file) == 0) continue;
+    return Refuse(output + " is one of the pictures to be read; choose another folder or name");
+  }
+  return {};
+}
+
+}  // namespace
+
+Outcome NameOutputs(const FilterOptions& options, std::vector<std::string>* outputs) {
+  outputs->clear();
+  if (options.output.empty()) {
+    if (options.verify && options.skipExisting) {
+      return {kWrongUsage,
+              "--skip-existing: without -o nothing is written that could be there; leave it out"};
+    }
+    if (options.verify) return {};
+    return Refuse("nothing says where to write; give -o OUT, or --verify to compare alone");
+  }
+  const NamePattern pattern(options.output);
+  const bool isFolder = IsFolder(options.output);
+  if (options.inputs.size() > 1 && !isFolder && !pattern.TellsApart()) {
+    return Refuse(ShellQuote(options.output) + " is one file for " +
+                  std::to_string(options.inputs.size()) +
+                  " pictures; put %n (their names) or #### (a number) into it, or end it with / "
+                  "for a folder");
+  }
+  if (!isFolder && pattern.HasCamera()) {
+    return Refuse(
+        ShellQuote(options.output) +
+        " has a place for a camera's name, and pictures to be filtered have none; take it "
+        "out, or write %% for a percent sign");
+  }
+  int number = 0;
+  for (const std::string& input : options.inputs) {
+    outputs->push_back(isFolder ? NameInFolder(options.output, input)
+                                : pattern.Expand(++number, fs::path(input).stem().string()));
+  }
+  return CheckClashes(options, *outputs);
+}
+
+}  // namespace gl3

@@ -1,0 +1,214 @@
+// The options of `gl3 render`: how each is read, its limits and its help.
+#include "apps/options/render_options.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+#include "apps/base/text.h"
+#include "apps/options/option_readers.h"
+
+namespace gl3 {
+namespace {
+
+constexpr int kMaxSide = 32768;
+/// 16384 x 16384: two gigabytes as half floats, what a machine can still be expected to hold.
+constexpr long long kMaxPixels = 1LL << 28;
+
+struct NamedView {
+  const char* name;
+  Imath::V3f direction;
+};
+const NamedView kViews[] = {
+    {"front", {0, 0, 1}}, {"back", {0, 0, -1}},   {"left", {-1, 0, 0}}, {"right", {1, 0, 0}},
+    {"top", {0, 1, 0}},   {"bottom", {0, -1, 0}}, {"iso", {1, 1, 1}},
+};
+
+constexpr const char* kFooter = R"(
+World space is the file's: right-handed, y up, units as in the file. Colours are
+display-referred (sRGB), as the renderer draws them.
+Without --camera, --eye or --view the whole model is shown from a three-quarter
+view. A camera of the file is used only when it is named.
+
+Sequences: -o holds #### or %04d for the frame's number and {camera} or %c for the
+camera's name (%% for a percent sign). The model is loaded once. Pictures appear
+whole or not at all, so a run that was ended goes on with --skip-existing; it asks
+only whether a picture is there, not how it was made. What moves in the model moves
+with the frames, skins and shape keys excepted.
+--like repeats the options of the recipe in a picture, and what the command line
+says comes first. Of a picture out of a sequence that frame alone is drawn, unless
+--frames or --turntable asks for more. It repeats neither -o nor --module nor what
+is told and waited for.
+
+Examples:
+  gl3 render chair.glb -o chair.png
+  gl3 render scene.dae -o shot.exr -s 1920x1080 --camera Camera01
+  gl3 render part.stl -o icon.png -s 256x256 --no-background --view iso --parallel
+  gl3 render room.obj lamp.glb -o room.jpg --eye 0,1.7,4 --target 0,1,0 --fov 60
+  gl3 render part.stl -o drawing.png --mode lines --crease 20 --background white
+  gl3 render house.glb -o plan.png --grid --text "South side,20,20" --overlay logo.png
+  gl3 render town.glb -o town.exr --depth town.exr --fog 50,400,#a8b4c0
+  gl3 render chair.glb -o turn_####.png --turntable 240 -s 640x360
+  gl3 render robot.glb -o %c_%04d.exr --camera all --frames 1-100 --fps 25
+  gl3 render robot.glb -o shot_####.png --frames 1-1000 --chunk 2/8 --skip-existing
+  gl3 render --like shot_0007.png -o large.png -s 3840x2160)";
+
+bool ReadSize(const std::string& text, RenderOptions* options, std::string* error) {
+  const std::size_t cross = text.find_first_of("xX");
+  int width = 0, height = 0;
+  const bool isRead = cross != std::string::npos && ParseInteger(text.substr(0, cross), &width) &&
+                      ParseInteger(text.substr(cross + 1), &height);
+  if (isRead && std::min(width, height) >= 1 && std::max(width, height) <= kMaxSide &&
+      static_cast<long long>(width) * height <= kMaxPixels) {
+    options->width = width;
+    options->height = height;
+    return true;
+  }
+  *error = fmt::format(
+      "{} is not a size that can be drawn; give WIDTHxHEIGHT such as 1920x1080, each side from 1 "
+      "to {} and at most {} pixels in all",
+      ShellQuote(text), kMaxSide, kMaxPixels);
+  return false;
+}
+
+bool ReadBackground(const std::string& text, RenderOptions* options, std::string* error) {
+  options->transparentBackground = text == "transparent";
+  if (options->transparentBackground || ReadColor(text, options->background, error)) return true;
+  *error += "; or give transparent";
+  return false;
+}
+
+bool ReadView(const std::string& text, RenderOptions* options, std::string* error) {
+  std::vector<std::string> names;
+  for (const NamedView& view : kViews) {
+    names.emplace_back(view.name);
+    if (text != view.name) continue;
+    options->viewFrom = view.direction;
+    return true;
+  }
+  float direction[3];
+  if (ParseTriple(text, direction) &&
+      std::any_of(direction, direction + 3, [](float value) { return value != 0; })) {
+    options->viewFrom = {direction[0], direction[1], direction[2]};
+    return true;
+  }
+  *error = fmt::format("{} is not a view; give {} or a direction X,Y,Z other than 0,0,0",
+                       ShellQuote(text), JoinNames(names));
+  return false;
+}
+
+bool ReadFov(const std::string& text, RenderOptions* options, std::string* error) {
+  double degrees = 0;
+  if (ParseNumber(text, &degrees) && degrees >= 0.1 && degrees <= 170) {
+    options->fieldOfView = static_cast<float>(degrees);
+    return true;
+  }
+  *error = ShellQuote(text) + " is not a field of view; give degrees from 0.1 to 170";
+  return false;
+}
+
+void AddPictureOptions(CLI::App& app, RenderOptions* options) {
+  app.option_defaults()->group("Picture");
+  app.add_option("-o,--output", options->output,
+                 "The picture: .png (8 bits, straight alpha), .exr (half floats,\n"
+                 "premultiplied alpha), .jpg or .jpeg; replaced when it exists")
+      ->type_name("OUT")
+      ->take_last();
+  app.add_option("--like", options->like,
+                 "Repeat the recipe in this picture; models and options that are\n"
+                 "given as well come in place of the recipe's")
+      ->type_name("PICTURE")
+      ->take_last();
+  AddOption(app, "-s,--size", "WxH", "Pixels, each side 1 to 32768 (default 1280x720)",
+            [=](const std::string& t, std::string* e) { return ReadSize(t, options, e); });
+  AddOption(app, "--antialias", "N", "Samples a pixel, N x N, 1 to 4 (default 2; 1 draws fastest)",
+            IntegerReader(1, 4, &options->samplesPerSide));
+  CLI::Option* background = AddOption(
+      app, "--background", "COLOR",
+      "#rgb, #rrggbb, r,g,b in 0..1, a name such as white, or\n"
+      "transparent (default #292b30)",
+      [=](const std::string& t, std::string* e) { return ReadBackground(t, options, e); });
+  app.add_flag("--no-background", options->transparentBackground,
+               "Alpha tells what the model covers (in JPEG: on black)")
+      ->excludes(background);
+  AddOption(app, "--quality", "N", "Of JPEG, 1 to 100 (default 92)",
+            IntegerReader(1, 100, &options->jpegQuality));
+}
+
+void AddCameraOptions(CLI::App& app, RenderOptions* options) {
+  app.option_defaults()->group("Camera");
+  AddOption(app, "--view", "VIEW",
+            "front, back, left, right, top, bottom, iso, or a direction X,Y,Z\n"
+            "from the model to the eye; shows all of it (default 0.7,0.45,1)",
+            [=](const std::string& t, std::string* e) { return ReadView(t, options, e); });
+  CLI::Option* camera =
+      app.add_option("--camera", options->cameras,
+                     "A camera of the model's file; all, or given several times:\n"
+                     "a picture from each, with {camera} or %c in -o for its name")
+          ->type_name("NAME")
+          ->allow_extra_args(false)
+          ->excludes("--view");
+  CLI::Option* eye = AddOption(app, "--eye", "X,Y,Z", "Where the eye is, in world units",
+                               TripleReader(&options->eye));
+  eye->excludes(camera)->excludes("--view");
+  AddOption(app, "--target", "X,Y,Z", "What --eye looks at (default: the middle of the model)",
+            TripleReader(&options->target))
+      ->needs(eye);
+  AddOption(app, "--up", "X,Y,Z", "What is up for --eye (default 0,1,0)",
+            TripleReader(&options->up))
+      ->needs(eye);
+  AddOption(app, "--fov", "DEG",
+            "Vertical field of view in degrees, 0.1 to 170 (default: the\ncamera's own, else 40)",
+            [=](const std::string& t, std::string* e) { return ReadFov(t, options, e); });
+  app.add_flag("--parallel", options->parallel, "Parallel projection, without perspective");
+}
+
+}  // namespace
+
+void AddRenderOptions(CLI::App& app, RenderOptions* options) {
+  app.set_help_flag("-h,--help", "Print this help");
+  app.footer(kFooter);
+  app.add_option("MODEL", options->models, "Model files, merged into one scene")->type_name("...");
+  AddPictureOptions(app, options);
+  AddCameraOptions(app, options);
+  AddSequenceOptions(app, &options->sequence);
+  AddEffectOptions(app, &options->effects);
+  AddDrawingOptions(app, &options->drawing);
+  AddRunOptions(app, &options->run);
+}
+
+namespace {
+
+Outcome CheckEye(const RenderOptions& options) {
+  if (!options.eye) return {};
+  if (options.up == Imath::V3f(0))
+    return {kWrongUsage, "--up: 0,0,0 is no direction; give another"};
+  if (!options.target) return {};
+  const Imath::V3f sight = *options.target - *options.eye;
+  if (sight == Imath::V3f(0)) {
+    return {kWrongUsage, "--target: it is where --eye is; move one of them"};
+  }
+  if (sight.normalized().cross(options.up.normalized()).length() < 1e-5f) {
+    return {kWrongUsage,
+            "--up: it points along the line of sight; give another, such as --up 0,0,1"};
+  }
+  return {};
+}
+
+}  // namespace
+
+Outcome CheckRenderOptions(const RenderOptions& options) {
+  constexpr const char* kSee = " is required; gl3 render --help lists the options";
+  if (options.models.empty()) return {kWrongUsage, std::string("MODEL") + kSee};
+  if (options.output.empty()) return {kWrongUsage, std::string("--output") + kSee};
+  Outcome outcome = CheckEye(options);
+  if (outcome.status != kDone) return outcome;
+  outcome = CheckDrawingOptions(options.drawing);
+  if (outcome.status != kDone) return outcome;
+  outcome = CheckSequence(options.sequence, options.cameras, options.output);
+  if (outcome.status != kDone || options.drawing.depth.empty()) return outcome;
+  return CheckSequence(options.sequence, options.cameras, options.drawing.depth, "--depth");
+}
+
+}  // namespace gl3

@@ -1,0 +1,81 @@
+// The options of every verb that works: reading them.
+#include "apps/options/run_options.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+
+#include "apps/base/text.h"
+#include "apps/options/option_readers.h"
+
+namespace gl3 {
+namespace {
+
+constexpr std::uint64_t kLeastMemory = 64ull << 20;
+constexpr double kMaxTimeout = 1e6;
+
+bool ReadDevice(const std::string& text, RunOptions* options, std::string* error) {
+  int number = -1;
+  if (text == "auto" || text == "cpu" || text == "gpu" ||
+      (ParseInteger(text, &number) && number >= 0)) {
+    options->device = text;
+    return true;
+  }
+  *error = ShellQuote(text) + " is not a device; give auto, cpu, gpu or a device's number from 0";
+  return false;
+}
+
+bool ReadTimeout(const std::string& text, Limits* limits, std::string* error) {
+  double seconds = 0;
+  if (ParseNumber(text, &seconds) && seconds >= 0 && seconds <= kMaxTimeout) {
+    limits->timeoutSeconds = seconds;
+    return true;
+  }
+  *error = ShellQuote(text) + " is not a time; give seconds from 0 (no limit) to 1000000";
+  return false;
+}
+
+bool ReadMemory(const std::string& text, Limits* limits, std::string* error) {
+  std::uint64_t bytes = 0;
+  if (ParseBytes(text, &bytes) && (bytes == 0 || bytes >= kLeastMemory)) {
+    limits->maxMemory = bytes;
+    return true;
+  }
+  *error = ShellQuote(text) + " is not an amount of memory; give 0 (no limit) or at least 64M, " +
+           "with K, M, G or T";
+  return false;
+}
+
+}  // namespace
+
+void AddRunOptions(CLI::App& app, RunOptions* options) {
+  app.option_defaults()->group("Run");
+  AddOption(app, "--device", "DEVICE",
+            "auto, cpu (the software renderer), gpu, or a device's number\n"
+            "(default: GL3_DEVICE, else auto)",
+            [=](const std::string& t, std::string* e) { return ReadDevice(t, options, e); });
+  app.add_option("--module", options->module,
+                 "The renderer module's file (default: OpenGL3.so, looked for as\n"
+                 "gl3 --help tells)")
+      ->type_name("PATH")
+      ->take_last();
+  Limits* limits = &options->limits;
+  AddOption(app, "--timeout", "SECONDS",
+            "Give up after this time, counted anew from each picture of a\n"
+            "sequence; 0: never (default 600)",
+            [=](const std::string& t, std::string* e) { return ReadTimeout(t, limits, e); });
+  AddOption(app, "--max-memory", "SIZE",
+            "Give up beyond this, such as 500M or 4G; 0: no limit (default:\n"
+            "three quarters of the machine's memory)",
+            [=](const std::string& t, std::string* e) { return ReadMemory(t, limits, e); });
+  app.add_flag("--json", options->json,
+               "Figures to standard output: times in milliseconds, size,\n"
+               "triangles, renderer, device, peak memory in bytes");
+  CLI::Option* quiet = app.add_flag_callback(
+      "-q,--quiet", [=] { options->verbosity = Verbosity::kQuiet; }, "Errors only");
+  app.add_flag_callback(
+         "-v,--verbose", [=] { options->verbosity = Verbosity::kVerbose; },
+         "Tell each step, and let drivers and libraries speak")
+      ->excludes(quiet);
+}
+
+}  // namespace gl3

@@ -1,0 +1,26 @@
+// The options of every verb that works: device and module, limits, what is told.
+#pragma once
+
+#include <string>
+
+#include "apps/base/messages.h"
+#include "apps/base/supervised_child.h"
+
+namespace CLI {
+class App;
+}
+
+namespace gl3 {
+
+struct RunOptions {
+  std::string device;  ///< As GL3_DEVICE; empty leaves the environment's.
+  std::string module;  ///< The module's file; empty: looked for.
+  Limits limits;
+  bool json = false;
+  Verbosity verbosity = Verbosity::kNormal;
+};
+
+/// Adds the options to `app`; parsing fills `*options`, which must live until then.
+void AddRunOptions(CLI::App& app, RunOptions* options);
+
+}  // namespace gl3

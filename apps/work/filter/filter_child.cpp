@@ -1,0 +1,204 @@
+// Reading, filtering and writing pictures, in a supervised child.
+#include "apps/work/filter/filter_child.h"
+
+#include <fmt/format.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "apps/base/text.h"
+#include "apps/work/common/driver_session.h"
+#include "apps/work/common/file_hash.h"
+#include "apps/work/common/stopwatch.h"
+#include "apps/work/filter/filter_report.h"
+#include "host/Services.h"
+#include "hostkit/effects/effect_chain.h"
+#include "hostkit/effects/effect_twins.h"
+#include "hostkit/pictures/picture.h"
+#include "hostkit/pictures/picture_in.h"
+#include "hostkit/services/registry.h"
+#include "platform/platform.h"
+
+namespace gl3 {
+namespace {
+
+constexpr const char* kThreadsSection = "General";
+constexpr const char* kThreadsKey = "OpenMP Threads";
+
+/// One child's work with what its pictures share.
+class FilterRun {
+ public:
+  FilterRun(const FilterJob& job, const FilterPart& part, ParentLine& line)
+      : m_job(job), m_part(part), m_line(line), m_done(part.done) {
+    m_warnedOfClipping = part.hasWarnedOfClipping;
+  }
+
+  Outcome Run();
+
+ private:
+  Outcome StartDriver();
+  void FilterOne(std::size_t index, FilteredPicture* report);
+  Outcome Read(FilteredPicture* report, hostkit::ByteImage* image);
+  Outcome RunEffects(hostkit::ByteImage image, FilteredPicture* report, hostkit::Picture* picture);
+  Outcome Write(const hostkit::Picture& picture, FilteredPicture* report);
+  Outcome Compare(const FilteredPicture& report) const;
+  void Warn(const std::string& text, bool ofClipping = false);
+
+  const FilterJob& m_job;
+  const FilterPart& m_part;
+  ParentLine& m_line;
+  std::size_t m_done;  // pictures of the run that are there
+  FilterStart m_start;
+  std::string m_inputHash;  // of the picture at hand
+  bool m_warnedOfClipping = false;
+  std::unique_ptr<DriverSession> m_session;
+  std::unique_ptr<hostkit::EffectRunner> m_runner;
+};
+
+void FilterRun::Warn(const std::string& text, bool ofClipping) {
+  m_line.Warn(text);
+  m_line.Tell(WarningPiece(text, ofClipping));
+}
+
+Outcome FilterRun::StartDriver() {
+  const FilterOptions& options = m_job.options;
+  m_line.Enter(Phase::kStart, "OpenGL");
+  const Stopwatch watch;
+  // The module reads its settings when it is loaded.
+  if (options.threads > 0) {
+    hostkit::OverrideRegistryValue(kThreadsSection, kThreadsKey, options.threads);
+  }
+  Outcome outcome;
+  m_session = DriverSession::Start({options.run.device, options.run.module}, &outcome);
+  const std::string trouble = hostkit::RegistryError();
+  if (!trouble.empty() && m_part.isFirst) Warn(trouble);
+  if (!m_session) return outcome;
+  hostkit::EffectRunnerOptions runnerOptions;
+  runnerOptions.measuresParts = options.run.json;
+  std::string error;
+  m_runner = hostkit::EffectRunner::Create(m_session->Driver(), runnerOptions, &error);
+  if (!m_runner) return {kNoOpenGl, error};
+  const platform::DisplayReport& display = platform::DescribeDisplay();
+  m_start = {m_runner->RendererName(),
+             display.platform,
+             display.device,
+             display.software,
+             GetRegistryValue(kThreadsSection, kThreadsKey, 1),
+             watch.Milliseconds()};
+  m_line.Tell(StartPiece(m_start));
+  m_line.Note(fmt::format("{}: loaded; {}; threads: {}", m_session->ModulePath(), m_start.renderer,
+                          m_start.threads));
+  return {};
+}
+
+Outcome FilterRun::Read(FilteredPicture* report, hostkit::ByteImage* image) {
+  m_line.Enter(Phase::kImport, report->input);
+  const Stopwatch watch;
+  std::string error;
+  hostkit::PictureFacts facts;
+  hostkit::BitmapPtr bitmap = hostkit::LoadPicture(report->input, &error, &facts);
+  if (!bitmap) return {kUnreadableInput, error};
+  report->width = bitmap->GetWidth();
+  report->height = bitmap->GetHeight();
+  *image = hostkit::TakeByteBitmap(std::move(bitmap));
+  if (!m_job.outputs.empty()) m_inputHash = HashFile(report->input);
+  report->read = watch.Milliseconds();
+  if (facts.wasLinear) m_line.Note(report->input + ": its linear light was encoded for display");
+  if (facts.clipped && !std::exchange(m_warnedOfClipping, true)) {
+    Warn(
+        report->input +
+            ": colours above 1 were cut, since effects work on 8 bits from 0 to 1; scale its light "
+            "down first to keep them",
+        true);
+  }
+  return {};
+}
+
+Outcome FilterRun::RunEffects(hostkit::ByteImage image, FilteredPicture* report,
+                              hostkit::Picture* picture) {
+  m_line.Enter(Phase::kDraw, report->input);
+  const Stopwatch watch;
+  std::string error;
+  *picture = hostkit::RunEffects(*m_runner, m_job.options.effects.calls, m_job.options.verify,
+                                 std::move(image), &report->steps, &error);
+  report->effects = watch.Milliseconds();
+  if (!picture->bitmap) return {kRunFailed, report->input + ": " + error};
+  m_line.Note(fmt::format("{}: effects took {:.1f} ms", report->input, report->effects));
+  return {};
+}
+
+Outcome FilterRun::Write(const hostkit::Picture& picture, FilteredPicture* report) {
+  if (m_job.outputs.empty()) return {};
+  m_line.Enter(Phase::kWrite, report->output);
+  const Stopwatch watch;
+  const hostkit::Recipe recipe = {{"gl3:command", m_job.command},
+                                  {"gl3:version", GL3_VERSION},
+                                  {"gl3:renderer", m_start.renderer},
+                                  {"gl3:input", report->input + " " + m_inputHash}};
+  std::string error;
+  if (!hostkit::WritePicture(report->output, picture, recipe, {m_job.options.jpegQuality},
+                             &error)) {
+    return {kUnwritableOutput, error};
+  }
+  report->write = watch.Milliseconds();
+  m_line.Note(fmt::format("{}: written in {:.1f} ms", report->output, report->write));
+  return {};
+}
+
+Outcome FilterRun::Compare(const FilteredPicture& report) const {
+  for (std::size_t i = 0; m_job.options.verify && i < report.steps.size(); ++i) {
+    const hostkit::EffectCall& call = m_job.options.effects.calls[i];
+    const int difference = report.steps[i].difference, bound = hostkit::DifferenceBound(call);
+    if (difference <= bound) continue;
+    return {
+        kMismatch,
+        fmt::format("{}: {} differs from the processor's by {}/255, and {}/255 are allowed; try "
+                    "--device cpu or another OpenGL driver",
+                    report.input, DescribeEffect(call), difference, bound)};
+  }
+  return {};
+}
+
+void FilterRun::FilterOne(std::size_t index, FilteredPicture* report) {
+  report->input = m_job.options.inputs[index];
+  if (!m_job.outputs.empty()) report->output = m_job.outputs[index];
+  hostkit::ByteImage image;
+  hostkit::Picture picture;
+  Outcome outcome = Read(report, &image);
+  if (outcome.status == kDone) outcome = RunEffects(std::move(image), report, &picture);
+  if (outcome.status == kDone) outcome = Write(picture, report);
+  if (outcome.status == kDone) {
+    ++m_done;
+    outcome = Compare(*report);
+  }
+  report->status = outcome.status;
+  report->error = outcome.message;
+}
+
+Outcome FilterRun::Run() {
+  const std::size_t count = m_job.options.inputs.size();
+  // At once: should the driver not start again, the user is told what is there.
+  if (!m_part.isFirst) m_line.Progress(m_done, count, "");
+  Outcome outcome = StartDriver();
+  if (outcome.status != kDone) return outcome;
+  for (const std::size_t index : m_part.pictures) {
+    const std::string& input = m_job.options.inputs[index];
+    if (count > 1) m_line.Progress(m_done, count, input);
+    FilteredPicture report;
+    FilterOne(index, &report);
+    if (report.status != kDone) m_line.Fail(report.error);
+    if (count > 1) m_line.Progress(m_done, count, input);
+    m_line.Tell(PicturePiece(report, m_job.options.effects.calls));
+  }
+  if (count > 1) m_line.Progress(m_done, count, "");
+  return {};
+}
+
+}  // namespace
+
+Outcome FilterPictures(const FilterJob& job, const FilterPart& part, ParentLine& line) {
+  return FilterRun(job, part, line).Run();
+}
+
+}  // namespace gl3

@@ -1,0 +1,14 @@
+// The work of `gl3 filter`, from picture files to picture files.
+#pragma once
+
+#include "apps/options/filter_options.h"
+
+namespace gl3 {
+
+/// Reads, filters and writes one picture after another, in a supervised child. A picture that the
+/// child dies over is one that fails: another child goes on behind it. Prints each failure, and
+/// then the report that --json asks for or the differences that --verify asks for. Returns the exit
+/// status, that of the first failure. Call with one thread alone.
+int Filter(const FilterJob& job);
+
+}  // namespace gl3

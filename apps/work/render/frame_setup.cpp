@@ -1,0 +1,116 @@
+// From options to what a frame is drawn with.
+#include "apps/work/render/frame_setup.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "apps/work/common/driver_session.h"
+#include "hostkit/pictures/picture_in.h"
+#include "hostkit/services/module_settings.h"
+#include "hostkit/services/registry.h"
+#include "platform/platform.h"
+
+namespace gl3 {
+namespace {
+
+using hostkit::FrameSettings;
+
+// Where texts without a place begin, and how far apart their lines are, in pixels.
+constexpr int kTextMargin = 8, kLineHeight = 14;
+
+/// The renderer's fonts have the characters of Latin-1; others become question marks.
+std::string Latin1(const std::string& utf8) {
+  std::string text;
+  for (std::size_t i = 0; i < utf8.size(); ++i) {
+    const auto first = static_cast<unsigned char>(utf8[i]);
+    if (first < 0x80) {
+      text += utf8[i];
+      continue;
+    }
+    unsigned following = 0;
+    while (i + 1 < utf8.size() && (static_cast<unsigned char>(utf8[i + 1]) & 0xC0) == 0x80) {
+      ++i;
+      ++following;
+    }
+    const bool isLatin = following == 1 && (first == 0xC2 || first == 0xC3);
+    text += isLatin ? static_cast<char>((first << 6 & 0xC0) | (utf8[i] & 0x3F)) : '?';
+  }
+  return text;
+}
+
+void AddTexts(const std::vector<TextOption>& options, FrameSettings* settings) {
+  int nextY = kTextMargin;
+  for (const TextOption& option : options) {
+    hostkit::TextNote note;
+    note.x = option.place ? option.place->x : kTextMargin;
+    note.y = option.place ? option.place->y : nextY;
+    note.color = option.color.value_or(ContrastColor(*settings));
+    std::string rest = Latin1(option.text);
+    while (!rest.empty()) {
+      const std::size_t end = std::min(rest.find('\n'), rest.size());
+      note.text = rest.substr(0, end);
+      rest.erase(0, end + 1);
+      settings->texts.push_back(note);
+      note.y += kLineHeight;
+    }
+    if (!option.place) nextY = note.y;
+  }
+}
+
+Outcome AddOverlays(const std::vector<OverlayOption>& options, FrameSettings* settings) {
+  for (const OverlayOption& option : options) {
+    std::string error;
+    hostkit::BitmapPtr bitmap = hostkit::LoadPicture(option.path, &error);
+    if (!bitmap) return {kUnreadableInput, "--overlay: " + error};
+    settings->overlays.push_back({std::move(bitmap), option.x, option.y, option.alpha});
+  }
+  return {};
+}
+
+bool IsSoftware(const std::string& device) {
+  return OpenDisplay(device).status == kDone && platform::DescribeDisplay().software;
+}
+
+/// Mesa 22.3 filters anisotropically in software by visiting every texel under a pixel, and there
+/// is no bound to them: at the rim of a textured sphere they take it a minute. Who stores the
+/// setting gets what it says.
+void SpareAnisotropy() {
+  const hostkit::ModuleSetting* setting = hostkit::FindModuleSetting("Anisotropic");
+  if (!setting || hostkit::ReadModuleSetting(*setting).stored) return;
+  hostkit::OverrideRegistryValue(setting->section, setting->key, 0);
+}
+
+}  // namespace
+
+void ApplyDriverSettings(const RenderOptions& options) {
+  if (IsSoftware(options.run.device)) SpareAnisotropy();
+  if (options.drawing.mode != hostkit::DrawMode::kDriverWireframe) return;
+  hostkit::OverrideRegistryValue("OpenGL3", "Polygonmode", 1);
+  // The driver's lines are as thin as a sample. So it smooths them itself.
+  hostkit::OverrideRegistryValue("OpenGL3", "Antialias", options.samplesPerSide > 1);
+}
+
+Outcome MakeFrameSettings(const RenderOptions& options, FrameSettings* settings) {
+  const DrawingOptions& drawing = options.drawing;
+  settings->width = options.width;
+  settings->height = options.height;
+  settings->mode = drawing.mode;
+  const bool driverSmooths = drawing.mode == hostkit::DrawMode::kDriverWireframe;
+  settings->samplesPerSide = driverSmooths ? 1 : options.samplesPerSide;
+  std::copy_n(options.background, 3, settings->background);
+  settings->transparentBackground = options.transparentBackground;
+  settings->lights = drawing.lights;
+  settings->lineColor = drawing.lineColor;
+  settings->creaseDegrees = drawing.creaseDegrees.value_or(settings->creaseDegrees);
+  settings->pointSize = drawing.pointSize;
+  settings->fog = drawing.fog;
+  if (!drawing.hasFogColor) std::copy_n(options.background, 3, settings->fog.color);
+  settings->grid = drawing.grid;
+  settings->controlPointSize = drawing.controlPointSize;
+  settings->depth = !drawing.depth.empty();
+  AddTexts(drawing.texts, settings);
+  return AddOverlays(drawing.overlays, settings);
+}
+
+}  // namespace gl3

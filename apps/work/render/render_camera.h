@@ -1,0 +1,44 @@
+// Where pictures are taken from, chosen from the options and the model.
+#pragma once
+
+#include <Imath/ImathVec.h>
+
+#include <string>
+#include <vector>
+
+#include "apps/base/messages.h"
+#include "apps/options/render_options.h"
+#include "hostkit/scene/node_animation.h"
+#include "hostkit/scene/scene.h"
+
+namespace gl3 {
+
+/// The scene's cameras that --camera asks for, as indices into Scene::cameras, each once: by name
+/// (the first of several alike) or "all". A single -1 when none is asked for. kWrongUsage with a
+/// message for what the scene does not have.
+Outcome FindCameras(const RenderOptions& options, const hostkit::Scene& scene,
+                    std::vector<int>* cameras);
+
+/// Chooses the camera of each picture of a run: one of the scene's own, one at --eye, else one that
+/// shows all of the scene, and through a whole turn of the turntable at that.
+class CameraChooser {
+ public:
+  /// `reach` is the space that the scene takes while its animation runs.
+  CameraChooser(const RenderOptions& options, const hostkit::SceneReach& reach);
+
+  /// `camera` is an index into the scene's cameras or -1; the scene is posed for `frame`.
+  hostkit::SceneCamera Choose(const hostkit::Scene& scene, int camera, int frame) const;
+
+ private:
+  hostkit::SceneCamera Standing(const hostkit::Scene& scene, int camera) const;
+
+  const RenderOptions& m_options;
+  Imath::V3f m_middle;            // of the model, in world space
+  hostkit::SceneCamera m_fitted;  // when none is asked for
+};
+
+/// The camera in words and numbers that read back exactly: "eye=0,0,5 forward=0,0,-1 up=0,1,0
+/// fov=40" (degrees), or height= (world units) in place of fov= for a parallel projection.
+std::string DescribeCamera(const hostkit::SceneCamera& camera);
+
+}  // namespace gl3

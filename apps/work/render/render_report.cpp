@@ -1,0 +1,55 @@
+// The figures of a run, for `--json`.
+#include "apps/work/render/render_report.h"
+
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "apps/work/common/report_figures.h"
+
+namespace gl3 {
+namespace {
+
+void AddShots(const RenderReport& report, nlohmann::ordered_json& json) {
+  json["pictures"] = report.shots.size();
+  json["skipped"] = report.skipped;
+  nlohmann::ordered_json frames = nlohmann::ordered_json::array();
+  for (const ShotReport& shot : report.shots) {
+    nlohmann::ordered_json frame = {{"frame", shot.frame}, {"seconds", shot.time}};
+    if (!shot.camera.empty()) frame["camera"] = shot.camera;
+    frame["output"] = shot.output;
+    frame["milliseconds"] = {{"draw", Rounded(shot.draw)},
+                             {"readBack", Rounded(shot.readBack)},
+                             {"effects", Rounded(shot.effects)},
+                             {"write", Rounded(shot.write)},
+                             {"total", Rounded(shot.total)}};
+    frames.push_back(std::move(frame));
+  }
+  json["frames"] = std::move(frames);
+}
+
+}  // namespace
+
+std::string FormatReport(const RenderReport& report) {
+  nlohmann::ordered_json json;
+  json["models"] = report.models;
+  json["output"] = report.output;
+  json["width"] = report.width;
+  json["height"] = report.height;
+  json["triangles"] = report.triangles;
+  json["renderer"] = report.renderer;
+  json["platform"] = report.platform;
+  json["device"] = report.device;
+  json["software"] = report.software;
+  json["milliseconds"] = {
+      {"start", Rounded(report.start)},       {"import", Rounded(report.import)},
+      {"upload", Rounded(report.upload)},     {"draw", Rounded(report.draw)},
+      {"readBack", Rounded(report.readBack)}, {"effects", Rounded(report.effects)},
+      {"write", Rounded(report.write)},       {"total", Rounded(report.total)},
+  };
+  if (report.isSequence) AddShots(report, json);
+  json["peakMemoryBytes"] = PeakMemory();
+  json["warnings"] = report.warnings;
+  return json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace gl3

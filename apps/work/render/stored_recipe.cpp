@@ -1,0 +1,20 @@
+// The recipe in a picture, for whoever repeats it.
+#include "apps/work/render/stored_recipe.h"
+
+#include "apps/base/command_words.h"
+#include "hostkit/pictures/picture_recipe.h"
+
+namespace gl3 {
+
+Outcome StoredRecipe(const std::string& path, ParentLine& line, std::string* result) {
+  line.Enter(Phase::kImport, path);
+  hostkit::Recipe recipe;
+  std::string error;
+  if (!hostkit::ReadRecipe(path, &recipe, &error)) return {kUnreadableInput, error};
+  std::vector<std::string> words;
+  for (const auto& [name, value] : recipe) words.insert(words.end(), {name, value});
+  *result = JoinCommand(words);
+  return {};
+}
+
+}  // namespace gl3

@@ -1,0 +1,16 @@
+// The recipe in a picture, for whoever repeats it.
+#pragma once
+
+#include <string>
+
+#include "apps/base/messages.h"
+#include "apps/base/supervised_child.h"
+
+namespace gl3 {
+
+/// Reads the recipe of the picture at `path` and leaves its entries in `*result`, name and value in
+/// turn, as JoinCommand writes them. kUnreadableInput with a message when there is none. To be
+/// called in a supervised child.
+Outcome StoredRecipe(const std::string& path, ParentLine& line, std::string* result);
+
+}  // namespace gl3

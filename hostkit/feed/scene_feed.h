@@ -1,0 +1,142 @@
+// Feeds a scene to a display list.
+#pragma once
+
+#include <Imath/ImathMatrix.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "host/Colors.h"
+#include "host/DisplayList.h"
+#include "host/RenderInfo.h"
+#include "host/Vertices.h"
+#include "host/VornPoly.h"
+#include "hostkit/feed/frame_settings.h"
+#include "hostkit/feed/mesh_edges.h"
+#include "hostkit/feed/mesh_preparation.h"
+#include "hostkit/feed/seen_surfaces.h"
+#include "hostkit/feed/vertex_lighting.h"
+#include "hostkit/feed/wide_lines.h"
+#include "hostkit/scene/scene.h"
+
+namespace hostkit {
+
+/// What a scene is fed with.
+struct FeedView {
+  Imath::M44f worldToView;
+  LightListNode* lights = nullptr;          ///< Null is the headlight.
+  RenderInfo* info = nullptr;               ///< Buffer, projection and scene record.
+  const RenderInfo* picture = nullptr;      ///< The same for a surface that held all the picture.
+  const FrameSettings* settings = nullptr;  ///< Must live until the frame is drawn.
+  ColorBuf background;                      ///< What the surface was cleared with.
+};
+
+/// Walks a scene's instances once a frame. Arrays keep their capacity from frame to frame. Scene
+/// and prepared scene must outlive the feed.
+///
+/// Bodies by theme: scene_feed.cpp (placing, lit triangles), scene_feed_unlit.cpp (coloured
+/// triangles, lines, points), scene_feed_modes.cpp (the other ways to draw), scene_feed_ids.cpp.
+class SceneFeed {
+ public:
+  SceneFeed(const Scene& scene, const PreparedScene& prepared)
+      : m_scene(scene), m_prepared(prepared) {}
+
+  /// Hands everything to `list`, from BeginInstructions to ExecuteInstructions. Transparent
+  /// surfaces wait in the buffer's queue for its EndScene, with pointers to materials and lights.
+  void Draw(DisplayList* list, const FeedView& view);
+
+  /// Instead of a picture, draws what is seen where: each triangle, line and point in the colour
+  /// that stands for its entry in `*seen`, which is filled; on black. What can be seen through
+  /// counts as solid. False when there are more things than colours.
+  bool DrawIds(DisplayList* list, const FeedView& view, SeenSurfaces* seen);
+
+ private:
+  // Triangles in one call with 16-bit indices.
+  static constexpr std::size_t kColoredTriangles = 65535 / 3;
+
+  // The instance at hand; its vertices are in m_vertices.
+  struct Placed {
+    const SceneMesh* mesh = nullptr;
+    const PreparedMesh* prepared = nullptr;
+    bool mirrored = false;  // its triangles turn the other way round
+  };
+  // Three vertices of m_vertices, counter-clockwise from outside.
+  struct Corners {
+    std::uint32_t index[3];
+  };
+  // A triangle of the far-to-near pass.
+  struct SortedTriangle {
+    float key;  // minus the mean z, as the renderer's own queue has it
+    GATexture* texture;
+    GALitVertexWT corners[3];
+  };
+
+  void Prepare(DisplayList* list, const FeedView& view);
+  bool Place(const SceneInstance& instance);  // false when there is nothing to draw in it
+  void PlaceVertices(const Imath::M44f& toView);
+  void MakeNormals();
+  Corners CornersOf(std::size_t triangle) const;
+  bool FacesAway(const GAVertex& a, const GAVertex& b, const GAVertex& c) const;
+  void UseTexture(GATexture* texture);
+
+  void FeedLit();
+  void FeedLitTriangles();
+  void FeedUnlit();
+  bool IsFedUnlit(const SceneInstance& instance) const;
+  void FeedUnlitInstance(const SceneInstance& instance);
+  void FeedColoredTriangles();
+  void AddColored(const SortedTriangle& triangle);
+  void FlushColored();
+  void FeedSorted();
+  void CollectLines();
+  void FeedPoints();
+  void FeedSquares(int width);
+
+  void FeedFlatTriangles();
+  ColorBuf FaceColor(std::size_t triangle, const Corners& corners) const;
+  void FeedFill();
+  void FeedEdges(int mesh);
+  bool IsDrawn(const MeshEdge& edge) const;
+  void FeedVertices();
+  void FeedControlPoints();
+
+  void FeedTriangleIds(SeenSurfaces* seen);
+  void FeedLineIds(SeenSurfaces* seen);
+  void FeedPointIds(SeenSurfaces* seen);
+  void AddId(const Imath::V3f& a, const Imath::V3f& b, const Imath::V3f& c, std::uint32_t id);
+
+  ColorBuf LitColor(std::uint32_t vertex, bool facesAway);
+  GALitVertex FlatVertex(std::uint32_t vertex) const;
+  GALitVertex EdgeEnd(std::uint32_t vertex) const;
+  void AddPolygon(const GALitVertexWT* corners);
+  Imath::V3f PlacedAt(std::uint32_t vertex) const {
+    const GAVertex& v = m_vertices[vertex];
+    return {v.x, v.y, v.z};
+  }
+
+  const Scene& m_scene;
+  const PreparedScene& m_prepared;
+  DisplayList* m_list = nullptr;
+  FeedView m_view;
+  GATexture* m_texture = nullptr;  // what the list has
+  VertexLighting m_lighting;
+
+  Placed m_placed;
+  // View-space vertices of the instance at hand; normals point outwards.
+  std::vector<GAVertex> m_vertices;
+  std::vector<ColorBuf> m_lit[2];  // its lit colours seen from outside, from inside
+  std::vector<unsigned char> m_isLit[2];
+  std::vector<GALitVertex> m_colored;            // triangles that wait for a draw call
+  std::vector<unsigned short> m_coloredIndices;  // 0, 1, 2, ...
+  std::vector<SortedTriangle> m_sorted;
+  std::vector<std::uint32_t> m_order;
+  WideLines m_lines;
+  std::vector<GALitVertex> m_points;
+  std::vector<unsigned short> m_squareIndices;
+  SceneEdges m_edges;
+  std::vector<unsigned char> m_facesAway;  // by triangle of the instance at hand
+  VornPoly m_polygon;                      // kept for its colour handles
+  GAColor m_pointColor;
+};
+
+}  // namespace hostkit

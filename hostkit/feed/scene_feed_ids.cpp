@@ -1,0 +1,78 @@
+// Feeds a scene to a display list: every thing in a colour of its own, by which pixels tell what
+// they show.
+#include "hostkit/feed/scene_feed.h"
+
+namespace hostkit {
+namespace {
+
+using Imath::V3f;
+
+// The renderer draws its lines and points smooth when that is set, which would mix ids; so they
+// are drawn as strips and squares of this width.
+constexpr float kHalfSample = 0.5f;
+
+}  // namespace
+
+bool SceneFeed::DrawIds(DisplayList* list, const FeedView& view, SeenSurfaces* seen) {
+  Prepare(list, view);
+  seen->Clear();
+  for (const SceneInstance& instance : m_scene.instances) {
+    if (!Place(instance)) continue;
+    FeedTriangleIds(seen);
+    FeedLineIds(seen);
+    FeedPointIds(seen);
+  }
+  FlushColored();
+  list->EndInstructions();
+  list->ExecuteInstructions();
+  return !seen->IsFull();
+}
+
+void SceneFeed::AddId(const V3f& a, const V3f& b, const V3f& c, std::uint32_t id) {
+  for (const V3f* p : {&a, &b, &c}) {
+    m_colored.push_back({p->x, p->y, p->z, static_cast<std::uint8_t>(id >> 16),
+                         static_cast<std::uint8_t>(id >> 8), static_cast<std::uint8_t>(id), 255});
+  }
+  if (m_colored.size() >= kColoredTriangles * 3) FlushColored();
+}
+
+void SceneFeed::FeedTriangleIds(SeenSurfaces* seen) {
+  const std::vector<std::uint32_t>& triangles = m_placed.mesh->triangles;
+  for (std::size_t i = 0; i < triangles.size() && !seen->IsFull(); i += 3) {
+    const V3f a = PlacedAt(triangles[i]), b = PlacedAt(triangles[i + 1]),
+              c = PlacedAt(triangles[i + 2]);
+    AddId(a, b, c, seen->AddTriangle(a, b, c));
+  }
+}
+
+void SceneFeed::FeedLineIds(SeenSurfaces* seen) {
+  const std::vector<std::uint32_t>& lines = m_placed.mesh->lines;
+  const RenderInfo& info = *m_view.info;
+  for (std::size_t i = 0; i + 1 < lines.size() && !seen->IsFull(); i += 2) {
+    const V3f ends[] = {PlacedAt(lines[i]), PlacedAt(lines[i + 1])};
+    const float sizes[] = {SampleSizeAt(ends[0].z, info), SampleSizeAt(ends[1].z, info)};
+    if (sizes[0] <= 0 || sizes[1] <= 0) continue;  // an end is behind the eye
+    const V3f run = ends[1] / sizes[1] - ends[0] / sizes[0];
+    const V3f across = V3f(-run.y, run.x, 0).normalized() * kHalfSample;
+    const V3f c[] = {ends[0] - across * sizes[0], ends[0] + across * sizes[0],
+                     ends[1] + across * sizes[1], ends[1] - across * sizes[1]};
+    const std::uint32_t id = seen->AddLine(ends[0], ends[1]);
+    AddId(c[0], c[1], c[2], id);
+    AddId(c[0], c[2], c[3], id);
+  }
+}
+
+void SceneFeed::FeedPointIds(SeenSurfaces* seen) {
+  const float half = kHalfSample * static_cast<float>(m_view.settings->pointSize);
+  for (std::uint32_t vertex : m_placed.mesh->points) {
+    if (seen->IsFull()) return;
+    const V3f p = PlacedAt(vertex);
+    const float h = half * SampleSizeAt(p.z, *m_view.info);
+    const V3f c[] = {p + V3f(-h, -h, 0), p + V3f(h, -h, 0), p + V3f(h, h, 0), p + V3f(-h, h, 0)};
+    const std::uint32_t id = seen->AddPoint(p);
+    AddId(c[0], c[1], c[2], id);
+    AddId(c[0], c[2], c[3], id);
+  }
+}
+
+}  // namespace hostkit

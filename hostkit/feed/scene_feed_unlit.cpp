@@ -1,0 +1,243 @@
+// Feeds a scene to a display list: triangles that bring their colours along, lines, and points.
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <utility>
+
+#include "host/GABuffer.h"
+#include "hostkit/feed/scene_feed.h"
+
+namespace hostkit {
+namespace {
+
+using Imath::V3f;
+
+unsigned char Times(float factor, unsigned char value) {
+  return static_cast<unsigned char>(std::clamp(factor * value, 0.0f, 255.0f) + 0.5f);
+}
+
+}  // namespace
+
+// Colours at vertices: the renderer's lit triangles have one colour a material, and its transparent
+// queue drops colours. So these meshes are lit here. Opaque ones go in as they are. Transparent
+// ones are sorted here, and drawn after all opaque things and before the queue: among themselves
+// they blend in exact order and with their colours, as they do with glass of one colour before
+// them; such glass behind them is hidden. A palette of materials through the queue would order
+// both, but shows each triangle in one flat colour.
+void SceneFeed::FeedUnlit() {
+  const FrameSettings& settings = *m_view.settings;
+  m_lighting.SetLights(m_view.lights, m_view.info->scene->ambientAmount);
+  m_sorted.clear();
+  m_points.clear();
+  m_lines.Begin(*m_view.info, settings.samplesPerSide);
+  // The fill of lines has the background's colour, near and far.
+  const bool clearFill = settings.mode == DrawMode::kLines && settings.fog.on;
+  if (clearFill) m_view.info->buffer->SetFogState(0);
+  for (const SceneInstance& instance : m_scene.instances) {
+    if (IsFedUnlit(instance) && Place(instance)) FeedUnlitInstance(instance);
+  }
+  UseTexture(nullptr);
+  m_list->FlushArrays();
+  if (clearFill) m_view.info->buffer->SetFogState(1);
+  if (settings.controlPointSize > 0) FeedControlPoints();
+  m_lines.Draw(m_list);
+  if (!m_points.empty()) FeedPoints();
+  if (!m_sorted.empty()) FeedSorted();
+}
+
+bool SceneFeed::IsFedUnlit(const SceneInstance& instance) const {
+  const SceneMesh& mesh = m_scene.meshes[static_cast<std::size_t>(instance.mesh)];
+  if (!mesh.lines.empty() || !mesh.points.empty()) return true;
+  const DrawMode mode = m_view.settings->mode;
+  const bool areFacesLit = mode == DrawMode::kShaded || mode == DrawMode::kDriverWireframe;
+  if (areFacesLit && !m_prepared.Mesh(instance.mesh).perVertexColors) return false;
+  return !mesh.triangles.empty();
+}
+
+void SceneFeed::FeedUnlitInstance(const SceneInstance& instance) {
+  const SceneMesh& mesh = *m_placed.mesh;
+  if (!mesh.triangles.empty()) {
+    switch (m_view.settings->mode) {
+      case DrawMode::kShaded:
+      case DrawMode::kDriverWireframe:
+        if (m_placed.prepared->perVertexColors) FeedColoredTriangles();
+        break;
+      case DrawMode::kFlat:
+        FeedFlatTriangles();
+        break;
+      case DrawMode::kLines:
+        FeedFill();
+        FeedEdges(instance.mesh);
+        break;
+      case DrawMode::kWireframe:
+        FeedEdges(instance.mesh);
+        break;
+      case DrawMode::kPoints:
+        FeedVertices();
+        break;
+    }
+  }
+  CollectLines();
+  for (std::uint32_t vertex : mesh.points) m_points.push_back(FlatVertex(vertex));
+}
+
+ColorBuf SceneFeed::LitColor(std::uint32_t vertex, bool facesAway) {
+  ColorBuf& color = m_lit[facesAway][vertex];
+  if (m_isLit[facesAway][vertex]) return color;
+  m_isLit[facesAway][vertex] = 1;
+  const GAVertex& v = m_vertices[vertex];
+  V3f outwards(v.nx, v.ny, v.nz);
+  color = m_lighting.Light({v.x, v.y, v.z}, facesAway ? -outwards : outwards,
+                           m_placed.mesh->colors[vertex]);
+  return color;
+}
+
+void SceneFeed::FeedColoredTriangles() {
+  const PreparedMesh& prepared = *m_placed.prepared;
+  m_lighting.SetMaterial(*prepared.material);
+  for (int side = 0; side < 2; ++side) {
+    m_lit[side].resize(m_vertices.size());
+    m_isLit[side].assign(m_vertices.size(), 0);
+  }
+  for (std::size_t i = 0; i < m_placed.mesh->triangles.size(); i += 3) {
+    Corners corners = CornersOf(i);
+    bool facesAway = FacesAway(m_vertices[corners.index[0]], m_vertices[corners.index[1]],
+                               m_vertices[corners.index[2]]);
+    if (facesAway && prepared.transparent && prepared.closed) continue;  // as the queue does
+    SortedTriangle triangle{0, prepared.texture, {}};
+    for (int k = 0; k < 3; ++k) {
+      const GAVertex& v = m_vertices[corners.index[k]];
+      ColorBuf color = LitColor(corners.index[k], facesAway);
+      triangle.key -= v.z / 3;
+      triangle.corners[k] = {v.x,       v.y,         v.z,        v.u,        v.v,
+                             color.red, color.green, color.blue, color.alpha};
+    }
+    AddColored(triangle);
+  }
+  FlushColored();
+}
+
+// Takes a triangle of the mesh at hand: for later when it can be seen through.
+void SceneFeed::AddColored(const SortedTriangle& triangle) {
+  if (m_placed.prepared->transparent) {
+    m_sorted.push_back(triangle);
+  } else if (triangle.texture) {
+    UseTexture(triangle.texture);
+    AddPolygon(triangle.corners);
+  } else {
+    for (const GALitVertexWT& c : triangle.corners) {
+      m_colored.push_back({c.x, c.y, c.z, c.red, c.green, c.blue, c.alpha});
+    }
+    if (m_colored.size() == kColoredTriangles * 3) FlushColored();
+  }
+}
+
+void SceneFeed::FlushColored() {
+  if (m_colored.empty()) return;
+  if (m_coloredIndices.empty()) {
+    m_coloredIndices.resize(kColoredTriangles * 3);
+    std::iota(m_coloredIndices.begin(), m_coloredIndices.end(), static_cast<unsigned short>(0));
+  }
+  UseTexture(nullptr);
+  m_list->AddIndexedLitTriangleList(m_colored.data(), m_colored.size(), m_coloredIndices.data(),
+                                    m_colored.size(), 0);
+  m_colored.clear();
+}
+
+// The renderer's indexed list of textured coloured triangles takes texture coordinates for
+// positions, so these go one by one.
+void SceneFeed::AddPolygon(const GALitVertexWT* corners) {
+  Vector* const positions[] = {&m_polygon.p0, &m_polygon.p1, &m_polygon.p2};
+  GAColor* const colors[] = {&m_polygon.c0, &m_polygon.c1, &m_polygon.c2};
+  Vector2* const uvs[] = {&m_polygon.uv0, &m_polygon.uv1, &m_polygon.uv2};
+  for (int k = 0; k < 3; ++k) {
+    const GALitVertexWT& c = corners[k];
+    *positions[k] = {c.x, c.y, c.z};
+    *uvs[k] = {c.u, c.v};
+    colors[k]->Set(c.red, c.green, c.blue, c.alpha);
+  }
+  m_list->AddTransformedPolygon(m_polygon, 0);
+}
+
+void SceneFeed::FeedSorted() {
+  m_order.resize(m_sorted.size());
+  std::iota(m_order.begin(), m_order.end(), 0u);
+  std::sort(m_order.begin(), m_order.end(),
+            [&](std::uint32_t a, std::uint32_t b) { return m_sorted[a].key > m_sorted[b].key; });
+  for (std::uint32_t i : m_order) {
+    UseTexture(m_sorted[i].texture);
+    AddPolygon(m_sorted[i].corners);
+  }
+  UseTexture(nullptr);
+  m_list->FlushArrays();
+}
+
+// Lines and points are not lit: the material's base colour times the vertex's.
+GALitVertex SceneFeed::FlatVertex(std::uint32_t vertex) const {
+  const AttrProperty& material = *m_placed.prepared->material;
+  const SceneMesh& mesh = *m_placed.mesh;
+  // Equal colours are in the material already.
+  ColorBuf color{255, 255, 255, 255};
+  if (m_placed.prepared->perVertexColors) color = mesh.colors[vertex];
+  const GAVertex& v = m_vertices[vertex];
+  return {v.x,
+          v.y,
+          v.z,
+          Times(material.base.red.Current(), color.red),
+          Times(material.base.green.Current(), color.green),
+          Times(material.base.blue.Current(), color.blue),
+          Times(1 - material.transparency.Current(), color.alpha)};
+}
+
+void SceneFeed::CollectLines() {
+  const std::vector<std::uint32_t>& lines = m_placed.mesh->lines;
+  for (std::size_t i = 0; i + 1 < lines.size(); i += 2) {
+    m_lines.Add(FlatVertex(lines[i]), FlatVertex(lines[i + 1]));
+  }
+}
+
+// The renderer's points are one sample; wider ones are squares.
+void SceneFeed::FeedPoints() {
+  const int width = m_view.settings->samplesPerSide * m_view.settings->pointSize;
+  if (width > 1) {
+    FeedSquares(width);
+    return;
+  }
+  m_list->PrepForPoints();
+  for (const GALitVertex& point : m_points) {
+    m_pointColor.Set(point.red, point.green, point.blue, point.alpha);
+    m_list->AddTransformedPoint({point.x, point.y, point.z}, m_pointColor);
+  }
+  m_list->PrepForPolygonArray();  // ends the points
+}
+
+void SceneFeed::FeedSquares(int width) {
+  constexpr std::size_t kSquares = 65536 / 4;  // in one call with 16-bit indices
+  if (m_squareIndices.empty()) {
+    for (unsigned first = 0; first < kSquares * 4; first += 4) {
+      for (unsigned corner : {0u, 1u, 2u, 0u, 2u, 3u}) {
+        m_squareIndices.push_back(static_cast<unsigned short>(first + corner));
+      }
+    }
+  }
+  const float half = static_cast<float>(width) / 2;
+  for (std::size_t i = 0; i < m_points.size();) {
+    m_colored.clear();
+    for (; i < m_points.size() && m_colored.size() < kSquares * 4; ++i) {
+      GALitVertex corner = m_points[i];
+      const V3f middle = TowardsEye({corner.x, corner.y, corner.z}, half, *m_view.info);
+      const float h = half * SampleSizeAt(middle.z, *m_view.info);
+      corner.z = middle.z;
+      for (const auto& [x, y] : {std::pair{-h, -h}, {h, -h}, {h, h}, {-h, h}}) {
+        corner.x = middle.x + x;
+        corner.y = middle.y + y;
+        m_colored.push_back(corner);
+      }
+    }
+    m_list->AddIndexedLitTriangleList(m_colored.data(), m_colored.size(), m_squareIndices.data(),
+                                      m_colored.size() / 4 * 6, 0);
+  }
+  m_colored.clear();
+}
+
+}  // namespace hostkit

@@ -1,0 +1,138 @@
+// Draws the frames of a scene into buffers of any kind, on screen or off.
+#include "hostkit/frame/frame_painter.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "host/DisplayList.h"
+#include "host/GABuffer.h"
+#include "hostkit/services/pixel_values.h"
+
+namespace hostkit {
+namespace {
+
+// Light from everywhere, as a share of the base colour, so that what no light reaches is not black.
+constexpr float kAmbientAmount = 0.25f;
+// View units that the far end of a linear fog is to be away, and what may be seen at most: products
+// of three coordinates must stay floats.
+constexpr float kFogUnits = 1 << 20, kMostUnits = 1 << 24;
+
+constexpr float kIdentity[12] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
+constexpr float kBlack[3] = {0, 0, 0};
+
+// How many view units to count for a world unit. Two of the renderer's habits want an answer: it
+// cuts the distances of linear fog to whole view units, which would move the fog of a model of a
+// few metres; and it takes a density of exactly 1 for the wish for linear fog.
+float UnitFor(const Fog& fog, float farDistance) {
+  if (!fog.on) return 1;
+  if (fog.exponential) return fog.density == 1 ? 2.0f : 1.0f;
+  const float most = std::min(kFogUnits / fog.farDistance, kMostUnits / farDistance);
+  return std::exp2(std::floor(std::log2(std::max(most, 1.0f))));
+}
+
+View Scaled(const View& view, float unit) {
+  View scaled = view;
+  scaled.camera.parallelHeight *= unit;
+  scaled.nearDistance *= unit;
+  scaled.farDistance *= unit;
+  return scaled;
+}
+
+}  // namespace
+
+FramePainter::FramePainter(GADriver* driver, const Scene& scene)
+    : m_scene(scene), m_bounds(scene.Bounds()), m_feed(scene, m_prepared), m_overlays(driver) {
+  m_record.ambientAmount = kAmbientAmount;
+}
+
+std::unique_ptr<FramePainter> FramePainter::Create(GADriver* driver, const Scene& scene,
+                                                   std::string* error) {
+  std::unique_ptr<FramePainter> painter(new FramePainter(driver, scene));
+  if (!painter->m_prepared.Prepare(driver, scene, error)) return nullptr;
+  return painter;
+}
+
+void FramePainter::Begin(const FrameSettings& settings, const View& view) {
+  m_settings = &settings;
+  View seen = view;
+  if (settings.grid.on) {
+    m_grid.Build(settings.grid, m_bounds);
+    seen = m_grid.Reach(seen);
+  }
+  m_unit = UnitFor(settings.fog, seen.farDistance);
+  m_view = Scaled(seen, m_unit);
+  m_worldToView = WorldToView(view.camera);
+  if (m_unit != 1) m_worldToView *= Imath::M44f().setScale(m_unit);
+  m_rig.Build(m_scene, settings.lights, view.camera, m_bounds, m_unit);
+  const int side = settings.samplesPerSide;
+  FillRenderInfo(m_view, settings.width * side, settings.height * side, &m_picture);
+
+  const Fog& fog = settings.fog;
+  // A unit apart at least: drivers differ about fog that begins where it ends.
+  const float start = std::floor(fog.nearDistance * m_unit);
+  m_record.fogStart = AnimatableValue(start);
+  m_record.fogEnd = AnimatableValue(std::max(fog.farDistance * m_unit, start + 1));
+  m_record.fogRed = fog.color[0];
+  m_record.fogGreen = fog.color[1];
+  m_record.fogBlue = fog.color[2];
+}
+
+void FramePainter::Clear(const PaintTarget& target, const float* background) {
+  target.info->scene = &m_record;
+  target.info->objectToView = kIdentity;
+  target.buffer->ComputeProjectionMatrices();
+  GAColor color;
+  color.Set(ToByte(background[0]), ToByte(background[1]), ToByte(background[2]), 255);
+  target.buffer->SetBackground(color);
+  target.buffer->Clear();
+}
+
+FeedView FramePainter::ViewOf(const PaintTarget& target, const float* background) {
+  const ColorBuf color{ToByte(background[0]), ToByte(background[1]), ToByte(background[2]), 255};
+  return {m_worldToView, m_rig.Head(), target.info, &m_picture, m_settings, color};
+}
+
+void FramePainter::ApplyFog(GABuffer& buffer) const {
+  const Fog& fog = m_settings->fog;
+  if (!fog.on) {
+    if (buffer.IsFogEnabled()) buffer.SetFogState(0);
+    return;
+  }
+  buffer.SetFogDensity(fog.exponential ? fog.density / m_unit : 1.0f);  // 1 stands for linear
+  buffer.SetFogState(1);
+}
+
+void FramePainter::Paint(const PaintTarget& target, const PixelWindow& samples,
+                         const float* background) {
+  const int side = m_settings->samplesPerSide;
+  FillRenderInfoWindow(m_view, m_settings->width * side, m_settings->height * side, samples,
+                       target.info);
+  Clear(target, background);
+  ApplyFog(*target.buffer);
+  target.buffer->BeginScene();
+  if (m_settings->grid.on) m_grid.Draw(target.list, m_worldToView, *target.info, side);
+  m_feed.Draw(target.list, ViewOf(target, background));
+  target.buffer->EndScene();
+}
+
+bool FramePainter::PaintOverlays(const PaintTarget& target) {
+  if (m_settings->overlays.empty() && m_settings->texts.empty()) return true;
+  return m_overlays.Paint(target, *m_settings, 0, 0, m_settings->width, m_settings->height);
+}
+
+bool FramePainter::PaintIds(const PaintTarget& target, const PixelWindow& pixels,
+                            SeenSurfaces* seen) {
+  FillRenderInfoWindow(m_view, m_settings->width, m_settings->height, pixels, target.info);
+  Clear(target, kBlack);
+  if (target.buffer->IsFogEnabled()) target.buffer->SetFogState(0);
+  return m_feed.DrawIds(target.list, ViewOf(target, kBlack), seen);
+}
+
+void FramePainter::FillDepths(const SeenSurfaces& seen, const HBitmapBuffer& ids,
+                              const PixelWindow& pixels, HBitmapBuffer* depths) const {
+  RenderInfo info;
+  FillRenderInfoWindow(m_view, m_settings->width, m_settings->height, pixels, &info);
+  seen.FillDepths(ids, info, pixels, 1 / m_unit, depths);
+}
+
+}  // namespace hostkit

@@ -1,0 +1,81 @@
+// Draws the frames of a scene into buffers of any kind, on screen or off.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "hostkit/feed/frame_settings.h"
+#include "hostkit/feed/light_sets.h"
+#include "hostkit/feed/mesh_preparation.h"
+#include "hostkit/feed/scene_feed.h"
+#include "hostkit/frame/ground_grid.h"
+#include "hostkit/frame/overlay_painter.h"
+#include "hostkit/scene/camera.h"
+#include "hostkit/scene/camera_window.h"
+#include "hostkit/scene/scene.h"
+
+class GADriver;
+
+namespace hostkit {
+
+/// A scene that was uploaded to a driver, and drawing it. A frame is Begin, Paint for each surface
+/// that holds a part of it, and for a viewer PaintOverlays. The driver must be operational, and
+/// neither it nor the scene may go before this. Instances and lights of the scene may change from
+/// frame to frame; grid and light ranges keep to the bounds that it had at Create. Between Paint
+/// and EndScene, which Paint calls, the buffer points to materials, lights and the scene record in
+/// here. One thread.
+class FramePainter {
+ public:
+  /// Uploads the scene's images as textures. On failure returns null with one line in `*error`.
+  static std::unique_ptr<FramePainter> Create(GADriver* driver, const Scene& scene,
+                                              std::string* error);
+  FramePainter(const FramePainter&) = delete;
+  FramePainter& operator=(const FramePainter&) = delete;
+
+  /// Prepares lights, fog and planes for a frame of `settings`, which must live until the frame's
+  /// last call and are not changed.
+  void Begin(const FrameSettings& settings, const View& view);
+
+  /// Clears the target and draws the scene with its grid and markers. `samples` is the part of the
+  /// frame that the target's surface shows, in samples (settings.samplesPerSide to a pixel).
+  /// `background` is display-referred, 0 to 1. Overlays and text are left out.
+  void Paint(const PaintTarget& target, const PixelWindow& samples, const float* background);
+
+  /// Draws overlays and text over what Paint drew, for frames with one sample a pixel on one
+  /// surface: a viewer's. Text needs a buffer on a window. False when memory ran out for an
+  /// overlay.
+  bool PaintOverlays(const PaintTarget& target);
+
+  /// Draws ids instead (SceneFeed::DrawIds) with one sample a pixel; `pixels` is the part of the
+  /// frame that the surface shows. False when the scene has more parts than there are ids.
+  bool PaintIds(const PaintTarget& target, const PixelWindow& pixels, SeenSurfaces* seen);
+
+  /// Reads distances from a frame of ids: `ids` are the pixels of `pixels`, read back; distances
+  /// are in world units.
+  void FillDepths(const SeenSurfaces& seen, const HBitmapBuffer& ids, const PixelWindow& pixels,
+                  HBitmapBuffer* depths) const;
+
+ private:
+  FramePainter(GADriver* driver, const Scene& scene);
+  void Clear(const PaintTarget& target, const float* background);
+  FeedView ViewOf(const PaintTarget& target, const float* background);
+  void ApplyFog(GABuffer& buffer) const;
+
+  const Scene& m_scene;
+  Imath::Box3f m_bounds;
+  PreparedScene m_prepared;
+  SceneFeed m_feed;
+  OverlayPainter m_overlays;
+  LightRig m_rig;
+  SceneRecord m_record;
+  GridLines m_grid;
+
+  // The frame at hand.
+  const FrameSettings* m_settings = nullptr;
+  float m_unit = 1;  // view units in a world unit
+  View m_view;       // in view units
+  Imath::M44f m_worldToView;
+  RenderInfo m_picture;  // as of a surface that held all of it
+};
+
+}  // namespace hostkit

@@ -1,0 +1,49 @@
+// Draws scenes through a renderer module, exactly as any host would.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "hostkit/feed/frame_settings.h"
+#include "hostkit/pictures/picture.h"
+#include "hostkit/scene/camera.h"
+#include "hostkit/scene/scene.h"
+
+class GADriver;
+
+namespace hostkit {
+
+/// Milliseconds that the last frame took.
+struct FrameTimes {
+  double draw = 0, readBack = 0;  ///< Of all parts; depth counts as drawing.
+};
+
+/// A scene that was uploaded to a driver. The driver must be operational, and neither it nor the
+/// scene may go before this. One frame after another on one thread.
+class FrameRenderer {
+ public:
+  /// Uploads the scene's images as textures. On failure returns null with one line in `*error`.
+  static std::unique_ptr<FrameRenderer> Create(GADriver* driver, const Scene& scene,
+                                               std::string* error);
+  ~FrameRenderer();
+
+  /// Draws a frame and reads it back, with a "Depth" buffer when the settings ask for it: the
+  /// distance from the eye along the view, in world units, of what is at a pixel's centre, and
+  /// 1e30 where there is nothing. Depth is that of the model's surfaces, lines and points in every
+  /// mode; what can be seen through counts as solid. On failure returns a picture without bitmap
+  /// and one line in `*error`: a size that the device cannot draw (with the limit), memory, no
+  /// context.
+  Picture Render(const FrameSettings& settings, const View& view, std::string* error);
+
+  double UploadMilliseconds() const;
+  const FrameTimes& LastTimes() const;
+  /// GL_RENDERER and GL_VERSION of the context that frames are drawn with.
+  const std::string& RendererName() const;
+
+ private:
+  struct State;
+  explicit FrameRenderer(std::unique_ptr<State> state);
+  std::unique_ptr<State> m_state;
+};
+
+}  // namespace hostkit

@@ -1,0 +1,46 @@
+// A surface to draw on without a window, and to read back.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "host/DisplayList.h"
+#include "host/GABuffer.h"
+#include "host/GADriver.h"
+#include "host/RenderInfo.h"
+#include "hostkit/frame/overlay_painter.h"
+#include "hostkit/scene/scene.h"
+
+namespace hostkit {
+
+/// An off-screen buffer with depth and a display list on it, kept from frame to frame. The driver
+/// must outlive it. Not moved: the buffer points to the record.
+class OffScreenSurface {
+ public:
+  explicit OffScreenSurface(GADriver* driver) : m_driver(driver) {}
+  OffScreenSurface(const OffScreenSurface&) = delete;
+  OffScreenSurface& operator=(const OffScreenSurface&) = delete;
+
+  /// Makes it of that size, in pixels. False with one line in `*error` when it cannot be made.
+  bool Ensure(int width, int height, std::string* error);
+  int Width() const { return m_width; }
+  int Height() const { return m_height; }
+  PaintTarget Target() { return {m_buffer.get(), m_list.get(), &m_info}; }
+
+  /// The `width` x `height` pixels at the lower left, in a "ColorAlpha" buffer of half floats.
+  /// Null without memory.
+  BitmapPtr Read(int width, int height);
+
+ private:
+  GADriver* m_driver;
+  RenderInfo m_info;
+  std::unique_ptr<GABuffer> m_buffer;
+  std::unique_ptr<DisplayList> m_list;  // holds on to the buffer's context
+  int m_width = 0, m_height = 0;
+};
+
+/// A picture of half floats, whose pixels have any value until they are written. Null without
+/// memory.
+BitmapPtr NewPicture(int width, int height);
+
+}  // namespace hostkit

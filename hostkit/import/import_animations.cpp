@@ -1,0 +1,261 @@
+// Animations of model files into a scene's motion.
+#include "hostkit/import/import_animations.h"
+
+#include <assimp/anim.h>
+#include <assimp/camera.h>
+#include <assimp/light.h>
+#include <assimp/mesh.h>
+#include <assimp/scene.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+#include "hostkit/import/import_nodes.h"
+
+namespace hostkit {
+namespace {
+
+using Imath::M44f;
+using Imath::Quatf;
+using Imath::V3f;
+
+constexpr double kUsualTicksPerSecond = 25;  // where a file does not tell
+
+bool IsFinite(const V3f& v) {
+  return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
+
+V3f ToValue(const aiVector3D& v) {
+  return {v.x, v.y, v.z};
+}
+
+/// Unit length; no rotation where the file has none that can be used.
+Quatf ToValue(const aiQuaternion& q) {
+  const Quatf quaternion(q.w, q.x, q.y, q.z);
+  const float length = quaternion.length();
+  return length > 0 && std::isfinite(length) ? quaternion / length : Quatf();
+}
+
+bool IsUsable(const V3f& value) {
+  return IsFinite(value);
+}
+bool IsUsable(const Quatf& value) {
+  return IsFinite(value.v) && std::isfinite(value.r);
+}
+
+/// Keys in seconds, by time; unusable ones are left out, and of several at one time the last stays.
+template <class Key, class Value>
+void CopyKeys(const Key* source, unsigned count, double ticksPerSecond,
+              std::vector<AnimationKey<Value>>& keys) {
+  for (unsigned i = 0; source && i < count; ++i) {
+    const AnimationKey<Value> key{source[i].mTime / ticksPerSecond, ToValue(source[i].mValue)};
+    if (std::isfinite(key.time) && IsUsable(key.value)) keys.push_back(key);
+  }
+  std::stable_sort(keys.begin(), keys.end(),
+                   [](const auto& a, const auto& b) { return a.time < b.time; });
+  std::reverse(keys.begin(), keys.end());
+  const auto end = std::unique(keys.begin(), keys.end(),
+                               [](const auto& a, const auto& b) { return a.time == b.time; });
+  keys.erase(end, keys.end());
+  std::reverse(keys.begin(), keys.end());
+}
+
+template <class Value>
+double LastTime(const std::vector<AnimationKey<Value>>& keys) {
+  return keys.empty() ? 0 : keys.back().time;
+}
+
+/// Collects one file's motion.
+class MotionImport {
+ public:
+  explicit MotionImport(const ImportContext& context)
+      : m_context(context), m_motion(context.scene->motion) {
+    IndexNames();
+    for (unsigned a = 0; a < Source().mNumAnimations; ++a) MarkAnimated(*Source().mAnimations[a]);
+  }
+
+  void AddInstances(const std::vector<const aiNode*>& nodes);
+  void AddCameras();
+  void AddLights(const std::vector<const aiLight*>& lights);
+  void AddAnimations();
+  void AddWarnings();
+
+ private:
+  const aiScene& Source() const { return *m_context.source; }
+  void IndexNames();
+  void MarkAnimated(const aiAnimation& animation);
+  const aiNode* Find(const aiString& name) const;
+  int Hang(const aiNode* node, M44f* toNode);
+  int Keep(const aiNode* node);
+  void AddChannel(const aiNodeAnim& source, double ticksPerSecond, SceneAnimation& animation);
+
+  const ImportContext& m_context;
+  SceneMotion& m_motion;
+  std::unordered_map<std::string, const aiNode*> m_byName;
+  std::unordered_map<const aiNode*, int> m_animated;  // to their index among the kept, or -1
+};
+
+/// The first node of each name, in the order that the import library itself looks for names.
+void MotionImport::IndexNames() {
+  std::vector<const aiNode*> pending{Source().mRootNode};
+  while (!pending.empty()) {
+    const aiNode* node = pending.back();
+    pending.pop_back();
+    if (!node) continue;
+    m_byName.emplace(node->mName.C_Str(), node);
+    for (unsigned i = node->mNumChildren; i > 0; --i) pending.push_back(node->mChildren[i - 1]);
+  }
+}
+
+const aiNode* MotionImport::Find(const aiString& name) const {
+  const auto found = m_byName.find(name.C_Str());
+  return found == m_byName.end() ? nullptr : found->second;
+}
+
+void MotionImport::MarkAnimated(const aiAnimation& animation) {
+  for (unsigned c = 0; c < animation.mNumChannels; ++c) {
+    if (const aiNode* node = Find(animation.mChannels[c]->mNodeName)) m_animated.emplace(node, -1);
+  }
+}
+
+/// The nearest animated node at or above `node`, and in `*toNode` the way to its space; -1 when
+/// there is none.
+int MotionImport::Hang(const aiNode* node, M44f* toNode) {
+  *toNode = M44f();
+  for (; node; node = node->mParent) {
+    if (m_animated.count(node)) return Keep(node);
+    *toNode *= MatrixOf(*node);
+  }
+  return -1;
+}
+
+/// Adds an animated node with those above it, once.
+int MotionImport::Keep(const aiNode* node) {
+  // From the lowest that is not there yet; a loop, since files may nest deeply.
+  std::vector<const aiNode*> chain;
+  for (const aiNode* at = node; at; at = at->mParent) {
+    const auto found = m_animated.find(at);
+    if (found == m_animated.end()) continue;
+    if (found->second >= 0) break;
+    chain.push_back(at);
+  }
+  for (; !chain.empty(); chain.pop_back()) {
+    SceneNode kept;
+    kept.place = MatrixOf(*chain.back());
+    // Those above are there by now, so that this ends at once.
+    kept.parent = Hang(chain.back()->mParent, &kept.toParentNode);
+    m_animated[chain.back()] = static_cast<int>(m_motion.nodes.size());
+    m_motion.nodes.push_back(kept);
+  }
+  return m_animated[node];
+}
+
+void MotionImport::AddInstances(const std::vector<const aiNode*>& nodes) {
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    MovingInstance moving;
+    moving.instance = static_cast<int>(i);
+    moving.node = Hang(nodes[i], &moving.toNode);
+    if (moving.node >= 0) m_motion.instances.push_back(moving);
+  }
+}
+
+void MotionImport::AddCameras() {
+  for (unsigned i = 0; i < Source().mNumCameras; ++i) {
+    const aiCamera& source = *Source().mCameras[i];
+    M44f toNode;
+    MovingCamera moving;
+    moving.camera = static_cast<int>(i);
+    moving.node = Hang(Find(source.mName), &toNode);
+    if (moving.node < 0) continue;
+    moving.eye = ToValue(source.mPosition) * toNode;
+    toNode.multDirMatrix(ToValue(source.mLookAt), moving.forward);
+    toNode.multDirMatrix(ToValue(source.mUp), moving.up);
+    m_motion.cameras.push_back(moving);
+  }
+}
+
+void MotionImport::AddLights(const std::vector<const aiLight*>& lights) {
+  for (std::size_t i = 0; i < lights.size(); ++i) {
+    M44f toNode;
+    MovingLight moving;
+    moving.light = static_cast<int>(i);
+    moving.node = Hang(Find(lights[i]->mName), &toNode);
+    if (moving.node < 0) continue;
+    moving.position = ToValue(lights[i]->mPosition) * toNode;
+    toNode.multDirMatrix(ToValue(lights[i]->mDirection), moving.direction);
+    m_motion.lights.push_back(moving);
+  }
+}
+
+void MotionImport::AddChannel(const aiNodeAnim& source, double ticksPerSecond,
+                              SceneAnimation& animation) {
+  const aiNode* node = Find(source.mNodeName);
+  const auto kept = m_animated.find(node);
+  if (!node || kept == m_animated.end() || kept->second < 0) return;  // nothing hangs on it
+  NodeChannel channel;
+  channel.node = kept->second;
+  aiVector3D scale, translation;
+  aiQuaternion rotation;
+  node->mTransformation.Decompose(scale, rotation, translation);
+  channel.rest = {ToValue(translation), ToValue(rotation), ToValue(scale)};
+  CopyKeys(source.mPositionKeys, source.mNumPositionKeys, ticksPerSecond, channel.translations);
+  CopyKeys(source.mRotationKeys, source.mNumRotationKeys, ticksPerSecond, channel.rotations);
+  CopyKeys(source.mScalingKeys, source.mNumScalingKeys, ticksPerSecond, channel.scales);
+  animation.duration = std::max({animation.duration, LastTime(channel.translations),
+                                 LastTime(channel.rotations), LastTime(channel.scales)});
+  animation.channels.push_back(std::move(channel));
+}
+
+void MotionImport::AddAnimations() {
+  for (unsigned a = 0; a < Source().mNumAnimations; ++a) {
+    const aiAnimation& source = *Source().mAnimations[a];
+    const double given = source.mTicksPerSecond;
+    const double ticksPerSecond = given > 0 && std::isfinite(given) ? given : kUsualTicksPerSecond;
+    SceneAnimation animation;
+    animation.name = source.mName.C_Str();
+    for (unsigned c = 0; c < source.mNumChannels; ++c) {
+      AddChannel(*source.mChannels[c], ticksPerSecond, animation);
+    }
+    m_motion.animations.push_back(std::move(animation));
+  }
+}
+
+void MotionImport::AddWarnings() {
+  bool hasSkin = false, hasShapes = false;
+  for (unsigned m = 0; m < Source().mNumMeshes; ++m) {
+    hasSkin = hasSkin || Source().mMeshes[m]->mNumBones > 0;
+    hasShapes = hasShapes || Source().mMeshes[m]->mNumAnimMeshes > 0;
+  }
+  if (hasSkin) {
+    m_motion.warnings.push_back(
+        m_context.path +
+        ": skinned meshes are shown in their rest pose; export them baked to show "
+        "them move");
+  }
+  if (hasShapes) {
+    m_motion.warnings.push_back(
+        m_context.path +
+        ": shape keys are left out, and meshes that have them do not change; "
+        "export them baked to show them move");
+  }
+}
+
+}  // namespace
+
+void ImportMotion(const ImportContext& context, const std::vector<const aiNode*>& instanceNodes,
+                  const std::vector<const aiLight*>& lights) {
+  if (context.source->mNumAnimations == 0) return;
+  MotionImport motion(context);
+  motion.AddInstances(instanceNodes);
+  motion.AddCameras();
+  motion.AddLights(lights);
+  motion.AddAnimations();
+  motion.AddWarnings();
+}
+
+}  // namespace hostkit

@@ -1,0 +1,32 @@
+// Materials of model files into the host's surface records.
+#pragma once
+
+#include <Imath/ImathMatrix.h>
+#include <assimp/material.h>
+
+#include <string>
+#include <vector>
+
+#include "hostkit/import/import_context.h"
+
+namespace hostkit {
+
+/// What meshes need to know about the material that they use.
+struct MaterialTraits {
+  int uvChannel = 0;
+  Imath::M33f uvTransform;  ///< For row vectors (u, v, 1) with v = 0 at the image's top row.
+  bool ignoresVertexAlpha = false;
+  /// The file has no material: vertex colours then stand for themselves.
+  bool isStandIn = false;
+};
+
+/// Fills Scene::materials and Scene::images; the result has one entry a material of the source.
+std::vector<MaterialTraits> ImportMaterials(const ImportContext& context);
+
+/// A light grey for meshes of files that have no materials.
+SceneMaterial StandInMaterial();
+
+/// Linear light to display-referred (sRGB), 0 to 1.
+float DisplayFromLinear(float linear);
+
+}  // namespace hostkit

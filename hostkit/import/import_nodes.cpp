@@ -1,0 +1,236 @@
+// Placement: the node tree of a model file into instances, cameras and lights in world space.
+#include "hostkit/import/import_nodes.h"
+
+#include <assimp/camera.h>
+#include <assimp/light.h>
+#include <assimp/scene.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <utility>
+
+#include "host/Lights.h"
+
+namespace hostkit {
+namespace {
+
+using Imath::M44f;
+using Imath::V3f;
+
+constexpr float kDegrees = 180 / std::numbers::pi_v<float>;
+
+V3f ToVector(const aiVector3D& v) {
+  return {v.x, v.y, v.z};
+}
+
+/// Column vectors to row vectors: transposed.
+M44f ToMatrix(const aiMatrix4x4& m) {
+  return {m.a1, m.b1, m.c1, m.d1, m.a2, m.b2, m.c2, m.d2,
+          m.a3, m.b3, m.c3, m.d3, m.a4, m.b4, m.c4, m.d4};
+}
+
+bool IsFinite(const M44f& matrix) {
+  const float* first = matrix.getValue();
+  return std::all_of(first, first + 16, [](float value) { return std::isfinite(value); });
+}
+
+M44f NodeToWorld(const aiNode* node) {
+  M44f toWorld;
+  for (; node; node = node->mParent) toWorld *= ToMatrix(node->mTransformation);
+  return IsFinite(toWorld) ? toWorld : M44f();
+}
+
+/// The placement of the node that carries the camera or light of this name.
+M44f PlacementOf(const ImportContext& context, const aiString& name) {
+  const aiNode* root = context.source->mRootNode;
+  return NodeToWorld(root ? root->FindNode(name) : nullptr);
+}
+
+/// A direction in world space, unit length; `fallback` when there is none.
+V3f DirectionToWorld(const aiVector3D& direction, const M44f& toWorld, const V3f& fallback) {
+  V3f world;
+  toWorld.multDirMatrix(ToVector(direction), world);
+  const float length = world.length();
+  return length > 0 && std::isfinite(length) ? world / length : fallback;
+}
+
+/// Full vertical angle in radians, from what the format's importer gives.
+float VerticalFov(const ImportContext& context, const aiCamera& camera) {
+  constexpr float kUsualAspect = 4.0f / 3;
+  constexpr float kNarrowest = 0.01f, kWidest = 3.0f, kUsual = 0.7f;
+  const bool hasAspect = std::isfinite(camera.mAspect) && camera.mAspect > 0;
+  const float given = camera.mHorizontalFOV;
+  // COLLADA cameras without a name arrive with 0.014, an angle that nobody set.
+  if (context.format == SourceFormat::kCollada && given < 0.014f) return kUsual;
+  float fov = 0;
+  if (context.IsGltf() || context.format == SourceFormat::kIrrlicht) {
+    // These give the vertical angle times the aspect instead of the horizontal angle.
+    fov = given / (hasAspect ? camera.mAspect : 1);
+  } else {
+    // The rest give the full horizontal angle, whatever the import library's manual says.
+    const float aspect = hasAspect ? camera.mAspect : kUsualAspect;
+    fov = 2 * std::atan(std::tan(std::min(given, kWidest) / 2) / aspect);
+  }
+  return std::isfinite(fov) && fov > 0 ? std::clamp(fov, kNarrowest, kWidest) : kUsual;
+}
+
+V3f SidewaysOf(const V3f& forward) {
+  return std::abs(forward.y) < 0.9f ? V3f(0, 1, 0) : V3f(0, 0, -1);
+}
+
+SceneCamera ImportCamera(const ImportContext& context, const aiCamera& source) {
+  SceneCamera camera;
+  camera.name = source.mName.C_Str();
+  const M44f toWorld = PlacementOf(context, source.mName);
+  camera.eye = ToVector(source.mPosition) * toWorld;
+  camera.forward = DirectionToWorld(source.mLookAt, toWorld, {0, 0, -1});
+  camera.up = DirectionToWorld(source.mUp, toWorld, {0, 1, 0});
+  if (camera.up.cross(camera.forward).length() < 1e-4f) camera.up = SidewaysOf(camera.forward);
+  camera.verticalFov = VerticalFov(context, source);
+  if (source.mOrthographicWidth > 0) {
+    const float aspect = source.mAspect > 0 ? source.mAspect : 1;
+    camera.parallelHeight = 2 * source.mOrthographicWidth / aspect;
+  }
+  return camera;
+}
+
+/// Softness that makes the light's fall towards the edge of its cone like the file's, where it
+/// begins at the inner angle: OpenGL's exponent, 12.8 a unit of softness, acts on the whole cone.
+float ConeSoftness(float inner, float outer) {
+  if (!(inner < outer) || outer > 1.55f) return 0;
+  const float exponentToEdge = std::log(0.05f) / std::log(std::cos(outer));
+  return std::clamp(exponentToEdge * (1 - inner / outer) / 12.8f, 0.0f, 10.0f);
+}
+
+void SetCone(const ImportContext& context, const aiLight& source, SceneLight& light) {
+  // glTF gives angles from the axis, the others from edge to edge.
+  const float toHalf = context.IsGltf() ? 1.0f : 0.5f;
+  const bool hasOuter = context.format != SourceFormat::kCollada;
+  float outer = (hasOuter ? source.mAngleOuterCone : source.mAngleInnerCone) * toHalf;
+  if (!(outer > 0) || outer > std::numbers::pi_v<float> / 2) outer = std::numbers::pi_v<float> / 4;
+  const float inner = std::clamp(source.mAngleInnerCone * toHalf, 0.0f, outer);
+  light.coneAngle = outer * kDegrees;
+  light.coneSoftness = ConeSoftness(inner, outer);
+}
+
+int LightType(const aiLight& source) {
+  switch (source.mType) {
+    case aiLightSource_DIRECTIONAL:
+      return GALight::kDirectional;
+    case aiLightSource_SPOT:
+      return GALight::kSpot;
+    case aiLightSource_POINT:
+    case aiLightSource_AREA:
+      return GALight::kPoint;
+    default:
+      return -1;  // Ambient light is the renderer's setting, not a light.
+  }
+}
+
+/// Attenuation of the file's light at a distance, without units.
+float FileAttenuation(const aiLight& source, float distance) {
+  const float divisor = source.mAttenuationConstant + source.mAttenuationLinear * distance +
+                        source.mAttenuationQuadratic * distance * distance;
+  return divisor > 0 && std::isfinite(divisor) ? 1 / divisor : 1;
+}
+
+/// A light with `intensity` as the brightness that the file gives it at `middle`; false when it
+/// cannot be used.
+bool ImportLight(const ImportContext& context, const aiLight& source, const V3f& middle,
+                 SceneLight* light) {
+  light->type = LightType(source);
+  const aiColor3D& color = source.mColorDiffuse;
+  const float brightest = std::max({color.r, color.g, color.b});
+  if (light->type < 0 || !(brightest > 0) || !std::isfinite(brightest)) return false;
+  light->name = source.mName.C_Str();
+  light->red = std::max(color.r / brightest, 0.0f);
+  light->green = std::max(color.g / brightest, 0.0f);
+  light->blue = std::max(color.b / brightest, 0.0f);
+  light->intensity = brightest;
+  const M44f toWorld = PlacementOf(context, source.mName);
+  light->position = ToVector(source.mPosition) * toWorld;
+  light->direction = DirectionToWorld(source.mDirection, toWorld, {0, -1, 0});
+  if (light->type == GALight::kSpot) SetCone(context, source, *light);
+  if (light->type == GALight::kDirectional) return true;
+  // The renderer's attenuation, 1 / (0.8333 + 0.3126 (d / range)^2), is 1 at 0.73 ranges.
+  const float distance = std::max((light->position - middle).length(), 1e-4f);
+  light->range = distance / 0.73f;
+  if (context.IsGltf()) light->intensity *= FileAttenuation(source, distance);
+  return light->intensity > 0 && std::isfinite(light->intensity);
+}
+
+/// Files in physical units mean an exposure that they do not tell: the brightest light becomes 1.
+/// Others are dimmed where they would burn out. Several lights together reach at most 1.8.
+void Expose(bool isPhysical, std::vector<SceneLight>& lights) {
+  constexpr float kMostTogether = 1.8f;
+  float brightest = 0, sum = 0;
+  for (const SceneLight& light : lights) {
+    brightest = std::max(brightest, light.intensity);
+    sum += light.intensity;
+  }
+  float scale = std::min(1 / brightest, kMostTogether / sum);
+  if (!isPhysical) scale = std::min(scale, 1.0f);
+  for (SceneLight& light : lights) light.intensity *= scale;
+}
+
+}  // namespace
+
+M44f MatrixOf(const aiNode& node) {
+  return ToMatrix(node.mTransformation);
+}
+
+std::vector<const aiNode*> ImportInstances(const ImportContext& context,
+                                           const std::vector<int>& meshes) {
+  std::vector<const aiNode*> nodes;
+  if (!context.source->mRootNode) return nodes;
+  // A stack of our own: files may nest deeper than the program's stack is.
+  std::vector<std::pair<const aiNode*, M44f>> pending{{context.source->mRootNode, M44f()}};
+  while (!pending.empty()) {
+    const auto [node, parentToWorld] = pending.back();
+    pending.pop_back();
+    const M44f toWorld = ToMatrix(node->mTransformation) * parentToWorld;
+    if (!IsFinite(toWorld)) {
+      context.Warn(
+          fmt::format("{}: node {} left out with all below it, since its placement is not "
+                      "finite; repair the model where it was made",
+                      context.path, node->mName.C_Str()));
+      continue;
+    }
+    for (unsigned i = 0; i < node->mNumMeshes; ++i) {
+      const unsigned mesh = node->mMeshes[i];
+      if (mesh < meshes.size() && meshes[mesh] >= 0) {
+        context.scene->instances.push_back({meshes[mesh], toWorld});
+        nodes.push_back(node);
+      }
+    }
+    // Importers may leave gaps among the children (RAW files with colours do).
+    for (unsigned i = node->mNumChildren; i > 0; --i) {
+      if (node->mChildren[i - 1]) pending.emplace_back(node->mChildren[i - 1], toWorld);
+    }
+  }
+  return nodes;
+}
+
+void ImportCameras(const ImportContext& context) {
+  for (unsigned i = 0; i < context.source->mNumCameras; ++i) {
+    context.scene->cameras.push_back(ImportCamera(context, *context.source->mCameras[i]));
+  }
+}
+
+std::vector<const aiLight*> ImportLights(const ImportContext& context) {
+  std::vector<const aiLight*> sources;
+  const V3f middle = context.scene->Bounds().center();
+  for (unsigned i = 0; i < context.source->mNumLights; ++i) {
+    SceneLight light;
+    if (ImportLight(context, *context.source->mLights[i], middle, &light)) {
+      context.scene->lights.push_back(std::move(light));
+      sources.push_back(context.source->mLights[i]);
+    }
+  }
+  if (!context.scene->lights.empty()) Expose(context.IsGltf(), context.scene->lights);
+  return sources;
+}
+
+}  // namespace hostkit

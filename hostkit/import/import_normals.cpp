@@ -1,0 +1,198 @@
+// Normals for triangles that come without.
+#include "hostkit/import/import_normals.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <span>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace hostkit {
+namespace {
+
+using Imath::V3f;
+
+constexpr float kCosCrease = 0.5f;  // of 60 degrees
+// A place with more triangles than this, such as the tip of a fan or a heap of collapsed triangles,
+// is left sharp: comparing each with each would take for ever.
+constexpr std::uint32_t kMostAround = 512;
+constexpr float kCosSameNormal = 0.999f;  // corners closer than this share a vertex
+const V3f kAnyDirection(0, 1, 0);
+
+struct PositionHash {
+  std::size_t operator()(const V3f& position) const {
+    std::uint32_t bits[3];
+    std::memcpy(bits, &position, sizeof bits);
+    std::uint64_t hash = 0;
+    for (std::uint32_t part : bits) hash = (hash ^ part) * 0x9e3779b97f4a7c15u;
+    return hash ^ (hash >> 29);
+  }
+};
+
+/// Twice the triangle's area long, on the side from which it is counter-clockwise.
+V3f AreaNormal(const SceneMesh& mesh, std::size_t triangle) {
+  const std::uint32_t* corner = &mesh.triangles[3 * triangle];
+  const V3f& a = mesh.positions[corner[0]];
+  return (mesh.positions[corner[1]] - a).cross(mesh.positions[corner[2]] - a);
+}
+
+V3f UnitOr(const V3f& vector, const V3f& fallback) {
+  const float length = vector.length();
+  return length > 0 && std::isfinite(length) ? vector / length : fallback;
+}
+
+/// The direction that a triangle faces; zero when it is thin to the point of having none, where
+/// rounding alone would choose one.
+V3f FacingOf(const SceneMesh& mesh, std::size_t triangle, const V3f& areaNormal) {
+  constexpr float kThinnest = 1e-6f;
+  const std::uint32_t* corner = &mesh.triangles[3 * triangle];
+  const V3f& a = mesh.positions[corner[0]];
+  const float longest = std::max((mesh.positions[corner[1]] - a).length2(),
+                                 (mesh.positions[corner[2]] - a).length2());
+  const float length = areaNormal.length();
+  return length > kThinnest * longest && std::isfinite(length) ? areaNormal / length : V3f(0.0f);
+}
+
+/// The normal of a corner of `triangle`: the mean, by area, of those around its place that face
+/// about the same way; a triangle that faces no way takes the mean of all.
+V3f CornerNormal(const std::vector<V3f>& areas, const std::vector<V3f>& facings,
+                 std::size_t triangle, std::span<const std::uint32_t> around) {
+  const V3f& own = facings[triangle];
+  if (around.size() > kMostAround) return UnitOr(own, kAnyDirection);
+  const float least = own == V3f(0.0f) ? -1 : kCosCrease;
+  V3f sum(0.0f);
+  for (std::uint32_t other : around) {
+    const bool hasFacing = facings[other] != V3f(0.0f);
+    if (hasFacing && facings[other].dot(own) >= least) sum += areas[other];
+  }
+  return UnitOr(sum, kAnyDirection);
+}
+
+/// For each vertex the number of its place, equal positions having equal numbers.
+std::vector<std::uint32_t> NumberPlaces(const std::vector<V3f>& positions, std::size_t* count) {
+  std::unordered_map<V3f, std::uint32_t, PositionHash> numbers;
+  numbers.reserve(positions.size());
+  std::vector<std::uint32_t> places;
+  places.reserve(positions.size());
+  for (const V3f& position : positions) {
+    // Adding zero makes -0 the 0 that it compares equal to.
+    const V3f key = position + V3f(0.0f);
+    places.push_back(
+        numbers.try_emplace(key, static_cast<std::uint32_t>(numbers.size())).first->second);
+  }
+  *count = numbers.size();
+  return places;
+}
+
+/// The triangles around each place, place p owning entries first[p] to first[p + 1].
+struct Surroundings {
+  std::vector<std::uint32_t> first;
+  std::vector<std::uint32_t> triangles;
+};
+
+Surroundings FindSurroundings(const SceneMesh& mesh, const std::vector<std::uint32_t>& places,
+                              std::size_t placeCount) {
+  Surroundings around;
+  around.first.assign(placeCount + 1, 0);
+  for (std::uint32_t vertex : mesh.triangles) ++around.first[places[vertex] + 1];
+  for (std::size_t p = 0; p < placeCount; ++p) around.first[p + 1] += around.first[p];
+  around.triangles.resize(mesh.triangles.size());
+  std::vector<std::uint32_t> next(around.first.begin(), around.first.end() - 1);
+  for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
+    around.triangles[next[places[mesh.triangles[i]]]++] = static_cast<std::uint32_t>(i / 3);
+  }
+  return around;
+}
+
+template <typename T>
+void Repeat(std::vector<T>& values, std::size_t index) {
+  if (!values.empty()) values.push_back(T(values[index]));
+}
+
+/// Gives each corner a vertex with its normal; `chain` links the vertices that one was split into.
+class CornerVertices {
+ public:
+  explicit CornerVertices(SceneMesh& mesh) : m_mesh(mesh), m_chain(mesh.positions.size(), kUnused) {
+    m_mesh.normals.assign(mesh.positions.size(), kAnyDirection);
+  }
+
+  std::uint32_t VertexFor(std::uint32_t vertex, const V3f& normal) {
+    if (m_chain[vertex] == kUnused) {
+      m_chain[vertex] = kEnd;
+      m_mesh.normals[vertex] = normal;
+      return vertex;
+    }
+    std::uint32_t candidate = vertex;
+    while (m_mesh.normals[candidate].dot(normal) < kCosSameNormal) {
+      if (m_chain[candidate] == kEnd) return Split(candidate, normal);
+      candidate = m_chain[candidate];
+    }
+    return candidate;
+  }
+
+ private:
+  static constexpr std::uint32_t kUnused = 0xffffffff;
+  static constexpr std::uint32_t kEnd = 0xfffffffe;
+
+  std::uint32_t Split(std::uint32_t vertex, const V3f& normal) {
+    const auto added = static_cast<std::uint32_t>(m_mesh.positions.size());
+    Repeat(m_mesh.positions, vertex);
+    Repeat(m_mesh.uvs, vertex);
+    Repeat(m_mesh.colors, vertex);
+    m_mesh.normals.push_back(normal);
+    m_chain[vertex] = added;
+    m_chain.push_back(kEnd);
+    return added;
+  }
+
+  SceneMesh& m_mesh;
+  std::vector<std::uint32_t> m_chain;
+};
+
+}  // namespace
+
+void MakeNormals(SceneMesh& mesh) {
+  const std::size_t triangleCount = mesh.triangles.size() / 3;
+  std::vector<V3f> areas, facings;
+  areas.reserve(triangleCount);
+  facings.reserve(triangleCount);
+  for (std::size_t t = 0; t < triangleCount; ++t) {
+    areas.push_back(AreaNormal(mesh, t));
+    facings.push_back(FacingOf(mesh, t, areas.back()));
+  }
+  std::size_t placeCount = 0;
+  const std::vector<std::uint32_t> places = NumberPlaces(mesh.positions, &placeCount);
+  const Surroundings around = FindSurroundings(mesh, places, placeCount);
+  CornerVertices corners(mesh);
+  for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
+    const std::uint32_t place = places[mesh.triangles[i]];
+    const std::span triangles(&around.triangles[around.first[place]],
+                              around.first[place + 1] - around.first[place]);
+    const V3f normal = CornerNormal(areas, facings, i / 3, triangles);
+    mesh.triangles[i] = corners.VertexFor(mesh.triangles[i], normal);
+  }
+}
+
+void RepairNormals(SceneMesh& mesh) {
+  bool anyBad = false;
+  for (V3f& normal : mesh.normals) {
+    const float square = normal.length2();
+    if (std::abs(square - 1) < 0.001f) continue;
+    normal = UnitOr(normal, V3f(0.0f));
+    anyBad = anyBad || normal == V3f(0.0f);
+  }
+  if (!anyBad) return;
+  for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
+    V3f& normal = mesh.normals[mesh.triangles[i]];
+    if (normal == V3f(0.0f)) normal = UnitOr(AreaNormal(mesh, i / 3), V3f(0.0f));
+  }
+  for (V3f& normal : mesh.normals) {
+    if (normal == V3f(0.0f)) normal = kAnyDirection;
+  }
+}
+
+}  // namespace hostkit

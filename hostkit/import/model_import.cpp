@@ -1,0 +1,189 @@
+// Model files into scenes, read by assimp.
+#include "hostkit/import/model_import.h"
+
+#include <assimp/importerdesc.h>
+#include <assimp/postprocess.h>
+#include <assimp/scene.h>
+#include <fmt/format.h>
+
+#include <assimp/Importer.hpp>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <iterator>
+#include <new>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "hostkit/import/import_animations.h"
+#include "hostkit/import/import_context.h"
+#include "hostkit/import/import_materials.h"
+#include "hostkit/import/import_meshes.h"
+#include "hostkit/import/import_nodes.h"
+
+namespace hostkit {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Vertices are not joined: it doubles the time to import and gains nothing in drawing. Normals are
+// made by MakeNormals, since the library's own go wrong where triangles share vertices. Lines and
+// points are told from triangles by ImportMeshes; the library's step for that refuses whole files
+// for one empty mesh.
+constexpr unsigned kSteps = aiProcess_Triangulate;
+
+/// True when there is something to read; else says what is wrong with the path.
+bool CheckFile(const std::string& path, std::string* error) {
+  std::error_code code;
+  const fs::file_status status = fs::status(path, code);
+  if (!fs::exists(status)) {
+    *error = fmt::format("{}: no such file; check its name and folder", path);
+  } else if (fs::is_directory(status)) {
+    *error = fmt::format("{}: is a folder; name a model file in it", path);
+  } else if (fs::is_regular_file(status) && fs::file_size(path, code) == 0) {
+    *error = fmt::format("{}: is empty; export the model again", path);
+  }
+  return error->empty();
+}
+
+/// Import libraries' messages span lines and end in full stops.
+std::string OneLine(std::string text) {
+  for (char& c : text) {
+    if (static_cast<unsigned char>(c) < ' ') c = ' ';
+  }
+  while (!text.empty() && (text.back() == ' ' || text.back() == '.')) text.pop_back();
+  return text.empty() ? "the import library gives no reason" : text;
+}
+
+SourceFormat FormatOf(const Assimp::Importer& importer) {
+  const int index = importer.GetPropertyInteger("importerIndex", -1);
+  const aiImporterDesc* info =
+      index < 0 ? nullptr : importer.GetImporterInfo(static_cast<std::size_t>(index));
+  if (!info) return SourceFormat::kOther;
+  constexpr std::pair<const char*, SourceFormat> kKnown[] = {
+      {"Collada Importer", SourceFormat::kCollada},
+      {"glTF2 Importer", SourceFormat::kGltf2},
+      {"Irrlicht Scene Reader", SourceFormat::kIrrlicht}};
+  for (const auto& [name, format] : kKnown) {
+    if (std::strcmp(info->mName, name) == 0) return format;
+  }
+  return SourceFormat::kOther;
+}
+
+const aiScene* ReadSource(Assimp::Importer& importer, const std::string& path, std::string* error) {
+  const std::string suffix = fs::path(path).extension().string();
+  if (!importer.IsExtensionSupported(suffix)) {
+    *error = fmt::format(
+        "{}: models of the kind \"{}\" are not known; convert it to glTF, OBJ, "
+        "PLY, STL, FBX or COLLADA",
+        path, suffix);
+    return nullptr;
+  }
+  const aiScene* source = importer.ReadFile(path, kSteps);
+  if (!source) {
+    *error = fmt::format("{}: cannot be read ({}); export the model again", path,
+                         OneLine(importer.GetErrorString()));
+    return nullptr;
+  }
+  return source;
+}
+
+std::unique_ptr<Scene> Import(const std::string& path, std::string* error) {
+  Assimp::Importer importer;
+  auto scene = std::make_unique<Scene>();
+  ImportContext context;
+  context.source = ReadSource(importer, path, error);
+  if (!context.source) return nullptr;
+  context.path = path;
+  context.format = FormatOf(importer);
+  context.scene = scene.get();
+  const std::vector<MaterialTraits> traits = ImportMaterials(context);
+  const std::vector<const aiNode*> nodes = ImportInstances(context, ImportMeshes(context, traits));
+  if (scene->instances.empty()) {
+    // A warning that says why is worth more than the plain fact.
+    *error = scene->warnings.empty()
+                 ? fmt::format("{}: holds nothing to draw; export it again with its geometry", path)
+                 : scene->warnings.back() + "; nothing is left to draw";
+    return nullptr;
+  }
+  ImportCameras(context);
+  ImportMotion(context, nodes, ImportLights(context));
+  return scene;
+}
+
+template <typename T>
+void MoveAppend(std::vector<T>& to, std::vector<T>&& from) {
+  if (to.empty()) {
+    to = std::move(from);
+    return;
+  }
+  to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
+}
+
+/// To be called before the rest of the scenes is merged: indices go by what `scene` has.
+void AppendMotion(const Scene& scene, SceneMotion& motion, SceneMotion&& other) {
+  const int nodes = static_cast<int>(motion.nodes.size());
+  for (SceneNode& node : other.nodes) {
+    if (node.parent >= 0) node.parent += nodes;
+  }
+  for (SceneAnimation& animation : other.animations) {
+    animation.model += motion.models;
+    for (NodeChannel& channel : animation.channels) channel.node += nodes;
+  }
+  for (MovingInstance& moving : other.instances) {
+    moving.instance += static_cast<int>(scene.instances.size());
+    moving.node += nodes;
+  }
+  for (MovingCamera& moving : other.cameras) {
+    moving.camera += static_cast<int>(scene.cameras.size());
+    moving.node += nodes;
+  }
+  for (MovingLight& moving : other.lights) {
+    moving.light += static_cast<int>(scene.lights.size());
+    moving.node += nodes;
+  }
+  motion.models += other.models;
+  MoveAppend(motion.nodes, std::move(other.nodes));
+  MoveAppend(motion.animations, std::move(other.animations));
+  MoveAppend(motion.instances, std::move(other.instances));
+  MoveAppend(motion.cameras, std::move(other.cameras));
+  MoveAppend(motion.lights, std::move(other.lights));
+  MoveAppend(motion.warnings, std::move(other.warnings));
+}
+
+}  // namespace
+
+std::unique_ptr<Scene> ImportModel(const std::string& path, std::string* error) {
+  error->clear();
+  try {
+    return CheckFile(path, error) ? Import(path, error) : nullptr;
+  } catch (const std::bad_alloc&) {
+    *error = fmt::format("{}: not enough memory for it; use a smaller model", path);
+  } catch (const std::exception& problem) {
+    *error = fmt::format("{}: cannot be read ({}); export the model again", path,
+                         OneLine(problem.what()));
+  }
+  return nullptr;
+}
+
+void AppendScene(Scene& scene, Scene&& other) {
+  AppendMotion(scene, scene.motion, std::move(other.motion));
+  const int images = static_cast<int>(scene.images.size());
+  const int materials = static_cast<int>(scene.materials.size());
+  const int meshes = static_cast<int>(scene.meshes.size());
+  for (SceneMaterial& material : other.materials) {
+    if (material.image >= 0) material.image += images;
+  }
+  for (SceneMesh& mesh : other.meshes) mesh.material += materials;
+  for (SceneInstance& instance : other.instances) instance.mesh += meshes;
+  MoveAppend(scene.images, std::move(other.images));
+  MoveAppend(scene.materials, std::move(other.materials));
+  MoveAppend(scene.meshes, std::move(other.meshes));
+  MoveAppend(scene.instances, std::move(other.instances));
+  MoveAppend(scene.cameras, std::move(other.cameras));
+  MoveAppend(scene.lights, std::move(other.lights));
+  MoveAppend(scene.warnings, std::move(other.warnings));
+}
+
+}  // namespace hostkit

@@ -1,0 +1,19 @@
+// Recipes out of picture files.
+#pragma once
+
+#include <string>
+
+#include "hostkit/pictures/picture.h"
+
+namespace hostkit {
+
+/// Reads what WritePicture left in a PNG, EXR or JPEG file (told apart by their bytes, not by name)
+/// beside the pixels: the entries whose names begin with "gl3:". The values are whatever the file
+/// has there. On failure, which includes a picture without such entries, returns false and `*error`
+/// names the file, the reason and the remedy.
+bool ReadRecipe(const std::string& path, Recipe* recipe, std::string* error);
+
+/// The value of an entry, empty when it is not there.
+std::string RecipeValue(const Recipe& recipe, const std::string& name);
+
+}  // namespace hostkit

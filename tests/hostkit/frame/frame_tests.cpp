@@ -1,0 +1,258 @@
+// Frames drawn through the module, by their pixels.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <utility>
+
+#include "host/GADriver.h"
+#include "hostkit/pictures/picture_in.h"
+#include "tests/hostkit/frame/frame_fixture.h"
+
+using Imath::M44f;
+using Imath::V3f;
+
+TEST_F(Frames, SphereIsLitFromTheEyeAndCoversItsDisc) {
+  hostkit::Scene scene;
+  scene.materials = {Material(1, 0, 0)};
+  Add(scene, Sphere(0));
+  auto picture = Render(scene);
+  EXPECT_FALSE(picture.hasAlpha);
+  Pixel middle = At(picture, 40, 40);
+  EXPECT_GT(middle.red, 0.97f);
+  EXPECT_EQ(middle.blue, 0);
+  Pixel rim = At(picture, 40 + 19, 40);  // 0.975 of the radius
+  EXPECT_GT(rim.red, 0.2f);
+  EXPECT_LT(rim.red, 0.6f);
+  EXPECT_EQ(At(picture, 40 + 21, 40).blue, 1);
+  EXPECT_EQ(At(picture, 40, 40 - 21).blue, 1);
+
+  // From inside, or mirrored, the side that is seen is lit just the same.
+  scene.instances[0].toWorld = M44f().scale(V3f(-1, 1, 1));
+  EXPECT_NEAR(At(Render(scene), 40, 40).red, middle.red, 0.01f);
+  hostkit::View inside = FrontView(0.5f);
+  inside.nearDistance = 0.1f;
+  EXPECT_GT(At(Render(scene, inside), 40, 40).red, 0.97f);
+}
+
+TEST_F(Frames, LightSetsShineFromTheirSides) {
+  hostkit::Scene scene;
+  scene.materials = {Material(1, 1, 1)};
+  Add(scene, Sphere(0));
+  m_settings.lights = hostkit::LightSet::kThreePoint;
+  auto picture = Render(scene);
+  EXPECT_GT(At(picture, 33, 33).green, At(picture, 40, 54).green + 0.2f);  // the key is upper left
+  EXPECT_GT(At(picture, 40, 56).green, 0.2f);                              // no black anywhere
+
+  hostkit::SceneLight light;
+  light.type = GALight::kDirectional;
+  light.direction = {-1, 0, 0};
+  scene.lights = {light};
+  m_settings.lights = hostkit::LightSet::kAuto;
+  picture = Render(scene);
+  EXPECT_GT(At(picture, 57, 40).green, 0.9f);
+  EXPECT_NEAR(At(picture, 23, 40).green, 0.25f, 0.02f);  // the ambient light alone
+
+  scene.lights[0].type = GALight::kPoint;
+  scene.lights[0].position = {0, 0, 3};
+  picture = Render(scene);
+  EXPECT_GT(At(picture, 40, 40).green, 0.9f);
+}
+
+TEST_F(Frames, GlassBlendsWithWhatIsBehindAndIsHiddenByWhatIsBefore) {
+  hostkit::Scene scene;
+  scene.materials = {Material(1, 0, 0, 0.5f), Material(0, 1, 0), Material(0, 0, 0, 0.5f)};
+  Add(scene, Square(0), At(0, 0, 0));     // glass from -1 to 1
+  Add(scene, Square(1), At(-1, 0, -1));   // behind its left half
+  Add(scene, Square(1), At(1.5f, 0, 1));  // before its right quarter
+  for (auto lights : {hostkit::LightSet::kHeadlight, hostkit::LightSet::kThreePoint}) {
+    m_settings.lights = lights;
+    auto picture = Render(scene);
+    float bright = lights == hostkit::LightSet::kHeadlight ? 1 : 0.8f;
+    Pixel behind = At(picture, 30, 40), alone = At(picture, 45, 40), before = At(picture, 57, 40);
+    EXPECT_GE(behind.red, 0.5f * bright - 0.02f);
+    EXPECT_GE(behind.green, 0.5f * bright - 0.02f);
+    EXPECT_NEAR(alone.blue, 0.5f, 0.02f);
+    EXPECT_GE(alone.red, 0.5f * bright - 0.02f);
+    EXPECT_EQ(before.red, 0);
+    EXPECT_GE(before.green, bright - 0.04f);
+  }
+  // Two panes: the order of feeding does not matter, depth does. Also from behind, where an open
+  // surface must not vanish.
+  scene.instances = {{0, At(0, 0, 0)}};
+  Add(scene, Square(2), At(0, 0, 1));
+  m_settings.lights = hostkit::LightSet::kHeadlight;
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_NEAR(At(Render(scene), 40, 40).red, 0.25f, 0.02f);
+    EXPECT_NEAR(At(Render(scene, FrontView(-10)), 40, 40).red, 0.5f, 0.02f);
+    std::swap(scene.instances[0], scene.instances[1]);
+  }
+}
+
+TEST_F(Frames, TransparentBackgroundGivesTrueCoverage) {
+  hostkit::Scene scene;
+  scene.materials = {Material(1, 0, 0, 0.5f), Material(0, 0, 0)};
+  Add(scene, Sphere(0), At(-1, 0, 0));
+  Add(scene, Sphere(1), At(1, 0, 0));
+  m_settings.transparentBackground = true;
+  m_settings.samplesPerSide = 2;
+  auto picture = Render(scene);
+  EXPECT_TRUE(picture.hasAlpha);
+  Pixel glass = At(picture, 20, 40), solid = At(picture, 60, 40), nothing = At(picture, 2, 2);
+  EXPECT_NEAR(glass.alpha, 0.5f, 0.01f);
+  EXPECT_NEAR(glass.red, 0.5f, 0.02f);  // premultiplied
+  EXPECT_EQ(solid.alpha, 1);            // black, the colour of the first background
+  EXPECT_EQ(solid.red, 0);
+  EXPECT_EQ(nothing.alpha, 0);
+}
+
+TEST_F(Frames, EdgesAreSmoothAndLinesKeepTheirWidth) {
+  hostkit::Scene scene;
+  scene.materials = {Material(1, 1, 1)};
+  Add(scene, Square(0), M44f().rotate(V3f(0, 0, 0.1f)));
+  hostkit::SceneMesh lines;
+  lines.positions = {V3f(-1.8f, 1.6f, 2), V3f(1.8f, 1.6f, 2), V3f(-1.6f, -1.6f, 2)};
+  lines.lines = {0, 1};
+  lines.points = {2};
+  Add(scene, lines);
+  std::fill_n(m_settings.background, 3, 0.0f);
+  for (int samples : {1, 2, 4}) {
+    m_settings.samplesPerSide = samples;
+    auto picture = Render(scene);
+    int partial = 0;
+    float line = 0, point = 0;
+    for (int y = 0; y < 80; ++y) {
+      for (int x = 0; x < 80; ++x) {
+        float value = At(picture, x, y).red;
+        if (x > 15 && x < 65 && y > 15 && y < 65 && value > 0.05f && value < 0.95f) ++partial;
+        if (x < 20 && y > 65) point += value;
+      }
+      if (y < 15) line += At(picture, 40, y).red;
+    }
+    EXPECT_EQ(partial > 60, samples > 1) << samples;
+    EXPECT_NEAR(line, 1, 0.02f) << samples;
+    EXPECT_NEAR(point, 1, 0.02f) << samples;
+  }
+}
+
+TEST_F(Frames, TilesAreSeamless) {
+  hostkit::Scene scene;
+  scene.materials = {Material(1, 0.5f, 0.2f), Material(0.2f, 0.5f, 1, 0.4f)};
+  Add(scene, Sphere(0), At(0.3f, 0.1f, -4));
+  Add(scene, Sphere(1), At(-0.5f, -0.2f, -3));
+  hostkit::View view;
+  view.camera.eye = {0, 0, 0.5f};
+  view.nearDistance = 0.5f;
+  view.farDistance = 10;
+  m_settings.width = 83;
+  m_settings.height = 61;
+  m_settings.samplesPerSide = 2;
+  m_settings.lights = hostkit::LightSet::kThreePoint;
+  auto whole = Render(scene, view);
+  g_maxSurface = 50;  // 25 pixels: four by three tiles, the last ones cut off
+  auto tiled = Render(scene, view);
+  int differing = 0;
+  for (int y = 0; y < 61; ++y) {
+    for (int x = 0; x < 83; ++x) {
+      Pixel a = At(whole, x, y), b = At(tiled, x, y);
+      float off = std::max(
+          {std::abs(a.red - b.red), std::abs(a.green - b.green), std::abs(a.blue - b.blue)});
+      EXPECT_LT(off, 0.3f) << x << "," << y;  // a sample of four may fall to the other side
+      differing += off > 0.02f;
+    }
+  }
+  EXPECT_LT(differing, 10);
+}
+
+TEST_F(Frames, VertexColorsAreLit) {
+  hostkit::Scene scene;
+  scene.materials = {Material(1, 1, 1)};
+  hostkit::SceneMesh sphere = Sphere(0);
+  Add(scene, sphere);
+  m_settings.lights = hostkit::LightSet::kThreePoint;
+  scene.materials[0].surface.roughness = AnimatableValue(3.0f);
+  scene.materials[0].surface.specularFactor = AnimatableValue(0.5f);
+  scene.materials[0].surface.specularSource = AttrProperty::kFromBaseColor;
+  auto plain = Render(scene);
+  // Nearly white: lit on the processor, and the same to the eye as what OpenGL lights.
+  scene.meshes[0].colors.assign(sphere.positions.size(), {255, 255, 255, 255});
+  scene.meshes[0].colors[0] = {254, 255, 255, 255};
+  auto colored = Render(scene);
+  for (int i = 24; i < 57; ++i) {
+    EXPECT_NEAR(At(plain, i, 40).green, At(colored, i, 40).green, 0.03f) << i;
+    EXPECT_NEAR(At(plain, 40, i).green, At(colored, 40, i).green, 0.03f) << i;
+  }
+
+  // Colours run from vertex to vertex, with a texture and with alpha as well.
+  hostkit::SceneMesh square = Square(0);
+  square.colors = {{255, 0, 0, 255}, {0, 255, 0, 255}, {255, 0, 0, 255}, {0, 255, 0, 255}};
+  scene.meshes = {square};
+  scene.materials = {Material(1, 1, 1)};
+  m_settings.lights = hostkit::LightSet::kHeadlight;
+  const unsigned char texel[] = {128, 128, 128, 255};
+  hostkit::SceneImage image;
+  image.bitmap = hostkit::BitmapFromRgba(texel, 1, 1);
+  scene.images.push_back(std::move(image));
+  for (int textured = 0; textured < 2; ++textured) {
+    scene.materials[0].image = textured - 1;
+    float bright = textured ? 0.5f : 1;
+    auto picture = Render(scene);
+    EXPECT_NEAR(At(picture, 25, 40).red, 0.86f * bright, 0.04f);
+    EXPECT_NEAR(At(picture, 54, 40).green, 0.86f * bright, 0.04f);
+  }
+  scene.materials[0].image = -1;
+  for (ColorBuf& color : scene.meshes[0].colors) color.alpha = 128;
+  scene.meshes[0].colorsHaveAlpha = true;
+  auto picture = Render(scene);
+  EXPECT_NEAR(At(picture, 25, 40).red, 0.43f, 0.03f);
+  EXPECT_NEAR(At(picture, 25, 40).blue, 0.5f, 0.02f);
+}
+
+TEST_F(Frames, TexturesLieTheRightWayAndCutOut) {
+  hostkit::Scene scene;
+  scene.materials = {Material(1, 1, 1)};
+  scene.materials[0].image = 0;
+  // Row 0, at v = 0 and so at the bottom of the square: red, green. Above: blue, clear.
+  const unsigned char quarters[4][4] = {
+      {255, 0, 0, 255}, {0, 255, 0, 255}, {0, 0, 255, 255}, {0, 0, 0, 0}};
+  unsigned char texels[8][8][4];
+  for (int i = 0; i < 64; ++i) {
+    std::copy_n(quarters[i / 32 * 2 + i % 8 / 4], 4, texels[i / 8][i % 8]);
+  }
+  hostkit::SceneImage image;
+  image.bitmap = hostkit::BitmapFromRgba(texels[0][0], 8, 8);
+  image.repeat = false;
+  scene.images.push_back(std::move(image));
+  Add(scene, Square(0));
+  std::fill_n(m_settings.background, 3, 1.0f);
+  auto picture = Render(scene);
+  EXPECT_GT(At(picture, 22, 57).red, At(picture, 22, 57).green + 0.9f);
+  EXPECT_GT(At(picture, 57, 57).green, At(picture, 57, 57).red + 0.9f);
+  EXPECT_GT(At(picture, 22, 22).blue, At(picture, 22, 22).red + 0.9f);
+  EXPECT_GT(At(picture, 57, 22).red, 0.97f);  // the background
+}
+
+TEST_F(Frames, ImpossibleRequestsAreRefused) {
+  hostkit::Scene scene;
+  scene.materials = {Material(1, 1, 1)};
+  Add(scene, Square(0));
+  std::string error;
+  auto renderer = hostkit::FrameRenderer::Create(s_module->Driver(), scene, &error);
+  ASSERT_TRUE(renderer);
+  for (int width : {0, -5, 32769}) {
+    m_settings.width = width;
+    EXPECT_FALSE(renderer->Render(m_settings, FrontView(), &error).bitmap);
+    EXPECT_NE(error.find(std::to_string(width) + "x80"), std::string::npos) << error;
+    EXPECT_NE(error.find("32768"), std::string::npos) << error;
+  }
+  m_settings.width = 80;
+  m_settings.samplesPerSide = 5;
+  EXPECT_FALSE(renderer->Render(m_settings, FrontView(), &error).bitmap);
+  m_settings.samplesPerSide = 1;
+  EXPECT_TRUE(renderer->Render(m_settings, FrontView(), &error).bitmap) << error;
+
+  scene.meshes[0].triangles.back() = 4;
+  EXPECT_FALSE(hostkit::FrameRenderer::Create(s_module->Driver(), scene, &error));
+  EXPECT_FALSE(hostkit::FrameRenderer::Create(nullptr, scene, &error));
+}

@@ -1,0 +1,223 @@
+// Ways to draw: what each shows, by pixels.
+#include <algorithm>
+#include <cmath>
+#include <set>
+#include <tuple>
+
+#include "hostkit/feed/mesh_edges.h"
+#include "hostkit/pictures/picture_in.h"
+#include "tests/hostkit/frame/frame_fixture.h"
+
+using hostkit::DrawMode;
+using Imath::M44f;
+using Imath::V3f;
+
+namespace {
+
+// A cube from -1 to 1 whose faces have vertices of their own, a hair apart from their neighbours'.
+hostkit::SceneMesh Cube(int material) {
+  hostkit::SceneMesh cube;
+  cube.material = material;
+  const M44f sides[] = {M44f(),
+                        M44f().rotate(V3f(0, 1.5707963f, 0)),
+                        M44f().rotate(V3f(0, 3.1415927f, 0)),
+                        M44f().rotate(V3f(0, -1.5707963f, 0)),
+                        M44f().rotate(V3f(1.5707963f, 0, 0)),
+                        M44f().rotate(V3f(-1.5707963f, 0, 0))};
+  const hostkit::SceneMesh square = Square(material);
+  for (const M44f& side : sides) {
+    const auto first = static_cast<std::uint32_t>(cube.positions.size());
+    for (const V3f& p : square.positions) {
+      cube.positions.push_back((p + V3f(0, 0, 1)) * side);
+      V3f normal;
+      side.multDirMatrix(V3f(0, 0, 1), normal);
+      cube.normals.push_back(normal);
+    }
+    for (std::uint32_t index : square.triangles) cube.triangles.push_back(first + index);
+  }
+  return cube;
+}
+
+int CountPixels(const hostkit::Picture& picture, int size, bool (*counts)(const Pixel&)) {
+  int count = 0;
+  for (int i = 0; i < size * size; ++i) count += counts(At(picture, i % size, i / size));
+  return count;
+}
+
+bool IsRed(const Pixel& pixel) {
+  return pixel.red > 0.5f && pixel.blue < 0.5f;
+}
+
+}  // namespace
+
+TEST(MeshEdges, AreFoundOnceAcrossSeams) {
+  const std::vector<hostkit::MeshEdge> edges = hostkit::FindEdges(Cube(0));
+  int flat = 0, sharp = 0;
+  for (const hostkit::MeshEdge& edge : edges) {
+    ASSERT_GE(edge.right, 0);
+    EXPECT_TRUE(edge.oppositeWinding);
+    flat += edge.cosine > 0.999f;
+    sharp += std::abs(edge.cosine) < 0.001f;
+  }
+  EXPECT_EQ(flat, 6);    // the diagonals
+  EXPECT_EQ(sharp, 12);  // the cube's
+
+  // Turned the wrong way round, a neighbour is as flat as before. A third neighbour makes none.
+  hostkit::SceneMesh square = Square(0);
+  std::swap(square.triangles[1], square.triangles[2]);
+  const auto diagonal = [](const std::vector<hostkit::MeshEdge>& all) {
+    return *std::find_if(all.begin(), all.end(), [](const auto& e) { return e.a + e.b == 3; });
+  };
+  hostkit::MeshEdge shared = diagonal(hostkit::FindEdges(square));
+  EXPECT_FALSE(shared.oppositeWinding);
+  EXPECT_GT(shared.cosine, 0.999f);
+  square.positions.push_back(V3f(0, 0, 1));
+  square.triangles.insert(square.triangles.end(), {0, 3, 4, 1, 1, 1});
+  EXPECT_EQ(diagonal(hostkit::FindEdges(square)).right, -1);
+  EXPECT_TRUE(hostkit::FindEdges({}).empty());
+}
+
+TEST_F(Frames, FlatTrianglesHaveOneColor) {
+  m_settings.mode = DrawMode::kFlat;
+  hostkit::Scene scene;
+  scene.materials = {Material(1, 1, 1)};
+  Add(scene, Square(0));
+  // Smooth normals and colours would run over the square.
+  scene.meshes[0].normals = {V3f(-1, 0, 0), V3f(1, 0, 0), V3f(0, 1, 0), V3f(0, 0, 1)};
+  scene.meshes[0].colors = {{0, 0, 0, 255}, {150, 0, 0, 255}, {0, 150, 0, 255}, {0, 0, 0, 255}};
+  auto picture = Render(scene);
+  for (int i = 0; i < 15; ++i) {
+    const Pixel below = At(picture, 57 - i, 57), above = At(picture, 22, 22 + i);
+    EXPECT_NEAR(below.red, 60 / 255.0f, 0.004f);  // the corners' mean, 50, with ambient light
+    EXPECT_EQ(below.green, 0);
+    EXPECT_NEAR(above.green, 60 / 255.0f, 0.004f);
+    EXPECT_EQ(above.red, 0);
+  }
+  // A picture counts with its mean, here of a half that is black, and glass lets through.
+  scene.meshes[0].colors.clear();
+  unsigned char texels[8][8][4] = {};
+  for (auto& row : texels) {
+    for (int x = 0; x < 8; ++x) std::fill_n(row[x], 4, x < 4 ? 0 : 255);
+    for (int x = 0; x < 4; ++x) row[x][3] = 255;
+  }
+  hostkit::SceneImage image;
+  image.bitmap = hostkit::BitmapFromRgba(texels[0][0], 8, 8);
+  scene.images.push_back(std::move(image));
+  scene.materials[0].image = 0;
+  picture = Render(scene);
+  EXPECT_NEAR(At(picture, 57, 57).red, 0.75f, 0.1f);
+  EXPECT_NEAR(At(picture, 22, 22).red, 0.3f, 0.1f);
+  scene.materials[0] = Material(1, 0, 0, 0.5f);
+  picture = Render(scene);
+  EXPECT_NEAR(At(picture, 40, 40).red, 0.5f, 0.02f);
+  EXPECT_NEAR(At(picture, 40, 40).blue, 0.5f, 0.02f);
+}
+
+TEST_F(Frames, WireframeShowsEveryEdgeAPixelWide) {
+  m_settings.mode = DrawMode::kWireframe;
+  hostkit::Scene scene;
+  scene.materials = {Material(1, 0, 0), Material(0, 1, 0)};
+  Add(scene, Square(0), M44f().rotate(V3f(0, 0, 0.2f)));
+  Add(scene, Square(1), At(0, 0.5f, -2));  // behind: nothing hides it
+  for (int samples : {1, 2, 4}) {
+    m_settings.samplesPerSide = samples;
+    auto picture = Render(scene);
+    float upper = 0, behind = 0;
+    for (int y = 0; y < 25; ++y) upper += At(picture, 33, y).red;
+    for (int y = 45; y < 55; ++y) behind += At(picture, 50, y).green;
+    EXPECT_NEAR(upper, 1, 0.05f) << samples;
+    EXPECT_NEAR(behind, 1, 0.05f) << samples;
+    EXPECT_LT(At(picture, 30, 30).red, 0.1f);  // beside the diagonal: not filled
+  }
+  m_settings.lineColor = ColorBuf{255, 255, 0, 255};
+  EXPECT_GT(CountPixels(Render(scene), 80, [](const Pixel& p) { return p.green > 0.5f; }), 150);
+}
+
+TEST_F(Frames, LinesShowTheFormAndHideWhatIsBehind) {
+  m_settings.mode = DrawMode::kLines;
+  m_settings.lineColor = ColorBuf{255, 0, 0, 255};
+  hostkit::Scene scene;
+  scene.materials = {Material(1, 1, 1)};
+  Add(scene, Cube(0), M44f().rotate(V3f(0, 0.4f, 0)));
+  for (float fogFar : {0.0f, 12.0f}) {
+    m_settings.fog.on = fogFar > 0;
+    m_settings.fog.farDistance = 100 * fogFar;  // hardly any, but white
+    std::fill_n(m_settings.fog.color, 3, 1.0f);
+    for (int samples : {1, 2, 4}) {
+      m_settings.samplesPerSide = samples;
+      auto picture = Render(scene);
+      // Across the middle: two silhouettes and the vertical edge between the faces that are seen;
+      // neither the hidden edge nor the diagonals.
+      float sum = 0;
+      for (int x = 0; x < 80; ++x) sum += At(picture, x, 45).red;
+      EXPECT_NEAR(sum, 3, 0.3f) << samples;
+      EXPECT_EQ(At(picture, 30, 30).blue, 1) << "filled with the background, fog or not";
+    }
+  }
+  m_settings.fog = {};
+  m_settings.samplesPerSide = 1;
+  m_settings.creaseDegrees = 95;  // none of the cube's, but its outline
+  float sum = 0;
+  auto picture = Render(scene);
+  for (int x = 0; x < 80; ++x) sum += At(picture, x, 45).red;
+  EXPECT_NEAR(sum, 2, 0.2f);
+
+  // A ball has nothing but an outline, and is as clear as the background inside.
+  scene.instances.clear();
+  Add(scene, Sphere(0));
+  Add(scene, Square(0), M44f().scale(V3f(0.5f)) * At(0, 0, -2));
+  m_settings.transparentBackground = true;
+  m_settings.creaseDegrees = 30;
+  picture = Render(scene);
+  EXPECT_EQ(At(picture, 40, 30).alpha, 0);  // the square's edge is hidden
+  EXPECT_EQ(At(picture, 40, 40).alpha, 0);
+  const int drawn = CountPixels(picture, 80, [](const Pixel& p) { return p.alpha > 0.5f; });
+  EXPECT_GT(drawn, 100);
+  EXPECT_LT(drawn, 220);
+}
+
+TEST_F(Frames, PointsShowEveryVertexAsWideAsAsked) {
+  m_settings.mode = DrawMode::kPoints;
+  std::fill_n(m_settings.background, 3, 0.0f);
+  hostkit::Scene scene;
+  scene.materials = {Material(1, 0, 0)};
+  Add(scene, Square(0), At(0.02f, 0.02f, 0));
+  for (int size : {1, 2, 5}) {
+    for (int samples : {1, 3}) {
+      m_settings.pointSize = size;
+      m_settings.samplesPerSide = samples;
+      auto picture = Render(scene);
+      float sum = 0;
+      for (int i = 0; i < 1600; ++i) sum += At(picture, i % 40, i / 40).red;
+      EXPECT_NEAR(sum, static_cast<float>(size * size), 0.05f) << size << ", " << samples;
+    }
+  }
+}
+
+TEST_F(Frames, MarkersStandOnAllVertices) {
+  hostkit::Scene scene;
+  scene.materials = {Material(0, 1, 0)};
+  Add(scene, Sphere(0, 8));
+  m_settings.controlPointSize = 2;
+  m_settings.controlPointColor = {255, 0, 0, 255};
+  hostkit::View near;
+  near.camera.eye = {0, 0, 4};
+  near.nearDistance = 2;
+  near.farDistance = 6;
+  for (const hostkit::View& view : {FrontView(), near}) {
+    g_maxSurface = 8192;
+    m_settings.samplesPerSide = 2;
+    auto whole = Render(scene, view);
+    EXPECT_TRUE(IsRed(At(whole, 40, 40)));  // the ring's vertex that faces the eye
+    const int red = CountPixels(whole, 80, IsRed);
+    EXPECT_GT(red, 300);  // some fifty of four by four pixels, those behind hidden
+    EXPECT_LT(red, 1100);
+    g_maxSurface = 50;  // a seam through the middle: markers are cut, not lost
+    auto tiled = Render(scene, view);
+    int different = 0;
+    for (int i = 0; i < 6400; ++i) {
+      different += IsRed(At(whole, i % 80, i / 80)) != IsRed(At(tiled, i % 80, i / 80));
+    }
+    EXPECT_LT(different, 12);
+  }
+}

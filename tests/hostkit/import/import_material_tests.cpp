@@ -1,0 +1,224 @@
+// Import of materials and of the pictures on them, and of pictures alone.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "hostkit/pictures/picture_in.h"
+#include "tests/hostkit/import/import_fixture.h"
+
+namespace {
+
+using hostkit::Scene;
+using Imath::V2f;
+using Imath::V3f;
+
+constexpr float kNear = 1e-4f;
+
+const unsigned char* Pixel(const hostkit::BitmapPtr& bitmap, int x, int y) {
+  auto* buffer = static_cast<HRGBABuffer*>(bitmap->FindBuffer("Color"));
+  return static_cast<unsigned char*>(buffer->GetData(y)) + 4 * x;
+}
+
+int Alpha(const Scene& scene, int x, int y) {
+  return Pixel(scene.images.at(0).bitmap, x, y)[3];
+}
+
+float Transparency(const Scene& scene) {
+  return scene.materials.at(0).surface.transparency.Current();
+}
+
+/// The picture's colour at the box corner of the front face given by signs, as red, green, blue.
+std::vector<int> ColorAtFrontCorner(const Scene& scene, float signX, float signY) {
+  const hostkit::SceneMesh& mesh = scene.meshes.at(0);
+  for (std::size_t i = 0; i < mesh.positions.size(); ++i) {
+    const V3f& p = mesh.positions[i];
+    const V3f& n = mesh.normals[i];
+    if (n.z < 0.9f || p.x * signX < 0 || p.y * signY < 0) continue;
+    const V2f uv = mesh.uvs.at(i);
+    const auto* pixel = Pixel(scene.images.at(0).bitmap, uv.x > 0.5f, uv.y > 0.5f);
+    return {pixel[0], pixel[1], pixel[2]};
+  }
+  return {};
+}
+
+TEST_F(Import, UnnamedMaterialsKeepTheirColors) {
+  const std::string faces =
+      "mtllib m.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl DefaultMaterial\nf 1 2 3\n";
+  for (const auto& [material, red, green] :
+       {std::tuple{"Kd 1 0 0", 1.0f, 0.0f}, {"Kd 0.1 0.1 0.1", 0.1f, 0.1f}, {"Ns 1", 0.8f, 0.8f}}) {
+    Write("m.mtl", std::string("newmtl DefaultMaterial\n") + material + "\n");
+    const Scene scene = Read(Write("m.obj", faces));
+    const AttrProperty& surface = scene.materials.at(scene.meshes.at(0).material).surface;
+    EXPECT_NEAR(surface.base.red.Current(), red, 1e-3f) << material;
+    EXPECT_NEAR(surface.base.green.Current(), green, 1e-3f) << material;
+  }
+}
+
+TEST_F(Import, EmbeddedPictureStandsUpright) {
+  samples::Document document = OneBox();
+  document.images.push_back(FourColorsPng());
+  document.materials[0].image = 0;
+  document.materials[0].color = V3f(1.0f);
+  const Scene scene = ReadGlb(document);
+  EXPECT_EQ(ColorAtFrontCorner(scene, -1, 1), (std::vector<int>{255, 0, 0}));
+  EXPECT_EQ(ColorAtFrontCorner(scene, 1, 1), (std::vector<int>{0, 255, 0}));
+  EXPECT_EQ(ColorAtFrontCorner(scene, -1, -1), (std::vector<int>{0, 0, 255}));
+  EXPECT_NEAR(scene.materials[0].surface.base.red.Current(), 1, kNear);
+}
+
+TEST_F(Import, PicturePlacementIsAppliedToTextureCoordinates) {
+  samples::Document document = OneBox();
+  document.images.push_back(FourColorsPng());
+  document.materials[0].image = 0;
+  const std::vector<V2f> plain = ReadGlb(document).meshes.at(0).uvs;
+  document.materials[0].uvScale = {2, 3};
+  document.materials[0].uvRotation = std::acos(0.0f);
+  document.materials[0].uvOffset = {0.25f, 0.5f};
+  const std::vector<V2f> placed = ReadGlb(document).meshes.at(0).uvs;
+  ASSERT_EQ(placed.size(), plain.size());
+  for (std::size_t i = 0; i < plain.size(); ++i) {
+    const V2f expected(0.25f + 3 * plain[i].y, 0.5f - 2 * plain[i].x);
+    EXPECT_TRUE(placed[i].equalWithAbsError(expected, kNear));
+  }
+}
+
+/// A square in the x-y plane with OBJ's texture origin at its lower left corner.
+const char* const kSquareObj =
+    "mtllib square.mtl\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
+    "vn 0 0 1\nusemtl paint\nf 1/1/1 2/2/1 3/3/1 4/4/1\n";
+
+TEST_F(Import, ExternalPictureIsFoundUnderForeignNames) {
+  Write("textures/Four Colors.PNG", FourColorsPng());
+  const std::string obj = Write("square.obj", kSquareObj);
+  for (const char* reference : {"textures/Four Colors.PNG", "TEXTURES\\four colors.png",
+                                "C:\\work\\maps\\four colors.png", "/nowhere/Four Colors.PNG"}) {
+    SCOPED_TRACE(reference);
+    Write("square.mtl", std::string("newmtl paint\nKd 1 0.5 1\nmap_Kd ") + reference + "\n");
+    const Scene scene = Read(obj);
+    EXPECT_TRUE(scene.warnings.empty());
+    ASSERT_EQ(scene.images.size(), 1u);
+    EXPECT_EQ(ColorAtFrontCorner(scene, -1, 1), (std::vector<int>{255, 0, 0}));
+    EXPECT_EQ(ColorAtFrontCorner(scene, 1, -1), (std::vector<int>{255, 255, 255}));
+    const auto& material = scene.materials.at(scene.meshes.at(0).material);
+    EXPECT_NEAR(material.surface.base.green.Current(), 0.5f, kNear);
+  }
+}
+
+TEST_F(Import, MissingOrBrokenPictureIsAWarning) {
+  Write("square.mtl", "newmtl paint\nmap_Kd lost.png\n");
+  const std::string obj = Write("square.obj", kSquareObj);
+  Scene scene = Read(obj);
+  ASSERT_EQ(scene.warnings.size(), 1u);
+  EXPECT_NE(scene.warnings[0].find("lost.png was not found"), std::string::npos);
+  EXPECT_EQ(scene.materials.at(scene.meshes.at(0).material).image, -1);
+  Write("lost.png", FourColorsPng().substr(0, 50));
+  scene = Read(obj);
+  ASSERT_EQ(scene.warnings.size(), 1u);
+  EXPECT_NE(scene.warnings[0].find("broken"), std::string::npos) << scene.warnings[0];
+}
+
+TEST_F(Import, AlphaModesDecideWhatIsTransparent) {
+  samples::Document document = OneBox();
+  document.images.push_back(FourColorsPng());
+  samples::Material& material = document.materials[0];
+  material.image = 0;
+  material.alpha = 0.25f;
+  Scene scene = ReadGlb(document);  // opaque
+  EXPECT_EQ(Transparency(scene), 0);
+  EXPECT_EQ(Alpha(scene, 1, 1), 255);
+  material.alphaMode = "BLEND";
+  scene = ReadGlb(document);
+  EXPECT_NEAR(Transparency(scene), 0.75f, kNear);
+  EXPECT_EQ(Alpha(scene, 1, 1), 128);
+  material.alphaMode = "MASK";  // cut off at 0.5: 128 of 255 is above
+  scene = ReadGlb(document);
+  EXPECT_EQ(Transparency(scene), 0);
+  EXPECT_EQ(Alpha(scene, 1, 1), 255);
+  unsigned char fainter[sizeof kFourColors];
+  std::copy(std::begin(kFourColors), std::end(kFourColors), fainter);
+  fainter[15] = 127;
+  document.images[0] = samples::EncodePng(fainter, 2, 2);
+  EXPECT_EQ(Alpha(ReadGlb(document), 1, 1), 0);
+  material = {};
+  material.transmission = 1;
+  EXPECT_NEAR(Transparency(ReadGlb(document)), 0.75f, kNear);
+}
+
+TEST_F(Import, ObjOpacityIsKeptUnlessItHidesEverything) {
+  const std::string obj = Write("square.obj", kSquareObj);
+  const std::pair<const char*, float> cases[] = {{"d 0.25", 0.75f}, {"d 1", 0}, {"d 0", 0}};
+  for (const auto& [line, transparency] : cases) {
+    Write("square.mtl", std::string("newmtl paint\nKd 1 0 0\n") + line + "\n");
+    const Scene scene = Read(obj);
+    const auto& material = scene.materials.at(scene.meshes.at(0).material);
+    EXPECT_NEAR(material.surface.transparency.Current(), transparency, kNear) << line;
+  }
+}
+
+TEST_F(Import, MaterialsKeepColorAndHighlight) {
+  samples::Document document = OneBox();
+  samples::Material& material = document.materials[0];
+  material.color = {0.9f, 0.6f, 0.2f};
+  material.roughness = 0.4f;
+  const AttrProperty plastic = ReadGlb(document).materials[0].surface;
+  EXPECT_NEAR(plastic.base.red.Current(), 0.9f, 0.01f);
+  EXPECT_NEAR(plastic.base.blue.Current(), 0.2f, 0.01f);
+  EXPECT_GT(plastic.roughness.Current(), 0);
+  material.metallic = 1;
+  const AttrProperty metal = ReadGlb(document).materials[0].surface;
+  EXPECT_GT(metal.base.red.Current(), 0.5f);
+  EXPECT_GT(metal.specularFactor.Current(), plastic.specularFactor.Current());
+  EXPECT_LT(metal.specular.blue.Current(), metal.specular.red.Current());
+  material.roughness = 1;
+  EXPECT_EQ(ReadGlb(document).materials[0].surface.roughness.Current(), 0);
+
+  Write("square.mtl", "newmtl paint\nKd 1 0 0\nKs 1 1 1\nNs 9\nillum 2\n");
+  const Scene scene = Read(Write("square.obj", kSquareObj));
+  const auto& phong = scene.materials.at(scene.meshes.at(0).material);
+  EXPECT_NEAR(phong.surface.roughness.Current(), 5, kNear);  // the renderer's exponent 45 / 5
+}
+
+TEST_F(Import, PicturesOfEachKindAreRead) {
+  std::string error;
+  const std::string png = FourColorsPng();
+  const hostkit::BitmapPtr bitmap = hostkit::LoadPicture(Write("four.png", png), &error);
+  ASSERT_NE(bitmap, nullptr) << error;
+  EXPECT_EQ(bitmap->GetWidth(), 2);
+  EXPECT_TRUE(std::equal(kFourColors, kFourColors + 8, Pixel(bitmap, 0, 0)));
+  EXPECT_TRUE(std::equal(kFourColors + 8, kFourColors + 16, Pixel(bitmap, 0, 1)));
+
+  // A radiance picture of one pixel: 0.25 and 1 and 4, shown as 0.25 ^ (1 / 2.2), 1, 1.
+  const std::string hdr =
+      std::string("#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 1 +X 1\n") + "\x08\x20\x80\x83";
+  const hostkit::BitmapPtr bright = hostkit::LoadPicture(Write("bright.hdr", hdr), &error);
+  ASSERT_NE(bright, nullptr) << error;
+  EXPECT_NEAR(Pixel(bright, 0, 0)[0], 136, 1);
+  EXPECT_EQ(Pixel(bright, 0, 0)[2], 255);
+}
+
+TEST_F(Import, BadPicturesAreRefusedWithTheirReason) {
+  // A BMP header that promises 40000 x 1 pixels.
+  std::string huge("BM\0\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\x40\x9c\0\0\1\0\0\0\1\0\x18\0", 30);
+  huge.resize(54, '\0');
+  const std::pair<std::string, const char*> cases[] = {
+      {(m_folder / "none.png").string(), "no such picture"},
+      {m_folder.string(), "is a folder"},
+      {Write("empty.png", ""), "is empty"},
+      {Write("text.png", "not a picture at all"), "not an EXR, PNG"},
+      {Write("half.png", FourColorsPng().substr(0, 50)), "broken"},
+      {Write("huge.bmp", huge), "too many"}};
+  for (const auto& [path, reason] : cases) {
+    std::string error;
+    EXPECT_EQ(hostkit::LoadPicture(path, &error), nullptr);
+    EXPECT_TRUE(error.starts_with(path + ": ")) << error;
+    EXPECT_NE(error.find(reason), std::string::npos) << error;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,98 @@
+// Picture files that are broken in ways that the decoder does not survive.
+#include <OpenEXR/ImfRgbaFile.h>
+#include <OpenEXR/ImfStdIO.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "hostkit/pictures/picture.h"
+#include "hostkit/pictures/picture_in.h"
+
+namespace {
+
+class PicturesIn : public testing::Test {
+ protected:
+  /// Width of the picture, 0 for a refusal, which has to be one line of printable characters.
+  int Load(const std::string& bytes) {
+    m_error.clear();
+    const hostkit::BitmapPtr bitmap = hostkit::LoadPictureFromMemory(
+        reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), "a.jpg", &m_error);
+    if (bitmap) return bitmap->GetWidth();
+    EXPECT_EQ(m_error.rfind("a.jpg: ", 0), 0u) << m_error;
+    for (char c : m_error) EXPECT_TRUE(c >= ' ' && c <= '~') << m_error;
+    return 0;
+  }
+
+  std::string m_error;
+};
+
+TEST_F(PicturesIn, HdrRowsMustBeWhole) {
+  const std::string start = "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 2 +X 8\n";
+  // Four planes of eight values: a run, or three values and a run.
+  const std::string row = std::string("\2\2\0\x08", 4) + "\x88\x80\x88\x70\3\1\2\3\x85\x40\x88\x81";
+  EXPECT_EQ(Load(start + row + row), 8) << m_error;
+  for (std::size_t cut = 1; cut < row.size(); ++cut) {
+    EXPECT_EQ(Load(start + row + row.substr(0, cut)), 0) << cut;
+    EXPECT_NE(m_error.find("ends early"), std::string::npos) << m_error;
+  }
+  const std::string flat(8 * 2 * 4, '\x80');
+  EXPECT_EQ(Load(start + flat), 8) << m_error;
+}
+
+TEST_F(PicturesIn, JpegTablesMustHaveRoom) {
+  const std::string path = testing::TempDir() + "gl3-in-" + std::to_string(getpid()) + ".jpg";
+  hostkit::Picture picture{hostkit::BitmapPtr(new HBitmapNode(9, 9)), false};
+  auto* colors = picture.bitmap->CreateRGBABuffer("ColorAlpha", HBitmapBuffer::kHalfChannel, 9, 9);
+  picture.bitmap->AddBuffer(colors);
+  colors->AllocateData(0);
+  std::fill_n(static_cast<std::uint16_t*>(colors->GetData(0)), 9 * 9 * 4, 0);
+  ASSERT_TRUE(hostkit::WritePicture(path, picture, {}, {}, &m_error)) << m_error;
+  EXPECT_NE(hostkit::LoadPicture(path, &m_error), nullptr) << m_error;
+  std::filesystem::remove(path);
+
+  // One more code than there is room for, alone and behind other segments.
+  const std::string table = std::string("\xFF\xC4\0\x13\0\xFF\2", 7) + std::string(14, '\0');
+  const std::string comment("\xFF\xFE\0\5\xFF\xC4\0", 7);
+  EXPECT_EQ(Load("\xFF\xD8" + table), 0);
+  EXPECT_NE(m_error.find("tables"), std::string::npos) << m_error;
+  EXPECT_EQ(Load("\xFF\xFF\xD8" + comment + "\xFF" + table), 0);
+  EXPECT_NE(m_error.find("tables"), std::string::npos) << m_error;
+}
+
+TEST_F(PicturesIn, ExrHeadersMustBeWhole) {
+  Imf::StdOSStream stream;
+  {
+    Imf::RgbaOutputFile file(stream, Imf::Header(3, 2), Imf::WRITE_RGBA);
+    const Imf::Rgba row[3] = {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
+    file.setFrameBuffer(row, 1, 0);
+    file.writePixels(2);
+  }
+  const std::string whole = stream.str();
+  ASSERT_EQ(Load(whole), 3) << m_error;
+  for (std::size_t cut = 4; cut < whole.size(); ++cut) EXPECT_EQ(Load(whole.substr(0, cut)), 0);
+
+  // A gigabyte of channels, and a window that is one byte short and so moves all that follows.
+  const auto changed = [&](const char* type, char last, char first) {
+    std::string file = whole;
+    const std::size_t at = file.find(std::string(type) + '\0') + std::string(type).size() + 1;
+    file[at] = first;
+    file[at + 3] = last;
+    return file;
+  };
+  EXPECT_EQ(Load(changed("box2i", 0, 15)), 0);
+  EXPECT_NE(m_error.find("header"), std::string::npos) << m_error;
+  EXPECT_EQ(Load(changed("chlist", 0x40, 1)), 0);
+  EXPECT_NE(m_error.find("header"), std::string::npos) << m_error;
+}
+
+TEST_F(PicturesIn, MessagesDoNotQuoteTheFile) {
+  const std::string header("\0\0\0\x0DIHDR\0\0\0\1\0\0\0\1\x08\2\0\0\0\0\0\0\0", 25);
+  EXPECT_EQ(Load("\x89PNG\r\n\x1a\n" + header + std::string("\0\0\0\0N\nA\x1b\0\0\0\0", 12)), 0);
+  EXPECT_NE(m_error.find("N?A?"), std::string::npos) << m_error;
+}
+
+}  // namespace

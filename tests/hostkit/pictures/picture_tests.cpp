@@ -1,0 +1,296 @@
+// Picture files: read back with the formats' own libraries, and failures that leave nothing behind.
+#include <gtest/gtest.h>
+
+#include <Imath/half.h>
+#include <OpenEXR/ImfChannelList.h>
+#include <OpenEXR/ImfFrameBuffer.h>
+#include <OpenEXR/ImfHeader.h>
+#include <OpenEXR/ImfInputFile.h>
+#include <OpenEXR/ImfStringAttribute.h>
+#include <fmt/format.h>
+#include <png.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "hostkit/pictures/picture.h"
+#include "hostkit/pictures/picture_recipe.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kWidth = 5, kHeight = 3;
+const hostkit::Recipe kRecipe = {{"gl3:command", "gl3 render a.obj"}, {"gl3:note", "Größe"}};
+
+std::uint16_t Bits(float value) {
+  return half(value).bits();
+}
+
+// Red 1, green x / 10, blue y / 10, all times alpha 0.5; the pixel at (0, 0) is clear.
+hostkit::Picture MakePicture(bool hasAlpha, int width = kWidth, int height = kHeight) {
+  hostkit::Picture picture{hostkit::BitmapPtr(new HBitmapNode(width, height)), hasAlpha};
+  auto* colors =
+      picture.bitmap->CreateRGBABuffer("ColorAlpha", HBitmapBuffer::kHalfChannel, width, height);
+  picture.bitmap->AddBuffer(colors);
+  colors->AllocateData(0);
+  auto* depths = new HBitmapBuffer("Depth", HBitmapBuffer::kFloatChannel, 1, width, height);
+  picture.bitmap->AddBuffer(depths);
+  depths->AllocateData(0);
+  for (int y = 0; y < height; ++y) {
+    auto* pixel = static_cast<std::uint16_t*>(colors->GetData(y));
+    auto* depth = static_cast<float*>(depths->Data()) + y * depths->RowStep();
+    for (int x = 0; x < width; ++x, pixel += 4) {
+      float alpha = x + y == 0 ? 0.0f : 0.5f;
+      pixel[0] = Bits(0.1f * static_cast<float>(y) * alpha);
+      pixel[1] = Bits(0.1f * static_cast<float>(x) * alpha);
+      pixel[2] = Bits(alpha);
+      pixel[3] = Bits(alpha);
+      depth[x * depths->PixelStep()] = static_cast<float>(10 * y + x);
+    }
+  }
+  return picture;
+}
+
+struct PngFile {
+  std::vector<unsigned char> pixels;
+  int channels = 0;
+  bool sRgb = false;
+  std::map<std::string, std::string> texts;
+};
+
+PngFile ReadPng(const std::string& path) {
+  PngFile file;
+  std::FILE* stream = std::fopen(path.c_str(), "rb");
+  if (!stream) return file;
+  png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+  png_infop info = png_create_info_struct(png);
+  png_init_io(png, stream);
+  png_read_png(png, info, PNG_TRANSFORM_IDENTITY, nullptr);
+  file.channels = png_get_channels(png, info);
+  int intent = 0;
+  file.sRgb = png_get_sRGB(png, info, &intent) != 0;
+  png_textp texts = nullptr;
+  int count = png_get_text(png, info, &texts, nullptr);
+  for (int i = 0; i < count; ++i) file.texts[texts[i].key] = texts[i].text;
+  for (png_uint_32 y = 0; y < png_get_image_height(png, info); ++y) {
+    png_bytep row = png_get_rows(png, info)[y];
+    file.pixels.insert(file.pixels.end(), row, row + png_get_rowbytes(png, info));
+  }
+  png_destroy_read_struct(&png, &info, nullptr);
+  std::fclose(stream);
+  return file;
+}
+
+std::string ReadAll(const fs::path& path) {
+  std::ifstream stream(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+class PictureFiles : public testing::Test {
+ protected:
+  PictureFiles() {
+    m_folder = fs::temp_directory_path() / fmt::format("gl3-pictures-{}", ::getpid());
+    fs::create_directories(m_folder);
+  }
+  ~PictureFiles() override { fs::remove_all(m_folder); }
+
+  std::string Path(const std::string& name) const { return (m_folder / name).string(); }
+  bool Write(const std::string& path, const hostkit::Picture& picture) {
+    m_error.clear();
+    return hostkit::WritePicture(path, picture, kRecipe, {}, &m_error);
+  }
+  // Every failure names the file, and stays one line.
+  void ExpectRefused(const std::string& path, const std::string& reason) {
+    EXPECT_FALSE(Write(path, MakePicture(true)));
+    EXPECT_NE(m_error.find(path), std::string::npos) << m_error;
+    EXPECT_NE(m_error.find(reason), std::string::npos) << m_error;
+    EXPECT_EQ(m_error.find('\n'), std::string::npos) << m_error;
+  }
+  int FileCount() const {
+    return static_cast<int>(std::distance(fs::directory_iterator(m_folder), {}));
+  }
+
+  fs::path m_folder;
+  std::string m_error;
+};
+
+}  // namespace
+
+TEST_F(PictureFiles, PngHasStraightAlphaAndItsRecipe) {
+  ASSERT_TRUE(Write(Path("a.PNG"), MakePicture(true))) << m_error;
+  PngFile file = ReadPng(Path("a.PNG"));
+  ASSERT_EQ(file.channels, 4);
+  ASSERT_EQ(file.pixels.size(), kWidth * kHeight * 4u);
+  EXPECT_TRUE(file.sRgb);
+  EXPECT_EQ(file.texts["gl3:command"], "gl3 render a.obj");
+  EXPECT_EQ(file.texts["gl3:note"], "Größe");
+  const unsigned char* pixel = &file.pixels[(2 * kWidth + 4) * 4];
+  EXPECT_EQ(pixel[0], 255);
+  EXPECT_NEAR(pixel[1], 102, 1);
+  EXPECT_NEAR(pixel[2], 51, 1);
+  EXPECT_EQ(pixel[3], 128);
+  EXPECT_EQ(std::vector(file.pixels.begin(), file.pixels.begin() + 4),
+            std::vector<unsigned char>(4, 0));
+
+  ASSERT_TRUE(Write(Path("b.png"), MakePicture(false))) << m_error;
+  file = ReadPng(Path("b.png"));
+  ASSERT_EQ(file.channels, 3);
+  EXPECT_EQ(file.pixels[3], 128);  // second pixel: the colour as it is
+  EXPECT_EQ(FileCount(), 2);
+}
+
+TEST_F(PictureFiles, ExrKeepsHalvesDepthAndWindows) {
+  for (bool hasAlpha : {true, false}) {
+    ASSERT_TRUE(Write(Path("a.exr"), MakePicture(hasAlpha))) << m_error;
+    Imf::InputFile file(Path("a.exr").c_str());
+    const Imf::Header& header = file.header();
+    EXPECT_EQ(header.dataWindow(), Imath::Box2i({0, 0}, {kWidth - 1, kHeight - 1}));
+    EXPECT_EQ(header.displayWindow(), header.dataWindow());
+    EXPECT_EQ(header.typedAttribute<Imf::StringAttribute>("gl3:command").value(),
+              kRecipe[0].second);
+    EXPECT_NE(header.typedAttribute<Imf::StringAttribute>("gl3:colorEncoding").value().find("sRGB"),
+              std::string::npos);
+    half colors[4][kHeight][kWidth];
+    float depths[kHeight][kWidth];
+    const char* const names[] = {"R", "G", "B", "A"};
+    Imf::FrameBuffer frame;
+    for (int c = 0; c < 4; ++c) {
+      ASSERT_TRUE(header.channels().findChannel(names[c])) << names[c];
+      EXPECT_EQ(header.channels()[names[c]].type, Imf::HALF);
+      frame.insert(names[c], Imf::Slice(Imf::HALF, reinterpret_cast<char*>(colors[c]), sizeof(half),
+                                        sizeof(half) * kWidth));
+    }
+    frame.insert("Z", Imf::Slice(Imf::FLOAT, reinterpret_cast<char*>(depths), sizeof(float),
+                                 sizeof(float) * kWidth));
+    file.setFrameBuffer(frame);
+    file.readPixels(0, kHeight - 1);
+    EXPECT_EQ(colors[0][2][4], half(0.5f));  // premultiplied
+    EXPECT_EQ(colors[1][2][4], half(0.2f));
+    EXPECT_EQ(colors[2][2][4], half(0.1f));
+    EXPECT_EQ(colors[3][2][4], half(hasAlpha ? 0.5f : 1.0f));
+    EXPECT_EQ(colors[3][0][0], half(hasAlpha ? 0.0f : 1.0f));
+    EXPECT_EQ(depths[2][4], 24);
+  }
+}
+
+TEST_F(PictureFiles, RecipesOfBrokenExrFilesAreNotRead) {
+  ASSERT_TRUE(Write(Path("a.exr"), MakePicture(true))) << m_error;
+  hostkit::Recipe recipe;
+  EXPECT_TRUE(hostkit::ReadRecipe(Path("a.exr"), &recipe, &m_error)) << m_error;
+  std::string bytes = ReadAll(Path("a.exr"));
+  const std::string type("float\0", 6);
+  bytes[bytes.find(type) + type.size()] = 3;  // a byte short, and the next name a byte long
+  bytes.insert(bytes.find(type) + type.size() + 8, "\x01");
+  std::ofstream(Path("b.exr"), std::ios::binary) << bytes;
+  EXPECT_FALSE(hostkit::ReadRecipe(Path("b.exr"), &recipe, &m_error));
+  EXPECT_NE(m_error.find("the picture is broken"), std::string::npos) << m_error;
+}
+
+TEST_F(PictureFiles, JpegHoldsPixelsAndRecipe) {
+  ASSERT_TRUE(Write(Path("a.jpg"), MakePicture(true, 64, 64))) << m_error;
+  std::string bytes = ReadAll(Path("a.jpg"));
+  EXPECT_EQ(bytes.substr(0, 3), "\xff\xd8\xff");
+  EXPECT_EQ(bytes.substr(bytes.size() - 2), "\xff\xd9");
+  EXPECT_NE(bytes.find("gl3:command: gl3 render a.obj"), std::string::npos);
+  EXPECT_FALSE(Write(Path("wide.jpeg"), MakePicture(false, 65501, 1)));
+  EXPECT_NE(m_error.find("65500"), std::string::npos) << m_error;
+  EXPECT_EQ(FileCount(), 1);
+}
+
+TEST_F(PictureFiles, RefusalsSayWhyAndLeaveNothing) {
+  fs::create_directory(m_folder / "folder.png");
+  std::ofstream(m_folder / "plain") << "x";
+  fs::create_symlink("loop.png", m_folder / "loop.png");
+  fs::create_symlink("/dev/full", m_folder / "full.png");
+  fs::create_symlink("/dev/full", m_folder / "full.exr");
+  ExpectRefused(Path("folder.png"), "is a folder");
+  ExpectRefused(Path("missing/a.png"), "does not exist");
+  ExpectRefused(Path("plain/a.png"), "not a folder");
+  ExpectRefused(Path("loop.png"), "circle");
+  ExpectRefused(Path("a.tiff"), ".png, .exr, .jpg, .jpeg");
+  ExpectRefused(Path("full.png"), "disk is full");
+  ExpectRefused(Path("full.exr"), "disk is full");
+  ExpectRefused(Path(std::string(300, 'n') + ".png"), "File name too long");
+  EXPECT_FALSE(Write(Path("a.png"), {}));
+  if (::geteuid() != 0) {  // nothing is closed to root
+    fs::create_directory(m_folder / "closed");
+    ::chmod(Path("closed").c_str(), 0555);
+    ExpectRefused(Path("closed/a.png"), "not writable");
+    fs::remove(m_folder / "closed");
+  }
+  EXPECT_EQ(FileCount(), 5);
+}
+
+TEST_F(PictureFiles, AFileThatCannotBeFinishedLeavesTheOldOne) {
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit before{};
+  getrlimit(RLIMIT_FSIZE, &before);
+  hostkit::Picture picture = MakePicture(true, 400, 400);
+  for (const char* name : {"a.png", "a.exr", "a.jpg"}) {
+    std::ofstream(Path(name)) << "old";
+    rlimit small = before;
+    small.rlim_cur = 100;
+    setrlimit(RLIMIT_FSIZE, &small);
+    bool written = Write(Path(name), picture);
+    setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_FALSE(written) << name;
+    EXPECT_NE(m_error.find("larger than allowed"), std::string::npos) << m_error;
+    EXPECT_EQ(ReadAll(Path(name)), "old");
+  }
+  EXPECT_EQ(FileCount(), 3);
+}
+
+TEST_F(PictureFiles, LinksAreFollowedAndPermissionsKept) {
+  fs::create_directory(m_folder / "sub");
+  std::ofstream(Path("sub/old.png")) << "old";
+  // Another group than one's own, where that is allowed.
+  constexpr gid_t kGroup = 50;
+  const bool isOfGroup = ::chown(Path("sub/old.png").c_str(), static_cast<uid_t>(-1), kGroup) == 0;
+  ::chmod(Path("sub/old.png").c_str(), 0604);
+  fs::create_symlink("sub/old.png", m_folder / "link.png");
+  fs::create_symlink("sub/new.png", m_folder / "dangling.png");
+  mode_t mask = ::umask(027);
+  EXPECT_TRUE(Write(Path("link.png"), MakePicture(false))) << m_error;
+  EXPECT_TRUE(Write(Path("dangling.png"), MakePicture(false))) << m_error;
+  ::umask(mask);
+  for (const char* name : {"link.png", "dangling.png"}) EXPECT_TRUE(fs::is_symlink(Path(name)));
+  for (const auto& [name, mode] : {std::pair{"sub/old.png", 0604}, {"sub/new.png", 0640}}) {
+    EXPECT_EQ(ReadPng(Path(name)).channels, 3) << name;
+    EXPECT_EQ(static_cast<int>(fs::status(Path(name)).permissions()), mode) << name;
+  }
+  struct stat old {};
+  ASSERT_EQ(::stat(Path("sub/old.png").c_str(), &old), 0);
+  EXPECT_TRUE(!isOfGroup || old.st_gid == kGroup);
+}
+
+// As through /dev/stdout.
+TEST_F(PictureFiles, OpenPipesAndDeletedFilesGetTheBytes) {
+  ASSERT_TRUE(Write(Path("a.png"), MakePicture(true))) << m_error;
+  const std::string whole = ReadAll(Path("a.png"));
+  int ends[2];
+  ASSERT_EQ(::pipe(ends), 0);
+  std::FILE* deleted = std::tmpfile();
+  for (const auto& [to, from] : {std::pair{ends[1], ends[0]}, {fileno(deleted), fileno(deleted)}}) {
+    fs::create_symlink(fmt::format("/proc/self/fd/{}", to), m_folder / "open.png");
+    EXPECT_TRUE(Write(Path("open.png"), MakePicture(true))) << m_error;
+    fs::remove(m_folder / "open.png");
+    std::string bytes(whole.size() + 1, '\0');
+    bytes.resize(static_cast<std::size_t>(::read(from, bytes.data(), bytes.size())));
+    EXPECT_EQ(bytes, whole);
+  }
+  EXPECT_EQ(FileCount(), 1);
+  ::close(ends[0]);
+  ::close(ends[1]);
+  std::fclose(deleted);
+}
