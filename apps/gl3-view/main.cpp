@@ -1,5 +1,4 @@
 // gl3-view: shows models in a window.
-#include <CLI/CLI.hpp>
 #include <QApplication>
 #include <QSettings>
 #include <clocale>

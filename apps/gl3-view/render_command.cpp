@@ -3,11 +3,10 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
-#include <algorithm>
 #include <vector>
 
 #include "apps/base/text.h"
+#include "apps/options/option_parser.h"
 
 namespace view {
 namespace {
@@ -20,17 +19,11 @@ QString Triple(const Imath::V3f& v) {
 
 bool ReadChoices(const QStringList& arguments, gl3::RenderOptions* options, std::string* error) {
   gl3::RenderOptions read;
-  CLI::App app;
-  gl3::AddRenderOptions(app, &read);
+  const gl3::OptionParser parser;
+  gl3::AddRenderOptions(parser, &read);
   std::vector<std::string> words = {"model", "--output=view.png"};
   for (const QString& argument : arguments) words.push_back(argument.toStdString());
-  std::reverse(words.begin(), words.end());  // as the parser takes them
-  try {
-    app.parse(words);
-  } catch (const CLI::ParseError& problem) {
-    *error = problem.what();
-    return false;
-  }
+  if (!parser.Parse(words, error)) return false;
   const gl3::Outcome outcome = gl3::CheckRenderOptions(read);
   if (outcome.status != gl3::kDone) {
     *error = outcome.message;

@@ -1,11 +1,11 @@
 // The command line of gl3-view.
 #include "apps/gl3-view/view_options.h"
 
-#include <CLI/CLI.hpp>
+#include <optional>
 
 #include "apps/base/messages.h"
 #include "apps/base/text.h"
-#include "apps/options/option_readers.h"
+#include "apps/options/option_parser.h"
 
 namespace view {
 namespace {
@@ -35,50 +35,28 @@ bool ReadDevice(const std::string& text, std::string* device, std::string* error
   return false;
 }
 
-std::string UsageMessage(const CLI::App& app, const CLI::ParseError& error) {
-  const std::vector<std::string> extras = app.remaining();
-  if (dynamic_cast<const CLI::ExtrasError*>(&error) && !extras.empty()) {
-    return extras.front() + ": no such option; gl3-view --help lists them";
-  }
-  const std::string what = error.what();
-  return what.find("; ") == std::string::npos ? what + "; gl3-view --help lists the options" : what;
-}
-
 }  // namespace
 
 bool ReadCommandLine(int argc, char** argv, ViewOptions* options, int* status) {
-  CLI::App app("gl3-view shows 3D models in a window, drawn through OpenGL.", "gl3-view");
-  app.set_version_flag("--version", "gl3-view " GL3_VERSION, "Print the version");
-  app.set_help_flag("-h,--help", "Print this help");
-  app.footer(kFooter);
-  app.get_formatter()->column_width(25);
-  app.add_option("MODEL", options->files, "Model files, shown as one scene")->type_name("");
-  gl3::AddOption(app, "--device", "DEVICE", "auto, cpu (the software renderer) or gpu",
-                 [=](const std::string& text, std::string* error) {
-                   return ReadDevice(text, &options->run.device, error);
-                 });
-  app.add_option("--module", options->run.module,
+  const gl3::OptionParser parser("gl3-view",
+                                 "gl3-view shows 3D models in a window, drawn through OpenGL.",
+                                 "gl3-view " GL3_VERSION);
+  parser.SetFooter(kFooter);
+  parser.AddWords("MODEL", "", "Model files, shown as one scene", &options->files);
+  parser.Add("--device", "DEVICE", "auto, cpu (the software renderer) or gpu",
+             [=](const std::string& text, std::string* error) {
+               return ReadDevice(text, &options->run.device, error);
+             });
+  parser.AddText("--module", "PATH",
                  "The renderer module's file (default: OpenGL3.so, looked for as\n"
-                 "gl3 --help tells)")
-      ->type_name("PATH")
-      ->take_last();
-  app.add_flag("--settings", options->settings, "Show the renderer's settings alone");
-  app.add_flag_callback(
-      "-v,--verbose", [] { gl3::SetVerbosity(gl3::Verbosity::kVerbose); }, "Tell each step");
-  app.add_flag("--try-import", options->tryImport)->group("");  // for the viewer's own helper
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForVersion&) {
-    *status = gl3::PrintResult("gl3-view " GL3_VERSION "\n");
-    return false;
-  } catch (const CLI::CallForHelp&) {
-    std::string text = app.help();
-    for (std::size_t at; (at = text.find("\n\n\n")) != std::string::npos;) text.erase(at, 1);
-    *status = gl3::PrintResult(text);
-    return false;
-  } catch (const CLI::ParseError& error) {
-    gl3::PrintError(UsageMessage(app, error));
-    *status = gl3::kWrongUsage;
+                 "gl3 --help tells)",
+                 &options->run.module);
+  parser.AddFlag("--settings", "Show the renderer's settings alone", &options->settings);
+  parser.AddFlag("-v,--verbose", "Tell each step",
+                 [] { gl3::SetVerbosity(gl3::Verbosity::kVerbose); });
+  parser.AddHiddenFlag("--try-import", &options->tryImport);  // for the viewer's own helper
+  if (const std::optional<int> over = parser.ParseProgram(argc, argv)) {
+    *status = *over;
     return false;
   }
   for (const std::string& file : options->files) {

@@ -28,9 +28,9 @@ int RunFilter(const FilterOptions& options, const std::string& command) {
 
 }  // namespace
 
-VerbJob AddFilterVerb(CLI::App& app) {
+VerbJob AddFilterVerb(const OptionParser& parser) {
   const auto options = std::make_shared<FilterOptions>();
-  AddFilterOptions(app, options.get());
+  AddFilterOptions(parser, options.get());
   return [options](const std::string& command) { return RunFilter(*options, command); };
 }
 

@@ -24,9 +24,9 @@ int RunInfo(const InfoOptions& options) {
 
 }  // namespace
 
-VerbJob AddInfoVerb(CLI::App& app) {
+VerbJob AddInfoVerb(const OptionParser& parser) {
   const auto options = std::make_shared<InfoOptions>();
-  AddInfoOptions(app, options.get());
+  AddInfoOptions(parser, options.get());
   return [options](const std::string&) { return RunInfo(*options); };
 }
 

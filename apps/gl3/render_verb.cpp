@@ -58,7 +58,7 @@ int Fail(const Outcome& outcome) {
 
 /// Reads the recipe that --like names, in a child since the file is foreign, and makes `*options`
 /// and `*command` of it.
-int TakeRecipe(const CLI::App& given, const WorkTable& work, RenderOptions* options,
+int TakeRecipe(const OptionParser& given, const WorkTable& work, RenderOptions* options,
                std::string* command) {
   ChildTold told;
   const int status = RunSupervised(
@@ -72,7 +72,7 @@ int TakeRecipe(const CLI::App& given, const WorkTable& work, RenderOptions* opti
   return outcome.status == kDone ? kDone : Fail(outcome);
 }
 
-int RunRender(const CLI::App& given, RenderOptions options, std::string command) {
+int RunRender(const OptionParser& given, RenderOptions options, std::string command) {
   SetVerbosity(options.run.verbosity);
   Outcome outcome;
   const WorkTable* work = LoadWork(&outcome);
@@ -91,10 +91,12 @@ int RunRender(const CLI::App& given, RenderOptions options, std::string command)
 
 }  // namespace
 
-VerbJob AddRenderVerb(CLI::App& app) {
+VerbJob AddRenderVerb(const OptionParser& parser) {
   const auto options = std::make_shared<RenderOptions>();
-  AddRenderOptions(app, options.get());
-  return [options, &app](const std::string& command) { return RunRender(app, *options, command); };
+  AddRenderOptions(parser, options.get());
+  return [options, parser](const std::string& command) {
+    return RunRender(parser, *options, command);
+  };
 }
 
 }  // namespace gl3

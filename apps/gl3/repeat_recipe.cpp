@@ -3,12 +3,10 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
 #include <map>
-#include <set>
 #include <utility>
 #include <vector>
 
@@ -27,35 +25,9 @@ constexpr const char* kNotRepeated[] = {
     "--chunk", "--timeout", "--max-memory", "--json",   "--quiet", "--verbose",
 };
 
-std::string NameOf(const CLI::Option& option) {
-  const Words& names = option.get_lnames();
-  return names.empty() ? "" : "--" + names.front();
-}
-
 bool IsRepeated(const std::string& name) {
   return std::find(std::begin(kNotRepeated), std::end(kNotRepeated), name) ==
          std::end(kNotRepeated);
-}
-
-/// A parser's options by name, that of the models under an empty one.
-std::map<std::string, const CLI::Option*> UsedOptions(const CLI::App& app) {
-  std::map<std::string, const CLI::Option*> used;
-  for (const CLI::Option* option : app.get_options()) {
-    if (option->count() > 0) used[NameOf(*option)] = option;
-  }
-  return used;
-}
-
-/// Parses words without "gl3 render"; on failure returns false with what the parser says.
-bool Parse(CLI::App& app, const Words& words, RenderOptions* options, std::string* error) {
-  AddRenderOptions(app, options);
-  try {
-    app.parse(Words(words.rbegin(), words.rend()));  // it takes them from the end
-    return true;
-  } catch (const CLI::ParseError& problem) {
-    *error = OneLine(problem.what());
-    return false;
-  }
 }
 
 /// Takes --like out of the command line's words.
@@ -86,8 +58,8 @@ Words Merge(const Words& command, const Words& options, const Words& models) {
 /// The recipe's part of the command line.
 class RecipeOptions {
  public:
-  RecipeOptions(const CLI::App& stored, const CLI::App& given)
-      : m_given(UsedOptions(given)), m_kept(UsedOptions(stored)) {
+  RecipeOptions(const OptionParser& stored, const OptionParser& given)
+      : m_given(given.Given()), m_kept(stored.Given()) {
     DropNotRepeated();
     DropOverridden();
     DropLonely();
@@ -104,39 +76,39 @@ class RecipeOptions {
   Words OptionWords() const;
   Words Models() const {
     const auto models = m_kept.find("");
-    return models == m_kept.end() ? Words() : models->second->results();
+    return models == m_kept.end() ? Words() : models->second.GivenValues();
   }
 
  private:
   template <class Condition>
   void DropIf(Condition condition) {
     for (auto at = m_kept.begin(); at != m_kept.end();) {
-      at = condition(at->first, *at->second) ? m_kept.erase(at) : std::next(at);
+      at = condition(at->second) ? m_kept.erase(at) : std::next(at);
     }
   }
   void DropNotRepeated() {
-    DropIf([](const std::string& name, const CLI::Option&) { return !IsRepeated(name); });
+    DropIf([](const Option& option) { return !IsRepeated(option.Name()); });
   }
   /// What the command line says itself, or rules out.
   void DropOverridden() {
-    DropIf([this](const std::string& name, const CLI::Option& option) {
-      const std::set<CLI::Option*> excluded = option.get_excludes();
-      return IsGiven(name) ||
+    DropIf([this](const Option& option) {
+      const Words excluded = option.ExcludedNames();
+      return IsGiven(option.Name()) ||
              std::any_of(excluded.begin(), excluded.end(),
-                         [this](const CLI::Option* other) { return IsGiven(NameOf(*other)); });
+                         [this](const std::string& other) { return IsGiven(other); });
     });
   }
   /// What needs an option that went: --target without --eye.
   void DropLonely() {
-    DropIf([this](const std::string&, const CLI::Option& option) {
-      const std::set<CLI::Option*> needed = option.get_needs();
-      return std::any_of(needed.begin(), needed.end(), [this](const CLI::Option* other) {
-        return !IsGiven(NameOf(*other)) && m_kept.count(NameOf(*other)) == 0;
+    DropIf([this](const Option& option) {
+      const Words needed = option.NeededNames();
+      return std::any_of(needed.begin(), needed.end(), [this](const std::string& other) {
+        return !IsGiven(other) && m_kept.count(other) == 0;
       });
     });
   }
 
-  std::map<std::string, const CLI::Option*> m_given, m_kept;
+  std::map<std::string, Option> m_given, m_kept;  // by name, that of the models empty
   Words m_words;
 };
 
@@ -144,9 +116,8 @@ Words RecipeOptions::OptionWords() const {
   Words words = m_words;
   for (const auto& [name, option] : m_kept) {
     if (name.empty()) continue;
-    const bool isFlag = option->get_type_size() == 0;
-    if (isFlag) words.push_back(name);
-    for (const std::string& value : isFlag ? Words() : option->reduced_results()) {
+    if (option.IsFlag()) words.push_back(name);
+    for (const std::string& value : option.IsFlag() ? Words() : option.Values()) {
       words.push_back(value.empty() ? name : name + "=" + value);
     }
   }
@@ -193,8 +164,8 @@ std::vector<std::string> InputsOf(const std::map<std::string, std::string>& entr
 
 }  // namespace
 
-Outcome RepeatRecipe(const CLI::App& given, const std::string& command, const std::string& recipe,
-                     RenderOptions* options, std::string* repeated) {
+Outcome RepeatRecipe(const OptionParser& given, const std::string& command,
+                     const std::string& recipe, RenderOptions* options, std::string* repeated) {
   const std::string picture = options->like;
   const auto refuse = [&](const std::string& why) -> Outcome {
     return {kUnreadableInput, picture + ": " + why};
@@ -210,17 +181,19 @@ Outcome RepeatRecipe(const CLI::App& given, const std::string& command, const st
   if (!SplitCommand(command, &words)) {
     return {kWrongUsage, "--like: the command line is too long to go with it; name fewer models"};
   }
-  CLI::App storedParser, parser;
+  const OptionParser storedParser, parser;
   RenderOptions storedOptions, wanted;
+  AddRenderOptions(storedParser, &storedOptions);
+  AddRenderOptions(parser, &wanted);
   std::string error;
-  if (!Parse(storedParser, Words(stored.begin() + 2, stored.end()), &storedOptions, &error)) {
+  if (!storedParser.Parse(Words(stored.begin() + 2, stored.end()), &error)) {
     return refuse("its recipe cannot be repeated (" + error + "); give the options yourself");
   }
   RecipeOptions kept(storedParser, given);
   TakeOnePicture(entries, &kept);
   DropOfOtherModes(options->drawing.mode, &kept);
   const Words all = Merge(words, kept.OptionWords(), kept.Models());
-  if (!Parse(parser, all, &wanted, &error)) {
+  if (!parser.Parse(all, &error)) {
     return refuse("its recipe does not go with the command line (" + error +
                   "); give the options yourself");
   }

@@ -4,11 +4,8 @@
 #include <string>
 
 #include "apps/base/messages.h"
+#include "apps/options/option_parser.h"
 #include "apps/options/render_options.h"
-
-namespace CLI {
-class App;
-}
 
 namespace gl3 {
 
@@ -19,7 +16,7 @@ namespace gl3 {
 /// nothing else, and what would write files or load code is left out of it. On success `*options`
 /// is what is to be drawn, and `*repeated` the command line that asks for just that without the
 /// picture. kUnreadableInput with a message for a recipe that cannot be repeated.
-Outcome RepeatRecipe(const CLI::App& given, const std::string& command, const std::string& recipe,
-                     RenderOptions* options, std::string* repeated);
+Outcome RepeatRecipe(const OptionParser& given, const std::string& command,
+                     const std::string& recipe, RenderOptions* options, std::string* repeated);
 
 }  // namespace gl3

@@ -1,7 +1,6 @@
 // `gl3 settings`: options; the settings page, which is a program of its own.
 #include "apps/options/settings_options.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 
@@ -44,23 +43,22 @@ int RunSettings(const VerbOptions& options) {
 
 }  // namespace
 
-VerbJob AddSettingsVerb(CLI::App& app) {
+VerbJob AddSettingsVerb(const OptionParser& parser) {
   const auto options = std::make_shared<VerbOptions>();
   SettingsOptions* settings = &options->settings;
-  CLI::Option* action =
-      app.add_option("ACTION", settings->action,
+  const Option action =
+      parser.AddWord("ACTION", "",
                      "list (the default): every setting with its value, range and\n"
-                     "meaning; get KEY; set KEY VALUE")
-          ->type_name("");
-  CLI::Option* words =
-      app.add_option("KEY", settings->words, "The setting, for set with its new value behind it")
-          ->type_name("[VALUE]");
-  CLI::Option* json = app.add_flag("--json", settings->json, "What is printed, as JSON");
-  app.add_flag("--page", options->page, "Show the settings in a window (needs gl3-view)")
-      ->excludes(action)
-      ->excludes(words)
-      ->excludes(json);
-  app.footer(kFooter);
+                     "meaning; get KEY; set KEY VALUE",
+                     &settings->action);
+  const Option words = parser.AddWords(
+      "KEY", "[VALUE]", "The setting, for set with its new value behind it", &settings->words);
+  const Option json = parser.AddFlag("--json", "What is printed, as JSON", &settings->json);
+  parser.AddFlag("--page", "Show the settings in a window (needs gl3-view)", &options->page)
+      .Exclude(action)
+      .Exclude(words)
+      .Exclude(json);
+  parser.SetFooter(kFooter);
   return [options](const std::string&) { return RunSettings(*options); };
 }
 

@@ -5,9 +5,7 @@
 #include <functional>
 #include <string>
 
-namespace CLI {
-class App;
-}
+#include "apps/options/option_parser.h"
 
 namespace gl3 {
 
@@ -18,15 +16,15 @@ using VerbJob = std::function<int(const std::string& command)>;
 struct Verb {
   const char* name;
   const char* summary;
-  /// Adds options to `app`, which outlives the job that comes back. Nothing runs and nothing is
-  /// loaded yet: this is called for every verb at every start.
-  VerbJob (*add)(CLI::App& app);
+  /// Adds options to `parser`. Nothing runs and nothing is loaded yet: this is called for every
+  /// verb at every start.
+  VerbJob (*add)(const OptionParser& parser);
 };
 
-VerbJob AddFilterVerb(CLI::App& app);
-VerbJob AddInfoVerb(CLI::App& app);
-VerbJob AddRenderVerb(CLI::App& app);
-VerbJob AddSettingsVerb(CLI::App& app);
-VerbJob AddViewVerb(CLI::App& app);
+VerbJob AddFilterVerb(const OptionParser& parser);
+VerbJob AddInfoVerb(const OptionParser& parser);
+VerbJob AddRenderVerb(const OptionParser& parser);
+VerbJob AddSettingsVerb(const OptionParser& parser);
+VerbJob AddViewVerb(const OptionParser& parser);
 
 }  // namespace gl3

@@ -1,7 +1,6 @@
 // What of a scene is drawn and how: reading these options.
 #include "apps/options/drawing_options.h"
 
-#include <CLI/CLI.hpp>
 #include <cctype>
 #include <filesystem>
 
@@ -30,21 +29,17 @@ constexpr int kMarkerSize = 2;
 
 /// An option that may be given several times; `read` makes one of each.
 template <class Thing>
-void AddList(CLI::App& app, const std::string& name, const std::string& type,
+void AddList(const OptionParser& parser, const std::string& name, const std::string& type,
              const std::string& help, bool (*read)(const std::string&, Thing*, std::string*),
              std::vector<Thing>* things) {
-  const auto apply = [=](const std::vector<std::string>& texts) {
+  parser.AddEach(name, type, help, [=](const std::vector<std::string>& texts, std::string* error) {
     things->clear();
     for (const std::string& text : texts) {
-      std::string error;
       things->emplace_back();
-      if (!read(text, &things->back(), &error)) throw CLI::ValidationError(name, error);
+      if (!read(text, &things->back(), error)) return false;
     }
-  };
-  app.add_option_function<std::vector<std::string>>(name, apply, help)
-      ->type_name(type)
-      ->allow_extra_args(false)
-      ->take_all();
+    return true;
+  });
 }
 
 Reader LineColorReader(std::optional<ColorBuf>* color) {
@@ -75,63 +70,65 @@ bool ReadDepthFile(const std::string& text, std::string* path, std::string* erro
   return false;
 }
 
-void AddModeOptions(CLI::App& app, DrawingOptions* options) {
-  app.option_defaults()->group("Drawing");
-  AddOption(app, "--lights", "SET",
-            "auto, scene, headlight or three-point (default auto: the model's\n"
-            "own lights when it has any, else three-point)",
-            ChoiceReader(kLights, "a set of lights", &options->lights));
-  AddOption(app, "--mode", "MODE",
-            "shaded (default)\n"
-            "flat: one colour a triangle, lit at its middle\n"
-            "wireframe: every edge in its material's colour\n"
-            "wireframe-gl: shaded, with the driver's outlines for polygons\n"
-            "lines: open edges, creases and outlines; what is behind is hidden\n"
-            "points: every vertex, lit",
-            ChoiceReader(kModes, "a known mode", &options->mode));
-  AddOption(app, "--crease", "DEG",
-            "For lines: triangles that meet at a larger angle have an edge, 0 to\n180 (default 30)",
-            [=](const std::string& t, std::string* e) {
-              return ReadCrease(t, &options->creaseDegrees, e);
-            });
-  AddOption(app, "--line-color", "COLOR",
-            "For wireframe and lines (default: the material's; for lines black or\n"
-            "white, whatever stands out from the background)",
-            LineColorReader(&options->lineColor));
-  AddOption(app, "--point-size", "N", "Pixels, 1 to 64, of all points (default 1)",
-            IntegerReader(1, 64, &options->pointSize));
-  AddOption(app, "--fog", "FOG",
-            "NEAR,FAR[,COLOR]: from clear to fog alone between these distances;\n"
-            "or exp:DENSITY[,COLOR]: exp(-DENSITY x distance) is left to see.\n"
-            "World units from the eye (default colour: the background's)",
-            [=](const std::string& t, std::string* e) { return ReadFog(t, options, e); });
-  AddOption(
-      app, "--depth", "OUT",
+void AddModeOptions(const OptionParser& parser, DrawingOptions* options) {
+  parser.BeginGroup("Drawing");
+  parser.Add("--lights", "SET",
+             "auto, scene, headlight or three-point (default auto: the model's\n"
+             "own lights when it has any, else three-point)",
+             ChoiceReader(kLights, "a set of lights", &options->lights));
+  parser.Add("--mode", "MODE",
+             "shaded (default)\n"
+             "flat: one colour a triangle, lit at its middle\n"
+             "wireframe: every edge in its material's colour\n"
+             "wireframe-gl: shaded, with the driver's outlines for polygons\n"
+             "lines: open edges, creases and outlines; what is behind is hidden\n"
+             "points: every vertex, lit",
+             ChoiceReader(kModes, "a known mode", &options->mode));
+  parser.Add(
+      "--crease", "DEG",
+      "For lines: triangles that meet at a larger angle have an edge, 0 to\n180 (default 30)",
+      [=](const std::string& t, std::string* e) {
+        return ReadCrease(t, &options->creaseDegrees, e);
+      });
+  parser.Add("--line-color", "COLOR",
+             "For wireframe and lines (default: the material's; for lines black or\n"
+             "white, whatever stands out from the background)",
+             LineColorReader(&options->lineColor));
+  parser.Add("--point-size", "N", "Pixels, 1 to 64, of all points (default 1)",
+             IntegerReader(1, 64, &options->pointSize));
+  parser.Add("--fog", "FOG",
+             "NEAR,FAR[,COLOR]: from clear to fog alone between these distances;\n"
+             "or exp:DENSITY[,COLOR]: exp(-DENSITY x distance) is left to see.\n"
+             "World units from the eye (default colour: the background's)",
+             [=](const std::string& t, std::string* e) { return ReadFog(t, options, e); });
+  parser.Add(
+      "--depth", "OUT",
       "Also write distances: an .exr with a float channel Z, world units\n"
       "from the eye along the view at pixel centres, 1e30 where nothing\n"
       "is; glass counts as solid. The same file as -o: Z joins the colours",
       [=](const std::string& t, std::string* e) { return ReadDepthFile(t, &options->depth, e); });
 }
 
-void AddAnnotationOptions(CLI::App& app, DrawingOptions* options) {
-  app.option_defaults()->group("Annotations");
-  AddOptionalValue(
-      app, "--grid", "SPACING",
+void AddAnnotationOptions(const OptionParser& parser, DrawingOptions* options) {
+  parser.BeginGroup("Annotations");
+  parser.AddOptionalValue(
+      "--grid", "SPACING",
       "A grid on the ground, x axis red, z axis blue; --grid=0.5 sets the\n"
       "spacing (default: one that suits the model)",
       [=](const std::string& t, std::string* e) { return ReadGrid(t, &options->grid, e); });
-  AddOptionalValue(app, "--control-points", "SIZE",
-                   "Markers on all vertices; --control-points=5 sets half their side in\n"
-                   "pixels, 1 to 64 (default 2)",
-                   [=](const std::string& t, std::string* e) {
-                     options->controlPointSize = kMarkerSize;
-                     return t.empty() || IntegerReader(1, 64, &options->controlPointSize)(t, e);
-                   });
-  AddList(app, "--overlay", "IMAGE[,X,Y[,ALPHA]]",
+  parser.AddOptionalValue("--control-points", "SIZE",
+                          "Markers on all vertices; --control-points=5 sets half their side in\n"
+                          "pixels, 1 to 64 (default 2)",
+                          [=](const std::string& t, std::string* e) {
+                            options->controlPointSize = kMarkerSize;
+                            return t.empty() ||
+                                   IntegerReader(1, 64, &options->controlPointSize)(t, e);
+                          });
+  AddList(parser, "--overlay", "IMAGE[,X,Y[,ALPHA]]",
           "A picture over the frame, pixel for pixel, its top left at X,Y\n"
           "(default 0,0), ALPHA from 0 to 1 (default 1); again for more",
           ReadOverlay, &options->overlays);
-  AddList(app, "--text", "TEXT[,X,Y[,COLOR]]",
+  AddList(parser, "--text", "TEXT[,X,Y[,COLOR]]",
           "A line of text over it, ten pixels high, its top left at X,Y (default:\n"
           "at the top left, each below the one before); again for more",
           ReadText, &options->texts);
@@ -139,9 +136,9 @@ void AddAnnotationOptions(CLI::App& app, DrawingOptions* options) {
 
 }  // namespace
 
-void AddDrawingOptions(CLI::App& app, DrawingOptions* options) {
-  AddModeOptions(app, options);
-  AddAnnotationOptions(app, options);
+void AddDrawingOptions(const OptionParser& parser, DrawingOptions* options) {
+  AddModeOptions(parser, options);
+  AddAnnotationOptions(parser, options);
 }
 
 bool HasCreases(DrawMode mode) {

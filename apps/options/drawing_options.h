@@ -6,11 +6,8 @@
 #include <vector>
 
 #include "apps/base/messages.h"
+#include "apps/options/option_parser.h"
 #include "hostkit/feed/frame_settings.h"
-
-namespace CLI {
-class App;
-}
 
 namespace gl3 {
 
@@ -47,8 +44,8 @@ struct DrawingOptions {
   std::string depth;  ///< File for the distances; empty: none. May be that of the picture.
 };
 
-/// Adds the options to `app`; parsing fills `*options`, which must live until then.
-void AddDrawingOptions(CLI::App& app, DrawingOptions* options);
+/// Adds the options to `parser`; parsing fills `*options`, which must live until then.
+void AddDrawingOptions(const OptionParser& parser, DrawingOptions* options);
 
 /// What a mode can make use of.
 bool HasCreases(hostkit::DrawMode mode);

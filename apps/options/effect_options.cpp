@@ -3,7 +3,6 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
@@ -61,14 +60,15 @@ bool ParseParameter(const std::string& text, EffectCall* call, std::string* erro
   return true;
 }
 
-void AddEffects(const std::vector<std::string>& texts, EffectOptions* options) {
+bool ReadEffects(const std::vector<std::string>& texts, EffectOptions* options,
+                 std::string* error) {
   options->calls.clear();
   for (const std::string& text : texts) {
     EffectCall call;
-    std::string error;
-    if (!ParseEffect(text, &call, &error)) throw CLI::ValidationError("--effect", error);
+    if (!ParseEffect(text, &call, error)) return false;
     options->calls.push_back(call);
   }
+  return true;
 }
 
 }  // namespace
@@ -96,16 +96,14 @@ bool ParseEffect(const std::string& text, EffectCall* call, std::string* error) 
   return true;
 }
 
-CLI::Option* AddEffectOptions(CLI::App& app, EffectOptions* options) {
-  app.option_defaults()->group("Picture");
-  return app
-      .add_option_function<std::vector<std::string>>(
-          "--effect", [=](const std::vector<std::string>& texts) { AddEffects(texts, options); },
-          "NAME or NAME:key=value,..., such as blur:radius=4; again for\n"
-          "more, in the order given (gl3 filter --help lists them)")
-      ->type_name("EFFECT")
-      ->allow_extra_args(false)
-      ->take_all();
+Option AddEffectOptions(const OptionParser& parser, EffectOptions* options) {
+  parser.BeginGroup("Picture");
+  return parser.AddEach("--effect", "EFFECT",
+                        "NAME or NAME:key=value,..., such as blur:radius=4; again for\n"
+                        "more, in the order given (gl3 filter --help lists them)",
+                        [=](const std::vector<std::string>& texts, std::string* error) {
+                          return ReadEffects(texts, options, error);
+                        });
 }
 
 std::string DescribeEffect(const EffectCall& call) {

@@ -4,12 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "apps/options/option_parser.h"
 #include "hostkit/effects/effect_table.h"
-
-namespace CLI {
-class App;
-class Option;
-}  // namespace CLI
 
 namespace gl3 {
 
@@ -17,9 +13,9 @@ struct EffectOptions {
   std::vector<hostkit::EffectCall> calls;  ///< In the order to be applied.
 };
 
-/// Adds --effect to `app`, which may be given more than once; parsing fills `*options`, which must
-/// live until then.
-CLI::Option* AddEffectOptions(CLI::App& app, EffectOptions* options);
+/// Adds --effect to `parser`, which may be given more than once; parsing fills `*options`, which
+/// must live until then.
+Option AddEffectOptions(const OptionParser& parser, EffectOptions* options);
 
 /// Reads one effect. On failure returns false and says why, with the nearest name or the range.
 bool ParseEffect(const std::string& text, hostkit::EffectCall* call, std::string* error);

@@ -1,8 +1,6 @@
 // The options of `gl3 filter`: how each is read, its limits and its help.
 #include "apps/options/filter_options.h"
 
-#include <CLI/CLI.hpp>
-
 #include "apps/options/option_readers.h"
 
 namespace gl3 {
@@ -30,34 +28,32 @@ Examples:
 
 }  // namespace
 
-void AddFilterOptions(CLI::App& app, FilterOptions* options) {
-  app.set_help_flag("-h,--help", "Print this help");
-  app.footer("\nEffects and their parameters:\n" + EffectHelp() + kFooter);
-  app.add_option("IMAGE", options->inputs, "Pictures, each filtered by itself")
-      ->type_name("...")
-      ->required();
-  AddEffectOptions(app, &options->effects)->required();
-  app.option_defaults()->group("Picture");
-  app.add_option("-o,--output", options->output,
+void AddFilterOptions(const OptionParser& parser, FilterOptions* options) {
+  parser.SetFooter("\nEffects and their parameters:\n" + EffectHelp() + kFooter);
+  parser.AddWords("IMAGE", "...", "Pictures, each filtered by itself", &options->inputs).Require();
+  AddEffectOptions(parser, &options->effects).Require();
+  parser.BeginGroup("Picture");
+  parser.AddText("-o,--output", "OUT",
                  "The picture: .png (8 bits, straight alpha), .exr (half floats,\n"
                  "premultiplied alpha), .jpg or .jpeg; replaced when it exists.\n"
-                 "A pattern or folder for several, see below")
-      ->type_name("OUT")
-      ->take_last();
-  AddOption(app, "--quality", "N", "Of JPEG, 1 to 100 (default 92)",
-            IntegerReader(1, 100, &options->jpegQuality));
-  app.add_flag("--skip-existing", options->skipExisting,
-               "Leave out pictures whose output is there, to go on with a run\n"
-               "that was broken off");
-  app.add_flag("--verify", options->verify,
-               "Compute each effect on the processor too, and print the largest\n"
-               "difference; beyond what is allowed the exit status is 6. OUT may\n"
-               "then be left out");
-  AddRunOptions(app, &options->run);
-  AddOption(app, "--threads", "N",
-            "Threads that write results, 1 to 256 (default: the setting\n"
-            "\"OpenMP Threads\")",
-            IntegerReader(1, kMaxThreads, &options->threads));
+                 "A pattern or folder for several, see below",
+                 &options->output);
+  parser.Add("--quality", "N", "Of JPEG, 1 to 100 (default 92)",
+             IntegerReader(1, 100, &options->jpegQuality));
+  parser.AddFlag("--skip-existing",
+                 "Leave out pictures whose output is there, to go on with a run\n"
+                 "that was broken off",
+                 &options->skipExisting);
+  parser.AddFlag("--verify",
+                 "Compute each effect on the processor too, and print the largest\n"
+                 "difference; beyond what is allowed the exit status is 6. OUT may\n"
+                 "then be left out",
+                 &options->verify);
+  AddRunOptions(parser, &options->run);
+  parser.Add("--threads", "N",
+             "Threads that write results, 1 to 256 (default: the setting\n"
+             "\"OpenMP Threads\")",
+             IntegerReader(1, kMaxThreads, &options->threads));
 }
 
 }  // namespace gl3

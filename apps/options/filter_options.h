@@ -6,11 +6,8 @@
 
 #include "apps/base/messages.h"
 #include "apps/options/effect_options.h"
+#include "apps/options/option_parser.h"
 #include "apps/options/run_options.h"
-
-namespace CLI {
-class App;
-}
 
 namespace gl3 {
 
@@ -32,8 +29,8 @@ struct FilterJob {
   const std::string& command;               ///< For the pictures' recipes.
 };
 
-/// Adds the options to `app`; parsing fills `*options`, which must live until then.
-void AddFilterOptions(CLI::App& app, FilterOptions* options);
+/// Adds the options to `parser`; parsing fills `*options`, which must live until then.
+void AddFilterOptions(const OptionParser& parser, FilterOptions* options);
 
 /// The output file of each input, in their order; none when nothing is to be written. kWrongUsage
 /// with a message when there is no clear answer: several inputs and one name, two that would get

@@ -1,8 +1,6 @@
 // What `gl3 info` is asked for.
 #include "apps/options/info_options.h"
 
-#include <CLI/CLI.hpp>
-
 namespace gl3 {
 namespace {
 
@@ -23,37 +21,36 @@ Examples:
   gl3 info --device cpu --extended
   gl3 info --json > report.json)";
 
-CLI::Option* AddKind(CLI::App& app, InfoOptions* options, const char* name, InfoKind kind,
-                     const char* help) {
-  return app.add_flag_callback(
-      name, [=] { options->kind = kind; }, help);
+Option AddKind(const OptionParser& parser, InfoOptions* options, const char* name, InfoKind kind,
+               const char* help) {
+  return parser.AddFlag(name, help, [=] { options->kind = kind; });
 }
 
 }  // namespace
 
-void AddInfoOptions(CLI::App& app, InfoOptions* options) {
-  app.option_defaults()->group("Report");
-  CLI::Option* check = AddKind(app, options, "--check", InfoKind::kCheck,
+void AddInfoOptions(const OptionParser& parser, InfoOptions* options) {
+  parser.BeginGroup("Report");
+  const Option check = AddKind(parser, options, "--check", InfoKind::kCheck,
                                "A verdict on each thing that the programs need: OK, WARN or\n"
                                "FAIL, with the reason and the remedy");
-  CLI::Option* extended = AddKind(app, options, "--extended", InfoKind::kExtended,
+  const Option extended = AddKind(parser, options, "--extended", InfoKind::kExtended,
                                   "The renderer's extended report, and nothing else");
-  CLI::Option* extensions = AddKind(app, options, "--extensions", InfoKind::kExtensions,
+  const Option extensions = AddKind(parser, options, "--extensions", InfoKind::kExtensions,
                                     "The OpenGL extensions, one a line, and nothing else");
-  CLI::Option* all = app.add_flag("--all-devices", options->allDevices,
-                                  "Ask every device that EGL lists, one after another");
-  check->excludes(extended)->excludes(extensions);
-  extended->excludes(extensions)->excludes(all);
-  extensions->excludes(all);
+  const Option all = parser.AddFlag(
+      "--all-devices", "Ask every device that EGL lists, one after another", &options->allDevices);
+  check.Exclude(extended).Exclude(extensions);
+  extended.Exclude(extensions).Exclude(all);
+  extensions.Exclude(all);
 
   options->run.limits.timeoutSeconds = kTimeoutSeconds;
-  AddRunOptions(app, &options->run);
-  app.get_option("--json")->description("The report as JSON, with extensions and limits");
-  app.get_option("--timeout")->description("Give up on a device after this time; 0: never (60)");
-  app.get_option("--device")->excludes(all);
+  AddRunOptions(parser, &options->run);
+  parser.Find("--json").Describe("The report as JSON, with extensions and limits");
+  parser.Find("--timeout").Describe("Give up on a device after this time; 0: never (60)");
+  parser.Find("--device").Exclude(all);
   // A process that only asks needs no such limit.
-  app.remove_option(app.get_option("--max-memory"));
-  app.footer(kFooter);
+  parser.Remove("--max-memory");
+  parser.SetFooter(kFooter);
 }
 
 }  // namespace gl3

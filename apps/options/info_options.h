@@ -1,11 +1,8 @@
 // What `gl3 info` is asked for.
 #pragma once
 
+#include "apps/options/option_parser.h"
 #include "apps/options/run_options.h"
-
-namespace CLI {
-class App;
-}
 
 namespace gl3 {
 
@@ -17,7 +14,7 @@ struct InfoOptions {
   bool allDevices = false;
 };
 
-/// Adds the options to `app`; parsing fills `*options`, which must live until then.
-void AddInfoOptions(CLI::App& app, InfoOptions* options);
+/// Adds the options to `parser`; parsing fills `*options`, which must live until then.
+void AddInfoOptions(const OptionParser& parser, InfoOptions* options);
 
 }  // namespace gl3

@@ -1,12 +1,10 @@
-// Adding options to a parser: how their values are read, and what is said about wrong ones.
+// How values of options are read, and what is said about wrong ones.
 #include "apps/options/option_readers.h"
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdlib>
-#include <utility>
 
 namespace gl3 {
 namespace {
@@ -33,25 +31,6 @@ bool ReadHexColor(const std::string& digits, float rgb[3]) {
 }
 
 }  // namespace
-
-CLI::Option* AddOption(CLI::App& app, const std::string& names, const std::string& type,
-                       const std::string& help, Reader read) {
-  const std::string shown = names.substr(names.find("--"));
-  const auto apply = [shown, read = std::move(read)](const std::string& text) {
-    std::string error;
-    if (!read(text, &error)) throw CLI::ValidationError(shown, error);
-  };
-  return app.add_option_function<std::string>(names, apply, help)->type_name(type)->take_last();
-}
-
-CLI::Option* AddOptionalValue(CLI::App& app, const std::string& name, const std::string& type,
-                              const std::string& help, Reader read) {
-  // What the parser takes for options without values; it tells such options by the text "true".
-  const auto orNothing = [read = std::move(read)](const std::string& text, std::string* error) {
-    return read(text == "true" ? "" : text, error);
-  };
-  return AddOption(app, name, type, help, orNothing)->expected(0);
-}
 
 bool ReadColor(const std::string& text, float rgb[3], std::string* error) {
   std::vector<std::string> names;

@@ -1,32 +1,15 @@
-// Adding options to a parser: how their values are read, and what is said about wrong ones.
+// How values of options are read, and what is said about wrong ones.
 #pragma once
 
 #include <Imath/ImathVec.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "apps/base/text.h"
-
-namespace CLI {
-class App;
-class Option;
-}  // namespace CLI
+#include "apps/options/option_parser.h"
 
 namespace gl3 {
-
-/// Reads one argument; on failure returns false and says why, with the remedy.
-using Reader = std::function<bool(const std::string& text, std::string* error)>;
-
-/// Adds an option that is read by `read`; the last one given counts.
-CLI::Option* AddOption(CLI::App& app, const std::string& names, const std::string& type,
-                       const std::string& help, Reader read);
-
-/// Adds an option that may go without its value, which then reads as an empty text. A value comes
-/// after an equals sign only, so that what follows is never taken for one.
-CLI::Option* AddOptionalValue(CLI::App& app, const std::string& name, const std::string& type,
-                              const std::string& help, Reader read);
 
 /// "#rgb", "#rrggbb", three numbers from 0 to 1 or a name, into display-referred values.
 bool ReadColor(const std::string& text, float rgb[3], std::string* error);

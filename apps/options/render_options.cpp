@@ -3,7 +3,6 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 
 #include "apps/base/text.h"
@@ -108,74 +107,75 @@ bool ReadFov(const std::string& text, RenderOptions* options, std::string* error
   return false;
 }
 
-void AddPictureOptions(CLI::App& app, RenderOptions* options) {
-  app.option_defaults()->group("Picture");
-  app.add_option("-o,--output", options->output,
+void AddPictureOptions(const OptionParser& parser, RenderOptions* options) {
+  parser.BeginGroup("Picture");
+  parser.AddText("-o,--output", "OUT",
                  "The picture: .png (8 bits, straight alpha), .exr (half floats,\n"
-                 "premultiplied alpha), .jpg or .jpeg; replaced when it exists")
-      ->type_name("OUT")
-      ->take_last();
-  app.add_option("--like", options->like,
+                 "premultiplied alpha), .jpg or .jpeg; replaced when it exists",
+                 &options->output);
+  parser.AddText("--like", "PICTURE",
                  "Repeat the recipe in this picture; models and options that are\n"
-                 "given as well come in place of the recipe's")
-      ->type_name("PICTURE")
-      ->take_last();
-  AddOption(app, "-s,--size", "WxH", "Pixels, each side 1 to 32768 (default 1280x720)",
-            [=](const std::string& t, std::string* e) { return ReadSize(t, options, e); });
-  AddOption(app, "--antialias", "N", "Samples a pixel, N x N, 1 to 4 (default 2; 1 draws fastest)",
-            IntegerReader(1, 4, &options->samplesPerSide));
-  CLI::Option* background = AddOption(
-      app, "--background", "COLOR",
+                 "given as well come in place of the recipe's",
+                 &options->like);
+  parser.Add("-s,--size", "WxH", "Pixels, each side 1 to 32768 (default 1280x720)",
+             [=](const std::string& t, std::string* e) { return ReadSize(t, options, e); });
+  parser.Add("--antialias", "N", "Samples a pixel, N x N, 1 to 4 (default 2; 1 draws fastest)",
+             IntegerReader(1, 4, &options->samplesPerSide));
+  const Option background = parser.Add(
+      "--background", "COLOR",
       "#rgb, #rrggbb, r,g,b in 0..1, a name such as white, or\n"
       "transparent (default #292b30)",
       [=](const std::string& t, std::string* e) { return ReadBackground(t, options, e); });
-  app.add_flag("--no-background", options->transparentBackground,
-               "Alpha tells what the model covers (in JPEG: on black)")
-      ->excludes(background);
-  AddOption(app, "--quality", "N", "Of JPEG, 1 to 100 (default 92)",
-            IntegerReader(1, 100, &options->jpegQuality));
+  parser
+      .AddFlag("--no-background", "Alpha tells what the model covers (in JPEG: on black)",
+               &options->transparentBackground)
+      .Exclude(background);
+  parser.Add("--quality", "N", "Of JPEG, 1 to 100 (default 92)",
+             IntegerReader(1, 100, &options->jpegQuality));
 }
 
-void AddCameraOptions(CLI::App& app, RenderOptions* options) {
-  app.option_defaults()->group("Camera");
-  AddOption(app, "--view", "VIEW",
-            "front, back, left, right, top, bottom, iso, or a direction X,Y,Z\n"
-            "from the model to the eye; shows all of it (default 0.7,0.45,1)",
-            [=](const std::string& t, std::string* e) { return ReadView(t, options, e); });
-  CLI::Option* camera =
-      app.add_option("--camera", options->cameras,
+void AddCameraOptions(const OptionParser& parser, RenderOptions* options) {
+  parser.BeginGroup("Camera");
+  const Option view =
+      parser.Add("--view", "VIEW",
+                 "front, back, left, right, top, bottom, iso, or a direction X,Y,Z\n"
+                 "from the model to the eye; shows all of it (default 0.7,0.45,1)",
+                 [=](const std::string& t, std::string* e) { return ReadView(t, options, e); });
+  const Option camera =
+      parser.AddEach("--camera", "NAME",
                      "A camera of the model's file; all, or given several times:\n"
-                     "a picture from each, with {camera} or %c in -o for its name")
-          ->type_name("NAME")
-          ->allow_extra_args(false)
-          ->excludes("--view");
-  CLI::Option* eye = AddOption(app, "--eye", "X,Y,Z", "Where the eye is, in world units",
-                               TripleReader(&options->eye));
-  eye->excludes(camera)->excludes("--view");
-  AddOption(app, "--target", "X,Y,Z", "What --eye looks at (default: the middle of the model)",
-            TripleReader(&options->target))
-      ->needs(eye);
-  AddOption(app, "--up", "X,Y,Z", "What is up for --eye (default 0,1,0)",
-            TripleReader(&options->up))
-      ->needs(eye);
-  AddOption(app, "--fov", "DEG",
-            "Vertical field of view in degrees, 0.1 to 170 (default: the\ncamera's own, else 40)",
-            [=](const std::string& t, std::string* e) { return ReadFov(t, options, e); });
-  app.add_flag("--parallel", options->parallel, "Parallel projection, without perspective");
+                     "a picture from each, with {camera} or %c in -o for its name",
+                     [=](const std::vector<std::string>& names, std::string*) {
+                       options->cameras = names;
+                       return true;
+                     });
+  camera.Exclude(view);
+  const Option eye =
+      parser.Add("--eye", "X,Y,Z", "Where the eye is, in world units", TripleReader(&options->eye));
+  eye.Exclude(camera).Exclude(view);
+  parser
+      .Add("--target", "X,Y,Z", "What --eye looks at (default: the middle of the model)",
+           TripleReader(&options->target))
+      .Need(eye);
+  parser.Add("--up", "X,Y,Z", "What is up for --eye (default 0,1,0)", TripleReader(&options->up))
+      .Need(eye);
+  parser.Add("--fov", "DEG",
+             "Vertical field of view in degrees, 0.1 to 170 (default: the\ncamera's own, else 40)",
+             [=](const std::string& t, std::string* e) { return ReadFov(t, options, e); });
+  parser.AddFlag("--parallel", "Parallel projection, without perspective", &options->parallel);
 }
 
 }  // namespace
 
-void AddRenderOptions(CLI::App& app, RenderOptions* options) {
-  app.set_help_flag("-h,--help", "Print this help");
-  app.footer(kFooter);
-  app.add_option("MODEL", options->models, "Model files, merged into one scene")->type_name("...");
-  AddPictureOptions(app, options);
-  AddCameraOptions(app, options);
-  AddSequenceOptions(app, &options->sequence);
-  AddEffectOptions(app, &options->effects);
-  AddDrawingOptions(app, &options->drawing);
-  AddRunOptions(app, &options->run);
+void AddRenderOptions(const OptionParser& parser, RenderOptions* options) {
+  parser.SetFooter(kFooter);
+  parser.AddWords("MODEL", "...", "Model files, merged into one scene", &options->models);
+  AddPictureOptions(parser, options);
+  AddCameraOptions(parser, options);
+  AddSequenceOptions(parser, &options->sequence);
+  AddEffectOptions(parser, &options->effects);
+  AddDrawingOptions(parser, &options->drawing);
+  AddRunOptions(parser, &options->run);
 }
 
 namespace {

@@ -10,12 +10,9 @@
 #include "apps/base/messages.h"
 #include "apps/options/drawing_options.h"
 #include "apps/options/effect_options.h"
+#include "apps/options/option_parser.h"
 #include "apps/options/run_options.h"
 #include "apps/options/sequence_options.h"
-
-namespace CLI {
-class App;
-}
 
 namespace gl3 {
 
@@ -48,8 +45,8 @@ struct RenderOptions {
   std::vector<std::string> recipeInputs;
 };
 
-/// Adds the options to `app`; parsing fills `*options`, which must live until then.
-void AddRenderOptions(CLI::App& app, RenderOptions* options);
+/// Adds the options to `parser`; parsing fills `*options`, which must live until then.
+void AddRenderOptions(const OptionParser& parser, RenderOptions* options);
 
 /// What no single option can tell: combinations that mean nothing. kWrongUsage with a message, or
 /// kDone.

@@ -1,7 +1,6 @@
 // The options of every verb that works: reading them.
 #include "apps/options/run_options.h"
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 
 #include "apps/base/text.h"
@@ -47,35 +46,35 @@ bool ReadMemory(const std::string& text, Limits* limits, std::string* error) {
 
 }  // namespace
 
-void AddRunOptions(CLI::App& app, RunOptions* options) {
-  app.option_defaults()->group("Run");
-  AddOption(app, "--device", "DEVICE",
-            "auto, cpu (the software renderer), gpu, or a device's number\n"
-            "(default: GL3_DEVICE, else auto)",
-            [=](const std::string& t, std::string* e) { return ReadDevice(t, options, e); });
-  app.add_option("--module", options->module,
+void AddRunOptions(const OptionParser& parser, RunOptions* options) {
+  parser.BeginGroup("Run");
+  parser.Add("--device", "DEVICE",
+             "auto, cpu (the software renderer), gpu, or a device's number\n"
+             "(default: GL3_DEVICE, else auto)",
+             [=](const std::string& t, std::string* e) { return ReadDevice(t, options, e); });
+  parser.AddText("--module", "PATH",
                  "The renderer module's file (default: OpenGL3.so, looked for as\n"
-                 "gl3 --help tells)")
-      ->type_name("PATH")
-      ->take_last();
+                 "gl3 --help tells)",
+                 &options->module);
   Limits* limits = &options->limits;
-  AddOption(app, "--timeout", "SECONDS",
-            "Give up after this time, counted anew from each picture of a\n"
-            "sequence; 0: never (default 600)",
-            [=](const std::string& t, std::string* e) { return ReadTimeout(t, limits, e); });
-  AddOption(app, "--max-memory", "SIZE",
-            "Give up beyond this, such as 500M or 4G; 0: no limit (default:\n"
-            "three quarters of the machine's memory)",
-            [=](const std::string& t, std::string* e) { return ReadMemory(t, limits, e); });
-  app.add_flag("--json", options->json,
-               "Figures to standard output: times in milliseconds, size,\n"
-               "triangles, renderer, device, peak memory in bytes");
-  CLI::Option* quiet = app.add_flag_callback(
-      "-q,--quiet", [=] { options->verbosity = Verbosity::kQuiet; }, "Errors only");
-  app.add_flag_callback(
-         "-v,--verbose", [=] { options->verbosity = Verbosity::kVerbose; },
-         "Tell each step, and let drivers and libraries speak")
-      ->excludes(quiet);
+  parser.Add("--timeout", "SECONDS",
+             "Give up after this time, counted anew from each picture of a\n"
+             "sequence; 0: never (default 600)",
+             [=](const std::string& t, std::string* e) { return ReadTimeout(t, limits, e); });
+  parser.Add("--max-memory", "SIZE",
+             "Give up beyond this, such as 500M or 4G; 0: no limit (default:\n"
+             "three quarters of the machine's memory)",
+             [=](const std::string& t, std::string* e) { return ReadMemory(t, limits, e); });
+  parser.AddFlag("--json",
+                 "Figures to standard output: times in milliseconds, size,\n"
+                 "triangles, renderer, device, peak memory in bytes",
+                 &options->json);
+  const Option quiet =
+      parser.AddFlag("-q,--quiet", "Errors only", [=] { options->verbosity = Verbosity::kQuiet; });
+  parser
+      .AddFlag("-v,--verbose", "Tell each step, and let drivers and libraries speak",
+               [=] { options->verbosity = Verbosity::kVerbose; })
+      .Exclude(quiet);
 }
 
 }  // namespace gl3

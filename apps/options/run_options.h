@@ -5,10 +5,7 @@
 
 #include "apps/base/messages.h"
 #include "apps/base/supervised_child.h"
-
-namespace CLI {
-class App;
-}
+#include "apps/options/option_parser.h"
 
 namespace gl3 {
 
@@ -20,7 +17,7 @@ struct RunOptions {
   Verbosity verbosity = Verbosity::kNormal;
 };
 
-/// Adds the options to `app`; parsing fills `*options`, which must live until then.
-void AddRunOptions(CLI::App& app, RunOptions* options);
+/// Adds the options to `parser`; parsing fills `*options`, which must live until then.
+void AddRunOptions(const OptionParser& parser, RunOptions* options);
 
 }  // namespace gl3

@@ -3,7 +3,6 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <numeric>
 
@@ -44,37 +43,37 @@ std::vector<int> SequenceOptions::Frames() const {
   return turn;
 }
 
-void AddSequenceOptions(CLI::App& app, SequenceOptions* options) {
-  app.option_defaults()->group("Sequence");
-  AddOption(app, "--frames", "LIST",
-            "Frames to draw: 7, 1-240, every 2nd 1-240x2 (or 1:240x2), lists\n"
-            "such as 1-10,20,40-30; more than one needs #### or %04d in -o",
-            [=](const std::string& text, std::string* error) {
-              return ParseFrameList(text, &options->frames, error);
-            });
-  AddOption(app, "--turntable", "N",
-            "The camera orbits the middle of the model in N frames, around y or\n"
-            "--up, counter-clockwise from above; frame 1 has the chosen view,\n"
-            "from far enough to hold all of the turn when it is fitted",
-            IntegerReader(1, kMostTurntableFrames, &options->turntable));
-  AddOption(app, "--fps", "RATE", "Frames a second: frame n shows time (n-1)/RATE (default 24)",
-            [=](const std::string& text, std::string* error) {
-              return ReadRate(text, &options->framesPerSecond, error);
-            });
-  app.add_option("--animation", options->animation,
+void AddSequenceOptions(const OptionParser& parser, SequenceOptions* options) {
+  parser.BeginGroup("Sequence");
+  parser.Add("--frames", "LIST",
+             "Frames to draw: 7, 1-240, every 2nd 1-240x2 (or 1:240x2), lists\n"
+             "such as 1-10,20,40-30; more than one needs #### or %04d in -o",
+             [=](const std::string& text, std::string* error) {
+               return ParseFrameList(text, &options->frames, error);
+             });
+  parser.Add("--turntable", "N",
+             "The camera orbits the middle of the model in N frames, around y or\n"
+             "--up, counter-clockwise from above; frame 1 has the chosen view,\n"
+             "from far enough to hold all of the turn when it is fitted",
+             IntegerReader(1, kMostTurntableFrames, &options->turntable));
+  parser.Add("--fps", "RATE", "Frames a second: frame n shows time (n-1)/RATE (default 24)",
+             [=](const std::string& text, std::string* error) {
+               return ReadRate(text, &options->framesPerSecond, error);
+             });
+  parser.AddText("--animation", "NAME",
                  "One of the model's animations; none: at rest (default: the\n"
-                 "first one in sequences, none in a still)")
-      ->type_name("NAME")
-      ->take_last();
-  app.add_flag("--skip-existing", options->skipExisting,
-               "Leave out pictures that are there: goes on with a run that was\n"
-               "ended");
-  AddOption(app, "--chunk", "I/N",
-            "Draw the I-th of N parts alone, such as 2/8 on the second of\n"
-            "eight machines; all parts together make the whole sequence",
-            [=](const std::string& text, std::string* error) {
-              return ParseChunk(text, &options->chunk, error);
-            });
+                 "first one in sequences, none in a still)",
+                 &options->animation);
+  parser.AddFlag("--skip-existing",
+                 "Leave out pictures that are there: goes on with a run that was\n"
+                 "ended",
+                 &options->skipExisting);
+  parser.Add("--chunk", "I/N",
+             "Draw the I-th of N parts alone, such as 2/8 on the second of\n"
+             "eight machines; all parts together make the whole sequence",
+             [=](const std::string& text, std::string* error) {
+               return ParseChunk(text, &options->chunk, error);
+             });
 }
 
 bool AreAllCameras(const std::vector<std::string>& cameras) {

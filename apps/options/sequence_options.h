@@ -6,10 +6,7 @@
 
 #include "apps/base/messages.h"
 #include "apps/options/frame_list.h"
-
-namespace CLI {
-class App;
-}
+#include "apps/options/option_parser.h"
 
 namespace gl3 {
 
@@ -34,8 +31,8 @@ struct SequenceOptions {
   double TimeOf(int frame) const { return (frame - 1) / framesPerSecond; }
 };
 
-/// Adds the options to `app`; parsing fills `*options`, which must live until then.
-void AddSequenceOptions(CLI::App& app, SequenceOptions* options);
+/// Adds the options to `parser`; parsing fills `*options`, which must live until then.
+void AddSequenceOptions(const OptionParser& parser, SequenceOptions* options);
 
 /// Whether an output's name, given with `option`, has places for all that it must tell apart, and
 /// none for what is not there; `cameras` are those of --camera. kWrongUsage with a message, or
