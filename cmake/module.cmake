@@ -6,6 +6,7 @@ add_library(gl3module OBJECT
   driver/GL3Driver.cpp
   driver/GL3DriverContext.cpp
   driver/GL3DriverReports.cpp
+  driver/ProbeContext.cpp
   driver/OpenGL3.cpp
   driver/glGetExtensionPointer.cpp
   buffer/GL3Color.cpp

@@ -1,5 +1,5 @@
 // The module's driver: settings, the statics that every object of the module shares, and the
-// factories. Everyone includes this header; it includes nobody.
+// factories. The module's other classes include this header; it includes none of them.
 #pragma once
 
 #include <cstdint>
@@ -23,7 +23,7 @@ class GL3GADriver : public GADriver {
     kAnisotropicAvailable = 0x02,
     kAntialias = 0x04,
     kReducedPage = 0x10,
-    kBgrBitmaps = 0x20,  // no setting leads here: bitmaps are in RGB order until a host wants BGR
+    kBgrBitmaps = 0x20,  // bitmaps are in BGR order; nothing in the module sets it
     kCompressTextures = 0x40,
     kPowerOfTwoTextures = 0x80,
   };
@@ -55,8 +55,8 @@ class GL3GADriver : public GADriver {
   CPropertyPage* CreatePropertyPage(int reduced) override;
   /// Text of the system's last error, valid until the next call; null when it has none.
   const char* GLGetLastError() override;
-  /// Whether the current context's renderer is anything but a generic software one. Without a
-  /// context nothing says that it is, and the answer is 1.
+  /// 0 when the name of the current context's renderer contains "Generic"; else 1, also without a
+  /// context.
   int IsHardwareSupport() override;
   /// Vendor, renderer and versions of the GL, valid until the next call. Needs neither Initialize
   /// nor a context; the one that was current is current again afterwards.
@@ -88,7 +88,7 @@ class GL3GADriver : public GADriver {
   static std::uint16_t bufwidth;         // of the dummy port's pixels
   static std::uint16_t bufheight;        // of the dummy port's pixels
   static int m_depthbits;                // asked of pixel formats
-  static int m_bestSelectedPixelFormat;  // kept for the host
+  static int m_bestSelectedPixelFormat;  // nothing in the module writes it
   static int gl_max_texture_size;
   static float gl_max_texture_max_anisotropy_ext;
   static int gl_max_vertices;  // a display list's batch is flushed when it holds more
@@ -96,14 +96,14 @@ class GL3GADriver : public GADriver {
   static bool m_useopenmp;     // more than one thread
 
  private:
-  int InitializeGL3(int);
+  int InitializeGL3(int);  // the number has no meaning
   bool CreateDummyWindow();
   void CreateDriverContext();
   void ReadPortGeometry();
-  int ProbeGL();
-  int ReadLimits();
+  int CheckGL();
+  void ReadTextureLimits();
 
-  int m_reserved = 0;
+  int m_reserved = 0;  // nothing reads it
   int m_glVersion = 0;
   bool m_operational = false;
   bool m_polygonMode = false;  // wireframe

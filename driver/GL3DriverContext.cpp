@@ -4,12 +4,8 @@
 #include "driver/GL3Driver.h"
 #include "driver/ProbeContext.h"
 #include "host/String.h"
-#include "platform/coregraphics.h"
 
 namespace {
-
-const CGDirectDisplayID display = CGMainDisplayID();
-const CGOpenGLDisplayMask myDisplayMask = CGDisplayIDToOpenGLDisplayMask(display);
 
 /// Tells the user why there is no renderer. Returns 0, the result of a failed initialisation.
 int Refuse(const String& reason) {
@@ -18,17 +14,28 @@ int Refuse(const String& reason) {
   return 0;
 }
 
-const char* VersionText() {
-  const auto* text = reinterpret_cast<const char*>(glGetString(GL_VERSION));
-  return text ? text : "";
-}
-
 /// Major times 10 plus minor, as the text has them: 2.10 gives 30.
 int ParseVersion(const char* text) {
   int major = 0;
   int minor = 0;
   std::sscanf(text, "%d.%d", &major, &minor);
   return major * 10 + minor;
+}
+
+/// The first of the extensions that the renderer needs and the GL lacks; null when it has all.
+const char* MissingExtension() {
+  const struct {
+    const char* name;
+    bool present;
+  } needed[] = {
+      {"GL_ARB_texture_non_power_of_two", GLEW_ARB_texture_non_power_of_two != 0},
+      {"GL_ARB_depth_texture", GLEW_ARB_depth_texture != 0},
+      {"GL_EXT_framebuffer_object", GLEW_EXT_framebuffer_object != 0},
+  };
+  for (const auto& extension : needed) {
+    if (!extension.present) return extension.name;
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -45,7 +52,7 @@ int GL3GADriver::InitializeGL3(int) {
   CreateDriverContext();
   ReadPortGeometry();
   m_capabilities &= ~kGL20;
-  return ProbeGL();
+  return CheckGL();
 }
 
 bool GL3GADriver::CreateDummyWindow() {
@@ -62,7 +69,7 @@ bool GL3GADriver::CreateDummyWindow() {
 }
 
 void GL3GADriver::CreateDriverContext() {
-  // Filled on the first call alone: the depth wish of a process never changes for this context.
+  // Filled on the first call alone: a later change of m_depthbits does not reach it.
   static const GLint attributes[] = {AGL_DEPTH_SIZE, m_depthbits,     AGL_DOUBLEBUFFER,
                                      AGL_RGBA,       AGL_ACCELERATED, AGL_NONE};
   m_context = aglCreateContext(aglChoosePixelFormat(nullptr, 0, attributes), nullptr);
@@ -71,7 +78,7 @@ void GL3GADriver::CreateDriverContext() {
 void GL3GADriver::ReadPortGeometry() {
   m_drawable = CheckoutPort(m_hdc, 0);
   const PixMapHandle map = GetGWorldPixMap(m_drawable);
-  // Without pixels nothing may be left that describes those of an earlier window.
+  // Without pixels nothing is left that describes those of an earlier window.
   const Rect bounds = map ? (*map)->bounds : Rect{0, 0, 0, 0};
   rowbytes = map ? (*map)->rowBytes & 0x7FFF : 0;
   baseaddr = map ? GetPixBaseAddr(map) : nullptr;
@@ -79,31 +86,27 @@ void GL3GADriver::ReadPortGeometry() {
   bufheight = static_cast<std::uint16_t>(bounds.bottom - bounds.top);
 }
 
-int GL3GADriver::ProbeGL() {
-  const auto mask = static_cast<CGLPixelFormatAttribute>(myDisplayMask);
-  const CGLPixelFormatAttribute wanted[] = {
-      kCGLPFADisplayMask,  mask, kCGLPFAColorSize, 24, kCGLPFAAlphaSize, 8, kCGLPFAAccelerated,
-      kCGLPFADoubleBuffer, 0};
-  const CGLPixelFormatAttribute fallback[] = {kCGLPFADisplayMask, mask, 0};
+int GL3GADriver::CheckGL() {
   ProbeContext probe;
-  if (!probe.Open({wanted, fallback})) return Refuse("No matching pixelformat found");
+  if (probe.Open(ProbeContext::Samples::kOne) == ProbeContext::Result::kNoFormat) {
+    return Refuse("No matching pixelformat found");
+  }
   if (InitializeGlew() != 0) return Refuse("glewInit");
 
-  const char* version = VersionText();
+  const char* version = GLText(GL_VERSION);
   m_glVersion = ParseVersion(version);
   if (m_glVersion >= 20) m_capabilities |= kGL20;
   if (m_glVersion <= 20) return Refuse(String("OpenGL Version ") + version + " !\n");
   m_capabilities |= kGpuShaders;
-  return ReadLimits();
+  if (const char* missing = MissingExtension()) {
+    return Refuse(String(missing) + " not supported!\n");
+  }
+  ReadTextureLimits();
+  m_operational = true;
+  return 1;
 }
 
-int GL3GADriver::ReadLimits() {
-  if (!GLEW_ARB_texture_non_power_of_two) {
-    return Refuse("GL_ARB_texture_non_power_of_two not supported!\n");
-  }
-  if (!GLEW_ARB_depth_texture) return Refuse("GL_ARB_depth_texture not supported!\n");
-  if (!GLEW_EXT_framebuffer_object) return Refuse("GL_EXT_framebuffer_object not supported!\n");
-
+void GL3GADriver::ReadTextureLimits() {
   glGetIntegerv(GL_MAX_TEXTURE_SIZE, &gl_max_texture_size);
   if (GLEW_EXT_texture_filter_anisotropic) {
     glGetFloatv(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, &gl_max_texture_max_anisotropy_ext);
@@ -111,6 +114,4 @@ int GL3GADriver::ReadLimits() {
   } else {
     SetOption(kAnisotropicWanted, false);
   }
-  m_operational = true;
-  return 1;
 }

@@ -1,19 +1,13 @@
 // What the driver tells about the GL it found: the short and the long report, whether the renderer
-// is a real one, and the system's last error.
-#include "driver/GL3DriverReports.h"
-
-#include <cstddef>
+// is a generic one, and the system's last error.
 #include <cstdio>
 
 #include "driver/GL3Driver.h"
+#include "driver/ProbeContext.h"
 #include "host/String.h"
-#include "platform/coregraphics.h"
 #include "platform/gl.h"
 
 namespace {
-
-const CGDirectDisplayID display = CGMainDisplayID();
-const CGOpenGLDisplayMask myDisplayMask = CGDisplayIDToOpenGLDisplayMask(display);
 
 constexpr char kNoFormatReport[] = "OpenGL3 Error\nNo matching pixelformat found\n";
 
@@ -39,13 +33,9 @@ constexpr LimitLine kLimits[] = {
     {"\nGL_MAX_TEXTURE_MAX_ANISOTROPY_EXT  : ", GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, true},
     {"\nGL_MAX_ELEMENTS_INDICES            : ", GL_MAX_ELEMENTS_INDICES, false},
     {"\nGL_MAX_ELEMENTS_VERTICES           : ", GL_MAX_ELEMENTS_VERTICES, false},
-    // The same two limits once more on purpose: the report lists both spellings.
+    // The same two limits once more: the report lists both spellings.
     {"\nGL_MAX_ELEMENTS_INDICES_EXT        : ", GL_MAX_ELEMENTS_INDICES_EXT, false},
     {"\nGL_MAX_ELEMENTS_VERTICES_EXT       : ", GL_MAX_ELEMENTS_VERTICES_EXT, false}};
-
-const char* GLText(GLenum name) {
-  return reinterpret_cast<const char*>(glGetString(name));
-}
 
 String HeaderText() {
   String text("OpenGL3");
@@ -73,37 +63,16 @@ String LimitText(const LimitLine& limit) {
 
 }  // namespace
 
-ReportProbe OpenReportProbe(ProbeContext& probe) {
-  const auto mask = static_cast<CGLPixelFormatAttribute>(myDisplayMask);
-  const CGLPixelFormatAttribute wanted[] = {kCGLPFADisplayMask,
-                                            mask,
-                                            kCGLPFAColorSize,
-                                            24,
-                                            kCGLPFAAlphaSize,
-                                            8,
-                                            kCGLPFAAccelerated,
-                                            kCGLPFADoubleBuffer,
-                                            kCGLPFAMinimumPolicy,
-                                            kCGLPFASampleBuffers,
-                                            1,
-                                            kCGLPFASamples,
-                                            4,
-                                            0};
-  const CGLPixelFormatAttribute fallback[] = {kCGLPFADisplayMask, mask, 0};
-  if (!probe.Open({wanted, fallback})) return ReportProbe::kNoFormat;
-  return probe.HasContext() ? ReportProbe::kReady : ReportProbe::kNoContext;
-}
-
 const char* GL3GADriver::GetDriverInfo() {
   static String report;
   ProbeContext probe;
-  switch (OpenReportProbe(probe)) {
-    case ReportProbe::kNoFormat:
+  switch (probe.Open(ProbeContext::Samples::kFour)) {
+    case ProbeContext::Result::kNoFormat:
       report = kNoFormatReport;
       break;
-    case ReportProbe::kNoContext:  // what was reported last still is the best that is known
+    case ProbeContext::Result::kNoContext:  // the text of the last report stays
       break;
-    case ReportProbe::kReady:
+    case ProbeContext::Result::kReady:
       report = HeaderText();
       break;
   }
@@ -112,9 +81,9 @@ const char* GL3GADriver::GetDriverInfo() {
 
 String GL3GADriver::GetExtendedDriverInfo() {
   ProbeContext probe;
-  const ReportProbe state = OpenReportProbe(probe);
-  if (state == ReportProbe::kNoFormat) return kNoFormatReport;
-  if (state == ReportProbe::kNoContext) return {};
+  const ProbeContext::Result result = probe.Open(ProbeContext::Samples::kFour);
+  if (result == ProbeContext::Result::kNoFormat) return kNoFormatReport;
+  if (result == ProbeContext::Result::kNoContext) return {};
   String report = HeaderText();
   for (const LimitLine& limit : kLimits) report += LimitText(limit);
   return report;

@@ -1,14 +1,20 @@
 // A throw-away GL context for asking the GL what it can do.
 #pragma once
 
-#include <initializer_list>
-
 #include "platform/cgl.h"
+#include "platform/gl.h"
 
 /// Makes a context of its own current for as long as it lives; afterwards the context that was
-/// current before is current again, whatever happened in between.
+/// current before is current again, whatever happened in between. Needs no driver.
 class ProbeContext {
  public:
+  enum class Result {
+    kNoFormat,   ///< No pixel format.
+    kNoContext,  ///< A pixel format, but no context of it.
+    kReady,      ///< A context, current now.
+  };
+  enum class Samples { kOne, kFour };
+
   ProbeContext() : m_remembered(CGLGetCurrentContext()) {}
   ProbeContext(const ProbeContext&) = delete;
   ProbeContext& operator=(const ProbeContext&) = delete;
@@ -17,26 +23,17 @@ class ProbeContext {
     CGLSetCurrentContext(m_remembered);
   }
 
-  /// Takes the first of the attribute lists (each ended by 0) that gives a pixel format and makes
-  /// a context of it current. False when no list gives a format.
-  bool Open(std::initializer_list<const CGLPixelFormatAttribute*> lists) {
-    CGLPixelFormatObj format = nullptr;
-    for (const CGLPixelFormatAttribute* list : lists) {
-      int count = 0;
-      CGLChoosePixelFormat(list, &format, &count);
-      if (format) break;
-    }
-    if (!format) return false;
-    CGLCreateContext(format, nullptr, &m_context);
-    CGLDestroyPixelFormat(format);
-    CGLSetCurrentContext(m_context);
-    return true;
-  }
-
-  /// Whether there is a context: a format need not lead to one.
-  bool HasContext() const { return m_context != nullptr; }
+  /// Asks for an accelerated, double-buffered format of the main display with 24 bits of colour and
+  /// 8 of alpha, else for any of that display, and makes a context of it current. Once only.
+  Result Open(Samples samples);
 
  private:
   CGLContextObj m_remembered;
   CGLContextObj m_context = nullptr;
 };
+
+/// A text of the current context, such as GL_VENDOR; empty when the GL has none.
+inline const char* GLText(GLenum name) {
+  const auto* text = reinterpret_cast<const char*>(glGetString(name));
+  return text ? text : "";
+}

@@ -4,17 +4,13 @@
 #include <cstdio>
 
 #include "buffer/GL3Buffer.h"
-#include "driver/GL3DriverReports.h"
+#include "driver/ProbeContext.h"
 #include "platform/gl.h"
 #include "settings/DialogTemplates.h"
 
 namespace {
 
 using Option = GL3GADriver::OptionFlag;
-
-const char* GLText(GLenum name) {
-  return reinterpret_cast<const char*>(glGetString(name));
-}
 
 void Store(const char* key, int value) {
   SetRegistryValue("OpenGL3", key, value);
@@ -32,14 +28,14 @@ COpenGLPropertyPage::COpenGLPropertyPage(GL3GADriver* driver, int reduced)
 
 void COpenGLPropertyPage::AskGL() {
   ProbeContext probe;
-  switch (OpenReportProbe(probe)) {
-    case ReportProbe::kNoFormat:
+  switch (probe.Open(ProbeContext::Samples::kFour)) {
+    case ProbeContext::Result::kNoFormat:
       m_version = "OpenGL3 Unresolvable error";
       m_vendor = "No matching pixelformat found";
       break;
-    case ReportProbe::kNoContext:
+    case ProbeContext::Result::kNoContext:
       break;
-    case ReportProbe::kReady:
+    case ProbeContext::Result::kReady:
       m_version = GLText(GL_VERSION);
       m_vendor = GLText(GL_VENDOR);
       m_renderer = GLText(GL_RENDERER);
