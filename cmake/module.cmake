@@ -30,6 +30,7 @@ add_library(gl3module OBJECT
   settings/DialogTemplates.cpp
   settings/ExtensionsDlg.cpp
   settings/GL3Property.cpp
+  settings/StoredSettings.cpp
   shader/Gl3ShaderProgram.cpp
   shader/Gl3ShaderProgramEffects.cpp
   shader/Gl3ShaderProgramTargets.cpp

@@ -1,41 +1,24 @@
-// The driver's upper floor: reading the settings, and the factories, which know every other class.
+// The driver's upper floor: construction with the settings, and the factories, which know every
+// other class.
 #include "driver/GL3Driver.h"
 
 #include "buffer/GL3Buffer.h"
 #include "buffer/GL3Color.h"
 #include "displaylist/GL3DisplayL.h"
 #include "settings/GL3Property.h"
+#include "settings/StoredSettings.h"
 #include "shader/Gl3ShaderProgram.h"
 #include "texture/GL3Texture.h"
 
-namespace {
-
-int Setting(const char* key, int fallback) {
-  return GetRegistryValue("OpenGL3", key, fallback);
-}
-
-bool Switch(const char* key, int fallback) {
-  return (Setting(key, fallback) & 1) != 0;
-}
-
-}  // namespace
-
 GL3GADriver::GL3GADriver() {
-  GL3GABuffer::m_maxtransparentpolys = Setting("Max Transparent Triangles", 149999);
-  GL3GABuffer::m_inversesort = Setting("SortInverse Transparent Triangles", 0);
-  SetOption(kAnisotropicWanted, Switch("Anisotropic", 1));
-  SetOption(kAntialias, Switch("Antialias", 0));
+  ReadSettings(*this);
+  // The host's own setting: it is in the host's section, and this module never writes it.
+  m_azprocessor = GetRegistryValue("General", "OpenMP Threads", 1);
+  m_useopenmp = m_azprocessor > 1;
   SetDefaults();
   gl_max_texture_size = 0;
   gl_max_texture_max_anisotropy_ext = 0;
-  gl_max_vertices = Setting("Max Vertices", 12000000);
-  SetOption(kPowerOfTwoTextures, Switch("Textures Powerof2", 0));
-  SetOption(kCompressTextures, Switch("Textures Compression", 1));
-  m_polygonMode = Setting("Polygonmode", 0) != 0;
   SetOption(kAnisotropicAvailable, false);
-  // The number of threads is the host's own setting, shared with its other renderers: it is read
-  // from the host's section and never written by this module.
-  m_azprocessor = GetRegistryValue("General", "OpenMP Threads", 1);
   m_drawable = nullptr;
   m_prevcontext = nullptr;
   rowbytes = 0;
@@ -44,7 +27,6 @@ GL3GADriver::GL3GADriver() {
   bufheight = 0;
   m_depthbits = 32;
   SetOption(kReducedPage, false);
-  m_useopenmp = m_azprocessor > 1;
   m_capabilities |= kGpuShaders;
 }
 

@@ -1,9 +1,9 @@
 // The settings page: what it asks the GL, what it shows, and what it stores.
 #include "settings/GL3Property.h"
 
+#include <cstddef>
 #include <cstdio>
 
-#include "buffer/GL3Buffer.h"
 #include "driver/ProbeContext.h"
 #include "platform/gl.h"
 #include "settings/DialogTemplates.h"
@@ -11,10 +11,6 @@
 namespace {
 
 using Option = GL3GADriver::OptionFlag;
-
-void Store(const char* key, int value) {
-  SetRegistryValue("OpenGL3", key, value);
-}
 
 }  // namespace
 
@@ -46,13 +42,10 @@ void COpenGLPropertyPage::AskGL() {
 }
 
 void COpenGLPropertyPage::ReadOptions() {
-  m_anisotropic = m_driver->HasOption(Option::kAnisotropicWanted);
-  m_antialias = m_driver->HasOption(Option::kAntialias);
-  m_powerOfTwo = m_driver->HasOption(Option::kPowerOfTwoTextures);
-  m_compression = m_driver->HasOption(Option::kCompressTextures);
-  m_polygonMode = m_driver->IsWireframe();
   // A check box knows two states, the registry may hold any number.
-  m_inverseSort = GL3GABuffer::m_inversesort != 0;
+  for (std::size_t i = 0; i < m_checked.size(); ++i) {
+    m_checked[i] = BoxedSettings()[i].place.get(*m_driver) != 0;
+  }
 }
 
 void COpenGLPropertyPage::DoDataExchange(CDataExchange* exchange) {
@@ -62,12 +55,9 @@ void COpenGLPropertyPage::DoDataExchange(CDataExchange* exchange) {
   DDX_Text(exchange, kRendererText, m_renderer);
   DDX_Text(exchange, kShadingLanguageText, m_shadingLanguage);
   DDX_Control(exchange, kExtensionList, m_extensionList);
-  DDX_Check(exchange, kAntialiasBox, m_antialias);
-  DDX_Check(exchange, kAnisotropicBox, m_anisotropic);
-  DDX_Check(exchange, kInverseSortBox, m_inverseSort);
-  DDX_Check(exchange, kPolygonModeBox, m_polygonMode);
-  DDX_Check(exchange, kCompressionBox, m_compression);
-  DDX_Check(exchange, kPowerOfTwoBox, m_powerOfTwo);
+  for (std::size_t i = 0; i < m_checked.size(); ++i) {
+    DDX_Check(exchange, BoxedSettings()[i].box, m_checked[i]);
+  }
 }
 
 const AFX_MSGMAP* COpenGLPropertyPage::GetMessageMap() const {
@@ -80,9 +70,8 @@ const AFX_MSGMAP* COpenGLPropertyPage::GetMessageMap() const {
 BOOL COpenGLPropertyPage::OnInitDialog() {
   CPropertyPage::OnInitDialog();
   if (m_driver->HasOption(Option::kReducedPage)) {
-    for (const int id : {kAntialiasBox, kAnisotropicBox, kInverseSortBox, kPolygonModeBox,
-                         kCompressionBox, kPowerOfTwoBox}) {
-      AfxShowWindow(GetDlgItem(id), SW_HIDE);
+    for (const StoredSetting& setting : BoxedSettings()) {
+      AfxShowWindow(GetDlgItem(setting.box), SW_HIDE);
     }
     return 0;
   }
@@ -128,41 +117,23 @@ void COpenGLPropertyPage::OnExtensions() {
   dialog.DoModal();
 }
 
-bool COpenGLPropertyPage::DiffersFromDriver() const {
-  return (m_anisotropic != 0) != m_driver->HasOption(Option::kAnisotropicWanted) ||
-         (m_antialias != 0) != m_driver->HasOption(Option::kAntialias) ||
-         (m_inverseSort != 0) != (GL3GABuffer::m_inversesort != 0) ||
-         (m_polygonMode != 0) != m_driver->IsWireframe() ||
-         (m_compression != 0) != m_driver->HasOption(Option::kCompressTextures) ||
-         (m_powerOfTwo != 0) != m_driver->HasOption(Option::kPowerOfTwoTextures);
+bool COpenGLPropertyPage::ApplyOptions() {
+  bool differs = false;
+  for (std::size_t i = 0; i < m_checked.size(); ++i) {
+    const SettingPlace& place = BoxedSettings()[i].place;
+    // A number that means the same stays as it was.
+    if ((m_checked[i] != 0) == (place.get(*m_driver) != 0)) continue;
+    place.set(*m_driver, m_checked[i]);
+    differs = true;
+  }
+  return differs;
 }
 
 void COpenGLPropertyPage::OnOK() {
-  if (DiffersFromDriver()) {
-    StoreOptions();
+  if (ApplyOptions()) {
+    StoreSettings(*m_driver);
     CWnd* sheet = CWnd::FromHandle(AfxGetParent(m_hWnd));
     if (sheet) sheet->m_nFlags |= kSettingsStored;
   }
   CPropertyPage::OnOK();
-}
-
-void COpenGLPropertyPage::StoreOptions() {
-  m_driver->SetOption(Option::kAnisotropicWanted, m_anisotropic != 0);
-  m_driver->SetOption(Option::kAntialias, m_antialias != 0);
-  m_driver->SetOption(Option::kCompressTextures, m_compression != 0);
-  m_driver->SetOption(Option::kPowerOfTwoTextures, m_powerOfTwo != 0);
-  m_driver->SetWireframe(m_polygonMode != 0);
-  // A number that means the same stays as it was.
-  if ((m_inverseSort != 0) != (GL3GABuffer::m_inversesort != 0)) {
-    GL3GABuffer::m_inversesort = m_inverseSort;
-  }
-
-  Store("Polygonmode", m_driver->IsWireframe());
-  Store("Anisotropic", m_driver->HasOption(Option::kAnisotropicWanted));
-  Store("Antialias", m_driver->HasOption(Option::kAntialias));
-  Store("SortInverse Transparent Triangles", GL3GABuffer::m_inversesort);
-  Store("Textures Powerof2", m_driver->HasOption(Option::kPowerOfTwoTextures));
-  Store("Textures Compression", m_driver->HasOption(Option::kCompressTextures));
-  Store("Max Vertices", GL3GADriver::gl_max_vertices);
-  Store("Max Transparent Triangles", GL3GABuffer::m_maxtransparentpolys);
 }

@@ -1,10 +1,13 @@
 // The renderer's page of the host's settings sheet, and the dialog that lists all extensions.
 #pragma once
 
+#include <array>
+
 #include "driver/GL3Driver.h"
 #include "host/Streams.h"
 #include "host/String.h"
 #include "platform/mfc.h"
+#include "settings/StoredSettings.h"
 
 /// Shows what OpenGL the machine offers, and the renderer's options. Confirmed options take effect
 /// in the driver and are stored in the registry.
@@ -18,7 +21,7 @@ class COpenGLPropertyPage : public CPropertyPage {
   /// later ones, show their information alone.
   COpenGLPropertyPage(GL3GADriver* driver, int reduced);
 
-  /// Returns 0: the focus stays where the sheet put it.
+  /// Returns 0: the focus is not to go to the first control.
   BOOL OnInitDialog() override;
   BOOL OnSetActive() override;
   void OnOK() override;
@@ -38,23 +41,18 @@ class COpenGLPropertyPage : public CPropertyPage {
  private:
   void AskGL();
   void ReadOptions();
-  bool DiffersFromDriver() const;
-  void StoreOptions();
+  /// Sets what differs from the check boxes. False when nothing does.
+  bool ApplyOptions();
   void OnExtensions();
 
   GL3GADriver* m_driver;
   String m_glExtensions;
-  String m_platformExtensions;  // none are known of this platform: always empty
+  String m_platformExtensions;  // always empty
   CString m_version;
   CString m_vendor;
   CString m_renderer;
   CString m_shadingLanguage;
-  BOOL m_anisotropic = 0;
-  BOOL m_antialias = 0;
-  BOOL m_polygonMode = 0;
-  BOOL m_inverseSort = 0;
-  BOOL m_powerOfTwo = 0;
-  BOOL m_compression = 0;
+  std::array<BOOL, kBoxedSettings> m_checked{};  // one for each of BoxedSettings
   CCheckListBox m_extensionList;
 };
 
