@@ -26,6 +26,7 @@ add_library(gl3module OBJECT
   displaylist/GL3DisplayLIndexed.cpp
   displaylist/GL3DisplayLRectangles.cpp
   texture/GL3Texture.cpp
+  texture/TexturePixels.cpp
   texture/TextureSize.cpp
   settings/DialogTemplates.cpp
   settings/ExtensionsDlg.cpp

@@ -14,17 +14,9 @@
 
 namespace {
 
-constexpr float kBackgroundDepth = 1e8f;
-
 /// A texture without pixels, bound.
-GLuint MakeWorkTexture(int width, int height, GLenum format, GLenum filter, GLenum wrap) {
-  GLuint texture = 0;
-  glGenTextures(1, &texture);
-  glBindTexture(GL_TEXTURE_2D, texture);
-  glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, static_cast<GLfloat>(filter));
-  glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, static_cast<GLfloat>(filter));
-  glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, static_cast<GLfloat>(wrap));
-  glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, static_cast<GLfloat>(wrap));
+GLuint MakeEmptyTexture(int width, int height, GLenum format, GLint filter, GLint wrap) {
+  const GLuint texture = MakeWorkTexture(filter, wrap);
   glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(format), width, height, 0, format,
                GL_UNSIGNED_BYTE, nullptr);
   return texture;
@@ -94,9 +86,9 @@ int SSAOShader::ProcessShader(HBitmapNode* source, HBitmapNode* destination, flo
   int texels = 0;
   const GLuint textures[] = {
       CreateTextureForShader(source, texels),
-      MakeWorkTexture(m_width, m_height, GL_RGBA, GL_NEAREST, GL_CLAMP),
-      MakeWorkTexture(m_width, m_height, GL_RGBA, GL_NEAREST, GL_CLAMP),
-      MakeWorkTexture(m_width, m_height, GL_LUMINANCE, GL_LINEAR, GL_CLAMP_TO_EDGE)};
+      MakeEmptyTexture(m_width, m_height, GL_RGBA, GL_NEAREST, GL_CLAMP),
+      MakeEmptyTexture(m_width, m_height, GL_RGBA, GL_NEAREST, GL_CLAMP),
+      MakeEmptyTexture(m_width, m_height, GL_LUMINANCE, GL_LINEAR, GL_CLAMP_TO_EDGE)};
   // The mask's texture is the one bound last. Its rows are as long as the picture is wide.
   glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
   glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, m_width, m_height, GL_LUMINANCE, GL_UNSIGNED_BYTE,

@@ -8,6 +8,7 @@
 #include "buffer/GL3Buffer.h"
 #include "driver/GL3Driver.h"
 #include "host/Heaps.h"
+#include "texture/TexturePixels.h"
 
 namespace {
 
@@ -25,20 +26,10 @@ void DrawQuad() {
   glEnd();
 }
 
-void SetWorkParameter(GLenum parameter, GLenum value) {
-  glTexParameterf(GL_TEXTURE_2D, parameter, static_cast<GLfloat>(value));
-}
-
 /// What a pass draws into: a texture in a frame-buffer object, bound for drawing and reading.
 class WorkTarget {
  public:
-  WorkTarget(int width, int height) {
-    glGenTextures(1, &m_texture);
-    glBindTexture(GL_TEXTURE_2D, m_texture);
-    SetWorkParameter(GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-    SetWorkParameter(GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    SetWorkParameter(GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-    SetWorkParameter(GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+  WorkTarget(int width, int height) : m_texture(MakeWorkTexture(GL_LINEAR, GL_CLAMP_TO_EDGE)) {
     glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
     glGenFramebuffers(1, &m_frameBuffer);
     glBindFramebuffer(GL_FRAMEBUFFER, m_frameBuffer);
@@ -54,7 +45,7 @@ class WorkTarget {
   }
 
  private:
-  GLuint m_texture = 0;
+  GLuint m_texture;
   GLuint m_frameBuffer = 0;
 };
 
@@ -110,6 +101,19 @@ GL3GABuffer* MakeTargetBuffer(RenderInfo* info, GABuffer** offscreen) {
   return static_cast<GL3GABuffer*>(*offscreen);
 }
 
+bool MakeProgram(GL3GAShaderProgram& effect, const char* source, const char* failure,
+                 GLuint& program, GLuint& shader) {
+  shader = effect.LoadShaderFromSource(source, GL_FRAGMENT_SHADER);
+  if (!shader) {
+    effect.Delete();
+    effect.WriteLog(failure);
+    return false;
+  }
+  program = effect.CreateProgramFromShaders(0, shader);
+  if (!program) effect.Delete();
+  return program != 0;
+}
+
 void DeleteProgram(GLuint& program, std::initializer_list<GLuint*> shaders) {
   for (GLuint* shader : shaders) {
     if (!*shader) continue;
@@ -130,6 +134,18 @@ void SetUniform(GLuint program, const char* name, GLint value) {
 void SetUniform(GLuint program, const char* name, GLfloat value) {
   const GLint location = glGetUniformLocation(program, name);
   if (location != -1) glUniform1f(location, value);
+}
+
+GLuint MakeWorkTexture(GLint filter, GLint wrap) {
+  const GLuint texture = MakeBoundTexture({});
+  const TextureParameter parameters[] = {{GL_TEXTURE_MIN_FILTER, filter},
+                                         {GL_TEXTURE_MAG_FILTER, filter},
+                                         {GL_TEXTURE_WRAP_S, wrap},
+                                         {GL_TEXTURE_WRAP_T, wrap}};
+  for (const TextureParameter& each : parameters) {
+    glTexParameterf(GL_TEXTURE_2D, each.name, static_cast<GLfloat>(each.value));
+  }
+  return texture;
 }
 
 int RunEffect(GL3GAShaderProgram& shader, const EffectRun& run, HBitmapNode* source,

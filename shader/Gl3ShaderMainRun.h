@@ -1,4 +1,4 @@
-// What the effects that draw share: the surface they draw with, uniforms, and a run.
+// What the effects share: the surface they draw with, programs, uniforms, textures, and a run.
 #pragma once
 
 #include <cstdint>
@@ -14,6 +14,11 @@ std::int32_t Truncated(double value);
 /// buffer goes to `*offscreen` also when it gets no context. Null when that fails.
 GL3GABuffer* MakeTargetBuffer(RenderInfo* info, GABuffer** offscreen);
 
+/// Compiles a fragment shader and links a program of it alone, for an effect. False when that
+/// fails, after the effect's Delete and with the reason in its log: `failure` for the shader.
+bool MakeProgram(GL3GAShaderProgram& effect, const char* source, const char* failure,
+                 GLuint& program, GLuint& shader);
+
 /// Deletes shaders, then the program that they are attached to, and clears the names; 0 for what
 /// does not exist.
 void DeleteProgram(GLuint& program, std::initializer_list<GLuint*> shaders);
@@ -21,6 +26,9 @@ void DeleteProgram(GLuint& program, std::initializer_list<GLuint*> shaders);
 /// Sets a uniform of the program in use, when it has one of that name.
 void SetUniform(GLuint program, const char* name, GLint value);
 void SetUniform(GLuint program, const char* name, GLfloat value);
+
+/// A new texture, bound, with a filter and a wrap mode for both directions. Owned by the caller.
+GLuint MakeWorkTexture(GLint filter, GLint wrap);
 
 /// One picture's way through an effect.
 struct EffectRun {

@@ -18,6 +18,9 @@ class MiscShader;
 class SSAOShader;
 struct RenderInfo;
 
+/// Depths from here on are background.
+constexpr float kBackgroundDepth = 1e8f;
+
 /// OpenGL implementation of the host's shader program, and base of its effects.
 ///
 /// The host makes one and asks it for effects by number; each effect is itself a shader program

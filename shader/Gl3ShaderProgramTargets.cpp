@@ -11,19 +11,10 @@
 #include "platform/gl.h"
 #include "shader/Gl3ShaderProgram.h"
 #include "shader/RowMerge.h"
+#include "texture/TexturePixels.h"
 #include "texture/TextureSize.h"
 
 namespace {
-
-constexpr float kBackgroundDepth = 1e8f;  // depths from here on are background
-
-/// Handles are released as the host's, not deleted.
-struct HandleRelease {
-  template <typename Handle>
-  void operator()(Handle* handle) const {
-    handle->DeleteHandle();
-  }
-};
 
 /// Size of the texture for a bitmap: multiples of four, or powers of two where the GL has no other
 /// textures, and at most what the GL takes: cut off there, not halved as surfaces' textures are.
@@ -33,34 +24,12 @@ TextureSize ShaderTextureSize(const HBitmapNode& bitmap) {
   return {std::min(round(bitmap.GetWidth()), limit), std::min(round(bitmap.GetHeight()), limit)};
 }
 
-/// A bitmap at its texture's size: itself, or a scaled copy that goes with this object. Null
-/// without memory.
-class SizedBitmap {
- public:
-  explicit SizedBitmap(HBitmapNode* bitmap) : m_size(ShaderTextureSize(*bitmap)), m_bitmap(bitmap) {
-    if (m_size == TextureSize{bitmap->GetWidth(), bitmap->GetHeight()}) return;
-    m_scaled.reset(bitmap->ScaleBitmap(m_size.width, m_size.height));
-    m_bitmap = m_scaled.get();
-  }
-  TextureSize Size() const { return m_size; }
-  HBitmapNode* Bitmap() const { return m_bitmap; }
-
- private:
-  TextureSize m_size;
-  std::unique_ptr<HBitmapNode, HandleRelease> m_scaled;
-  HBitmapNode* m_bitmap;
-};
-
 /// A new texture, bound, sampled linearly, with a wrap mode for both directions.
-GLuint GenerateTexture(GLint wrap) {
-  GLuint texture = 0;
-  glGenTextures(1, &texture);
-  glBindTexture(GL_TEXTURE_2D, texture);
-  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, wrap);
-  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, wrap);
-  return texture;
+GLuint MakeInputTexture(GLint wrap) {
+  return MakeBoundTexture({{GL_TEXTURE_MIN_FILTER, GL_LINEAR},
+                           {GL_TEXTURE_MAG_FILTER, GL_LINEAR},
+                           {GL_TEXTURE_WRAP_S, wrap},
+                           {GL_TEXTURE_WRAP_T, wrap}});
 }
 
 /// Runs `work` on every share of a row's columns, in one parallel region. A setting beyond all
@@ -130,27 +99,13 @@ float SuperLerp(float a, float b, float t0, float t1, float t) {
 unsigned int GL3GAShaderProgram::CreateTextureForShader(HBitmapNode* bitmap, int& pixels) {
   pixels = 0;
   if (!bitmap) return 0;
-  const SizedBitmap sized(bitmap);
-  const TextureSize size = sized.Size();
+  const TextureSize size = ShaderTextureSize(*bitmap);
   if (size.width <= 0 || size.height <= 0) return 0;
   pixels = size.width * size.height;
-
-  const GL3GADriver* driver = CurrentDriver();
-  const bool bgr = driver && driver->HasOption(GL3GADriver::kBgrBitmaps);
-  int alphaFlags = 0;
-  std::unique_ptr<HByteBlock, HandleRelease> block;
-  if (sized.Bitmap()) block.reset(sized.Bitmap()->CreateByteBlock(0, &alphaFlags, bgr ? 1 : 0));
-  if (!block) return 0;
-  const bool alpha = block->GetBytesPerPixel() == 4;
-  const GLenum format = bgr ? (alpha ? GL_BGRA : GL_BGR) : (alpha ? GL_RGBA : GL_RGB);
-
-  const GLuint texture = GenerateTexture(GL_CLAMP_TO_EDGE);
-  // The GL expects rows at multiples of four bytes; a limit or a power of two may end elsewhere.
-  const bool unaligned = size.width * block->GetBytesPerPixel() % 4 != 0;
-  if (unaligned) glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-  glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, size.width, size.height, 0, format, GL_UNSIGNED_BYTE,
-               block->GetByteBlock());
-  if (unaligned) glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
+  const TexturePixels picture(bitmap, size, 0);
+  if (!picture.IsValid()) return 0;
+  const GLuint texture = MakeInputTexture(GL_CLAMP_TO_EDGE);
+  picture.Upload(GL_RGBA8);
   glBindTexture(GL_TEXTURE_2D, 0);
   return texture;
 }
@@ -160,9 +115,10 @@ unsigned int GL3GAShaderProgram::CreateDepthTextureForShader(HBitmapNode* bitmap
   largest = std::numeric_limits<float>::lowest();
   smallest = std::numeric_limits<float>::max();
   if (!bitmap) return 0;
-  const SizedBitmap sized(bitmap);
-  const TextureSize size = sized.Size();
-  if (!sized.Bitmap() || size.width <= 0 || size.height <= 0) return 0;
+  const TextureSize size = ShaderTextureSize(*bitmap);
+  if (size.width <= 0 || size.height <= 0) return 0;
+  const SizedBitmap sized(bitmap, size);
+  if (!sized.Bitmap()) return 0;
   const std::unique_ptr<float[]> image = NewDepths(size);
   const HBitmapBuffer* buffer = DepthBuffer(*sized.Bitmap(), size);
   if (!image || !buffer) return 0;
@@ -179,7 +135,7 @@ unsigned int GL3GAShaderProgram::CreateDepthTextureForShader(HBitmapNode* bitmap
     }
   }
   // Every texel gets the depth that the scan ended with, that of the last pixel, and not its own:
-  // the texture is uniform, and occlusion has been set up against it.
+  // the texture is uniform, and is kept so.
   const float texel = depth >= kBackgroundDepth ? 1.0f : SuperLerp(0, 1, smallest, largest, depth);
   for (int y = 0; y < size.height; ++y) {
     float* row = image.get() + std::ptrdiff_t{y} * size.width;
@@ -187,7 +143,7 @@ unsigned int GL3GAShaderProgram::CreateDepthTextureForShader(HBitmapNode* bitmap
                [&](ColumnShare share) { std::fill(row + share.first, row + share.end, texel); });
   }
 
-  const GLuint texture = GenerateTexture(GL_CLAMP);
+  const GLuint texture = MakeInputTexture(GL_CLAMP);
   glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_COMPARE_MODE, GL_NONE);
   glTexImage2D(GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT24, size.width, size.height, 0,
                GL_DEPTH_COMPONENT, GL_FLOAT, image.get());

@@ -1,10 +1,14 @@
-// Host images into GL textures: size, scaling, channel order, compression and upload.
+// Host images into GL textures: size, parameters, compression and the retry of a refused size.
 #include "texture/GL3Texture.h"
+
+#include <cstddef>
+#include <optional>
 
 #include "driver/GL3Driver.h"
 #include "host/Bitmap.h"
 #include "host/Heaps.h"
 #include "platform/gl.h"
+#include "texture/TexturePixels.h"
 
 std::int32_t GL3GATexture::m_maxlist = 0;
 
@@ -19,10 +23,6 @@ void MakeDriverCurrent() {
   if (GL3GADriver* driver = CurrentDriver()) driver->MakeCurrent();
 }
 
-void SetParameter(GLenum parameter, GLint value) {
-  glTexParameteri(GL_TEXTURE_2D, parameter, value);
-}
-
 TextureSize SizeFor(const HBitmapNode& bitmap) {
   const bool powersOfTwo =
       !GLEW_ARB_texture_non_power_of_two || HasOption(GL3GADriver::kPowerOfTwoTextures);
@@ -30,76 +30,25 @@ TextureSize SizeFor(const HBitmapNode& bitmap) {
                         powersOfTwo);
 }
 
-/// The 8-bit pixels of a bitmap at a texture's size, with everything that an upload needs to know.
-/// Holds the scaled copy and the byte block, and releases them.
-class TexturePixels {
- public:
-  TexturePixels(HBitmapNode* bitmap, TextureSize size, int wrap) : m_size(size) {
-    if (size != TextureSize{bitmap->GetWidth(), bitmap->GetHeight()}) {
-      m_scaled = bitmap->ScaleBitmap(size.width, size.height);
-      bitmap = m_scaled;
-    }
-    const int bgr = HasOption(GL3GADriver::kBgrBitmaps) ? 1 : 0;
-    int alphaFlags = 0;
-    if (bitmap) m_block = bitmap->CreateByteBlock(wrap, &alphaFlags, bgr);
-    m_transparent = (alphaFlags & 1) != 0;
-    if (!m_block) return;
-    const bool alpha = m_block->GetBytesPerPixel() == 4;
-    m_format = bgr ? (alpha ? GL_BGRA : GL_BGR) : (alpha ? GL_RGBA : GL_RGB);
-  }
-  TexturePixels(const TexturePixels&) = delete;
-  TexturePixels& operator=(const TexturePixels&) = delete;
-  ~TexturePixels() { Release(); }
-
-  bool IsValid() const { return m_block != nullptr; }
-  bool IsTransparent() const { return m_transparent; }
-  TextureSize Size() const { return m_size; }
-
-  void Release() {
-    if (m_scaled) m_scaled->DeleteHandle();
-    if (m_block) m_block->DeleteHandle();
-    m_scaled = nullptr;
-    m_block = nullptr;
-  }
-
-  /// Whether the GL would take a texture of this size and format.
-  bool IsAcceptedByProxy() const {
-    glTexImage2D(GL_PROXY_TEXTURE_2D, 0, GL_RGBA8, m_size.width, m_size.height, 0, m_format,
-                 GL_UNSIGNED_BYTE, nullptr);
-    GLint accepted = 0;
-    glGetTexLevelParameteriv(GL_PROXY_TEXTURE_2D, 0, GL_TEXTURE_INTERNAL_FORMAT, &accepted);
-    return accepted == GL_RGBA8;
-  }
-
-  void Upload(GLint internalFormat) const {
-    // The GL expects rows at multiples of four bytes, and narrow or halved pictures end elsewhere.
-    const bool unaligned = m_size.width * m_block->GetBytesPerPixel() % 4 != 0;
-    if (unaligned) glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    glTexImage2D(GL_TEXTURE_2D, 0, internalFormat, m_size.width, m_size.height, 0, m_format,
-                 GL_UNSIGNED_BYTE, m_block->GetByteBlock());
-    if (unaligned) glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
-  }
-
- private:
-  TextureSize m_size;
-  HBitmapNode* m_scaled = nullptr;  // null: the caller's own bitmap has the size
-  HByteBlock* m_block = nullptr;
-  bool m_transparent = false;
-  GLenum m_format = GL_RGB;
-};
-
-void SetWrap(int wrap) {
-  GLint mode = GL_REPEAT;
-  if (wrap != 0) mode = GLEW_ARB_texture_border_clamp ? GL_CLAMP_TO_BORDER : GL_CLAMP;
-  SetParameter(GL_TEXTURE_WRAP_S, mode);
-  SetParameter(GL_TEXTURE_WRAP_T, mode);
-  if (mode != GL_CLAMP_TO_BORDER) return;
-  // Nothing beyond the picture; the red shows a host that draws it without blending.
-  const GLfloat border[4] = {1.0f, 0.0f, 0.0f, 0.0f};
-  glTexParameterfv(GL_TEXTURE_2D, GL_TEXTURE_BORDER_COLOR, border);
+/// Sampled linearly without mipmaps, with a wrap mode for both directions.
+GLuint MakeLinearTexture(GLint wrap) {
+  return MakeBoundTexture({{GL_TEXTURE_MAG_FILTER, GL_LINEAR},
+                           {GL_TEXTURE_MIN_FILTER, GL_LINEAR},
+                           {GL_TEXTURE_WRAP_S, wrap},
+                           {GL_TEXTURE_WRAP_T, wrap}});
 }
 
-/// Uploads compressed when that is wanted and the picture is large enough for it to pay.
+/// Repeated for wrap mode 0; else clamped, to red without alpha where the GL has borders.
+GLuint MakeSurfaceTexture(int wrap) {
+  if (wrap == 0) return MakeLinearTexture(GL_REPEAT);
+  if (!GLEW_ARB_texture_border_clamp) return MakeLinearTexture(GL_CLAMP);
+  const GLuint texture = MakeLinearTexture(GL_CLAMP_TO_BORDER);
+  const GLfloat border[4] = {1.0f, 0.0f, 0.0f, 0.0f};
+  glTexParameterfv(GL_TEXTURE_2D, GL_TEXTURE_BORDER_COLOR, border);
+  return texture;
+}
+
+/// Compressed when that is wanted, a side is above a quarter of the largest, and the GL does so.
 void UploadPicture(const TexturePixels& pixels) {
   const int quarter = GL3GADriver::gl_max_texture_size / 4;
   const bool large = pixels.Size().width > quarter || pixels.Size().height > quarter;
@@ -145,16 +94,8 @@ void GL3GATexture::FreeGATexture() {
   m_texture = 0;
 }
 
-/// A new GL texture, bound and sampled linearly without mipmaps.
-void GL3GATexture::Generate() {
-  glGenTextures(1, &m_texture);
-  glBindTexture(GL_TEXTURE_2D, m_texture);
-  SetParameter(GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-  SetParameter(GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-}
-
-/// Ends a maker: unbinds the texture and raises the record of names.
-void GL3GATexture::NoteName() {
+/// Ends a maker.
+void GL3GATexture::UnbindAndRaiseHighestName() {
   glBindTexture(GL_TEXTURE_2D, 0);
   const auto name = static_cast<std::int32_t>(m_texture);
   if (name > m_maxlist) m_maxlist = name;
@@ -168,11 +109,9 @@ int GL3GATexture::MakeGATexture(unsigned char* planes) {
   if (InterleavePlanes(planes, m_width, m_height, rgba)) m_flags |= kHasTransparency;
 
   MakeDriverCurrent();
-  Generate();
-  SetParameter(GL_TEXTURE_WRAP_S, GL_REPEAT);
-  SetParameter(GL_TEXTURE_WRAP_T, GL_REPEAT);
+  m_texture = MakeLinearTexture(GL_REPEAT);
   glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, m_width, m_height, 0, GL_RGBA, GL_UNSIGNED_BYTE, rgba);
-  NoteName();
+  UnbindAndRaiseHighestName();
   FreeExt(rgba);
   return 1;
 }
@@ -180,24 +119,23 @@ int GL3GATexture::MakeGATexture(unsigned char* planes) {
 int GL3GATexture::MakeGATexture(HBitmapNode* bitmap, int wrap, int, int) {
   if (!bitmap) return 0;
   const TextureSize size = SizeFor(*bitmap);
-  TexturePixels pixels(bitmap, size, wrap);
-  if (!pixels.IsValid()) return 0;
-  SetTransparency(pixels.IsTransparent());
+  std::optional<TexturePixels> pixels(std::in_place, bitmap, size, wrap);
+  if (!pixels->IsValid()) return 0;
+  SetTransparency(pixels->IsTransparent());
   m_width = size.width;
   m_height = size.height;
 
   MakeDriverCurrent();
-  Generate();
-  SetWrap(wrap);
+  m_texture = MakeSurfaceTexture(wrap);
   int result = 1;
-  if (pixels.IsAcceptedByProxy()) {
-    UploadPicture(pixels);
+  if (pixels->IsAcceptedByProxy()) {
+    UploadPicture(*pixels);
   } else {
-    pixels.Release();
+    pixels.reset();
     result = UploadHalved(bitmap, wrap);
   }
   SetAnisotropy();
-  NoteName();
+  UnbindAndRaiseHighestName();
   return result;
 }
 
@@ -222,11 +160,9 @@ int GL3GATexture::MakeGATextureForShader(HBitmapNode* bitmap) {
   m_width = size.width;
   m_height = size.height;
 
-  Generate();
-  SetParameter(GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-  SetParameter(GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+  m_texture = MakeLinearTexture(GL_CLAMP_TO_EDGE);
   pixels.Upload(GL_RGBA8);
-  NoteName();
+  UnbindAndRaiseHighestName();
   return 1;
 }
 

@@ -41,8 +41,7 @@ class GL3GATexture final : public GATexture {
   std::uint32_t m_texture = 0;  // GL name, 0: there is none
 
  private:
-  void Generate();
-  void NoteName();
+  void UnbindAndRaiseHighestName();
   void SetTransparency(bool on);
   int UploadHalved(HBitmapNode* bitmap, int wrap);
 };

@@ -4,7 +4,7 @@
 /// `value` to a multiple of 4: up for values to 4096, down above.
 int Get2(int value);
 
-/// `value` to a multiple of 16: up for values to 4096, down above.
+/// `value` to a multiple of 16: up for values to 4096, down above. Nothing calls it.
 int Get4(int value);
 
 /// The power of two that is nearest to `value` on a logarithmic scale (724 gives 512, 725 gives
