@@ -29,7 +29,6 @@ class BlurShader final : public GL3GAShaderProgram {
   int ProcessShader(HBitmapNode* source, HBitmapNode* destination);
 
  private:
-  bool MakePrograms();
   void SetUniforms(GLuint program, int side, float radius) const;
 
   std::int32_t m_passes = 0;
@@ -90,7 +89,7 @@ class SSAOShader final : public GL3GAShaderProgram {
   int ProcessShader(HBitmapNode* source, HBitmapNode* destination, float);
 
  private:
-  enum WorkArray { kDepths, kRanges, kOcclusions, kBlurred, kWorkArrays };
+  enum WorkArray { kDepths, kWorkArrays = 4 };  // nothing fills or reads the other three
 
   bool ReadDepths(const HBitmapNode& bitmap);
 
@@ -109,10 +108,11 @@ class SSAOShader final : public GL3GAShaderProgram {
 };
 
 /// The largest divisor of `n` that is at most 255: the side of tiles that `n` pixels divide into.
+/// Nothing calls it.
 int GetTileSize(int n);
 
 /// Lowers the border of a mask, `height` rows of `width` bytes, to its inner neighbours where they
 /// are lower: edges first, then corners from their neighbours on the edges. A mask less than two
 /// pixels wide or high has no inside and stays.
-// NOLINTNEXTLINE(readability-identifier-naming): hosts know it by this name.
+// NOLINTNEXTLINE(readability-identifier-naming): the name is kept.
 void filledge(unsigned char* mask, int width, int height);

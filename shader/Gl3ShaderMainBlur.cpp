@@ -48,7 +48,12 @@ int BlurShader::InitShader(float* parameters, int) {
     return 0;
   }
   m_targetBuffer = target;
-  if (!MakePrograms()) return 0;
+  if (!MakeProgram(*this, kBlurHorizontalSource, "BlurFragmentShaderH failed", m_horizontalProgram,
+                   m_horizontalShader) ||
+      !MakeProgram(*this, kBlurVerticalSource, "BlurFragmentShaderV failed", m_verticalProgram,
+                   m_verticalShader)) {
+    return 0;
+  }
   SetUniforms(m_horizontalProgram, m_width, radius);
   SetUniforms(m_verticalProgram, m_height, radius);
   glUseProgram(0);
@@ -57,34 +62,8 @@ int BlurShader::InitShader(float* parameters, int) {
   return 1;
 }
 
-/// False after all was deleted again and the log got the reason.
-bool BlurShader::MakePrograms() {
-  const struct {
-    const char* source;
-    const char* failure;
-    GLuint& shader;
-    GLuint& program;
-  } parts[] = {
-      {kBlurHorizontalSource, "BlurFragmentShaderH failed", m_horizontalShader,
-       m_horizontalProgram},
-      {kBlurVerticalSource, "BlurFragmentShaderV failed", m_verticalShader, m_verticalProgram}};
-  for (const auto& part : parts) {
-    part.shader = LoadShaderFromSource(part.source, GL_FRAGMENT_SHADER);
-    if (!part.shader) {
-      Delete();
-      WriteLog(part.failure);
-      return false;
-    }
-    part.program = CreateProgramFromShaders(0, part.shader);
-    if (!part.program) {
-      Delete();
-      return false;
-    }
-  }
-  return true;
-}
-
-/// `side` is the picture's extent in pixels in the direction that the program samples in.
+/// Leaves the program in use. `side` is the picture's extent in pixels in the direction that the
+/// program samples in.
 void BlurShader::SetUniforms(GLuint program, int side, float radius) const {
   const int steps = StepsFor(radius);
   glUseProgram(program);

@@ -37,24 +37,17 @@ int MiscShader::InitShader(float* parameters, int) {
     return 0;
   }
   m_targetBuffer = target;
-
-  m_shader = LoadShaderFromSource(kFilterSource, GL_FRAGMENT_SHADER);
-  if (!m_shader) {
-    Delete();
-    WriteLog("MiscFragmentShader failed");
-    return 0;
-  }
-  m_program = CreateProgramFromShaders(0, m_shader);
-  if (!m_program) {
-    Delete();
+  if (!MakeProgram(*this, kFilterSource, "MiscFragmentShader failed", m_program, m_shader)) {
     return 0;
   }
   SetUniforms();
+  glUseProgram(0);
   m_operational = 1;
   WriteLog("Misc Shader operational");
   return 1;
 }
 
+/// Leaves the program in use.
 void MiscShader::SetUniforms() const {
   // Column by column: what the edge filters call horizontal lies in the rows above and below.
   const float dx = 1.0f / static_cast<float>(m_width);
@@ -71,7 +64,6 @@ void MiscShader::SetUniforms() const {
   const GLint location = glGetUniformLocation(m_program, "tcOffset");
   if (location != -1) glUniform2fv(location, 9, offsets[0]);
   SetUniform(m_program, "filterNumber", m_filter);
-  glUseProgram(0);
 }
 
 int MiscShader::ProcessShader(HBitmapNode* source, HBitmapNode* destination) {

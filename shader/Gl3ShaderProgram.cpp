@@ -2,9 +2,9 @@
 #include "shader/Gl3ShaderProgram.h"
 
 #include <cstddef>
+#include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <new>
 
 #include "host/Heaps.h"
 #include "platform/gl.h"
@@ -12,8 +12,8 @@
 
 namespace {
 
-/// The log's path; empty when the system does not tell where the program is. Of a path beyond the
-/// length that the windows interface allows, the part that fits is taken.
+/// The log's path; empty when the system does not tell where the program is. Of a longer path, the
+/// part that fits is taken.
 String LogPath() {
   constexpr DWORD kMaxPath = 256;
   char path[kMaxPath] = {};
@@ -69,8 +69,7 @@ void GL3GAShaderProgram::WriteInfoLog(unsigned int shader) {
   if (!text.IsEmpty()) WriteLog(text);
 }
 
-unsigned int GL3GAShaderProgram::CompileShader(const char* source, unsigned int type,
-                                               const char* failure) {
+unsigned int GL3GAShaderProgram::LoadShaderFromSource(const char* source, unsigned int type) {
   const GLuint shader = glCreateShader(type);
   glShaderSource(shader, 1, &source, nullptr);
   glCompileShader(shader);
@@ -78,7 +77,7 @@ unsigned int GL3GAShaderProgram::CompileShader(const char* source, unsigned int 
   glGetShaderiv(shader, GL_COMPILE_STATUS, &status);
   if (status == 1) return shader;
 
-  WriteLog(failure);
+  WriteLog("LoadShaderFromSource failed");
   String text;
   if (ReadInfoLog(shader, glGetShaderiv, glGetShaderInfoLog, &text)) {
     WriteLog(String("Compile shader error!\n") + text);
@@ -87,44 +86,19 @@ unsigned int GL3GAShaderProgram::CompileShader(const char* source, unsigned int 
   return 0;
 }
 
-unsigned int GL3GAShaderProgram::LoadShaderFromSource(const char* source, unsigned int type) {
-  return CompileShader(source, type, "LoadShaderFromSource failed");
-}
-
-/// The test of the opening is the wrong way round, and hosts have come to terms with it: shaders
-/// come from the module's own sources alone. A file that opens is an error, and stays open; one
-/// that does not leads to reading, where there is no stream.
-unsigned int GL3GAShaderProgram::LoadShaderFromFile(const char* path, unsigned int type) {
+/// The test of the opening is the wrong way round, and is kept so: a file that opens is an error,
+/// and stays open; of one that does not there is nothing to read.
+unsigned int GL3GAShaderProgram::LoadShaderFromFile(const char* path, unsigned int) {
   const String name(path);
-  std::FILE* stream = std::fopen(name.Text(), "rb");
-  if (stream) {
-    String message("Error loading file ");
-    if (!name.IsEmpty()) message += name;
-    message += String("!\n");
-    WriteLog(message);
-    return 0;
-  }
-  return LoadShaderFromStream(stream, type);
+  if (!std::fopen(name.Text(), "rb")) return 0;
+  String message("Error loading file ");
+  if (!name.IsEmpty()) message += name;
+  message += String("!\n");
+  WriteLog(message);
+  return 0;
 }
 
-unsigned int GL3GAShaderProgram::LoadShaderFromStream(std::FILE* stream, unsigned int type) {
-  if (!stream) return 0;
-  std::fseek(stream, 0, SEEK_END);
-  const long length = std::ftell(stream);
-  std::fseek(stream, 0, SEEK_SET);
-  char* text = length < 0 ? nullptr : new (std::nothrow) char[static_cast<std::size_t>(length) + 1];
-  std::size_t read = 0;
-  if (text) read = std::fread(text, 1, static_cast<std::size_t>(length), stream);
-  std::fclose(stream);
-  if (!text) return 0;
-  text[read] = '\0';
-  const unsigned int shader = CompileShader(text, type, "LoadShaderFromFile failed");
-  delete[] text;
-  return shader;
-}
-
-/// A program that cannot be linked or validated keeps its shaders and is not deleted: the effect
-/// ends with it, and the GL's own tools can still show what was wrong.
+/// A program that cannot be linked or validated keeps its shaders and is not deleted.
 unsigned int GL3GAShaderProgram::CreateProgramFromShaders(unsigned int vertexShader,
                                                           unsigned int fragmentShader) {
   const GLuint program = glCreateProgram();

@@ -5,8 +5,6 @@
 // the one file that knows them).
 #pragma once
 
-#include <cstdio>
-
 #include "host/GAShaderProgram.h"
 #include "host/String.h"
 
@@ -51,7 +49,8 @@ class GL3GAShaderProgram : public GAShaderProgram {
   /// when the text is empty. A text with a line end in it gets none behind it. What cannot be
   /// written is dropped.
   virtual void WriteLog(String text);
-  /// Answers 0 for every file: see the definition.
+  /// Returns 0 for every file, and logs an error for one that can be opened: see the definition.
+  /// Nothing in the module calls it.
   virtual unsigned int LoadShaderFromFile(const char* path, unsigned int type);
   /// Compiles a shader of a GL type. Returns its GL name, owned by the caller; 0 after the log got
   /// the reason.
@@ -65,9 +64,9 @@ class GL3GAShaderProgram : public GAShaderProgram {
   /// top row. Returns 0 without picture or memory.
   virtual unsigned int CreateTextureForShader(HBitmapNode* bitmap, int& pixels);
   /// A depth texture of that size, owned by the caller, from the bitmap's first buffer, which must
-  /// be one of floats, else 0 is returned. The range of the depths below 1e8, which is where
-  /// background begins, goes to the other two; without such depths the smallest is the largest
-  /// float and the other way round. Throws std::bad_array_new_length when the size overflows.
+  /// be one of floats, else 0 is returned. The range of the depths below kBackgroundDepth goes to
+  /// the other two; without such depths the smallest is the largest float and the other way round.
+  /// Throws std::bad_array_new_length when the size overflows.
   virtual unsigned int CreateDepthTextureForShader(HBitmapNode* bitmap, float& smallest,
                                                    float& largest);
   /// Brings `rgba`, rows of `width` pixels of four bytes, into half-float colours. Mode 0 puts them
@@ -78,28 +77,21 @@ class GL3GAShaderProgram : public GAShaderProgram {
   virtual int MergeBuffers(HBitmapNode* source, HBitmapNode* destination, unsigned char* rgba,
                            int mode, int, float, int width, int height);
   /// Appends what the GL has to say about a shader to the log, when it has something.
+  /// Nothing in the module calls it.
   virtual void WriteInfoLog(unsigned int shader);
 
  protected:
   /// For the effects, which have none of their own.
   GL3GAShaderProgram() = default;
 
-  /// Compiles what is left of an open stream from its start, and closes it. Returns as
-  /// LoadShaderFromSource; 0 and nothing in the log for no stream.
-  unsigned int LoadShaderFromStream(std::FILE* stream, unsigned int type);
-
-  // An effect's surface, made by the driver. The classes here never release it: it is the host's,
-  // like all that a driver makes, and may be shown or read when the effect is gone. It must outlive
-  // the effect, which releases its programs in the surface's context.
+  // An effect's surface, made by the driver. The classes here never release it. It must outlive the
+  // effect, which releases its programs in the surface's context.
   GABuffer* m_offscreenBuffer = nullptr;
   RenderInfo* m_renderInfo = nullptr;
   BlurShader* m_blur = nullptr;
   MiscShader* m_filter = nullptr;
   SSAOShader* m_occlusion = nullptr;
   GL3GABuffer* m_targetBuffer = nullptr;  // m_offscreenBuffer once it has its context
-
- private:
-  unsigned int CompileShader(const char* source, unsigned int type, const char* failure);
 };
 
 /// `value` to the next multiple of four at or above it.
