@@ -23,8 +23,9 @@ class ProbeContext {
     CGLSetCurrentContext(m_remembered);
   }
 
-  /// Asks for an accelerated, double-buffered format of the main display with 24 bits of colour and
-  /// 8 of alpha, else for any of that display, and makes a context of it current. Once only.
+  /// Asks for an accelerated, double-buffered format of the main display with 24 bits of colour, 8
+  /// of alpha and so many samples, else for any of that display, and makes a context of it current.
+  /// To be called once.
   Result Open(Samples samples);
 
  private:

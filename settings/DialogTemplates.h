@@ -5,7 +5,7 @@
 
 enum DialogId { kPageDialog = 200, kExtensionsDialog = 201 };
 
-// Hosts and scripts know controls by these numbers.
+// Hosts know controls by these numbers.
 enum ControlId {
   kAntialiasBox = 1347,
   kVendorText = 1348,

@@ -31,7 +31,7 @@ class COpenGLPropertyPage : public CPropertyPage {
   void AddExtension(const String& name, ExtensionType type);
 
   GL3GADriver* Driver() const { return m_driver; }
-  /// Names that the GL reports, each followed by a space as a rule; empty without a GL.
+  /// Names that the GL reports, with spaces between them; empty without a GL.
   const String& GLExtensions() const { return m_glExtensions; }
 
  protected:

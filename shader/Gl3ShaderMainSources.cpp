@@ -1,5 +1,5 @@
-// The effects' programs. Hosts compare pictures byte by byte over versions, so the texts stay as
-// they are, down to the blanks. Each is one line after the version's.
+// The effects' programs. The texts are kept as they are, down to the blanks. Each is one line after
+// the version's.
 #include "shader/Gl3ShaderMainSources.h"
 
 const char kBlurHorizontalSource[] =

@@ -2,9 +2,8 @@
 #pragma once
 
 /// Averages 2 * steps + 1 samples along a row, each times `bloom`. The quotient i / (steps + 1) is
-/// one of integers and 0 for every i, so that every weight v is 1: pictures are made with this
-/// average, and a kernel that falls off would change them all. With 0 steps the sample distance is
-/// a division by zero, which nothing uses. Alpha comes out as 1.
+/// one of integers and 0 for every i, so that every weight v is 1; that is kept. With 0 steps the
+/// sample distance is a division by zero, which nothing uses. Alpha comes out as 1.
 extern const char kBlurHorizontalSource[];
 
 /// The same along a column.

@@ -11,7 +11,7 @@ template <typename Effect>
 int InitEffect(Effect*& effect, float* parameters, int count) {
   GL3GAShaderProgram* const object = effect;
   auto* const typed = dynamic_cast<Effect*>(object);
-  if (!typed) return 0;  // gone since it failed before
+  if (!typed) return 0;  // never made, or gone since it failed before
   if (const int result = typed->InitShader(parameters, count)) return result;
   delete effect;
   effect = nullptr;

@@ -1,5 +1,4 @@
-// One row of a merge, and the division of a row among threads. Apart from the class so that tests
-// can run it under threads of their own.
+// One row of a merge, and the division of a row among threads.
 #pragma once
 
 #include <array>
@@ -9,7 +8,7 @@
 /// The half floats, as bits, that are nearest to c / 255 for every byte c.
 using HalfTable = std::array<std::uint16_t, 256>;
 
-/// The table, made by the first call; make that before threads start.
+/// The table, made by the first call.
 const HalfTable& ByteHalves();
 
 /// Columns `first` up to but not including `end`.
