@@ -1,20 +1,17 @@
 // Which ways to reach OpenGL there are, and why each was or was not taken.
 #include <algorithm>
-#include <cstdlib>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "platform/egl/device_wish.h"
 #include "platform/egl/devices.h"
 #include "platform/egl/display.h"
+#include "platform/egl/environment.h"
 #include "platform/platform.h"
 
 namespace platform {
 namespace {
-
-std::string Wish(const char* variable) {
-  const char* value = std::getenv(variable);
-  return value ? value : "";
-}
 
 /// Why a platform or device was refused when it was tried; empty when it was not.
 std::string RefusalOf(const Display& display, const std::string& what) {
@@ -27,7 +24,7 @@ DisplayChoice DescribePlatform(const Display& display, const std::string& name) 
   DisplayChoice choice;
   choice.name = name;
   choice.chosen = display.report.platform == name;
-  const std::string wanted = Wish("GL3_PLATFORM");
+  const std::string wanted = Environment("GL3_PLATFORM");
   if (choice.chosen) {
     choice.reason = display.report.reason;
   } else if (choice.reason = RefusalOf(display, name); !choice.reason.empty()) {
@@ -44,23 +41,18 @@ DisplayChoice DescribePlatform(const Display& display, const std::string& name) 
   return choice;
 }
 
-bool IsAskedFor(const DeviceEntry& device, const std::string& wanted) {
-  if (wanted == "cpu") return device.software;
-  if (wanted == "gpu") return !device.software;
-  return wanted.empty() || wanted == "auto" || wanted == std::to_string(device.number);
-}
-
 DisplayChoice DescribeDevice(const Display& display, const DeviceEntry& device) {
   DisplayChoice choice{device.name, device.number, device.software, false, ""};
   const std::string& platform = display.report.platform;
-  const std::string wanted = Wish("GL3_DEVICE");
+  const std::string wanted = Environment("GL3_DEVICE");
+  const std::optional<DeviceWish> wish = ParseDeviceWish(wanted);
   if (display.device == device.number) {
     choice.chosen = true;
     choice.reason = display.report.reason;
   } else if (choice.reason = RefusalOf(display, std::to_string(device.number));
              !choice.reason.empty()) {
     return choice;
-  } else if (!IsAskedFor(device, wanted)) {
+  } else if (!wish || !Fits(device, *wish)) {
     choice.reason = "not tried: GL3_DEVICE is " + wanted;
   } else if (platform.empty()) {
     choice.reason = "not tried: " + display.report.reason;

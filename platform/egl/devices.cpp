@@ -5,12 +5,13 @@
 #include <cstddef>
 
 #include "platform/egl/display.h"
+#include "platform/egl/entry_point.h"
 
 namespace platform {
 namespace {
 
 const char* DeviceText(EGLDeviceEXT device, EGLint name) {
-  static const auto query = EglFunction<PFNEGLQUERYDEVICESTRINGEXTPROC>("eglQueryDeviceStringEXT");
+  static const auto query = EntryPoint<PFNEGLQUERYDEVICESTRINGEXTPROC>("eglQueryDeviceStringEXT");
   const char* text = query ? query(device, name) : nullptr;
   return text ? text : "";
 }
@@ -35,14 +36,14 @@ bool IsSoftware(EGLDeviceEXT device) {
 }
 
 EGLDeviceEXT DeviceOf(EGLDisplay display) {
-  const auto query = EglFunction<PFNEGLQUERYDISPLAYATTRIBEXTPROC>("eglQueryDisplayAttribEXT");
+  const auto query = EntryPoint<PFNEGLQUERYDISPLAYATTRIBEXTPROC>("eglQueryDisplayAttribEXT");
   EGLAttrib device = 0;
   if (!query || !query(display, EGL_DEVICE_EXT, &device)) return nullptr;
   return reinterpret_cast<EGLDeviceEXT>(device);
 }
 
 std::vector<DeviceEntry> ListDevices() {
-  const auto query = EglFunction<PFNEGLQUERYDEVICESEXTPROC>("eglQueryDevicesEXT");
+  const auto query = EntryPoint<PFNEGLQUERYDEVICESEXTPROC>("eglQueryDevicesEXT");
   std::array<EGLDeviceEXT, 64> devices{};
   EGLint count = 0;
   if (!query || !query(static_cast<EGLint>(devices.size()), devices.data(), &count)) return {};

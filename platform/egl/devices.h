@@ -1,4 +1,4 @@
-// The devices that EGL can draw on, and entry points of EGL's extensions.
+// The devices that EGL can draw on.
 #pragma once
 
 #include <EGL/egl.h>
@@ -22,11 +22,5 @@ std::vector<DeviceEntry> ListDevices();
 /// The device that an open display draws on; null when EGL cannot tell.
 EGLDeviceEXT DeviceOf(EGLDisplay display);
 bool IsSoftware(EGLDeviceEXT device);
-
-/// An extension's entry point by name; null when EGL has none.
-template <typename Function>
-Function EglFunction(const char* name) {
-  return reinterpret_cast<Function>(eglGetProcAddress(name));
-}
 
 }  // namespace platform

@@ -5,11 +5,15 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "platform/egl/device_wish.h"
 #include "platform/egl/devices.h"
+#include "platform/egl/entry_point.h"
+#include "platform/egl/environment.h"
 #include "platform/egl/pixel_format.h"
 #include "platform/x11/server.h"
 
@@ -19,20 +23,8 @@ namespace {
 std::atomic<bool> g_windowsWanted = false;
 std::atomic<bool> g_opened = false;
 
-enum class DeviceKind { kAuto, kCpu, kGpu, kNumber };
-
-struct DeviceWish {
-  DeviceKind kind = DeviceKind::kAuto;
-  int number = -1;
-};
-
-std::string Environment(const char* name) {
-  const char* value = std::getenv(name);
-  return value ? value : "";
-}
-
-/// Remembers why a platform or device was not taken; `problem` is empty when it was.
-std::string Noted(Display& display, const std::string& what, std::string problem) {
+/// Remembers why a platform or device was not taken; `problem` is empty when it was. Returns it.
+std::string NoteRefusal(Display& display, const std::string& what, std::string problem) {
   if (!problem.empty()) display.refusals.push_back({what, problem});
   return problem;
 }
@@ -77,22 +69,8 @@ std::string StartDisplay(EGLDisplay egl, const char* platformName, Display& disp
 }
 
 EGLDisplay PlatformDisplay(EGLenum name, void* native) {
-  const auto get = EglFunction<PFNEGLGETPLATFORMDISPLAYEXTPROC>("eglGetPlatformDisplayEXT");
+  const auto get = EntryPoint<PFNEGLGETPLATFORMDISPLAYEXTPROC>("eglGetPlatformDisplayEXT");
   return get ? get(name, native, nullptr) : EGL_NO_DISPLAY;
-}
-
-bool Fits(const DeviceEntry& device, const DeviceWish& wish) {
-  switch (wish.kind) {
-    case DeviceKind::kCpu:
-      return device.software;
-    case DeviceKind::kGpu:
-      return !device.software;
-    case DeviceKind::kNumber:
-      return device.number == wish.number;
-    case DeviceKind::kAuto:
-      break;
-  }
-  return true;
 }
 
 std::string NoSuchDevice(const std::vector<DeviceEntry>& devices, const DeviceWish& wish) {
@@ -109,7 +87,7 @@ std::string NoSuchDevice(const std::vector<DeviceEntry>& devices, const DeviceWi
          std::to_string(devices.size() - 1) + " are there";
 }
 
-/// Devices of the EGL's own list: the hardware ones first, in the list's order.
+/// Devices of EGL's own list: the hardware ones first, in the list's order.
 std::string TryDevices(const DeviceWish& wish, Display& display) {
   const char* client = eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS);
   if (!HasName(client, "EGL_EXT_platform_device")) return "EGL has no device platform";
@@ -128,7 +106,7 @@ std::string TryDevices(const DeviceWish& wish, Display& display) {
         display.report.reason = skipped + "chose " + label;
         return "";
       }
-      Noted(display, std::to_string(device.number), problem);
+      NoteRefusal(display, std::to_string(device.number), problem);
       skipped += "skipped " + label + ": " + problem + "; ";
     }
   }
@@ -147,7 +125,7 @@ std::string TryPlatform(EGLenum name, const char* text, const char* extension,
            " platform takes no device number; set GL3_DEVICE to auto, cpu or gpu, or leave "
            "GL3_PLATFORM out";
   }
-  // Read by Mesa when the display starts; there is no other way to ask it for software here.
+  // Mesa reads this when the display starts.
   if (wish.kind == DeviceKind::kCpu) setenv("LIBGL_ALWAYS_SOFTWARE", "1", 1);
   const std::string problem = StartDisplay(PlatformDisplay(name, native), text, display);
   if (!problem.empty()) return std::string("the ") + text + " platform " + problem;
@@ -192,9 +170,10 @@ std::string TryX11(const DeviceWish& wish, Display& display) {
 }
 
 std::string TryOffScreen(const DeviceWish& wish, Display& display) {
-  const std::string device = Noted(display, "device", TryDevices(wish, display));
+  const std::string device = NoteRefusal(display, "device", TryDevices(wish, display));
   if (device.empty()) return "";
-  const std::string surfaceless = Noted(display, "surfaceless", TrySurfaceless(wish, display));
+  const std::string surfaceless =
+      NoteRefusal(display, "surfaceless", TrySurfaceless(wish, display));
   if (!surfaceless.empty()) {
     return wish.kind == DeviceKind::kAuto ? device + "; " + surfaceless : device;
   }
@@ -204,23 +183,12 @@ std::string TryOffScreen(const DeviceWish& wish, Display& display) {
 
 std::string TryInTurn(const DeviceWish& wish, Display& display) {
   if (!g_windowsWanted) return TryOffScreen(wish, display);
-  const std::string windows = Noted(display, "x11", TryWindows(wish, display));
+  const std::string windows = NoteRefusal(display, "x11", TryWindows(wish, display));
   if (windows.empty()) return "";
   const std::string problem = TryOffScreen(wish, display);
   if (!problem.empty()) return windows + "; " + problem;
   display.report.reason = windows + "; " + display.report.reason;
   return "";
-}
-
-bool ParseDevice(const std::string& text, DeviceWish& wish) {
-  if (text.empty() || text == "auto") return true;
-  if (text == "cpu" || text == "gpu") {
-    wish.kind = text == "cpu" ? DeviceKind::kCpu : DeviceKind::kGpu;
-    return true;
-  }
-  if (text.size() > 4 || text.find_first_not_of("0123456789") != std::string::npos) return false;
-  wish = {DeviceKind::kNumber, std::atoi(text.c_str())};
-  return true;
 }
 
 using Attempt = std::string (*)(const DeviceWish&, Display&);
@@ -233,9 +201,9 @@ constexpr struct {
 Display ChooseDisplay() {
   g_opened = true;
   Display display;
-  DeviceWish wish;
   const std::string device = Environment("GL3_DEVICE");
-  if (!ParseDevice(device, wish)) {
+  const std::optional<DeviceWish> wish = ParseDeviceWish(device);
+  if (!wish) {
     display.report.reason =
         "GL3_DEVICE=" + device + " is not auto, cpu, gpu or a device number; correct or unset it";
     return display;
@@ -243,8 +211,8 @@ Display ChooseDisplay() {
   const std::string wanted = Environment("GL3_PLATFORM");
   for (const auto& platform : kPlatforms) {
     if (platform.name != wanted) continue;
-    const std::string problem = platform.attempt(wish, display);
-    if (!wanted.empty()) Noted(display, wanted, problem);
+    const std::string problem = platform.attempt(*wish, display);
+    if (!wanted.empty()) NoteRefusal(display, wanted, problem);
     if (!problem.empty()) display.report.reason = problem;
     return display;
   }

@@ -8,23 +8,19 @@
 #include <new>
 
 #include "platform/egl/display.h"
+#include "platform/egl/entry_point.h"
 #include "platform/gl.h"
 
 namespace platform {
 namespace {
 
-// Not through GLEW, whose entry points may not be loaded in this process.
-template <typename Function>
-Function GlFunction(const char* name) {
-  return reinterpret_cast<Function>(eglGetProcAddress(name));
-}
-
 /// Sets what reading pixels depends on to plain values, and back again at its end: a frame is shown
-/// as it was drawn, whatever the program reads or writes pixels with.
+/// as it was drawn, whatever the program reads or writes pixels with. GLEW is not used: its entry
+/// points may not be loaded in this process.
 class PlainReading {
  public:
   explicit PlainReading(GLint rowLength) {
-    static const auto bindBuffer = GlFunction<PFNGLBINDBUFFERPROC>("glBindBuffer");
+    static const auto bindBuffer = EntryPoint<PFNGLBINDBUFFERPROC>("glBindBuffer");
     glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &m_framebuffer);
     if (m_framebuffer != 0) BindFramebuffer(0);
     glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
@@ -53,7 +49,7 @@ class PlainReading {
 
  private:
   static void BindFramebuffer(GLint name) {
-    static const auto bind = GlFunction<PFNGLBINDFRAMEBUFFERPROC>("glBindFramebuffer");
+    static const auto bind = EntryPoint<PFNGLBINDFRAMEBUFFERPROC>("glBindFramebuffer");
     bind(GL_READ_FRAMEBUFFER, static_cast<GLuint>(name));
   }
 

@@ -10,6 +10,7 @@
 #include "platform/agl.h"
 #include "platform/egl/agl_error.h"
 #include "platform/egl/context.h"
+#include "platform/egl/entry_point.h"
 #include "platform/fonts/glyphs.h"
 
 namespace platform {
@@ -69,8 +70,7 @@ GLboolean aglUseFont(AGLContext context, GLint, GLint style, GLint size, GLint f
   GLint unpackBuffer = 0;
   glGetIntegerv(GL_PIXEL_UNPACK_BUFFER_BINDING, &unpackBuffer);
   if (unpackBuffer != 0) {
-    reinterpret_cast<PFNGLBINDBUFFERPROC>(eglGetProcAddress("glBindBuffer"))(GL_PIXEL_UNPACK_BUFFER,
-                                                                             0);
+    EntryPoint<PFNGLBINDBUFFERPROC>("glBindBuffer")(GL_PIXEL_UNPACK_BUFFER, 0);
   }
   constexpr GLenum kStores[] = {GL_UNPACK_SWAP_BYTES, GL_UNPACK_LSB_FIRST, GL_UNPACK_ROW_LENGTH,
                                 GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS};

@@ -5,7 +5,8 @@
 #include <X11/Xlibint.h>
 
 #include <atomic>
-#include <cstdlib>
+
+#include "platform/egl/environment.h"
 
 namespace platform {
 namespace {
@@ -26,16 +27,15 @@ Bool CountError(::Display*, XErrorEvent*, xError*) {
 }  // namespace
 
 XConnection* OpenXServer(std::string& problem) {
-  const char* name = std::getenv("DISPLAY");
-  if (!name || !*name) {
+  const std::string name = Environment("DISPLAY");
+  if (name.empty()) {
     problem = "windows need an X server, and DISPLAY is not set";
     return nullptr;
   }
-  XInitThreads();  // GL drivers may use the connection from threads of their own
-  g_server = XOpenDisplay(name);
+  XInitThreads();  // calls of AGL come from any thread, and EGL shares the connection
+  g_server = XOpenDisplay(name.c_str());
   if (!g_server) {
-    problem =
-        std::string("windows need an X server, and that of DISPLAY=") + name + " does not answer";
+    problem = "windows need an X server, and that of DISPLAY=" + name + " does not answer";
     return nullptr;
   }
   for (int code = kFirstError; code <= kLastError; code++) {

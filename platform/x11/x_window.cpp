@@ -12,6 +12,7 @@
 
 #include "platform/egl/context.h"
 #include "platform/egl/display.h"
+#include "platform/egl/entry_point.h"
 #include "platform/mfc.h"
 #include "platform/platform.h"
 #include "platform/x11/server.h"
@@ -85,8 +86,8 @@ std::optional<XWindowAttributes> AttributesOf(unsigned long number) {
 }
 
 EGLSurface MakeWindowSurface(unsigned long number) {
-  static const auto make = reinterpret_cast<PFNEGLCREATEPLATFORMWINDOWSURFACEEXTPROC>(
-      eglGetProcAddress("eglCreatePlatformWindowSurfaceEXT"));
+  static const auto make =
+      EntryPoint<PFNEGLCREATEPLATFORMWINDOWSURFACEEXTPROC>("eglCreatePlatformWindowSurfaceEXT");
   const Display& display = OpenDisplay();
   return make ? make(display.egl, display.windowConfig, &number, nullptr) : EGL_NO_SURFACE;
 }
