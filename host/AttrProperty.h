@@ -8,7 +8,8 @@
 #include "host/Vectors.h"
 
 /// A surface material. Colours and factors are 0 to 1 nominally. The module reads the current
-/// values and keeps pointers to the record for as long as the drawing call's scene lasts.
+/// values, and keeps pointers to the record that was set last and to those of the transparent
+/// surfaces that are not drawn yet.
 struct AttrProperty {
   /// Bit 1 of a colour source word: the colour is the base colour, not the one beside the word.
   static constexpr std::uint32_t kFromBaseColor = 1u << 1;

@@ -86,8 +86,9 @@ class HRGBABuffer : public HBitmapBuffer {
   void* GetData(int row);
 };
 
-/// An image. "Color" (8-bit) is the picture a texture is made from; the renderer adds "ColorAlpha"
-/// (half-float colour with alpha) and "Depth" (one float) buffers of the same size.
+/// An image. "Color" (8-bit) is the picture a texture is made from, or "ColorAlpha" where there is
+/// no "Color" of the image's size; the renderer adds "ColorAlpha" (half-float colour with alpha).
+/// "Depth" (one float) holds the depths that go with a picture.
 class HBitmapNode : public HTreeObject {
  public:
   HBitmapNode(int width, int height) : m_width(width), m_height(height) {}
@@ -119,8 +120,8 @@ class HBitmapNode : public HTreeObject {
   HBitmapNode* ScaleBitmap(int width, int height);
   /// The picture as packed 8-bit pixels, three bytes a pixel when it is opaque, else four.
   /// `wrap` tells how the texture repeats (0: repeat) and does not change the pixels. Bit 0 of
-  /// `*flags` is set when any alpha is below 255 and cleared otherwise. `bgr` non-zero asks for
-  /// blue, green, red order. Null when there is no picture or no memory.
+  /// `*flags` (may be null) is set when any alpha is below 255, else cleared. `bgr` non-zero asks
+  /// for blue, green, red order. Null when there is no picture or no memory.
   HByteBlock* CreateByteBlock(int wrap, int* flags, int bgr);
 
  protected:

@@ -11,8 +11,8 @@ class GATexture;
 class HBitmapNode;
 
 /// A drawing surface with its own view. The order of the operations is the binary interface
-/// between host and module. Operations return 1 for success and 0 for failure. Pixel coordinates
-/// have their origin at the top left unless said otherwise.
+/// between host and module. Operations return 1 for success and 0 for failure unless said
+/// otherwise. Pixel coordinates have their origin at the top left but for GetZValue.
 class GABuffer : public GAssistObject {
  public:
   virtual ~GABuffer() = default;
@@ -32,6 +32,7 @@ class GABuffer : public GAssistObject {
   virtual int FillBitmapNode(HBitmapNode* node, int bottomUp) = 0;
   virtual int AfxFillRect(int x, int y, int width, int height, float z, GAColor& color) = 0;
   virtual int TextOutA(int x, int y, const char* text, const GAColor& color, int) = 0;
+  /// Depth in window coordinates, 0 to 1, at a pixel counted from the lower left.
   virtual float GetZValue(int x, int y) = 0;
   virtual int SetRenderState() { return 1; }
   virtual int CopyObjects(GABuffer* source, int) = 0;

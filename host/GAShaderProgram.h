@@ -13,10 +13,12 @@ class GAShaderProgram : public GAssistObject {
   virtual int IsOperational() = 0;
   /// Sets an effect up with its parameters; one that fails is gone for the life of the program.
   /// Blur: merge mode, passes, radius in pixels, width and height of the pictures in pixels;
-  /// filter: merge mode, passes, filter number, width and height.
+  /// filter: merge mode, passes, filter number, width and height. Occlusion is switched off: it
+  /// always fails.
   virtual int Init(int effect, float* parameters, int count) = 0;
   /// Runs an effect on the picture of `source`, which should have the size of Init and sides that
   /// are multiples of four. Merge mode 0 adds the result to `destination` as a new "ColorAlpha"
-  /// buffer, any other writes it over the first buffer of `source`.
+  /// buffer, any other writes it over the first buffer of `source` where that holds half-float
+  /// colours with alpha.
   virtual int Process(int effect, HBitmapNode* source, HBitmapNode* destination, float value) = 0;
 };

@@ -5,7 +5,7 @@
 
 class HBitmapNode;
 
-/// A picture that surfaces are drawn with. All makers return 1 for success.
+/// A picture that surfaces are drawn with. All makers return 1 for success and 0 for failure.
 class GATexture : public GAssistObject {
  public:
   virtual ~GATexture() = default;

@@ -13,7 +13,7 @@ void FreeGAssist(void* block);
 void* AllocOGL(std::size_t size);
 void FreeOGL();
 
-/// Blit memory, read-back rows and texture staging.
+/// Blit memory, read-back rows, texture staging, and the pictures of bitmaps.
 void* AllocExt(std::size_t size);
 void FreeExt(void* block);
 

@@ -30,9 +30,11 @@ class FileStream : public VornStream {
   /// What a file is opened for.
   enum Mode : int { kWriteText = 0x20 };
 
-  /// Starts writing to `path`. Returns 1, or 0 when the file cannot be made, or for another mode.
+  /// Starts writing to `path`. Returns 1, or 0 when the file cannot be made, for another mode, or
+  /// when a file is open already.
   int Open(const String& path, int mode = kWriteText);
-  /// Finishes the file. Returns 1, or 0 when something could not be written; the old file is kept.
+  /// Finishes the file. Returns 1, or 0 when none is open, or when something could not be written,
+  /// and then the old file is kept.
   int Close();
 
  protected:

@@ -39,7 +39,6 @@ enum {
   AGL_BAD_VALUE = 10008,
   AGL_BAD_MATCH = 10009,
   AGL_BAD_ENUM = 10010,
-  AGL_BAD_OFFSCREEN = 10011,
   AGL_BAD_POINTER = 10014,
   AGL_BAD_ALLOC = 10016,
 };
@@ -48,9 +47,10 @@ enum {
 GLenum aglGetError(void);
 
 /// Chooses a format from a list ended by AGL_NONE. Depth is a wish: the deepest format there is
-/// serves when it cannot be met. Attributes without a meaning here (acceleration, devices) are
-/// accepted; an unknown one gives null and AGL_BAD_ATTRIBUTE. Equal lists give the same object,
-/// which lives as long as the process and need not be released.
+/// serves when it cannot be met. Devices, and attributes without a meaning here (acceleration, an
+/// off-screen format), are accepted; an unknown attribute gives null and AGL_BAD_ATTRIBUTE, a
+/// negative number AGL_BAD_VALUE. Equal lists give the same object, which lives as long as the
+/// process and need not be released.
 AGLPixelFormat aglChoosePixelFormat(const void* devices, GLint deviceCount,
                                     const GLint* attributes);
 /// Reads AGL_DEPTH_SIZE, AGL_BUFFER_SIZE, AGL_RGBA or AGL_DOUBLEBUFFER of a format.
@@ -61,8 +61,8 @@ GLboolean aglDescribePixelFormat(AGLPixelFormat format, GLint attribute, GLint* 
 AGLContext aglCreateContext(AGLPixelFormat format, AGLContext share);
 /// Destroys a context, and with it the pbuffers that were set on it and on no other living context.
 GLboolean aglDestroyContext(AGLContext context);
-/// Makes a context current on the drawable that was set on it, or on none (null context). Costs
-/// nothing when it is current already: no flush.
+/// Makes a context current on the drawable that was set on it; null makes none current. A context
+/// that is current on its drawable already is not bound anew: no flush.
 GLboolean aglSetCurrentContext(AGLContext context);
 AGLContext aglGetCurrentContext(void);
 
@@ -70,7 +70,8 @@ AGLContext aglGetCurrentContext(void);
 /// on a screen takes contexts of double-buffered formats; others may fail with AGL_BAD_MATCH.
 GLboolean aglSetDrawable(AGLContext context, AGLDrawable drawable);
 /// Makes an off-screen surface. Target, internal format and levels are accepted and have no
-/// meaning. Fails with AGL_BAD_VALUE when a side is not positive or larger than EGL allows.
+/// meaning. Fails with AGL_BAD_VALUE when a side is not positive or too long to be drawn to its
+/// end.
 GLboolean aglCreatePBuffer(GLint width, GLint height, GLenum target, GLenum internalFormat,
                            long maxLevel, AGLPbuffer* pbuffer);
 /// Binds a pbuffer to a context; takes effect at once when the context is current.
@@ -90,7 +91,9 @@ GLboolean aglSetInteger(AGLContext context, GLenum pname, const GLint* values);
 
 /// Fills display lists `base` to `base + count - 1` of the current context with the bitmaps of the
 /// characters `first` to `first + count - 1` (Latin-1), `size` pixels high, each list moving the
-/// raster position on by the character's advance. Family 3 is the host's sans-serif, 0 style plain.
+/// raster position on by the character's advance. All families are the system's sans-serif font;
+/// bit 0 of the style is bold, bit 1 italic. The context has to be current, else AGL_BAD_STATE.
+/// Where there is no font the lists are empty; that is no failure.
 GLboolean aglUseFont(AGLContext context, GLint family, GLint style, GLint size, GLint first,
                      GLint count, GLint base);
 }

@@ -42,7 +42,7 @@ CGLError CGLDestroyContext(CGLContextObj context);
 /// Null makes no context current.
 CGLError CGLSetCurrentContext(CGLContextObj context);
 CGLContextObj CGLGetCurrentContext(void);
-/// kCGLCEMPEngine asks for a driver that works in threads of its own; here the GL decides that by
-/// itself, and the wish is accepted.
+/// kCGLCEMPEngine asks for a driver that works in threads of its own. The wish is accepted and
+/// changes nothing.
 CGLError CGLEnable(CGLContextObj context, CGLContextEnable option);
 }

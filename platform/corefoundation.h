@@ -1,5 +1,5 @@
-// Folder lookup and bundles: enough to find an entry point in the system's OpenGL library. The
-// "framework" OpenGL.framework stands for the GL library that the process is linked with.
+// Folder lookup and bundles: enough to find an entry point in the system's OpenGL libraries, which
+// the "framework" OpenGL.framework stands for.
 #pragma once
 
 #include <cstdint>
@@ -38,7 +38,7 @@ CFBundleRef CFBundleCreate(CFAllocatorRef allocator, CFURLRef url);
 CFStringEncoding CFStringGetSystemEncoding(void);
 CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, const char* text,
                                       CFStringEncoding encoding);
-/// The address of an exported function, null when the library has none of that name.
+/// The address of an exported function, null when the libraries have none of that name.
 void* CFBundleGetFunctionPointerForName(CFBundleRef bundle, CFStringRef name);
 void CFRelease(CFTypeRef object);
 }

@@ -12,8 +12,7 @@
 //                          model changes ──> DialogView::Changed, also as the answer to the above
 //                          a command opens another dialog ──> Open, Run and Close of that one nest
 //                          it ends      ──> DialogView::Ended
-//                    ──> DialogView::Close(dialog)   take the widgets down; the model is about to
-//                    go
+//                    ──> DialogView::Close(dialog)   take the widgets down: the model goes next
 //
 // A sheet is a dialog with a control of the kind kPages. What lies there is Pages(): dialogs of
 // their own, which are built, changed and driven like any, but are neither opened nor run by
@@ -63,7 +62,6 @@ struct DialogControl {
 /// a dialog that has ended) does nothing and answers false.
 class DialogModel {
  public:
-  virtual int TemplateId() const = 0;
   virtual const std::string& Title() const = 0;
   /// In tab order. The controls stay in place as long as the dialog is there.
   virtual const std::vector<DialogControl>& Controls() const = 0;
@@ -135,8 +133,8 @@ class DialogView {
 /// cancelled. Returns the view before, null for that one.
 DialogView* SetDialogView(DialogView* view);
 
-/// `text` with '&' before the letter of the access key and every other '&' doubled, as toolkits
-/// want it. `*marked` (may be null) tells whether the text has that letter.
+/// `text` with '&' before the letter of the access key and every other '&' doubled, the form that
+/// Qt reads. `*marked` (may be null) tells whether the text has that letter.
 std::string MarkAccessKey(const std::string& text, char accessKey, bool* marked = nullptr);
 
 }  // namespace platform

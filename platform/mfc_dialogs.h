@@ -38,7 +38,7 @@ class CDataExchange {
 // One line of an exchange each. An id that the dialog does not have changes nothing.
 void DDX_Text(CDataExchange* exchange, int id, CString& value);
 void DDX_Check(CDataExchange* exchange, int id, BOOL& value);
-/// Makes `control` the object of the control; it needs to be done once and is harmless again.
+/// Makes `control` the object of the control; nothing happens when it is one already.
 void DDX_Control(CDataExchange* exchange, int id, CWnd& control);
 
 class CDialog;
@@ -146,9 +146,8 @@ class CPropertySheet : public CDialog {
 /// A list of lines. Lines are numbered from 0.
 class CListBox : public CWnd {
  public:
-  /// The new line's number; LB_ERR when there is no window.
+  /// The new line's number; LB_ERR when there is no window, or for null.
   int AddString(const char* text);
-  int GetCount() const;
 };
 
 /// A list of lines with a check mark each, which the user may change on lines that are enabled.

@@ -5,8 +5,9 @@
 
 #include "platform/win32.h"
 
-/// A file that is written by several programs in turn: what one writes between Open and Close is
-/// never mixed with what another writes, nor lost in it.
+/// A file that several programs can write in turn: what one writes between Open and Close is never
+/// mixed with what another writes, nor lost in it, when all open it with kShareExclusive and its
+/// file system has locks.
 class CStdioFile {
  public:
   /// The mode of Open, any of these. Files are always opened for writing and as bytes: line ends

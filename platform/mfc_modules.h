@@ -18,6 +18,7 @@ BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& module, HMODULE handle);
 /// Puts a module into the chain in which dialog templates are looked up, for as long as it lives.
 class CDynLinkLibrary {
  public:
+  /// `system` has no meaning here.
   explicit CDynLinkLibrary(AFX_EXTENSION_MODULE& module, BOOL system = 0);
   CDynLinkLibrary(const CDynLinkLibrary&) = delete;
   CDynLinkLibrary& operator=(const CDynLinkLibrary&) = delete;
@@ -27,10 +28,8 @@ class CDynLinkLibrary {
   static CDynLinkLibrary* First();
   CDynLinkLibrary* Next() const { return m_next; }
   const AFX_EXTENSION_MODULE& Module() const { return m_module; }
-  bool IsSystem() const { return m_system != 0; }
 
  private:
   AFX_EXTENSION_MODULE& m_module;
-  BOOL m_system;
   CDynLinkLibrary* m_next;
 };

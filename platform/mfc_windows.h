@@ -15,8 +15,8 @@ class CRect : public tagRECT {
 };
 
 /// A window. Where windows were asked for and an X server answers (platform::UseWindows) it is one
-/// on the screen. Everywhere else it is a hidden surface of the same size, as always are windows of
-/// the style WS_POPUP, which programs make to have something to draw on, and those inside of them.
+/// on the screen. Everywhere else it is a hidden surface of the same size, and so are always
+/// windows of the style WS_POPUP, and those that lie in a hidden one.
 class CWnd {
  public:
   CWnd() = default;
@@ -27,7 +27,8 @@ class CWnd {
 
   /// Makes the window, of a title in UTF-8; it is shown when the style has WS_VISIBLE. `parent`,
   /// `menu` and `parameter` may be null; a window with a parent lies inside of it. Returns 0 on
-  /// failure: no such window class, a size that is not positive, or no memory.
+  /// failure: this object has a window, no such window class, a dead parent, a size that is not
+  /// positive or beyond what a pixel map describes, no memory, or the X server refused it.
   BOOL CreateEx(DWORD exStyle, const char* className, const char* title, DWORD style, int x, int y,
                 int width, int height, HWND parent, void* menu, void* parameter);
   /// Takes over a window that has no object yet. Returns 0 when it has one, when the handle is
@@ -41,14 +42,15 @@ class CWnd {
   /// Moves client coordinates to those of the screen.
   void ClientToScreen(POINT* point) const;
   void ClientToScreen(RECT* rect) const;
-  /// The outermost window that this one lies in, or null.
+  /// The object of the outermost window that this one lies in; null when there is no such window,
+  /// or when it has no object.
   virtual CWnd* GetParentFrame() const;
   /// Nothing changes when the size cannot be had, or when the window was adopted.
   void MoveWindow(int x, int y, int width, int height);
   /// The user asks for the window to be closed: destroys it.
   virtual void OnClose();
 
-  /// The object of a window, one made for the handle when nobody else has; that lives as long as
+  /// The object of a window, one made for the handle when it has none; that lives as long as
   /// the window and takes no part in its end. Null for a dead handle.
   static CWnd* FromHandle(HWND window);
 
@@ -77,12 +79,13 @@ class CDC {
 const char* AfxRegisterWndClass(DWORD style, void* cursor, void* brush, void* icon);
 /// Shows a window, or hides it (SW_HIDE).
 void AfxShowWindow(CWnd* window, int command);
-/// The window that this one lies in; null when there is none.
+/// The window that this one lies in, by its object or by handle; null when there is none.
 CWnd* AfxGetParent(const CWnd* window);
 HWND AfxGetParent(HWND window);
 
-/// Shows `text` in a modal box with one button and returns 1 (OK). Where the box appears is up to
-/// the program: see SetMessageBoxView; on standard error when it says nothing.
+/// Shows `text` in a modal box and returns the number of the button that ended it. What the box
+/// looks like is up to the program (SetMessageBoxView); without its word the text goes to standard
+/// error, and the answer is 1 (OK).
 int AfxMessageBox(const char* text, unsigned int type, unsigned int helpContext);
 
 /// Called for every message box on the thread that shows it; returns the button's number.

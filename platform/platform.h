@@ -75,7 +75,7 @@ RendererReport DescribeRenderer();
 std::string CurrentRenderer();
 std::string CurrentVersion();
 
-/// Largest off-screen surface, in pixels a side; 0 when there is no display.
+/// The longest side that an off-screen surface can have, in pixels; 0 when there is no display.
 int MaxPbufferSize();
 
 /// Live objects of the layer, for leak checks.

@@ -23,9 +23,10 @@ typedef struct PixMap {
 } PixMap;
 typedef PixMap** PixMapHandle;
 
-/// The port behind a device context, null for a dead one. The port stays the layer's.
+/// The port behind a device context, null for a dead one and for one without a window. The port
+/// stays the layer's.
 CGrafPtr CheckoutPort(HDC dc, int flags);
-/// Hands a port back. Harmless for dead device contexts.
+/// Does nothing: a port belongs to its window.
 void CheckinPort(HDC dc, int flags);
 /// A device context for a port; UnwrapPort releases it. Null for a dead port.
 HDC WrapPort(CGrafPtr port);

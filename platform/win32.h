@@ -69,7 +69,7 @@ extern "C" {
 /// A device context for a window, null for a dead one. Each call gives a new one, released with
 /// DeleteDC; those left go with their window.
 HDC GetDC(HWND window);
-/// A device context in memory, without a window.
+/// A device context in memory, without a window. Null when `model`, which may be null, is dead.
 HDC CreateCompatibleDC(HDC model);
 /// Returns 0 for a dead handle.
 BOOL DeleteDC(HDC dc);

@@ -205,7 +205,8 @@ GLboolean aglSetDrawable(AGLContext context, AGLDrawable drawable) {
 GLboolean aglCreatePBuffer(GLint width, GLint height, GLenum, GLenum, long, AGLPbuffer* pbuffer) {
   if (!pbuffer) return AglFailure(AGL_BAD_POINTER);
   *pbuffer = nullptr;
-  // The config that most contexts have. Made at once, so that a failure shows here.
+  // A guess at the config of the context, which comes later: the depth that the module asks for by
+  // default. The surface is made at once, so that a failure shows here.
   const std::optional<PixelFormat> format = ChoosePixelFormat({.depthBits = 32});
   if (!format) return AglFailure(AGL_BAD_PIXELFMT);
   if (!IsPbufferSize(width, height)) return AglFailure(AGL_BAD_VALUE);

@@ -9,8 +9,8 @@
 namespace platform {
 namespace {
 
-// What this layer bound last on the thread. EGL is asked whether it still is, since other parts of
-// a process (a widget library, say) bind contexts of their own.
+// What this layer bound last on the thread. EGL is asked whether it still is: other parts of a
+// process may bind contexts of their own.
 struct Current {
   void* handle;
   EGLContext egl;
@@ -38,7 +38,7 @@ EGLint LastEglError() {
 
 std::shared_ptr<Context> Context::Make(const PixelFormat& format, const Context* share,
                                        EGLint& eglError) {
-  // No version is asked for: that gives the highest compatibility profile.
+  // No version is asked for, which EGL takes for 1.0: that gives a compatibility profile.
   eglBindAPI(EGL_OPENGL_API);
   const EGLContext egl = eglCreateContext(OpenDisplay().egl, format.config,
                                           share ? share->m_egl : EGL_NO_CONTEXT, nullptr);

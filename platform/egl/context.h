@@ -36,8 +36,9 @@ class Context {
   /// Keeps a pbuffer until the context ends.
   void HoldPbuffer(void* handle, Pbuffer& pbuffer);
 
-  /// Binds the context with its drawable's surface on this thread; no EGL call is made when all
-  /// that is so already. Returns EGL_SUCCESS, else EGL's error, and then no context is current.
+  /// Binds the context with its drawable's surface on this thread; eglMakeCurrent is not called
+  /// when all that is so already. Returns EGL_SUCCESS, else EGL's error, and then no context is
+  /// current.
   EGLint MakeCurrent();
   /// Fits the surface to the drawable's size, at once when the context is current.
   EGLint Refit();

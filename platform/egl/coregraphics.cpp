@@ -1,4 +1,4 @@
-// The main display. It is a name alone: no screen is needed, and static initialisers may ask.
+// The main display: a number alone, which needs no screen.
 #include "platform/coregraphics.h"
 
 namespace {

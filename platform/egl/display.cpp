@@ -44,18 +44,7 @@ std::string StartDisplay(EGLDisplay egl, const char* platformName, Display& disp
   if (!eglInitialize(egl, nullptr, nullptr)) {
     return "does not start (" + EglErrorName(eglGetError()) + ")";
   }
-  const EGLint attributes[] = {EGL_SURFACE_TYPE,
-                               EGL_PBUFFER_BIT,
-                               EGL_RENDERABLE_TYPE,
-                               EGL_OPENGL_BIT,
-                               EGL_RED_SIZE,
-                               8,
-                               EGL_ALPHA_SIZE,
-                               8,
-                               EGL_NONE};
-  EGLint count = 0;
-  if (!eglBindAPI(EGL_OPENGL_API) || !eglChooseConfig(egl, attributes, nullptr, 0, &count) ||
-      count == 0) {
+  if (!eglBindAPI(EGL_OPENGL_API) || !HasPbufferConfig(egl)) {
     eglTerminate(egl);
     return "has no desktop OpenGL with off-screen surfaces";
   }

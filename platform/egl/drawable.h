@@ -28,8 +28,8 @@ class Drawable {
   virtual bool IsClosed() const = 0;
 };
 
-/// EGL pbuffer surfaces of one drawable, one a config: contexts of different configs cannot draw
-/// into the same surface. Safe from any thread.
+/// EGL pbuffer surfaces of one drawable, one a config: EGL binds a context only to surfaces of a
+/// config that is compatible with its own. Safe from any thread.
 class PbufferSurfaces {
  public:
   PbufferSurfaces() = default;

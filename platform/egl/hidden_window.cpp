@@ -64,12 +64,10 @@ HiddenWindow::HiddenWindow(const WindowPlace& place, HWND parent, CWnd* owner)
 }
 
 void HiddenWindow::ResizeTo(const WindowPlace& place) {
-  const auto width = static_cast<std::size_t>(place.width);
-  m_pixels = std::vector<std::uint32_t>(width * static_cast<std::size_t>(place.height));
+  m_pixels = std::vector<std::uint32_t>(static_cast<std::size_t>(place.width) *
+                                        static_cast<std::size_t>(place.height));
   m_pixMap.baseAddr = reinterpret_cast<char*>(m_pixels.data());
-  m_pixMap.rowBytes = static_cast<std::uint16_t>(0x8000u | width * 4);
-  m_pixMap.bounds = {0, 0, static_cast<std::int16_t>(place.height),
-                     static_cast<std::int16_t>(place.width)};
+  SetPixMapSize(place.width, place.height);
 }
 
 EGLSurface HiddenWindow::SurfaceFor(EGLConfig config) {

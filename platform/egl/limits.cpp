@@ -56,7 +56,7 @@ bool CanDraw(const PixelFormat& format, EGLContext context, int width, int heigh
   return std::all_of(std::begin(pixel), std::end(pixel), [](GLubyte v) { return v == 255; });
 }
 
-/// What EGL says for sure.
+/// The shorter of the sides that EGL promises; 0 when there is no display.
 int PromisedPbufferSize() {
   const std::optional<PixelFormat> format = ChoosePixelFormat({});
   if (!format) return 0;
@@ -67,8 +67,9 @@ int PromisedPbufferSize() {
   return std::min(width, height);
 }
 
-/// EGL_MAX_PBUFFER_WIDTH and HEIGHT are a promise, and on Mesa a timid one: it says 4096 and draws
-/// as far as GL's own limits. So the larger size is tried, on surfaces one pixel thin.
+/// EGL_MAX_PBUFFER_WIDTH and HEIGHT are a promise, and Mesa's software renderer draws beyond it: it
+/// says 4096 and draws as far as GL's own limits. So the larger size is tried, on surfaces one
+/// pixel thin.
 int FindMaxPbufferSize() {
   const std::optional<PixelFormat> format = ChoosePixelFormat({});
   if (!format) return 0;

@@ -3,7 +3,8 @@
 
 namespace platform {
 
-/// Whether an off-screen surface of that many pixels can be made and drawn to its far corner.
+/// Whether an off-screen surface can have these sides, in pixels. Memory for one so large may still
+/// be missing.
 bool IsPbufferSize(int width, int height);
 
 }  // namespace platform

@@ -16,7 +16,7 @@ EGLint Attribute(EGLDisplay display, EGLConfig config, EGLint name) {
   return value;
 }
 
-/// Configs for desktop GL with eight bits a channel, those without a caveat first.
+/// Configs for desktop GL with at least eight bits a channel, those without a caveat first.
 std::vector<EGLConfig> ListConfigs(EGLDisplay display, EGLint surfaceTypes) {
   const EGLint attributes[] = {EGL_SURFACE_TYPE,
                                surfaceTypes,
@@ -56,7 +56,7 @@ std::optional<PixelFormat> ChoosePixelFormat(const PixelWish& wish) {
   EGLConfig best = nullptr;
   if (wish.doubleBuffer && wish.samples == 0) best = OpenDisplay().windowConfig;
   if (!best) {
-    // Samples come first, so that nobody gets them unasked.
+    // Samples weigh more than depth, so that nobody gets them unasked.
     best = Nearest(ListConfigs(display, EGL_PBUFFER_BIT), [&](EGLConfig config) {
       const int colorExcess = Attribute(display, config, EGL_RED_SIZE) - 8;
       const int samples = Attribute(display, config, EGL_SAMPLES) - wish.samples;
@@ -69,6 +69,10 @@ std::optional<PixelFormat> ChoosePixelFormat(const PixelWish& wish) {
   if (!best) return std::nullopt;
   return PixelFormat{best, Attribute(display, best, EGL_BUFFER_SIZE),
                      Attribute(display, best, EGL_DEPTH_SIZE), wish.doubleBuffer};
+}
+
+bool HasPbufferConfig(EGLDisplay display) {
+  return !ListConfigs(display, EGL_PBUFFER_BIT).empty();
 }
 
 EGLConfig ChooseWindowConfig(EGLDisplay display, EGLint preferredVisual) {

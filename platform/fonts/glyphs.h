@@ -1,5 +1,5 @@
 // Glyphs of the Latin-1 characters as one-bit bitmaps. They come from a library of their own,
-// gl3fonts, since its libraries would cost every start of a process some milliseconds.
+// gl3fonts: processes that draw no text do not load the libraries that it needs.
 #pragma once
 
 #include <array>

@@ -20,8 +20,8 @@ constexpr GLint kBold = 1;
 constexpr GLint kItalic = 2;
 constexpr GLint kLargestSize = 1000;
 
-/// Glyphs are kept for the process: every buffer that is made anew asks for the same font, and
-/// fontconfig takes longer than all the rest.
+/// Glyphs are kept for the process: every buffer with a window asks for the same font when it is
+/// allocated, and rasterising takes some milliseconds, most of them fontconfig's.
 const GlyphSet& Glyphs(GLint style, GLint size) {
   static std::mutex mutex;
   static auto* const sets = new std::map<std::tuple<GLint, GLint>, GlyphSet>;
@@ -64,8 +64,7 @@ GLboolean aglUseFont(AGLContext context, GLint, GLint style, GLint size, GLint f
   }
   const GlyphSet& glyphs = Glyphs(style, size);
   const Glyph empty;
-  // Only the unpack state matters here, and a client attribute group holds all of it, the bound
-  // pixel buffer too.
+  // The client attribute group holds all of the unpack state, the bound pixel buffer too.
   glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
   GLint unpackBuffer = 0;
   glGetIntegerv(GL_PIXEL_UNPACK_BUFFER_BINDING, &unpackBuffer);

@@ -38,8 +38,7 @@ BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& module, HMODULE handle) {
   return 1;
 }
 
-CDynLinkLibrary::CDynLinkLibrary(AFX_EXTENSION_MODULE& module, BOOL system)
-    : m_module(module), m_system(system) {
+CDynLinkLibrary::CDynLinkLibrary(AFX_EXTENSION_MODULE& module, BOOL) : m_module(module) {
   const std::lock_guard lock(g_chainMutex);
   m_next = g_chain;
   g_chain = this;

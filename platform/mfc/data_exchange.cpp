@@ -1,5 +1,6 @@
 // Data exchange between a dialog's controls and its members, and list boxes as objects.
 #include <memory>
+#include <optional>
 
 #include "platform/mfc/dialog_window.h"
 #include "platform/mfc_dialogs.h"
@@ -13,8 +14,11 @@ std::shared_ptr<ControlWindow> ExchangedControl(const CDataExchange* exchange, i
   return dialog ? FindControl(dialog->ControlHandle(id)) : nullptr;
 }
 
-LRESULT Send(HWND window, DWORD message, const char* text = nullptr) {
-  return SendMessageA(window, message, 0, reinterpret_cast<LPARAM>(text));
+/// A copy of a line; nothing when there is no such list or line.
+std::optional<ListItem> ReadLine(HWND window, int line) {
+  const auto list = FindControl(window);
+  const ListItem* item = list ? list->Item(line) : nullptr;
+  return item ? std::optional(*item) : std::nullopt;
 }
 
 }  // namespace
@@ -45,33 +49,30 @@ void DDX_Control(CDataExchange* exchange, int id, CWnd& control) {
 }
 
 int CListBox::AddString(const char* text) {
-  return m_hWnd ? static_cast<int>(Send(m_hWnd, LB_ADDSTRING, text)) : LB_ERR;
-}
-
-int CListBox::GetCount() const {
-  return static_cast<int>(Send(m_hWnd, LB_GETCOUNT));
+  if (!m_hWnd) return LB_ERR;
+  return static_cast<int>(SendMessageA(m_hWnd, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text)));
 }
 
 void CCheckListBox::SetCheck(int line, BOOL checked) {
-  const auto list = FindControl(m_hWnd);
-  const ListItem* item = list ? list->Item(line) : nullptr;
-  if (item) list->SetItem(line, {item->text, checked != 0, item->enabled});
+  std::optional<ListItem> item = ReadLine(m_hWnd, line);
+  if (!item) return;
+  item->checked = checked != 0;
+  FindControl(m_hWnd)->SetItem(line, *item);
 }
 
 BOOL CCheckListBox::GetCheck(int line) const {
-  const auto list = FindControl(m_hWnd);
-  const ListItem* item = list ? list->Item(line) : nullptr;
+  const std::optional<ListItem> item = ReadLine(m_hWnd, line);
   return item && item->checked;
 }
 
 void CCheckListBox::Enable(int line, BOOL enabled) {
-  const auto list = FindControl(m_hWnd);
-  const ListItem* item = list ? list->Item(line) : nullptr;
-  if (item) list->SetItem(line, {item->text, item->checked, enabled != 0});
+  std::optional<ListItem> item = ReadLine(m_hWnd, line);
+  if (!item) return;
+  item->enabled = enabled != 0;
+  FindControl(m_hWnd)->SetItem(line, *item);
 }
 
 BOOL CCheckListBox::IsEnabled(int line) const {
-  const auto list = FindControl(m_hWnd);
-  const ListItem* item = list ? list->Item(line) : nullptr;
+  const std::optional<ListItem> item = ReadLine(m_hWnd, line);
   return item && item->enabled;
 }

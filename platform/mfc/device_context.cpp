@@ -53,8 +53,8 @@ BOOL DeleteDC(HDC dc) {
 }
 
 BOOL ForceDraw(HWND window) {
-  // Whoever draws a window does so by itself here: there is no repaint to bring forward, only the
-  // way to the screen to be waited for.
+  // Programs draw without being asked here: there is no repaint to bring forward, except that of a
+  // dialog, which its view does; what was drawn has to come to the screen.
   const std::shared_ptr<Window> found = Windows().Get(window);
   if (found) found->Flush();
   return found != nullptr;
@@ -70,7 +70,6 @@ CGrafPtr CheckoutPort(HDC dc, int) {
   return found ? found->port : nullptr;
 }
 
-// Ports are not counted: a window has its port as long as it lives.
 void CheckinPort(HDC, int) {}
 
 HDC WrapPort(CGrafPtr port) {

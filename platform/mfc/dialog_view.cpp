@@ -37,13 +37,16 @@ std::size_t FindAccessKey(const std::string& text, char accessKey) {
   if (!accessKey) return std::string::npos;
   const std::size_t exact = text.find(accessKey);
   if (exact != std::string::npos) return exact;
-  const auto found = std::find_if(text.begin(), text.end(), [accessKey](char letter) {
-    return UpperCase(letter) == UpperCase(accessKey);
-  });
+  const auto found = std::find_if(
+      text.begin(), text.end(), [accessKey](char letter) { return IsSameKey(letter, accessKey); });
   return found == text.end() ? std::string::npos : static_cast<std::size_t>(found - text.begin());
 }
 
 }  // namespace
+
+bool IsSameKey(char a, char b) {
+  return UpperCase(a) == UpperCase(b);
+}
 
 DialogView* SetDialogView(DialogView* view) {
   return std::exchange(g_view, view);

@@ -29,10 +29,6 @@ bool IsCheckBox(const DialogControl& control) {
   return control.kind == ControlKind::kCheckBox;
 }
 
-char LowerCase(char letter) {
-  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
 }  // namespace
 
 bool StateWindow::Move(const WindowPlace& place) {
@@ -43,7 +39,6 @@ bool StateWindow::Move(const WindowPlace& place) {
 DialogWindow::DialogWindow(const DialogTemplate& dialog, const DialogResources& resources,
                            HWND parent, CDialog* owner)
     : StateWindow({0, 0, 1, 1}, parent, owner),
-      m_templateId(dialog.id),
       m_title(resources.Text(dialog.title).text),
       m_dialog(owner) {
   m_controls.reserve(dialog.controls.size());
@@ -134,7 +129,7 @@ bool DialogWindow::CheckItem(int id, int item, bool checked) {
 
 bool DialogWindow::PressKey(char key) {
   for (const DialogControl& control : m_controls) {
-    if (!control.accessKey || LowerCase(control.accessKey) != LowerCase(key)) continue;
+    if (!control.accessKey || !IsSameKey(control.accessKey, key)) continue;
     if ((IsButton(control) || IsCheckBox(control)) && Usable(control.id)) return Click(control.id);
   }
   return m_activePage >= 0 && m_pages[static_cast<std::size_t>(m_activePage)]->PressKey(key);

@@ -27,13 +27,12 @@ class DialogWindow : public StateWindow,
                      public DialogModel,
                      public std::enable_shared_from_this<DialogWindow> {
  public:
-  /// Makes a dialog with its controls; use Register instead of the constructor.
+  /// A dialog with its controls, which has no handles before Register.
   DialogWindow(const DialogTemplate& dialog, const DialogResources& resources, HWND parent,
                CDialog* owner);
   /// Gives the dialog and its controls their handles. False when there are no more.
   static bool Register(const std::shared_ptr<DialogWindow>& dialog);
 
-  int TemplateId() const override { return m_templateId; }
   const std::string& Title() const override { return m_title; }
   const std::vector<DialogControl>& Controls() const override { return m_controls; }
   const std::vector<DialogModel*>& Pages() const override { return m_pages; }
@@ -74,7 +73,6 @@ class DialogWindow : public StateWindow,
   bool Press(DialogControl& control);
   void Notify(const DialogControl& control, ControlChange change, int item = -1);
 
-  int m_templateId;
   std::string m_title;
   CDialog* m_dialog;
   std::vector<DialogControl> m_controls;
@@ -114,6 +112,9 @@ class ControlWindow : public StateWindow {
 /// The dialog or the control behind a handle; null for any other handle.
 std::shared_ptr<DialogWindow> FindDialog(HWND window);
 std::shared_ptr<ControlWindow> FindControl(HWND window);
+
+/// Whether two letters or digits are the same access key: case does not matter.
+bool IsSameKey(char a, char b);
 
 /// What shows dialogs now.
 DialogView& CurrentDialogView();

@@ -11,11 +11,12 @@
 
 namespace {
 
-// A writer keeps the file for one line; whoever has it for seconds hangs.
+// For a file that somebody else has.
 constexpr std::chrono::milliseconds kLongestWait{2000};
 constexpr std::chrono::milliseconds kBetweenTries{1};
 
-/// Takes the file for this opening alone. A file system without locks has nobody to wait for.
+/// Takes the file for this opening alone. False when somebody else has kept it for too long; true
+/// also where the file system has no locks.
 bool LockFile(int file) {
   const auto end = std::chrono::steady_clock::now() + kLongestWait;
   while (flock(file, LOCK_EX | LOCK_NB) != 0) {

@@ -7,6 +7,13 @@
 #include "platform/mfc/device_context.h"
 
 namespace platform {
+namespace {
+
+constexpr int kBytesPerPixel = 4;
+constexpr int kPixMapBit = 0x8000;  // of `rowBytes`; the stride has the bits below
+constexpr int kMaxStride = kPixMapBit - 1;
+
+}  // namespace
 
 Window::Window(const WindowPlace& place, HWND parent, CWnd* owner)
     : m_place(place), m_parent(parent), m_owner(owner) {}
@@ -23,9 +30,14 @@ CWnd* Window::Object() {
 }
 
 bool Window::IsValidSize(int width, int height) {
-  // A pixel map has 15 bits for the bytes of a row and 16 signed ones for a coordinate.
-  return width > 0 && height > 0 && width <= 0x7FFF / 4 &&
+  // Coordinates in a pixel map have 16 signed bits.
+  return width > 0 && height > 0 && width <= kMaxStride / kBytesPerPixel &&
          height <= std::numeric_limits<std::int16_t>::max();
+}
+
+void Window::SetPixMapSize(int width, int height) {
+  m_pixMap.rowBytes = static_cast<std::uint16_t>(kPixMapBit | width * kBytesPerPixel);
+  m_pixMap.bounds = {0, 0, static_cast<std::int16_t>(height), static_cast<std::int16_t>(width)};
 }
 
 POINT Window::ScreenOrigin() {

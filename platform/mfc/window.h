@@ -20,7 +20,7 @@ struct WindowPlace {
   int width = 0, height = 0;
 };
 
-/// Used by one thread, as windows are.
+/// A window is used by one thread.
 class Window : public Drawable {
  public:
   Window(const WindowPlace& place, HWND parent, CWnd* owner);
@@ -65,11 +65,14 @@ class Window : public Drawable {
   static bool Close(HWND window);
 
  protected:
+  /// Makes the pixel map describe rows of `width` pixels; the size must be valid.
+  void SetPixMapSize(int width, int height);
+
   WindowPlace m_place;
   PixMap m_pixMap{};
 
  private:
-  /// Gives back what the window holds outside this process; called once, when it ends.
+  /// Ends what stands behind the window, such as that on the server; called once, when it ends.
   virtual void Release() {}
 
   HWND m_parent;

@@ -17,7 +17,7 @@
 namespace platform {
 namespace {
 
-// Wide enough for a renderer's name and version without scrolling.
+// Longer values scroll.
 constexpr int kValueWidthInLetters = 48;
 constexpr int kLeastLinesOfLists = 8;
 
@@ -49,6 +49,7 @@ DialogForm::DialogForm(DialogModel& model, QWidget* parent) : QWidget(parent), m
 }
 
 void DialogForm::Build() {
+  QWidget* lastTabStop = nullptr;
   for (const DialogControl& control : m_model.Controls()) {
     const int outer = control.kind == ControlKind::kGroup ? kNoGroup : control.group;
     QWidget* const widget = Make(control, GridOf(outer)->parentWidget());
@@ -60,8 +61,8 @@ void DialogForm::Build() {
                             control.kind != ControlKind::kLabel &&
                             control.kind != ControlKind::kPages;
     if (!takesFocus) continue;
-    if (!m_tabStops.empty()) setTabOrder(m_tabStops.back(), widget);
-    m_tabStops.push_back(widget);
+    if (lastTabStop) setTabOrder(lastTabStop, widget);
+    lastTabStop = widget;
   }
   JoinLabels();
   for (const DialogControl& control : m_model.Controls()) SetVisibility(control);

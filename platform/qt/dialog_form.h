@@ -3,7 +3,6 @@
 
 #include <QWidget>
 #include <map>
-#include <vector>
 
 #include "platform/dialog_view.h"
 
@@ -26,8 +25,6 @@ class DialogForm : public QWidget {
   QWidget* WidgetOf(const DialogControl* control) const;
   /// Of a sheet: where its pages go; else null.
   QWidget* PlaceOfPages() const { return m_pages; }
-  /// What takes part in the tab order, in that order.
-  const std::vector<QWidget*>& TabStops() const { return m_tabStops; }
 
  private:
   void Build();
@@ -47,7 +44,6 @@ class DialogForm : public QWidget {
   std::map<int, QGridLayout*> m_grids;  // by group
   std::map<int, QWidget*> m_frames;     // of groups
   QWidget* m_pages = nullptr;
-  std::vector<QWidget*> m_tabStops;
 };
 
 }  // namespace platform

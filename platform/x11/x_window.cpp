@@ -169,8 +169,7 @@ std::shared_ptr<XWindow> XWindow::Find(unsigned long number) {
 void XWindow::SetSize(int width, int height) {
   m_place.width = width;
   m_place.height = height;
-  m_pixMap.rowBytes = static_cast<std::uint16_t>(0x8000 | width * 4);
-  m_pixMap.bounds = {0, 0, static_cast<std::int16_t>(height), static_cast<std::int16_t>(width)};
+  SetPixMapSize(width, height);
 }
 
 bool XWindow::Lives() {

@@ -8,7 +8,7 @@
 
 namespace platform {
 
-/// What of a window does not change its place.
+/// What a new window shows, beside its place.
 struct WindowLook {
   const char* title = "";  ///< UTF-8; windows inside others show none.
   bool visible = false;
