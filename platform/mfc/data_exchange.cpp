@@ -1,6 +1,5 @@
 // Data exchange between a dialog's controls and its members, and list boxes as objects.
 #include <memory>
-#include <optional>
 
 #include "platform/mfc/dialog_window.h"
 #include "platform/mfc_dialogs.h"
@@ -14,11 +13,20 @@ std::shared_ptr<ControlWindow> ExchangedControl(const CDataExchange* exchange, i
   return dialog ? FindControl(dialog->ControlHandle(id)) : nullptr;
 }
 
-/// A copy of a line; nothing when there is no such list or line.
-std::optional<ListItem> ReadLine(HWND window, int line) {
+/// Whether a line of a check list has a mark; false when there is no such list or line.
+bool HasMark(HWND window, int line, bool ListItem::*mark) {
   const auto list = FindControl(window);
   const ListItem* item = list ? list->Item(line) : nullptr;
-  return item ? std::optional(*item) : std::nullopt;
+  return item && item->*mark;
+}
+
+void SetMark(HWND window, int line, bool ListItem::*mark, bool value) {
+  const auto list = FindControl(window);
+  const ListItem* item = list ? list->Item(line) : nullptr;
+  if (!item) return;
+  ListItem changed = *item;
+  changed.*mark = value;
+  list->SetItem(line, changed);
 }
 
 }  // namespace
@@ -54,25 +62,17 @@ int CListBox::AddString(const char* text) {
 }
 
 void CCheckListBox::SetCheck(int line, BOOL checked) {
-  std::optional<ListItem> item = ReadLine(m_hWnd, line);
-  if (!item) return;
-  item->checked = checked != 0;
-  FindControl(m_hWnd)->SetItem(line, *item);
+  SetMark(m_hWnd, line, &ListItem::checked, checked != 0);
 }
 
 BOOL CCheckListBox::GetCheck(int line) const {
-  const std::optional<ListItem> item = ReadLine(m_hWnd, line);
-  return item && item->checked;
+  return HasMark(m_hWnd, line, &ListItem::checked);
 }
 
 void CCheckListBox::Enable(int line, BOOL enabled) {
-  std::optional<ListItem> item = ReadLine(m_hWnd, line);
-  if (!item) return;
-  item->enabled = enabled != 0;
-  FindControl(m_hWnd)->SetItem(line, *item);
+  SetMark(m_hWnd, line, &ListItem::enabled, enabled != 0);
 }
 
 BOOL CCheckListBox::IsEnabled(int line) const {
-  const std::optional<ListItem> item = ReadLine(m_hWnd, line);
-  return item && item->enabled;
+  return HasMark(m_hWnd, line, &ListItem::enabled);
 }

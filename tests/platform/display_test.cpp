@@ -77,6 +77,22 @@ TEST(DisplayDeathTest, SaysWhatIsWrongWithTheEnvironment) {
   }
 }
 
+/// What the list of choices tells of device 0 when a platform refused its number.
+void ReportDeviceZero() {
+  SetOrClear("GL3_PLATFORM", "surfaceless");
+  SetOrClear("GL3_DEVICE", "00");
+  for (const platform::DisplayChoice& choice : platform::DescribeChoices()) {
+    if (choice.device == 0) std::fprintf(stderr, "%s", choice.reason.c_str());
+  }
+  std::_Exit(0);
+}
+
+TEST(DisplayDeathTest, TheChoicesReadADeviceAsTheDisplayDoes) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(ReportDeviceZero(), testing::ExitedWithCode(0),
+              "^not tried: the surfaceless platform takes no device number");
+}
+
 TEST(DisplayDeathTest, AGpuIsNeverReplacedByTheProcessor) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
