@@ -2,7 +2,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 
+#include "buffer/ClientArray.h"
 #include "buffer/GL3Buffer.h"
 #include "buffer/GL3Color.h"
 #include "texture/GL3Texture.h"
@@ -76,10 +78,7 @@ int GL3GABuffer::AfxFillRect(int x, int y, int width, int height, float z, GACol
   glColor4fv(ColorFloats(color));
   const Vector corners[] = {{left, bottom, z}, {left, top, z}, {right, bottom, z}, {right, top, z}};
   const GLushort indices[] = {0, 1, 3, 0, 2, 3};
-  glEnableClientState(GL_VERTEX_ARRAY);
-  glVertexPointer(3, GL_FLOAT, sizeof(Vector), corners);
-  glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, indices);
-  glDisableClientState(GL_VERTEX_ARRAY);
+  DrawIndexed(GL_TRIANGLES, indices, std::size(indices), PositionArray(corners));
   if (depthTest) glEnable(GL_DEPTH_TEST);
   glEnable(GL_POLYGON_OFFSET_FILL);
   SetProjection(1);
@@ -112,13 +111,8 @@ int GL3GABuffer::TransparentBlit(GATexture* texture, CRect rect, float z, const 
                             PixelToView(right, top, z, info), PixelToView(right, bottom, z, info)};
   const Vector2 uvs[] = {{0, extent.y}, {0, 0}, {extent.x, 0}, {extent.x, extent.y}};
   const GLuint indices[] = {0, 1, 2, 2, 3, 0};
-  glEnableClientState(GL_VERTEX_ARRAY);
-  glEnableClientState(GL_TEXTURE_COORD_ARRAY);
-  glVertexPointer(3, GL_FLOAT, sizeof(Vector), corners);
-  glTexCoordPointer(2, GL_FLOAT, sizeof(Vector2), uvs);
-  glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT, indices);
-  glDisableClientState(GL_VERTEX_ARRAY);
-  glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+  DrawIndexed(GL_TRIANGLES, indices, std::size(indices), PositionArray(corners),
+              ClientArray{GL_TEXTURE_COORD_ARRAY, uvs, sizeof(Vector2)});
 
   glDisable(GL_TEXTURE_2D);
   glEnable(GL_POLYGON_OFFSET_FILL);

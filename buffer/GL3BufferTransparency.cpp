@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "buffer/ClientArray.h"
 #include "buffer/GL3Buffer.h"
 #include "buffer/TransparentQueueMemory.h"
 #include "texture/GL3Texture.h"
@@ -258,18 +259,9 @@ void TransparentPass::EnableLighting() {
 void TransparentPass::Flush() {
   if (m_indices.empty()) return;
   EnableLighting();
-  const GAVertex& first = m_vertices.front();
-  glEnableClientState(GL_VERTEX_ARRAY);
-  glEnableClientState(GL_NORMAL_ARRAY);
-  glEnableClientState(GL_TEXTURE_COORD_ARRAY);
-  glVertexPointer(3, GL_FLOAT, sizeof(GAVertex), &first.x);
-  glNormalPointer(GL_FLOAT, sizeof(GAVertex), &first.nx);
-  glTexCoordPointer(2, GL_FLOAT, sizeof(GAVertex), &first.u);
-  glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(m_indices.size()), GL_UNSIGNED_INT,
-                 m_indices.data());
-  glDisableClientState(GL_VERTEX_ARRAY);
-  glDisableClientState(GL_NORMAL_ARRAY);
-  glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+  const GAVertex* v = m_vertices.data();
+  DrawIndexed(GL_TRIANGLES, m_indices.data(), m_indices.size(), PositionArray(v), NormalArray(v),
+              TexCoordArray(v));
   m_vertices.clear();
   m_indices.clear();
 }

@@ -1,58 +1,13 @@
 // Drawing the batches.
+#include "buffer/ClientArray.h"
 #include "displaylist/GL3DisplayL.h"
 #include "driver/GL3Driver.h"
 
 namespace {
 
-/// Draws a batch with the client arrays that its vertex format has, which the caller pointed to.
-template <class V>
-void DrawTriangles(const VertexBatch<V>& batch) {
-  glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(batch.indices.Size()), GL_UNSIGNED_INT,
-                 batch.indices.Data());
-}
-
-void FlushLit(VertexBatch<GAVertex>& batch, bool textured) {
-  if (batch.vertices.IsEmpty()) return;
-  const GAVertex& first = *batch.vertices.Data();
-  glEnableClientState(GL_VERTEX_ARRAY);
-  glEnableClientState(GL_NORMAL_ARRAY);
-  if (textured) glEnableClientState(GL_TEXTURE_COORD_ARRAY);
-  glVertexPointer(3, GL_FLOAT, sizeof(GAVertex), &first.x);
-  glNormalPointer(GL_FLOAT, sizeof(GAVertex), &first.nx);
-  if (textured) glTexCoordPointer(2, GL_FLOAT, sizeof(GAVertex), &first.u);
-  DrawTriangles(batch);
-  glDisableClientState(GL_VERTEX_ARRAY);
-  glDisableClientState(GL_NORMAL_ARRAY);
-  if (textured) glDisableClientState(GL_TEXTURE_COORD_ARRAY);
-  batch.Clear();
-}
-
-void FlushColored(VertexBatch<GALitVertex>& batch) {
-  if (batch.vertices.IsEmpty()) return;
-  const GALitVertex& first = *batch.vertices.Data();
-  glEnableClientState(GL_VERTEX_ARRAY);
-  glEnableClientState(GL_COLOR_ARRAY);
-  glVertexPointer(3, GL_FLOAT, sizeof(GALitVertex), &first.x);
-  glColorPointer(4, GL_UNSIGNED_BYTE, sizeof(GALitVertex), &first.red);
-  DrawTriangles(batch);
-  glDisableClientState(GL_VERTEX_ARRAY);
-  glDisableClientState(GL_COLOR_ARRAY);
-  batch.Clear();
-}
-
-void FlushColoredTextured(VertexBatch<GALitVertexWT>& batch) {
-  if (batch.vertices.IsEmpty()) return;
-  const GALitVertexWT& first = *batch.vertices.Data();
-  glEnableClientState(GL_VERTEX_ARRAY);
-  glEnableClientState(GL_TEXTURE_COORD_ARRAY);
-  glEnableClientState(GL_COLOR_ARRAY);
-  glVertexPointer(3, GL_FLOAT, sizeof(GALitVertexWT), &first.x);
-  glTexCoordPointer(2, GL_FLOAT, sizeof(GALitVertexWT), &first.u);
-  glColorPointer(4, GL_UNSIGNED_BYTE, sizeof(GALitVertexWT), &first.red);
-  DrawTriangles(batch);
-  glDisableClientState(GL_VERTEX_ARRAY);
-  glDisableClientState(GL_TEXTURE_COORD_ARRAY);
-  glDisableClientState(GL_COLOR_ARRAY);
+template <class V, class... Arrays>
+void DrawAndClear(VertexBatch<V>& batch, const Arrays&... arrays) {
+  DrawIndexed(GL_TRIANGLES, batch.indices.Data(), batch.indices.Size(), arrays...);
   batch.Clear();
 }
 
@@ -60,15 +15,9 @@ void FlushColoredTextured(VertexBatch<GALitVertexWT>& batch) {
 
 void GL3DisplayList::FlushLines() {
   if (m_lineVertexCount == 0) return;
-  const GALitVertex& first = m_lineVertices.front();
-  glEnableClientState(GL_VERTEX_ARRAY);
-  glEnableClientState(GL_COLOR_ARRAY);
-  glVertexPointer(3, GL_FLOAT, sizeof(GALitVertex), &first.x);
-  glColorPointer(4, GL_UNSIGNED_BYTE, sizeof(GALitVertex), &first.red);
-  glDrawElements(GL_LINES, static_cast<GLsizei>(m_lineIndices.size()), GL_UNSIGNED_INT,
-                 m_lineIndices.data());
-  glDisableClientState(GL_VERTEX_ARRAY);
-  glDisableClientState(GL_COLOR_ARRAY);
+  const GALitVertex* v = m_lineVertices.data();
+  DrawIndexed(GL_LINES, m_lineIndices.data(), m_lineIndices.size(), PositionArray(v),
+              ColorArray(v));
   m_lineVertexCount = 0;
   m_lineVertices.clear();
   m_lineIndices.clear();
@@ -76,10 +25,18 @@ void GL3DisplayList::FlushLines() {
 
 void GL3DisplayList::FlushArrays() {
   FlushLines();
-  FlushLit(m_lit, false);
-  FlushLit(m_litTextured, true);
-  FlushColored(m_colored);
-  FlushColoredTextured(m_coloredTextured);
+  if (const GAVertex* v = m_lit.vertices.First()) {
+    DrawAndClear(m_lit, PositionArray(v), NormalArray(v));
+  }
+  if (const GAVertex* v = m_litTextured.vertices.First()) {
+    DrawAndClear(m_litTextured, PositionArray(v), NormalArray(v), TexCoordArray(v));
+  }
+  if (const GALitVertex* v = m_colored.vertices.First()) {
+    DrawAndClear(m_colored, PositionArray(v), ColorArray(v));
+  }
+  if (const GALitVertexWT* v = m_coloredTextured.vertices.First()) {
+    DrawAndClear(m_coloredTextured, PositionArray(v), TexCoordArray(v), ColorArray(v));
+  }
   m_buffer->SetState(GL3GABuffer::kArraysPending, false);
 }
 

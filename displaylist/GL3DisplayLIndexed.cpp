@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "buffer/ClientArray.h"
 #include "displaylist/GL3DisplayL.h"
 
 namespace {
@@ -12,19 +13,15 @@ constexpr unsigned long kLongFan = 100;
 void DrawShortFan(const GAVertex* v, const unsigned short* indices, unsigned long count) {
   unsigned short copy[kLongFan];
   std::copy_n(indices, count, copy);
-  glEnableClientState(GL_VERTEX_ARRAY);
-  glEnableClientState(GL_NORMAL_ARRAY);
-  glEnableClientState(GL_TEXTURE_COORD_ARRAY);
-  glVertexPointer(3, GL_FLOAT, sizeof(GAVertex), &v->x);
-  glNormalPointer(GL_FLOAT, sizeof(GAVertex), &v->nx);
-  glTexCoordPointer(2, GL_FLOAT, sizeof(GAVertex), &v->u);
-  glDrawElements(GL_TRIANGLE_FAN, static_cast<GLsizei>(count), GL_UNSIGNED_SHORT, copy);
-  glDisableClientState(GL_VERTEX_ARRAY);
-  glDisableClientState(GL_NORMAL_ARRAY);
-  glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+  DrawIndexed(GL_TRIANGLE_FAN, copy, count, PositionArray(v), NormalArray(v), TexCoordArray(v));
 }
 
-void DrawIndexed(const unsigned short* indices, unsigned long count) {
+void EnableAndPointTo(const ClientArray& array) {
+  glEnableClientState(array.kind);
+  PointTo(array);
+}
+
+void DrawTriangles(const unsigned short* indices, unsigned long count) {
   glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(count), GL_UNSIGNED_SHORT, indices);
 }
 
@@ -66,7 +63,8 @@ void GL3DisplayList::DrawFan(const GAVertex* v, const unsigned short* indices,
   ResumeBlock(suspended);
 }
 
-/// What both coloured lists begin with: no open block, the texture bound afresh, no lighting.
+/// What both coloured lists begin with: no open block, the texture bound afresh, no lighting. They
+/// then enable and point to one array after the other, unlike DrawIndexed.
 void GL3DisplayList::PrepareColoredList() {
   MakeCurrent();
   CloseBlock();
@@ -77,11 +75,9 @@ void GL3DisplayList::PrepareColoredList() {
 void GL3DisplayList::AddIndexedLitTriangleList(GALitVertex* v, unsigned long,
                                                unsigned short* indices, unsigned long count, int) {
   PrepareColoredList();
-  glEnableClientState(GL_VERTEX_ARRAY);
-  glVertexPointer(3, GL_FLOAT, sizeof(GALitVertex), &v->x);
-  glEnableClientState(GL_COLOR_ARRAY);
-  glColorPointer(4, GL_UNSIGNED_BYTE, sizeof(GALitVertex), &v->red);
-  DrawIndexed(indices, count);
+  EnableAndPointTo(PositionArray(v));
+  EnableAndPointTo(ColorArray(v));
+  DrawTriangles(indices, count);
   glDisableClientState(GL_VERTEX_ARRAY);
   glDisableClientState(GL_COLOR_ARRAY);
 }
@@ -90,17 +86,15 @@ void GL3DisplayList::AddIndexedLitTriangleListWT(GALitVertexWT* v, unsigned long
                                                  unsigned short* indices, unsigned long count,
                                                  int) {
   PrepareColoredList();
-  glEnableClientState(GL_VERTEX_ARRAY);
-  glVertexPointer(3, GL_FLOAT, sizeof(GALitVertexWT), &v->x);
+  EnableAndPointTo(PositionArray(v));
   glEnableClientState(GL_TEXTURE_COORD_ARRAY);
-  // The texture coordinates take the place of the positions: pictures that hosts make with this
-  // call depend on it. The texture pointer is wherever an earlier draw left it, in memory that may
-  // be gone. With texturing on the GL would read there.
+  // The texture coordinates take the place of the positions. The texture pointer is wherever an
+  // earlier draw left it, in memory that may be gone; with texturing on the GL would read there, so
+  // that it is set then.
   glVertexPointer(2, GL_FLOAT, sizeof(GALitVertexWT), &v->u);
-  if (m_texturingOn) glTexCoordPointer(2, GL_FLOAT, sizeof(GALitVertexWT), &v->u);
-  glEnableClientState(GL_COLOR_ARRAY);
-  glColorPointer(4, GL_UNSIGNED_BYTE, sizeof(GALitVertexWT), &v->red);
-  DrawIndexed(indices, count);
+  if (m_texturingOn) PointTo(TexCoordArray(v));
+  EnableAndPointTo(ColorArray(v));
+  DrawTriangles(indices, count);
   glDisableClientState(GL_VERTEX_ARRAY);
   glDisableClientState(GL_COLOR_ARRAY);
   glDisableClientState(GL_TEXTURE_COORD_ARRAY);

@@ -1,5 +1,6 @@
 // Lines and points. Plain segments are batched; shaded strips, indexed lists and points are drawn
 // at once. Coordinates are in view space and go to the GL as they are.
+#include "buffer/ClientArray.h"
 #include "buffer/GL3Color.h"
 #include "displaylist/GL3DisplayL.h"
 
@@ -91,14 +92,8 @@ void GL3DisplayList::AddIndexedLineList(std::vector<GALitVertex>& vertices,
   FlushIfPending();
   DisableTexturing();
   DisableLighting();
-  const GALitVertex* first = vertices.data();
-  glEnableClientState(GL_VERTEX_ARRAY);
-  glEnableClientState(GL_COLOR_ARRAY);
-  glVertexPointer(3, GL_FLOAT, sizeof(GALitVertex), first ? &first->x : nullptr);
-  glColorPointer(4, GL_UNSIGNED_BYTE, sizeof(GALitVertex), first ? &first->red : nullptr);
-  glDrawElements(GL_LINES, static_cast<GLsizei>(indices.size()), GL_UNSIGNED_INT, indices.data());
-  glDisableClientState(GL_VERTEX_ARRAY);
-  glDisableClientState(GL_COLOR_ARRAY);
+  const GALitVertex* v = vertices.data();
+  DrawIndexed(GL_LINES, indices.data(), indices.size(), PositionArray(v), ColorArray(v));
 }
 
 void GL3DisplayList::AddTransformedPoint(const Vector& position) {

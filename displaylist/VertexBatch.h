@@ -17,9 +17,10 @@ class GatheredArray {
   static_assert(std::is_trivially_copyable_v<T>);
 
  public:
-  bool IsEmpty() const { return m_size == 0; }
   std::size_t Size() const { return m_size; }
   const T* Data() const { return reinterpret_cast<const T*>(m_bytes.get()); }
+  /// Null when the array is empty.
+  const T* First() const { return m_size > 0 ? Data() : nullptr; }
   void Clear() { m_size = 0; }
 
   template <class... Items>
