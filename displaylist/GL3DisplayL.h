@@ -150,5 +150,7 @@ class GL3DisplayList : public DisplayList {
   VertexBatch<GALitVertexWT> m_coloredTextured;  // batch D: colours and texture coordinates
 };
 
-/// Orders polygons by ascending depth key, for std::sort.
+/// Whether `a` comes before `b` in AddTransformedPolygons: by ascending depth key. A key that is
+/// NaN is neither before nor behind another, so that std::sort takes this order without such keys
+/// only.
 bool SortZOrder(const VornPoly& a, const VornPoly& b);
