@@ -132,8 +132,6 @@ class GL3GABuffer : public GABuffer {
   void QuickSortTransparency(int first, int last);
   /// Sorts and draws the queue far to near, then frees it.
   void RenderTransparentPolys();
-  int TransparentCount() const { return m_transparentCount; }
-  const TransparentRecord* TransparentRecords() const { return m_transparentPolys; }
 
   AGLContext Context() const { return m_context; }
   bool HasState(StateFlag flag) const { return (m_stateFlags & flag) != 0; }
@@ -184,8 +182,12 @@ class GL3GABuffer : public GABuffer {
   std::size_t m_blitBytes = 0;
   std::int32_t m_mode;
   std::int32_t m_matrixMode = kUnknownMatrix;
+
+ protected:  // tests look at what is queued
   TransparentRecord* m_transparentPolys = nullptr;
   std::int32_t m_transparentCount = 0;
+
+ private:
   std::size_t m_transparentCapacity = 0;
   float m_fogDensity = 1.0f;
   std::int16_t m_width = 0, m_height = 0;

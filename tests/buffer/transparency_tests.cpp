@@ -12,6 +12,7 @@
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/faults.h"
 #include "tests/support/gl_recorder.h"
+#include "tests/support/transparent_queue.h"
 
 namespace {
 
@@ -57,7 +58,7 @@ TEST_F(QueueTest, RoomFollowsTheSetting) {
   EXPECT_EQ(Buffer().MakeRoomForTransparentPolys(1), 0);
   EXPECT_NE(Add(-1), nullptr);  // the one record more
   EXPECT_EQ(Add(-1), nullptr);
-  EXPECT_EQ(Buffer().TransparentCount(), 150000);
+  EXPECT_EQ(TransparentQueue::Count(Buffer()), 150000);
 }
 
 TEST_F(QueueTest, RecordsKeepWhatTheyWereGiven) {
@@ -87,8 +88,8 @@ TEST_F(QueueTest, MemoryIsZeroedAndFreedWithTheLastQueue) {
   Buffer().MakeRoomForTransparentPolys(1);
   Buffer().AddTransparentPoly(Facing(0, 0, -9), Facing(1, 0, -9), &m_material, nullptr);
   Buffer().EndScene();
-  EXPECT_EQ(Buffer().TransparentCount(), 0);
-  EXPECT_EQ(Buffer().TransparentRecords(), nullptr);
+  EXPECT_EQ(TransparentQueue::Count(Buffer()), 0);
+  EXPECT_EQ(TransparentQueue::Records(Buffer()), nullptr);
 
   // The other buffer's queue lives on; this one gets its own back, without the line of before.
   Buffer().MakeRoomForTransparentPolys(1);
@@ -150,12 +151,12 @@ class SortTest : public QueueTest {
       record->depthKey = keys[i];
       record->isLine = static_cast<std::int32_t>(i);
     }
-    const int count = Buffer().TransparentCount();
+    const int count = TransparentQueue::Count(Buffer());
     RunOnSmallStack([&] { (Buffer().*sort)(0, count - 1); });
     Keys sorted;
     std::vector<bool> seen(keys.size());
     for (int i = 0; i < count; ++i) {
-      const TransparentRecord& record = Buffer().TransparentRecords()[i];
+      const TransparentRecord& record = TransparentQueue::Records(Buffer())[i];
       seen[static_cast<std::size_t>(record.isLine)] = true;
       sorted.push_back(record.depthKey);
     }

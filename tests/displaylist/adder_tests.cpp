@@ -4,6 +4,7 @@
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/faults.h"
 #include "tests/support/gl_recorder.h"
+#include "tests/support/transparent_queue.h"
 
 namespace {
 
@@ -13,7 +14,7 @@ class AdderTest : public DrawingFixture {
   void MakeTransparent() { List().SetMaterial(&m_clear, 0); }
   /// x and y of a queued triangle's corners.
   std::vector<float> Corners(int record) {
-    const TransparentRecord& r = Buffer().TransparentRecords()[record];
+    const TransparentRecord& r = TransparentQueue::Records(Buffer())[record];
     return {r.a.x, r.a.y, r.b.x, r.b.y, r.c.x, r.c.y};
   }
 
@@ -34,10 +35,10 @@ TEST_F(AdderTest, TrianglesNeverReadTheThirdElement) {
 
   MakeTransparent();
   List().AddTransformedTri(v, 0);
-  EXPECT_EQ(Buffer().TransparentCount(), 0);
+  EXPECT_EQ(TransparentQueue::Count(Buffer()), 0);
   List().SetDepthFunc(0);  // without meaning for lit triangles
   List().AddTransformedTri(v, 1);
-  ASSERT_EQ(Buffer().TransparentCount(), 1);
+  ASSERT_EQ(TransparentQueue::Count(Buffer()), 1);
   EXPECT_EQ(Corners(0), (std::vector<float>{-9, -9, 9, -9, 9, 9}));
 }
 
@@ -54,10 +55,10 @@ TEST_F(AdderTest, QuadsAreCutAlongOneDiagonalBatchedAndTheOtherQueued) {
   MakeTransparent();
   List().SetDepthFunc(0);
   List().AddTransformedQuad(v.data(), 1, 0);
-  ASSERT_EQ(Buffer().TransparentCount(), 2);
+  ASSERT_EQ(TransparentQueue::Count(Buffer()), 2);
   EXPECT_EQ(Corners(0), (std::vector<float>{-20, -20, -10, 10, -20, 20}));
   EXPECT_EQ(Corners(1), (std::vector<float>{-10, 10, 20, 20, -20, 20}));
-  EXPECT_EQ(Buffer().TransparentRecords()[1].attribute, &m_clear);
+  EXPECT_EQ(TransparentQueue::Records(Buffer())[1].attribute, &m_clear);
 }
 
 TEST_F(AdderTest, QuadModesChooseTheBatch) {
@@ -68,7 +69,7 @@ TEST_F(AdderTest, QuadModesChooseTheBatch) {
   List().AddTransformedQuad(v.data(), 0, 1);
   List().AddTransformedQuad(v.data(), 2, 0);
   EXPECT_EQ(gl.Calls(), Lines{"glColor4fv({1, 0, 0, 1})"});
-  EXPECT_EQ(Buffer().TransparentCount(), 0);
+  EXPECT_EQ(TransparentQueue::Count(Buffer()), 0);
   gl.Clear();
   List().FlushArrays();
   EXPECT_EQ(Draws(gl).size(), 2u);
@@ -84,18 +85,18 @@ TEST_F(AdderTest, ATransparentQuadDrainsTheFullQueue) {
   EXPECT_EQ(Draws(gl), Lines());
   List().AddTransformedQuad(v.data(), 1, 0);
   EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT)"});
-  EXPECT_EQ(Buffer().TransparentCount(), 2);
+  EXPECT_EQ(TransparentQueue::Count(Buffer()), 2);
   // A setting that has no room for a quad does not halve it.
   GL3GABuffer::m_maxtransparentpolys = 0;
   List().FlushTransparentPolys();
   List().AddTransformedQuad(v.data(), 1, 0);
-  EXPECT_EQ(Buffer().TransparentCount(), 2);
+  EXPECT_EQ(TransparentQueue::Count(Buffer()), 2);
   // Without memory there is nowhere to put it.
   List().FlushTransparentPolys();
   Faults faults;
   faults.FailAlways(FaultPoint::kAllocOGL);
   List().AddTransformedQuad(v.data(), 1, 0);
-  EXPECT_EQ(Buffer().TransparentCount(), 0);
+  EXPECT_EQ(TransparentQueue::Count(Buffer()), 0);
 }
 
 TEST_F(AdderTest, PolylinesGoAroundTheOpenBlock) {
@@ -125,7 +126,7 @@ TEST_F(AdderTest, PolylinesGoAroundTheOpenBlock) {
                    "glNormal3fv({0, 0, -1})", diffuse + "0})", "glVertex3fv({4, 5, -6})", "glEnd()",
                    "glEnable(GL_DEPTH_TEST)", "glDisable(GL_LINE_SMOOTH)", diffuse + "1})",
                    "glLineWidth(1)"}));
-  EXPECT_EQ(Buffer().TransparentCount(), 0);
+  EXPECT_EQ(TransparentQueue::Count(Buffer()), 0);
   // What is on already stays on, and an open block goes on behind the line.
   Buffer().SetState(GL3GABuffer::kSmoothingOn, true);
   List().PrepForPolygons();  // points have been prepared for, and are not again
@@ -198,14 +199,14 @@ TEST_F(AdderTest, TransparentFansAreQueuedAsFarAsThereIsRoom) {
   GlRecorder gl;
   gl.LogIndices(true);
   List().AddIndexedTriangleFan(v, 6, indices, 2, 1);
-  EXPECT_EQ(Buffer().TransparentCount(), 0);
+  EXPECT_EQ(TransparentQueue::Count(Buffer()), 0);
   List().AddIndexedTriangleFan(v, 6, indices, 4, 0);  // drawn, as it is asked for
   EXPECT_EQ(Draws(gl),
             Lines{"glDrawElements(GL_TRIANGLE_FAN, 4, GL_UNSIGNED_SHORT, {5, 0, 1, 2})"});
-  EXPECT_EQ(Buffer().TransparentCount(), 0);
+  EXPECT_EQ(TransparentQueue::Count(Buffer()), 0);
   gl.Clear();
   List().AddIndexedTriangleFan(v, 6, indices, 4, 1);
-  ASSERT_EQ(Buffer().TransparentCount(), 2);
+  ASSERT_EQ(TransparentQueue::Count(Buffer()), 2);
   EXPECT_EQ(Corners(0), (std::vector<float>{5, 0, 0, 0, 1, 0}));
   EXPECT_EQ(Corners(1), (std::vector<float>{5, 0, 1, 0, 2, 0}));
   EXPECT_EQ(gl.Calls(), Lines());
@@ -215,7 +216,7 @@ TEST_F(AdderTest, TransparentFansAreQueuedAsFarAsThereIsRoom) {
   List().FlushTransparentPolys();
   gl.Clear();
   List().AddIndexedTriangleFan(v, 6, indices, 6, 1);
-  EXPECT_EQ(Buffer().TransparentCount(), 2);
+  EXPECT_EQ(TransparentQueue::Count(Buffer()), 2);
   EXPECT_EQ(Draws(gl),
             Lines{"glDrawElements(GL_TRIANGLE_FAN, 4, GL_UNSIGNED_SHORT, {5, 2, 3, 4})"});
   gl.Clear();

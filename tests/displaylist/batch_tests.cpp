@@ -6,6 +6,7 @@
 #include "driver/GL3Driver.h"
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/gl_recorder.h"
+#include "tests/support/transparent_queue.h"
 
 namespace {
 
@@ -216,8 +217,8 @@ TEST_F(BatchTest, PolygonArraysAreQueuedInTheSameOrder) {
   VornPoly polygons[3] = {Polygon(m_red, -5, 5), Polygon(m_red, -1, 1), Polygon(m_red, -3, 3)};
   polygons[1].uv2 = {0.25f, 0.75f};
   List().AddTransformedPolygons(polygons, 3, 1);
-  ASSERT_EQ(Buffer().TransparentCount(), 3);
-  const TransparentRecord* records = Buffer().TransparentRecords();
+  ASSERT_EQ(TransparentQueue::Count(Buffer()), 3);
+  const TransparentRecord* records = TransparentQueue::Records(Buffer());
   EXPECT_EQ(records[0].a.z, -1);
   EXPECT_EQ(records[1].a.z, -3);
   EXPECT_EQ(records[2].a.z, -5);
@@ -233,10 +234,10 @@ TEST_F(BatchTest, PolygonsAreOnlyQueuedWhenTheyShouldBe) {
   AttrProperty clear = Material(1, 1, 1, 0.5f);
   const VornPoly polygon = Polygon(m_red, -9);
   const auto queued = [&](int check) {
-    const int before = Buffer().TransparentCount();
+    const int before = TransparentQueue::Count(Buffer());
     List().AddTransformedPolygon(polygon, check);
     List().AddTransformedPolygons(&polygon, 1, check);
-    return Buffer().TransparentCount() - before;
+    return TransparentQueue::Count(Buffer()) - before;
   };
   EXPECT_EQ(queued(1), 0);
   List().SetTexture(clearTexture.get());
@@ -249,7 +250,7 @@ TEST_F(BatchTest, PolygonsAreOnlyQueuedWhenTheyShouldBe) {
   List().SetDepthFunc(0);
   EXPECT_EQ(queued(1), 0);
   List().SetDepthFunc(1);
-  GL3GABuffer::m_maxtransparentpolys = Buffer().TransparentCount();
+  GL3GABuffer::m_maxtransparentpolys = TransparentQueue::Count(Buffer());
   EXPECT_EQ(queued(1), 0);  // the queue is full
   GlRecorder gl;
   List().FlushArrays();
@@ -262,7 +263,7 @@ TEST_F(BatchTest, TwoHundredThousandTransparentPolygonsAllAppear) {
   List().SetMaterial(&clear, 0);
   const std::vector<VornPoly> polygons(200000, Polygon(m_red, -9));
   List().AddTransformedPolygons(polygons.data(), 200000, 1);
-  EXPECT_EQ(Buffer().TransparentCount(), 150000);
+  EXPECT_EQ(TransparentQueue::Count(Buffer()), 150000);
   GlRecorder gl;
   Target().End();
   EXPECT_EQ(Draws(gl), (Lines{Triangles(150000), Triangles(450000)}));
@@ -277,8 +278,8 @@ TEST_F(BatchTest, KeysThatAreNoNumbersComeLast) {
     polygons[i].p0.z = polygons[i].depthKey;
   }
   List().AddTransformedPolygons(polygons.data(), 1000, 1);
-  ASSERT_EQ(Buffer().TransparentCount(), 1000);
-  const TransparentRecord* records = Buffer().TransparentRecords();
+  ASSERT_EQ(TransparentQueue::Count(Buffer()), 1000);
+  const TransparentRecord* records = TransparentQueue::Records(Buffer());
   EXPECT_TRUE(std::is_sorted(records, records + 666, [](const auto& first, const auto& second) {
     return first.a.z < second.a.z;
   }));

@@ -5,6 +5,7 @@
 #include "platform/platform.h"
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/gl_recorder.h"
+#include "tests/support/transparent_queue.h"
 
 namespace {
 
@@ -139,9 +140,9 @@ TEST_F(StateTest, BeginningForgetsTheTextureButNotThatTexturingIsOn) {
   List().AddTransformedTri(corners, 1);
   List().BeginInstructions();
   List().AddTransformedTri(corners, 1);
-  ASSERT_EQ(Buffer().TransparentCount(), 2);
-  EXPECT_EQ(Buffer().TransparentRecords()[0].texture, texture.get());
-  EXPECT_EQ(Buffer().TransparentRecords()[1].texture, nullptr);
+  ASSERT_EQ(TransparentQueue::Count(Buffer()), 2);
+  EXPECT_EQ(TransparentQueue::Records(Buffer())[0].texture, texture.get());
+  EXPECT_EQ(TransparentQueue::Records(Buffer())[1].texture, nullptr);
   EXPECT_EQ(CallsOf([&] { List().SetTexture(nullptr); }),
             (Lines{"flush", "glDisable(GL_TEXTURE_2D)"}));
 }

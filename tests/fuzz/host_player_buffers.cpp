@@ -7,6 +7,7 @@
 #include "host/Bitmap.h"
 #include "platform/mfc.h"
 #include "tests/fuzz/host_player.h"
+#include "tests/support/transparent_queue.h"
 
 void HostPlayer::Reallocate() {
   constexpr int kSides[] = {16, 1, 2, 3, 7, 17, 31, 16, 0, -1, 65552, INT_MAX, INT_MIN};
@@ -159,7 +160,7 @@ void HostPlayer::QueueRecords() {
       Buffer().AddTransparentPoly(v, v, base, texture, material, lights);
     }
   }
-  const int last = Buffer().TransparentCount() - 1;
+  const int last = TransparentQueue::Count(Buffer()) - 1;
   switch (m_input.Below(4)) {
     case 0:
       Buffer().QuickDepthSortInverse(0, last);
