@@ -61,6 +61,10 @@ class GL3GABuffer : public GABuffer {
   enum MatrixMode : std::int32_t { kUnknownMatrix = -1, kProjection = 0, kModelView = 2 };
   enum MaterialParameter { kDiffuse, kAmbient, kShininess, kSpecular, kMaterialParameters };
 
+  /// How far what lies exactly on the near or far plane is moved into the view volume, in view
+  /// units: some planes are rounded to their outer side, and what lies on them is clipped.
+  static constexpr float kPlaneNudge = 0.005f;
+
   GL3GABuffer(RenderInfo* info, int mode, int compatibleDC);
   GL3GABuffer(const GL3GABuffer&) = delete;
   GL3GABuffer& operator=(const GL3GABuffer&) = delete;

@@ -11,8 +11,6 @@
 
 namespace {
 
-// Overlays exactly on a clipping plane are moved this far in front of it or behind it.
-constexpr float kPlaneNudge = 0.005f;
 // Nearer to the eye than this, a perspective view has no pixel mapping: pixels count as view units.
 constexpr float kNearestMappedZ = -0.99f;
 // Text stands below and right of the position that it is given for.
@@ -20,8 +18,8 @@ constexpr int kTextOffsetX = 1;
 constexpr int kTextOffsetY = 11;
 
 float NudgedOffPlanes(float z, const RenderInfo& info) {
-  if (z == info.nearZ) return z - kPlaneNudge;
-  if (z == info.farZ) return z + kPlaneNudge;
+  if (z == info.nearZ) return z - GL3GABuffer::kPlaneNudge;
+  if (z == info.farZ) return z + GL3GABuffer::kPlaneNudge;
   return z;
 }
 

@@ -3,13 +3,6 @@
 #include "displaylist/GL3DisplayL.h"
 #include "host/RenderInfo.h"
 
-namespace {
-
-// How far an outline on the front plane comes forward, so as not to be clipped.
-constexpr float kFrontNudge = 0.005f;
-
-}  // namespace
-
 void GL3DisplayList::DrawRectangle(int primitive, const float (&corners)[4][2], float z,
                                    const GAColor& color) {
   const int suspended = SuspendBlock();
@@ -27,9 +20,9 @@ void GL3DisplayList::DrawOutline(int x1, int y1, int x2, int y2, float z, const 
                 color);
 }
 
-/// Of all rectangles this one alone comes forward from the front plane.
+/// Of all rectangles this one alone is moved off the near plane.
 void GL3DisplayList::AddRectangle(int x1, int y1, int x2, int y2, float z) {
-  if (z == m_renderInfo->nearZ) z -= kFrontNudge;
+  if (z == m_renderInfo->nearZ) z -= GL3GABuffer::kPlaneNudge;
   DrawOutline(x1, y1, x2, y2, z, m_defaultColor);
 }
 
