@@ -5,10 +5,6 @@
 
 namespace {
 
-/// Attenuation of lights with a range: 1.2 times full brightness at the light, falling with the
-/// square of the distance over the range.
-constexpr float kRangedConstant = 0.8333333f;
-constexpr float kRangedQuadratic = 0.31259f;
 constexpr float kNoCutOff = 180.0f;
 constexpr float kWidestCone = 90.0f;  // the widest that GL takes beside none
 
@@ -36,6 +32,10 @@ class LightSetter {
   void Cone(float cutOff, float exponent) {
     Scalar(GL_SPOT_CUTOFF, cutOff, m_loaded.cutOff);
     Scalar(GL_SPOT_EXPONENT, exponent, m_loaded.exponent);
+  }
+  /// Dimming with the distance over a light's range, in view units.
+  void RangedAttenuation(float range) {
+    Attenuation(GALight::kConstantAttenuation, GALight::kQuadraticAttenuation / (range * range));
   }
   void Attenuation(float constant, float quadratic) {
     Scalar(GL_CONSTANT_ATTENUATION, constant, m_loaded.constant);
@@ -101,11 +101,11 @@ void SetLight(LightSetter setter, const GALight& light) {
     case GALight::kSpot:
       setter.SpotDirection(aim);
       setter.Cone(std::clamp(light.coneAngle, 0.0f, kWidestCone), light.coneSoftness / 10 * 128);
-      setter.Attenuation(kRangedConstant, kRangedQuadratic / (light.range * light.range));
+      setter.RangedAttenuation(light.range);
       break;
     case GALight::kPoint:
       setter.Cone(kNoCutOff, 0);
-      setter.Attenuation(kRangedConstant, kRangedQuadratic / (light.range * light.range));
+      setter.RangedAttenuation(light.range);
       break;
     case GALight::kDirectional:
       setter.SpotDirection(aim);

@@ -13,6 +13,10 @@ struct LightOwner {
 /// translation in the fourth column.
 struct GALight {
   enum Type : int { kPoint = 0, kSpot = 1, kDirectional = 2 };
+  /// Attenuation of point and spot lights: at distance d (view units) the light is divided by
+  /// kConstantAttenuation + kQuadraticAttenuation * (d / range)^2. Without units.
+  static constexpr float kConstantAttenuation = 0.8333333f;
+  static constexpr float kQuadraticAttenuation = 0.31259f;
 
   bool on = true;
   bool hidden = false;
