@@ -52,7 +52,7 @@ GL3GABuffer::GL3GABuffer(RenderInfo* info, int mode, int compatibleDC)
 }
 
 GL3GABuffer::~GL3GABuffer() {
-  ReleaseSurface();
+  GL3GABuffer::Destroy();
   if (m_dc) DeleteDC(m_dc);
 }
 
@@ -145,10 +145,9 @@ int GL3GABuffer::AllocateforShader(int width, int height) {
   static GLint attributes[] = {AGL_DEPTH_SIZE, 0, AGL_DOUBLEBUFFER, AGL_RGBA, AGL_NONE};
   attributes[1] = GL3GADriver::m_depthbits;
   m_pixelFormat = aglChoosePixelFormat(nullptr, 0, attributes);
-  GLint depthSize = 0;
-  GLint bufferSize = 0;
-  aglDescribePixelFormat(m_pixelFormat, AGL_DEPTH_SIZE, &depthSize);
-  aglDescribePixelFormat(m_pixelFormat, AGL_BUFFER_SIZE, &bufferSize);
+  GLint unread = 0;  // the answers are asked for, and nothing reads them
+  aglDescribePixelFormat(m_pixelFormat, AGL_DEPTH_SIZE, &unread);
+  aglDescribePixelFormat(m_pixelFormat, AGL_BUFFER_SIZE, &unread);
   m_context = aglCreateContext(m_pixelFormat, GL3GADriver::m_context);
   m_port = CheckoutPort(m_dc, 1);
   WaitForRetrace(m_context);
@@ -249,11 +248,6 @@ void GL3GABuffer::EndScene() {
 }
 
 int GL3GABuffer::Destroy() {
-  ReleaseSurface();
-  return 1;
-}
-
-void GL3GABuffer::ReleaseSurface() {
   // The pbuffer goes with its context; its handle and the window flag keep their values.
   if (m_context) {
     aglDestroyContext(m_context);
@@ -278,4 +272,5 @@ void GL3GABuffer::ReleaseSurface() {
     m_blitMemory = nullptr;
   }
   if (m_transparentPolys) FreeTransparentQueue();
+  return 1;
 }

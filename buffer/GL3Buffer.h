@@ -160,7 +160,6 @@ class GL3GABuffer : public GABuffer {
 
   bool AllocatePbuffer(int width, int height, int depthBits);
   int AllocateDrawable(int width, int height, int depthBits);
-  void ReleaseSurface();
   void EnterModelView(int width, int height);
   void SendMaterial(MaterialParameter parameter);
   bool StoreMaterial(MaterialParameter parameter, const float* value);
@@ -175,7 +174,7 @@ class GL3GABuffer : public GABuffer {
   float m_sceneProjection[16] = {};
   float m_screenProjection[16] = {};
   MaterialEntry m_material[kMaterialParameters];
-  AGLPixelFormat m_pixelFormat = nullptr;
+  AGLPixelFormat m_pixelFormat = nullptr;  // read by nothing once the context is made
   AGLPbuffer m_pbuffer = nullptr;
   AGLDrawable m_port = nullptr;
   AGLContext m_context = nullptr;

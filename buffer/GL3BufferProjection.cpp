@@ -41,8 +41,9 @@ int GL3GABuffer::IsFogEnabled() {
 
 namespace {
 
-/// Fog distances are whole view units. What no int can hold saturates; NaN gives 0.
-GLint WholeDistance(AnimatableValue& value) {
+/// Brings a fog distance up to date and cuts it to whole view units, towards 0. What no int can
+/// hold saturates; NaN gives 0.
+GLint UpdateAndTruncate(AnimatableValue& value) {
   value.BringUpToDate();
   const double distance = value.Current();
   if (distance >= 2147483647.0) return 2147483647;
@@ -63,8 +64,8 @@ void GL3GABuffer::SetFogState(int on) {
   glFogi(GL_FOG_MODE, m_fogDensity == 1.0f ? GL_LINEAR : GL_EXP);
   GLfloat color[4] = {0, 0, 0, 1.0f};
   if (SceneRecord* scene = m_renderInfo->scene) {
-    glFogi(GL_FOG_START, WholeDistance(scene->fogStart));
-    glFogi(GL_FOG_END, WholeDistance(scene->fogEnd));
+    glFogi(GL_FOG_START, UpdateAndTruncate(scene->fogStart));
+    glFogi(GL_FOG_END, UpdateAndTruncate(scene->fogEnd));
     color[0] = scene->fogRed;
     color[1] = scene->fogGreen;
     color[2] = scene->fogBlue;
