@@ -47,7 +47,7 @@ struct MaterialEntry {
 /// unless they are pixels.
 class GL3GABuffer : public GABuffer {
  public:
-  /// Bits of the state flags. Display lists read and write the last four.
+  /// Bits of the state flags. Display lists read the last four, and write those but kSmoothingOn.
   enum StateFlag : std::uint8_t {
     kDepthWanted = 1,
     kOwnsWindow = 2,
@@ -92,6 +92,8 @@ class GL3GABuffer : public GABuffer {
   void SetProjection(int scene) override;
   int IsFogEnabled() override;
   void SetFogState(int on) override;
+  /// Both act on whatever context is current. What is read as blue is the fog colour's alpha, not
+  /// the blue that was set.
   RGBFloat GetFogColor() override;
   void SetFogColor(RGBFloat color) override;
   void SetFogDensity(float density) override;
@@ -110,7 +112,8 @@ class GL3GABuffer : public GABuffer {
   int NeedsSetMaterial(AttrProperty* attribute, float transparencyScale);
   /// Sends what is pending, or everything when `force` is not 0. The context must be current.
   void SetMaterial(int force);
-  /// Sends a diffuse colour (red, green, blue, alpha) when it differs from what was sent last.
+  /// Sends a diffuse colour (red, green, blue, alpha) when it differs from what was sent last. The
+  /// context must be current.
   void SetDiffuseMaterial(float* rgba);
 
   /// Loads a light list into the GL lights from 0 on and switches the others off; null is the
@@ -118,10 +121,12 @@ class GL3GABuffer : public GABuffer {
   void SetupLights(LightListNode* list);
 
   /// Asks for room before `count` records are added: 1 when there is, else 0. The first call of a
-  /// scene makes the queue and answers 1 whatever the count: see AddTransparentPoly.
+  /// scene makes the queue and answers 1 whatever the count (see AddTransparentPoly), or 0 without
+  /// memory.
   int MakeRoomForTransparentPolys(int count);
   /// Queues a triangle. Returns the record, or null when the queue is full or was never made; the
-  /// caller then has to draw the triangle some other way. The pointers are kept until EndScene.
+  /// caller then has to draw the triangle some other way. The pointers are kept until the queue is
+  /// drawn.
   TransparentRecord* AddTransparentPoly(const GAVertex& a, const GAVertex& b, const GAVertex& c,
                                         GL3GATexture* texture, AttrProperty* attribute,
                                         LightListNode* lights);
@@ -130,9 +135,10 @@ class GL3GABuffer : public GABuffer {
                                         AttrProperty* attribute, LightListNode* lights);
   /// Sorts the records `first` to `last` inclusive, far to near. Not stable.
   void QuickDepthSort(int first, int last);
-  /// The same, near to far.
+  /// The same, near to far. Nothing in the module calls it.
   void QuickDepthSortInverse(int first, int last);
-  /// Another sort, far to near, that takes the pivot to the end of its range first.
+  /// Another sort, far to near, that takes the pivot to the end of its range first. Nothing else
+  /// in the module calls it.
   void QuickSortTransparency(int first, int last);
   /// Sorts and draws the queue far to near, then frees it.
   void RenderTransparentPolys();

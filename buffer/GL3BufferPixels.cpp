@@ -63,8 +63,7 @@ half* AddColorBuffer(HBitmapNode* node, int width, int height) {
 }  // namespace
 
 /// Reads the frame into a new "ColorAlpha" buffer of `node`, which gives the size. What has the
-/// background's colour becomes transparent: hosts compose frames over others by it. Returns 0
-/// without memory.
+/// background's colour becomes transparent. Returns 0 without memory.
 int GL3GABuffer::FillBitmapNode(HBitmapNode* node, int bottomUp) {
   const int width = node->GetWidth();
   const int height = node->GetHeight();

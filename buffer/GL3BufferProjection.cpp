@@ -81,8 +81,7 @@ RGBFloat GL3GABuffer::GetFogColor() {
   RGBFloat result;
   result.red = color[0];
   result.green = color[1];
-  // Hosts get the fog colour's alpha for blue and have come to rely on it.
-  result.blue = color[3];
+  result.blue = color[3];  // the alpha, not color[2]
   return result;
 }
 

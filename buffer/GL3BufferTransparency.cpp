@@ -142,14 +142,15 @@ void GL3GABuffer::QuickSortTransparency(int first, int last) {
   }
 }
 
-/// Draws sorted records: triangles of equal state in one indexed draw, lines at once. What the pass
-/// changes of the GL state it puts back.
+/// Draws sorted records: triangles of equal state in one indexed draw, lines at once.
 class TransparentPass {
  public:
   /// `triangles` is the most that are drawn in one run.
   TransparentPass(GL3GABuffer& buffer, std::size_t triangles);
   void Draw(const TransparentRecord& record);
-  /// Draws what is left and restores the state.
+  /// Draws what is left. Puts back depth test, culling, line smoothing and the diffuse colour;
+  /// switches off texturing, when a texture is current, and lighting. Lights, the other material
+  /// values and the line width stay as the last records left them.
   void Finish();
 
  private:
@@ -234,8 +235,8 @@ void TransparentPass::UseAttribute(AttrProperty* attribute) {
   m_attribute = attribute;
 }
 
-/// A line is drawn at once, before the triangles that wait in the batch although they are farther
-/// away: hosts draw guides this way and expect them under the surfaces of the same state.
+/// A line is drawn at once: before the triangles that wait in the batch, although they are farther
+/// away.
 void TransparentPass::DrawLine(const TransparentRecord& record) {
   EnableLighting();
   GLfloat diffuse[4];
@@ -270,7 +271,7 @@ void TransparentPass::Finish() {
   Flush();
   if (!m_depthTestWasOn) glDisable(GL_DEPTH_TEST);
   if (m_texture) glDisable(GL_TEXTURE_2D);
-  // The buffer's lighting flag stays as it is: only the display list's own switches follow it.
+  // Lighting goes off in the GL alone: the buffer's flag stays as it is.
   if (m_lightingOn) glDisable(GL_LIGHTING);
   if (!m_cullingWasOn) glDisable(GL_CULL_FACE);
   if (!m_smoothingWasOn) glDisable(GL_LINE_SMOOTH);

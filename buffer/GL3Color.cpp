@@ -1,3 +1,4 @@
+// Channels of the native colour, as floats and as bytes.
 #include "buffer/GL3Color.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Memory of the transparent-polygon queues: taken, kept spare, given back.
 #include "buffer/TransparentQueueMemory.h"
 
 #include <algorithm>

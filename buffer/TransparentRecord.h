@@ -1,4 +1,4 @@
-// Records of the transparent-polygon queue, and sorting them by depth.
+// Records of the transparent-polygon queue.
 #pragma once
 
 #include <cstdint>

@@ -18,11 +18,12 @@ class GL3GATexture;
 
 /// OpenGL implementation of the host's display list.
 ///
-/// Nothing is recorded for later: every call acts on the buffer's context. Small primitives go into
-/// one open glBegin block; lines and triangles are gathered into batches, which are flushed when a
-/// state change would alter their look, triangles but those of control points also when they grow
-/// beyond "Max Vertices". A batch is drawn with the state in force at the flush. Textures are set
-/// and batches flushed through the virtual table, so that a subclass sees it.
+/// Nothing is recorded to be played back. Small primitives go into one open glBegin block; lines
+/// and triangles are gathered into batches, which are flushed before the texture, the material or
+/// the lights are set anew, triangles but those of control points also when they grow beyond "Max
+/// Vertices". A batch is drawn with the state in force at the flush: other switches act on what
+/// waits as well. Textures are set and batches flushed through the virtual table, so that a
+/// subclass sees it.
 class GL3DisplayList : public DisplayList {
  public:
   /// `info` names the buffer to draw into, which must have its context already.
@@ -88,8 +89,8 @@ class GL3DisplayList : public DisplayList {
   void BeginInstructions() override;
   void EndInstructions() override;
   void ExecuteInstructions() override;
-  /// Draws every batch that holds something. The caller has made the context current and closed
-  /// the open block.
+  /// Draws every batch that holds something. It neither makes the context current nor closes the
+  /// open block.
   void FlushArrays() override;
   void Execute() override;
   void SetProjection(int mode) override;
@@ -151,6 +152,5 @@ class GL3DisplayList : public DisplayList {
 };
 
 /// Whether `a` comes before `b` in AddTransformedPolygons: by ascending depth key. A key that is
-/// NaN is neither before nor behind another, so that std::sort takes this order without such keys
-/// only.
+/// NaN is neither before nor behind another: std::sort takes this order only without such keys.
 bool SortZOrder(const VornPoly& a, const VornPoly& b);

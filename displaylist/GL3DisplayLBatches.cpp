@@ -40,9 +40,10 @@ void GL3DisplayList::FlushArrays() {
   m_buffer->SetState(GL3GABuffer::kArraysPending, false);
 }
 
-/// Every triangle adder begins with this: notes that a batch holds undrawn data, and flushes first
-/// when the batch that is appended to holds more `entries` than the setting allows. The flush
-/// clears the note, and what is appended now is still to be drawn: so the note comes last.
+/// Every adder of triangles but AddCP begins with this: notes that a batch holds undrawn data, and
+/// flushes first when the batch that is appended to holds more `entries` than the setting allows.
+/// The flush clears the note, and what is appended now is still to be drawn: so the note comes
+/// last.
 void GL3DisplayList::StartAppending(std::size_t entries) {
   if (static_cast<unsigned>(GL3GADriver::gl_max_vertices) < entries) FlushArrays();
   m_buffer->SetState(GL3GABuffer::kArraysPending, true);

@@ -81,7 +81,8 @@ void GL3DisplayList::DrawPolyline(GAVertex* v, int count) {
 }
 
 /// A polyline whose vertices fade by their u, over everything that is there. With a block open the
-/// GL refuses what stands before its closing: the line then fades from black, where it lies.
+/// GL refuses what stands before its closing: width, smoothing and depth test then stay, no colour
+/// is found, and the line's diffuse colour, which also stays in force, is black with alpha 0.
 void GL3DisplayList::DrawFadingPolyline(GAVertex* v, int count) {
   const bool smoothing = m_buffer->HasState(GL3GABuffer::kSmoothingOn);
   const bool depthTest = m_buffer->HasState(GL3GABuffer::kDepthTestOn);
