@@ -13,9 +13,8 @@ namespace {
 
 using Imath::V3f;
 
-// The renderer's numbers: lights taken, fall-off of lights with a place, shine.
+// The renderer's numbers: lights taken, shine.
 constexpr std::size_t kMaxLights = 8;
-constexpr float kConstantFalloff = 0.8333333f, kQuadraticFalloff = 0.31259f;
 constexpr float kShine = 45, kMaxShininess = 128;
 
 V3f Mul(const V3f& a, const V3f& b) {
@@ -55,8 +54,8 @@ VertexLighting::Source VertexLighting::MakeSource(const GALight& light) {
     return source;
   }
   source.position = Place(light.placement, light.position, 1);
-  source.constant = kConstantFalloff;
-  source.quadratic = kQuadraticFalloff / (light.range * light.range);
+  source.constant = GALight::kConstantAttenuation;
+  source.quadratic = GALight::kQuadraticAttenuation / (light.range * light.range);
   source.spot = light.type == GALight::kSpot;
   source.spotCosine =
       std::cos(std::clamp(light.coneAngle, 0.0f, 90.0f) * std::numbers::pi_v<float> / 180);
