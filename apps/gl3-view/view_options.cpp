@@ -42,7 +42,7 @@ bool ReadCommandLine(int argc, char** argv, ViewOptions* options, int* status) {
                                  "gl3-view shows 3D models in a window, drawn through OpenGL.",
                                  "gl3-view " GL3_VERSION);
   parser.SetFooter(kFooter);
-  parser.AddWords("MODEL", "", "Model files, shown as one scene", &options->files);
+  parser.AddWords("MODEL", "...", "Model files, shown as one scene", &options->files);
   parser.Add("--device", "DEVICE", "auto, cpu (the software renderer) or gpu",
              [=](const std::string& text, std::string* error) {
                return ReadDevice(text, &options->run.device, error);
