@@ -16,7 +16,7 @@ constexpr std::size_t kSegments[] = {100'000, 1'000'000};
 constexpr double kMostRatio = 1.15;
 constexpr unsigned char kRed = 255, kGreen = 160, kBlue = 40;
 
-/// Ends of the segments, one array each, as hosts have them.
+/// Ends of the segments, one array each, as AddTransformedLineList takes them.
 struct Segments {
   std::vector<Vector> from, to;
 };

@@ -14,7 +14,7 @@ namespace gl3 {
 Outcome CheckInput(const std::string& path);
 
 /// Whether a picture is there already, so that --skip-existing leaves it out. Pictures appear
-/// whole; an empty file is what other programs leave when the disk is full.
+/// whole; an empty file is none.
 bool IsThere(const std::string& path);
 
 /// Removes what process `writer` left of `path` when it was ended in mid-write. Picture files grow

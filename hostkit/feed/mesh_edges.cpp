@@ -14,8 +14,8 @@ namespace {
 
 using Imath::V3f;
 
-// Vertices this near to each other, as a share of the mesh's diagonal, count as one: shapes that
-// are computed close with rounding errors, and text files round coordinates.
+// Vertices this near to each other, as a share of the mesh's diagonal, count as one: computing
+// shapes and writing coordinates as text round them.
 constexpr double kSamePlace = 1e-5;
 
 // Finds vertices by their place: a grid of cells a few tolerances wide, which hold chains of those

@@ -16,8 +16,8 @@ namespace {
 using Imath::V2f;
 using Imath::V3f;
 
-// Larger transparent meshes count as closed without looking: the edges of a million triangles take
-// longer to sort than the frame to draw, and the renderer's queue holds a fraction of them.
+// Larger transparent meshes count as closed without looking: that takes time, and the renderer's
+// queue holds a fraction of them.
 constexpr std::size_t kMaxTrianglesToInspect = 500000;
 
 bool HasAlpha(const SceneImage& image) {

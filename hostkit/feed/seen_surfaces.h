@@ -12,8 +12,7 @@
 
 namespace hostkit {
 
-/// The distance of pixels that see nothing: what other programs write there, finite so that
-/// filters and statistics stay finite.
+/// The distance of pixels that see nothing; finite.
 constexpr float kNothingSeen = 1e30f;
 
 /// The planes of all that was drawn in a frame of ids; see SceneFeed::DrawIds. View space.

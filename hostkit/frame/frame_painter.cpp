@@ -68,7 +68,7 @@ void FramePainter::Begin(const FrameSettings& settings, const View& view) {
   FillRenderInfo(m_view, settings.width * side, settings.height * side, &m_picture);
 
   const Fog& fog = settings.fog;
-  // A unit apart at least: drivers differ about fog that begins where it ends.
+  // A unit apart at least: OpenGL divides by the distance between the two.
   const float start = std::floor(fog.nearDistance * m_unit);
   m_record.fogStart = AnimatableValue(start);
   m_record.fogEnd = AnimatableValue(std::max(fog.farDistance * m_unit, start + 1));

@@ -1,4 +1,4 @@
-// Draws scenes through a renderer module, exactly as any host would.
+// Draws scenes off the screen through a renderer module.
 #pragma once
 
 #include <memory>

@@ -105,7 +105,7 @@ void SetPhysical(const Properties& properties, const aiMaterial& material, const
                  AttrProperty& surface) {
   float metallic = Unit(properties.Number(AI_MATKEY_METALLIC_FACTOR).value_or(0));
   float roughness = Unit(properties.Number(AI_MATKEY_ROUGHNESS_FACTOR).value_or(1));
-  // With a map the factors only scale it. The common case is a map of mixed, middling values.
+  // With a map the factors only scale it. It is not looked at, and stands for middling values.
   if (material.GetTextureCount(aiTextureType_METALNESS) > 0 ||
       material.GetTextureCount(aiTextureType_UNKNOWN) > 0) {
     metallic *= 0.5f;
@@ -126,7 +126,7 @@ void SetPhysical(const Properties& properties, const aiMaterial& material, const
 void SetPhong(const Properties& properties, const Rgb& base, AttrProperty& surface) {
   surface.base = ToColor(base);
   float exponent = properties.Number(AI_MATKEY_SHININESS).value_or(0);
-  // Some writers give the exponent as a fraction of its usual range.
+  // An exponent that is no larger than 1 is taken for a share of 128.
   if (exponent <= 1) exponent *= 128;
   SetHighlight(surface, ToRgb(properties.Color(AI_MATKEY_COLOR_SPECULAR), {}),
                properties.Number(AI_MATKEY_SHININESS_STRENGTH).value_or(1), exponent);
@@ -145,9 +145,8 @@ float GltfTransparency(const Properties& properties, bool blends) {
 
 float Transparency(const Properties& properties) {
   const float opacity = Unit(properties.Number(AI_MATKEY_OPACITY).value_or(1));
-  // Nobody models a surface that cannot be seen. Files that say so mean the opposite: OBJ writers
-  // confuse "Tr" with "d", COLLADA's A_ONE mode with RGB_ZERO, and FBX files leave a transparency
-  // factor of 1 beside a colour that was to switch it off.
+  // What could not be seen at all is taken for opaque. OBJ's "Tr" and "d", COLLADA's A_ONE and
+  // RGB_ZERO are opposites that a writer may confuse.
   return opacity <= 0 ? 0 : 1 - opacity;
 }
 
@@ -158,7 +157,7 @@ Rgb BaseColor(const ImportContext& context, const Properties& properties, bool h
   // A black surface that glows: the glow is the colour it is seen in.
   if (!hasPicture && base.Largest() < 0.05f && emissive.Largest() > base.Largest()) base = emissive;
   if (context.IsGltf()) return DisplayFromLinear(base);
-  // In older formats the picture takes the colour's place, and writers then leave it black.
+  // In other formats than glTF a picture on black counts for itself.
   if (hasPicture && base.Largest() <= 0) return {1, 1, 1};
   return base;
 }

@@ -62,7 +62,8 @@ float VerticalFov(const ImportContext& context, const aiCamera& camera) {
   constexpr float kNarrowest = 0.01f, kWidest = 3.0f, kUsual = 0.7f;
   const bool hasAspect = std::isfinite(camera.mAspect) && camera.mAspect > 0;
   const float given = camera.mHorizontalFOV;
-  // COLLADA cameras without a name arrive with 0.014, an angle that nobody set.
+  // COLLADA cameras without a name or an angle come out of assimp 5.2 with 0.0137: a quarter of pi,
+  // its default, taken for degrees.
   if (context.format == SourceFormat::kCollada && given < 0.014f) return kUsual;
   float fov = 0;
   if (context.IsGltf() || context.format == SourceFormat::kIrrlicht) {

@@ -24,8 +24,8 @@ namespace hostkit {
 namespace {
 
 // The renderer works on display-referred colour throughout, and the file holds its values as they
-// are: readers that expect scene-linear values have to decode sRGB first, and this attribute tells
-// them. Primaries and white are those of Rec. 709.
+// are, not scene-linear ones as is OpenEXR's convention: this attribute tells that sRGB has to be
+// decoded first. Primaries and white are those of Rec. 709.
 constexpr char kEncodingName[] = "gl3:colorEncoding";
 constexpr char kEncoding[] = "display-referred, sRGB-encoded";
 

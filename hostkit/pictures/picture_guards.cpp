@@ -1,3 +1,4 @@
+// Faults of picture files, found before decoders meet them.
 #include "hostkit/pictures/picture_guards.h"
 
 #include <algorithm>
@@ -120,8 +121,8 @@ bool IsExrValueSound(std::string_view type, std::string_view value) {
   if (type == "preview") return IsPreviewWhole(value);
   if (type == "floatvector") return value.size() % 4 == 0;
   if (type == "stringvector") return AreTextsWhole(value);
-  // A manifest of object names, packed: with how many bytes it unpacks to behind its version. They
-  // pack well, but not a thousandfold.
+  // A manifest of object names, packed: with how many bytes it unpacks to behind its version. More
+  // than a thousandfold is not believed.
   if (type == "idmanifest") return LengthAt(value, 4) / 1000 <= value.size();
   return true;  // texts, and what the library does not know, are as long as they are
 }

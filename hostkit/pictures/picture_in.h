@@ -25,7 +25,7 @@ BitmapPtr LoadPictureFromMemory(const unsigned char* bytes, std::size_t size,
                                 PictureFacts* facts = nullptr);
 
 /// A bitmap of `width` x `height` pixels from tightly packed red, green, blue, alpha bytes, top row
-/// first. Null without memory.
+/// first. Null without pixels or memory.
 BitmapPtr BitmapFromRgba(const unsigned char* rgba, int width, int height);
 
 }  // namespace hostkit

@@ -14,8 +14,7 @@ using Imath::M44f;
 using Imath::Quatf;
 using Imath::V3f;
 
-// Moments at which the reach of an animation is looked at: what is missed between them is within
-// a fitted camera's margin.
+// Moments at which the reach of an animation is looked at; what it reaches between them is missed.
 constexpr int kMomentsToMeasure = 33;
 
 V3f Between(const V3f& a, const V3f& b, float share) {

@@ -127,7 +127,7 @@ HBitmapNode::~HBitmapNode() {
   }
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): the name comes by value in every host.
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface has it by value.
 HRGBABuffer* HBitmapNode::CreateRGBABuffer(String name, HBitmapBuffer::ChannelType type, int width,
                                            int height) {
   hostkit::LastBitmapCalls().bufferAsked = std::chrono::steady_clock::now();

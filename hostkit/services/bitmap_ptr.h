@@ -1,4 +1,4 @@
-// Owning handles of host bitmaps.
+// Owning handles of host bitmaps, and bitmaps with one buffer of four channels.
 #pragma once
 
 #include <memory>

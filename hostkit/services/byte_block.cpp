@@ -2,8 +2,7 @@
 //
 // A picture is taken for opaque and packed three bytes a pixel, each pixel tested while it is at
 // hand, until a row turns out not to be; only then is it packed anew with alpha. So an opaque
-// picture is read once, and a transparent one, whose first transparent row is mostly near the top,
-// little more than once.
+// picture is read once, and of a transparent one the rows down to its first transparent one twice.
 #include <algorithm>
 #include <chrono>
 #include <cstddef>

@@ -1,4 +1,5 @@
-// The host's four heaps: malloc with a count of what lives.
+// The host's four heaps, with a count of what lives. Blocks are malloc's, but for large ones of the
+// OGL heap and of pictures: those come straight from the system.
 #include "host/Heaps.h"
 
 #include <malloc.h>
@@ -104,7 +105,7 @@ struct alignas(alignof(std::max_align_t)) Header {
 constinit std::atomic<Header*> oglHead{nullptr};
 
 /// A header with `size` zero bytes behind it. Large blocks come straight from the system, zero
-/// without being written to, so that they cost what is used of them; a heap may clear them again.
+/// without being written to, so that they cost what is used of them; calloc may clear them again.
 Header* NewZeroed(std::size_t size) {
   if (!IsSane(size) || !IsSane(size + sizeof(Header))) return nullptr;
   size += sizeof(Header);

@@ -1,6 +1,5 @@
 // The host's heaps from the inside: how many blocks live, and what is left to find when a test
-// ends. The heaps take their memory from malloc; programs link mimalloc, which then serves all of
-// it.
+// ends. Large blocks of the OGL heap and of pictures are the system's own, all others malloc's.
 #pragma once
 
 #include <cstddef>

@@ -33,7 +33,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Bytes. Settings take a few hundred; beyond this it is something else under our name.
+/// Bytes. A longer file is not understood as settings.
 constexpr std::size_t kMaxFileSize = std::size_t{1} << 20;
 
 std::string_view Trim(std::string_view text) {
@@ -213,7 +213,7 @@ class Lock {
       m_reason = errno;
       return;
     }
-    // Writing takes milliseconds. Who waits for seconds waits for a stopped process.
+    // Five seconds in all; writing takes milliseconds.
     constexpr int kTries = 1000;
     for (int i = 0; i < kTries; ++i) {
       m_reason = flock(m_file, LOCK_EX | LOCK_NB) == 0 ? 0 : errno;

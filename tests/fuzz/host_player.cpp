@@ -1,3 +1,4 @@
+// The random host itself: its moves, what it starts with, and what must hold.
 #include "tests/fuzz/host_player.h"
 
 #include <algorithm>

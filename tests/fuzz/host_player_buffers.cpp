@@ -138,8 +138,8 @@ void HostPlayer::BlitSomething() {
   Buffer().CopyObjects(&Buffer(), 0);
 }
 
-/// Many records in orders that sorts fear, which must come out in order; those without a depth may
-/// stand anywhere.
+/// Many records in orders that are hard to sort, which must come out in order; those without a
+/// depth may stand anywhere.
 void HostPlayer::QueueRecords() {
   const int most = m_input.IsTame() ? 40 : 4000;
   const int count = m_input.Byte() * most / 256;

@@ -1,3 +1,4 @@
+// Values out of the bytes of an input.
 #include "tests/fuzz/input.h"
 
 #include <algorithm>

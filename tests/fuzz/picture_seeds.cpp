@@ -1,3 +1,4 @@
+// Tiny pictures of every kind that the host reads.
 #include "tests/fuzz/picture_seeds.h"
 
 #include <OpenEXR/ImfRgbaFile.h>

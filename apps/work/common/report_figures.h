@@ -5,7 +5,7 @@
 
 namespace gl3 {
 
-/// Microseconds are as fine as times in milliseconds mean anything.
+/// Milliseconds to whole microseconds.
 double Rounded(double milliseconds);
 
 /// The most memory that this process has had, in bytes; 0 when the system does not tell.

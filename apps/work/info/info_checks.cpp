@@ -220,7 +220,7 @@ InfoJson CollectChecks(const std::vector<InfoJson>& told, const std::string& tro
     if (!piece.contains("verdict")) continue;
     checks.push_back(piece["verdict"]);
   }
-  // After the last verdict only clearing up is left; what happens there harms nobody.
+  // After the last verdict only clearing up is left; what happens there changes no verdict.
   if (!trouble.empty() && !at.empty()) {
     checks.push_back(ToJson(at, {Level::kFail, "the driver " + trouble, kUpdate}));
   }

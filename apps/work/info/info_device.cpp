@@ -93,7 +93,7 @@ void TellDevice(const InfoOptions& options, bool all, const Tell& tell) {
   steps.End("driver");
   if (!session) return steps.Say("problem", outcome.message);
   GADriver* driver = session->Driver();
-  // Asked with a context of the module's own current, as a host does that is about to draw.
+  // Asked with a context of a buffer's own current.
   const std::unique_ptr<TestSurface> surface = TestSurface::Create(driver);
   InfoJson facts = {{"operational", driver->IsOperational() != 0},
                     {"hardwareSupport", driver->IsHardwareSupport() != 0},

@@ -1,4 +1,4 @@
-// A small known picture, drawn through the module as a host does and read back.
+// A small known picture, drawn through the module and read back.
 #pragma once
 
 #include <memory>
