@@ -14,15 +14,6 @@ using Imath::V3f;
 // OpenGL's fixed pipeline has eight lights, and the first of a list are taken.
 constexpr std::size_t kMaxLights = 8;
 
-struct SetName {
-  const char* name;
-  LightSet set;
-};
-constexpr SetName kSetNames[] = {{"auto", LightSet::kAuto},
-                                 {"scene", LightSet::kScene},
-                                 {"headlight", LightSet::kHeadlight},
-                                 {"three-point", LightSet::kThreePoint}};
-
 // The key comes over the viewer's left shoulder, the fill softens its shadows from the right
 // without highlights of its own, the rim draws the upper edge from behind. Together they stay near
 // 1 on a surface that faces the viewer.
@@ -91,14 +82,6 @@ float Strength(const GALight& light) {
 }
 
 }  // namespace
-
-bool ParseLightSet(const std::string& text, LightSet* set) {
-  auto found = std::find_if(std::begin(kSetNames), std::end(kSetNames),
-                            [&](const SetName& name) { return text == name.name; });
-  if (found == std::end(kSetNames)) return false;
-  *set = found->set;
-  return true;
-}
 
 void LightRig::Build(const Scene& scene, LightSet set, const SceneCamera& camera,
                      const Imath::Box3f& bounds, float unit) {

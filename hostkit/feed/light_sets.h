@@ -17,9 +17,6 @@ enum class LightSet {
   kThreePoint,  ///< Key, fill and rim, placed relative to the camera.
 };
 
-/// Reads "auto", "scene", "headlight" or "three-point". False for anything else.
-bool ParseLightSet(const std::string& text, LightSet* set);
-
 /// Host lights in view space with the list that goes to a display list. Head() is null for the
 /// headlight, which is what a null list means to the renderer. Stays valid until it is destroyed
 /// or built anew; not copied, since the list points into it.

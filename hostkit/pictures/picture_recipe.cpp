@@ -30,7 +30,8 @@ constexpr png_alloc_size_t kLargestChunk = 1 << 20;
 
 using FilePtr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
-void Add(const std::string& name, const std::string& value, Recipe* recipe) {
+/// Adds an entry when its name is one of ours.
+void AddOurs(const std::string& name, const std::string& value, Recipe* recipe) {
   if (name.compare(0, sizeof kPrefix - 1, kPrefix) == 0) recipe->emplace_back(name, value);
 }
 
@@ -60,7 +61,7 @@ bool ReadPng(std::FILE* file, Recipe* recipe) {
   int count = 0;
   if (isRead) png_get_text(png, info, &texts, &count);
   for (int i = 0; i < count; ++i) {
-    if (texts[i].key && texts[i].text) Add(texts[i].key, texts[i].text, recipe);
+    if (texts[i].key && texts[i].text) AddOurs(texts[i].key, texts[i].text, recipe);
   }
   png_destroy_read_struct(&png, &info, nullptr);
   return isRead;
@@ -82,7 +83,7 @@ bool ReadExr(std::FILE* opened, const std::string& path, Recipe* recipe) {
     const Imf::Header& header = file.header();
     for (auto entry = header.begin(); entry != header.end(); ++entry) {
       const auto* text = dynamic_cast<const Imf::StringAttribute*>(&entry.attribute());
-      if (text) Add(entry.name(), text->value(), recipe);
+      if (text) AddOurs(entry.name(), text->value(), recipe);
     }
     return true;
   } catch (const std::exception&) {
@@ -118,7 +119,7 @@ void AddCommentLines(const std::string& comment, Recipe* recipe) {
     const std::string line = comment.substr(begin, end - begin);
     const std::size_t colon = line.find(": ");
     if (line.compare(0, sizeof kPrefix - 1, kPrefix) == 0 && colon != std::string::npos) {
-      Add(name, value, recipe);
+      AddOurs(name, value, recipe);
       name = line.substr(0, colon);
       value = line.substr(colon + 2);
     } else {
@@ -126,7 +127,7 @@ void AddCommentLines(const std::string& comment, Recipe* recipe) {
     }
     begin = end + 1;
   }
-  Add(name, value, recipe);
+  AddOurs(name, value, recipe);
 }
 
 bool ReadJpeg(std::FILE* file, Recipe* recipe) {
@@ -183,13 +184,6 @@ bool ReadRecipe(const std::string& path, Recipe* recipe, std::string* error) {
     return fail("it has no recipe; name a picture as gl3 wrote it, since other programs drop it");
   }
   return true;
-}
-
-std::string RecipeValue(const Recipe& recipe, const std::string& name) {
-  for (const auto& [entry, value] : recipe) {
-    if (entry == name) return value;
-  }
-  return "";
 }
 
 }  // namespace hostkit

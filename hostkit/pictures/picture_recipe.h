@@ -13,7 +13,4 @@ namespace hostkit {
 /// names the file, the reason and the remedy.
 bool ReadRecipe(const std::string& path, Recipe* recipe, std::string* error);
 
-/// The value of an entry, empty when it is not there.
-std::string RecipeValue(const Recipe& recipe, const std::string& name);
-
 }  // namespace hostkit

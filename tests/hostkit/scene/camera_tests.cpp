@@ -207,9 +207,4 @@ TEST(LightSets, SceneLightsGoToViewSpaceStrongestFirst) {
   for (node = rig.Head(); node; node = node->next) ++count;
   EXPECT_EQ(count, 3);
   EXPECT_LT(rig.Head()->light->target.z, 0);  // the key shines away from the viewer
-
-  hostkit::LightSet set = hostkit::LightSet::kAuto;
-  EXPECT_TRUE(hostkit::ParseLightSet("three-point", &set));
-  EXPECT_EQ(set, hostkit::LightSet::kThreePoint);
-  EXPECT_FALSE(hostkit::ParseLightSet("Headlight", &set));
 }
