@@ -46,7 +46,7 @@ GLuint UploadBare(const HBitmapNode& picture) {
   glBindTexture(GL_TEXTURE_2D, texture);
   glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
   glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-  GLfloat most = 1;  // the module asks for it unless the user says no
+  GLfloat most = 1;  // as the module asks for by default
   glGetFloatv(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, &most);
   glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT, most);
   glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, picture.GetWidth(), picture.GetHeight(), 0, GL_RGBA,

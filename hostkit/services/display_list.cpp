@@ -18,8 +18,7 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 
-/// Pixels. A quarter of one is not seen, even without smoothing.
-constexpr double kMaxChordError = 0.25;
+constexpr double kMaxChordError = 0.25;  // pixels
 /// Segments of a full turn, multiples of four so that quarters and halves come out even. The lower
 /// bound keeps a far or tiny circle from turning into a square, the upper one holds the chord error
 /// up to a radius of 53,000 pixels and bounds the work beyond.

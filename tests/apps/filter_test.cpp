@@ -184,7 +184,7 @@ TEST_F(Filters, NameOutputsByPatternAndFolder) {
     EXPECT_TRUE(fs::is_regular_file(Path(name))) << name;
   }
   const auto time = fs::last_write_time(Path("out/a.png"));
-  Write("out/x.png", "");  // what another program leaves when the disk is full
+  Write("out/x.png", "");  // no picture
   Filter({"a.png", "x.tga", "-o", "out/", "--effect", "tint", "--skip-existing"});
   EXPECT_EQ(ReadPng("out/x.png").size(), 4u);
   EXPECT_EQ(fs::last_write_time(Path("out/a.png")), time);

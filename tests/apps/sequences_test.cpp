@@ -128,7 +128,7 @@ TEST_F(Sequences, AreGoneOnWithAndShared) {
   };
   EXPECT_EQ(render({"--chunk", "2/4"})["pictures"], 2);
   EXPECT_EQ(Pictures(), (std::set<std::string>{"s02.png", "s06.png"}));
-  Write("s03.png", "");  // what another program leaves when the disk is full
+  Write("s03.png", "");  // no picture
   const auto rest = render({"--skip-existing"});
   EXPECT_EQ(rest["skipped"], 2);
   ASSERT_EQ(rest["frames"].size(), 4u);
