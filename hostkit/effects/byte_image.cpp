@@ -8,18 +8,6 @@
 #include "hostkit/services/pixel_values.h"
 
 namespace hostkit {
-namespace {
-
-BitmapPtr NewBitmap(const char* name, HBitmapBuffer::ChannelType type, int width, int height) {
-  BitmapPtr bitmap(new HBitmapNode(width, height));
-  HRGBABuffer* buffer = bitmap->CreateRGBABuffer(name, type, width, height);
-  if (!buffer) return nullptr;
-  const bool allocated = buffer->AllocateData(0) != 0;
-  bitmap->AddBuffer(buffer);
-  return allocated ? std::move(bitmap) : nullptr;
-}
-
-}  // namespace
 
 unsigned char* ByteRow(const HBitmapNode& bitmap, int y) {
   auto* buffer = static_cast<HRGBABuffer*>(bitmap.FindBuffer("Color"));
@@ -29,14 +17,6 @@ unsigned char* ByteRow(const HBitmapNode& bitmap, int y) {
 std::uint16_t* HalfRow(const HBitmapNode& bitmap, int y) {
   auto* buffer = static_cast<HRGBABuffer*>(bitmap.FindBuffer("ColorAlpha"));
   return static_cast<std::uint16_t*>(buffer->GetData(y));
-}
-
-BitmapPtr NewByteBitmap(int width, int height) {
-  return NewBitmap("Color", HBitmapBuffer::kByteChannel, width, height);
-}
-
-BitmapPtr NewHalfBitmap(int width, int height) {
-  return NewBitmap("ColorAlpha", HBitmapBuffer::kHalfChannel, width, height);
 }
 
 ByteImage TakeByteBitmap(BitmapPtr bitmap) {

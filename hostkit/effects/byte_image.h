@@ -1,7 +1,6 @@
 // Pictures as the effects take them: 8 bits a channel, straight alpha.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 #include "hostkit/pictures/picture.h"
@@ -23,11 +22,6 @@ struct ByteImage {
 unsigned char* ByteRow(const HBitmapNode& bitmap, int y);
 /// First half float (blue, green, red, alpha) of row `y` of a bitmap's newest "ColorAlpha" buffer.
 std::uint16_t* HalfRow(const HBitmapNode& bitmap, int y);
-
-/// New bitmaps with a "Color" or "ColorAlpha" buffer, whose pixels have any value until they are
-/// written. Null without memory.
-BitmapPtr NewByteBitmap(int width, int height);
-BitmapPtr NewHalfBitmap(int width, int height);
 
 /// A bitmap with a "Color" buffer (as LoadPicture gives it) as an image; alpha is looked at.
 ByteImage TakeByteBitmap(BitmapPtr bitmap);

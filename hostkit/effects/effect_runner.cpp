@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <iterator>
 #include <utility>
@@ -14,7 +16,6 @@
 #include "host/GAShaderProgram.h"
 #include "host/RenderInfo.h"
 #include "hostkit/effects/byte_image.h"
-#include "hostkit/effects/effect_windows.h"
 #include "hostkit/services/bitmap_calls.h"
 #include "platform/gl.h"
 #include "platform/platform.h"
@@ -79,7 +80,7 @@ struct EffectRunner::Round {
 };
 
 /// Milliseconds of one call of the module.
-struct EffectRunner::Times {
+struct EffectRunner::CallTimes {
   double process, upload;
   double between;  // passes and read-back
   double merge;
@@ -155,7 +156,7 @@ EffectRunner::Program* EffectRunner::MakeProgram(const EffectCall& call, int pas
 }
 
 BitmapPtr EffectRunner::ProcessOnce(const Round& round, int passes, HBitmapNode& window,
-                                    Times* times, std::string* error) {
+                                    CallTimes* times, std::string* error) {
   const int width = round.plan.WindowWidth(), height = round.plan.WindowHeight();
   Program* program = FindProgram(round.call, passes, width, height);
   if (!program) program = MakeProgram(round.call, passes, width, height, error);
@@ -176,9 +177,9 @@ BitmapPtr EffectRunner::ProcessOnce(const Round& round, int passes, HBitmapNode&
 
 BitmapPtr EffectRunner::Process(const Round& round, HBitmapNode& window, EffectTimes* times,
                                 std::string* error) {
-  Times bare{};
+  CallTimes bare{};
   if (m_options.measuresParts && !ProcessOnce(round, 0, window, &bare, error)) return nullptr;
-  Times full{};
+  CallTimes full{};
   BitmapPtr result = ProcessOnce(round, round.passes, window, &full, error);
   times->process += full.process;
   if (m_options.measuresParts) {

@@ -59,7 +59,7 @@ class EffectRunner {
  private:
   struct Program;
   struct Round;
-  struct Times;
+  struct CallTimes;
 
   EffectRunner(GADriver* driver, const EffectRunnerOptions& options);
   bool ReadLimits(std::string* error);
@@ -72,13 +72,13 @@ class EffectRunner {
                      std::string* error);
   BitmapPtr Process(const Round& round, HBitmapNode& window, EffectTimes* times,
                     std::string* error);
-  BitmapPtr ProcessOnce(const Round& round, int passes, HBitmapNode& window, Times* times,
+  BitmapPtr ProcessOnce(const Round& round, int passes, HBitmapNode& window, CallTimes* times,
                         std::string* error);
 
   GADriver* m_driver;
   EffectRunnerOptions m_options;
   std::string m_rendererName;
-  std::vector<std::unique_ptr<Program>> m_programs;  // each is kept: another would cost as much
+  std::vector<std::unique_ptr<Program>> m_programs;  // in the order in which they were made
 };
 
 }  // namespace hostkit

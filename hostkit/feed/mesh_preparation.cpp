@@ -4,17 +4,17 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
-#include <numeric>
 
+#include "host/Animation.h"
+#include "host/Colors.h"
 #include "host/GADriver.h"
+#include "hostkit/scene/vertex_places.h"
 
 namespace hostkit {
 namespace {
 
 using Imath::V2f;
-using Imath::V3f;
 
 // Larger transparent meshes count as closed without looking: that takes time, and the renderer's
 // queue holds a fraction of them.
@@ -45,34 +45,18 @@ bool AreIndicesGood(const SceneMesh& mesh) {
          mesh.triangles.size() % 3 == 0 && mesh.lines.size() % 2 == 0;
 }
 
-// For each vertex the lowest vertex at the same place: seams of normals and texture coordinates
-// are no openings.
-std::vector<std::uint32_t> WeldByPosition(const std::vector<V3f>& positions) {
-  auto key = [&](std::uint32_t i) {
-    const V3f& p = positions[i];
-    return std::array{p.x, p.y, p.z};
-  };
-  std::vector<std::uint32_t> order(positions.size()), first(positions.size());
-  std::iota(order.begin(), order.end(), 0u);
-  std::sort(order.begin(), order.end(),
-            [&](std::uint32_t a, std::uint32_t b) { return key(a) < key(b); });
-  for (std::size_t i = 0; i < order.size(); ++i) {
-    bool same = i > 0 && key(order[i]) == key(order[i - 1]);
-    first[order[i]] = same ? first[order[i - 1]] : order[i];
-  }
-  return first;
-}
-
-// Closed means that each directed edge is met by as many edges the other way.
+// Closed means that each directed edge is met by as many edges the other way. Vertices at one place
+// count as one: seams of normals and texture coordinates are no openings.
 bool IsClosed(const SceneMesh& mesh) {
   if (mesh.triangles.size() / 3 > kMaxTrianglesToInspect) return true;
-  std::vector<std::uint32_t> ids = WeldByPosition(mesh.positions);
+  std::size_t placeCount = 0;
+  const std::vector<std::uint32_t> places = NumberPlaces(mesh.positions, &placeCount);
   std::vector<std::uint64_t> edges, opposite;
   edges.reserve(mesh.triangles.size());
   opposite.reserve(mesh.triangles.size());
   for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
     std::size_t next = i % 3 == 2 ? i - 2 : i + 1;
-    std::uint64_t a = ids[mesh.triangles[i]], b = ids[mesh.triangles[next]];
+    std::uint64_t a = places[mesh.triangles[i]], b = places[mesh.triangles[next]];
     edges.push_back(a << 32 | b);
     opposite.push_back(b << 32 | a);
   }
@@ -111,8 +95,8 @@ bool AreInside(const std::vector<V2f>& uvs) {
 }  // namespace
 
 /// Null without a picture, and when memory runs out.
-GATexture* PreparedScene::Texture(GADriver* driver, const SceneImage& image, int index,
-                                  bool border) {
+GATexture* PreparedScene::TextureOf(GADriver* driver, const SceneImage& image, int index,
+                                    bool border) {
   std::unique_ptr<GATexture>& texture = m_textures[{index, border}];
   if (texture || !image.bitmap) return texture.get();
   texture.reset(driver->CreateTexture());
@@ -152,7 +136,7 @@ bool PreparedScene::PrepareMesh(GADriver* driver, const Scene& scene, const Scen
     // picture that ends with its surface. So a clamped picture repeats, with the coordinates held
     // half a pixel off its edges; only where coordinates leave the picture does it get the border.
     bool border = !image.repeat && !AreInside(mesh.uvs);
-    prepared.texture = Texture(driver, image, index, border);
+    prepared.texture = TextureOf(driver, image, index, border);
     if (image.bitmap && !prepared.texture) {
       *error = fmt::format(
           "picture '{}' of the model cannot be uploaded: memory ran out; use a smaller one",

@@ -3,6 +3,7 @@
 
 #include <Imath/ImathVec.h>
 
+#include <cstddef>
 #include <deque>
 #include <map>
 #include <memory>
@@ -40,7 +41,7 @@ class PreparedScene {
 
  private:
   bool PrepareMesh(GADriver* driver, const Scene& scene, const SceneMesh& mesh, std::string* error);
-  GATexture* Texture(GADriver* driver, const SceneImage& image, int index, bool border);
+  GATexture* TextureOf(GADriver* driver, const SceneImage& image, int index, bool border);
 
   std::deque<AttrProperty> m_materials;  // the scene's first, then those with a colour folded in
   std::vector<PreparedMesh> m_meshes;

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "hostkit/feed/draw_state.h"
+
 namespace hostkit {
 namespace {
 
@@ -15,9 +17,6 @@ constexpr std::size_t kTrianglesAPiece = 10000;
 using Imath::M44f;
 using Imath::V2f;
 using Imath::V3f;
-
-// Values of the display list's SetDepthFunc.
-constexpr int kDepthTestOn = 1, kNormalBlending = 3, kLightingOff = 5;
 
 V3f Position(const GAVertex& v) {
   return {v.x, v.y, v.z};
@@ -47,13 +46,7 @@ void SceneFeed::Prepare(DisplayList* list, const FeedView& view) {
   m_list = list;
   m_view = view;
   m_texture = nullptr;
-  list->BeginInstructions();
-  list->SetProjection(1);
-  // After a scene with transparent surfaces the buffer takes lighting for switched on when it is
-  // off; switching it off outright brings the two together.
-  list->SetDepthFunc(kLightingOff);
-  list->SetDepthFunc(kDepthTestOn);
-  list->SetDepthFunc(kNormalBlending);
+  BeginUnlit(list);
   list->PrepForPolygonArray();
   list->SetTexture(nullptr);
 }

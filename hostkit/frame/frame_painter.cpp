@@ -4,7 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "host/DisplayList.h"
+#include "host/Animation.h"
+#include "host/Colors.h"
 #include "host/GABuffer.h"
 #include "hostkit/services/pixel_values.h"
 
@@ -28,6 +29,10 @@ float UnitFor(const Fog& fog, float farDistance) {
   if (fog.exponential) return fog.density == 1 ? 2.0f : 1.0f;
   const float most = std::min(kFogUnits / fog.farDistance, kMostUnits / farDistance);
   return std::exp2(std::floor(std::log2(std::max(most, 1.0f))));
+}
+
+ColorBuf ToBytes(const float* color) {
+  return {ToByte(color[0]), ToByte(color[1]), ToByte(color[2]), 255};
 }
 
 View Scaled(const View& view, float unit) {
@@ -81,15 +86,15 @@ void FramePainter::Clear(const PaintTarget& target, const float* background) {
   target.info->scene = &m_record;
   target.info->objectToView = kIdentity;
   target.buffer->ComputeProjectionMatrices();
+  const ColorBuf bytes = ToBytes(background);
   GAColor color;
-  color.Set(ToByte(background[0]), ToByte(background[1]), ToByte(background[2]), 255);
+  color.Set(bytes.red, bytes.green, bytes.blue, bytes.alpha);
   target.buffer->SetBackground(color);
   target.buffer->Clear();
 }
 
 FeedView FramePainter::ViewOf(const PaintTarget& target, const float* background) {
-  const ColorBuf color{ToByte(background[0]), ToByte(background[1]), ToByte(background[2]), 255};
-  return {m_worldToView, m_rig.Head(), target.info, &m_picture, m_settings, color};
+  return {m_worldToView, m_rig.Head(), target.info, &m_picture, m_settings, ToBytes(background)};
 }
 
 void FramePainter::ApplyFog(GABuffer& buffer) const {

@@ -5,9 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
-#include <memory>
 #include <new>
-#include <string>
 #include <utility>
 
 #include "host/GADriver.h"
@@ -17,6 +15,7 @@
 #include "hostkit/frame/off_screen_surface.h"
 #include "hostkit/frame/overlay_layers.h"
 #include "hostkit/scene/camera_window.h"
+#include "hostkit/services/bitmap_ptr.h"
 #include "platform/platform.h"
 
 namespace hostkit {
@@ -30,6 +29,8 @@ constexpr int kMaxSamplesPerSide = 4;
 // Samples of one surface: 270 MB of colour and depth, and as much again when it is read back.
 constexpr long kMaxSurfaceSamples = 1L << 25;
 constexpr float kBlack[3] = {0, 0, 0}, kWhite[3] = {1, 1, 1};
+constexpr const char* kNoOpenGl = "there is no usable OpenGL: see what `gl3 info --check` finds";
+constexpr const char* kNoMemory = "memory ran out: choose a smaller picture or fewer samples";
 
 double MillisecondsSince(Clock::time_point start) {
   return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
@@ -99,13 +100,13 @@ BitmapPtr FrameRenderer::State::DrawAndRead(const PixelWindow& samples, const fl
   start = Clock::now();
   BitmapPtr bitmap = surface.Read(surface.Width(), surface.Height());
   times.readBack += MillisecondsSince(start);
-  if (!bitmap) *error = "memory ran out: choose a smaller picture or fewer samples";
+  if (!bitmap) *error = kNoMemory;
   return bitmap;
 }
 
 BitmapPtr FrameRenderer::State::RenderTiles(const FrameSettings& settings, const Tiling& tiling,
                                             std::string* error) {
-  BitmapPtr picture = NewPicture(settings.width, settings.height);
+  BitmapPtr picture = NewHalfBitmap(settings.width, settings.height);
   if (!picture) {
     *error = "memory ran out: choose a smaller picture";
     return nullptr;
@@ -188,7 +189,7 @@ FrameRenderer::~FrameRenderer() = default;
 std::unique_ptr<FrameRenderer> FrameRenderer::Create(GADriver* driver, const Scene& scene,
                                                      std::string* error) {
   if (!driver || !driver->IsOperational()) {
-    *error = "there is no usable OpenGL: see what `gl3 info --check` finds";
+    *error = kNoOpenGl;
     return nullptr;
   }
   try {
@@ -209,7 +210,7 @@ Picture FrameRenderer::Render(const FrameSettings& settings, const View& view, s
   if (!AreSettingsGood(settings, error)) return picture;
   Tiling tiling = ChooseTiling(settings);
   if (tiling.width <= 0) {
-    *error = "there is no usable OpenGL: see what `gl3 info --check` finds";
+    *error = kNoOpenGl;
     return picture;
   }
   State& state = *m_state;
@@ -218,7 +219,7 @@ Picture FrameRenderer::Render(const FrameSettings& settings, const View& view, s
     picture.bitmap = state.Render(settings, view, tiling, error);
     picture.hasAlpha = settings.transparentBackground;
   } catch (const std::bad_alloc&) {
-    *error = "memory ran out: choose a smaller picture or fewer samples";
+    *error = kNoMemory;
     picture.bitmap.reset();
   }
   return picture;

@@ -4,13 +4,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "host/Vertices.h"
+#include "hostkit/feed/draw_state.h"
+
 namespace hostkit {
 namespace {
 
 using Imath::V3f;
-
-// Values of the display list's SetDepthFunc.
-constexpr int kDepthTestOn = 1, kNormalBlending = 3, kLightingOff = 5;
 
 constexpr ColorBuf kGrey{128, 128, 128, 255}, kRed{210, 60, 60, 255}, kBlue{70, 100, 220, 255};
 constexpr float kReach = 1.5f;     // of the model's larger extent
@@ -93,11 +93,7 @@ View GridLines::Reach(const View& view) const {
 
 void GridLines::Draw(DisplayList* list, const Imath::M44f& worldToView, const RenderInfo& info,
                      int samplesWide) {
-  list->BeginInstructions();
-  list->SetProjection(1);
-  list->SetDepthFunc(kLightingOff);
-  list->SetDepthFunc(kDepthTestOn);
-  list->SetDepthFunc(kNormalBlending);
+  BeginUnlit(list);
   list->SetTexture(nullptr);
   m_lines.Begin(info, samplesWide);
   for (const Line& line : m_gridLines) {

@@ -45,13 +45,4 @@ BitmapPtr OffScreenSurface::Read(int width, int height) {
   return colors && colors->Data() ? std::move(bitmap) : nullptr;
 }
 
-BitmapPtr NewPicture(int width, int height) {
-  BitmapPtr bitmap(new HBitmapNode(width, height));
-  HRGBABuffer* buffer =
-      bitmap->CreateRGBABuffer("ColorAlpha", HBitmapBuffer::kHalfChannel, width, height);
-  if (!buffer) return nullptr;
-  bitmap->AddBuffer(buffer);
-  return buffer->AllocateData(0) ? std::move(bitmap) : nullptr;
-}
-
 }  // namespace hostkit

@@ -9,7 +9,7 @@
 #include "host/GADriver.h"
 #include "host/RenderInfo.h"
 #include "hostkit/frame/overlay_painter.h"
-#include "hostkit/scene/scene.h"
+#include "hostkit/services/bitmap_ptr.h"
 
 namespace hostkit {
 
@@ -38,9 +38,5 @@ class OffScreenSurface {
   std::unique_ptr<DisplayList> m_list;  // holds on to the buffer's context
   int m_width = 0, m_height = 0;
 };
-
-/// A picture of half floats, whose pixels have any value until they are written. Null without
-/// memory.
-BitmapPtr NewPicture(int width, int height);
 
 }  // namespace hostkit

@@ -2,7 +2,7 @@
 #include "hostkit/frame/overlay_layers.h"
 
 #include <algorithm>
-#include <utility>
+#include <cstddef>
 
 #include "hostkit/frame/frame_resolve.h"
 
@@ -13,8 +13,7 @@ namespace {
 constexpr int kPartSide = 2048;
 // Text is never higher than this, nor a character wider.
 constexpr int kTextHeight = 18, kCharacterWidth = 16;
-// A line of text longer than this is cut: surfaces may not be larger.
-constexpr int kMaxTextWidth = 4096;
+constexpr int kMaxTextWidth = 4096;  // pixels; what reaches beyond is cut
 
 bool IsSame(const OverlayPicture& a, const OverlayPicture& b) {
   return a.bitmap == b.bitmap && a.x == b.x && a.y == b.y && a.alpha == b.alpha;
@@ -79,7 +78,7 @@ BitmapPtr OverlayLayers::DrawPart(OffScreenSurface& surface, const Part& part) {
     onGround[ground] = surface.Read(part.width, part.height);
     if (!onGround[ground]) return nullptr;
   }
-  BitmapPtr pixels = NewPicture(part.width, part.height);
+  BitmapPtr pixels = NewHalfBitmap(part.width, part.height);
   if (!pixels) return nullptr;
   ResolveSamples(*onGround[0]->FindBuffer("ColorAlpha"), onGround[1]->FindBuffer("ColorAlpha"), 1,
                  {0, 0, part.width, part.height}, pixels->FindBuffer("ColorAlpha"));

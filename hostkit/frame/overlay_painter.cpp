@@ -7,13 +7,13 @@
 #include <iterator>
 #include <utility>
 
+#include "hostkit/feed/draw_state.h"
 #include "hostkit/pictures/picture_in.h"
+#include "hostkit/services/bitmap_ptr.h"
 
 namespace hostkit {
 namespace {
 
-// Values of the display list's SetDepthFunc.
-constexpr int kNormalBlending = 3, kLightingOff = 5;
 constexpr int kOnScreen = 3;  // kind of buffer
 
 // Planes of the view that overlays are drawn in. The renderer moves what lies on the near plane

@@ -1,6 +1,7 @@
 // Placement: the node tree of a model file into instances, cameras and lights in world space.
 #include "hostkit/import/import_nodes.h"
 
+#include <Imath/ImathVec.h>
 #include <assimp/camera.h>
 #include <assimp/light.h>
 #include <assimp/scene.h>
@@ -12,6 +13,8 @@
 #include <utility>
 
 #include "host/Lights.h"
+#include "hostkit/scene/directions.h"
+#include "hostkit/scene/scene.h"
 
 namespace hostkit {
 namespace {
@@ -31,11 +34,6 @@ M44f ToMatrix(const aiMatrix4x4& m) {
           m.a3, m.b3, m.c3, m.d3, m.a4, m.b4, m.c4, m.d4};
 }
 
-bool IsFinite(const M44f& matrix) {
-  const float* first = matrix.getValue();
-  return std::all_of(first, first + 16, [](float value) { return std::isfinite(value); });
-}
-
 M44f NodeToWorld(const aiNode* node) {
   M44f toWorld;
   for (; node; node = node->mParent) toWorld *= ToMatrix(node->mTransformation);
@@ -46,14 +44,6 @@ M44f NodeToWorld(const aiNode* node) {
 M44f PlacementOf(const ImportContext& context, const aiString& name) {
   const aiNode* root = context.source->mRootNode;
   return NodeToWorld(root ? root->FindNode(name) : nullptr);
-}
-
-/// A direction in world space, unit length; `fallback` when there is none.
-V3f DirectionToWorld(const aiVector3D& direction, const M44f& toWorld, const V3f& fallback) {
-  V3f world;
-  toWorld.multDirMatrix(ToVector(direction), world);
-  const float length = world.length();
-  return length > 0 && std::isfinite(length) ? world / length : fallback;
 }
 
 /// Full vertical angle in radians, from what the format's importer gives.
@@ -77,7 +67,8 @@ float VerticalFov(const ImportContext& context, const aiCamera& camera) {
   return std::isfinite(fov) && fov > 0 ? std::clamp(fov, kNarrowest, kWidest) : kUsual;
 }
 
-V3f SidewaysOf(const V3f& forward) {
+/// What can be up for a camera that looks along `forward`.
+V3f UpFor(const V3f& forward) {
   return std::abs(forward.y) < 0.9f ? V3f(0, 1, 0) : V3f(0, 0, -1);
 }
 
@@ -86,9 +77,9 @@ SceneCamera ImportCamera(const ImportContext& context, const aiCamera& source) {
   camera.name = source.mName.C_Str();
   const M44f toWorld = PlacementOf(context, source.mName);
   camera.eye = ToVector(source.mPosition) * toWorld;
-  camera.forward = DirectionToWorld(source.mLookAt, toWorld, {0, 0, -1});
-  camera.up = DirectionToWorld(source.mUp, toWorld, {0, 1, 0});
-  if (camera.up.cross(camera.forward).length() < 1e-4f) camera.up = SidewaysOf(camera.forward);
+  camera.forward = TurnedOr(ToVector(source.mLookAt), toWorld, {0, 0, -1});
+  camera.up = TurnedOr(ToVector(source.mUp), toWorld, {0, 1, 0});
+  if (camera.up.cross(camera.forward).length() < 1e-4f) camera.up = UpFor(camera.forward);
   camera.verticalFov = VerticalFov(context, source);
   if (source.mOrthographicWidth > 0) {
     const float aspect = source.mAspect > 0 ? source.mAspect : 1;
@@ -152,7 +143,7 @@ bool ImportLight(const ImportContext& context, const aiLight& source, const V3f&
   light->intensity = brightest;
   const M44f toWorld = PlacementOf(context, source.mName);
   light->position = ToVector(source.mPosition) * toWorld;
-  light->direction = DirectionToWorld(source.mDirection, toWorld, {0, -1, 0});
+  light->direction = TurnedOr(ToVector(source.mDirection), toWorld, {0, -1, 0});
   if (light->type == GALight::kSpot) SetCone(context, source, *light);
   if (light->type == GALight::kDirectional) return true;
   // The renderer's attenuation, 1 / (0.8333 + 0.3126 (d / range)^2), is 1 at 0.73 ranges.

@@ -1,15 +1,17 @@
 // Normals for triangles that come without.
 #include "hostkit/import/import_normals.h"
 
+#include <Imath/ImathVec.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <span>
-#include <unordered_map>
-#include <utility>
 #include <vector>
+
+#include "hostkit/scene/directions.h"
+#include "hostkit/scene/vertex_places.h"
 
 namespace hostkit {
 namespace {
@@ -23,26 +25,11 @@ constexpr std::uint32_t kMostAround = 512;
 constexpr float kCosSameNormal = 0.999f;  // corners closer than this share a vertex
 const V3f kAnyDirection(0, 1, 0);
 
-struct PositionHash {
-  std::size_t operator()(const V3f& position) const {
-    std::uint32_t bits[3];
-    std::memcpy(bits, &position, sizeof bits);
-    std::uint64_t hash = 0;
-    for (std::uint32_t part : bits) hash = (hash ^ part) * 0x9e3779b97f4a7c15u;
-    return hash ^ (hash >> 29);
-  }
-};
-
 /// Twice the triangle's area long, on the side from which it is counter-clockwise.
 V3f AreaNormal(const SceneMesh& mesh, std::size_t triangle) {
   const std::uint32_t* corner = &mesh.triangles[3 * triangle];
   const V3f& a = mesh.positions[corner[0]];
   return (mesh.positions[corner[1]] - a).cross(mesh.positions[corner[2]] - a);
-}
-
-V3f UnitOr(const V3f& vector, const V3f& fallback) {
-  const float length = vector.length();
-  return length > 0 && std::isfinite(length) ? vector / length : fallback;
 }
 
 /// The direction that a triangle faces; zero when it is thin to the point of having none, where
@@ -70,22 +57,6 @@ V3f CornerNormal(const std::vector<V3f>& areas, const std::vector<V3f>& facings,
     if (hasFacing && facings[other].dot(own) >= least) sum += areas[other];
   }
   return UnitOr(sum, kAnyDirection);
-}
-
-/// For each vertex the number of its place, equal positions having equal numbers.
-std::vector<std::uint32_t> NumberPlaces(const std::vector<V3f>& positions, std::size_t* count) {
-  std::unordered_map<V3f, std::uint32_t, PositionHash> numbers;
-  numbers.reserve(positions.size());
-  std::vector<std::uint32_t> places;
-  places.reserve(positions.size());
-  for (const V3f& position : positions) {
-    // Adding zero makes -0 the 0 that it compares equal to.
-    const V3f key = position + V3f(0.0f);
-    places.push_back(
-        numbers.try_emplace(key, static_cast<std::uint32_t>(numbers.size())).first->second);
-  }
-  *count = numbers.size();
-  return places;
 }
 
 /// The triangles around each place, place p owning entries first[p] to first[p + 1].

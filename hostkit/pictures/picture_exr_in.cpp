@@ -9,15 +9,12 @@
 #include <OpenEXR/ImfRgbaFile.h>
 #include <OpenEXR/ImfStringAttribute.h>
 #include <OpenEXR/ImfVersion.h>
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <exception>
-#include <utility>
 #include <vector>
 
 #include "hostkit/pictures/picture_guards.h"
@@ -26,9 +23,6 @@
 namespace hostkit {
 namespace {
 
-// As for the other kinds of picture.
-constexpr int kLargestSide = 32768;
-constexpr long long kMostPixels = 1LL << 28;
 constexpr int kLargestTile = 2048;  // pixels a side; each is decoded in memory
 
 /// OpenEXR's input from memory.
@@ -74,14 +68,8 @@ bool IsDisplayReferred(const Imf::Header& header) {
 bool IsSizeGood(const Imath::Box2i& window, std::string* reason) {
   const long long width = static_cast<long long>(window.max.x) - window.min.x + 1;
   const long long height = static_cast<long long>(window.max.y) - window.min.y + 1;
-  if (width >= 1 && height >= 1 && width <= kLargestSide && height <= kLargestSide &&
-      width * height <= kMostPixels) {
-    return true;
-  }
-  *reason = fmt::format(
-      "{} x {} pixels are too many (at most {} a side and {} in all); scale it "
-      "down",
-      width, height, kLargestSide, kMostPixels);
+  if (width >= 1 && height >= 1 && !IsTooLarge(width, height)) return true;
+  *reason = TooLargeText(width, height);
   return false;
 }
 
@@ -101,7 +89,7 @@ bool ToStraight(const Imf::Rgba& pixel, const ByteTable& table, unsigned char* t
   return clipped;
 }
 
-BitmapPtr Read(MemoryStream& stream, PictureFacts* facts, std::string* reason) {
+BitmapPtr ReadPixels(MemoryStream& stream, PictureFacts* facts, std::string* reason) {
   Imf::RgbaInputFile file(stream);
   const Imath::Box2i display = file.displayWindow(), data = file.dataWindow();
   if (!IsSizeGood(display, reason) || !IsSizeGood(data, reason)) return nullptr;
@@ -110,15 +98,12 @@ BitmapPtr Read(MemoryStream& stream, PictureFacts* facts, std::string* reason) {
     return nullptr;
   }
   const int width = display.max.x - display.min.x + 1, height = display.max.y - display.min.y + 1;
-  BitmapPtr bitmap(new HBitmapNode(width, height));
-  HRGBABuffer* color =
-      bitmap->CreateRGBABuffer("Color", HBitmapBuffer::kByteChannel, width, height);
-  const bool allocated = color && color->AllocateData(0) != 0;
-  bitmap->AddBuffer(color);
-  if (!allocated) {
-    *reason = fmt::format("no memory for {} x {} pixels; scale it down", width, height);
+  BitmapPtr bitmap = NewByteBitmap(width, height);
+  if (!bitmap) {
+    *reason = NoMemoryText(width, height);
     return nullptr;
   }
+  auto* color = static_cast<HRGBABuffer*>(bitmap->GetBufferHead());
   facts->wasLinear = !IsDisplayReferred(file.header());
   const ByteTable table = MakeTable(facts->wasLinear);
   const bool hasAlpha = (file.channels() & Imf::WRITE_A) != 0;
@@ -163,7 +148,7 @@ BitmapPtr LoadExr(const unsigned char* bytes, std::size_t size, PictureFacts* fa
   LimitExrSizes();
   MemoryStream stream(bytes, size);
   try {
-    return Read(stream, facts, reason);
+    return ReadPixels(stream, facts, reason);
   } catch (const std::exception& exception) {
     std::string why = exception.what();
     for (char& c : why) {

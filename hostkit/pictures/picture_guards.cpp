@@ -1,11 +1,16 @@
 // Faults of picture files, found before decoders meet them.
 #include "hostkit/pictures/picture_guards.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstddef>
 
 namespace hostkit {
 namespace {
+
+// As many pixels are a gigabyte; decoding takes about three.
+constexpr long long kMostPixels = 1LL << 28;
 
 bool IsHdr(std::string_view file) {
   return file.starts_with("#?RADIANCE\n") || file.starts_with("#?RGBE\n");
@@ -128,6 +133,19 @@ bool IsExrValueSound(std::string_view type, std::string_view value) {
 }
 
 }  // namespace
+
+bool IsTooLarge(long long width, long long height) {
+  return width > kLargestSide || height > kLargestSide || width * height > kMostPixels;
+}
+
+std::string TooLargeText(long long width, long long height) {
+  return fmt::format("{} x {} pixels are too many (at most {} a side and {} in all); scale it down",
+                     width, height, kLargestSide, kMostPixels);
+}
+
+std::string NoMemoryText(int width, int height) {
+  return fmt::format("no memory for {} x {} pixels; scale it down", width, height);
+}
 
 bool AreHdrRowsWhole(std::string_view file, int width, int height) {
   if (!IsHdr(file)) return true;

@@ -2,9 +2,19 @@
 // looked for before they decode.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace hostkit {
+
+/// Pixels a side of the largest pictures that are read, of every kind.
+constexpr int kLargestSide = 32768;
+
+/// Whether a picture of this size is not read, and why, with the remedy.
+bool IsTooLarge(long long width, long long height);
+std::string TooLargeText(long long width, long long height);
+/// Why there is no bitmap of this size, with the remedy.
+std::string NoMemoryText(int width, int height);
 
 /// Whether all run-length coded rows of an HDR file are there, given the size that its header
 /// tells. The decoder waits for the rest of a cut row for ever. True for files of other kinds, and

@@ -13,6 +13,7 @@
 #include <memory>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "hostkit/pictures/picture_exr_in.h"
@@ -29,18 +30,11 @@
 namespace hostkit {
 namespace {
 
-constexpr int kLargestSide = 32768;
-// Decoding needs about three times the pixels' memory; beyond this it is a mistake or an attack.
-constexpr long long kMostPixels = 1LL << 28;
 constexpr const char* kFormats = "EXR, PNG, JPEG, TGA, BMP or HDR";
 
 BitmapPtr Fail(std::string* error, std::string message) {
   *error = std::move(message);
   return nullptr;
-}
-
-std::string NoMemoryText(int width, int height) {
-  return fmt::format("no memory for {} x {} pixels; scale it down", width, height);
 }
 
 /// Why decoding failed, and the remedy. The decoder's words may quote the file, whatever bytes it
@@ -141,11 +135,8 @@ BitmapPtr LoadPictureFromMemory(const unsigned char* bytes, std::size_t size,
   if (!stbi_info_from_memory(bytes, length, &width, &height, &channels)) {
     return Fail(error, fmt::format("{}: not an {} picture; convert it to one", name, kFormats));
   }
-  const long long pixels = static_cast<long long>(width) * height;
-  if (width > kLargestSide || height > kLargestSide || pixels > kMostPixels) {
-    return Fail(error, fmt::format("{}: {} x {} pixels are too many (at most {} a side and {} in "
-                                   "all); scale it down",
-                                   name, width, height, kLargestSide, kMostPixels));
+  if (IsTooLarge(width, height)) {
+    return Fail(error, fmt::format("{}: {}", name, TooLargeText(width, height)));
   }
   if (!AreHdrRowsWhole(file, width, height)) {
     return Fail(error, fmt::format("{}: the picture ends early; write it anew", name));
@@ -164,18 +155,10 @@ BitmapPtr LoadPictureFromMemory(const unsigned char* bytes, std::size_t size,
 }
 
 BitmapPtr BitmapFromRgba(const unsigned char* rgba, int width, int height) {
-  if (width < 1 || height < 1) return nullptr;
-  BitmapPtr bitmap(new HBitmapNode(width, height));
-  HRGBABuffer* color =
-      bitmap->CreateRGBABuffer("Color", HBitmapBuffer::kByteChannel, width, height);
-  if (!color) return nullptr;
-  const bool allocated = color->AllocateData(0) != 0;
-  bitmap->AddBuffer(color);
-  if (!allocated) return nullptr;
-  const std::size_t rowBytes = static_cast<std::size_t>(width) * 4;
-  for (int y = 0; y < height; ++y) {
-    std::memcpy(color->GetData(y), rgba + rowBytes * y, rowBytes);
-  }
+  BitmapPtr bitmap = NewByteBitmap(width, height);
+  if (!bitmap) return nullptr;
+  const std::size_t pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+  std::memcpy(bitmap->GetBufferHead()->Data(), rgba, pixels * 4);
   return bitmap;
 }
 

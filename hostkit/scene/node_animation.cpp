@@ -1,11 +1,13 @@
 // Plays the animations of a scene's nodes.
 #include "hostkit/scene/node_animation.h"
 
+#include <Imath/ImathMatrix.h>
+
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 
 #include "hostkit/scene/camera.h"
+#include "hostkit/scene/directions.h"
 
 namespace hostkit {
 namespace {
@@ -44,19 +46,6 @@ M44f ToMatrix(const NodePlace& place) {
   M44f move;
   move.setTranslation(place.translation);
   return matrix * place.rotation.toMatrix44() * move;
-}
-
-bool IsFinite(const M44f& matrix) {
-  const float* first = matrix.getValue();
-  return std::all_of(first, first + 16, [](float value) { return std::isfinite(value); });
-}
-
-/// The direction in world space at unit length, or `before` where it has none.
-V3f Turned(const V3f& direction, const M44f& toWorld, const V3f& before) {
-  V3f turned;
-  toWorld.multDirMatrix(direction, turned);
-  const float length = turned.length();
-  return length > 0 && std::isfinite(length) ? turned / length : before;
 }
 
 /// The node-to-world matrices of all nodes.
@@ -112,8 +101,8 @@ void PoseScene(Scene& scene, const std::vector<int>& animations, double seconds)
     SceneCamera& camera = scene.cameras[static_cast<std::size_t>(moving.camera)];
     if (!IsFinite(matrix)) continue;
     camera.eye = moving.eye * matrix;
-    camera.forward = Turned(moving.forward, matrix, camera.forward);
-    const V3f up = Turned(moving.up, matrix, camera.up);
+    camera.forward = TurnedOr(moving.forward, matrix, camera.forward);
+    const V3f up = TurnedOr(moving.up, matrix, camera.up);
     if (up.cross(camera.forward).length() > 1e-4f) camera.up = up;
   }
   for (const MovingLight& moving : motion.lights) {
@@ -121,7 +110,7 @@ void PoseScene(Scene& scene, const std::vector<int>& animations, double seconds)
     SceneLight& light = scene.lights[static_cast<std::size_t>(moving.light)];
     if (!IsFinite(matrix)) continue;
     light.position = moving.position * matrix;
-    light.direction = Turned(moving.direction, matrix, light.direction);
+    light.direction = TurnedOr(moving.direction, matrix, light.direction);
   }
 }
 

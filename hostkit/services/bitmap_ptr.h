@@ -15,4 +15,9 @@ struct BitmapRelease {
 /// The one owner of a host bitmap; null without one.
 using BitmapPtr = std::unique_ptr<HBitmapNode, BitmapRelease>;
 
+/// New bitmaps with one buffer, an HRGBABuffer: "Color" of bytes or "ColorAlpha" of half floats.
+/// Its pixels have any value until they are written. Null without pixels or memory.
+BitmapPtr NewByteBitmap(int width, int height);
+BitmapPtr NewHalfBitmap(int width, int height);
+
 }  // namespace hostkit

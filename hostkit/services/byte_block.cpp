@@ -4,6 +4,7 @@
 // hand, until a row turns out not to be; only then is it packed anew with alpha. So an opaque
 // picture is read once, and of a transparent one the rows down to its first transparent one twice.
 #include <algorithm>
+#include <bit>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -49,8 +50,8 @@ void RowToBytes(const HBitmapBuffer& buffer, const void* row, std::size_t count,
   std::transform(floats, floats + count, bytes, hostkit::ToByte);
 }
 
-// Four-channel pixels are packed two in a word, first byte lowest: the machine is little-endian, as
-// everything that this runs on.
+// Four-channel pixels are packed two in a word, first byte lowest.
+static_assert(std::endian::native == std::endian::little);
 
 /// Both pixels with red and blue exchanged.
 constexpr std::uint64_t SwapRedBlue(std::uint64_t pixels) {

@@ -36,14 +36,14 @@ struct alignas(64) Counter {
 // Constant-initialised: the heaps work before and after every other static object.
 constinit Counter gassist, ogl, ext, string;
 
-/// Whether malloc may be asked for `size`. More than PTRDIFF_MAX is never to be had, and some
-/// allocators abort when asked.
-bool IsSane(std::size_t size) {
+/// Whether malloc may be asked for `size`. More than PTRDIFF_MAX is never to be had, and the
+/// address sanitizer's ends the process when asked.
+bool MayAsk(std::size_t size) {
   return size <= static_cast<std::size_t>(PTRDIFF_MAX);
 }
 
 void* Alloc(Counter& counter, std::size_t size) {
-  if (!IsSane(size)) return nullptr;
+  if (!MayAsk(size)) return nullptr;
   void* block = std::malloc(size);
   if (block) counter.Add(malloc_usable_size(block));
   return block;
@@ -100,6 +100,10 @@ struct alignas(alignof(std::max_align_t)) Header {
   static Header* Of(void* block) { return static_cast<Header*>(block) - 1; }
 };
 
+bool MayAskWithHeader(std::size_t size) {
+  return MayAsk(size) && MayAsk(size + sizeof(Header));
+}
+
 /// The chain that FreeOGL walks. Blocks are only ever pushed, or taken off all at once, so a push
 /// needs one compare-and-swap and no lock.
 constinit std::atomic<Header*> oglHead{nullptr};
@@ -107,7 +111,7 @@ constinit std::atomic<Header*> oglHead{nullptr};
 /// A header with `size` zero bytes behind it. Large blocks come straight from the system, zero
 /// without being written to, so that they cost what is used of them; calloc may clear them again.
 Header* NewZeroed(std::size_t size) {
-  if (!IsSane(size) || !IsSane(size + sizeof(Header))) return nullptr;
+  if (!MayAskWithHeader(size)) return nullptr;
   size += sizeof(Header);
   if (size < kLarge) return static_cast<Header*>(std::calloc(1, size));
   const std::size_t mapped = RoundUp(size);
@@ -118,7 +122,7 @@ Header* NewZeroed(std::size_t size) {
 
 /// The same for AllocExt, with bytes of any value.
 Header* New(std::size_t size) {
-  if (!IsSane(size) || !IsSane(size + sizeof(Header))) return nullptr;
+  if (!MayAskWithHeader(size)) return nullptr;
   auto* header = static_cast<Header*>(std::malloc(size + sizeof(Header)));
   if (!header) return nullptr;
   AdviseHugePages(header, size);
@@ -130,7 +134,7 @@ Header* New(std::size_t size) {
 // most twice what is asked for, as when four bytes a pixel follow three. Clearing new pages for a
 // frame of 3840 x 2160 takes the system a third as long as FillBitmapNode takes in all.
 constinit std::atomic<Header*> spare{nullptr};
-constexpr std::size_t kMostSpare = std::size_t{1} << 27;  // a larger one would be missed elsewhere
+constexpr std::size_t kMostSpare = std::size_t{1} << 27;  // a larger one is given back
 
 void Unmap(Header* header) {
   if (header) munmap(header, header->mapped);
@@ -146,7 +150,7 @@ void Delete(Header* header) {
 
 /// As New, but large blocks have a mapping of their own.
 Header* NewMapped(std::size_t size) {
-  if (!IsSane(size) || !IsSane(size + sizeof(Header))) return nullptr;
+  if (!MayAskWithHeader(size)) return nullptr;
   if (size + sizeof(Header) < kLarge) return New(size);
   const std::size_t wanted = RoundUp(size + sizeof(Header));
   Header* kept = spare.exchange(nullptr);
