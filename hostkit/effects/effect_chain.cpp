@@ -2,10 +2,12 @@
 #include "hostkit/effects/effect_chain.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <utility>
 
 #include "hostkit/effects/effect_twins.h"
+#include "hostkit/services/bitmap_ptr.h"
 
 namespace hostkit {
 namespace {

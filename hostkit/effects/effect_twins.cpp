@@ -1,14 +1,13 @@
 // The effects' twins on the processor, written from their formulas.
 #include "hostkit/effects/effect_twins.h"
 
-#include <Imath/half.h>
-
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdlib>
-#include <utility>
 
 #include "hostkit/effects/byte_image.h"
+#include "hostkit/services/bitmap_ptr.h"
 
 namespace hostkit {
 namespace {

@@ -2,7 +2,6 @@
 // against.
 #pragma once
 
-#include <cstddef>
 #include <vector>
 
 #include "host/Bitmap.h"

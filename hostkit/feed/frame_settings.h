@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "host/Bitmap.h"
 #include "host/Colors.h"
 #include "hostkit/feed/light_sets.h"
-#include "hostkit/scene/scene.h"
 
 namespace hostkit {
 

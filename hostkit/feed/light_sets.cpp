@@ -2,9 +2,13 @@
 #include "hostkit/feed/light_sets.h"
 
 #include <Imath/ImathMatrix.h>
+#include <Imath/ImathVec.h>
 
 #include <algorithm>
-#include <iterator>
+#include <cstddef>
+
+#include "host/Vectors.h"
+#include "hostkit/scene/camera.h"
 
 namespace hostkit {
 namespace {

@@ -1,11 +1,11 @@
 // Which lights a frame is drawn with.
 #pragma once
 
+#include <Imath/ImathBox.h>
+
 #include <deque>
-#include <string>
 
 #include "host/Lights.h"
-#include "hostkit/scene/camera.h"
 #include "hostkit/scene/scene.h"
 
 namespace hostkit {

@@ -1,13 +1,14 @@
 // Edges of meshes, as drawings show them.
 #include "hostkit/feed/mesh_edges.h"
 
+#include <Imath/ImathBox.h>
+#include <Imath/ImathVec.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
 #include <unordered_map>
-
-#include <Imath/ImathBox.h>
 
 namespace hostkit {
 namespace {

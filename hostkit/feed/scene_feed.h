@@ -2,12 +2,16 @@
 #pragma once
 
 #include <Imath/ImathMatrix.h>
+#include <Imath/ImathVec.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
 #include "host/Colors.h"
 #include "host/DisplayList.h"
+#include "host/GATexture.h"
+#include "host/Lights.h"
 #include "host/RenderInfo.h"
 #include "host/Vertices.h"
 #include "host/VornPoly.h"

@@ -1,5 +1,4 @@
 // Feeds a scene to a display list: the ways to draw that are not shaded, and markers.
-#include <algorithm>
 #include <cmath>
 #include <numbers>
 

@@ -1,6 +1,5 @@
 // Feeds a scene to a display list: triangles that bring their colours along, lines, and points.
 #include <algorithm>
-#include <cmath>
 #include <numeric>
 #include <utility>
 

@@ -2,7 +2,6 @@
 #include "hostkit/feed/seen_surfaces.h"
 
 #include <algorithm>
-#include <cstddef>
 
 #include "hostkit/services/pixel_values.h"
 

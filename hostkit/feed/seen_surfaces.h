@@ -3,6 +3,7 @@
 
 #include <Imath/ImathVec.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 

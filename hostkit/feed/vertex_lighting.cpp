@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <numbers>
 
+#include "host/Animation.h"
+#include "host/Vectors.h"
 #include "hostkit/services/pixel_values.h"
 
 namespace hostkit {

@@ -1,13 +1,18 @@
 // Draws the frames of a scene into buffers of any kind, on screen or off.
 #pragma once
 
+#include <Imath/ImathBox.h>
+#include <Imath/ImathMatrix.h>
+
 #include <memory>
 #include <string>
 
+#include "host/RenderInfo.h"
 #include "hostkit/feed/frame_settings.h"
 #include "hostkit/feed/light_sets.h"
 #include "hostkit/feed/mesh_preparation.h"
 #include "hostkit/feed/scene_feed.h"
+#include "hostkit/feed/seen_surfaces.h"
 #include "hostkit/frame/ground_grid.h"
 #include "hostkit/frame/overlay_painter.h"
 #include "hostkit/scene/camera.h"

@@ -1,13 +1,13 @@
 // Pictures and text for frames that are made of samples or of parts.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "hostkit/feed/frame_settings.h"
 #include "hostkit/frame/off_screen_surface.h"
 #include "hostkit/frame/overlay_painter.h"
+#include "hostkit/services/bitmap_ptr.h"
 
 namespace hostkit {
 

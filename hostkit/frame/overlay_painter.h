@@ -10,6 +10,7 @@
 #include "host/GADriver.h"
 #include "host/GATexture.h"
 #include "host/RenderInfo.h"
+#include "host/Vectors.h"
 #include "hostkit/feed/frame_settings.h"
 
 namespace hostkit {

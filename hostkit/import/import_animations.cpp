@@ -1,12 +1,13 @@
 // Animations of model files into a scene's motion.
 #include "hostkit/import/import_animations.h"
 
+#include <Imath/ImathMatrix.h>
+#include <Imath/ImathVec.h>
 #include <assimp/anim.h>
 #include <assimp/camera.h>
 #include <assimp/light.h>
 #include <assimp/mesh.h>
 #include <assimp/scene.h>
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
@@ -16,6 +17,7 @@
 #include <utility>
 
 #include "hostkit/import/import_nodes.h"
+#include "hostkit/scene/scene_motion.h"
 
 namespace hostkit {
 namespace {

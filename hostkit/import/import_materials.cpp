@@ -5,14 +5,15 @@
 // highlight; what cannot be kept (maps of roughness, normals, reflections) is left out.
 #include "hostkit/import/import_materials.h"
 
+#include <Imath/ImathVec.h>
 #include <assimp/GltfMaterial.h>
 #include <assimp/scene.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <iterator>
 #include <optional>
+#include <string>
 
 #include "hostkit/import/import_pictures.h"
 #include "hostkit/services/pixel_values.h"

@@ -4,10 +4,10 @@
 #include <Imath/ImathMatrix.h>
 #include <assimp/material.h>
 
-#include <string>
 #include <vector>
 
 #include "hostkit/import/import_context.h"
+#include "hostkit/scene/scene.h"
 
 namespace hostkit {
 

@@ -1,6 +1,8 @@
 // Meshes of model files into scene meshes.
 #include "hostkit/import/import_meshes.h"
 
+#include <Imath/ImathMatrix.h>
+#include <Imath/ImathVec.h>
 #include <assimp/mesh.h>
 #include <assimp/scene.h>
 #include <fmt/format.h>
@@ -12,6 +14,7 @@
 #include <utility>
 
 #include "hostkit/import/import_normals.h"
+#include "hostkit/scene/scene.h"
 #include "hostkit/services/pixel_values.h"
 
 namespace hostkit {

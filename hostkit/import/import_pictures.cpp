@@ -13,7 +13,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
-#include <utility>
 #include <vector>
 
 #include "hostkit/pictures/picture_in.h"

@@ -1,11 +1,13 @@
 // Pictures of a model: embedded in it, or in files near it.
 #pragma once
 
+#include <compare>
 #include <map>
 #include <string>
-#include <tuple>
+#include <utility>
 
 #include "hostkit/import/import_context.h"
+#include "hostkit/services/bitmap_ptr.h"
 
 namespace hostkit {
 

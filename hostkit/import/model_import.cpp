@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include <assimp/Importer.hpp>
+#include <cstddef>
 #include <cstring>
 #include <exception>
 #include <filesystem>
@@ -21,6 +22,7 @@
 #include "hostkit/import/import_materials.h"
 #include "hostkit/import/import_meshes.h"
 #include "hostkit/import/import_nodes.h"
+#include "hostkit/scene/scene_motion.h"
 
 namespace hostkit {
 namespace {

@@ -3,8 +3,8 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <new>

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "hostkit/pictures/picture_in.h"
+#include "hostkit/services/bitmap_ptr.h"
 
 namespace hostkit {
 

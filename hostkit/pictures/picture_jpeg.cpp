@@ -1,6 +1,7 @@
 // JPEG files: 8-bit, opaque; transparent pictures on black.
 #include <cerrno>
 #include <csetjmp>
+#include <cstddef>
 #include <cstdio>
 #include <string>
 #include <vector>

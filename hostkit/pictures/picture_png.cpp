@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csetjmp>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <string>

@@ -1,4 +1,6 @@
 // Half-float pixels into 8-bit rows.
+#include <cstdint>
+
 #include "hostkit/pictures/picture_encoders.h"
 #include "hostkit/services/pixel_values.h"
 

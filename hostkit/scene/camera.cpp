@@ -1,12 +1,9 @@
 // Cameras: view transforms, fitting to a box, and the render settings that a view determines.
 #include "hostkit/scene/camera.h"
 
-#include <Imath/ImathVec.h>
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <vector>
 
 #include "hostkit/scene/camera_window.h"
 

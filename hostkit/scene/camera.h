@@ -3,6 +3,7 @@
 
 #include <Imath/ImathBox.h>
 #include <Imath/ImathMatrix.h>
+#include <Imath/ImathVec.h>
 
 #include <vector>
 

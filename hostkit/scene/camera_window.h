@@ -1,6 +1,7 @@
 // The part of a view that one drawing surface holds: large pictures are drawn in tiles.
 #pragma once
 
+#include "host/RenderInfo.h"
 #include "hostkit/scene/camera.h"
 
 namespace hostkit {

@@ -1,9 +1,14 @@
 // The points of a scene that decide how it fits into a frame.
+#include <Imath/ImathMatrix.h>
+#include <Imath/ImathVec.h>
+
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <vector>
 
 #include "hostkit/scene/camera.h"
+#include "hostkit/scene/scene.h"
 
 namespace hostkit {
 namespace {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "hostkit/scene/scene.h"
+#include "hostkit/scene/scene_motion.h"
 
 namespace hostkit {
 

@@ -8,13 +8,13 @@
 #include <Imath/ImathMatrix.h>
 #include <Imath/ImathVec.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "host/AttrProperty.h"
 #include "host/Colors.h"
-#include "host/Vectors.h"
 #include "hostkit/scene/scene_motion.h"
 #include "hostkit/services/bitmap_ptr.h"
 

@@ -9,16 +9,15 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <string_view>
 #include <system_error>
-#include <utility>
 #include <vector>
 
 #include "host/GADriver.h"

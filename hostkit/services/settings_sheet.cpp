@@ -7,11 +7,13 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <string_view>
 #include <utility>
 
 #include "host/GADriver.h"
+#include "host/String.h"
 #include "hostkit/services/save_request.h"
 #include "platform/scripted_view.h"
 

@@ -1,5 +1,6 @@
 // The host's text streams.
 #include "host/Streams.h"
+#include "host/String.h"
 
 #include <new>
 #include <utility>
