@@ -24,7 +24,7 @@ constexpr Verb kVerbs[] = {
     {"view", "Show model files in a window", AddViewVerb},
 };
 
-constexpr const char* kFooter = R"(
+constexpr const char* kProgramFooter = R"(
 Examples:
   gl3 render chair.glb -o chair.png
   gl3 filter photo.jpg -o soft.png --effect blur:radius=4
@@ -73,7 +73,7 @@ int Main(int argc, char** argv) {
   const OptionParser parser(
       "gl3", "gl3 draws 3D models through OpenGL, with or without a screen or a GPU.",
       "gl3 " GL3_VERSION);
-  parser.SetFooter(kFooter);
+  parser.SetFooter(kProgramFooter);
   std::vector<VerbJob> jobs;
   for (const Verb& verb : kVerbs) jobs.push_back(verb.add(parser.AddVerb(verb.name, verb.summary)));
   if (const std::optional<int> status = parser.ParseProgram(argc, argv)) return *status;

@@ -12,7 +12,7 @@
 namespace gl3 {
 namespace {
 
-constexpr const char* kFooter = R"(
+constexpr const char* kSettingsFooter = R"(
 A setting holds for every program that draws through the module, from its next
 start on. Keys may be written without quotes and in any case. Switches take 0 or
 1, also off and on; the value `default` puts the standard one back.
@@ -58,7 +58,7 @@ VerbJob AddSettingsVerb(const OptionParser& parser) {
       .Exclude(action)
       .Exclude(words)
       .Exclude(json);
-  parser.SetFooter(kFooter);
+  parser.SetFooter(kSettingsFooter);
   return [options](const std::string&) { return RunSettings(*options); };
 }
 

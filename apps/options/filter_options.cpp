@@ -8,7 +8,7 @@ namespace {
 
 constexpr int kMaxThreads = 256;
 
-constexpr const char* kFooter = R"(
+constexpr const char* kFilterFooter = R"(
 Pictures come as EXR, PNG, JPEG, TGA, BMP or HDR. Effects work on display-referred
 colours from 0 to 1 with 8 bits a channel; what is above 1 is cut, with a warning.
 Alpha is kept, or filtered by sharpen, dilate and erode; effects that are called
@@ -29,7 +29,7 @@ Examples:
 }  // namespace
 
 void AddFilterOptions(const OptionParser& parser, FilterOptions* options) {
-  parser.SetFooter("\nEffects and their parameters:\n" + EffectHelp() + kFooter);
+  parser.SetFooter("\nEffects and their parameters:\n" + EffectHelp() + kFilterFooter);
   parser.AddWords("IMAGE", "...", "Pictures, each filtered by itself", &options->inputs).Require();
   AddEffectOptions(parser, &options->effects).Require();
   parser.BeginGroup("Picture");

@@ -7,7 +7,7 @@ namespace {
 /// A driver that has not answered by then hangs.
 constexpr double kTimeoutSeconds = 60;
 
-constexpr const char* kFooter = R"(
+constexpr const char* kInfoFooter = R"(
 What it prints is what a bug report needs. Each device is asked in a process of
 its own: a driver that crashes or hangs is told, and the rest of the report
 comes all the same.
@@ -50,7 +50,7 @@ void AddInfoOptions(const OptionParser& parser, InfoOptions* options) {
   parser.Find("--device").Exclude(all);
   // A process that only asks needs no such limit.
   parser.Remove("--max-memory");
-  parser.SetFooter(kFooter);
+  parser.SetFooter(kInfoFooter);
 }
 
 }  // namespace gl3

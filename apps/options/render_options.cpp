@@ -24,7 +24,7 @@ const NamedView kViews[] = {
     {"top", {0, 1, 0}},   {"bottom", {0, -1, 0}}, {"iso", {1, 1, 1}},
 };
 
-constexpr const char* kFooter = R"(
+constexpr const char* kRenderFooter = R"(
 World space is the file's: right-handed, y up, units as in the file. Colours are
 display-referred (sRGB), as the renderer draws them.
 Without --camera, --eye or --view the whole model is shown from a three-quarter
@@ -168,7 +168,7 @@ void AddCameraOptions(const OptionParser& parser, RenderOptions* options) {
 }  // namespace
 
 void AddRenderOptions(const OptionParser& parser, RenderOptions* options) {
-  parser.SetFooter(kFooter);
+  parser.SetFooter(kRenderFooter);
   parser.AddWords("MODEL", "...", "Model files, merged into one scene", &options->models);
   AddPictureOptions(parser, options);
   AddCameraOptions(parser, options);

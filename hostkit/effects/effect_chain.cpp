@@ -12,8 +12,6 @@
 namespace hostkit {
 namespace {
 
-constexpr const char* kNoMemory = "memory ran out; try a smaller picture";
-
 /// A finished picture with the colours of a straight result.
 Picture Finish(BitmapPtr halves, bool hasAlpha) {
   if (hasAlpha) Premultiply(halves.get());

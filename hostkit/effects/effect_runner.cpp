@@ -27,7 +27,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kOffScreen = 1;  // kind of buffer
 constexpr int kNewBuffer = 0;  // merge mode: the result goes into a buffer of its own
-constexpr const char* kNoMemory = "memory ran out; try a smaller picture";
 
 double Milliseconds(Clock::time_point start, Clock::time_point end) {
   return std::chrono::duration<double, std::milli>(end - start).count();

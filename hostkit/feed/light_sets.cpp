@@ -15,9 +15,6 @@ namespace {
 
 using Imath::V3f;
 
-// OpenGL's fixed pipeline has eight lights, and the first of a list are taken.
-constexpr std::size_t kMaxLights = 8;
-
 // The key comes over the viewer's left shoulder, the fill softens its shadows from the right
 // without highlights of its own, the rim draws the upper edge from behind. Together they stay near
 // 1 on a surface that faces the viewer.

@@ -3,12 +3,17 @@
 
 #include <Imath/ImathBox.h>
 
+#include <cstddef>
 #include <deque>
 
 #include "host/Lights.h"
 #include "hostkit/scene/scene.h"
 
 namespace hostkit {
+
+/// Lights that are drawn with: OpenGL's fixed pipeline has eight, and the first of a list are
+/// taken.
+constexpr std::size_t kMaxLights = 8;
 
 enum class LightSet {
   kAuto,        ///< The scene's own lights when it has any, else three-point.

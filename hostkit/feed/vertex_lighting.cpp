@@ -8,6 +8,7 @@
 
 #include "host/Animation.h"
 #include "host/Vectors.h"
+#include "hostkit/feed/light_sets.h"
 #include "hostkit/services/pixel_values.h"
 
 namespace hostkit {
@@ -15,8 +16,7 @@ namespace {
 
 using Imath::V3f;
 
-// The renderer's numbers: lights taken, shine.
-constexpr std::size_t kMaxLights = 8;
+// The renderer's numbers of shine.
 constexpr float kShine = 45, kMaxShininess = 128;
 
 V3f Mul(const V3f& a, const V3f& b) {

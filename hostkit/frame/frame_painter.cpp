@@ -19,7 +19,6 @@ constexpr float kAmbientAmount = 0.25f;
 constexpr float kFogUnits = 1 << 20, kMostUnits = 1 << 24;
 
 constexpr float kIdentity[12] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
-constexpr float kBlack[3] = {0, 0, 0};
 
 // How many view units to count for a world unit. Two of the renderer's habits want an answer: it
 // cuts the distances of linear fog to whole view units, which would move the fog of a model of a

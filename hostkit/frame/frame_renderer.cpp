@@ -28,7 +28,7 @@ constexpr int kMaxSurfaceSide = 16384;  // buffers keep their size in 16 bits
 constexpr int kMaxSamplesPerSide = 4;
 // Samples of one surface: 270 MB of colour and depth, and as much again when it is read back.
 constexpr long kMaxSurfaceSamples = 1L << 25;
-constexpr float kBlack[3] = {0, 0, 0}, kWhite[3] = {1, 1, 1};
+constexpr float kWhite[3] = {1, 1, 1};
 constexpr const char* kNoOpenGl = "there is no usable OpenGL: see what `gl3 info --check` finds";
 constexpr const char* kNoMemory = "memory ran out: choose a smaller picture or fewer samples";
 

@@ -17,6 +17,7 @@
 #include <utility>
 
 #include "hostkit/import/import_nodes.h"
+#include "hostkit/scene/directions.h"
 #include "hostkit/scene/scene_motion.h"
 
 namespace hostkit {
@@ -27,10 +28,6 @@ using Imath::Quatf;
 using Imath::V3f;
 
 constexpr double kUsualTicksPerSecond = 25;  // where a file does not tell
-
-bool IsFinite(const V3f& v) {
-  return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
-}
 
 V3f ToValue(const aiVector3D& v) {
   return {v.x, v.y, v.z};
@@ -43,20 +40,13 @@ Quatf ToValue(const aiQuaternion& q) {
   return length > 0 && std::isfinite(length) ? quaternion / length : Quatf();
 }
 
-bool IsUsable(const V3f& value) {
-  return IsFinite(value);
-}
-bool IsUsable(const Quatf& value) {
-  return IsFinite(value.v) && std::isfinite(value.r);
-}
-
 /// Keys in seconds, by time; unusable ones are left out, and of several at one time the last stays.
 template <class Key, class Value>
 void CopyKeys(const Key* source, unsigned count, double ticksPerSecond,
               std::vector<AnimationKey<Value>>& keys) {
   for (unsigned i = 0; source && i < count; ++i) {
     const AnimationKey<Value> key{source[i].mTime / ticksPerSecond, ToValue(source[i].mValue)};
-    if (std::isfinite(key.time) && IsUsable(key.value)) keys.push_back(key);
+    if (std::isfinite(key.time) && IsFinite(key.value)) keys.push_back(key);
   }
   std::stable_sort(keys.begin(), keys.end(),
                    [](const auto& a, const auto& b) { return a.time < b.time; });

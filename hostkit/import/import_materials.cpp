@@ -77,9 +77,9 @@ Rgb ToRgb(const std::optional<aiColor4D>& color, const Rgb& fallback) {
   return color ? Rgb{color->r, color->g, color->b} : fallback;
 }
 
-Rgb DisplayFromLinear(const Rgb& color) {
-  return {hostkit::DisplayFromLinear(color.red), hostkit::DisplayFromLinear(color.green),
-          hostkit::DisplayFromLinear(color.blue)};
+Rgb DisplayColor(const Rgb& color) {
+  return {DisplayFromLinear(color.red), DisplayFromLinear(color.green),
+          DisplayFromLinear(color.blue)};
 }
 
 /// A highlight by its Phong exponent and strength. The renderer turns roughness r into the
@@ -120,8 +120,7 @@ void SetPhysical(const Properties& properties, const aiMaterial& material, const
   const Rgb specular = ToRgb(properties.Color(AI_MATKEY_COLOR_SPECULAR), {1, 1, 1});
   // Specular-glossiness metals have a black diffuse colour and carry their own in the specular.
   const float metal = Unit((specular.Largest() - base.Largest()) * 2);
-  SetMetalRough(surface, Mixed(base, DisplayFromLinear(specular), metal), metal,
-                Unit(1 - *glossiness));
+  SetMetalRough(surface, Mixed(base, DisplayColor(specular), metal), metal, Unit(1 - *glossiness));
 }
 
 void SetPhong(const Properties& properties, const Rgb& base, AttrProperty& surface) {
@@ -157,7 +156,7 @@ Rgb BaseColor(const ImportContext& context, const Properties& properties, bool h
   const Rgb emissive = ToRgb(properties.Color(AI_MATKEY_COLOR_EMISSIVE), {});
   // A black surface that glows: the glow is the colour it is seen in.
   if (!hasPicture && base.Largest() < 0.05f && emissive.Largest() > base.Largest()) base = emissive;
-  if (context.IsGltf()) return DisplayFromLinear(base);
+  if (context.IsGltf()) return DisplayColor(base);
   // In other formats than glTF a picture on black counts for itself.
   if (hasPicture && base.Largest() <= 0) return {1, 1, 1};
   return base;

@@ -34,7 +34,7 @@ std::vector<V3f> CopyVectors(const aiVector3D* source, std::size_t count) {
   return copy;
 }
 
-bool IsUsable(const V3f& position) {
+bool CanBeDrawn(const V3f& position) {
   // False for NaN, too.
   return std::abs(position.x) < kLargestCoordinate && std::abs(position.y) < kLargestCoordinate &&
          std::abs(position.z) < kLargestCoordinate;
@@ -46,7 +46,7 @@ std::vector<bool> TakeOutBadPositions(std::vector<V3f>& positions) {
   std::vector<bool> bad;
   V3f good(0.0f);
   for (std::size_t i = 0; i < positions.size(); ++i) {
-    if (IsUsable(positions[i])) {
+    if (CanBeDrawn(positions[i])) {
       good = positions[i];
       continue;
     }

@@ -91,18 +91,18 @@ bool ReadExr(std::FILE* opened, const std::string& path, Recipe* recipe) {
   }
 }
 
-struct JpegJob {
+struct JpegHeader {
   jpeg_error_mgr errors;
   std::jmp_buf jump;
   jpeg_decompress_struct jpeg;
 };
 
-void OnJpegError(j_common_ptr common) {
-  std::longjmp(static_cast<JpegJob*>(common->client_data)->jump, 1);
+void OnBrokenJpeg(j_common_ptr common) {
+  std::longjmp(static_cast<JpegHeader*>(common->client_data)->jump, 1);
 }
-void OnJpegMessage(j_common_ptr) {}
+void OnJpegWarning(j_common_ptr) {}
 
-bool ReadJpegHeader(JpegJob& job, std::FILE* file) {
+bool ReadJpegHeader(JpegHeader& job, std::FILE* file) {
   if (setjmp(job.jump)) return false;
   jpeg_create_decompress(&job.jpeg);
   jpeg_stdio_src(&job.jpeg, file);
@@ -131,11 +131,11 @@ void AddCommentLines(const std::string& comment, Recipe* recipe) {
 }
 
 bool ReadJpeg(std::FILE* file, Recipe* recipe) {
-  JpegJob job;
+  JpegHeader job;
   job.jpeg = {};
   job.jpeg.err = jpeg_std_error(&job.errors);
-  job.errors.error_exit = OnJpegError;
-  job.errors.output_message = OnJpegMessage;
+  job.errors.error_exit = OnBrokenJpeg;
+  job.errors.output_message = OnJpegWarning;
   job.jpeg.client_data = &job;
   const bool isRead = ReadJpegHeader(job, file);
   std::string comment;

@@ -1,13 +1,22 @@
-// Directions that may have no length, or be beyond the numbers.
+// Directions and placements of files, which may have no length or be beyond the numbers.
 #pragma once
 
 #include <Imath/ImathMatrix.h>
+#include <Imath/ImathQuat.h>
 #include <Imath/ImathVec.h>
 
 #include <algorithm>
 #include <cmath>
 
 namespace hostkit {
+
+inline bool IsFinite(const Imath::V3f& v) {
+  return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
+
+inline bool IsFinite(const Imath::Quatf& q) {
+  return IsFinite(q.v) && std::isfinite(q.r);
+}
 
 inline bool IsFinite(const Imath::M44f& matrix) {
   const float* first = matrix.getValue();

@@ -34,7 +34,7 @@ class BoxCapture {
   MessageBoxView m_before;
 };
 
-Outcome Fail(const std::string& message) {
+Outcome NoOpenGl(const std::string& message) {
   return {kNoOpenGl, message};
 }
 
@@ -60,7 +60,7 @@ Outcome OpenDisplay(const std::string& device) {
     ReplaceAll("GL3_DEVICE=", "--device ", &reason);
     ReplaceAll("GL3_DEVICE", "--device", &reason);
   }
-  return Fail(reason.starts_with("--device ") ? reason : "OpenGL: " + reason);
+  return NoOpenGl(reason.starts_with("--device ") ? reason : "OpenGL: " + reason);
 }
 
 std::unique_ptr<DriverSession> DriverSession::Start(const DeviceChoice& choice, Outcome* outcome) {
@@ -70,18 +70,18 @@ std::unique_ptr<DriverSession> DriverSession::Start(const DeviceChoice& choice, 
   std::string error;
   const std::string path = choice.module.empty() ? hostkit::FindModule(&error) : choice.module;
   if (path.empty()) {
-    *outcome = Fail(error);
+    *outcome = NoOpenGl(error);
     return nullptr;
   }
   const BoxCapture capture;
   std::unique_ptr<hostkit::LoadedModule> module = hostkit::LoadedModule::Load(path, &error);
   if (!module) {
-    *outcome = Fail(error);
+    *outcome = NoOpenGl(error);
     return nullptr;
   }
   if (module->Driver()->Initialize() == 0) {
     const std::string reason = g_boxText.empty() ? "the driver does not start" : g_boxText;
-    *outcome = Fail(path + ": " + reason + "; try --device cpu, or update the OpenGL driver");
+    *outcome = NoOpenGl(path + ": " + reason + "; try --device cpu, or update the OpenGL driver");
     return nullptr;
   }
   return std::unique_ptr<DriverSession>(new DriverSession(std::move(module)));
