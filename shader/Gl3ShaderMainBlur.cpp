@@ -78,6 +78,7 @@ int BlurShader::ProcessShader(HBitmapNode* source, HBitmapNode* destination) {
   return RunEffect(*this,
                    {m_targetBuffer,
                     {m_verticalProgram, m_horizontalProgram},
+                    2,
                     m_passes,
                     m_mergeMode,
                     m_width,

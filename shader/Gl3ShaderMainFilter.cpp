@@ -67,6 +67,7 @@ void MiscShader::SetUniforms() const {
 }
 
 int MiscShader::ProcessShader(HBitmapNode* source, HBitmapNode* destination) {
-  return RunEffect(*this, {m_targetBuffer, {m_program}, m_passes, m_mergeMode, m_width, m_height},
+  return RunEffect(*this,
+                   {m_targetBuffer, {m_program}, 1, m_passes, m_mergeMode, m_width, m_height},
                    source, destination);
 }

@@ -57,8 +57,8 @@ void DrawPasses(const EffectRun& run, GLuint picture) {
   };
   DrawQuad();
   for (std::int32_t pass = 0; pass < run.passes; ++pass) {
-    for (const GLuint program : run.programs) {
-      glUseProgram(program);
+    for (std::size_t i = 0; i < run.programCount; ++i) {
+      glUseProgram(run.programs[i]);
       DrawQuad();
       glUseProgram(0);
       copyBack();

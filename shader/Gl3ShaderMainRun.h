@@ -1,6 +1,8 @@
 // What the effects share: the surface they draw with, programs, uniforms, textures, and a run.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 
@@ -32,8 +34,9 @@ GLuint MakeWorkTexture(GLint filter, GLint wrap);
 
 /// One picture's way through an effect.
 struct EffectRun {
-  GL3GABuffer* target = nullptr;             ///< Whose context to draw in.
-  std::initializer_list<GLuint> programs{};  ///< Of a pass, in turn.
+  GL3GABuffer* target = nullptr;     ///< Whose context to draw in.
+  std::array<GLuint, 2> programs{};  ///< Of a pass, in turn.
+  std::size_t programCount = 0;
   std::int32_t passes = 0;
   std::int32_t mergeMode = 0;
   std::int32_t width = 0, height = 0;  ///< Pixels of the picture.

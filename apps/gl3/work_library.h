@@ -1,7 +1,7 @@
 // The part of gl3 that needs OpenGL, importers and picture libraries, loaded when a verb needs it.
 //
 // Linked to the program itself, those libraries cost every start 7 ms, `gl3 --help` and a mistyped
-// option included; without them a start takes 2 ms.
+// option included; without them a start takes 3 ms.
 #pragma once
 
 #include "apps/base/messages.h"

@@ -14,16 +14,9 @@
 namespace gl3 {
 namespace {
 
-constexpr int kOneLine = -1, kIndented = 2;
-
-/// Text that is not UTF-8 gets replacement characters.
-std::string Dump(const FilterJson& json, int indent) {
-  return json.dump(indent, ' ', false, FilterJson::error_handler_t::replace);
-}
-
-FilterJson StepJson(const hostkit::EffectCall& call, const hostkit::EffectStep& step) {
+Json StepJson(const hostkit::EffectCall& call, const hostkit::EffectStep& step) {
   const hostkit::EffectTimes& times = step.times;
-  FilterJson json;
+  Json json;
   json["effect"] = DescribeEffect(call);
   json["milliseconds"] = {{"upload", Rounded(times.upload)},
                           {"passes", Rounded(times.passes)},
@@ -37,9 +30,8 @@ FilterJson StepJson(const hostkit::EffectCall& call, const hostkit::EffectStep& 
   return json;
 }
 
-FilterJson PictureJson(const FilteredPicture& picture,
-                       const std::vector<hostkit::EffectCall>& calls) {
-  FilterJson json;
+Json PictureJson(const FilteredPicture& picture, const std::vector<hostkit::EffectCall>& calls) {
+  Json json;
   json["input"] = picture.input;
   json["output"] = picture.output;
   json["status"] = picture.status;
@@ -49,14 +41,14 @@ FilterJson PictureJson(const FilteredPicture& picture,
   json["milliseconds"] = {{"read", Rounded(picture.read)},
                           {"effects", Rounded(picture.effects)},
                           {"write", Rounded(picture.write)}};
-  json["effects"] = FilterJson::array();
+  json["effects"] = Json::array();
   for (std::size_t i = 0; i < picture.steps.size(); ++i) {
     json["effects"].push_back(StepJson(calls[i], picture.steps[i]));
   }
   return json;
 }
 
-FilterJson StartJson(const FilterStart& start) {
+Json StartJson(const FilterStart& start) {
   return {{"renderer", start.renderer},
           {"platform", start.platform},
           {"device", start.device},
@@ -67,22 +59,22 @@ FilterJson StartJson(const FilterStart& start) {
 }  // namespace
 
 std::string StartPiece(const FilterStart& start) {
-  return Dump({{"start", StartJson(start)}, {"milliseconds", start.milliseconds}}, kOneLine);
+  return JsonLine({{"start", StartJson(start)}, {"milliseconds", start.milliseconds}});
 }
 
 std::string PicturePiece(const FilteredPicture& picture,
                          const std::vector<hostkit::EffectCall>& calls) {
-  return Dump({{"picture", PictureJson(picture, calls)}, {"peakMemory", PeakMemory()}}, kOneLine);
+  return JsonLine({{"picture", PictureJson(picture, calls)}, {"peakMemory", PeakMemory()}});
 }
 
 std::string WarningPiece(const std::string& text, bool ofClipping) {
-  return Dump({{"warning", text}, {"ofClipping", ofClipping}}, kOneLine);
+  return JsonLine({{"warning", text}, {"ofClipping", ofClipping}});
 }
 
 void FilterReport::Add(const std::vector<std::string>& pieces) {
   m_hasStarted = false;
   for (const std::string& text : pieces) {
-    const FilterJson piece = FilterJson::parse(text, nullptr, false);
+    const Json piece = Json::parse(text, nullptr, false);
     if (piece.contains("start")) {
       m_hasStarted = true;
       m_start = piece["start"];
@@ -103,33 +95,33 @@ void FilterReport::Add(const FilteredPicture& picture) {
 
 std::size_t FilterReport::DoneCount() const {
   return static_cast<std::size_t>(
-      std::count_if(m_pictures.begin(), m_pictures.end(), [](const FilterJson& picture) {
+      std::count_if(m_pictures.begin(), m_pictures.end(), [](const Json& picture) {
         const int status = picture["status"];
         return status == kDone || status == kMismatch;
       }));
 }
 
 int FilterReport::FirstFailure() const {
-  for (const FilterJson& picture : m_pictures) {
+  for (const Json& picture : m_pictures) {
     if (picture["status"] != kDone) return picture["status"];
   }
   return kDone;
 }
 
 std::string FilterReport::Format(std::size_t skipped, double total) const {
-  FilterJson json = m_start.empty() ? StartJson({}) : m_start;
+  Json json = m_start.empty() ? StartJson({}) : m_start;
   json["pictures"] = m_pictures;
   json["skipped"] = skipped;
   json["milliseconds"] = {{"start", Rounded(m_startMilliseconds)}, {"total", Rounded(total)}};
   json["peakMemoryBytes"] = std::max(m_peakMemory, PeakMemory());
   json["warnings"] = m_warnings;
-  return Dump(json, kIndented) + "\n";
+  return PrintedJson(json);
 }
 
 std::string FilterReport::FormatDifferences(const std::vector<std::string>& inputs) const {
   std::string text;
   for (std::size_t i = 0; i < m_pictures.size(); ++i) {
-    for (const FilterJson& step : m_pictures[i]["effects"]) {
+    for (const Json& step : m_pictures[i]["effects"]) {
       text += fmt::format("{}: {}: largest difference {}/255, allowed {}/255\n", inputs[i],
                           step["effect"].get<std::string>(), step["difference"].get<int>(),
                           step["allowed"].get<int>());

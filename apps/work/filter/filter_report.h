@@ -4,15 +4,13 @@
 #pragma once
 
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "apps/work/common/report_json.h"
 #include "hostkit/effects/effect_chain.h"
 
 namespace gl3 {
-
-using FilterJson = nlohmann::ordered_json;
 
 /// One picture. Times are milliseconds of its own; an error leaves the rest as far as it came.
 struct FilteredPicture {
@@ -66,10 +64,10 @@ class FilterReport {
   std::string FormatDifferences(const std::vector<std::string>& inputs) const;
 
  private:
-  FilterJson m_start = FilterJson::object();
+  Json m_start = Json::object();
   double m_startMilliseconds = 0;
   bool m_hasStarted = false, m_hasWarnedOfClipping = false;
-  FilterJson m_pictures = FilterJson::array(), m_warnings = FilterJson::array();
+  Json m_pictures = Json::array(), m_warnings = Json::array();
   std::uint64_t m_peakMemory = 0;
 };
 

@@ -189,7 +189,7 @@ constexpr Check kChecks[] = {
     {"effects", CheckEffect},
 };
 
-InfoJson ToJson(const std::string& name, const Verdict& verdict) {
+Json ToJson(const std::string& name, const Verdict& verdict) {
   constexpr const char* kNames[] = {"OK", "WARN", "FAIL"};
   const bool failed = verdict.level == Level::kFail;
   return {{"name", name},
@@ -204,18 +204,18 @@ InfoJson ToJson(const std::string& name, const Verdict& verdict) {
 void TellChecks(const InfoOptions& options, const Tell& tell) {
   Findings findings{options, {}, nullptr, nullptr};
   for (const Check& check : kChecks) {
-    tell(DumpInfo({{"at", check.name}}, -1));
+    tell(JsonLine({{"at", check.name}}));
     const Verdict verdict = check.run(findings);
-    tell(DumpInfo({{"verdict", ToJson(check.name, verdict)}}, -1));
+    tell(JsonLine({{"verdict", ToJson(check.name, verdict)}}));
     if (verdict.level == Level::kFail) break;
   }
-  tell(DumpInfo({{"at", ""}}, -1));
+  tell(JsonLine({{"at", ""}}));
 }
 
-InfoJson CollectChecks(const std::vector<InfoJson>& told, const std::string& trouble) {
-  InfoJson checks = InfoJson::array();
+Json CollectChecks(const std::vector<Json>& told, const std::string& trouble) {
+  Json checks = Json::array();
   std::string at = kChecks[0].name;
-  for (const InfoJson& piece : told) {
+  for (const Json& piece : told) {
     if (piece.contains("at")) at = piece["at"];
     if (!piece.contains("verdict")) continue;
     checks.push_back(piece["verdict"]);
@@ -226,9 +226,9 @@ InfoJson CollectChecks(const std::vector<InfoJson>& told, const std::string& tro
   }
   const auto count = [&](const char* verdict) {
     return std::count_if(checks.begin(), checks.end(),
-                         [&](const InfoJson& check) { return check["verdict"] == verdict; });
+                         [&](const Json& check) { return check["verdict"] == verdict; });
   };
-  InfoJson skipped = InfoJson::array();
+  Json skipped = Json::array();
   for (std::size_t i = checks.size(); i < std::size(kChecks); ++i)
     skipped.push_back(kChecks[i].name);
   return {{"checks", checks},
@@ -237,9 +237,9 @@ InfoJson CollectChecks(const std::vector<InfoJson>& told, const std::string& tro
           {"notChecked", skipped}};
 }
 
-std::string FormatChecks(const InfoJson& report) {
+std::string FormatChecks(const Json& report) {
   std::string text;
-  for (const InfoJson& check : report["checks"]) {
+  for (const Json& check : report["checks"]) {
     const auto part = [&](const char* name) { return OneLine(check[name].get<std::string>()); };
     const std::string remedy = part("remedy");
     text += fmt::format("{:<5} {:<11} {}{}{}\n", part("verdict"), part("name"), part("reason"),
@@ -256,8 +256,8 @@ std::string FormatChecks(const InfoJson& report) {
   return text;
 }
 
-Outcome ConcludeChecks(const InfoJson& report) {
-  for (const InfoJson& check : report["checks"]) {
+Outcome ConcludeChecks(const Json& report) {
+  for (const Json& check : report["checks"]) {
     if (check["verdict"] != "FAIL") continue;
     return {check["status"].get<int>(),
             fmt::format("{}: {}; {}", check["name"].get<std::string>(),

@@ -18,12 +18,12 @@ void TellChecks(const InfoOptions& options, const Tell& tell);
 
 /// What was told, and what became of the child (empty: nothing), as an object: "checks", "failed",
 /// "warnings", "notChecked".
-InfoJson CollectChecks(const std::vector<InfoJson>& told, const std::string& trouble);
+Json CollectChecks(const std::vector<Json>& told, const std::string& trouble);
 
 /// The verdicts as text, one a line, and a line of summary.
-std::string FormatChecks(const InfoJson& checks);
+std::string FormatChecks(const Json& checks);
 
 /// The first thing that failed, as an outcome; kDone when nothing did.
-Outcome ConcludeChecks(const InfoJson& checks);
+Outcome ConcludeChecks(const Json& checks);
 
 }  // namespace gl3

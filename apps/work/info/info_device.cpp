@@ -19,25 +19,25 @@ namespace {
 class Steps {
  public:
   explicit Steps(const Tell& tell) : m_tell(tell) {}
-  void Begin(const char* what) { m_tell(DumpInfo({{"at", what}}, -1)); }
+  void Begin(const char* what) { m_tell(JsonLine({{"at", what}})); }
   void End(const char* name) {
     const auto now = Clock::now();
     const double passed = std::chrono::duration<double, std::milli>(now - m_start).count();
     m_times[name] = std::round(passed * 10) / 10;
     m_start = now;
   }
-  void Say(const char* section, const InfoJson& facts) { m_tell(DumpInfo({{section, facts}}, -1)); }
-  const InfoJson& Times() const { return m_times; }
+  void Say(const char* section, const Json& facts) { m_tell(JsonLine({{section, facts}})); }
+  const Json& Times() const { return m_times; }
 
  private:
   using Clock = std::chrono::steady_clock;
   const Tell& m_tell;
   Clock::time_point m_start = Clock::now();
-  InfoJson m_times = InfoJson::object();
+  Json m_times = Json::object();
 };
 
-InfoJson DescribeChoice(const platform::DisplayChoice& choice) {
-  InfoJson json = {{"name", choice.name}};
+Json DescribeChoice(const platform::DisplayChoice& choice) {
+  Json json = {{"name", choice.name}};
   if (choice.device >= 0) {
     json["number"] = choice.device;
     json["software"] = choice.software;
@@ -47,14 +47,14 @@ InfoJson DescribeChoice(const platform::DisplayChoice& choice) {
   return json;
 }
 
-InfoJson DescribeDisplay() {
+Json DescribeDisplay() {
   const platform::DisplayReport& report = platform::DescribeDisplay();
-  InfoJson json = {{"platform", report.platform},
-                   {"device", report.device},
-                   {"egl", report.vendor},
-                   {"reason", report.reason}};
+  Json json = {{"platform", report.platform},
+               {"device", report.device},
+               {"egl", report.vendor},
+               {"reason", report.reason}};
   if (!report.platform.empty()) json["software"] = report.software;
-  json["choices"] = InfoJson::array();
+  json["choices"] = Json::array();
   for (const platform::DisplayChoice& choice : platform::DescribeChoices()) {
     json["choices"].push_back(DescribeChoice(choice));
   }
@@ -67,7 +67,7 @@ void TellDevice(const InfoOptions& options, bool all, const Tell& tell) {
   Steps steps(tell);
   steps.Begin("opening the display");
   if (!options.run.device.empty()) setenv("GL3_DEVICE", options.run.device.c_str(), 1);
-  const InfoJson display = DescribeDisplay();
+  const Json display = DescribeDisplay();
   steps.Say("display", display);
   steps.End("display");
 
@@ -95,10 +95,10 @@ void TellDevice(const InfoOptions& options, bool all, const Tell& tell) {
   GADriver* driver = session->Driver();
   // Asked with a context of a buffer's own current.
   const std::unique_ptr<TestSurface> surface = TestSurface::Create(driver);
-  InfoJson facts = {{"operational", driver->IsOperational() != 0},
-                    {"hardwareSupport", driver->IsHardwareSupport() != 0},
-                    {"gpuEffects", driver->IsSupportGPU() != 0},
-                    {"report", driver->GetDriverInfo()}};
+  Json facts = {{"operational", driver->IsOperational() != 0},
+                {"hardwareSupport", driver->IsHardwareSupport() != 0},
+                {"gpuEffects", driver->IsSupportGPU() != 0},
+                {"report", driver->GetDriverInfo()}};
   steps.Say("driver", facts);
   steps.End("report");
   steps.Say("milliseconds", steps.Times());

@@ -16,13 +16,13 @@ namespace {
 
 /// What a child told, in order, and what became of it.
 struct Answer {
-  std::vector<InfoJson> told;
+  std::vector<Json> told;
   std::string trouble;
 
   /// The step that it told last.
   std::string At() const {
     std::string at;
-    for (const InfoJson& piece : told) {
+    for (const Json& piece : told) {
       if (piece.contains("at")) at = piece["at"];
     }
     return at;
@@ -32,7 +32,7 @@ struct Answer {
 Answer Ask(const InfoOptions& options, const std::function<void(const Tell&)>& work) {
   Answer answer;
   answer.trouble = RunProbe(options.run.limits.timeoutSeconds, work, [&](const std::string& text) {
-    InfoJson piece = InfoJson::parse(text, nullptr, false);
+    Json piece = Json::parse(text, nullptr, false);
     if (!piece.is_object()) return;
     if (const std::string at = piece.value("at", ""); !at.empty()) PrintNote(at);
     answer.told.push_back(std::move(piece));
@@ -42,9 +42,9 @@ Answer Ask(const InfoOptions& options, const std::function<void(const Tell&)>& w
 
 /// Everything about the device that the environment and the options choose, added to `*report`.
 /// A "problem" is told as an outcome too.
-Outcome AskDevice(const InfoOptions& options, bool all, InfoJson* report) {
+Outcome AskDevice(const InfoOptions& options, bool all, Json* report) {
   const Answer answer = Ask(options, [&](const Tell& tell) { TellDevice(options, all, tell); });
-  for (const InfoJson& piece : answer.told) {
+  for (const Json& piece : answer.told) {
     if (!piece.contains("at")) report->update(piece);
   }
   if (!answer.trouble.empty()) {
@@ -57,7 +57,7 @@ Outcome AskDevice(const InfoOptions& options, bool all, InfoJson* report) {
 }
 
 /// The checks of that device, as "check" of `*report`.
-Outcome CheckDevice(const InfoOptions& options, InfoJson* report) {
+Outcome CheckDevice(const InfoOptions& options, Json* report) {
   const Answer answer = Ask(options, [&](const Tell& tell) { TellChecks(options, tell); });
   (*report)["check"] = CollectChecks(answer.told, answer.trouble);
   return ConcludeChecks((*report)["check"]);
@@ -65,31 +65,31 @@ Outcome CheckDevice(const InfoOptions& options, InfoJson* report) {
 
 /// One part of the report and nothing else: the extended report, or the extensions.
 Outcome TellOnly(const InfoOptions& options, std::string* result) {
-  InfoJson report;
+  Json report;
   Outcome outcome = AskDevice(options, true, &report);
   if (outcome.status != kDone) return outcome;
   if (options.run.json) {
-    *result = DumpInfo(report) + "\n";
+    *result = PrintedJson(report);
   } else if (options.kind == InfoKind::kExtended) {
     *result = report["extendedReport"].get<std::string>() + "\n";
   } else {
-    for (const InfoJson& name : report["extensions"]) *result += name.get<std::string>() + "\n";
+    for (const Json& name : report["extensions"]) *result += name.get<std::string>() + "\n";
   }
   return outcome;
 }
 
-InfoJson DescribeHere(const InfoOptions& options) {
+Json DescribeHere(const InfoOptions& options) {
   return {{"gl3", DescribeProgram(options)},
           {"machine", DescribeSystem()},
           {"settings", DescribeSettings()}};
 }
 
 /// The devices that EGL lists, found by a child: to list them is to load the drivers' libraries.
-std::vector<InfoJson> ListDevices(const InfoOptions& options, std::string* trouble) {
+std::vector<Json> ListDevices(const InfoOptions& options, std::string* trouble) {
   Answer answer = Ask(options, [](const Tell& tell) {
     for (const platform::DisplayChoice& device : platform::ListDisplayDevices()) {
-      tell(DumpInfo(
-          {{"number", device.device}, {"name", device.name}, {"software", device.software}}, -1));
+      tell(JsonLine(
+          {{"number", device.device}, {"name", device.name}, {"software", device.software}}));
     }
   });
   *trouble = answer.trouble;
@@ -99,18 +99,18 @@ std::vector<InfoJson> ListDevices(const InfoOptions& options, std::string* troub
 /// Every device in turn. Those that do not work count as found: the outcome is that of the listing.
 Outcome TellAllDevices(const InfoOptions& options, std::string* result) {
   std::string trouble;
-  std::vector<InfoJson> devices = ListDevices(options, &trouble);
+  std::vector<Json> devices = ListDevices(options, &trouble);
   if (!trouble.empty()) {
     return {kNoOpenGl, "OpenGL: listing the devices " + trouble + "; update the OpenGL driver"};
   }
   if (devices.empty()) {
     return {kNoOpenGl, "OpenGL: EGL lists no devices; gl3 info without --all-devices tells more"};
   }
-  InfoJson report = DescribeHere(options);
+  Json report = DescribeHere(options);
   const bool checks = options.kind == InfoKind::kCheck;
   std::string text = checks ? "" : FormatInfo(report);
   setenv("GL3_PLATFORM", "device", 1);
-  for (InfoJson& device : devices) {
+  for (Json& device : devices) {
     setenv("GL3_DEVICE", device["number"].dump().c_str(), 1);
     text += fmt::format("{}==== Device {}: {}\n\n", text.empty() ? "" : "\n",
                         device["number"].get<int>(), device["name"].get<std::string>());
@@ -119,14 +119,14 @@ Outcome TellAllDevices(const InfoOptions& options, std::string* result) {
       text += FormatChecks(device["check"]);
       continue;
     }
-    InfoJson facts;
+    Json facts;
     const Outcome outcome = AskDevice(options, options.run.json, &facts);
     text += FormatInfo(facts);
     if (outcome.status != kDone) text += "\nProblem\n  " + outcome.message + "\n";
     device.update(facts);
   }
   report["devices"] = devices;
-  *result = options.run.json ? DumpInfo(report) + "\n" : text;
+  *result = options.run.json ? PrintedJson(report) : text;
   return {};
 }
 
@@ -134,17 +134,17 @@ Outcome TellAllDevices(const InfoOptions& options, std::string* result) {
 
 Outcome Info(const InfoOptions& options, std::string* result) {
   if (options.allDevices) return TellAllDevices(options, result);
-  InfoJson report;
+  Json report;
   Outcome outcome;
   if (options.kind == InfoKind::kCheck) {
     outcome = CheckDevice(options, &report);
-    *result = options.run.json ? DumpInfo(report["check"]) + "\n" : FormatChecks(report["check"]);
+    *result = options.run.json ? PrintedJson(report["check"]) : FormatChecks(report["check"]);
     return outcome;
   }
   if (options.kind != InfoKind::kSummary) return TellOnly(options, result);
   report = DescribeHere(options);
   outcome = AskDevice(options, options.run.json, &report);
-  *result = options.run.json ? DumpInfo(report) + "\n" : FormatInfo(report);
+  *result = options.run.json ? PrintedJson(report) : FormatInfo(report);
   return outcome;
 }
 

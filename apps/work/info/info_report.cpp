@@ -37,7 +37,7 @@ std::string ValueInFile(const char* path, std::string_view key) {
 }
 
 /// Variables that the programs, the loader and the GL drivers look at.
-InfoJson Environment() {
+Json Environment() {
   constexpr std::string_view kBeginnings[] = {"GL3_",
                                               "MESA_",
                                               "LIBGL_",
@@ -56,7 +56,7 @@ InfoJson Environment() {
                                               "HOME=",
                                               "LD_LIBRARY_PATH=",
                                               "LD_PRELOAD="};
-  InfoJson variables = InfoJson::object();
+  Json variables = Json::object();
   for (char** entry = environ; entry && *entry; ++entry) {
     const std::string_view text = *entry;
     const bool matters =
@@ -105,23 +105,23 @@ std::string Aligned(const Lines& lines) {
   return text;
 }
 
-std::string Scalar(const InfoJson& value) {
+std::string Scalar(const Json& value) {
   if (value.is_boolean()) return value.get<bool>() ? "yes" : "no";
   return value.is_string() ? value.get<std::string>() : value.dump();
 }
 
 /// A way to reach OpenGL.
-std::pair<std::string, std::string> ChoiceLine(const InfoJson& choice) {
+std::pair<std::string, std::string> ChoiceLine(const Json& choice) {
   const std::string mark = choice["chosen"] ? "* " : "  ";
   const std::string name = choice["name"], reason = choice["reason"];
   if (!choice.contains("number")) return {mark + name + " platform", reason};
   return {mark + "device " + choice["number"].dump(), name + ": " + reason};
 }
 
-void AddLines(const std::string& key, const InfoJson& value, Lines* lines) {
+void AddLines(const std::string& key, const Json& value, Lines* lines) {
   constexpr std::string_view kBytes = "Bytes";
   if (value.is_array()) {
-    for (const InfoJson& choice : value) lines->push_back(ChoiceLine(choice));
+    for (const Json& choice : value) lines->push_back(ChoiceLine(choice));
   } else if (value.is_object()) {
     // Names that are not ours: variables, keys of settings.
     for (const auto& [name, inner] : value.items()) lines->emplace_back(name, Scalar(inner));
@@ -144,10 +144,10 @@ std::string Title(const std::string& section) {
 
 }  // namespace
 
-InfoJson DescribeProgram(const InfoOptions& options) {
+Json DescribeProgram(const InfoOptions& options) {
   std::error_code code;
-  InfoJson json = {{"version", GL3_VERSION},
-                   {"path", std::filesystem::read_symlink("/proc/self/exe", code).string()}};
+  Json json = {{"version", GL3_VERSION},
+               {"path", std::filesystem::read_symlink("/proc/self/exe", code).string()}};
   std::string error;
   const std::string module =
       options.run.module.empty() ? hostkit::FindModule(&error) : options.run.module;
@@ -155,7 +155,7 @@ InfoJson DescribeProgram(const InfoOptions& options) {
   return json;
 }
 
-InfoJson DescribeSystem() {
+Json DescribeSystem() {
   utsname names = {};
   uname(&names);
   const auto pages = static_cast<std::uint64_t>(std::max(sysconf(_SC_PHYS_PAGES), 0L));
@@ -169,22 +169,22 @@ InfoJson DescribeSystem() {
           {"environment", Environment()}};
 }
 
-InfoJson DescribeSettings() {
+Json DescribeSettings() {
   const hostkit::SettingsPlace place = hostkit::FindSettingsPlace();
-  InfoJson values = InfoJson::object();
+  Json values = Json::object();
   for (const hostkit::ModuleSetting& setting : hostkit::ModuleSettings()) {
     values[setting.key] = hostkit::ReadModuleSetting(setting).value;
   }
-  InfoJson json = {{"file", place.path},
-                   {"exists", place.exists},
-                   {"writable", place.writable},
-                   {"reason", place.problem},
-                   {"trouble", hostkit::RegistryError()}};
+  Json json = {{"file", place.path},
+               {"exists", place.exists},
+               {"writable", place.writable},
+               {"reason", place.problem},
+               {"trouble", hostkit::RegistryError()}};
   json["values"] = std::move(values);
   return json;
 }
 
-std::string FormatInfo(const InfoJson& report) {
+std::string FormatInfo(const Json& report) {
   std::string text;
   for (const auto& [name, section] : report.items()) {
     if (!section.is_object()) continue;  // the long ones
@@ -193,10 +193,6 @@ std::string FormatInfo(const InfoJson& report) {
     text += (text.empty() ? "" : "\n") + Title(name) + "\n" + Aligned(lines);
   }
   return text;
-}
-
-std::string DumpInfo(const InfoJson& report, int indent) {
-  return report.dump(indent, ' ', false, InfoJson::error_handler_t::replace);
 }
 
 }  // namespace gl3

@@ -1,20 +1,20 @@
 // The figures of a run, for `--json`.
 #include "apps/work/render/render_report.h"
 
-#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "apps/work/common/report_figures.h"
+#include "apps/work/common/report_json.h"
 
 namespace gl3 {
 namespace {
 
-void AddShots(const RenderReport& report, nlohmann::ordered_json& json) {
+void AddShots(const RenderReport& report, Json& json) {
   json["pictures"] = report.shots.size();
   json["skipped"] = report.skipped;
-  nlohmann::ordered_json frames = nlohmann::ordered_json::array();
+  Json frames = Json::array();
   for (const ShotReport& shot : report.shots) {
-    nlohmann::ordered_json frame = {{"frame", shot.frame}, {"seconds", shot.time}};
+    Json frame = {{"frame", shot.frame}, {"seconds", shot.time}};
     if (!shot.camera.empty()) frame["camera"] = shot.camera;
     frame["output"] = shot.output;
     frame["milliseconds"] = {{"draw", Rounded(shot.draw)},
@@ -30,7 +30,7 @@ void AddShots(const RenderReport& report, nlohmann::ordered_json& json) {
 }  // namespace
 
 std::string FormatReport(const RenderReport& report) {
-  nlohmann::ordered_json json;
+  Json json;
   json["models"] = report.models;
   json["output"] = report.output;
   json["width"] = report.width;
@@ -49,7 +49,7 @@ std::string FormatReport(const RenderReport& report) {
   if (report.isSequence) AddShots(report, json);
   json["peakMemoryBytes"] = PeakMemory();
   json["warnings"] = report.warnings;
-  return json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+  return PrintedJson(json);
 }
 
 }  // namespace gl3

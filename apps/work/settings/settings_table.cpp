@@ -4,10 +4,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "apps/base/text.h"
+#include "apps/work/common/report_json.h"
 #include "hostkit/services/module_settings.h"
 
 namespace gl3 {
@@ -52,15 +52,11 @@ bool ReadValue(const ModuleSetting& setting, const std::string& text, int* value
   return ParseInteger(text, value) && *value >= setting.least && *value <= setting.most;
 }
 
-nlohmann::ordered_json ToJson(const ModuleSetting& setting) {
+Json ToJson(const ModuleSetting& setting) {
   const hostkit::SettingValue now = hostkit::ReadModuleSetting(setting);
   return {{"key", setting.key},          {"section", setting.section}, {"value", now.value},
           {"default", setting.standard}, {"least", setting.least},     {"most", setting.most},
           {"stored", now.stored},        {"meaning", setting.meaning}};
-}
-
-std::string Dump(const nlohmann::ordered_json& json) {
-  return json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }
 
 std::string DescribePlace(const hostkit::SettingsPlace& place) {
@@ -93,11 +89,11 @@ Outcome List(const SettingsOptions& options, std::string* result) {
     return Refuse("list takes no key; gl3 settings get KEY shows a single setting");
   }
   const hostkit::SettingsPlace place = hostkit::FindSettingsPlace();
-  nlohmann::ordered_json json = {{"file", place.path},
-                                 {"exists", place.exists},
-                                 {"writable", place.writable},
-                                 {"problem", place.problem},
-                                 {"settings", nlohmann::ordered_json::array()}};
+  Json json = {{"file", place.path},
+               {"exists", place.exists},
+               {"writable", place.writable},
+               {"problem", place.problem},
+               {"settings", Json::array()}};
   std::string text = "Settings file: " + DescribePlace(place) + "\n";
   std::string section;
   for (const ModuleSetting& setting : hostkit::ModuleSettings()) {
@@ -109,7 +105,7 @@ Outcome List(const SettingsOptions& options, std::string* result) {
     text += Wrapped(setting.meaning);
     json["settings"].push_back(ToJson(setting));
   }
-  *result = options.json ? Dump(json) : text;
+  *result = options.json ? PrintedJson(json) : text;
   return {};
 }
 
@@ -120,7 +116,7 @@ Outcome Get(const SettingsOptions& options, std::string* result) {
   const ModuleSetting* setting = nullptr;
   Outcome outcome = FindSetting(fmt::format("{}", fmt::join(options.words, " ")), &setting);
   if (!setting) return outcome;
-  *result = options.json ? Dump(ToJson(*setting))
+  *result = options.json ? PrintedJson(ToJson(*setting))
                          : fmt::format("{}\n", hostkit::ReadModuleSetting(*setting).value);
   return {};
 }
@@ -146,7 +142,7 @@ Outcome Set(const SettingsOptions& options, std::string* result) {
   }
   // Of what only shows now, a full disk say, the registry itself tells on standard error.
   if (!hostkit::StoreModuleSetting(*setting, value)) return {kUnwritableOutput, ""};
-  if (options.json) *result = Dump(ToJson(*setting));
+  if (options.json) *result = PrintedJson(ToJson(*setting));
   return {};
 }
 
