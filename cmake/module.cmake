@@ -42,6 +42,7 @@ add_library(gl3module OBJECT
   shader/Gl3ShaderMainSources.cpp
   shader/RowMerge.cpp)
 target_compile_options(gl3module PRIVATE -fvisibility=hidden)
+target_precompile_headers(gl3module PRIVATE <GL/glew.h>)
 target_link_libraries(gl3module PUBLIC gl3platform Imath::Imath OpenMP::OpenMP_CXX)
 
 add_library(OpenGL3 MODULE)

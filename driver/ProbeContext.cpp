@@ -1,3 +1,4 @@
+// A throw-away GL context for asking the GL what it can do.
 #include "driver/ProbeContext.h"
 
 #include <initializer_list>

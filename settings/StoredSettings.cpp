@@ -1,3 +1,4 @@
+// The table of the settings that the registry keeps, and reading and storing it.
 #include "settings/StoredSettings.h"
 
 #include "buffer/GL3Buffer.h"

@@ -1,3 +1,4 @@
+// One picture's way through an effect, and what the effects make on the GL for it.
 #include "shader/Gl3ShaderMainRun.h"
 
 #include <algorithm>

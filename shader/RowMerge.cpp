@@ -1,3 +1,4 @@
+// One row of a merge, and the division of a row among threads.
 #include "shader/RowMerge.h"
 
 #include <half.h>

@@ -1,3 +1,4 @@
+// Bitmaps scaled, packed and uploaded.
 #include "texture/TexturePixels.h"
 
 #include "driver/GL3Driver.h"

@@ -50,8 +50,9 @@ class TexturePixels {
   void Upload(GLint internalFormat) const;
 
  private:
-  SizedBitmap m_sized;
+  // The scaled bitmap is released before the block: the members go in the opposite order.
   std::unique_ptr<HByteBlock, HandleRelease> m_block;
+  SizedBitmap m_sized;
   bool m_transparent = false;
   GLenum m_format = GL_RGB;
 };

@@ -1,3 +1,4 @@
+// Sizes that textures are rounded to.
 #include "texture/TextureSize.h"
 
 #include <algorithm>

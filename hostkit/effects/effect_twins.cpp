@@ -123,6 +123,8 @@ Sample Sobel(const Neighbours& s) {
 using Filter = Sample (*)(const Neighbours&);
 constexpr Filter kFilters[] = {Grayscale, Tint,      Negative, Sharpen, Dilate,
                                Erode,     Laplacian, Prewitt,  Sobel};
+static_assert(std::size(kFilters) + 1 == std::size(kEffectKinds),
+              "blur, and each filter by number");
 
 TwinPixels FilterOnce(Filter filter, const TwinPixels& pixels) {
   TwinPixels out{pixels.width, pixels.height, {}};

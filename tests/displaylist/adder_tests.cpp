@@ -224,7 +224,7 @@ TEST_F(AdderTest, TransparentFansAreQueuedAsFarAsThereIsRoom) {
   EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_TRIANGLE_FAN, 3, GL_UNSIGNED_SHORT, {5, 0, 1})"});
 }
 
-TEST_F(AdderTest, IndexedListsStartFromACleanState) {
+TEST_F(AdderTest, IndexedTriangleListsStartFromACleanState) {
   const auto texture = SolidTexture({255, 255, 255, 255});
   GALitVertex lit[3] = {
       {-9, -9, -9, 255, 0, 0, 255}, {9, -9, -9, 255, 0, 0, 255}, {9, 9, -9, 255, 0, 0, 255}};
@@ -264,13 +264,15 @@ TEST_F(AdderTest, IndexedListsStartFromACleanState) {
   List().AddIndexedLitTriangleListWT(withTexture, 3, indices, 3, 0);
   EXPECT_EQ(gl.CallsTo("glVertexPointer").size(), 2u);
   EXPECT_EQ(gl.CallsTo("glTexCoordPointer"), Lines{"glTexCoordPointer(2, GL_FLOAT, 24, pointer)"});
+}
 
-  List().SetTexture(nullptr);
+TEST_F(AdderTest, IndexedLineListsStartFromACleanState) {
+  const auto texture = SolidTexture({255, 255, 255, 255});
   List().SetDepthFunc(4);
   List().AddTransformedLine({0, 0, -9}, {1, 0, -9}, m_red);
   std::vector<GALitVertex> noVertices;
   std::vector<unsigned int> noIndices;
-  gl.Clear();
+  GlRecorder gl;
   List().AddIndexedLineList(noVertices, noIndices);
   EXPECT_EQ(Draws(gl), (Lines{"glDrawElements(GL_LINES, 2, GL_UNSIGNED_INT)",
                               "glDrawElements(GL_LINES, 0, GL_UNSIGNED_INT)"}));

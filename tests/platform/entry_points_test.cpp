@@ -174,6 +174,7 @@ TEST(FontDeathTest, WithoutAnyFontListsAreEmptyAndOneWarningIsGiven) {
   EXPECT_EXIT(UseFontTwice(), testing::ExitedWithCode(0),
               "^[^\n]*no font found[^\n]*\nused 1 list 1$");
   unsetenv("FONTCONFIG_FILE");
+  std::filesystem::remove(file);
 }
 
 TEST(FontDeathTest, SoItIsWithoutTheFontLibrary) {

@@ -1,3 +1,4 @@
+// Shader programs on a driver, with a log in a folder of the test.
 #include "tests/shader/shader_fixture.h"
 
 #include <half.h>

@@ -110,6 +110,8 @@ breach "rooms include what their line in tests/support/house_rules.sh allows" < 
 breach "at most 500 lines a file" < <(find . -path ./build -prune -o -path ./.git -prune -o \
   \( -name '*.h' -o -name '*.cpp' -o -name '*.sh' -o -name CMakeLists.txt -o -name dev \) \
   -type f -exec awk 'END {if (FNR > 500) print FILENAME ": " FNR}' {} \;)
+breach "a source file opens with what it is" \
+  < <(files '*.h' '*.cpp' | xargs -0 awk 'FNR == 1 && !/^\/\// {print FILENAME}')
 breach "file names outside host/ and the module are lower_snake_case" \
   < <(find platform hostkit apps tests bench samples \( -name '*.h' -o -name '*.cpp' \) \
     -name '*[^a-z0-9_.]*' 2>/dev/null)
