@@ -5,7 +5,7 @@
 
 enum DialogId { kPageDialog = 200, kExtensionsDialog = 201 };
 
-// Hosts know controls by these numbers.
+// The numbers are part of the interface: a host finds the controls by them.
 enum ControlId {
   kAntialiasBox = 1347,
   kVendorText = 1348,

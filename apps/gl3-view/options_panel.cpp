@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QSpinBox>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "apps/gl3-view/color_button.h"
 #include "apps/gl3-view/entry_list.h"

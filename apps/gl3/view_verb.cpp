@@ -1,5 +1,4 @@
 // `gl3 view`: starts the viewer, which reads the arguments itself.
-
 #include "apps/gl3/start_viewer.h"
 #include "apps/gl3/verbs.h"
 

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace CLI {
@@ -89,6 +90,7 @@ class OptionParser {
                  std::function<void()> call) const;
   /// A flag that the help does not tell of.
   void AddHiddenFlag(const std::string& name, bool* flag) const;
+  /// The option called `name`, which there must be.
   Option Find(const std::string& name) const;
   void Remove(const std::string& name) const;
 

@@ -11,16 +11,13 @@
 #include "host/GABuffer.h"
 #include "host/GADriver.h"
 #include "host/RenderInfo.h"
+#include "hostkit/services/bitmap_ptr.h"
 #include "hostkit/services/module_loader.h"
 #include "platform/mfc.h"
 
 namespace bench {
 
-/// Releases a host bitmap.
-struct BitmapRelease {
-  void operator()(HBitmapNode* bitmap) const { bitmap->DeleteHandle(); }
-};
-using BitmapPtr = std::unique_ptr<HBitmapNode, BitmapRelease>;
+using hostkit::BitmapPtr;
 
 /// The module, loaded and initialised, with settings that are the defaults whatever the user has.
 /// The constructor throws std::runtime_error when there is no module or no OpenGL.

@@ -38,7 +38,7 @@ Picture RunEffects(EffectRunner& runner, const std::vector<EffectCall>& calls, b
     steps->push_back(step);
   }
   if (result) return Finish(std::move(result), image.hasAlpha);
-  *error = kNoMemory;
+  *error = kNoEffectMemory;
   return {};
 }
 

@@ -170,7 +170,7 @@ BitmapPtr EffectRunner::ProcessOnce(const Round& round, int passes, HBitmapNode&
             Milliseconds(calls.bufferAsked, end)};
   const HBitmapBuffer* colors = result->FindBuffer("ColorAlpha");
   if (done && colors && colors->Data()) return result;
-  *error = fmt::format("effect {}: {}", round.call.kind->name, kNoMemory);
+  *error = fmt::format("effect {}: {}", round.call.kind->name, kNoEffectMemory);
   return nullptr;
 }
 
@@ -204,7 +204,7 @@ BitmapPtr EffectRunner::RunRound(const Round& round, HBitmapNode& source, Effect
   BitmapPtr result = NewHalfBitmap(width, height);
   const BitmapPtr window = NewByteBitmap(round.plan.WindowWidth(), round.plan.WindowHeight());
   if (!result || !window) {
-    *error = kNoMemory;
+    *error = kNoEffectMemory;
     return nullptr;
   }
   for (const WindowSpan& y : down) {
@@ -248,7 +248,7 @@ BitmapPtr EffectRunner::Run(const EffectCall& call, HBitmapNode& source, EffectT
   for (int left = passes; !result || left > 0;) {
     if (result) bytes = BytesFromHalves(*result);
     if (result && !bytes) {
-      *error = kNoMemory;
+      *error = kNoEffectMemory;
       return nullptr;
     }
     const Round round{call, std::min(left, plan.Passes()), plan};

@@ -15,7 +15,7 @@ class GABuffer;
 namespace hostkit {
 
 /// The reason and the remedy when there is no memory for a picture.
-constexpr const char* kNoMemory = "memory ran out; try a smaller picture";
+constexpr const char* kNoEffectMemory = "memory ran out; try a smaller picture";
 
 /// Milliseconds that effects took in the module, over all rounds and windows.
 struct EffectTimes {

@@ -127,9 +127,9 @@ bool FramePainter::PaintOverlays(const PaintTarget& target) {
 bool FramePainter::PaintIds(const PaintTarget& target, const PixelWindow& pixels,
                             SeenSurfaces* seen) {
   FillRenderInfoWindow(m_view, m_settings->width, m_settings->height, pixels, target.info);
-  Clear(target, kBlack);
+  Clear(target, kBlackBackground);
   if (target.buffer->IsFogEnabled()) target.buffer->SetFogState(0);
-  return m_feed.DrawIds(target.list, ViewOf(target, kBlack), seen);
+  return m_feed.DrawIds(target.list, ViewOf(target, kBlackBackground), seen);
 }
 
 void FramePainter::FillDepths(const SeenSurfaces& seen, const HBitmapBuffer& ids,

@@ -24,7 +24,7 @@ class GADriver;
 namespace hostkit {
 
 /// The background of what is measured rather than shown: ids, and coverage in two frames.
-constexpr float kBlack[3] = {0, 0, 0};
+constexpr float kBlackBackground[3] = {0, 0, 0};
 
 /// A scene that was uploaded to a driver, and drawing it. A frame is Begin, Paint for each surface
 /// that holds a part of it, and for a viewer PaintOverlays. The driver must be operational, and

@@ -117,7 +117,7 @@ BitmapPtr FrameRenderer::State::RenderTiles(const FrameSettings& settings, const
   for (int y = 0; y < settings.height; y += tiling.height) {
     for (int x = 0; x < settings.width; x += tiling.width) {
       PixelWindow samples{x * side, y * side, surface.Width(), surface.Height()};
-      BitmapPtr first = DrawAndRead(samples, matte ? kBlack : settings.background, error);
+      BitmapPtr first = DrawAndRead(samples, matte ? kBlackBackground : settings.background, error);
       if (!first) return nullptr;
       BitmapPtr second;
       if (matte) second = DrawAndRead(samples, kWhite, error);

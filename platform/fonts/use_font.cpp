@@ -20,8 +20,8 @@ constexpr GLint kBold = 1;
 constexpr GLint kItalic = 2;
 constexpr GLint kLargestSize = 1000;
 
-/// Glyphs are kept for the process: every buffer with a window asks for the same font when it is
-/// allocated, and rasterising takes some milliseconds, most of them fontconfig's.
+/// Glyphs are kept for the process: buffers that draw on windows ask for the same font each time
+/// they are allocated, and rasterising takes some milliseconds, most of them fontconfig's.
 const GlyphSet& Glyphs(GLint style, GLint size) {
   static std::mutex mutex;
   static auto* const sets = new std::map<std::tuple<GLint, GLint>, GlyphSet>;

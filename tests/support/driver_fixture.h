@@ -11,6 +11,7 @@
 #include "host/GABuffer.h"
 #include "host/GADriver.h"
 #include "host/RenderInfo.h"
+#include "hostkit/services/bitmap_ptr.h"
 #include "hostkit/services/host_heaps.h"
 #include "platform/platform.h"
 
@@ -41,11 +42,7 @@ struct OffscreenTarget {
   bool ready = false;  ///< Whether the buffer has a surface.
 };
 
-/// Releases a host bitmap.
-struct BitmapHandleRelease {
-  void operator()(HBitmapNode* bitmap) const { bitmap->DeleteHandle(); }
-};
-using TestBitmap = std::unique_ptr<HBitmapNode, BitmapHandleRelease>;
+using TestBitmap = hostkit::BitmapPtr;
 
 /// A bitmap with a "Color" buffer, one colour throughout.
 TestBitmap SolidBitmap(int width, int height, std::array<int, 4> rgba);

@@ -9,7 +9,6 @@
 
 namespace gl3 {
 
-/// Sections in the order of the report.
 /// The program, where it lies, the module that it finds (or why none).
 Json DescribeProgram(const InfoOptions& options);
 /// The machine and the process: operating system, processors, memory in bytes, heap, and the
