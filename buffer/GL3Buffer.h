@@ -115,6 +115,8 @@ class GL3GABuffer : public GABuffer {
   /// Sends a diffuse colour (red, green, blue, alpha) when it differs from what was sent last. The
   /// context must be current.
   void SetDiffuseMaterial(float* rgba);
+  /// The diffuse colour that was sent last, or waits to be sent: red, green, blue, alpha.
+  const float (&DiffuseMaterial() const)[4] { return m_material[kDiffuse].value; }
 
   /// Loads a light list into the GL lights from 0 on and switches the others off; null is the
   /// headlight. The context must be current.

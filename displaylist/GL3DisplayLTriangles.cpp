@@ -81,12 +81,13 @@ void GL3DisplayList::DrawPolyline(GAVertex* v, int count) {
 }
 
 /// A polyline whose vertices fade by their u, over everything that is there. With a block open the
-/// GL refuses what stands before its closing: width, smoothing and depth test then stay, no colour
-/// is found, and the line's diffuse colour, which also stays in force, is black with alpha 0.
+/// GL refuses what stands before its closing: width, smoothing and depth test then stay, and the
+/// colour is not read but the one that the buffer knows to have sent.
 void GL3DisplayList::DrawFadingPolyline(GAVertex* v, int count) {
   const bool smoothing = m_buffer->HasState(GL3GABuffer::kSmoothingOn);
   const bool depthTest = m_buffer->HasState(GL3GABuffer::kDepthTestOn);
-  GLfloat diffuse[4] = {0, 0, 0, 0};
+  GLfloat diffuse[4];
+  std::copy_n(m_buffer->DiffuseMaterial(), 4, diffuse);
   glGetMaterialfv(GL_FRONT, GL_DIFFUSE, diffuse);
   const GLfloat alpha = diffuse[3];
   if (!smoothing) glEnable(GL_LINE_SMOOTH);

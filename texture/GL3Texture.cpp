@@ -134,9 +134,13 @@ int GL3GATexture::MakeGATexture(HBitmapNode* bitmap, int wrap, int, int) {
     pixels.reset();
     result = UploadHalved(bitmap, wrap);
   }
+  if (!result) {
+    FreeGATexture();  // a name without an image would pass for a texture
+    return 0;
+  }
   SetAnisotropy();
   UnbindAndRaiseHighestName();
-  return result;
+  return 1;
 }
 
 /// The one retry after the GL refused the size: half of it, from the caller's own bitmap.

@@ -52,7 +52,7 @@ TEST_F(OverlayTest, FilledRectanglesLieOnTopInScreenProjection) {
   EXPECT_EQ(withDepth, CallsIn(R"(
       screen; glDisable(GL_POLYGON_OFFSET_FILL); glDisable(GL_DEPTH_TEST);
       glColor4fv({1, 0, 0, 1}); glEnableClientState(GL_VERTEX_ARRAY);
-      glVertexPointer(3, GL_FLOAT, 12, pointer);
+      glVertexPointer(3, GL_FLOAT, 12, +0);
       glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, {0, 1, 3, 0, 2, 3});
       glDisableClientState(GL_VERTEX_ARRAY); glEnable(GL_DEPTH_TEST);
       glEnable(GL_POLYGON_OFFSET_FILL); scene)"));
@@ -117,7 +117,7 @@ TEST_F(OverlayTest, BlitsAreTestedAgainstTheSceneAndLeaveStateAsItWas) {
   const Lines withoutDepth = CallsIn("glEnable(GL_TEXTURE_2D); " + bind + R"(
       glEnable(GL_DEPTH_TEST); glDisable(GL_POLYGON_OFFSET_FILL); glColor4f(1, 1, 1, 0.5);
       glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_TEXTURE_COORD_ARRAY);
-      glVertexPointer(3, GL_FLOAT, 12, pointer); glTexCoordPointer(2, GL_FLOAT, 8, pointer);
+      glVertexPointer(3, GL_FLOAT, 12, +0); glTexCoordPointer(2, GL_FLOAT, 8, apart);
       glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT, {0, 1, 2, 2, 3, 0});
       glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_TEXTURE_COORD_ARRAY);
       glDisable(GL_TEXTURE_2D); glEnable(GL_POLYGON_OFFSET_FILL); glDisable(GL_DEPTH_TEST))");

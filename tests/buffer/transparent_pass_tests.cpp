@@ -54,8 +54,8 @@ TEST_F(PassTest, OneTriangleFromStartToEnd) {
       glMaterialfv(GL_FRONT_AND_BACK, GL_SHININESS, {0});
       glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, {0, 0, 0, 1}); glEnable(GL_LIGHTING);
       glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_NORMAL_ARRAY);
-      glEnableClientState(GL_TEXTURE_COORD_ARRAY); glVertexPointer(3, GL_FLOAT, 32, pointer);
-      glNormalPointer(GL_FLOAT, 32, pointer); glTexCoordPointer(2, GL_FLOAT, 32, pointer);
+      glEnableClientState(GL_TEXTURE_COORD_ARRAY); glVertexPointer(3, GL_FLOAT, 32, +0);
+      glNormalPointer(GL_FLOAT, 32, +12); glTexCoordPointer(2, GL_FLOAT, 32, +24);
       glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2});
       glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_NORMAL_ARRAY);
       glDisableClientState(GL_TEXTURE_COORD_ARRAY); glDisable(GL_LIGHTING);

@@ -241,9 +241,9 @@ TEST_F(AdderTest, IndexedTriangleListsStartFromACleanState) {
   EXPECT_EQ(
       gl.Calls(),
       (Lines{"glEnable(GL_TEXTURE_2D)", bind, "glDisable(GL_LIGHTING)",
-             "glEnableClientState(GL_VERTEX_ARRAY)", "glVertexPointer(3, GL_FLOAT, 16, pointer)",
+             "glEnableClientState(GL_VERTEX_ARRAY)", "glVertexPointer(3, GL_FLOAT, 16, +0)",
              "glEnableClientState(GL_COLOR_ARRAY)",
-             "glColorPointer(4, GL_UNSIGNED_BYTE, 16, pointer)",
+             "glColorPointer(4, GL_UNSIGNED_BYTE, 16, +12)",
              "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT)",
              "glDisableClientState(GL_VERTEX_ARRAY)", "glDisableClientState(GL_COLOR_ARRAY)"}));
   EXPECT_TRUE(Near(ColorAt(5, -5), {255, 0, 0}));
@@ -252,9 +252,9 @@ TEST_F(AdderTest, IndexedTriangleListsStartFromACleanState) {
   gl.Clear();
   List().AddIndexedLitTriangleListWT(withTexture, 3, indices, 3, 0);
   EXPECT_EQ(gl.Calls(), CallsIn(R"(
-      glEnableClientState(GL_VERTEX_ARRAY); glVertexPointer(3, GL_FLOAT, 24, pointer);
-      glEnableClientState(GL_TEXTURE_COORD_ARRAY); glVertexPointer(2, GL_FLOAT, 24, pointer);
-      glEnableClientState(GL_COLOR_ARRAY); glColorPointer(4, GL_UNSIGNED_BYTE, 24, pointer);
+      glEnableClientState(GL_VERTEX_ARRAY); glVertexPointer(3, GL_FLOAT, 24, +0);
+      glEnableClientState(GL_TEXTURE_COORD_ARRAY); glVertexPointer(2, GL_FLOAT, 24, +12);
+      glEnableClientState(GL_COLOR_ARRAY); glColorPointer(4, GL_UNSIGNED_BYTE, 24, +20);
       glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT); glDisableClientState(GL_VERTEX_ARRAY);
       glDisableClientState(GL_COLOR_ARRAY); glDisableClientState(GL_TEXTURE_COORD_ARRAY))"));
 
@@ -263,7 +263,7 @@ TEST_F(AdderTest, IndexedTriangleListsStartFromACleanState) {
   gl.Clear();
   List().AddIndexedLitTriangleListWT(withTexture, 3, indices, 3, 0);
   EXPECT_EQ(gl.CallsTo("glVertexPointer").size(), 2u);
-  EXPECT_EQ(gl.CallsTo("glTexCoordPointer"), Lines{"glTexCoordPointer(2, GL_FLOAT, 24, pointer)"});
+  EXPECT_EQ(gl.CallsTo("glTexCoordPointer"), Lines{"glTexCoordPointer(2, GL_FLOAT, 24, +12)"});
 }
 
 TEST_F(AdderTest, IndexedLineListsStartFromACleanState) {
@@ -287,7 +287,7 @@ TEST_F(AdderTest, IndexedLineListsStartFromACleanState) {
   EXPECT_EQ(gl.Calls(), CallsIn(R"(
       glEnd(); glDisable(GL_TEXTURE_2D);
       glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_COLOR_ARRAY);
-      glVertexPointer(3, GL_FLOAT, 16, pointer); glColorPointer(4, GL_UNSIGNED_BYTE, 16, pointer);
+      glVertexPointer(3, GL_FLOAT, 16, +0); glColorPointer(4, GL_UNSIGNED_BYTE, 16, +12);
       glDrawElements(GL_LINES, 2, GL_UNSIGNED_INT); glDisableClientState(GL_VERTEX_ARRAY);
       glDisableClientState(GL_COLOR_ARRAY))"));
 }

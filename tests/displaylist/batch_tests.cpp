@@ -33,30 +33,30 @@ TEST_F(BatchTest, FlushedInAFixedOrderWithTheStridesOfTheirFormats) {
   List().FlushArrays();
   EXPECT_EQ(gl.Calls(), CallsIn(R"(
       glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_COLOR_ARRAY);
-      glVertexPointer(3, GL_FLOAT, 16, pointer); glColorPointer(4, GL_UNSIGNED_BYTE, 16, pointer);
+      glVertexPointer(3, GL_FLOAT, 16, +0); glColorPointer(4, GL_UNSIGNED_BYTE, 16, +12);
       glDrawElements(GL_LINES, 2, GL_UNSIGNED_INT, {0, 1});
       glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_COLOR_ARRAY);
 
       glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_NORMAL_ARRAY);
-      glVertexPointer(3, GL_FLOAT, 32, pointer); glNormalPointer(GL_FLOAT, 32, pointer);
+      glVertexPointer(3, GL_FLOAT, 32, +0); glNormalPointer(GL_FLOAT, 32, +12);
       glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT, {0, 1, 2, 0, 2, 3});
       glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_NORMAL_ARRAY);
 
       glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_NORMAL_ARRAY);
-      glEnableClientState(GL_TEXTURE_COORD_ARRAY); glVertexPointer(3, GL_FLOAT, 32, pointer);
-      glNormalPointer(GL_FLOAT, 32, pointer); glTexCoordPointer(2, GL_FLOAT, 32, pointer);
+      glEnableClientState(GL_TEXTURE_COORD_ARRAY); glVertexPointer(3, GL_FLOAT, 32, +0);
+      glNormalPointer(GL_FLOAT, 32, +12); glTexCoordPointer(2, GL_FLOAT, 32, +24);
       glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2});
       glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_NORMAL_ARRAY);
       glDisableClientState(GL_TEXTURE_COORD_ARRAY);
 
       glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_COLOR_ARRAY);
-      glVertexPointer(3, GL_FLOAT, 16, pointer); glColorPointer(4, GL_UNSIGNED_BYTE, 16, pointer);
+      glVertexPointer(3, GL_FLOAT, 16, +0); glColorPointer(4, GL_UNSIGNED_BYTE, 16, +12);
       glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT, {0, 1, 2, 0, 2, 3});
       glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_COLOR_ARRAY);
 
       glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_TEXTURE_COORD_ARRAY);
-      glEnableClientState(GL_COLOR_ARRAY); glVertexPointer(3, GL_FLOAT, 24, pointer);
-      glTexCoordPointer(2, GL_FLOAT, 24, pointer); glColorPointer(4, GL_UNSIGNED_BYTE, 24, pointer);
+      glEnableClientState(GL_COLOR_ARRAY); glVertexPointer(3, GL_FLOAT, 24, +0);
+      glTexCoordPointer(2, GL_FLOAT, 24, +12); glColorPointer(4, GL_UNSIGNED_BYTE, 24, +20);
       glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2});
       glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_TEXTURE_COORD_ARRAY);
       glDisableClientState(GL_COLOR_ARRAY))"));
@@ -255,7 +255,7 @@ TEST_F(BatchTest, PolygonsAreOnlyQueuedWhenTheyShouldBe) {
   GlRecorder gl;
   List().FlushArrays();
   EXPECT_EQ(gl.CallsTo("glColorPointer"),
-            Lines{"glColorPointer(4, GL_UNSIGNED_BYTE, 24, pointer)"});
+            Lines{"glColorPointer(4, GL_UNSIGNED_BYTE, 24, +20)"});
 }
 
 TEST_F(BatchTest, TwoHundredThousandTransparentPolygonsAllAppear) {

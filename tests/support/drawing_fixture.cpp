@@ -11,8 +11,10 @@
 void DrawingFixture::SetUp() {
   DriverFixture::SetUp();
   ASSERT_FALSE(HasFatalFailure());
-  m_target = std::make_unique<OffscreenTarget>(Driver(), kSize, kSize);
+  m_target = std::make_unique<OffscreenTarget>(Driver(), kWidth, kHeight);
   ASSERT_TRUE(m_target->ready);
+  m_target->scene.ambientAmount = kAmbient;
+  m_target->SetView(kScaleX, kScaleY, kOriginX, kOriginY);
   m_target->Begin();
 }
 
@@ -22,7 +24,9 @@ void DrawingFixture::TearDown() {
 }
 
 std::array<int, 3> DrawingFixture::ColorAt(int x, int y) {
-  const std::array<int, 4> pixel = m_target->Pixel(kSize / 2 + x, kSize / 2 - 1 - y);
+  const float column = kOriginX + (static_cast<float>(x) + 0.5f) * kScaleX;
+  const float row = kOriginY - (static_cast<float>(y) + 0.5f) * kScaleY;
+  const std::array<int, 4> pixel = m_target->Pixel(static_cast<int>(column), static_cast<int>(row));
   return {pixel[0], pixel[1], pixel[2]};
 }
 

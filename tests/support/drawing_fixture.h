@@ -15,11 +15,16 @@
 
 using Lines = std::vector<std::string>;
 
-/// A driver and a black target of 64 x 64 pixels, with depth buffer, scene projection and current
-/// context. Positions are in the target's view: pixels from the middle, y up.
+/// A driver and a black target with depth buffer, scene projection and current context. Nothing
+/// about it is even, so that what is exchanged or forgotten shows: the picture is oblong, a view
+/// unit has another width than height, the view's origin is off the middle, and there is ambient
+/// light. Positions are in view units, y up, from -36 to 28 both ways.
 class DrawingFixture : public DriverFixture {
  protected:
-  static constexpr int kSize = 64;
+  static constexpr int kWidth = 80, kHeight = 48;             // pixels
+  static constexpr float kScaleX = 1.25f, kScaleY = 0.75f;    // pixels a view unit
+  static constexpr float kOriginX = 45.0f, kOriginY = 21.0f;  // pixels from the left and the top
+  static constexpr float kAmbient = 0.25f;                    // of the scene
 
   void SetUp() override;
   void TearDown() override;
@@ -29,7 +34,7 @@ class DrawingFixture : public DriverFixture {
   GL3GABuffer& Buffer() { return static_cast<GL3GABuffer&>(*m_target->buffer); }
   GL3DisplayList& List() { return static_cast<GL3DisplayList&>(*m_target->list); }
   void ResetTarget() { m_target.reset(); }
-  /// Red, green, blue at a place of the view.
+  /// Red, green, blue in the middle of a view unit.
   std::array<int, 3> ColorAt(int x, int y);
 
  private:
@@ -39,8 +44,8 @@ class DrawingFixture : public DriverFixture {
 /// An opaque colour, 0 to 255 a channel; made without a driver, for members of fixtures.
 GAColor Rgb(int red, int green, int blue);
 
-/// A material without highlight and ambient light of its own: under the headlight it shows its
-/// colour.
+/// A material without highlight and ambient light of its own. Under the headlight a channel that is
+/// 0 or 1 shows so, whatever the scene's ambient light; that is part of its ambient colour.
 AttrProperty Material(float red, float green, float blue, float transparency = 0);
 
 /// A vertex that faces the viewer, under the winding rule of the module.

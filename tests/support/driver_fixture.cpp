@@ -16,24 +16,28 @@ constexpr float kIdentity[12] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
 }  // namespace
 
 OffscreenTarget::OffscreenTarget(GADriver* driver, int width, int height) {
-  const float halfWidth = static_cast<float>(width) / 2;
-  const float halfHeight = static_cast<float>(height) / 2;
   info.scene = &scene;
   info.objectToView = kIdentity;
-  info.originX = halfWidth;
-  info.originY = halfHeight;
-  info.viewLeft = -halfWidth;
-  info.viewRight = halfWidth;
-  info.viewTop = halfHeight;
-  info.viewBottom = -halfHeight;
   info.imageWidth = info.pixelRight = width;
   info.imageHeight = info.pixelBottom = height;
   buffer.reset(driver->CreateBuffer(&info, 1, 0));
   if (!buffer) return;
   info.buffer = buffer.get();
   ready = buffer->Reallocate(width, height, 1) == 1;
-  if (ready) buffer->ComputeProjectionMatrices();
+  if (ready) SetView(1, 1, static_cast<float>(width) / 2, static_cast<float>(height) / 2);
   list.reset(driver->CreateDisplayList(&info));
+}
+
+void OffscreenTarget::SetView(float scaleX, float scaleY, float originX, float originY) {
+  info.scaleX = scaleX;
+  info.scaleY = scaleY;
+  info.originX = originX;
+  info.originY = originY;
+  info.viewLeft = -originX / scaleX;
+  info.viewRight = (static_cast<float>(info.imageWidth) - originX) / scaleX;
+  info.viewTop = originY / scaleY;
+  info.viewBottom = (originY - static_cast<float>(info.imageHeight)) / scaleY;
+  buffer->ComputeProjectionMatrices();
 }
 
 void OffscreenTarget::Begin(int red, int green, int blue) {

@@ -16,12 +16,16 @@
 #include "platform/platform.h"
 
 /// An off-screen buffer with a display list that draws into it. The view is parallel, its units are
-/// pixels with the origin in the middle of the picture and y up; z from -1 (near) to -1000 is
-/// visible, and objects lie in view space as they are.
+/// pixels with the origin in the middle of the picture and y up until SetView; z from -1 (near) to
+/// -1000 is visible, and objects lie in view space as they are.
 struct OffscreenTarget {
   OffscreenTarget(GADriver* driver, int width, int height);
   OffscreenTarget(const OffscreenTarget&) = delete;
   OffscreenTarget& operator=(const OffscreenTarget&) = delete;
+
+  /// Another parallel view: so many pixels a view unit, around the view's origin, which lies so
+  /// many pixels from the left and the top.
+  void SetView(float scaleX, float scaleY, float originX, float originY);
 
   /// Clears to a colour, 0 to 255 a channel, and loads the scene projection.
   void Begin(int red = 0, int green = 0, int blue = 0);

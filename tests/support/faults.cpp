@@ -18,6 +18,7 @@
 #include "platform/mfc.h"
 #include "platform/win32.h"
 #include "tests/support/gl_names.h"
+#include "tests/support/heap_blocks.h"
 #include "tests/support/next_symbol.h"
 #include "tests/support/platform_calls.h"
 
@@ -33,6 +34,7 @@ struct Point {
 struct FaultState {
   std::array<Point, static_cast<std::size_t>(FaultPoint::kCount)> points;
   std::vector<std::string> messages;
+  std::vector<unsigned int> messageTypes;
   std::vector<GLboolean*> hiddenExtensions;
   MessageBoxView previousView = nullptr;
   bool on = false;
@@ -58,8 +60,9 @@ bool MustFail(FaultPoint which) {
   return fails;
 }
 
-int KeepMessage(const char* text, unsigned int) {
+int KeepMessage(const char* text, unsigned int type) {
   State().messages.emplace_back(text);
+  State().messageTypes.push_back(type);
   return 1;
 }
 
@@ -148,10 +151,13 @@ void* AllocExt(std::size_t size) {
   static auto* const next = NextSymbol<decltype(AllocExt)>("_Z8AllocExtm");
   if (MustFail(FaultPoint::kAllocExt)) return nullptr;
   if (!State().on || size > std::numeric_limits<std::size_t>::max() - Faults::kGuardBytes) {
-    return next(size);
+    void* block = next(size);
+    NoteBlock(block, size);
+    return block;
   }
   State().lastExt = static_cast<unsigned char*>(next(size + Faults::kGuardBytes));
   State().lastExtBytes = size;
+  NoteBlock(State().lastExt, size);
   if (State().lastExt) std::memset(State().lastExt + size, Faults::kGuard, Faults::kGuardBytes);
   return State().lastExt;
 }
@@ -163,7 +169,15 @@ void* AllocString(std::size_t size) {
 
 void* hostkit::AllocExtPicture(std::size_t size) {
   static auto* const next = NextSymbol<decltype(AllocExtPicture)>("_ZN7hostkit15AllocExtPictureEm");
-  return MustFail(FaultPoint::kAllocBitmap) ? nullptr : next(size);
+  void* block = MustFail(FaultPoint::kAllocBitmap) ? nullptr : next(size);
+  NoteBlock(block, size);
+  return block;
+}
+
+void FreeExt(void* block) {
+  static auto* const next = NextSymbol<decltype(FreeExt)>("_Z7FreeExtPv");
+  ForgetBlock(block);
+  next(block);
 }
 
 Faults::Faults() {
@@ -216,4 +230,7 @@ void Faults::HideExtension(const std::string& name) {
 
 const std::vector<std::string>& Faults::Messages() const {
   return State().messages;
+}
+const std::vector<unsigned int>& Faults::MessageTypes() const {
+  return State().messageTypes;
 }

@@ -101,23 +101,3 @@ std::string AttribMaskName(GLbitfield mask) {
   if (mask != 0 || text.empty()) text += fmt::format("{}{:#x}", text.empty() ? "" : "|", mask);
   return text;
 }
-
-int ParameterLength(GLenum name) {
-  switch (name) {
-    case GL_AMBIENT:
-    case GL_DIFFUSE:
-    case GL_SPECULAR:
-    case GL_EMISSION:
-    case GL_AMBIENT_AND_DIFFUSE:
-    case GL_POSITION:
-    case GL_FOG_COLOR:
-    case GL_LIGHT_MODEL_AMBIENT:
-    case GL_TEXTURE_BORDER_COLOR:
-    case GL_TEXTURE_ENV_COLOR:
-      return 4;
-    case GL_SPOT_DIRECTION:
-      return 3;
-    default:
-      return 1;
-  }
-}

@@ -13,5 +13,3 @@ std::string PrimitiveName(GLenum value);
 std::string BlendFactorName(GLenum value);
 /// The bits by name, joined by '|'.
 std::string AttribMaskName(GLbitfield mask);
-/// How many floats a vector parameter of this name has.
-int ParameterLength(GLenum name);

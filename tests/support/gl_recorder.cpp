@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <deque>
 #include <map>
 #include <optional>
@@ -14,13 +15,28 @@
 #include <utility>
 
 #include "tests/support/gl_names.h"
+#include "tests/support/heap_blocks.h"
 #include "tests/support/next_symbol.h"
 
 namespace {
 
+/// A client array as the GL was told of it.
+struct Array {
+  bool enabled = false;
+  GLint size = 0;
+  GLenum type = GL_FLOAT;
+  GLsizei stride = 0;
+  const void* first = nullptr;
+};
+constexpr GLenum kArrayKinds[] = {GL_VERTEX_ARRAY, GL_NORMAL_ARRAY, GL_TEXTURE_COORD_ARRAY,
+                                  GL_COLOR_ARRAY};
+
 struct Recording {
   bool on = false;
   bool indices = false;
+  bool vertices = false;
+  std::map<GLenum, Array> arrays;
+  const void* firstArray = nullptr;  // the first pointer since the last draw
   bool platform = false;
   int pauses = 0;
   std::vector<std::string> calls;
@@ -69,48 +85,93 @@ std::string DescribeNumber(char kind, Number value) {
   }
 }
 
-std::string DescribeFloats(char kind, const GLfloat* values, GLenum lastEnum) {
-  switch (kind) {
-    case 'M':
-      return Floats(values, 16);
-    case 'v':
-      return Floats(values, ParameterLength(lastEnum));
-    case 'p':
-      return values ? "pointer" : "null";
-    default:
-      return Floats(values, kind - '0');
-  }
+std::string DescribeFloats(char kind, const GLfloat* values) {
+  return Floats(values, kind == 'M' ? 16 : kind - '0');
 }
 
-/// Describes one argument by its kind (see gl_calls.inc); `lastEnum` is the enumerant before it.
+std::string DescribePointer(char kind, const void* pointer) {
+  if (!pointer) return "null";
+  if (kind == 's') return static_cast<const char*>(pointer);
+  if (kind == 'n') return fmt::format("{{{}}}", *static_cast<const GLuint*>(pointer));
+  return PlaceInBlock(pointer);
+}
+
+/// Describes one argument by its kind (see gl_calls.inc).
 template <typename Argument>
-std::string Describe(char kind, Argument argument, GLenum& lastEnum) {
+std::string Describe(char kind, Argument argument) {
   if constexpr (std::is_arithmetic_v<Argument>) {
-    if (kind == 'e') lastEnum = static_cast<GLenum>(static_cast<std::int64_t>(argument));
     return DescribeNumber(kind, argument);
   } else if constexpr (std::is_convertible_v<Argument, const GLfloat*>) {
-    return DescribeFloats(kind, argument, lastEnum);
+    return kind == 'p' ? DescribePointer(kind, argument) : DescribeFloats(kind, argument);
   } else {
-    return argument ? "pointer" : "null";
+    return DescribePointer(kind, argument);
   }
 }
 
 template <typename... Arguments>
 void Log(const char* name, const char* kinds, Arguments... arguments) {
   if (!IsRecording()) return;
-  [[maybe_unused]] GLenum lastEnum = 0;
   std::vector<std::string> texts;
-  ((texts.push_back(Describe(*kinds++, arguments, lastEnum))), ...);
+  ((texts.push_back(Describe(*kinds++, arguments))), ...);
   State().calls.push_back(fmt::format("{}({})", name, fmt::join(texts, ", ")));
 }
 
-std::string Indices(GLsizei count, GLenum type, const void* indices) {
+std::vector<unsigned> Indices(GLsizei count, GLenum type, const void* indices) {
   std::vector<unsigned> values;
-  for (GLsizei i = 0; i < count; ++i) {
+  for (GLsizei i = 0; indices && i < count; ++i) {
     values.push_back(type == GL_UNSIGNED_INT ? static_cast<const GLuint*>(indices)[i]
                                              : static_cast<const GLushort*>(indices)[i]);
   }
-  return fmt::format("{{{}}}", fmt::join(values, ", "));
+  return values;
+}
+
+/// A vertex as the GL reads it: the members of the enabled arrays, in the order of kArrayKinds.
+std::string Vertex(unsigned index) {
+  std::vector<std::string> members;
+  for (const GLenum kind : kArrayKinds) {
+    const Array& array = State().arrays[kind];
+    if (!array.enabled) continue;
+    const char* member =
+        static_cast<const char*>(array.first) + static_cast<std::ptrdiff_t>(index) * array.stride;
+    if (array.type == GL_FLOAT) {
+      const auto* values = reinterpret_cast<const GLfloat*>(member);
+      members.push_back(fmt::format("{:g}", fmt::join(values, values + array.size, " ")));
+    } else {
+      const auto* values = reinterpret_cast<const GLubyte*>(member);
+      members.push_back(fmt::format("{}", fmt::join(values, values + array.size, " ")));
+    }
+  }
+  return fmt::format("({})", fmt::join(members, " | "));
+}
+
+std::string DrawnElements(GLsizei count, GLenum type, const void* indices) {
+  const std::vector<unsigned> values = Indices(count, type, indices);
+  std::string text;
+  if (State().indices) text += fmt::format(", {{{}}}", fmt::join(values, ", "));
+  if (!State().vertices) return text;
+  std::vector<std::string> vertices;
+  for (const unsigned index : values) vertices.push_back(Vertex(index));
+  return text + fmt::format(", {{{}}}", fmt::join(vertices, ", "));
+}
+
+/// Where a client array begins, from the first one of the same draw: an offset in bytes within a
+/// vertex, or "apart" when it lies elsewhere.
+std::string ArrayPlace(const void* pointer, GLsizei stride) {
+  if (!pointer) return "null";
+  if (!State().firstArray) State().firstArray = pointer;
+  const std::intptr_t distance = reinterpret_cast<std::intptr_t>(pointer) -
+                                 reinterpret_cast<std::intptr_t>(State().firstArray);
+  return std::abs(distance) < stride ? fmt::format("{:+}", distance) : "apart";
+}
+
+/// Keeps where an array lies, and logs the call that tells it.
+void NoteArray(const char* name, GLenum kind, Array array) {
+  if (!IsRecording()) return;
+  array.enabled = State().arrays[kind].enabled;
+  State().arrays[kind] = array;
+  const std::string size = kind == GL_NORMAL_ARRAY ? "" : fmt::format("{}, ", array.size);
+  State().calls.push_back(fmt::format("{}({}{}, {}, {})", name, size, EnumName(array.type),
+                                      array.stride, ArrayPlace(array.first, array.stride)));
 }
 
 }  // namespace
@@ -127,12 +188,44 @@ extern "C" {
 #define GL3_LOG(name, kinds, arguments) Log(#name, kinds GL3_UNWRAP arguments)
 #include "tests/support/gl_calls.inc"
 
+void glEnableClientState(GLenum kind) {
+  static auto* const next = NextSymbol<decltype(glEnableClientState)>("glEnableClientState");
+  Log("glEnableClientState", "e", kind);
+  State().arrays[kind].enabled = true;
+  next(kind);
+}
+
+void glDisableClientState(GLenum kind) {
+  static auto* const next = NextSymbol<decltype(glDisableClientState)>("glDisableClientState");
+  Log("glDisableClientState", "e", kind);
+  State().arrays[kind].enabled = false;
+  next(kind);
+}
+
+#define GL3_ARRAY_CALL(kind, name, size, parameters, arguments)   \
+  void name parameters {                                          \
+    static auto* const next = NextSymbol<void parameters>(#name); \
+    NoteArray(#name, kind, {true, size, type, stride, first});    \
+    next arguments;                                               \
+  }
+GL3_ARRAY_CALL(GL_VERTEX_ARRAY, glVertexPointer, size,
+               (GLint size, GLenum type, GLsizei stride, const void* first),
+               (size, type, stride, first))
+GL3_ARRAY_CALL(GL_NORMAL_ARRAY, glNormalPointer, 3,
+               (GLenum type, GLsizei stride, const void* first), (type, stride, first))
+GL3_ARRAY_CALL(GL_TEXTURE_COORD_ARRAY, glTexCoordPointer, size,
+               (GLint size, GLenum type, GLsizei stride, const void* first),
+               (size, type, stride, first))
+GL3_ARRAY_CALL(GL_COLOR_ARRAY, glColorPointer, size,
+               (GLint size, GLenum type, GLsizei stride, const void* first),
+               (size, type, stride, first))
+
 void glDrawElements(GLenum mode, GLsizei count, GLenum type, const void* indices) {
   static auto* const next = NextSymbol<decltype(glDrawElements)>("glDrawElements");
   if (IsRecording()) {
-    State().calls.push_back(fmt::format(
-        "glDrawElements({}, {}, {}{})", PrimitiveName(mode), count, EnumName(type),
-        State().indices && indices ? ", " + Indices(count, type, indices) : std::string()));
+    State().calls.push_back(fmt::format("glDrawElements({}, {}, {}{})", PrimitiveName(mode), count,
+                                        EnumName(type), DrawnElements(count, type, indices)));
+    State().firstArray = nullptr;
   }
   next(mode, count, type, indices);
 }
@@ -228,6 +321,9 @@ void GlRecorder::Clear() {
 }
 void GlRecorder::LogIndices(bool on) {
   State().indices = on;
+}
+void GlRecorder::LogVertices(bool on) {
+  State().vertices = on;
 }
 void GlRecorder::LogPlatform(bool on) {
   State().platform = on;

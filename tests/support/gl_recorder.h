@@ -11,7 +11,11 @@
 
 /// Records from construction to destruction; at most one lives at a time. A call is a line such as
 ///   glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {1, 0.5, 0, 1})
-/// with floats as "%g". Answers replaced here are the real ones again when the recorder goes.
+/// with floats as "%g". An array's place is told as the distance in bytes from the first array of
+/// the same draw ("apart" beyond a vertex), pixels as their place in a block of the host's heaps,
+/// such as
+/// "+0 of 48", other memory as "pointer". Answers replaced here are the real ones again when the
+/// recorder goes.
 class GlRecorder {
  public:
   GlRecorder();
@@ -31,6 +35,9 @@ class GlRecorder {
 
   /// glDrawElements also tells its indices.
   void LogIndices(bool on);
+  /// glDrawElements also tells each vertex that it draws, as "(position | normal | texture
+  /// coordinates | colour)", without the arrays that are not enabled.
+  void LogVertices(bool on);
   /// The log also tells the calls of the platform layer (see platform_calls.h), such as
   ///   aglCreateContext(format1, context1) = context2
   void LogPlatform(bool on);

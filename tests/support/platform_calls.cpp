@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "platform/mfc.h"
 #include "platform/ports.h"
 #include "tests/support/next_symbol.h"
 
@@ -129,4 +130,17 @@ GL3_HANDLE_CALL(PixMapHandle, GetPortPixMap, (CGrafPtr a), (a))
 GL3_CALL(unsigned char, LockPixels, (PixMapHandle a), (a))
 GL3_CALL(void, UnlockPixels, (PixMapHandle a), (a))
 GL3_CALL(void, DisposeWindow, (CGrafPtr a), (a))
+}
+
+// A member function, which is looked up by its mangled name.
+BOOL CWnd::CreateEx(DWORD exStyle, const char* className, const char* title, DWORD style, int x,
+                    int y, int width, int height, HWND parent, void* menu, void* parameter) {
+  using Function =
+      BOOL(CWnd*, DWORD, const char*, const char*, DWORD, int, int, int, int, HWND, void*, void*);
+  static auto* const next =
+      NextSymbol<Function>("_ZN4CWnd8CreateExEjPKcS1_jiiiiP12OpaqueWindowPvS4_");
+  const PlatformCall call("CreateEx", fmt::format("{:#x}", exStyle), std::string(className),
+                          std::string(title), fmt::format("{:#x}", style), x, y, width, height,
+                          parent);
+  return next(this, exStyle, className, title, style, x, y, width, height, parent, menu, parameter);
 }
