@@ -1,6 +1,7 @@
 // Records of the transparent-polygon queue.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "host/Vertices.h"
@@ -19,4 +20,8 @@ struct TransparentRecord {
   float depthKey;  // minus the mean of the vertices' z: larger is farther
   std::int32_t isLine;
 };
-static_assert(sizeof(TransparentRecord) == 128);
+static_assert(sizeof(TransparentRecord) == 128 && offsetof(TransparentRecord, b) == 32 &&
+              offsetof(TransparentRecord, c) == 64 && offsetof(TransparentRecord, texture) == 96 &&
+              offsetof(TransparentRecord, attribute) == 104 &&
+              offsetof(TransparentRecord, lights) == 112 &&
+              offsetof(TransparentRecord, depthKey) == 120);

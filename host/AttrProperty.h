@@ -25,7 +25,15 @@ struct AttrProperty {
   AnimatableValue
       transparency;  ///< alpha = 1 - transparency; non-zero marks the surface transparent.
 };
-static_assert(offsetof(AttrProperty, ambientSource) == 3 * sizeof(AnimatableValue));
+static_assert(sizeof(AnimatableValue) == 16 && offsetof(AnimatableColor, green) == 16 &&
+              offsetof(AnimatableColor, blue) == 32);
+static_assert(offsetof(AttrProperty, base) == 0 && offsetof(AttrProperty, ambientSource) == 48 &&
+              offsetof(AttrProperty, ambient) == 56 &&
+              offsetof(AttrProperty, ambientFactor) == 104 &&
+              offsetof(AttrProperty, specularSource) == 120 &&
+              offsetof(AttrProperty, specular) == 128 && offsetof(AttrProperty, roughness) == 176 &&
+              offsetof(AttrProperty, specularFactor) == 192 &&
+              offsetof(AttrProperty, transparency) == 208 && sizeof(AttrProperty) == 224);
 
 /// One point of a shaded line strip: its material, view-space position and normal, width in pixels.
 struct GAShadedLineVertex {
@@ -34,5 +42,8 @@ struct GAShadedLineVertex {
   Vector normal;
   float width = 0;
 };
-static_assert(offsetof(GAShadedLineVertex, normal) ==
-              offsetof(GAShadedLineVertex, position) + sizeof(Vector));
+static_assert(offsetof(GAShadedLineVertex, material) == 0 &&
+              offsetof(GAShadedLineVertex, position) == sizeof(AttrProperty) &&
+              offsetof(GAShadedLineVertex, normal) == sizeof(AttrProperty) + 12 &&
+              offsetof(GAShadedLineVertex, width) == sizeof(AttrProperty) + 24 &&
+              sizeof(GAShadedLineVertex) == sizeof(AttrProperty) + 32);

@@ -11,13 +11,15 @@
 struct RGBFloat {
   float blue = 0, green = 0, red = 0;
 };
-static_assert(sizeof(RGBFloat) == 12 && offsetof(RGBFloat, red) == 8);
+static_assert(sizeof(RGBFloat) == 12 && offsetof(RGBFloat, green) == 4 &&
+              offsetof(RGBFloat, red) == 8);
 
 /// 8-bit colour, 0 to 255 a channel.
 struct ColorBuf {
   std::uint8_t red = 0, green = 0, blue = 0, alpha = 0;
 };
-static_assert(sizeof(ColorBuf) == 4 && offsetof(ColorBuf, alpha) == 3);
+static_assert(sizeof(ColorBuf) == 4 && offsetof(ColorBuf, green) == 1 &&
+              offsetof(ColorBuf, blue) == 2 && offsetof(ColorBuf, alpha) == 3);
 
 /// A colour in the form its driver draws with. Channels go in and out as bytes, 0 to 255.
 class GANativeColor : public GAssistObject {

@@ -1,6 +1,7 @@
 // The host's render settings and view for one frame.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "host/Animation.h"
@@ -16,6 +17,10 @@ struct LightingEnvironment {
   float ambientRed = 0, ambientGreen = 0, ambientBlue = 0;
   float ambientIntensity = 0;
 };
+static_assert(sizeof(LightingEnvironment) == 20 && offsetof(LightingEnvironment, ambientRed) == 4 &&
+              offsetof(LightingEnvironment, ambientGreen) == 8 &&
+              offsetof(LightingEnvironment, ambientBlue) == 12 &&
+              offsetof(LightingEnvironment, ambientIntensity) == 16);
 
 /// What the scene contributes to a frame beside its objects.
 struct SceneRecord {
@@ -24,6 +29,9 @@ struct SceneRecord {
   float fogRed = 0, fogGreen = 0, fogBlue = 0;
   float ambientAmount = 0;  ///< Global ambient, 0 to 1.
 };
+static_assert(sizeof(SceneRecord) == 48 && offsetof(SceneRecord, fogEnd) == 16 &&
+              offsetof(SceneRecord, fogRed) == 32 && offsetof(SceneRecord, fogGreen) == 36 &&
+              offsetof(SceneRecord, fogBlue) == 40 && offsetof(SceneRecord, ambientAmount) == 44);
 
 /// View of one frame. View space looks down negative z: `nearZ` and `farZ` are negative for planes
 /// in front of the eye. A pixel maps to view space as x = (pixel x - originX) / scaleX - offsetX
@@ -49,3 +57,17 @@ struct RenderInfo {
   std::int32_t pixelLeft = 0, pixelRight = 0, pixelTop = 0, pixelBottom = 0;
   std::uint8_t flags = 0;
 };
+// A host of another compiler has to lay the record out alike.
+static_assert(offsetof(RenderInfo, buffer) == 0 && offsetof(RenderInfo, environment) == 8 &&
+              offsetof(RenderInfo, viewWindow) == 32 && offsetof(RenderInfo, scene) == 40 &&
+              offsetof(RenderInfo, objectToView) == 48 && offsetof(RenderInfo, scaleX) == 56 &&
+              offsetof(RenderInfo, scaleY) == 60 && offsetof(RenderInfo, offsetX) == 64 &&
+              offsetof(RenderInfo, offsetY) == 68 && offsetof(RenderInfo, perspective) == 72 &&
+              offsetof(RenderInfo, nearZ) == 76 && offsetof(RenderInfo, farZ) == 80 &&
+              offsetof(RenderInfo, originX) == 84 && offsetof(RenderInfo, originY) == 88 &&
+              offsetof(RenderInfo, viewLeft) == 92 && offsetof(RenderInfo, viewRight) == 96 &&
+              offsetof(RenderInfo, viewTop) == 100 && offsetof(RenderInfo, viewBottom) == 104 &&
+              offsetof(RenderInfo, imageWidth) == 108 && offsetof(RenderInfo, imageHeight) == 112 &&
+              offsetof(RenderInfo, pixelLeft) == 116 && offsetof(RenderInfo, pixelRight) == 120 &&
+              offsetof(RenderInfo, pixelTop) == 124 && offsetof(RenderInfo, pixelBottom) == 128 &&
+              offsetof(RenderInfo, flags) == 132 && sizeof(RenderInfo) == 136);

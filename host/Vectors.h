@@ -1,6 +1,8 @@
 // Plain vectors of the host.
 #pragma once
 
+#include <cstddef>
+
 /// A position or direction in view space unless said otherwise.
 struct Vector {
   float x = 0, y = 0, z = 0;
@@ -16,4 +18,7 @@ struct Vector4 {
   float x = 0, y = 0, z = 0, w = 0;
 };
 
-static_assert(sizeof(Vector) == 12 && sizeof(Vector2) == 8 && sizeof(Vector4) == 16);
+static_assert(sizeof(Vector) == 12 && offsetof(Vector, y) == 4 && offsetof(Vector, z) == 8);
+static_assert(sizeof(Vector2) == 8 && offsetof(Vector2, y) == 4);
+static_assert(sizeof(Vector4) == 16 && offsetof(Vector4, y) == 4 && offsetof(Vector4, z) == 8 &&
+              offsetof(Vector4, w) == 12);

@@ -14,15 +14,18 @@ struct GAVertex {
   float nx = 0, ny = 0, nz = 0;
   float u = 0, v = 0;
 };
-static_assert(sizeof(GAVertex) == 32 && offsetof(GAVertex, nx) == 12 &&
-              offsetof(GAVertex, u) == 24);
+static_assert(sizeof(GAVertex) == 32 && offsetof(GAVertex, z) == 8 &&
+              offsetof(GAVertex, nx) == 12 && offsetof(GAVertex, nz) == 20 &&
+              offsetof(GAVertex, u) == 24 && offsetof(GAVertex, v) == 28);
 
 /// Vertex that brings its colour along.
 struct GALitVertex {
   float x = 0, y = 0, z = 0;
   std::uint8_t red = 0, green = 0, blue = 0, alpha = 0;
 };
-static_assert(sizeof(GALitVertex) == 16 && offsetof(GALitVertex, red) == 12);
+static_assert(sizeof(GALitVertex) == 16 && offsetof(GALitVertex, z) == 8 &&
+              offsetof(GALitVertex, red) == 12 && offsetof(GALitVertex, green) == 13 &&
+              offsetof(GALitVertex, blue) == 14);
 
 /// Vertex that brings its colour and texture coordinates along.
 struct GALitVertexWT {
@@ -30,5 +33,6 @@ struct GALitVertexWT {
   float u = 0, v = 0;
   std::uint8_t red = 0, green = 0, blue = 0, alpha = 0;
 };
-static_assert(sizeof(GALitVertexWT) == 24 && offsetof(GALitVertexWT, u) == 12 &&
-              offsetof(GALitVertexWT, red) == 20);
+static_assert(sizeof(GALitVertexWT) == 24 && offsetof(GALitVertexWT, z) == 8 &&
+              offsetof(GALitVertexWT, u) == 12 && offsetof(GALitVertexWT, red) == 20 &&
+              offsetof(GALitVertexWT, green) == 21 && offsetof(GALitVertexWT, blue) == 22);

@@ -14,6 +14,6 @@ struct VornPoly {
   Vector2 uv0, uv1, uv2;
   float depthKey = 0;
 };
-static_assert(offsetof(VornPoly, c0) % alignof(GAColor) == 0 &&
-              offsetof(VornPoly, uv0) == offsetof(VornPoly, c0) + 3 * sizeof(GAColor) &&
-              offsetof(VornPoly, depthKey) == offsetof(VornPoly, uv0) + 3 * sizeof(Vector2));
+static_assert(offsetof(VornPoly, p2) == 24 && offsetof(VornPoly, c0) == 40 &&
+              offsetof(VornPoly, c2) == 56 && offsetof(VornPoly, uv0) == 64 &&
+              offsetof(VornPoly, uv2) == 80 && offsetof(VornPoly, depthKey) == 88);
