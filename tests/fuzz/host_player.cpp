@@ -160,31 +160,26 @@ void HostPlayer::DropList() {
 void HostPlayer::ChangeColor() {
   GAColor& color = Color();
   RGBFloat rgb;
-  switch (m_input.Below(6)) {
-    case 0:
-      color = GAColor();
-      break;
-    case 1:
-      color = Color();
-      break;
-    case 2:
-      rgb = {m_input.Float(), m_input.Float(), m_input.Float()};
-      color = GAColor(m_driver->CreateColor(rgb));
-      if (color.Native()) color.Native()->SetAlpha(color.Native()->Red());
-      break;
-    case 3:
-      color = GAColor(m_driver->CreateColor(
-          Vector4{m_input.Float(), m_input.Float(), m_input.Float(), m_input.Float()}));
-      break;
-    case 4:
-      color = GAColor(m_driver->CreateColor(Color()));
-      break;
-    default:
-      const std::array<unsigned char, 4> rgba{m_input.Byte(), m_input.Byte(), m_input.Byte(),
-                                              m_input.Byte()};
-      color.Set(rgba[0], rgba[1], rgba[2], rgba[3]);
-      break;
-  }
+  const Things things = {
+      [&] { color = GAColor(); },
+      [&] { color = Color(); },
+      [&] {
+        rgb = {m_input.Float(), m_input.Float(), m_input.Float()};
+        color = GAColor(m_driver->CreateColor(rgb));
+        if (color.Native()) color.Native()->SetAlpha(color.Native()->Red());
+      },
+      [&] {
+        color = GAColor(m_driver->CreateColor(
+            Vector4{m_input.Float(), m_input.Float(), m_input.Float(), m_input.Float()}));
+      },
+      [&] { color = GAColor(m_driver->CreateColor(Color())); },
+      [&] {
+        const std::array<unsigned char, 4> rgba{m_input.Byte(), m_input.Byte(), m_input.Byte(),
+                                                m_input.Byte()};
+        color.Set(rgba[0], rgba[1], rgba[2], rgba[3]);
+      },
+  };
+  DoOne(things);
 }
 
 AttrProperty* HostPlayer::Material() {

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -76,6 +77,9 @@ class HostPlayer {
 
  private:
   using Move = void (HostPlayer::*)();
+  using Things = std::vector<std::function<void()>>;
+  static void Do(int which, const Things& things) { things[static_cast<std::size_t>(which)](); }
+  void DoOne(const Things& things) { Do(m_input.Below(static_cast<int>(things.size())), things); }
 
   // host_player.cpp: the driver, what buffers and lists are made of, and what must hold.
   void ChooseSettings();

@@ -88,29 +88,25 @@ void HostPlayer::SetFog() {
 void HostPlayer::Overlay() {
   constexpr float kPlanes[] = {-1, -1000, -5, 0};
   const float z = m_input.IsTame() ? m_input.OneOf(kPlanes) : m_input.Float();
-  switch (m_input.Below(4)) {
-    case 0: {
-      const std::string text = m_input.Text(5);
-      const int x = Pixel(), y = Pixel();
-      Buffer().TextOutA(x, y, text.c_str(), Color(), 0);
-      break;
-    }
-    case 1:
-      Buffer().TextOutA(0, 0, nullptr, Color(), 0);
-      break;
-    case 2: {
-      const CRect rect{Pixel(), Pixel(), Pixel(), Pixel()};
-      Buffer().AfxFillRect(rect.left, rect.top, rect.right, rect.bottom, z, Color());
-      break;
-    }
-    default: {
-      GL3GATexture* const texture = Texture();
-      const CRect rect{Pixel(), Pixel(), Pixel(), Pixel()};
-      const Vector2 scale{m_input.Float(), m_input.Float()};
-      Buffer().TransparentBlit(texture, rect, z, scale, m_input.Float());
-      break;
-    }
-  }
+  const Things things = {
+      [&] {
+        const std::string text = m_input.Text(5);
+        const int x = Pixel(), y = Pixel();
+        Buffer().TextOutA(x, y, text.c_str(), Color(), 0);
+      },
+      [&] { Buffer().TextOutA(0, 0, nullptr, Color(), 0); },
+      [&] {
+        const CRect rect{Pixel(), Pixel(), Pixel(), Pixel()};
+        Buffer().AfxFillRect(rect.left, rect.top, rect.right, rect.bottom, z, Color());
+      },
+      [&] {
+        GL3GATexture* const texture = Texture();
+        const CRect rect{Pixel(), Pixel(), Pixel(), Pixel()};
+        const Vector2 scale{m_input.Float(), m_input.Float()};
+        Buffer().TransparentBlit(texture, rect, z, scale, m_input.Float());
+      },
+  };
+  DoOne(things);
 }
 
 void HostPlayer::ReadBack() {
@@ -161,20 +157,15 @@ void HostPlayer::QueueRecords() {
     }
   }
   const int last = TransparentQueue::Count(Buffer()) - 1;
-  switch (m_input.Below(4)) {
-    case 0:
-      Buffer().QuickDepthSortInverse(0, last);
-      break;
-    case 1:
-      if (last < 400) Buffer().QuickSortTransparency(0, last);
-      break;
-    case 2:
-      Buffer().RenderTransparentPolys();
-      break;
-    default:
-      Buffer().QuickDepthSort(0, last);
-      break;
-  }
+  const Things things = {
+      [&] { Buffer().QuickDepthSortInverse(0, last); },
+      [&] {
+        if (last < 400) Buffer().QuickSortTransparency(0, last);
+      },
+      [&] { Buffer().RenderTransparentPolys(); },
+      [&] { Buffer().QuickDepthSort(0, last); },
+  };
+  DoOne(things);
 }
 
 void HostPlayer::SetBufferState() {

@@ -11,32 +11,17 @@ void HostPlayer::AddLines() {
   const Vector a = Point(), b = Point();
   GAColor& color = Color();
   GAColor& other = Color();
-  switch (kind) {
-    case 0:
-      list.AddLine(a, b);
-      break;
-    case 1:
-      list.AddLine(a, b, color);
-      break;
-    case 2:
-      list.AddLine(a, color, b, other);
-      break;
-    case 3:
-      list.AddTransformedLine(a, b);
-      break;
-    case 4:
-      list.AddTransformedLine(a, b, color);
-      break;
-    case 5:
-      list.AddTransformedLineRef(a, b);
-      break;
-    case 6:
-      list.AddTransformedLineRef(a, b, color);
-      break;
-    default:
-      list.AddTransformedLine(a, color, b, other);
-      break;
-  }
+  const Things things = {
+      [&] { list.AddLine(a, b); },
+      [&] { list.AddLine(a, b, color); },
+      [&] { list.AddLine(a, color, b, other); },
+      [&] { list.AddTransformedLine(a, b); },
+      [&] { list.AddTransformedLine(a, b, color); },
+      [&] { list.AddTransformedLineRef(a, b); },
+      [&] { list.AddTransformedLineRef(a, b, color); },
+      [&] { list.AddTransformedLine(a, color, b, other); },
+  };
+  Do(kind, things);
 }
 
 void HostPlayer::AddLineArrays() {
@@ -50,22 +35,17 @@ void HostPlayer::AddLineArrays() {
   const int kind = m_input.Below(4);
   GAColor& color = Color();
   GAColor& other = Color();
-  switch (kind) {
-    case 0:
-      list.AddTransformedLineList(a.data(), count);
-      break;
-    case 1:
-      list.AddTransformedLineList(a.data(), b.data(), count, color, other);
-      break;
-    case 2:
-      list.AddLineList(a.data(), b.data(), count, color, other);
-      break;
-    default:
-      for (auto& index : indices) index = m_input.Byte() % static_cast<unsigned>(size);
-      for (auto& vertex : vertices) vertex.y = m_input.Float();
-      list.AddIndexedLineList(vertices, indices);
-      break;
-  }
+  const Things things = {
+      [&] { list.AddTransformedLineList(a.data(), count); },
+      [&] { list.AddTransformedLineList(a.data(), b.data(), count, color, other); },
+      [&] { list.AddLineList(a.data(), b.data(), count, color, other); },
+      [&] {
+        for (auto& index : indices) index = m_input.Byte() % static_cast<unsigned>(size);
+        for (auto& vertex : vertices) vertex.y = m_input.Float();
+        list.AddIndexedLineList(vertices, indices);
+      },
+  };
+  Do(kind, things);
 }
 
 void HostPlayer::AddShadedLines() {
@@ -85,28 +65,18 @@ void HostPlayer::AddRectangles() {
   const int x1 = Pixel(), y1 = Pixel(), x2 = Pixel(), y2 = Pixel();
   const float z = m_input.Float();
   const int kind = m_input.Below(6), across = m_input.Int(), down = m_input.Int();
-  switch (kind) {
-    case 0:
-      list.AddRectangle(x1, y1, x2, y2, z);
-      break;
-    case 1:
-      list.AddRectangle(x1, y1, x2, y2, z, Color());
-      break;
-    case 2:
-      list.AddSolidRectangle(x1, y1, x2, y2, z);
-      break;
-    case 3:
-      list.AddSolidRectangle(x1, y1, x2, y2, z, Color());
-      break;
-    case 4:
-      list.AddRoundRect(x1, y1, x2, y2, z, across, down, Color());
-      break;
-    default: {
-      const Vector place = Point();
-      list.AddCP(place, across, Color());
-      break;
-    }
-  }
+  const Things things = {
+      [&] { list.AddRectangle(x1, y1, x2, y2, z); },
+      [&] { list.AddRectangle(x1, y1, x2, y2, z, Color()); },
+      [&] { list.AddSolidRectangle(x1, y1, x2, y2, z); },
+      [&] { list.AddSolidRectangle(x1, y1, x2, y2, z, Color()); },
+      [&] { list.AddRoundRect(x1, y1, x2, y2, z, across, down, Color()); },
+      [&] {
+        const Vector place = Point();
+        list.AddCP(place, across, Color());
+      },
+  };
+  Do(kind, things);
 }
 
 void HostPlayer::AddCurves() {
@@ -115,32 +85,17 @@ void HostPlayer::AddCurves() {
   const float radius = m_input.Float();
   const Vector a = Point(), b = Point(), c = Point();
   GAColor& color = Color();
-  switch (kind) {
-    case 0:
-      list.AddCircle(a, b, c);
-      break;
-    case 1:
-      list.AddCircle(a, b, c, color);
-      break;
-    case 2:
-      list.AddSemiCircle(a, b, c, color);
-      break;
-    case 3:
-      list.AddTransformedSemiCircle(a, b, c, color);
-      break;
-    case 4:
-      list.AddTransformedCircle(a, radius);
-      break;
-    case 5:
-      list.AddTransformedCircle(a, radius, color);
-      break;
-    case 6:
-      list.AddSphere(a, radius, color);
-      break;
-    default:
-      list.AddTransformedSphere(a, radius, color);
-      break;
-  }
+  const Things things = {
+      [&] { list.AddCircle(a, b, c); },
+      [&] { list.AddCircle(a, b, c, color); },
+      [&] { list.AddSemiCircle(a, b, c, color); },
+      [&] { list.AddTransformedSemiCircle(a, b, c, color); },
+      [&] { list.AddTransformedCircle(a, radius); },
+      [&] { list.AddTransformedCircle(a, radius, color); },
+      [&] { list.AddSphere(a, radius, color); },
+      [&] { list.AddTransformedSphere(a, radius, color); },
+  };
+  Do(kind, things);
 }
 
 void HostPlayer::AddPolygons() {
@@ -173,24 +128,22 @@ void HostPlayer::AddTriangles() {
   std::vector<GAVertex> vertices = Vertices(4);
   RGBFloat colors[4];
   GALitVertex lit[4];
-  switch (m_input.Below(4)) {
-    case 0:
-      list.AddTransformedTri(vertices.data(), m_input.Flag());
-      break;
-    case 1: {
-      const int mode = m_input.Below(4);
-      list.AddTransformedQuad(vertices.data(), mode, m_input.Flag());
-      break;
-    }
-    case 2:
-      for (RGBFloat& color : colors) color.red = m_input.Float();
-      list.AddTransformedQuad(vertices.data(), colors, m_input.Flag());
-      break;
-    default:
-      for (GALitVertex& vertex : lit) vertex.x = m_input.Float();
-      list.AddTransformedQuad(lit);
-      break;
-  }
+  const Things things = {
+      [&] { list.AddTransformedTri(vertices.data(), m_input.Flag()); },
+      [&] {
+        const int mode = m_input.Below(4);
+        list.AddTransformedQuad(vertices.data(), mode, m_input.Flag());
+      },
+      [&] {
+        for (RGBFloat& color : colors) color.red = m_input.Float();
+        list.AddTransformedQuad(vertices.data(), colors, m_input.Flag());
+      },
+      [&] {
+        for (GALitVertex& vertex : lit) vertex.x = m_input.Float();
+        list.AddTransformedQuad(lit);
+      },
+  };
+  DoOne(things);
 }
 
 void HostPlayer::AddPolyline() {
