@@ -6,10 +6,13 @@
 class HBitmapNode;
 
 /// Effects on finished frames, chosen by number: 0 blur, 1 image filter, 2 ambient occlusion.
-/// Operations return 1 for success and 0 for failure.
+/// Operations return 1 for success and 0 for failure, whose reason goes to the log "GPUShader.log"
+/// beside the program that runs. They change the current context. Each set-up of an effect keeps
+/// its surface until the program is deleted: set an effect up once a size.
 class GAShaderProgram : public GAssistObject {
  public:
   virtual ~GAShaderProgram() = default;
+  /// 1; whether one effect can run, its Init tells.
   virtual int IsOperational() = 0;
   /// Sets an effect up with its parameters; one that fails is gone for the life of the program.
   /// Blur: merge mode, passes, radius in pixels, width and height of the pictures in pixels;
