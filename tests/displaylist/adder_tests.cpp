@@ -20,6 +20,9 @@ class AdderTest : public DrawingFixture {
 
   AttrProperty m_white = Material(1, 1, 1), m_clear = Material(1, 1, 1, 0.5f);
   GAColor m_red = Rgb(255, 0, 0);
+  /// Ends of a polyline: a quarter and half faded, 5 pixels wide.
+  GAVertex m_ends[2] = {{1, 2, -3, 0.1f, 0.2f, 0.3f, 0.25f, 5},
+                        {4, 5, -6, 0.4f, 0.5f, 0.6f, 0.5f, 7}};
 };
 
 TEST_F(AdderTest, TrianglesNeverReadTheThirdElement) {
@@ -100,94 +103,140 @@ TEST_F(AdderTest, ATransparentQuadDrainsTheFullQueue) {
 }
 
 TEST_F(AdderTest, PolylinesGoAroundTheOpenBlock) {
-  GAVertex v[2] = {Facing(1, 2, -3, 0.25f, 5), Facing(4, 5, -6, 1, 7)};
-  const Lines plain = {"glLineWidth(5)",          "glEnd()",
-                       "glBegin(GL_LINE_STRIP)",  "glNormal3fv({0, 0, -1})",
-                       "glVertex3fv({1, 2, -3})", "glNormal3fv({0, 0, -1})",
-                       "glVertex3fv({4, 5, -6})", "glEnd()",
-                       "glBegin(GL_POINTS)",      "glLineWidth(1)"};
   List().PrepForPoints();
   GlRecorder gl;
-  List().AddTransformedQuad(v, 0x8002, 1);
-  EXPECT_EQ(gl.Calls(), plain);
-  gl.Clear();
   Faults faults;
   faults.Fail(FaultPoint::kAllocOGL);
-  List().AddTransformedQuad(v, 0xC002, 1);  // no room: drawn plain
-  EXPECT_EQ(gl.Calls(), plain);
-  List().SetDepthFunc(6);
-  gl.Clear();
-  List().AddTransformedQuad(v, 0xC002, 0);
-  const std::string diffuse = "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.8, 0.8, 0.8, ";
+  for (const int mode : {0x8002, 0xC002}) {  // the fading one has no room
+    gl.Clear();
+    List().AddTransformedQuad(m_ends, mode, 1);
+    EXPECT_EQ(gl.Calls(), CallsIn(R"(
+        glLineWidth(5); glEnd(); glBegin(GL_LINE_STRIP); glNormal3fv({0.1, 0.2, 0.3});
+        glVertex3fv({1, 2, -3}); glNormal3fv({0.4, 0.5, 0.6}); glVertex3fv({4, 5, -6}); glEnd();
+        glBegin(GL_POINTS); glLineWidth(1))"));
+  }
+  EXPECT_EQ(faults.Calls(FaultPoint::kAllocOGL), 1);
+  List().EndInstructions();
+  for (const int mode : {0x8000, 0xC000}) {
+    Buffer().SetState(GL3GABuffer::kSmoothingOn, true);
+    List().SetDepthFunc(0);
+    gl.Clear();
+    List().AddTransformedQuad(m_ends, mode, 0);
+    EXPECT_EQ(gl.CallsTo("glLine"), (Lines{"glLineWidth(5)", "glLineWidth(1)"}));
+    EXPECT_EQ(gl.Count("glNormal3fv") + gl.Count("glEnable") + gl.Count("glDisable"), 0);
+  }
+}
+
+TEST_F(AdderTest, FadingPolylinesFadeTheColorInForce) {
+  // The GL's answer is what fades, whatever the buffer sent last.
+  float sent[4] = {0.1f, 0.2f, 0.3f, 0.5f};
+  const float found[4] = {0.9f, 0.7f, 0.6f, 0.8f};
+  Buffer().SetDiffuseMaterial(sent);
+  glMaterialfv(GL_FRONT, GL_DIFFUSE, found);
+  const std::string diffuse = "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, ";
+  GlRecorder gl;
+  List().AddTransformedQuad(m_ends, 0xC002, 0);
   EXPECT_EQ(gl.Calls(),
             (Lines{"glGetMaterialfv(GL_FRONT, GL_DIFFUSE, pointer)", "glEnable(GL_LINE_SMOOTH)",
                    "glDisable(GL_DEPTH_TEST)", "glLineWidth(5)", "glBegin(GL_LINE_STRIP)",
-                   "glNormal3fv({0, 0, -1})", diffuse + "0.75})", "glVertex3fv({1, 2, -3})",
-                   "glNormal3fv({0, 0, -1})", diffuse + "0})", "glVertex3fv({4, 5, -6})", "glEnd()",
-                   "glEnable(GL_DEPTH_TEST)", "glDisable(GL_LINE_SMOOTH)", diffuse + "1})",
-                   "glLineWidth(1)"}));
+                   "glNormal3fv({0.1, 0.2, 0.3})", diffuse + "{0.9, 0.7, 0.6, 0.6})",
+                   "glVertex3fv({1, 2, -3})", "glNormal3fv({0.4, 0.5, 0.6})",
+                   diffuse + "{0.9, 0.7, 0.6, 0.4})", "glVertex3fv({4, 5, -6})", "glEnd()",
+                   "glEnable(GL_DEPTH_TEST)", "glDisable(GL_LINE_SMOOTH)",
+                   diffuse + "{0.9, 0.7, 0.6, 0.8})", "glLineWidth(1)"}));
   EXPECT_EQ(TransparentQueue::Count(Buffer()), 0);
-  // What is on already stays on, and an open block goes on behind the line.
+
+  // With a block open the GL does not answer: then it is what the buffer sent last. Smoothing that
+  // is on already stays on, and a depth test that is off stays off.
+  Buffer().SetDiffuseMaterial(sent);
   Buffer().SetState(GL3GABuffer::kSmoothingOn, true);
-  List().PrepForPolygons();  // points have been prepared for, and are not again
+  List().SetDepthFunc(0);
   List().PrepForPoints();
   gl.Clear();
-  List().AddTransformedQuad(v, 0xC002, 0);
-  EXPECT_EQ(gl.CallsTo("glEnable"), Lines{"glEnable(GL_DEPTH_TEST)"});
-  EXPECT_EQ(gl.CallsTo("glDisable"), Lines{"glDisable(GL_DEPTH_TEST)"});
-  EXPECT_EQ(gl.CallsTo("glBegin"), (Lines{"glBegin(GL_LINE_STRIP)", "glBegin(GL_POINTS)"}));
-  EXPECT_EQ(gl.Count("glEnd"), 2);
-  List().EndInstructions();
-  gl.Clear();
-  List().AddTransformedQuad(v, 0x8000, 0);
-  EXPECT_EQ(gl.Calls(), CallsIn(R"(
-      glLineWidth(5); glBegin(GL_LINE_STRIP); glEnd(); glLineWidth(1))"));
+  List().AddTransformedQuad(m_ends, 0xC002, 0);
+  EXPECT_EQ(gl.Calls(), (Lines{"glGetMaterialfv(GL_FRONT, GL_DIFFUSE, pointer)", "glLineWidth(5)",
+                               "glEnd()", "glBegin(GL_LINE_STRIP)", "glNormal3fv({0.1, 0.2, 0.3})",
+                               diffuse + "{0.1, 0.2, 0.3, 0.375})", "glVertex3fv({1, 2, -3})",
+                               "glNormal3fv({0.4, 0.5, 0.6})", diffuse + "{0.1, 0.2, 0.3, 0.25})",
+                               "glVertex3fv({4, 5, -6})", "glEnd()", "glBegin(GL_POINTS)",
+                               diffuse + "{0.1, 0.2, 0.3, 0.5})", "glLineWidth(1)"}));
 }
 
 TEST_F(AdderTest, ColoredQuadsReadTheirRecordsInTheirOwnOrder) {
-  auto v = Square(0, 0, 20, -9);
+  GAVertex v[4];
   RGBFloat colors[4];
-  for (RGBFloat& color : colors) color.red = 1, color.green = 0.5f, color.blue = 0.25f;
-  colors[3].red = 0;
-  GlRecorder gl;
-  List().AddTransformedQuad(v.data(), colors, 1);
-  // Equal colours are sent once.
-  EXPECT_EQ(gl.CallsTo("glMaterialfv"),
-            (Lines{"glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {1, 0.5, 0.25, 1})",
-                   "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0, 0.5, 0.25, 1})"}));
-  EXPECT_EQ(gl.Count("glTexCoord2fv"), 4);
-  EXPECT_EQ(gl.CallsTo("glVertex3fv")[2], "glVertex3fv({-20, 20, -9})");
-  gl.Clear();
-  List().AddTransformedQuad(v.data(), colors, 0);
-  EXPECT_EQ(gl.Count("glTexCoord2fv"), 0);
-
-  GALitVertex lit[4] = {{-9, -9, -9, 255, 51, 0, 102}, {9, -9, -9}, {-9, 9, -9}, {9, 9, -9}};
+  for (int i = 0; i < 4; ++i) {
+    const auto f = static_cast<float>(i);
+    v[i] = {f, 10 + f, -20 - f, 30 + f, 40 + f, 50 + f, 60 + f, 70 + f};
+    colors[i].red = 1, colors[i].green = 0.5f, colors[i].blue = i < 2 ? 0.25f : 0.125f * f;
+  }
   List().PrepForPoints();
+  GlRecorder gl;
+  List().AddTransformedQuad(v, colors, 1);
+  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+      glEnd(); glBegin(GL_TRIANGLE_STRIP);
+      glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {1, 0.5, 0.25, 1});
+      glTexCoord2fv({60, 70}); glNormal3fv({30, 40, 50}); glVertex3fv({0, 10, -20});
+      glTexCoord2fv({61, 71}); glNormal3fv({31, 41, 51}); glVertex3fv({1, 11, -21});
+      glTexCoord2fv({62, 72}); glNormal3fv({32, 42, 52}); glVertex3fv({2, 12, -22});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {1, 0.5, 0.375, 1});
+      glTexCoord2fv({63, 73}); glNormal3fv({33, 43, 53}); glVertex3fv({3, 13, -23});
+      glEnd(); glBegin(GL_POINTS))"));
+  gl.Clear();
+  List().AddTransformedQuad(v, colors, 0);
+  EXPECT_EQ(gl.Count("glTexCoord2fv"), 0);
+  EXPECT_EQ(gl.Count("glVertex3fv"), 4);
+
+  GALitVertex lit[4] = {{-9, -8, -7, 255, 51, 0, 102},
+                        {9, -6, -5, 0, 255, 51, 255},
+                        {-4, 9, -3, 102, 0, 255, 51},
+                        {8, 7, -2, 51, 102, 204, 0}};
   gl.Clear();
   List().AddTransformedQuad(lit);
-  const Lines& calls = gl.Calls();
-  ASSERT_EQ(calls.size(), 12u);
-  EXPECT_EQ(Lines(calls.begin(), calls.begin() + 4), CallsIn(R"(
-      glEnd(); glBegin(GL_TRIANGLE_STRIP); glColor4fv({0, 0.2, 1, 0.4});
-      glVertex3fv({-9, -9, -9}))"));
-  EXPECT_EQ(calls.back(), "glBegin(GL_POINTS)");
+  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+      glEnd(); glBegin(GL_TRIANGLE_STRIP);
+      glColor4fv({0, 0.2, 1, 0.4}); glVertex3fv({-9, -8, -7});
+      glColor4fv({0.2, 1, 0, 1}); glVertex3fv({9, -6, -5});
+      glColor4fv({1, 0, 0.4, 0.2}); glVertex3fv({-4, 9, -3});
+      glColor4fv({0.8, 0.4, 0.2, 0}); glVertex3fv({8, 7, -2}); glEnd(); glBegin(GL_POINTS))"));
 }
 
 TEST_F(AdderTest, LongFansAreDrawnVertexByVertex) {
-  GAVertex v[3] = {Facing(-9, -9, -9), Facing(9, -9, -9), Facing(9, 9, -9)};
+  GAVertex v[3] = {{1, 2, -3, 4, 5, 6, 7, 8},
+                   {11, 12, -13, 14, 15, 16, 17, 18},
+                   {21, 22, -23, 24, 25, 26, 27, 28}};
   std::vector<unsigned short> indices(100);
-  for (std::size_t i = 0; i < indices.size(); ++i) indices[i] = static_cast<unsigned short>(i % 3);
+  for (std::size_t i = 0; i < indices.size(); ++i) {
+    indices[i] = static_cast<unsigned short>(2 - i % 3);
+  }
   List().PrepForPoints();
   GlRecorder gl;
   List().AddIndexedTriangleFan(v, 3, indices.data(), 99, 1);
   EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_TRIANGLE_FAN, 99, GL_UNSIGNED_SHORT)"});
   EXPECT_EQ(gl.Count("glEnd"), 0);
   gl.Clear();
+  gl.LogVertices(true);
+  List().AddIndexedTriangleFan(v, 3, indices.data(), 3, 1);
+  const std::string vertices =
+      "{(21 22 -23 | 24 25 26 | 27 28), (11 12 -13 | 14 15 16 | 17 18), (1 2 -3 | 4 5 6 | 7 8)}";
+  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_NORMAL_ARRAY);
+      glEnableClientState(GL_TEXTURE_COORD_ARRAY); glVertexPointer(3, GL_FLOAT, 32, +0);
+      glNormalPointer(GL_FLOAT, 32, +12); glTexCoordPointer(2, GL_FLOAT, 32, +24);
+      glDrawElements(GL_TRIANGLE_FAN, 3, GL_UNSIGNED_SHORT, )" +
+                                vertices + R"();
+      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_NORMAL_ARRAY);
+      glDisableClientState(GL_TEXTURE_COORD_ARRAY))"));
+  gl.Clear();
   List().AddIndexedTriangleFan(v, 3, indices.data(), 100, 1);
-  EXPECT_EQ(Draws(gl), Lines());
-  EXPECT_EQ(gl.CallsTo("glBegin"), (Lines{"glBegin(GL_TRIANGLE_FAN)", "glBegin(GL_POINTS)"}));
-  EXPECT_EQ(gl.CallsTo("glVertex3fv")[1], "glVertex3fv({9, -9, -9})");
-  EXPECT_EQ(gl.Count("glVertex3fv"), 100);
+  const Lines& calls = gl.Calls();
+  ASSERT_EQ(calls.size(), 304u);
+  EXPECT_EQ(Lines(calls.begin(), calls.begin() + 8), CallsIn(R"(
+      glEnd(); glBegin(GL_TRIANGLE_FAN); glTexCoord2fv({27, 28}); glNormal3fv({24, 25, 26});
+      glVertex3fv({21, 22, -23}); glTexCoord2fv({17, 18}); glNormal3fv({14, 15, 16});
+      glVertex3fv({11, 12, -13}))"));
+  EXPECT_EQ(Lines(calls.end() - 3, calls.end()), CallsIn(R"(
+      glVertex3fv({21, 22, -23}); glEnd(); glBegin(GL_POINTS))"));
   EXPECT_FALSE(Buffer().HasState(GL3GABuffer::kArraysPending));
 }
 
@@ -242,8 +291,7 @@ TEST_F(AdderTest, IndexedTriangleListsStartFromACleanState) {
       gl.Calls(),
       (Lines{"glEnable(GL_TEXTURE_2D)", bind, "glDisable(GL_LIGHTING)",
              "glEnableClientState(GL_VERTEX_ARRAY)", "glVertexPointer(3, GL_FLOAT, 16, +0)",
-             "glEnableClientState(GL_COLOR_ARRAY)",
-             "glColorPointer(4, GL_UNSIGNED_BYTE, 16, +12)",
+             "glEnableClientState(GL_COLOR_ARRAY)", "glColorPointer(4, GL_UNSIGNED_BYTE, 16, +12)",
              "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT)",
              "glDisableClientState(GL_VERTEX_ARRAY)", "glDisableClientState(GL_COLOR_ARRAY)"}));
   EXPECT_TRUE(Near(ColorAt(5, -5), {255, 0, 0}));
@@ -294,27 +342,36 @@ TEST_F(AdderTest, IndexedLineListsStartFromACleanState) {
 
 TEST_F(AdderTest, ShadedStripsTakeWidthAndMaterialsFromTheirPoints) {
   GAShadedLineVertex points[2];
-  points[0].material = Material(1, 0, 0);
-  points[1].material = Material(0, 1, 0);
+  points[0].material = Material(1, 0.5f, 0.25f);  // a quarter of it is ambient
+  points[0].position = {1, 2, -3};
+  points[0].normal = {0.1f, 0.2f, 0.3f};
   points[0].width = 1.5f;
-  points[1].position = {4, 5, 6};
-  points[1].normal = {0, 1, 0};
+  points[1].material = Material(0.5f, 0.25f, 1);
+  points[1].position = {4, 5, -6};
+  points[1].normal = {0.4f, 0.5f, 0.6f};
+  points[1].width = 7;
   List().PrepForPoints();
   GlRecorder gl;
   List().AddTransformedShadedLineList(points, 2, 1);
-  const Lines& calls = gl.Calls();
-  EXPECT_EQ(Lines(calls.begin(), calls.begin() + 4), CallsIn(R"(
-      glEnable(GL_LINE_SMOOTH); glLineWidth(3); glEnd(); glBegin(GL_LINE_STRIP))"));
-  EXPECT_EQ(Lines(calls.end() - 7, calls.end()), CallsIn(R"(
-      glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0, 1, 0, 1}); glNormal3fv({0, 1, 0});
-      glVertex3fv({4, 5, 6}); glEnd(); glBegin(GL_POINTS); glLineWidth(1);
-      glDisable(GL_LINE_SMOOTH))"));
+  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+      glEnable(GL_LINE_SMOOTH); glLineWidth(3); glEnd(); glBegin(GL_LINE_STRIP);
+      glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.75, 0.4375, 0.234375, 1});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, {0.25, 0.125, 0.0625, 1});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_SHININESS, {0, 0, 0, 1});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, {0, 0, 0, 1});
+      glNormal3fv({0.1, 0.2, 0.3}); glVertex3fv({1, 2, -3});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.4375, 0.234375, 0.75, 1});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, {0.125, 0.0625, 0.25, 1});
+      glNormal3fv({0.4, 0.5, 0.6}); glVertex3fv({4, 5, -6});
+      glEnd(); glBegin(GL_POINTS); glLineWidth(1); glDisable(GL_LINE_SMOOTH))"));
   List().SetDepthFunc(6);
-  Buffer().SetState(GL3GABuffer::kSmoothingOn, true);
-  gl.Clear();
-  List().AddTransformedShadedLineList(points, 0, 1);
-  EXPECT_EQ(calls, CallsIn(R"(
-      glLineWidth(3); glBegin(GL_LINE_STRIP); glEnd(); glLineWidth(1))"));
+  for (const bool smoothing : {true, false}) {  // on already, or not asked for
+    Buffer().SetState(GL3GABuffer::kSmoothingOn, smoothing);
+    gl.Clear();
+    List().AddTransformedShadedLineList(points, 0, smoothing);
+    EXPECT_EQ(gl.Calls(), CallsIn(R"(
+        glLineWidth(3); glBegin(GL_LINE_STRIP); glEnd(); glLineWidth(1))"));
+  }
 }
 
 TEST_F(AdderTest, RectanglesKeepTheOpenBlock) {
@@ -350,13 +407,13 @@ TEST_F(AdderTest, OutlinesOnTheFrontPlaneAreNotLost) {
     Buffer().ComputeProjectionMatrices();
     Target().Begin();
     Buffer().SetProjection(0);
-    List().AddRectangle(4, 4, 44, 54, Info().nearZ);
+    List().AddRectangle(4, 5, 44, 35, Info().nearZ);
     // Lines on pixel borders fall to either side of them.
-    EXPECT_NEAR(Target().CountOther({0, 0, 0}), 2 * (40 + 50), 4) << Info().nearZ;
+    EXPECT_NEAR(Target().CountOther({0, 0, 0}), 2 * (40 + 30), 4) << Info().nearZ;
     Target().Begin();
     Buffer().SetProjection(0);
-    List().AddSolidRectangle(4, 4, 44, 54, -100);
-    EXPECT_EQ(Target().CountOther({0, 0, 0}), 40 * 50);
+    List().AddSolidRectangle(4, 5, 44, 35, -100);
+    EXPECT_EQ(Target().CountOther({0, 0, 0}), 40 * 30);
   }
 }
 

@@ -159,40 +159,43 @@ TEST_F(BatchTest, LinesHaveTheirOwnEndsAndTheColorsOfTheirTime) {
 }
 
 TEST_F(BatchTest, MarkersAreCulledInParallelViewsAlone) {
-  // The view reaches from -32 to 32. Sideways a marker must be outside, up and down only reach out.
-  const std::pair<Vector, bool> cases[] = {
-      {{-33, 0, -9}, true}, {{-35, 0, -9}, false}, {{33, 0, -9}, true},  {{35, 0, -9}, false},
-      {{0, 31, -9}, false}, {{0, 29, -9}, true},   {{0, -31, -9}, false}};
+  // The view reaches from (-36, -30) to (28, 20), and the marker 4 to each side. Sideways it must
+  // be outside, up and down only reach out.
+  Info().viewBottom = -30;
+  Info().viewTop = 20;
+  const std::pair<Vector, bool> cases[] = {{{-40, 0, -9}, true}, {{-40.5f, 0, -9}, false},
+                                           {{32, 0, -9}, true},  {{32.5f, 0, -9}, false},
+                                           {{0, 16, -9}, true},  {{0, 16.5f, -9}, false},
+                                           {{0, -26, -9}, true}, {{0, -26.5f, -9}, false}};
   for (const auto& [place, added] : cases) {
-    List().AddCP(place, 2, m_red);
+    List().AddCP(place, 5, m_red);
     EXPECT_EQ(IsPending(), added) << place.x << " " << place.y;
     List().FlushArrays();
   }
   Info().perspective = -4.5f;
-  List().AddCP({0, 31, -9}, 2, m_red);
-  EXPECT_TRUE(IsPending());
-  List().FlushArrays();
+  for (const auto& [place, added] : cases) {
+    List().AddCP(place, 5, m_red);
+    EXPECT_TRUE(IsPending());
+    List().FlushArrays();
+  }
 }
 
 TEST_F(BatchTest, MarkersKeepTheirSizeOnTheScreenUnderBothProjections) {
-  Info().viewLeft = Info().viewBottom = -16;  // two pixels a view unit
-  Info().viewRight = Info().viewTop = 16;
-  Info().scaleX = Info().scaleY = 2;
   for (const float perspective : {0.0f, Info().nearZ}) {
     Info().perspective = perspective;
     Buffer().ComputeProjectionMatrices();
     Target().Begin();
     const auto distance = [&](float z) { return perspective != 0 ? z / perspective : 1; };
-    List().AddCP({4 * distance(-9), 0, -9}, 3, m_blue);
-    List().AddCP({-4 * distance(-300), 5 * distance(-300), -300}, 5, m_red);
+    List().AddCP({4 * distance(-9), 0, -9}, 5, m_blue);  // 10 x 6 pixels
+    List().AddCP({-8 * distance(-300), 4 * distance(-300), -300}, 10, m_red);
     GlRecorder gl;
     gl.LogIndices(true);
     Target().End();
     EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_TRIANGLES, 12, GL_UNSIGNED_INT, "
                                "{0, 1, 2, 0, 2, 3, 4, 5, 6, 4, 6, 7})"});
-    EXPECT_EQ(Target().CountOther({0, 0, 0}), 6 * 6 + 10 * 10) << perspective;
-    for (const int x : {5, 10}) EXPECT_TRUE(Near(ColorAt(x, -3), {0, 0, 255})) << perspective;
-    for (const int x : {-13, -4}) EXPECT_TRUE(Near(ColorAt(x, 14), {255, 0, 0})) << perspective;
+    EXPECT_EQ(Target().CountOther({0, 0, 0}), 10 * 6 + 20 * 12) << perspective;
+    for (const int x : {0, 7}) EXPECT_TRUE(Near(ColorAt(x, -3), {0, 0, 255})) << perspective;
+    for (const int x : {-15, -2}) EXPECT_TRUE(Near(ColorAt(x, 10), {255, 0, 0})) << perspective;
   }
 }
 
@@ -254,8 +257,7 @@ TEST_F(BatchTest, PolygonsAreOnlyQueuedWhenTheyShouldBe) {
   EXPECT_EQ(queued(1), 0);  // the queue is full
   GlRecorder gl;
   List().FlushArrays();
-  EXPECT_EQ(gl.CallsTo("glColorPointer"),
-            Lines{"glColorPointer(4, GL_UNSIGNED_BYTE, 24, +20)"});
+  EXPECT_EQ(gl.CallsTo("glColorPointer"), Lines{"glColorPointer(4, GL_UNSIGNED_BYTE, 24, +20)"});
 }
 
 TEST_F(BatchTest, TwoHundredThousandTransparentPolygonsAllAppear) {

@@ -79,19 +79,20 @@ TEST_F(StateTest, DepthFuncIsASwitchOfManyThings) {
 TEST_F(StateTest, ProjectionIsLoadedWhenTheModeChanges) {
   List().PrepForPoints();
   EXPECT_EQ(CallsOf([&] { List().SetProjection(1); }), Lines());
-  Lines calls = CallsOf([&] { List().SetProjection(0); });
-  ASSERT_EQ(calls.size(), 4u);
-  EXPECT_EQ(calls[0], "glEnd()");
-  EXPECT_EQ(calls[1], "glLoadIdentity()");
-  EXPECT_TRUE(calls[2].starts_with("glLoadMatrixf({0.03125, 0, 0, 0, 0, -0.03125,"));
-  EXPECT_EQ(calls[3], "glViewport(0, 0, 64, 64)");
+  // 80 x 48 pixels, y down; the planes at 1 and 1000.
+  const std::string screen =
+      "glLoadMatrixf({0.025, 0, 0, 0, 0, -0.0416667, 0, 0, 0, 0, -0.002002, 0, -1, 1, -1.002, 1})";
+  EXPECT_EQ(CallsOf([&] { List().SetProjection(0); }),
+            (Lines{"glEnd()", "glLoadIdentity()", screen, "glViewport(0, 0, 80, 48)"}));
   EXPECT_EQ(CallsOf([&] { List().SetProjection(0); }), Lines());
 
-  Buffer().Reallocate(64, 64, 1);  // leaves the model-view stack current
-  calls = CallsOf([&] { List().SetProjection(2); });
-  ASSERT_EQ(calls.size(), 4u);
-  EXPECT_EQ(calls[0], "glMatrixMode(GL_PROJECTION)");
-  EXPECT_TRUE(calls[2].starts_with("glLoadMatrixf({0.03125, 0, 0, 0, 0, 0.03125,"));
+  Buffer().Reallocate(64, 32, 1);  // leaves the model-view stack current
+  EXPECT_EQ(CallsOf([&] { List().SetProjection(2); }), CallsIn(R"(
+      glMatrixMode(GL_PROJECTION); glLoadIdentity();
+      glLoadMatrixf({0.03125, 0, 0, 0, 0, 0.03125, 0, 0, 0, 0, -0.002002, 0, )"
+                                                               "0.125, 0.125, -1.002, 1})"
+                                                               R"(;
+      glViewport(0, 0, 64, 32))"));
 }
 
 TEST_F(StateTest, PreparationsOpenBlocksOnce) {
@@ -149,13 +150,16 @@ TEST_F(StateTest, BeginningForgetsTheTextureButNotThatTexturingIsOn) {
 
 TEST_F(StateTest, MaterialsAndLightsFlushBeforeTheyChange) {
   AttrProperty red = Material(1, 0, 0);
-  const Lines first = CallsOf([&] { List().SetMaterial(&red, 0); });
-  ASSERT_EQ(first.size(), 5u);
-  EXPECT_EQ(first[0], "flush");
+  EXPECT_EQ(CallsOf([&] { List().SetMaterial(&red, 0); }), CallsIn(R"(
+      flush; glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.75, 0, 0, 1});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, {0.25, 0, 0, 1});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_SHININESS, {0, 0, 0, 1});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, {0, 0, 0, 1}))"));
   EXPECT_EQ(CallsOf([&] { List().SetMaterial(&red, 0); }), Lines());
   EXPECT_TRUE(Buffer().HasState(GL3GABuffer::kArraysPending));
-  red.base.green = 1;
-  EXPECT_EQ(CallsOf([&] { List().SetMaterial(&red, 0); }).size(), 2u);
+  EXPECT_EQ(CallsOf([&] { List().SetMaterial(&red, 0.5f); }), CallsIn(R"(
+      flush; glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.75, 1, 1, 0.5});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, {0.25, 0, 0, 0.5}))"));
   EXPECT_EQ(CallsOf([&] { List().SetMaterial(nullptr, 0); }), Lines());
 
   List().PrepForPoints();
@@ -167,7 +171,7 @@ TEST_F(StateTest, MaterialsAndLightsFlushBeforeTheyChange) {
 }
 
 TEST_F(StateTest, VerticesGoIntoTheOpenBlock) {
-  const float matrix[12] = {0, -1, 0, 10, 1, 0, 0, 20, 0, 0, 2, 30};
+  const float matrix[12] = {2, -1, 3, 10, 1, 4, -2, 20, -3, 5, 6, 30};
   Info().objectToView = matrix;
   GAColor red = Rgb(255, 0, 0);
   EXPECT_EQ(CallsOf([&] { List().SetDefaultColor(red); }), Lines{"glColor4fv({1, 0, 0, 1})"});
@@ -180,7 +184,7 @@ TEST_F(StateTest, VerticesGoIntoTheOpenBlock) {
     List().AddTransformedPoint({6, 7, 8});
   });
   EXPECT_EQ(calls, CallsIn(R"(
-      glColor4fv({1, 1, 1, 1}); glVertex3fv({8, 21, 36}); glColor4fv({1, 0, 0, 1});
+      glColor4fv({1, 1, 1, 1}); glVertex3fv({19, 23, 55}); glColor4fv({1, 0, 0, 1});
       glVertex3fv({1, 2, 3}); glColor4fv({1, 1, 1, 1}); glTexCoord2fv({4, 5});
       glVertex3fv({1, 2, 3}); glColor4fv({1, 1, 1, 1}); glVertex3fv({1, 2, 3});
       glColor4fv({1, 0, 0, 1}); glVertex3fv({6, 7, 8}))"));
@@ -193,13 +197,13 @@ TEST_F(StateTest, AListEndsNoContextOfItsBuffer) {
   {
     // The buffer's new context leaves the old one to the list that still knows it.
     GL3DisplayList list(&Info());
-    Buffer().AllocateforShader(64, 64);
+    Buffer().AllocateforShader(kWidth, kHeight);
     EXPECT_EQ(platform::CountHandles().contexts, contexts + 1);
   }
   EXPECT_EQ(platform::CountHandles().contexts, contexts);
   {
     GL3DisplayList list(&Info());
-    Buffer().Reallocate(64, 64, 1);  // ends the old context itself
+    Buffer().Reallocate(kWidth, kHeight, 1);  // ends the old context itself
   }
   EXPECT_EQ(platform::CountHandles().contexts, contexts);
   Target().Begin(0, 0, 255);
