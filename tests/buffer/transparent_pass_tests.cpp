@@ -88,6 +88,17 @@ TEST_F(PassTest, OneTriangleFromStartToEnd) {
   EXPECT_EQ(gl.Calls(), Lines());
 }
 
+TEST_F(PassTest, WithoutMaterialNothingIsDrawnOrLit) {
+  Triangle(-10, nullptr);
+  GlRecorder gl;
+  Buffer().EndScene();
+  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+      glGetMaterialfv(GL_FRONT, GL_DIFFUSE, pointer); glEnable(GL_LINE_SMOOTH);
+      glIsEnabled(GL_CULL_FACE); glGetIntegerv(0xb45); glCullFace(GL_FRONT);
+      glEnable(GL_CULL_FACE); glDisable(GL_CULL_FACE); glDisable(GL_LINE_SMOOTH);
+      glCullFace(GL_FRONT); glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.8, 0.8, 0.8, 1}))"));
+}
+
 TEST_F(PassTest, ChangesOfStateEndABatch) {
   const auto texture = SolidTexture({255, 255, 255, 128});
   const std::string bind =

@@ -89,6 +89,9 @@ TEST_F(AdderTest, ATransparentQuadDrainsTheFullQueue) {
   List().AddTransformedQuad(v.data(), 1, 0);
   EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT)"});
   EXPECT_EQ(TransparentQueue::Count(Buffer()), 2);
+  GL3GABuffer::m_maxtransparentpolys = 4;  // room for just one more
+  List().AddTransformedQuad(v.data(), 1, 0);
+  EXPECT_EQ(TransparentQueue::Count(Buffer()), 4);
   // A setting that has no room for a quad does not halve it.
   GL3GABuffer::m_maxtransparentpolys = 0;
   List().FlushTransparentPolys();
@@ -133,6 +136,8 @@ TEST_F(AdderTest, FadingPolylinesFadeTheColorInForce) {
   const float found[4] = {0.9f, 0.7f, 0.6f, 0.8f};
   Buffer().SetDiffuseMaterial(sent);
   glMaterialfv(GL_FRONT, GL_DIFFUSE, found);
+  Buffer().MakeRoomForTransparentPolys(1);
+  GL3GABuffer::m_maxtransparentpolys = 1;  // just enough for the form
   const std::string diffuse = "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, ";
   GlRecorder gl;
   List().AddTransformedQuad(m_ends, 0xC002, 0);
@@ -160,15 +165,18 @@ TEST_F(AdderTest, FadingPolylinesFadeTheColorInForce) {
                                "glNormal3fv({0.4, 0.5, 0.6})", diffuse + "{0.1, 0.2, 0.3, 0.25})",
                                "glVertex3fv({4, 5, -6})", "glEnd()", "glBegin(GL_POINTS)",
                                diffuse + "{0.1, 0.2, 0.3, 0.5})", "glLineWidth(1)"}));
+  GL3GABuffer::m_maxtransparentpolys = 0;
+  gl.Clear();
+  List().AddTransformedQuad(m_ends, 0xC002, 0);
+  EXPECT_EQ(gl.Count("glGetMaterialfv"), 0);
 }
 
 TEST_F(AdderTest, ColoredQuadsReadTheirRecordsInTheirOwnOrder) {
   GAVertex v[4];
   RGBFloat colors[4];
   for (int i = 0; i < 4; ++i) {
-    const auto f = static_cast<float>(i);
-    v[i] = {f, 10 + f, -20 - f, 30 + f, 40 + f, 50 + f, 60 + f, 70 + f};
-    colors[i].red = 1, colors[i].green = 0.5f, colors[i].blue = i < 2 ? 0.25f : 0.125f * f;
+    v[i] = Numbered(i);
+    colors[i].red = 1, colors[i].green = 0.5f, colors[i].blue = i < 3 ? 0.25f : 0.375f;
   }
   List().PrepForPoints();
   GlRecorder gl;
@@ -271,6 +279,16 @@ TEST_F(AdderTest, TransparentFansAreQueuedAsFarAsThereIsRoom) {
   gl.Clear();
   List().AddIndexedTriangleFan(v, 6, indices, 3, 1);  // full
   EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_TRIANGLE_FAN, 3, GL_UNSIGNED_SHORT, {5, 0, 1})"});
+
+  GL3GABuffer::m_maxtransparentpolys = 4;
+  List().FlushTransparentPolys();
+  List().AddIndexedTriangleFan(v, 6, indices, 4, 1);
+  gl.Clear();
+  List().AddIndexedTriangleFan(v, 6, indices, 5, 1);  // one triangle too much
+  EXPECT_EQ(Draws(gl),
+            Lines{"glDrawElements(GL_TRIANGLE_FAN, 5, GL_UNSIGNED_SHORT, {5, 0, 1, 2, 3})"});
+  List().AddIndexedTriangleFan(v, 6, indices, 4, 1);  // just room
+  EXPECT_EQ(TransparentQueue::Count(Buffer()), 4);
 }
 
 TEST_F(AdderTest, IndexedTriangleListsStartFromACleanState) {
@@ -321,12 +339,17 @@ TEST_F(AdderTest, IndexedLineListsStartFromACleanState) {
   std::vector<GALitVertex> noVertices;
   std::vector<unsigned int> noIndices;
   GlRecorder gl;
+  gl.LogVertices(true);
   List().AddIndexedLineList(noVertices, noIndices);
-  EXPECT_EQ(Draws(gl), (Lines{"glDrawElements(GL_LINES, 2, GL_UNSIGNED_INT)",
-                              "glDrawElements(GL_LINES, 0, GL_UNSIGNED_INT)"}));
+  EXPECT_EQ(Draws(gl), (Lines{"glDrawElements(GL_LINES, 2, GL_UNSIGNED_INT, "
+                              "{(0 0 -9 | 255 0 0 255), (1 0 -9 | 255 0 0 255)})",
+                              "glDrawElements(GL_LINES, 0, GL_UNSIGNED_INT, {})"}));
+  EXPECT_EQ(gl.CallsTo("glVertexPointer").back(), "glVertexPointer(3, GL_FLOAT, 16, null)");
+  EXPECT_EQ(gl.CallsTo("glColorPointer").back(), "glColorPointer(4, GL_UNSIGNED_BYTE, 16, null)");
   EXPECT_EQ(gl.CallsTo("glDisable("), Lines{"glDisable(GL_LIGHTING)"});
+  EXPECT_FALSE(Buffer().HasState(GL3GABuffer::kLightingOn));
 
-  std::vector<GALitVertex> ends(2);
+  std::vector<GALitVertex> ends = {{1, 2, -3, 10, 20, 30, 40}, {4, 5, -6, 50, 60, 70, 80}};
   std::vector<unsigned int> segment = {1, 0};
   List().PrepForPolygons();
   List().SetTexture(texture.get());
@@ -336,8 +359,10 @@ TEST_F(AdderTest, IndexedLineListsStartFromACleanState) {
       glEnd(); glDisable(GL_TEXTURE_2D);
       glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_COLOR_ARRAY);
       glVertexPointer(3, GL_FLOAT, 16, +0); glColorPointer(4, GL_UNSIGNED_BYTE, 16, +12);
-      glDrawElements(GL_LINES, 2, GL_UNSIGNED_INT); glDisableClientState(GL_VERTEX_ARRAY);
-      glDisableClientState(GL_COLOR_ARRAY))"));
+      glDrawElements(GL_LINES, 2, GL_UNSIGNED_INT, {(4 5 -6 | 50 60 70 80), )"
+                                "(1 2 -3 | 10 20 30 40)})"
+                                R"(;
+      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_COLOR_ARRAY))"));
 }
 
 TEST_F(AdderTest, ShadedStripsTakeWidthAndMaterialsFromTheirPoints) {

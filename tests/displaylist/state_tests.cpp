@@ -1,5 +1,9 @@
 // State switches of the display list: what each sends, closes, flushes and remembers.
+#include <algorithm>
+#include <functional>
+#include <tuple>
 #include <utility>
+#include <vector>
 
 #include "driver/GL3Driver.h"
 #include "platform/platform.h"
@@ -61,6 +65,7 @@ TEST_F(StateTest, DepthFuncIsASwitchOfManyThings) {
                                          {0, {"glDisable(GL_DEPTH_TEST)"}},
                                          {0, {}},
                                          {1, {"glEnable(GL_DEPTH_TEST)"}},
+                                         {1, {}},
                                          {2, {"glBlendFunc(GL_SRC_ALPHA, GL_ONE)"}},
                                          {3, {"glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA)"}},
                                          {4, {"glEnable(GL_LIGHTING)", "glEnable(GL_LIGHT0)"}},
@@ -136,14 +141,18 @@ TEST_F(StateTest, BeginningForgetsTheTextureButNotThatTexturingIsOn) {
   const auto texture = SolidTexture({255, 0, 0, 128});
   AttrProperty clear = Material(1, 1, 1, 0.5f);
   GAVertex corners[4] = {};
-  List().SetTexture(texture.get());
   List().SetMaterial(&clear, 0);
-  List().AddTransformedTri(corners, 1);
+  GL3GATexture nameless;  // is kept, although the GL has none
+  for (GL3GATexture* set : {&nameless, texture.get()}) {
+    List().SetTexture(set);
+    List().AddTransformedTri(corners, 1);
+  }
   List().BeginInstructions();
   List().AddTransformedTri(corners, 1);
-  ASSERT_EQ(TransparentQueue::Count(Buffer()), 2);
-  EXPECT_EQ(TransparentQueue::Records(Buffer())[0].texture, texture.get());
-  EXPECT_EQ(TransparentQueue::Records(Buffer())[1].texture, nullptr);
+  ASSERT_EQ(TransparentQueue::Count(Buffer()), 3);
+  EXPECT_EQ(TransparentQueue::Records(Buffer())[0].texture, &nameless);
+  EXPECT_EQ(TransparentQueue::Records(Buffer())[1].texture, texture.get());
+  EXPECT_EQ(TransparentQueue::Records(Buffer())[2].texture, nullptr);
   EXPECT_EQ(CallsOf([&] { List().SetTexture(nullptr); }),
             (Lines{"flush", "glDisable(GL_TEXTURE_2D)"}));
 }
@@ -176,18 +185,125 @@ TEST_F(StateTest, VerticesGoIntoTheOpenBlock) {
   GAColor red = Rgb(255, 0, 0);
   EXPECT_EQ(CallsOf([&] { List().SetDefaultColor(red); }), Lines{"glColor4fv({1, 0, 0, 1})"});
   List().PrepForPoints();
+  const GAColor mixed = Color(51, 102, 153, 204);
   const Lines calls = CallsOf([&] {
-    List().TransformAndAddVertex({1, 2, 3}, m_white);
-    List().AddTransformedVertex({1, 2, 3});
-    List().AddTransformedVertex({1, 2, 3}, m_white, {4, 5});
-    List().AddOGLVertex({1, 2, 3}, m_white);
+    EXPECT_EQ(List().TransformAndAddVertex({1, 2, 3}, mixed), 0);
+    EXPECT_EQ(List().AddTransformedVertex({1, 2, 3}), 0);
+    EXPECT_EQ(List().AddTransformedVertex({4, 5, 6}, mixed), 0);
+    EXPECT_EQ(List().AddTransformedVertex({1, 2, 3}, mixed, {4, 5}), 0);
+    EXPECT_EQ(List().AddOGLVertex({7, 8, 9}, mixed), 0);
     List().AddTransformedPoint({6, 7, 8});
+    List().AddTransformedPoint({9, 7, 8}, mixed);
   });
   EXPECT_EQ(calls, CallsIn(R"(
-      glColor4fv({1, 1, 1, 1}); glVertex3fv({19, 23, 55}); glColor4fv({1, 0, 0, 1});
-      glVertex3fv({1, 2, 3}); glColor4fv({1, 1, 1, 1}); glTexCoord2fv({4, 5});
-      glVertex3fv({1, 2, 3}); glColor4fv({1, 1, 1, 1}); glVertex3fv({1, 2, 3});
-      glColor4fv({1, 0, 0, 1}); glVertex3fv({6, 7, 8}))"));
+      glColor4fv({0.2, 0.4, 0.6, 0.8}); glVertex3fv({19, 23, 55});
+      glColor4fv({1, 0, 0, 1}); glVertex3fv({1, 2, 3});
+      glColor4fv({0.2, 0.4, 0.6, 0.8}); glVertex3fv({4, 5, 6});
+      glColor4fv({0.2, 0.4, 0.6, 0.8}); glTexCoord2fv({4, 5}); glVertex3fv({1, 2, 3});
+      glColor4fv({0.2, 0.4, 0.6, 0.8}); glVertex3fv({7, 8, 9});
+      glColor4fv({1, 0, 0, 1}); glVertex3fv({6, 7, 8});
+      glColor4fv({0.2, 0.4, 0.6, 0.8}); glVertex3fv({9, 7, 8}))"));
+}
+
+TEST_F(StateTest, OperationsMakeTheirContextCurrentWhereTheyMust) {
+  OffscreenTarget other(Driver(), 8, 8);
+  auto& otherBuffer = static_cast<GL3GABuffer&>(*other.buffer);
+  using List = GL3DisplayList;
+  List* const lists[] = {&this->List(), static_cast<List*>(other.list.get())};
+  GL3GABuffer* const buffers[] = {&Buffer(), &otherBuffer};
+  const auto texture = SolidTexture({255, 0, 0, 255});
+  AttrProperty material = Material(1, 0, 0);
+  std::vector<GALitVertex> lineVertices;
+  std::vector<unsigned> lineIndices;
+  GAVertex v[4];
+  GALitVertex lit[4];
+  GALitVertexWT litTextured[4];
+  GAShadedLineVertex shaded[2];
+  RGBFloat colors[4];
+  Vector p[2];
+  VornPoly polygon;
+  unsigned short indices[3] = {0, 1, 2};
+  enum Makes { kNever, kUnlessItIs, kAlways };
+  const std::tuple<const char*, Makes, std::function<void(List&)>> operations[] = {
+      {"MakeCurrent", kUnlessItIs, [&](List& l) { l.MakeCurrent(); }},
+      {"OnSize", kUnlessItIs, [&](List& l) { l.OnSize(); }},
+      {"SetTexture", kUnlessItIs, [&](List& l) { l.SetTexture(texture.get()); }},
+      {"SetTexture(null)", kUnlessItIs, [&](List& l) { l.SetTexture(nullptr); }},
+      {"SetDepthFunc", kUnlessItIs, [&](List& l) { l.SetDepthFunc(6); }},
+      {"SetProjection", kUnlessItIs, [&](List& l) { l.SetProjection(0); }},
+      {"SetProjection again", kNever, [&](List& l) { l.SetProjection(0); }},
+      {"SetupLights", kUnlessItIs, [&](List& l) { l.SetupLights(nullptr); }},
+      {"SetMaterial", kNever, [&](List& l) { l.SetMaterial(&material, 0); }},
+      {"SetDefaultColor", kNever, [&](List& l) { l.SetDefaultColor(m_white); }},
+      {"PrepForLines", kUnlessItIs, [&](List& l) { l.PrepForLines(); }},
+      {"PrepForPolygons", kUnlessItIs, [&](List& l) { l.PrepForPolygons(); }},
+      {"PrepForPolygonArray", kUnlessItIs, [&](List& l) { l.PrepForPolygonArray(); }},
+      {"PrepForPoints again", kNever, [&](List& l) { l.PrepForPoints(); }},
+      {"BeginInstructions", kUnlessItIs, [&](List& l) { l.BeginInstructions(); }},
+      {"EndInstructions", kNever, [&](List& l) { l.EndInstructions(); }},
+      {"ExecuteInstructions", kUnlessItIs, [&](List& l) { l.ExecuteInstructions(); }},
+      {"Execute", kNever, [&](List& l) { l.Execute(), l.AddLine(1, 2), l.AddPoint(1); }},
+      {"FlushArrays", kNever, [&](List& l) { l.FlushArrays(); }},
+      {"FlushTransparentPolys", kAlways, [&](List& l) { l.FlushTransparentPolys(); }},
+      {"vertices", kNever,
+       [&](List& l) {
+         l.AddOGLVertex(p[0], m_white);
+         l.AddTransformedVertex(p[0]);
+         l.AddTransformedVertex(p[0], m_white);
+         l.AddTransformedVertex(p[0], m_white, Vector2());
+         l.TransformAndAddVertex(p[0], m_white);
+         l.AddTransformedPoint(p[0]);
+         l.AddTransformedPoint(p[0], m_white);
+       }},
+      {"lines", kNever,
+       [&](List& l) {
+         l.AddTransformedLine(p[0], p[1]);
+         l.AddTransformedLineRef(p[0], p[1]);
+         l.AddTransformedLine(p[0], m_white, p[1], m_white);
+         l.AddTransformedLineList(p, 2);
+         l.AddTransformedLineList(p, p, 2, m_white, m_white);
+         l.AddTransformedShadedLineList(shaded, 2, 1);
+       }},
+      {"AddIndexedLineList", kUnlessItIs,
+       [&](List& l) { l.AddIndexedLineList(lineVertices, lineIndices); }},
+      {"rectangles", kNever,
+       [&](List& l) {
+         l.AddRectangle(0, 0, 1, 1, -9);
+         l.AddRectangle(0, 0, 1, 1, -9, m_white);
+         l.AddSolidRectangle(0, 0, 1, 1, -9);
+         l.AddSolidRectangle(0, 0, 1, 1, -9, m_white);
+         l.AddCP(p[0], 1, m_white);
+       }},
+      {"triangles", kNever,
+       [&](List& l) {
+         l.AddTransformedPolygon(polygon, 1);
+         l.AddTransformedPolygons(&polygon, 1, 1);
+         l.AddTransformedTri(v, 1);
+         for (const int mode : {0, 1, 2, 0x8002, 0xC002}) l.AddTransformedQuad(v, mode, 0);
+         l.AddTransformedQuad(v, colors, 1);
+         l.AddTransformedQuad(lit);
+         l.AddIndexedTriangleFan(v, 4, indices, 3, 1);
+       }},
+      {"AddIndexedLitTriangleList", kUnlessItIs,
+       [&](List& l) { l.AddIndexedLitTriangleList(lit, 4, indices, 3, 0); }},
+      {"AddIndexedLitTriangleListWT", kUnlessItIs,
+       [&](List& l) { l.AddIndexedLitTriangleListWT(litTextured, 4, indices, 3, 0); }}};
+  for (const auto& [name, makes, operate] : operations) {
+    for (List* list : lists) list->PrepForPolygonArray(), list->PrepForPoints();  // opens a block
+    for (const int turn : {0, 1}) {
+      buffers[1 - turn]->MakeCurrent(0);
+      GlRecorder gl;
+      gl.LogPlatform(true);
+      operate(*lists[turn]);
+      EXPECT_EQ(gl.Count("aglSetCurrentContext"), makes == kNever ? 0 : 1) << name;
+      EXPECT_EQ(GL3GADriver::m_prevcontext, buffers[makes == kNever ? 1 - turn : turn]->Context());
+      if (makes == kNever) continue;
+      EXPECT_TRUE(gl.Calls().front().starts_with("aglSetPBuffer(")) << name;  // before all else
+      gl.Clear();
+      operate(*lists[turn]);
+      EXPECT_EQ(gl.Count("aglSetCurrentContext"), makes == kAlways ? 1 : 0) << name;
+    }
+  }
 }
 
 TEST_F(StateTest, AListEndsNoContextOfItsBuffer) {
@@ -222,12 +338,19 @@ class WatchingList : public GL3DisplayList {
     ++flushes;
     GL3DisplayList::FlushArrays();
   }
+  std::size_t LineRoom() const {
+    return std::min(m_lineVertices.capacity(), m_lineIndices.capacity());
+  }
   int textures = 0, flushes = 0;
 };
 
 TEST_F(StateTest, SubclassesSeeTexturesAndFlushes) {
   const auto texture = SolidTexture({255, 0, 0, 255});
+  List().AddTransformedLine({0, 0, -5}, {1, 1, -5}, m_white);
   WatchingList list(&Info());
+  EXPECT_EQ(list.LineRoom(), 100u);
+  // A new list takes what waits for drawn.
+  EXPECT_EQ(CallsOf([&] { List().ExecuteInstructions(); }, false), Lines());
   list.PrepForPolygons();
   list.PrepForPolygonArray();
   EXPECT_EQ(list.textures, 2);

@@ -47,6 +47,11 @@ GAVertex Facing(float x, float y, float z, float u, float v) {
   return {x, y, z, 0, 0, -1, u, v};
 }
 
+GAVertex Numbered(int number) {
+  const auto n = static_cast<float>(number);
+  return {n, 10 + n, -20 - n, 30 + n, 40 + n, 50 + n, 60 + n, 70 + n};
+}
+
 std::array<GAVertex, 4> Square(float x, float y, float half, float z) {
   return {Facing(x - half, y - half, z, 0, 1), Facing(x + half, y - half, z, 1, 1),
           Facing(x - half, y + half, z, 0, 0), Facing(x + half, y + half, z, 1, 0)};

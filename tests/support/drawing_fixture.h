@@ -51,6 +51,10 @@ AttrProperty Material(float red, float green, float blue, float transparency = 0
 /// A vertex that faces the viewer, under the winding rule of the module.
 GAVertex Facing(float x, float y, float z, float u = 0, float v = 0);
 
+/// A vertex in which every value differs, also from those of other numbers (below 10): position
+/// (n, 10 + n, -20 - n), normal (30 + n, …), texture coordinates (60 + n, 70 + n).
+GAVertex Numbered(int number);
+
 /// A square around (x, y) as the quad adders take it: lower left, lower right, upper left, upper
 /// right, counter-clockwise as they use it, with texture coordinates from 0 (left, top) to 1.
 std::array<GAVertex, 4> Square(float x, float y, float half, float z);
