@@ -57,30 +57,22 @@ class PassTest : public DrawingFixture {
 
 TEST_F(PassTest, OneTriangleFromStartToEnd) {
   SetDiffuse();
-  Buffer().AddTransparentPoly({1, 2, -3, 4, 5, 6, 7, 8}, {9, 10, -11, 12, 13, 14, 15, 16},
-                              {17, 18, -19, 20, 21, 22, 23, 24}, nullptr, &m_uneven, nullptr);
+  Buffer().AddTransparentPoly(Numbered(1), Numbered(2), Numbered(3), nullptr, &m_uneven, nullptr);
+  const std::string draw = IndexedDraw(
+      "vnt", 32, "GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2}" + NumberedText({1, 2, 3}, true));
   const auto other = SolidTexture({0, 0, 0, 255});  // makes the driver's context current
   GlRecorder gl;
   gl.LogIndices(true);
   gl.LogVertices(true);
   gl.LogPlatform(true);
   Buffer().EndScene();
-  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+  EXPECT_EQ(gl.Calls(),
+            CallsIn(R"(
       aglSetPBuffer(context1, pbuffer1, 0, 0, 0); aglSetCurrentContext(context1);
       glGetMaterialfv(GL_FRONT, GL_DIFFUSE, pointer); glEnable(GL_LINE_SMOOTH);
       glIsEnabled(GL_CULL_FACE); glGetIntegerv(0xb45); glCullFace(GL_FRONT);
       glEnable(GL_CULL_FACE);)" +
-                                m_unevenSent +
-                                R"(
-      glEnable(GL_LIGHTING);
-      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_NORMAL_ARRAY);
-      glEnableClientState(GL_TEXTURE_COORD_ARRAY); glVertexPointer(3, GL_FLOAT, 32, +0);
-      glNormalPointer(GL_FLOAT, 32, +12); glTexCoordPointer(2, GL_FLOAT, 32, +24);
-      glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2}, {(1 2 -3 | 4 5 6 | 7 8), )"
-                                "(9 10 -11 | 12 13 14 | 15 16), (17 18 -19 | 20 21 22 | 23 24)})"
-                                R"(;
-      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_NORMAL_ARRAY);
-      glDisableClientState(GL_TEXTURE_COORD_ARRAY); glDisable(GL_LIGHTING);
+                    m_unevenSent + "glEnable(GL_LIGHTING);" + draw + R"(glDisable(GL_LIGHTING);
       glDisable(GL_CULL_FACE); glDisable(GL_LINE_SMOOTH); glCullFace(GL_FRONT);
       glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.9, 0.7, 0.3, 0.5}))"));
   gl.Clear();

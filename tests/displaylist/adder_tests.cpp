@@ -1,5 +1,7 @@
 // Lit triangles and quads, polylines, fans, indexed lists and rectangles.
 #include <cmath>
+#include <initializer_list>
+#include <utility>
 
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/faults.h"
@@ -12,97 +14,68 @@ class AdderTest : public DrawingFixture {
  protected:
   static Lines Draws(const GlRecorder& gl) { return gl.CallsTo("glDrawElements"); }
   void MakeTransparent() { List().SetMaterial(&m_clear, 0); }
-  /// x and y of a queued triangle's corners.
-  std::vector<float> Corners(int record) {
+  /// The numbers of a queued triangle's corners.
+  std::vector<float> Queued(int record) {
     const TransparentRecord& r = TransparentQueue::Records(Buffer())[record];
-    return {r.a.x, r.a.y, r.b.x, r.b.y, r.c.x, r.c.y};
+    return {r.a.x, r.b.x, r.c.x};
   }
 
   AttrProperty m_white = Material(1, 1, 1), m_clear = Material(1, 1, 1, 0.5f);
   GAColor m_red = Rgb(255, 0, 0);
+  GAVertex m_v[6] = {Numbered(0), Numbered(1), Numbered(2), Numbered(3), Numbered(4), Numbered(5)};
   /// Ends of a polyline: a quarter and half faded, 5 pixels wide.
   GAVertex m_ends[2] = {{1, 2, -3, 0.1f, 0.2f, 0.3f, 0.25f, 5},
                         {4, 5, -6, 0.4f, 0.5f, 0.6f, 0.5f, 7}};
 };
 
-TEST_F(AdderTest, TrianglesNeverReadTheThirdElement) {
-  GAVertex v[4] = {Facing(-9, -9, -9), Facing(9, -9, -9), Facing(NAN, NAN, NAN), Facing(9, 9, -9)};
-  List().SetupLights(nullptr);
-  List().SetMaterial(&m_white, 0);
-  List().AddTransformedTri(v, 1);
-  GlRecorder gl;
-  Target().End();
-  EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT)"});
-  EXPECT_EQ(gl.Count("glTexCoordPointer"), 1);  // the textured batch, also without a texture
-  EXPECT_TRUE(Near(ColorAt(5, -5), {255, 255, 255}));
-
-  MakeTransparent();
-  List().AddTransformedTri(v, 0);
-  EXPECT_EQ(TransparentQueue::Count(Buffer()), 0);
-  List().SetDepthFunc(0);  // without meaning for lit triangles
-  List().AddTransformedTri(v, 1);
-  ASSERT_EQ(TransparentQueue::Count(Buffer()), 1);
-  EXPECT_EQ(Corners(0), (std::vector<float>{-9, -9, 9, -9, 9, 9}));
-}
-
-TEST_F(AdderTest, QuadsAreCutAlongOneDiagonalBatchedAndTheOtherQueued) {
-  // The lower right corner is pulled beyond the diagonal: only the batched form covers it.
-  auto v = Square(0, 0, 20, -9);
-  v[1] = Facing(-10, 10, -9);
-  List().SetupLights(nullptr);
-  List().SetMaterial(&m_white, 0);
-  List().AddTransformedQuad(v.data(), 1, 0);  // not transparent: batched
-  Target().End();
-  EXPECT_TRUE(Near(ColorAt(-3, 3), {255, 255, 255}));
-
-  MakeTransparent();
-  List().SetDepthFunc(0);
-  List().AddTransformedQuad(v.data(), 1, 0);
-  ASSERT_EQ(TransparentQueue::Count(Buffer()), 2);
-  EXPECT_EQ(Corners(0), (std::vector<float>{-20, -20, -10, 10, -20, 20}));
-  EXPECT_EQ(Corners(1), (std::vector<float>{-10, 10, 20, 20, -20, 20}));
-  EXPECT_EQ(TransparentQueue::Records(Buffer())[1].attribute, &m_clear);
-}
-
-TEST_F(AdderTest, QuadModesChooseTheBatch) {
-  auto v = Square(0, 0, 20, -9);
-  MakeTransparent();
+TEST_F(AdderTest, TransparentTrianglesAndQuadsAreQueued) {
+  const auto draw = [&](int check, std::initializer_list<int> modes) {
+    m_v[2].z = NAN;  // a triangle never reads its third element
+    List().AddTransformedTri(m_v, check);
+    m_v[2].z = -22;
+    for (const int mode : modes) List().AddTransformedQuad(m_v, mode, 1);
+    return TransparentQueue::Count(Buffer());
+  };
   List().SetDefaultColor(m_red);
   GlRecorder gl;
-  List().AddTransformedQuad(v.data(), 0, 1);
-  List().AddTransformedQuad(v.data(), 2, 0);
+  EXPECT_EQ(draw(1, {0, 1, 2}), 0);
   EXPECT_EQ(gl.Calls(), Lines{"glColor4fv({1, 0, 0, 1})"});
-  EXPECT_EQ(TransparentQueue::Count(Buffer()), 0);
   gl.Clear();
   List().FlushArrays();
-  EXPECT_EQ(Draws(gl).size(), 2u);
-  EXPECT_EQ(gl.Count("glTexCoordPointer"), 1);
+  EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_TRIANGLES, 21, GL_UNSIGNED_INT)"});
+  MakeTransparent();
+  EXPECT_EQ(draw(0, {0, 2}), 0);
+  List().SetDepthFunc(0);  // without meaning for lit ones
+  ASSERT_EQ(draw(1, {1, 3, 0x4000}), 7);
+  EXPECT_EQ(Queued(0), (std::vector<float>{0, 1, 3}));
+  for (const int quad : {1, 3, 5}) {  // along the other diagonal than in a batch
+    EXPECT_EQ(Queued(quad), (std::vector<float>{0, 1, 2}));
+    EXPECT_EQ(Queued(quad + 1), (std::vector<float>{1, 3, 2}));
+  }
+  EXPECT_EQ(TransparentQueue::Records(Buffer())[6].attribute, &m_clear);
 }
 
 TEST_F(AdderTest, ATransparentQuadDrainsTheFullQueue) {
-  auto v = Square(0, 0, 20, -9);
   MakeTransparent();
-  GL3GABuffer::m_maxtransparentpolys = 3;
   GlRecorder gl;
-  List().AddTransformedQuad(v.data(), 1, 0);
+  const auto count = [&](int room) {
+    GL3GABuffer::m_maxtransparentpolys = room;
+    List().AddTransformedQuad(m_v, 1, 0);
+    return TransparentQueue::Count(Buffer());
+  };
+  EXPECT_EQ(count(3), 2);
   EXPECT_EQ(Draws(gl), Lines());
-  List().AddTransformedQuad(v.data(), 1, 0);
+  EXPECT_EQ(count(3), 2);
   EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT)"});
-  EXPECT_EQ(TransparentQueue::Count(Buffer()), 2);
-  GL3GABuffer::m_maxtransparentpolys = 4;  // room for just one more
-  List().AddTransformedQuad(v.data(), 1, 0);
-  EXPECT_EQ(TransparentQueue::Count(Buffer()), 4);
+  EXPECT_EQ(count(4), 4);
   // A setting that has no room for a quad does not halve it.
-  GL3GABuffer::m_maxtransparentpolys = 0;
   List().FlushTransparentPolys();
-  List().AddTransformedQuad(v.data(), 1, 0);
-  EXPECT_EQ(TransparentQueue::Count(Buffer()), 2);
+  EXPECT_EQ(count(0), 2);
   // Without memory there is nowhere to put it.
   List().FlushTransparentPolys();
   Faults faults;
   faults.FailAlways(FaultPoint::kAllocOGL);
-  List().AddTransformedQuad(v.data(), 1, 0);
-  EXPECT_EQ(TransparentQueue::Count(Buffer()), 0);
+  EXPECT_EQ(count(4), 0);
 }
 
 TEST_F(AdderTest, PolylinesGoAroundTheOpenBlock) {
@@ -172,15 +145,12 @@ TEST_F(AdderTest, FadingPolylinesFadeTheColorInForce) {
 }
 
 TEST_F(AdderTest, ColoredQuadsReadTheirRecordsInTheirOwnOrder) {
-  GAVertex v[4];
   RGBFloat colors[4];
-  for (int i = 0; i < 4; ++i) {
-    v[i] = Numbered(i);
-    colors[i].red = 1, colors[i].green = 0.5f, colors[i].blue = i < 3 ? 0.25f : 0.375f;
-  }
+  for (RGBFloat& color : colors) color.red = 1, color.green = 0.5f, color.blue = 0.25f;
+  colors[3].blue = 0.375f;
   List().PrepForPoints();
   GlRecorder gl;
-  List().AddTransformedQuad(v, colors, 1);
+  List().AddTransformedQuad(m_v, colors, 1);
   EXPECT_EQ(gl.Calls(), CallsIn(R"(
       glEnd(); glBegin(GL_TRIANGLE_STRIP);
       glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {1, 0.5, 0.25, 1});
@@ -191,7 +161,7 @@ TEST_F(AdderTest, ColoredQuadsReadTheirRecordsInTheirOwnOrder) {
       glTexCoord2fv({63, 73}); glNormal3fv({33, 43, 53}); glVertex3fv({3, 13, -23});
       glEnd(); glBegin(GL_POINTS))"));
   gl.Clear();
-  List().AddTransformedQuad(v, colors, 0);
+  List().AddTransformedQuad(m_v, colors, 0);
   EXPECT_EQ(gl.Count("glTexCoord2fv"), 0);
   EXPECT_EQ(gl.Count("glVertex3fv"), 4);
 
@@ -210,85 +180,61 @@ TEST_F(AdderTest, ColoredQuadsReadTheirRecordsInTheirOwnOrder) {
 }
 
 TEST_F(AdderTest, LongFansAreDrawnVertexByVertex) {
-  GAVertex v[3] = {{1, 2, -3, 4, 5, 6, 7, 8},
-                   {11, 12, -13, 14, 15, 16, 17, 18},
-                   {21, 22, -23, 24, 25, 26, 27, 28}};
   std::vector<unsigned short> indices(100);
   for (std::size_t i = 0; i < indices.size(); ++i) {
     indices[i] = static_cast<unsigned short>(2 - i % 3);
   }
   List().PrepForPoints();
   GlRecorder gl;
-  List().AddIndexedTriangleFan(v, 3, indices.data(), 99, 1);
+  List().AddIndexedTriangleFan(m_v, 3, indices.data(), 99, 1);
   EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_TRIANGLE_FAN, 99, GL_UNSIGNED_SHORT)"});
   EXPECT_EQ(gl.Count("glEnd"), 0);
   gl.Clear();
   gl.LogVertices(true);
-  List().AddIndexedTriangleFan(v, 3, indices.data(), 3, 1);
-  const std::string vertices =
-      "{(21 22 -23 | 24 25 26 | 27 28), (11 12 -13 | 14 15 16 | 17 18), (1 2 -3 | 4 5 6 | 7 8)}";
-  EXPECT_EQ(gl.Calls(), CallsIn(R"(
-      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_NORMAL_ARRAY);
-      glEnableClientState(GL_TEXTURE_COORD_ARRAY); glVertexPointer(3, GL_FLOAT, 32, +0);
-      glNormalPointer(GL_FLOAT, 32, +12); glTexCoordPointer(2, GL_FLOAT, 32, +24);
-      glDrawElements(GL_TRIANGLE_FAN, 3, GL_UNSIGNED_SHORT, )" +
-                                vertices + R"();
-      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_NORMAL_ARRAY);
-      glDisableClientState(GL_TEXTURE_COORD_ARRAY))"));
+  List().AddIndexedTriangleFan(m_v, 3, indices.data(), 3, 1);
+  EXPECT_EQ(gl.Calls(), CallsIn(IndexedDraw("vnt", 32,
+                                            "GL_TRIANGLE_FAN, 3, GL_UNSIGNED_SHORT" +
+                                                NumberedText({2, 1, 0}, true))));
   gl.Clear();
-  List().AddIndexedTriangleFan(v, 3, indices.data(), 100, 1);
+  List().AddIndexedTriangleFan(m_v, 3, indices.data(), 100, 1);
   const Lines& calls = gl.Calls();
   ASSERT_EQ(calls.size(), 304u);
   EXPECT_EQ(Lines(calls.begin(), calls.begin() + 8), CallsIn(R"(
-      glEnd(); glBegin(GL_TRIANGLE_FAN); glTexCoord2fv({27, 28}); glNormal3fv({24, 25, 26});
-      glVertex3fv({21, 22, -23}); glTexCoord2fv({17, 18}); glNormal3fv({14, 15, 16});
-      glVertex3fv({11, 12, -13}))"));
+      glEnd(); glBegin(GL_TRIANGLE_FAN); glTexCoord2fv({62, 72}); glNormal3fv({32, 42, 52});
+      glVertex3fv({2, 12, -22}); glTexCoord2fv({61, 71}); glNormal3fv({31, 41, 51});
+      glVertex3fv({1, 11, -21}))"));
   EXPECT_EQ(Lines(calls.end() - 3, calls.end()), CallsIn(R"(
-      glVertex3fv({21, 22, -23}); glEnd(); glBegin(GL_POINTS))"));
+      glVertex3fv({2, 12, -22}); glEnd(); glBegin(GL_POINTS))"));
   EXPECT_FALSE(Buffer().HasState(GL3GABuffer::kArraysPending));
 }
 
 TEST_F(AdderTest, TransparentFansAreQueuedAsFarAsThereIsRoom) {
-  GAVertex v[6];
-  for (int i = 0; i < 6; ++i) v[i] = Facing(static_cast<float>(i), 0, -9);
   unsigned short indices[6] = {5, 0, 1, 2, 3, 4};
   MakeTransparent();
   GlRecorder gl;
   gl.LogIndices(true);
-  List().AddIndexedTriangleFan(v, 6, indices, 2, 1);
-  EXPECT_EQ(TransparentQueue::Count(Buffer()), 0);
-  List().AddIndexedTriangleFan(v, 6, indices, 4, 0);  // drawn, as it is asked for
-  EXPECT_EQ(Draws(gl),
-            Lines{"glDrawElements(GL_TRIANGLE_FAN, 4, GL_UNSIGNED_SHORT, {5, 0, 1, 2})"});
-  EXPECT_EQ(TransparentQueue::Count(Buffer()), 0);
-  gl.Clear();
-  List().AddIndexedTriangleFan(v, 6, indices, 4, 1);
-  ASSERT_EQ(TransparentQueue::Count(Buffer()), 2);
-  EXPECT_EQ(Corners(0), (std::vector<float>{5, 0, 0, 0, 1, 0}));
-  EXPECT_EQ(Corners(1), (std::vector<float>{5, 0, 1, 0, 2, 0}));
-  EXPECT_EQ(gl.Calls(), Lines());
+  // What is drawn of a fan of so many indices, the others are queued. `count` is all that wait.
+  const auto fan = [&](unsigned long size, int check, int count) {
+    gl.Clear();
+    List().AddIndexedTriangleFan(m_v, 6, indices, size, check);
+    EXPECT_EQ(TransparentQueue::Count(Buffer()), count);
+    const std::string prefix = "glDrawElements(GL_TRIANGLE_FAN, ";
+    return gl.Calls().empty() ? "" : Draws(gl).front().substr(prefix.size());
+  };
+  EXPECT_EQ(fan(2, 1, 0), "");
+  EXPECT_EQ(fan(4, 0, 0), "4, GL_UNSIGNED_SHORT, {5, 0, 1, 2})");
+  EXPECT_EQ(fan(4, 1, 2), "");
+  EXPECT_EQ(Queued(0), (std::vector<float>{5, 0, 1}));
+  EXPECT_EQ(Queued(1), (std::vector<float>{5, 1, 2}));
+  GL3GABuffer::m_maxtransparentpolys = 4;
+  EXPECT_EQ(fan(5, 1, 2), "5, GL_UNSIGNED_SHORT, {5, 0, 1, 2, 3})");
+  EXPECT_EQ(fan(4, 1, 4), "");
 
   // A new queue takes any count on trust; what it cannot hold is drawn at once.
   GL3GABuffer::m_maxtransparentpolys = 1;
   List().FlushTransparentPolys();
-  gl.Clear();
-  List().AddIndexedTriangleFan(v, 6, indices, 6, 1);
-  EXPECT_EQ(TransparentQueue::Count(Buffer()), 2);
-  EXPECT_EQ(Draws(gl),
-            Lines{"glDrawElements(GL_TRIANGLE_FAN, 4, GL_UNSIGNED_SHORT, {5, 2, 3, 4})"});
-  gl.Clear();
-  List().AddIndexedTriangleFan(v, 6, indices, 3, 1);  // full
-  EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_TRIANGLE_FAN, 3, GL_UNSIGNED_SHORT, {5, 0, 1})"});
-
-  GL3GABuffer::m_maxtransparentpolys = 4;
-  List().FlushTransparentPolys();
-  List().AddIndexedTriangleFan(v, 6, indices, 4, 1);
-  gl.Clear();
-  List().AddIndexedTriangleFan(v, 6, indices, 5, 1);  // one triangle too much
-  EXPECT_EQ(Draws(gl),
-            Lines{"glDrawElements(GL_TRIANGLE_FAN, 5, GL_UNSIGNED_SHORT, {5, 0, 1, 2, 3})"});
-  List().AddIndexedTriangleFan(v, 6, indices, 4, 1);  // just room
-  EXPECT_EQ(TransparentQueue::Count(Buffer()), 4);
+  EXPECT_EQ(fan(6, 1, 2), "4, GL_UNSIGNED_SHORT, {5, 2, 3, 4})");
+  EXPECT_EQ(fan(3, 1, 2), "3, GL_UNSIGNED_SHORT, {5, 0, 1})");  // full
 }
 
 TEST_F(AdderTest, IndexedTriangleListsStartFromACleanState) {
@@ -355,14 +301,10 @@ TEST_F(AdderTest, IndexedLineListsStartFromACleanState) {
   List().SetTexture(texture.get());
   gl.Clear();
   List().AddIndexedLineList(ends, segment);
-  EXPECT_EQ(gl.Calls(), CallsIn(R"(
-      glEnd(); glDisable(GL_TEXTURE_2D);
-      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_COLOR_ARRAY);
-      glVertexPointer(3, GL_FLOAT, 16, +0); glColorPointer(4, GL_UNSIGNED_BYTE, 16, +12);
-      glDrawElements(GL_LINES, 2, GL_UNSIGNED_INT, {(4 5 -6 | 50 60 70 80), )"
-                                "(1 2 -3 | 10 20 30 40)})"
-                                R"(;
-      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_COLOR_ARRAY))"));
+  EXPECT_EQ(gl.Calls(), CallsIn("glEnd(); glDisable(GL_TEXTURE_2D);" +
+                                IndexedDraw("vc", 16,
+                                            "GL_LINES, 2, GL_UNSIGNED_INT, "
+                                            "{(4 5 -6 | 50 60 70 80), (1 2 -3 | 10 20 30 40)}")));
 }
 
 TEST_F(AdderTest, ShadedStripsTakeWidthAndMaterialsFromTheirPoints) {
@@ -400,29 +342,34 @@ TEST_F(AdderTest, ShadedStripsTakeWidthAndMaterialsFromTheirPoints) {
 }
 
 TEST_F(AdderTest, RectanglesKeepTheOpenBlock) {
+  GAColor mixed = Color(51, 102, 153, 204);
   List().SetDefaultColor(m_red);
   List().PrepForPoints();
+  const auto wanted = [](const char* color, const std::string& z) {
+    const std::string a = "glVertex3f(1, 2, " + z + ");", b = "glVertex3f(30, 2, " + z + ");",
+                      c = "glVertex3f(30, 40, " + z + ");", d = "glVertex3f(1, 40, " + z + ");";
+    const std::string start = ");glColor4fv(" + std::string(color) + ");";
+    const char* const end = "glEnd();glBegin(GL_POINTS)";
+    return std::pair(CallsIn("glEnd();glBegin(GL_LINE_LOOP" + start + a + b + c + d + end),
+                     CallsIn("glEnd();glBegin(GL_TRIANGLE_STRIP" + start + a + b + d + c + end));
+  };
+  const char *const red = "{1, 0, 0, 1}", *const other = "{0.2, 0.4, 0.6, 0.8}";
   GlRecorder gl;
-  List().AddRectangle(0, 1, 10, 11, -1);  // on the front plane
-  EXPECT_EQ(gl.Calls(), CallsIn(R"(
-      glEnd(); glBegin(GL_LINE_LOOP); glColor4fv({1, 0, 0, 1}); glVertex3f(0, 1, -1.005);
-      glVertex3f(10, 1, -1.005); glVertex3f(10, 11, -1.005); glVertex3f(0, 11, -1.005); glEnd();
-      glBegin(GL_POINTS))"));
-  GAColor blue = Rgb(0, 0, 255);
-  gl.Clear();
-  List().AddRectangle(0, 1, 10, 11, -1, blue);
-  List().AddRectangle(0, 1, 10, 11, -2);
-  List().AddSolidRectangle(0, 1, 10, 11, -1);
-  List().AddSolidRectangle(0, 1, 10, 11, -1, blue);
-  EXPECT_EQ(gl.CallsTo("glColor4fv"), CallsIn(R"(
-      glColor4fv({0, 0, 1, 1}); glColor4fv({1, 0, 0, 1}); glColor4fv({1, 0, 0, 1});
-      glColor4fv({0, 0, 1, 1}))"));
-  const Lines vertices = gl.CallsTo("glVertex3f");
-  EXPECT_EQ(vertices[0], "glVertex3f(0, 1, -1)");
-  EXPECT_EQ(vertices[4], "glVertex3f(0, 1, -2)");
-  EXPECT_EQ(Lines(vertices.begin() + 8, vertices.begin() + 12), CallsIn(R"(
-      glVertex3f(0, 1, -1); glVertex3f(10, 1, -1); glVertex3f(0, 11, -1); glVertex3f(10, 11, -1))"));
-  EXPECT_EQ(gl.CallsTo("glBegin(GL_TRIANGLE_STRIP)").size(), 2u);
+  const auto calls = [&] {
+    Lines all = gl.Calls();
+    gl.Clear();
+    return all;
+  };
+  List().AddRectangle(1, 2, 30, 40, -1);  // on the front plane
+  EXPECT_EQ(calls(), wanted(red, "-1.005").first);
+  List().AddRectangle(1, 2, 30, 40, -0.5f);
+  EXPECT_EQ(calls(), wanted(red, "-0.5").first);
+  List().AddRectangle(1, 2, 30, 40, -1, mixed);
+  EXPECT_EQ(calls(), wanted(other, "-1").first);
+  List().AddSolidRectangle(1, 2, 30, 40, -1);
+  EXPECT_EQ(calls(), wanted(red, "-1").second);
+  List().AddSolidRectangle(1, 2, 30, 40, -1, mixed);
+  EXPECT_EQ(calls(), wanted(other, "-1").second);
 }
 
 TEST_F(AdderTest, OutlinesOnTheFrontPlaneAreNotLost) {

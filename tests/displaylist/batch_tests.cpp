@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstring>
 #include <functional>
-#include <initializer_list>
 #include <utility>
 
 #include "driver/GL3Driver.h"
@@ -38,92 +37,49 @@ class BatchTest : public DrawingFixture {
   VornPoly m_polygon;  // no two values alike
 };
 
-/// What LogVertices tells of numbered vertices, the texture coordinates where they are drawn.
-std::string Vertices(std::initializer_list<int> numbers, bool textured) {
-  std::vector<std::string> texts;
-  for (const int n : numbers) {
-    texts.push_back(
-        fmt::format("({} {} {} | {} {} {}", n, 10 + n, -20 - n, 30 + n, 40 + n, 50 + n));
-    texts.back() += textured ? fmt::format(" | {} {})", 60 + n, 70 + n) : ")";
-  }
-  return fmt::format(", {{{}}})", fmt::join(texts, ", "));
-}
-
-TEST_F(BatchTest, VerticesAreDrawnAsTheyWereGiven) {
+TEST_F(BatchTest, FlushedInAFixedOrderWithWhatTheyWereGiven) {
   GAVertex first[4], second[4];
   for (int i = 0; i < 4; ++i) first[i] = Numbered(i), second[i] = Numbered(i + 4);
+  const std::string corners[] = {"(-3 -2 -3 | 10 20 30 40)", "(5 -2 -3 | 10 20 30 40)",
+                                 "(5 6 -3 | 10 20 30 40)", "(-3 6 -3 | 10 20 30 40)"};
+  const std::string polygon =
+      "(1 2 -3 | 11 12 | 10 20 30 40), (4 5 -6 | 13 14 | 50 60 70 80), "
+      "(7 8 -9 | 15 16 | 90 100 110 120)";
+  const std::string twelve = "GL_TRIANGLES, 12, GL_UNSIGNED_INT, ";
+  const std::string six = "GL_TRIANGLES, 6, GL_UNSIGNED_INT, ";
+  const Lines wanted = CallsIn(
+      IndexedDraw("vc", 16,
+                  "GL_LINES, 2, GL_UNSIGNED_INT, {0, 1}, "
+                  "{(1 2 -3 | 10 20 30 40), (4 5 -6 | 10 20 30 40)}") +
+      IndexedDraw("vn", 32,
+                  twelve + "{0, 1, 2, 0, 2, 3, 4, 5, 6, 4, 6, 7}" +
+                      NumberedText({0, 1, 3, 0, 3, 2, 4, 5, 7, 4, 7, 6}, false)) +
+      IndexedDraw("vnt", 32,
+                  twelve + "{0, 1, 2, 3, 4, 5, 6, 7, 8, 6, 8, 9}" +
+                      NumberedText({0, 1, 3, 4, 5, 7, 0, 1, 3, 0, 3, 2}, true)) +
+      IndexedDraw("vc", 16,
+                  six + fmt::format("{{0, 1, 2, 0, 2, 3}}, {{{0}, {1}, {2}, {0}, {2}, {3}}}",
+                                    corners[0], corners[1], corners[2], corners[3])) +
+      IndexedDraw("vtc", 24, six + fmt::format("{{0, 1, 2, 3, 4, 5}}, {{{0}, {0}}}", polygon)));
   GlRecorder gl;
+  gl.LogIndices(true);
   gl.LogVertices(true);
-  const std::string twice = "glDrawElements(GL_TRIANGLES, 12, GL_UNSIGNED_INT";
   for (int round = 0; round < 2; ++round) {  // the second time nothing is left of the first
+    List().AddTransformedPolygon(m_polygon, 0);
+    List().AddTransformedPolygons(&m_polygon, 1, 0);
+    List().AddCP({1, 2, -3}, 5, m_color);  // reaches 4 to each side
     List().AddTransformedTri(first, 0);
     List().AddTransformedTri(second, 0);
     List().AddTransformedQuad(first, 0, 1);
     List().AddTransformedQuad(first, 0, 0);
     List().AddTransformedQuad(second, 0, 0);
-    List().AddCP({1, 2, -3}, 5, m_color);  // reaches 4 to each side
-    List().AddTransformedPolygon(m_polygon, 0);
-    List().AddTransformedPolygons(&m_polygon, 1, 0);
-    gl.Clear();
+    List().AddTransformedLine({1, 2, -3}, {4, 5, -6}, m_color);
+    EXPECT_EQ(gl.Calls(), Lines());
     List().FlushArrays();
-    const std::string corners[] = {"(-3 -2 -3 | 10 20 30 40)", "(5 -2 -3 | 10 20 30 40)",
-                                   "(5 6 -3 | 10 20 30 40)", "(-3 6 -3 | 10 20 30 40)"};
-    const std::string polygon =
-        "(1 2 -3 | 11 12 | 10 20 30 40), (4 5 -6 | 13 14 | 50 60 70 80), "
-        "(7 8 -9 | 15 16 | 90 100 110 120)";
-    EXPECT_EQ(Draws(gl),
-              (Lines{twice + Vertices({0, 1, 3, 0, 3, 2, 4, 5, 7, 4, 7, 6}, false),
-                     twice + Vertices({0, 1, 3, 4, 5, 7, 0, 1, 3, 0, 3, 2}, true),
-                     fmt::format("glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT, "
-                                 "{{{0}, {1}, {2}, {0}, {2}, {3}}})",
-                                 corners[0], corners[1], corners[2], corners[3]),
-                     fmt::format("glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT, {{{0}, {0}}})",
-                                 polygon)}));
+    EXPECT_EQ(gl.Calls(), wanted);
+    EXPECT_FALSE(IsPending());
+    gl.Clear();
   }
-}
-
-TEST_F(BatchTest, FlushedInAFixedOrderWithTheStridesOfTheirFormats) {
-  auto quad = Square(0, 0, 5, -9);
-  List().AddTransformedPolygon(Polygon(m_red, -9), 0);
-  List().AddCP({0, 0, -9}, 4, m_red);
-  List().AddTransformedTri(quad.data(), 0);
-  List().AddTransformedQuad(quad.data(), 0, 0);
-  List().AddTransformedLine({0, 0, -9}, {1, 0, -9}, m_red);
-  GlRecorder gl;
-  gl.LogIndices(true);
-  List().FlushArrays();
-  EXPECT_EQ(gl.Calls(), CallsIn(R"(
-      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_COLOR_ARRAY);
-      glVertexPointer(3, GL_FLOAT, 16, +0); glColorPointer(4, GL_UNSIGNED_BYTE, 16, +12);
-      glDrawElements(GL_LINES, 2, GL_UNSIGNED_INT, {0, 1});
-      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_COLOR_ARRAY);
-
-      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_NORMAL_ARRAY);
-      glVertexPointer(3, GL_FLOAT, 32, +0); glNormalPointer(GL_FLOAT, 32, +12);
-      glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT, {0, 1, 2, 0, 2, 3});
-      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_NORMAL_ARRAY);
-
-      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_NORMAL_ARRAY);
-      glEnableClientState(GL_TEXTURE_COORD_ARRAY); glVertexPointer(3, GL_FLOAT, 32, +0);
-      glNormalPointer(GL_FLOAT, 32, +12); glTexCoordPointer(2, GL_FLOAT, 32, +24);
-      glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2});
-      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_NORMAL_ARRAY);
-      glDisableClientState(GL_TEXTURE_COORD_ARRAY);
-
-      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_COLOR_ARRAY);
-      glVertexPointer(3, GL_FLOAT, 16, +0); glColorPointer(4, GL_UNSIGNED_BYTE, 16, +12);
-      glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT, {0, 1, 2, 0, 2, 3});
-      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_COLOR_ARRAY);
-
-      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_TEXTURE_COORD_ARRAY);
-      glEnableClientState(GL_COLOR_ARRAY); glVertexPointer(3, GL_FLOAT, 24, +0);
-      glTexCoordPointer(2, GL_FLOAT, 24, +12); glColorPointer(4, GL_UNSIGNED_BYTE, 24, +20);
-      glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2});
-      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_TEXTURE_COORD_ARRAY);
-      glDisableClientState(GL_COLOR_ARRAY))"));
-  EXPECT_FALSE(IsPending());
-
-  gl.Clear();
   Buffer().SetState(GL3GABuffer::kArraysPending, true);
   List().FlushArrays();
   EXPECT_EQ(gl.Calls(), Lines());
