@@ -240,25 +240,29 @@ TEST_F(AdderTest, TransparentFansAreQueuedAsFarAsThereIsRoom) {
 TEST_F(AdderTest, IndexedTriangleListsStartFromACleanState) {
   const auto texture = SolidTexture({255, 255, 255, 255});
   GALitVertex lit[3] = {
-      {-9, -9, -9, 255, 0, 0, 255}, {9, -9, -9, 255, 0, 0, 255}, {9, 9, -9, 255, 0, 0, 255}};
+      {1, 2, -3, 10, 20, 30, 40}, {4, 5, -6, 50, 60, 70, 80}, {7, 8, -9, 90, 100, 110, 120}};
   GALitVertexWT withTexture[3] = {{-9, -9, -9, 0, 0, 255, 0, 0, 255}};
-  unsigned short indices[3] = {0, 1, 2};
+  unsigned short indices[4] = {2, 0, 1, 0};
   List().SetTexture(texture.get());
   List().SetDepthFunc(4);
   List().PrepForPoints();  // texturing off, and yet the texture is current
-  List().SetDepthFunc(4);
+  Buffer().SetState(GL3GABuffer::kLightingOn, true);
   GlRecorder gl;
   const std::string bind =
       "glBindTexture(GL_TEXTURE_2D, " + std::to_string(texture->m_texture) + ")";
+  gl.LogVertices(true);
   List().AddIndexedLitTriangleList(lit, 3, indices, 3, 0);
-  EXPECT_EQ(
-      gl.Calls(),
-      (Lines{"glEnable(GL_TEXTURE_2D)", bind, "glDisable(GL_LIGHTING)",
-             "glEnableClientState(GL_VERTEX_ARRAY)", "glVertexPointer(3, GL_FLOAT, 16, +0)",
-             "glEnableClientState(GL_COLOR_ARRAY)", "glColorPointer(4, GL_UNSIGNED_BYTE, 16, +12)",
-             "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT)",
-             "glDisableClientState(GL_VERTEX_ARRAY)", "glDisableClientState(GL_COLOR_ARRAY)"}));
-  EXPECT_TRUE(Near(ColorAt(5, -5), {255, 0, 0}));
+  EXPECT_EQ(gl.Calls(), CallsIn("glEnd();glEnable(GL_TEXTURE_2D);" + bind +
+                                R"(;
+      glDisable(GL_LIGHTING); glEnableClientState(GL_VERTEX_ARRAY);
+      glVertexPointer(3, GL_FLOAT, 16, +0); glEnableClientState(GL_COLOR_ARRAY);
+      glColorPointer(4, GL_UNSIGNED_BYTE, 16, +12);
+      glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, )"
+                                "{(7 8 -9 | 90 100 110 120), (1 2 -3 | 10 20 30 40), "
+                                "(4 5 -6 | 50 60 70 80)})"
+                                R"(;
+      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_COLOR_ARRAY))"));
+  gl.LogVertices(false);
 
   List().SetTexture(nullptr);
   gl.Clear();
@@ -392,12 +396,9 @@ TEST_F(AdderTest, OutlinesOnTheFrontPlaneAreNotLost) {
 TEST_F(AdderTest, TexturedQuadsShowTheirPictureUpright) {
   TestBitmap bitmap = SolidBitmap(4, 4, {255, 0, 0, 255});
   auto* pixels = static_cast<HRGBABuffer*>(bitmap->GetBufferHead());
-  auto* top = static_cast<unsigned char*>(pixels->GetData(0));
-  auto* second = static_cast<unsigned char*>(pixels->GetData(1));
-  for (int x = 2; x < 4; ++x) top[4 * x + 1] = second[4 * x + 1] = 255;  // top right: yellow
-  for (int y = 2; y < 4; ++y) {
+  for (int y = 0; y < 4; ++y) {  // top right yellow, below magenta
     auto* row = static_cast<unsigned char*>(pixels->GetData(y));
-    for (int x = 0; x < 4; ++x) row[4 * x + 2] = 255;  // below: magenta
+    for (int x = 0; x < 4; ++x) row[4 * x + (y < 2 ? 1 : 2)] = x < 2 && y < 2 ? 0 : 255;
   }
   GL3GATexture texture;
   texture.MakeGATexture(bitmap.get(), 1, 0, 0);

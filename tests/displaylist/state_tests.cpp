@@ -129,12 +129,7 @@ TEST_F(StateTest, InstructionListsCloseAndFlush) {
   EXPECT_EQ(CallsOf([&] { List().EndInstructions(); }, false), Lines());
   List().PrepForPoints();
   EXPECT_EQ(CallsOf([&] { List().ExecuteInstructions(); }), (Lines{"glEnd()", "flush"}));
-  EXPECT_EQ(CallsOf([&] { List().Execute(); }), Lines());
-  EXPECT_EQ(CallsOf([&] {
-              List().AddLine(1, 2);
-              List().AddPoint(1);
-            }),
-            Lines());
+  EXPECT_EQ(CallsOf([&] { List().Execute(), List().AddLine(1, 2), List().AddPoint(1); }), Lines());
 }
 
 TEST_F(StateTest, BeginningForgetsTheTextureButNotThatTexturingIsOn) {
@@ -213,11 +208,11 @@ TEST_F(StateTest, OperationsMakeTheirContextCurrentWhereTheyMust) {
   GL3GABuffer* const buffers[] = {&Buffer(), &otherBuffer};
   const auto texture = SolidTexture({255, 0, 0, 255});
   AttrProperty material = Material(1, 0, 0);
-  std::vector<GALitVertex> lineVertices;
-  std::vector<unsigned> lineIndices;
+  std::vector<GALitVertex> ends;
+  std::vector<unsigned> pairs;
   GAVertex v[4];
   GALitVertex lit[4];
-  GALitVertexWT litTextured[4];
+  GALitVertexWT wt[4];
   GAShadedLineVertex shaded[2];
   RGBFloat colors[4];
   Vector p[2];
@@ -231,22 +226,22 @@ TEST_F(StateTest, OperationsMakeTheirContextCurrentWhereTheyMust) {
       {"SetTexture(null)", kUnlessItIs, [&](List& l) { l.SetTexture(nullptr); }},
       {"SetDepthFunc", kUnlessItIs, [&](List& l) { l.SetDepthFunc(6); }},
       {"SetProjection", kUnlessItIs, [&](List& l) { l.SetProjection(0); }},
-      {"SetProjection again", kNever, [&](List& l) { l.SetProjection(0); }},
       {"SetupLights", kUnlessItIs, [&](List& l) { l.SetupLights(nullptr); }},
-      {"SetMaterial", kNever, [&](List& l) { l.SetMaterial(&material, 0); }},
-      {"SetDefaultColor", kNever, [&](List& l) { l.SetDefaultColor(m_white); }},
       {"PrepForLines", kUnlessItIs, [&](List& l) { l.PrepForLines(); }},
       {"PrepForPolygons", kUnlessItIs, [&](List& l) { l.PrepForPolygons(); }},
       {"PrepForPolygonArray", kUnlessItIs, [&](List& l) { l.PrepForPolygonArray(); }},
-      {"PrepForPoints again", kNever, [&](List& l) { l.PrepForPoints(); }},
       {"BeginInstructions", kUnlessItIs, [&](List& l) { l.BeginInstructions(); }},
-      {"EndInstructions", kNever, [&](List& l) { l.EndInstructions(); }},
       {"ExecuteInstructions", kUnlessItIs, [&](List& l) { l.ExecuteInstructions(); }},
-      {"Execute", kNever, [&](List& l) { l.Execute(), l.AddLine(1, 2), l.AddPoint(1); }},
-      {"FlushArrays", kNever, [&](List& l) { l.FlushArrays(); }},
+      {"indexed lines", kUnlessItIs, [&](List& l) { l.AddIndexedLineList(ends, pairs); }},
+      {"list", kUnlessItIs, [&](List& l) { l.AddIndexedLitTriangleList(lit, 4, indices, 3, 0); }},
+      {"listWT", kUnlessItIs,
+       [&](List& l) { l.AddIndexedLitTriangleListWT(wt, 4, indices, 3, 0); }},
       {"FlushTransparentPolys", kAlways, [&](List& l) { l.FlushTransparentPolys(); }},
-      {"vertices", kNever,
-       [&](List& l) {
+      {"others", kNever, [&](List& l) {
+         l.SetProjection(0);  // the mode it is in
+         l.PrepForPoints();   // prepared for already
+         l.SetMaterial(&material, 0);
+         l.SetDefaultColor(m_white);
          l.AddOGLVertex(p[0], m_white);
          l.AddTransformedVertex(p[0]);
          l.AddTransformedVertex(p[0], m_white);
@@ -254,28 +249,17 @@ TEST_F(StateTest, OperationsMakeTheirContextCurrentWhereTheyMust) {
          l.TransformAndAddVertex(p[0], m_white);
          l.AddTransformedPoint(p[0]);
          l.AddTransformedPoint(p[0], m_white);
-       }},
-      {"lines", kNever,
-       [&](List& l) {
          l.AddTransformedLine(p[0], p[1]);
          l.AddTransformedLineRef(p[0], p[1]);
          l.AddTransformedLine(p[0], m_white, p[1], m_white);
          l.AddTransformedLineList(p, 2);
          l.AddTransformedLineList(p, p, 2, m_white, m_white);
          l.AddTransformedShadedLineList(shaded, 2, 1);
-       }},
-      {"AddIndexedLineList", kUnlessItIs,
-       [&](List& l) { l.AddIndexedLineList(lineVertices, lineIndices); }},
-      {"rectangles", kNever,
-       [&](List& l) {
          l.AddRectangle(0, 0, 1, 1, -9);
          l.AddRectangle(0, 0, 1, 1, -9, m_white);
          l.AddSolidRectangle(0, 0, 1, 1, -9);
          l.AddSolidRectangle(0, 0, 1, 1, -9, m_white);
          l.AddCP(p[0], 1, m_white);
-       }},
-      {"triangles", kNever,
-       [&](List& l) {
          l.AddTransformedPolygon(polygon, 1);
          l.AddTransformedPolygons(&polygon, 1, 1);
          l.AddTransformedTri(v, 1);
@@ -283,11 +267,11 @@ TEST_F(StateTest, OperationsMakeTheirContextCurrentWhereTheyMust) {
          l.AddTransformedQuad(v, colors, 1);
          l.AddTransformedQuad(lit);
          l.AddIndexedTriangleFan(v, 4, indices, 3, 1);
-       }},
-      {"AddIndexedLitTriangleList", kUnlessItIs,
-       [&](List& l) { l.AddIndexedLitTriangleList(lit, 4, indices, 3, 0); }},
-      {"AddIndexedLitTriangleListWT", kUnlessItIs,
-       [&](List& l) { l.AddIndexedLitTriangleListWT(litTextured, 4, indices, 3, 0); }}};
+         l.FlushArrays();
+         l.AddTransformedLine(p[0], p[1]);
+         l.EndInstructions();
+         l.Execute(), l.AddLine(1, 2), l.AddPoint(1);
+       }}};
   for (const auto& [name, makes, operate] : operations) {
     for (List* list : lists) list->PrepForPolygonArray(), list->PrepForPoints();  // opens a block
     for (const int turn : {0, 1}) {
