@@ -20,13 +20,13 @@ class LightsTest : public DrawingFixture {
   static int SetAtAll(const GlRecorder& gl) { return gl.Count("glLightf") + gl.Count("glLightfv"); }
 };
 
-/// Turned, moved and coloured so that no two values are alike: it lies at (19, 23, 55), aims along
-/// (12, 1, 31), and its colour is 2, 4, 1 times the intensity.
+/// Turned, moved and coloured so that no two values are alike: it lies at (26, 24, 69), aims along
+/// (-4, 23, -1), and its colour is 2, 4, 1 times the intensity.
 GALight Placed(int type, float intensity = 0.5f) {
   GALight light;
   light.type = type;
-  light.position = {1, 2, 3};
-  light.target = {2, 4, 7};
+  light.position = {2, 3, 5};
+  light.target = {5, 7, 3};
   const float placement[12] = {2, -1, 3, 10, 1, 4, -2, 20, -3, 5, 6, 30};
   std::copy_n(placement, 12, light.placement);
   light.red = 2;
@@ -52,25 +52,25 @@ TEST_F(LightsTest, ValuesFollowTheType) {
   Buffer().SetupLights(list.Head());
 
   EXPECT_EQ(SetOn(gl, "GL_LIGHT0"), CallsIn(R"(
-      GL_POSITION, {19, 23, 55, 1}); GL_DIFFUSE, {1, 2, 0.5, 1});
-      GL_SPECULAR, {0, 0, 0, 1}); GL_SPOT_DIRECTION, {12, 1, 31, 0}); GL_SPOT_CUTOFF, 90);
+      GL_POSITION, {26, 24, 69, 1}); GL_DIFFUSE, {1, 2, 0.5, 1});
+      GL_SPECULAR, {0, 0, 0, 1}); GL_SPOT_DIRECTION, {-4, 23, -1, 0}); GL_SPOT_CUTOFF, 90);
       GL_SPOT_EXPONENT, 32); GL_CONSTANT_ATTENUATION, 0.833333); GL_LINEAR_ATTENUATION, 0);
       GL_QUADRATIC_ATTENUATION, 0.0125036))"));
   EXPECT_EQ(SetOn(gl, "GL_LIGHT1")[1], "GL_DIFFUSE, {2, 4, 1, 1})");
   EXPECT_EQ(SetOn(gl, "GL_LIGHT1")[4], "GL_SPOT_CUTOFF, 0)");
   EXPECT_EQ(SetOn(gl, "GL_LIGHT2"), CallsIn(R"(
-      GL_POSITION, {19, 23, 55, 1}); GL_DIFFUSE, {0, 0, 0, 1});
+      GL_POSITION, {26, 24, 69, 1}); GL_DIFFUSE, {0, 0, 0, 1});
       GL_SPECULAR, {4, 8, 2, 1}); GL_SPOT_CUTOFF, 180); GL_SPOT_EXPONENT, 0);
       GL_CONSTANT_ATTENUATION, 0.833333); GL_LINEAR_ATTENUATION, 0);
       GL_QUADRATIC_ATTENUATION, 0.0125036))"));
   EXPECT_EQ(SetOn(gl, "GL_LIGHT3"), CallsIn(R"(
-      GL_POSITION, {-12, -1, -31, 0}); GL_DIFFUSE, {8, 16, 4, 1});
-      GL_SPECULAR, {8, 16, 4, 1}); GL_SPOT_DIRECTION, {12, 1, 31, 0}); GL_SPOT_CUTOFF, 180);
+      GL_POSITION, {4, -23, 1, 0}); GL_DIFFUSE, {8, 16, 4, 1});
+      GL_SPECULAR, {8, 16, 4, 1}); GL_SPOT_DIRECTION, {-4, 23, -1, 0}); GL_SPOT_CUTOFF, 180);
       GL_SPOT_EXPONENT, 0); GL_CONSTANT_ATTENUATION, 1); GL_LINEAR_ATTENUATION, 0);
       GL_QUADRATIC_ATTENUATION, 0))"));
   for (const char* light : {"GL_LIGHT4", "GL_LIGHT5"}) {  // an unknown type uses its number
     EXPECT_EQ(SetOn(gl, light), CallsIn(R"(
-        GL_POSITION, {19, 23, 55, 1}); GL_DIFFUSE, {0.5, 1, 0.25, 1});
+        GL_POSITION, {26, 24, 69, 1}); GL_DIFFUSE, {0.5, 1, 0.25, 1});
         GL_SPECULAR, {0.5, 1, 0.25, 1}))"));
   }
 }
@@ -103,9 +103,9 @@ TEST_F(LightsTest, ASecondTimeOnlyWhatDiffersIsSent) {
   spot.coneSoftness = 5;
   EXPECT_EQ(sent(), Lines{"GL_SPOT_EXPONENT, 64)"});
   spot.placement[11] = 31;
-  EXPECT_EQ(sent(), Lines{"GL_POSITION, {19, 23, 56, 1})"});
-  spot.target.x = 4;
-  EXPECT_EQ(sent(), Lines{"GL_SPOT_DIRECTION, {16, 3, 25, 0})"});
+  EXPECT_EQ(sent(), Lines{"GL_POSITION, {26, 24, 70, 1})"});
+  spot.target.x = 6;
+  EXPECT_EQ(sent(), Lines{"GL_SPOT_DIRECTION, {-2, 24, -4, 0})"});
   spot.blue = 3;
   EXPECT_EQ(sent(), (Lines{"GL_DIFFUSE, {1, 2, 1.5, 1})", "GL_SPECULAR, {1, 2, 1.5, 1})"}));
   spot.diffuseOn = false;

@@ -1,5 +1,6 @@
 // Lit triangles and quads, polylines, fans, indexed lists and rectangles.
 #include <cmath>
+#include <cstdlib>
 #include <initializer_list>
 #include <utility>
 
@@ -264,22 +265,19 @@ TEST_F(AdderTest, IndexedTriangleListsStartFromACleanState) {
       glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_COLOR_ARRAY))"));
   gl.LogVertices(false);
 
-  List().SetTexture(nullptr);
-  gl.Clear();
-  List().AddIndexedLitTriangleListWT(withTexture, 3, indices, 3, 0);
-  EXPECT_EQ(gl.Calls(), CallsIn(R"(
-      glEnableClientState(GL_VERTEX_ARRAY); glVertexPointer(3, GL_FLOAT, 24, +0);
-      glEnableClientState(GL_TEXTURE_COORD_ARRAY); glVertexPointer(2, GL_FLOAT, 24, +12);
-      glEnableClientState(GL_COLOR_ARRAY); glColorPointer(4, GL_UNSIGNED_BYTE, 24, +20);
-      glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT); glDisableClientState(GL_VERTEX_ARRAY);
-      glDisableClientState(GL_COLOR_ARRAY); glDisableClientState(GL_TEXTURE_COORD_ARRAY))"));
-
   // The texture coordinates of an earlier draw may be gone: with a texture they are not read.
-  List().SetTexture(texture.get());
-  gl.Clear();
-  List().AddIndexedLitTriangleListWT(withTexture, 3, indices, 3, 0);
-  EXPECT_EQ(gl.CallsTo("glVertexPointer").size(), 2u);
-  EXPECT_EQ(gl.CallsTo("glTexCoordPointer"), Lines{"glTexCoordPointer(2, GL_FLOAT, 24, +12)"});
+  for (GL3GATexture* set : {static_cast<GL3GATexture*>(nullptr), texture.get()}) {
+    List().SetTexture(set);
+    gl.Clear();
+    List().AddIndexedLitTriangleListWT(withTexture, 3, indices, 3, 0);
+    EXPECT_EQ(gl.Calls(), CallsIn((set ? bind + ";" : "") + R"(
+        glEnableClientState(GL_VERTEX_ARRAY); glVertexPointer(3, GL_FLOAT, 24, +0);
+        glEnableClientState(GL_TEXTURE_COORD_ARRAY); glVertexPointer(2, GL_FLOAT, 24, +12);)" +
+                                  (set ? "glTexCoordPointer(2, GL_FLOAT, 24, +12);" : "") + R"(
+        glEnableClientState(GL_COLOR_ARRAY); glColorPointer(4, GL_UNSIGNED_BYTE, 24, +20);
+        glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT); glDisableClientState(GL_VERTEX_ARRAY);
+        glDisableClientState(GL_COLOR_ARRAY); glDisableClientState(GL_TEXTURE_COORD_ARRAY))"));
+  }
 }
 
 TEST_F(AdderTest, IndexedLineListsStartFromACleanState) {
@@ -366,8 +364,10 @@ TEST_F(AdderTest, RectanglesKeepTheOpenBlock) {
   };
   List().AddRectangle(1, 2, 30, 40, -1);  // on the front plane
   EXPECT_EQ(calls(), wanted(red, "-1.005").first);
-  List().AddRectangle(1, 2, 30, 40, -0.5f);
-  EXPECT_EQ(calls(), wanted(red, "-0.5").first);
+  for (const char* z : {"-0.5", "-2"}) {
+    List().AddRectangle(1, 2, 30, 40, std::strtof(z, nullptr));
+    EXPECT_EQ(calls(), wanted(red, z).first);
+  }
   List().AddRectangle(1, 2, 30, 40, -1, mixed);
   EXPECT_EQ(calls(), wanted(other, "-1").first);
   List().AddSolidRectangle(1, 2, 30, 40, -1);

@@ -113,6 +113,7 @@ TEST_F(StateTest, PreparationsOpenBlocksOnce) {
   EXPECT_EQ(CallsOf([&] { List().PrepForPolygonArray(); }), Lines{"glEnd()"});
 
   List().SetTexture(texture.get());
+  List().SetDepthFunc(4);  // stays on for polygons
   EXPECT_EQ(CallsOf([&] { List().PrepForPolygons(); }),
             (Lines{"flush", "glDisable(GL_TEXTURE_2D)", "glBegin(GL_TRIANGLES)"}));
   List().PrepForLines();
@@ -170,8 +171,9 @@ TEST_F(StateTest, MaterialsAndLightsFlushBeforeTheyChange) {
   const Lines lights = CallsOf([&] { List().SetupLights(nullptr); });
   EXPECT_EQ(lights[0], "glEnd()");
   EXPECT_EQ(lights[1], "flush");
-  EXPECT_EQ(CallsOf([&] { List().SetupLights(nullptr); }, false).front(),
-            "glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, 0)");
+  LightList list(std::vector<GALight>(1));
+  EXPECT_EQ(CallsOf([&] { List().SetupLights(list.Head()); }, false).front(),
+            "glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, 1)");
 }
 
 TEST_F(StateTest, VerticesGoIntoTheOpenBlock) {
@@ -182,7 +184,7 @@ TEST_F(StateTest, VerticesGoIntoTheOpenBlock) {
   List().PrepForPoints();
   const GAColor mixed = Color(51, 102, 153, 204);
   const Lines calls = CallsOf([&] {
-    EXPECT_EQ(List().TransformAndAddVertex({1, 2, 3}, mixed), 0);
+    EXPECT_EQ(List().TransformAndAddVertex({2, 3, 5}, mixed), 0);
     EXPECT_EQ(List().AddTransformedVertex({1, 2, 3}), 0);
     EXPECT_EQ(List().AddTransformedVertex({4, 5, 6}, mixed), 0);
     EXPECT_EQ(List().AddTransformedVertex({1, 2, 3}, mixed, {4, 5}), 0);
@@ -191,7 +193,7 @@ TEST_F(StateTest, VerticesGoIntoTheOpenBlock) {
     List().AddTransformedPoint({9, 7, 8}, mixed);
   });
   EXPECT_EQ(calls, CallsIn(R"(
-      glColor4fv({0.2, 0.4, 0.6, 0.8}); glVertex3fv({19, 23, 55});
+      glColor4fv({0.2, 0.4, 0.6, 0.8}); glVertex3fv({26, 24, 69});
       glColor4fv({1, 0, 0, 1}); glVertex3fv({1, 2, 3});
       glColor4fv({0.2, 0.4, 0.6, 0.8}); glVertex3fv({4, 5, 6});
       glColor4fv({0.2, 0.4, 0.6, 0.8}); glTexCoord2fv({4, 5}); glVertex3fv({1, 2, 3});
