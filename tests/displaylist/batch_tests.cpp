@@ -196,6 +196,11 @@ TEST_F(BatchTest, MarkersAreCulledInParallelViewsAlone) {
     EXPECT_TRUE(IsPending());
     List().FlushArrays();
   }
+  List().AddCP({1, 2, -9}, 5, m_color);
+  GlRecorder gl;
+  gl.LogVertices(true);
+  List().FlushArrays();
+  EXPECT_NE(Draws(gl).front().find("{(-7 -6 -9 | 10 20 30 40), (9 -6 -9 |"), std::string::npos);
 }
 
 TEST_F(BatchTest, MarkersKeepTheirSizeOnTheScreenUnderBothProjections) {
@@ -265,27 +270,26 @@ TEST_F(BatchTest, PolygonArraysAreQueuedInTheSameOrder) {
 TEST_F(BatchTest, PolygonsAreOnlyQueuedWhenTheyShouldBe) {
   const auto clearTexture = SolidTexture({255, 0, 0, 128});
   AttrProperty clear = Material(1, 1, 1, 0.5f);
-  const VornPoly polygon = Polygon(m_red, -9);
+  const VornPoly polygons[2] = {Polygon(m_red, -9), Polygon(m_red, -9)};
   const auto queued = [&](int check) {
     const int before = TransparentQueue::Count(Buffer());
-    List().AddTransformedPolygon(polygon, check);
-    List().AddTransformedPolygons(&polygon, 1, check);
+    List().AddTransformedPolygon(polygons[0], check);
+    List().AddTransformedPolygons(polygons, 2, check);
     return TransparentQueue::Count(Buffer()) - before;
   };
   EXPECT_EQ(queued(1), 0);
   List().SetTexture(clearTexture.get());
   EXPECT_EQ(queued(0), 0);
-  EXPECT_EQ(queued(1), 2);
+  EXPECT_EQ(queued(1), 3);
   List().SetTexture(nullptr);
   EXPECT_EQ(queued(1), 0);
   List().SetMaterial(&clear, 0);
-  EXPECT_EQ(queued(1), 2);
+  EXPECT_EQ(queued(1), 3);
   List().SetDepthFunc(0);
   EXPECT_EQ(queued(1), 0);
   List().SetDepthFunc(1);
-  GL3GABuffer::m_maxtransparentpolys = TransparentQueue::Count(Buffer()) + 1;
-  EXPECT_EQ(queued(1), 1);
-  EXPECT_EQ(queued(1), 0);  // the queue is full
+  GL3GABuffer::m_maxtransparentpolys = TransparentQueue::Count(Buffer()) + 2;
+  for (const int added : {1, 1, 0}) EXPECT_EQ(queued(1), added);  // both, or neither
   GlRecorder gl;
   List().FlushArrays();
   EXPECT_EQ(gl.CallsTo("glColorPointer"), Lines{"glColorPointer(4, GL_UNSIGNED_BYTE, 24, +20)"});
