@@ -112,17 +112,22 @@ TEST_F(AdderTest, FadingPolylinesFadeTheColorInForce) {
   glMaterialfv(GL_FRONT, GL_DIFFUSE, found);
   Buffer().MakeRoomForTransparentPolys(1);
   GL3GABuffer::m_maxtransparentpolys = 1;  // just enough for the form
-  const std::string diffuse = "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, ";
+  const auto diffuse = [](const std::string& rgba) {
+    return "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {" + rgba + "});";
+  };
+  const auto strip = [&](const std::string& first, const std::string& second) {
+    return "glBegin(GL_LINE_STRIP); glNormal3fv({0.1, 0.2, 0.3});" + diffuse(first) +
+           "glVertex3fv({1, 2, -3}); glNormal3fv({0.4, 0.5, 0.6});" + diffuse(second) +
+           "glVertex3fv({4, 5, -6}); glEnd();";
+  };
   GlRecorder gl;
   List().AddTransformedQuad(m_ends, 0xC002, 0);
-  EXPECT_EQ(gl.Calls(),
-            (Lines{"glGetMaterialfv(GL_FRONT, GL_DIFFUSE, pointer)", "glEnable(GL_LINE_SMOOTH)",
-                   "glDisable(GL_DEPTH_TEST)", "glLineWidth(5)", "glBegin(GL_LINE_STRIP)",
-                   "glNormal3fv({0.1, 0.2, 0.3})", diffuse + "{0.9, 0.7, 0.6, 0.6})",
-                   "glVertex3fv({1, 2, -3})", "glNormal3fv({0.4, 0.5, 0.6})",
-                   diffuse + "{0.9, 0.7, 0.6, 0.4})", "glVertex3fv({4, 5, -6})", "glEnd()",
-                   "glEnable(GL_DEPTH_TEST)", "glDisable(GL_LINE_SMOOTH)",
-                   diffuse + "{0.9, 0.7, 0.6, 0.8})", "glLineWidth(1)"}));
+  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+      glGetMaterialfv(GL_FRONT, GL_DIFFUSE, pointer); glEnable(GL_LINE_SMOOTH);
+      glDisable(GL_DEPTH_TEST); glLineWidth(5);)" +
+                                strip("0.9, 0.7, 0.6, 0.6", "0.9, 0.7, 0.6, 0.4") +
+                                "glEnable(GL_DEPTH_TEST); glDisable(GL_LINE_SMOOTH);" +
+                                diffuse("0.9, 0.7, 0.6, 0.8") + "glLineWidth(1)"));
   EXPECT_EQ(TransparentQueue::Count(Buffer()), 0);
 
   // With a block open the GL does not answer: then it is what the buffer sent last. Smoothing that
@@ -133,12 +138,10 @@ TEST_F(AdderTest, FadingPolylinesFadeTheColorInForce) {
   List().PrepForPoints();
   gl.Clear();
   List().AddTransformedQuad(m_ends, 0xC002, 0);
-  EXPECT_EQ(gl.Calls(), (Lines{"glGetMaterialfv(GL_FRONT, GL_DIFFUSE, pointer)", "glLineWidth(5)",
-                               "glEnd()", "glBegin(GL_LINE_STRIP)", "glNormal3fv({0.1, 0.2, 0.3})",
-                               diffuse + "{0.1, 0.2, 0.3, 0.375})", "glVertex3fv({1, 2, -3})",
-                               "glNormal3fv({0.4, 0.5, 0.6})", diffuse + "{0.1, 0.2, 0.3, 0.25})",
-                               "glVertex3fv({4, 5, -6})", "glEnd()", "glBegin(GL_POINTS)",
-                               diffuse + "{0.1, 0.2, 0.3, 0.5})", "glLineWidth(1)"}));
+  EXPECT_EQ(gl.Calls(),
+            CallsIn("glGetMaterialfv(GL_FRONT, GL_DIFFUSE, pointer); glLineWidth(5); glEnd();" +
+                    strip("0.1, 0.2, 0.3, 0.375", "0.1, 0.2, 0.3, 0.25") + "glBegin(GL_POINTS);" +
+                    diffuse("0.1, 0.2, 0.3, 0.5") + "glLineWidth(1)"));
   GL3GABuffer::m_maxtransparentpolys = 0;
   gl.Clear();
   List().AddTransformedQuad(m_ends, 0xC002, 0);

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 #include <functional>
+#include <tuple>
 #include <utility>
 
 #include "driver/GL3Driver.h"
@@ -88,29 +89,24 @@ TEST_F(BatchTest, FlushedInAFixedOrderWithWhatTheyWereGiven) {
 
 TEST_F(BatchTest, FlushedWhenTheyHoldMoreThanTheLimit) {
   auto quad = Square(0, 0, 5, -9);
-  GL3GADriver::gl_max_vertices = 8;
-  GlRecorder gl;
-  for (int i = 0; i < 3; ++i) List().AddTransformedQuad(quad.data(), 0, 0);  // 0, 4 and 8 before
-  EXPECT_EQ(Draws(gl), Lines());
-  List().AddTransformedQuad(quad.data(), 0, 0);  // 12 before
-  EXPECT_EQ(Draws(gl), Lines{Triangles(18)});
-  EXPECT_TRUE(IsPending());  // for the quad that came after the flush
-  List().ExecuteInstructions();
-  EXPECT_EQ(Draws(gl), (Lines{Triangles(18), Triangles(6)}));
-
-  gl.Clear();
-  GL3GADriver::gl_max_vertices = 6;
-  for (int i = 0; i < 4; ++i) List().AddTransformedPolygon(Polygon(m_red, -9), 0);
-  EXPECT_EQ(Draws(gl), Lines{Triangles(9)});
   const VornPoly polygons[2] = {Polygon(m_red, -9), Polygon(m_red, -9)};
-  for (int i = 0; i < 2; ++i) List().AddTransformedPolygons(polygons, 2, 0);  // 3 and 9 before
-  EXPECT_EQ(Draws(gl), (Lines{Triangles(9), Triangles(9)}));
-  List().AddTransformedTri(quad.data(), 0);
-  List().AddTransformedTri(quad.data(), 0);
-  List().AddTransformedTri(quad.data(), 0);  // 6 before: no flush
-  EXPECT_EQ(Draws(gl).size(), 2u);
-  List().AddTransformedTri(quad.data(), 0);
-  EXPECT_EQ(Draws(gl), (Lines{Triangles(9), Triangles(9), Triangles(9), Triangles(6)}));
+  // So many calls until the limit is reached, and the indices that they leave.
+  const std::tuple<std::function<void()>, int, int, int> cases[] = {
+      {[&] { List().AddTransformedQuad(quad.data(), 0, 0); }, 8, 3, 18},
+      {[&] { List().AddTransformedPolygon(polygons[0], 0); }, 6, 3, 9},
+      {[&] { List().AddTransformedPolygons(polygons, 2, 0); }, 6, 2, 12},
+      {[&] { List().AddTransformedTri(quad.data(), 0); }, 6, 3, 9}};
+  for (const auto& [add, limit, calls, indices] : cases) {
+    GL3GADriver::gl_max_vertices = limit;
+    GlRecorder gl;
+    for (int i = 0; i < calls; ++i) add();
+    EXPECT_EQ(Draws(gl), Lines());
+    add();
+    EXPECT_EQ(Draws(gl), Lines{Triangles(indices)});
+    EXPECT_TRUE(IsPending());  // for what came after the flush
+    List().ExecuteInstructions();
+    EXPECT_EQ(Draws(gl), (Lines{Triangles(indices), Triangles(indices / calls)}));
+  }
 }
 
 TEST_F(BatchTest, LinesAndMarkersAreNotLimitedNorIsANegativeSetting) {
