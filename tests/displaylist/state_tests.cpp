@@ -202,6 +202,55 @@ TEST_F(StateTest, VerticesGoIntoTheOpenBlock) {
       glColor4fv({0.2, 0.4, 0.6, 0.8}); glVertex3fv({9, 7, 8}))"));
 }
 
+/// Every operation that leaves it to its caller to make the context current. Points have been
+/// prepared for, and the screen's projection is in force.
+void CallTheOthers(GL3DisplayList& l, GAColor& color) {
+  AttrProperty material = Material(1, 0, 0);
+  GAVertex v[4];
+  GALitVertex lit[4];
+  GAShadedLineVertex shaded[2];
+  RGBFloat colors[4];
+  Vector p[2];
+  VornPoly polygon;
+  unsigned short indices[3] = {0, 1, 2};
+  l.SetProjection(0);
+  l.PrepForPoints();
+  l.SetMaterial(&material, 0);
+  l.SetDefaultColor(color);
+  l.AddOGLVertex(p[0], color);
+  l.AddTransformedVertex(p[0]);
+  l.AddTransformedVertex(p[0], color);
+  l.AddTransformedVertex(p[0], color, Vector2());
+  l.TransformAndAddVertex(p[0], color);
+  l.AddTransformedPoint(p[0]);
+  l.AddTransformedPoint(p[0], color);
+  l.AddTransformedLine(p[0], p[1]);
+  l.AddTransformedLine(p[0], p[1], color);
+  l.AddTransformedLineRef(p[0], p[1]);
+  l.AddTransformedLineRef(p[0], p[1], color);
+  l.AddTransformedLine(p[0], color, p[1], color);
+  l.AddTransformedLineList(p, 2);
+  l.AddTransformedLineList(p, p, 2, color, color);
+  l.AddTransformedShadedLineList(shaded, 2, 1);
+  l.AddRectangle(0, 0, 1, 1, -9);
+  l.AddRectangle(0, 0, 1, 1, -9, color);
+  l.AddSolidRectangle(0, 0, 1, 1, -9);
+  l.AddSolidRectangle(0, 0, 1, 1, -9, color);
+  l.AddCP(p[0], 1, color);
+  l.AddTransformedPolygon(polygon, 1);
+  l.AddTransformedPolygons(&polygon, 1, 1);
+  l.AddTransformedTri(v, 1);
+  for (const int mode : {0, 1, 2, 0x8002, 0xC002}) l.AddTransformedQuad(v, mode, 0);
+  l.AddTransformedQuad(v, colors, 1);
+  l.AddTransformedQuad(lit);
+  l.AddIndexedTriangleFan(v, 4, indices, 3, 1);
+  l.FlushArrays();
+  l.AddTransformedLine(p[0], p[1]);
+  l.EndInstructions();
+  l.Execute(), l.AddLine(1, 2), l.AddPoint(1);
+  l.SetMaterial(nullptr, 0);
+}
+
 TEST_F(StateTest, OperationsMakeTheirContextCurrentWhereTheyMust) {
   OffscreenTarget other(Driver(), 8, 8);
   auto& otherBuffer = static_cast<GL3GABuffer&>(*other.buffer);
@@ -209,16 +258,10 @@ TEST_F(StateTest, OperationsMakeTheirContextCurrentWhereTheyMust) {
   List* const lists[] = {&this->List(), static_cast<List*>(other.list.get())};
   GL3GABuffer* const buffers[] = {&Buffer(), &otherBuffer};
   const auto texture = SolidTexture({255, 0, 0, 255});
-  AttrProperty material = Material(1, 0, 0);
   std::vector<GALitVertex> ends;
   std::vector<unsigned> pairs;
-  GAVertex v[4];
   GALitVertex lit[4];
   GALitVertexWT wt[4];
-  GAShadedLineVertex shaded[2];
-  RGBFloat colors[4];
-  Vector p[2];
-  VornPoly polygon;
   unsigned short indices[3] = {0, 1, 2};
   enum Makes { kNever, kUnlessItIs, kAlways };
   const std::tuple<const char*, Makes, std::function<void(List&)>> operations[] = {
@@ -239,41 +282,7 @@ TEST_F(StateTest, OperationsMakeTheirContextCurrentWhereTheyMust) {
       {"listWT", kUnlessItIs,
        [&](List& l) { l.AddIndexedLitTriangleListWT(wt, 4, indices, 3, 0); }},
       {"FlushTransparentPolys", kAlways, [&](List& l) { l.FlushTransparentPolys(); }},
-      {"others", kNever, [&](List& l) {
-         l.SetProjection(0);  // the mode it is in
-         l.PrepForPoints();   // prepared for already
-         l.SetMaterial(&material, 0);
-         l.SetDefaultColor(m_white);
-         l.AddOGLVertex(p[0], m_white);
-         l.AddTransformedVertex(p[0]);
-         l.AddTransformedVertex(p[0], m_white);
-         l.AddTransformedVertex(p[0], m_white, Vector2());
-         l.TransformAndAddVertex(p[0], m_white);
-         l.AddTransformedPoint(p[0]);
-         l.AddTransformedPoint(p[0], m_white);
-         l.AddTransformedLine(p[0], p[1]);
-         l.AddTransformedLineRef(p[0], p[1]);
-         l.AddTransformedLine(p[0], m_white, p[1], m_white);
-         l.AddTransformedLineList(p, 2);
-         l.AddTransformedLineList(p, p, 2, m_white, m_white);
-         l.AddTransformedShadedLineList(shaded, 2, 1);
-         l.AddRectangle(0, 0, 1, 1, -9);
-         l.AddRectangle(0, 0, 1, 1, -9, m_white);
-         l.AddSolidRectangle(0, 0, 1, 1, -9);
-         l.AddSolidRectangle(0, 0, 1, 1, -9, m_white);
-         l.AddCP(p[0], 1, m_white);
-         l.AddTransformedPolygon(polygon, 1);
-         l.AddTransformedPolygons(&polygon, 1, 1);
-         l.AddTransformedTri(v, 1);
-         for (const int mode : {0, 1, 2, 0x8002, 0xC002}) l.AddTransformedQuad(v, mode, 0);
-         l.AddTransformedQuad(v, colors, 1);
-         l.AddTransformedQuad(lit);
-         l.AddIndexedTriangleFan(v, 4, indices, 3, 1);
-         l.FlushArrays();
-         l.AddTransformedLine(p[0], p[1]);
-         l.EndInstructions();
-         l.Execute(), l.AddLine(1, 2), l.AddPoint(1);
-       }}};
+      {"others", kNever, [&](List& l) { CallTheOthers(l, m_white); }}};
   for (const auto& [name, makes, operate] : operations) {
     for (List* list : lists) list->PrepForPolygonArray(), list->PrepForPoints();  // opens a block
     for (const int turn : {0, 1}) {
