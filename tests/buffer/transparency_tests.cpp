@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <limits>
 #include <numeric>
@@ -65,41 +66,59 @@ TEST_F(QueueTest, RecordsKeepWhatTheyWereGiven) {
   const auto texture = SolidTexture({255, 0, 0, 128});
   LightListNode lights;
   Buffer().MakeRoomForTransparentPolys(2);
+  const GAVertex v[3] = {Numbered(1), Numbered(2), Numbered(6)};
   const TransparentRecord* triangle =
-      Buffer().AddTransparentPoly(Facing(1, 2, -3), Facing(4, 5, -6), Facing(7, 8, -12, 0.5f, 1),
-                                  texture.get(), &m_material, &lights);
-  const TransparentRecord* line =
-      Buffer().AddTransparentPoly(Facing(1, 2, -3), Facing(4, 5, -8), &m_material, &lights);
-  EXPECT_EQ(triangle->depthKey, 21 * 0.33333334f);
-  EXPECT_EQ(triangle->c.u, 0.5f);
+      Buffer().AddTransparentPoly(v[0], v[1], v[2], texture.get(), &m_material, &lights);
+  const TransparentRecord* line = Buffer().AddTransparentPoly(v[1], v[2], &m_material, &lights);
+  EXPECT_EQ(std::memcmp(&triangle->a, v, sizeof v), 0);
+  EXPECT_EQ(triangle->depthKey, 69 * 0.33333334f);
   EXPECT_EQ(triangle->texture, texture.get());
+  EXPECT_EQ(triangle->attribute, &m_material);
+  EXPECT_EQ(triangle->lights, &lights);
   EXPECT_EQ(triangle->isLine, 0);
-  EXPECT_EQ(line->depthKey, 5.5f);
+  EXPECT_EQ(std::memcmp(&line->a, v + 1, 2 * sizeof *v), 0);
+  EXPECT_EQ(line->depthKey, 24);
   EXPECT_EQ(line->isLine, 1);
   EXPECT_EQ(line->texture, nullptr);
+  EXPECT_EQ(line->attribute, &m_material);
   EXPECT_EQ(line->lights, &lights);
 }
 
 TEST_F(QueueTest, MemoryIsZeroedAndFreedWithTheLastQueue) {
   const long before = OglBlocks();
-  OffscreenTarget other(Driver(), 8, 8);
+  OffscreenTarget other(Driver(), 8, 8), another(Driver(), 8, 8);
   auto& second = static_cast<GL3GABuffer&>(*other.buffer);
+  auto& third = static_cast<GL3GABuffer&>(*another.buffer);
   second.MakeRoomForTransparentPolys(1);
   Buffer().MakeRoomForTransparentPolys(1);
   Buffer().AddTransparentPoly(Facing(0, 0, -9), Facing(1, 0, -9), &m_material, nullptr);
   Buffer().EndScene();
   EXPECT_EQ(TransparentQueue::Count(Buffer()), 0);
   EXPECT_EQ(TransparentQueue::Records(Buffer()), nullptr);
-
-  // The other buffer's queue lives on; this one gets its own back, without the line of before.
-  Buffer().MakeRoomForTransparentPolys(1);
+  EXPECT_EQ(Add(-1), nullptr);
+  Buffer().RenderTransparentPolys();  // without a queue: nothing is given back
   EXPECT_EQ(OglBlocks(), before + 2);
+
+  // The other buffer's queue lives on; this one gets its own back, without the line of before. What
+  // has another size, or what is taken already, it does not get.
+  GL3GABuffer::m_maxtransparentpolys = 7;
+  third.MakeRoomForTransparentPolys(1);
+  EXPECT_EQ(OglBlocks(), before + 3);
+  GL3GABuffer::m_maxtransparentpolys = 149999;
+  Buffer().MakeRoomForTransparentPolys(1);
+  EXPECT_EQ(OglBlocks(), before + 3);
   EXPECT_EQ(Add(-1)->isLine, 0);
+  third.RenderTransparentPolys();
+  third.MakeRoomForTransparentPolys(1);
+  EXPECT_EQ(OglBlocks(), before + 4);
+  third.Destroy();
   Buffer().EndScene();
   EXPECT_GT(OglBlocks(), before);
   second.Destroy();
   EXPECT_EQ(OglBlocks(), before);
   second.EndScene();  // nothing is left to draw
+  second.MakeRoomForTransparentPolys(1);
+  EXPECT_EQ(OglBlocks(), before + 1);  // none of the freed ones
 }
 
 TEST_F(QueueTest, WithoutMemoryThereIsNoRoom) {

@@ -1,5 +1,6 @@
 // The transparent pass: its GL calls, the state it leaves, and its pixels.
 #include <algorithm>
+#include <string>
 #include <utility>
 
 #include "tests/support/drawing_fixture.h"
@@ -19,17 +20,13 @@ class PassTest : public DrawingFixture {
     Buffer().AddTransparentPoly(Facing(-10, -10, z), Facing(10, -10, z), Facing(0, 10, z), texture,
                                 attribute, lights);
   }
-  static bool IsOn(GLenum capability) {
-    const GlRecorderPause pause;
-    return glIsEnabled(capability);
-  }
   /// The log without what sets up and tears down a pass.
   static Lines Steps(const GlRecorder& gl) {
     Lines steps;
     for (const std::string& call : gl.Calls()) {
       for (const char* kept :
            {"glDrawElements", "glMaterialfv", "glBindTexture", "glDisable(GL_TEX", "glLightModeli",
-            "glBegin", "glLineWidth", "glVertex3fv"}) {
+            "glBegin", "glEnd()", "glLineWidth", "glNormal3fv", "glVertex3fv"}) {
         if (call.starts_with(kept)) steps.push_back(call);
       }
     }
@@ -37,33 +34,57 @@ class PassTest : public DrawingFixture {
     return steps;
   }
 
+  /// What the pass finds, and puts back.
+  void SetDiffuse() {
+    float rgba[4] = {0.9f, 0.7f, 0.3f, 0.5f};
+    Buffer().SetDiffuseMaterial(rgba);
+  }
+
   AttrProperty m_red = Material(1, 0, 0, 0.5f), m_green = Material(0, 1, 0, 0.5f),
                m_blue = Material(0, 0, 1, 0.5f);
+  AttrProperty m_uneven = Material(0.5f, 0.8f, 0.6f, 0.25f);
+  /// How m_uneven is sent. The scene's ambient light makes a quarter of the colour ambient.
+  const std::string m_unevenSent = R"(
+      glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.4375, 0.64, 0.51, 0.75});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, {0.125, 0.2, 0.15, 0.75});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_SHININESS, {0, 0, 0, 1});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, {0, 0, 0, 1});)";
 };
 
 TEST_F(PassTest, OneTriangleFromStartToEnd) {
-  Triangle(-10, &m_red);
+  SetDiffuse();
+  Buffer().AddTransparentPoly(Numbered(1), Numbered(2), Numbered(3), nullptr, &m_uneven, nullptr);
+  const std::string draw = IndexedDraw(
+      "vnt", 32, "GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2}" + NumberedText({1, 2, 3}, true));
+  const auto other = SolidTexture({0, 0, 0, 255});  // makes the driver's context current
   GlRecorder gl;
   gl.LogIndices(true);
+  gl.LogVertices(true);
+  gl.LogPlatform(true);
   Buffer().EndScene();
-  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+  EXPECT_EQ(gl.Calls(),
+            CallsIn(R"(
+      aglSetPBuffer(context1, pbuffer1, 0, 0, 0); aglSetCurrentContext(context1);
       glGetMaterialfv(GL_FRONT, GL_DIFFUSE, pointer); glEnable(GL_LINE_SMOOTH);
       glIsEnabled(GL_CULL_FACE); glGetIntegerv(0xb45); glCullFace(GL_FRONT);
-      glEnable(GL_CULL_FACE); glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {1, 0, 0, 0.5});
-      glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, {0, 0, 0, 0.5});
-      glMaterialfv(GL_FRONT_AND_BACK, GL_SHININESS, {0});
-      glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, {0, 0, 0, 1}); glEnable(GL_LIGHTING);
-      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_NORMAL_ARRAY);
-      glEnableClientState(GL_TEXTURE_COORD_ARRAY); glVertexPointer(3, GL_FLOAT, 32, +0);
-      glNormalPointer(GL_FLOAT, 32, +12); glTexCoordPointer(2, GL_FLOAT, 32, +24);
-      glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2});
-      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_NORMAL_ARRAY);
-      glDisableClientState(GL_TEXTURE_COORD_ARRAY); glDisable(GL_LIGHTING);
+      glEnable(GL_CULL_FACE);)" +
+                    m_unevenSent + "glEnable(GL_LIGHTING);" + draw + R"(glDisable(GL_LIGHTING);
       glDisable(GL_CULL_FACE); glDisable(GL_LINE_SMOOTH); glCullFace(GL_FRONT);
-      glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.8, 0.8, 0.8, 1}))"));
+      glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.9, 0.7, 0.3, 0.5}))"));
   gl.Clear();
   Buffer().EndScene();
   EXPECT_EQ(gl.Calls(), Lines());
+}
+
+TEST_F(PassTest, WithoutMaterialNothingIsDrawnOrLit) {
+  Triangle(-10, nullptr);
+  Buffer().SetState(GL3GABuffer::kSmoothingOn, true);  // and stays on
+  GlRecorder gl;
+  Buffer().EndScene();
+  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+      glGetMaterialfv(GL_FRONT, GL_DIFFUSE, pointer); glIsEnabled(GL_CULL_FACE);
+      glGetIntegerv(0xb45); glCullFace(GL_FRONT); glEnable(GL_CULL_FACE); glDisable(GL_CULL_FACE);
+      glCullFace(GL_FRONT); glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.8, 0.8, 0.8, 1}))"));
 }
 
 TEST_F(PassTest, ChangesOfStateEndABatch) {
@@ -71,41 +92,40 @@ TEST_F(PassTest, ChangesOfStateEndABatch) {
   const std::string bind =
       "glBindTexture(GL_TEXTURE_2D, " + std::to_string(texture->m_texture) + ")";
   GL3GATexture nameless;
-  AttrProperty sameAsRed = m_red;
+  AttrProperty same = m_uneven;
   LightList lights(std::vector<GALight>(1));
-  Triangle(-90, &m_red);
-  Triangle(-80, &m_red);
-  Triangle(-70, &sameAsRed);                 // equal values: a batch, nothing sent
-  Triangle(-60, &sameAsRed, texture.get());  // the texture alone
-  Triangle(-55, nullptr);                    // draws nothing, and yet ends the texture
-  Triangle(-50, &m_red, texture.get());      // with a texture everything is sent again
-  Triangle(-40, &m_red, texture.get(), lights.Head());
-  Triangle(-30, &m_red, &nameless, lights.Head());
-  Triangle(-20, &m_red, &nameless, lights.Head());    // never current: ends a batch each time
-  Triangle(-10, &sameAsRed, nullptr, lights.Head());  // with lights everything is sent again
+  Triangle(-90, &m_uneven);
+  Triangle(-80, &m_uneven);
+  Triangle(-70, &same);                     // equal values: a batch, nothing sent
+  Triangle(-60, &same, texture.get());      // the texture alone
+  Triangle(-55, nullptr);                   // draws nothing, and yet ends the texture
+  Triangle(-50, &m_uneven, texture.get());  // with a texture everything is sent again
+  Triangle(-40, &m_uneven, texture.get(), lights.Head());
+  Triangle(-30, &m_uneven, &nameless, lights.Head());
+  Triangle(-20, &m_uneven, &nameless, lights.Head());  // never current: ends a batch each time
+  Triangle(-10, &same, nullptr, lights.Head());        // with lights everything is sent again
   GlRecorder gl;
+  gl.LogIndices(true);
   Buffer().RenderTransparentPolys();
 
-  const std::string three = "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT)";
-  const Lines red = {"glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {1, 0, 0, 0.5})",
-                     "glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, {0, 0, 0, 0.5})",
-                     "glMaterialfv(GL_FRONT_AND_BACK, GL_SHININESS, {0})",
-                     "glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, {0, 0, 0, 1})"};
+  const std::string three = "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2})";
+  const Lines all = CallsIn(m_unevenSent);
   const std::string off = "glDisable(GL_TEXTURE_2D)";
-  Lines wanted = red;
-  wanted.insert(wanted.end(), {"glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT)", three, bind,
-                               three, off, bind});
-  wanted.insert(wanted.end(), red.begin(), red.end());
+  Lines wanted = all;
+  wanted.insert(wanted.end(),
+                {"glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT, {0, 1, 2, 3, 4, 5})", three,
+                 bind, three, off, bind});
+  wanted.insert(wanted.end(), all.begin(), all.end());
   wanted.insert(wanted.end(), {three, "glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, 1)", three, off,
                                three, off, three});
-  wanted.insert(wanted.end(), red.begin(), red.end());
+  wanted.insert(wanted.end(), all.begin(), all.end());
   wanted.push_back(three);
   EXPECT_EQ(Steps(gl), wanted);
 }
 
 TEST_F(PassTest, TheFirstMaterialIsSentAlsoWhenItIsInForce) {
-  Buffer().SetMaterial(&m_red, 0.0f);
-  Triangle(-10, &m_red);
+  Buffer().SetMaterial(&m_uneven, 0.0f);
+  Triangle(-10, &m_uneven);
   GlRecorder gl;
   Buffer().RenderTransparentPolys();
   // Four values before the draw; the diffuse colour at the end is the one in force.
@@ -113,53 +133,48 @@ TEST_F(PassTest, TheFirstMaterialIsSentAlsoWhenItIsInForce) {
 }
 
 TEST_F(PassTest, LinesOvertakeTheTrianglesThatWait) {
-  GAVertex from = Facing(-5, 0, -20, 0.25f, 3);
-  GAVertex to = Facing(5, 0, -20, 1, 9);
-  Triangle(-30, &m_red);
-  Buffer().AddTransparentPoly(from, to, &m_red, nullptr);
-  Triangle(-10, &m_red);
+  const GAVertex from = {-5, 1, -20, 0.1f, 0.2f, 0.3f, 0.25f, 3};
+  const GAVertex to = {5, 2, -25, 0.4f, 0.5f, 0.6f, 0.5f, 9};
+  SetDiffuse();
+  Triangle(-30, &m_uneven);
+  Buffer().AddTransparentPoly(from, to, &m_uneven, nullptr);
+  Triangle(-10, &m_uneven);
   GlRecorder gl;
   Buffer().RenderTransparentPolys();
   Lines steps = Steps(gl);
   steps.erase(steps.begin(), steps.begin() + 4);  // the material
   EXPECT_EQ(steps, CallsIn(R"(
       glLineWidth(3); glBegin(GL_LINES);
-      glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.8, 0.8, 0.8, 0.75});
-      glVertex3fv({-5, 0, -20});
-      glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.8, 0.8, 0.8, 0}); glVertex3fv({5, 0, -20});
-      glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT))"));
+      glNormal3fv({0.1, 0.2, 0.3});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.9, 0.7, 0.3, 0.375});
+      glVertex3fv({-5, 1, -20}); glNormal3fv({0.4, 0.5, 0.6});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.9, 0.7, 0.3, 0.25});
+      glVertex3fv({5, 2, -25}); glEnd(); glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT))"));
   EXPECT_EQ(gl.CallsTo("glEnable(GL_LIGHTING)").size(), 1u);
 }
 
 TEST_F(PassTest, StateComesBackAsItWas) {
-  Buffer().SetMaterial(&m_blue, 0.0f);
+  SetDiffuse();
   List().SetDepthFunc(0);
   Buffer().SetupLights(nullptr);
   glEnable(GL_CULL_FACE);
   glCullFace(GL_BACK);
   const auto texture = SolidTexture({255, 255, 255, 128});
   Buffer().IsFogEnabled();  // back from the driver's context
-  Triangle(-10, &m_red, texture.get());
+  Triangle(-10, &m_uneven, texture.get());
   GlRecorder gl;
   Buffer().RenderTransparentPolys();
   EXPECT_EQ(gl.CallsTo("glEnable("), CallsIn(R"(
       glEnable(GL_LINE_SMOOTH); glEnable(GL_DEPTH_TEST); glEnable(GL_CULL_FACE);
       glEnable(GL_TEXTURE_2D))"));
-  EXPECT_FALSE(IsOn(GL_DEPTH_TEST));
-  EXPECT_FALSE(IsOn(GL_LINE_SMOOTH));
-  EXPECT_FALSE(IsOn(GL_TEXTURE_2D));
-  EXPECT_TRUE(IsOn(GL_CULL_FACE));
-  GLint culled = 0;
-  {
-    const GlRecorderPause pause;
-    glGetIntegerv(GL_CULL_FACE_MODE, &culled);
-  }
-  EXPECT_EQ(culled, GL_BACK);
+  EXPECT_EQ(gl.CallsTo("glDisable("), CallsIn(R"(
+      glDisable(GL_DEPTH_TEST); glDisable(GL_TEXTURE_2D); glDisable(GL_LIGHTING);
+      glDisable(GL_LINE_SMOOTH))"));
+  EXPECT_EQ(gl.CallsTo("glCullFace("), (Lines{"glCullFace(GL_FRONT)", "glCullFace(GL_BACK)"}));
   // Lighting goes off in the GL alone.
-  EXPECT_FALSE(IsOn(GL_LIGHTING));
   EXPECT_TRUE(Buffer().HasState(GL3GABuffer::kLightingOn));
   EXPECT_FALSE(Buffer().HasState(GL3GABuffer::kDepthTestOn));
-  EXPECT_EQ(gl.Calls().back(), "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0, 0, 1, 0.5})");
+  EXPECT_EQ(gl.Calls().back(), "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.9, 0.7, 0.3, 0.5})");
 }
 
 TEST_F(PassTest, NearerSurfacesLieOverFartherOnesInAnyOrderOfSubmission) {
@@ -189,11 +204,12 @@ TEST_F(PassTest, AdditiveBlendingAddsUp) {
 
 TEST_F(PassTest, TexturesColorWhatIsLit) {
   const auto texture = SolidTexture({0, 255, 128, 128});
-  AttrProperty white = Material(1, 0.5f, 1);
+  AttrProperty pink = Material(1, 0.5f, 1);
   List().SetupLights(nullptr);
-  Triangle(-10, &white, texture.get());
+  Triangle(-10, &pink, texture.get());
   Target().End();
-  EXPECT_TRUE(Near(ColorAt(0, 0), {0, 64, 64}));
+  // Half of it shows: in green 0.5 * (1 - 0.125) is lit, and the ambient 0.125 is there anyway.
+  EXPECT_TRUE(Near(ColorAt(0, 0), {0, 72, 64}));
 }
 
 TEST_F(PassTest, SurfacesThatFaceAwayAreNotDrawn) {

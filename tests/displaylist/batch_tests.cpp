@@ -1,6 +1,12 @@
 // Batches: what goes into which, when they are flushed, and how they are drawn.
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <functional>
+#include <tuple>
 #include <utility>
 
 #include "driver/GL3Driver.h"
@@ -18,51 +24,63 @@ class BatchTest : public DrawingFixture {
     return "glDrawElements(GL_TRIANGLES, " + std::to_string(indices) + ", GL_UNSIGNED_INT)";
   }
 
+  void SetUp() override {
+    DrawingFixture::SetUp();
+    m_polygon.p0 = {1, 2, -3}, m_polygon.p1 = {4, 5, -6}, m_polygon.p2 = {7, 8, -9};
+    m_polygon.uv0 = {11, 12}, m_polygon.uv1 = {13, 14}, m_polygon.uv2 = {15, 16};
+    m_polygon.c0 = m_color = Color(10, 20, 30, 40);
+    m_polygon.c1 = Color(50, 60, 70, 80);
+    m_polygon.c2 = Color(90, 100, 110, 120);
+  }
+
   GAColor m_red = Rgb(255, 0, 0), m_green = Rgb(0, 255, 0), m_blue = Rgb(0, 0, 255);
+  GAColor m_color;     // 10, 20, 30, 40
+  VornPoly m_polygon;  // no two values alike
 };
 
-TEST_F(BatchTest, FlushedInAFixedOrderWithTheStridesOfTheirFormats) {
-  auto quad = Square(0, 0, 5, -9);
-  List().AddTransformedPolygon(Polygon(m_red, -9), 0);
-  List().AddCP({0, 0, -9}, 4, m_red);
-  List().AddTransformedTri(quad.data(), 0);
-  List().AddTransformedQuad(quad.data(), 0, 0);
-  List().AddTransformedLine({0, 0, -9}, {1, 0, -9}, m_red);
+TEST_F(BatchTest, FlushedInAFixedOrderWithWhatTheyWereGiven) {
+  GAVertex first[4], second[4];
+  for (int i = 0; i < 4; ++i) first[i] = Numbered(i), second[i] = Numbered(i + 4);
+  const std::string corners[] = {"(-3 -2 -3 | 10 20 30 40)", "(5 -2 -3 | 10 20 30 40)",
+                                 "(5 6 -3 | 10 20 30 40)", "(-3 6 -3 | 10 20 30 40)"};
+  const std::string polygon =
+      "(1 2 -3 | 11 12 | 10 20 30 40), (4 5 -6 | 13 14 | 50 60 70 80), "
+      "(7 8 -9 | 15 16 | 90 100 110 120)";
+  const std::string twelve = "GL_TRIANGLES, 12, GL_UNSIGNED_INT, ";
+  const std::string six = "GL_TRIANGLES, 6, GL_UNSIGNED_INT, ";
+  const Lines wanted = CallsIn(
+      IndexedDraw("vc", 16,
+                  "GL_LINES, 2, GL_UNSIGNED_INT, {0, 1}, "
+                  "{(1 2 -3 | 10 20 30 40), (4 5 -6 | 10 20 30 40)}") +
+      IndexedDraw("vn", 32,
+                  twelve + "{0, 1, 2, 0, 2, 3, 4, 5, 6, 4, 6, 7}" +
+                      NumberedText({0, 1, 3, 0, 3, 2, 4, 5, 7, 4, 7, 6}, false)) +
+      IndexedDraw("vnt", 32,
+                  twelve + "{0, 1, 2, 3, 4, 5, 6, 7, 8, 6, 8, 9}" +
+                      NumberedText({0, 1, 3, 4, 5, 7, 0, 1, 3, 0, 3, 2}, true)) +
+      IndexedDraw("vc", 16,
+                  six + fmt::format("{{0, 1, 2, 0, 2, 3}}, {{{0}, {1}, {2}, {0}, {2}, {3}}}",
+                                    corners[0], corners[1], corners[2], corners[3])) +
+      IndexedDraw("vtc", 24, six + fmt::format("{{0, 1, 2, 3, 4, 5}}, {{{0}, {0}}}", polygon)));
   GlRecorder gl;
   gl.LogIndices(true);
-  List().FlushArrays();
-  EXPECT_EQ(gl.Calls(), CallsIn(R"(
-      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_COLOR_ARRAY);
-      glVertexPointer(3, GL_FLOAT, 16, +0); glColorPointer(4, GL_UNSIGNED_BYTE, 16, +12);
-      glDrawElements(GL_LINES, 2, GL_UNSIGNED_INT, {0, 1});
-      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_COLOR_ARRAY);
-
-      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_NORMAL_ARRAY);
-      glVertexPointer(3, GL_FLOAT, 32, +0); glNormalPointer(GL_FLOAT, 32, +12);
-      glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT, {0, 1, 2, 0, 2, 3});
-      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_NORMAL_ARRAY);
-
-      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_NORMAL_ARRAY);
-      glEnableClientState(GL_TEXTURE_COORD_ARRAY); glVertexPointer(3, GL_FLOAT, 32, +0);
-      glNormalPointer(GL_FLOAT, 32, +12); glTexCoordPointer(2, GL_FLOAT, 32, +24);
-      glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2});
-      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_NORMAL_ARRAY);
-      glDisableClientState(GL_TEXTURE_COORD_ARRAY);
-
-      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_COLOR_ARRAY);
-      glVertexPointer(3, GL_FLOAT, 16, +0); glColorPointer(4, GL_UNSIGNED_BYTE, 16, +12);
-      glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_INT, {0, 1, 2, 0, 2, 3});
-      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_COLOR_ARRAY);
-
-      glEnableClientState(GL_VERTEX_ARRAY); glEnableClientState(GL_TEXTURE_COORD_ARRAY);
-      glEnableClientState(GL_COLOR_ARRAY); glVertexPointer(3, GL_FLOAT, 24, +0);
-      glTexCoordPointer(2, GL_FLOAT, 24, +12); glColorPointer(4, GL_UNSIGNED_BYTE, 24, +20);
-      glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2});
-      glDisableClientState(GL_VERTEX_ARRAY); glDisableClientState(GL_TEXTURE_COORD_ARRAY);
-      glDisableClientState(GL_COLOR_ARRAY))"));
-  EXPECT_FALSE(IsPending());
-
-  gl.Clear();
+  gl.LogVertices(true);
+  for (int round = 0; round < 2; ++round) {  // the second time nothing is left of the first
+    List().AddTransformedPolygon(m_polygon, 0);
+    List().AddTransformedPolygons(&m_polygon, 1, 0);
+    List().AddCP({1, 2, -3}, 5, m_color);  // reaches 4 to each side
+    List().AddTransformedTri(first, 0);
+    List().AddTransformedTri(second, 0);
+    List().AddTransformedQuad(first, 0, 1);
+    List().AddTransformedQuad(first, 0, 0);
+    List().AddTransformedQuad(second, 0, 0);
+    List().AddTransformedLine({1, 2, -3}, {4, 5, -6}, m_color);
+    EXPECT_EQ(gl.Calls(), Lines());
+    List().FlushArrays();
+    EXPECT_EQ(gl.Calls(), wanted);
+    EXPECT_FALSE(IsPending());
+    gl.Clear();
+  }
   Buffer().SetState(GL3GABuffer::kArraysPending, true);
   List().FlushArrays();
   EXPECT_EQ(gl.Calls(), Lines());
@@ -71,29 +89,24 @@ TEST_F(BatchTest, FlushedInAFixedOrderWithTheStridesOfTheirFormats) {
 
 TEST_F(BatchTest, FlushedWhenTheyHoldMoreThanTheLimit) {
   auto quad = Square(0, 0, 5, -9);
-  GL3GADriver::gl_max_vertices = 8;
-  GlRecorder gl;
-  for (int i = 0; i < 3; ++i) List().AddTransformedQuad(quad.data(), 0, 0);  // 0, 4 and 8 before
-  EXPECT_EQ(Draws(gl), Lines());
-  List().AddTransformedQuad(quad.data(), 0, 0);  // 12 before
-  EXPECT_EQ(Draws(gl), Lines{Triangles(18)});
-  EXPECT_TRUE(IsPending());  // for the quad that came after the flush
-  List().ExecuteInstructions();
-  EXPECT_EQ(Draws(gl), (Lines{Triangles(18), Triangles(6)}));
-
-  gl.Clear();
-  GL3GADriver::gl_max_vertices = 6;
-  for (int i = 0; i < 4; ++i) List().AddTransformedPolygon(Polygon(m_red, -9), 0);
-  EXPECT_EQ(Draws(gl), Lines{Triangles(9)});
   const VornPoly polygons[2] = {Polygon(m_red, -9), Polygon(m_red, -9)};
-  for (int i = 0; i < 2; ++i) List().AddTransformedPolygons(polygons, 2, 0);  // 3 and 9 before
-  EXPECT_EQ(Draws(gl), (Lines{Triangles(9), Triangles(9)}));
-  List().AddTransformedTri(quad.data(), 0);
-  List().AddTransformedTri(quad.data(), 0);
-  List().AddTransformedTri(quad.data(), 0);  // 6 before: no flush
-  EXPECT_EQ(Draws(gl).size(), 2u);
-  List().AddTransformedTri(quad.data(), 0);
-  EXPECT_EQ(Draws(gl), (Lines{Triangles(9), Triangles(9), Triangles(9), Triangles(6)}));
+  // So many calls until the limit is reached, and the indices that they leave.
+  const std::tuple<std::function<void()>, int, int, int> cases[] = {
+      {[&] { List().AddTransformedQuad(quad.data(), 0, 0); }, 8, 3, 18},
+      {[&] { List().AddTransformedPolygon(polygons[0], 0); }, 6, 3, 9},
+      {[&] { List().AddTransformedPolygons(polygons, 2, 0); }, 6, 2, 12},
+      {[&] { List().AddTransformedTri(quad.data(), 0); }, 6, 3, 9}};
+  for (const auto& [add, limit, calls, indices] : cases) {
+    GL3GADriver::gl_max_vertices = limit;
+    GlRecorder gl;
+    for (int i = 0; i < calls; ++i) add();
+    EXPECT_EQ(Draws(gl), Lines());
+    add();
+    EXPECT_EQ(Draws(gl), Lines{Triangles(indices)});
+    EXPECT_TRUE(IsPending());  // for what came after the flush
+    List().ExecuteInstructions();
+    EXPECT_EQ(Draws(gl), (Lines{Triangles(indices), Triangles(indices / calls)}));
+  }
 }
 
 TEST_F(BatchTest, LinesAndMarkersAreNotLimitedNorIsANegativeSetting) {
@@ -125,74 +138,83 @@ TEST_F(BatchTest, PendingAlsoWhenNothingWasAdded) {
 }
 
 TEST_F(BatchTest, LinesHaveTheirOwnEndsAndTheColorsOfTheirTime) {
-  Vector points[4] = {{-20, 0, -9}, {-10, 0, -9}, {0, 0, -9}, {20, 0, -9}};
-  Vector low[2] = {{-20, -9, -9}, {1, -9, -9}}, high[2] = {{-1, -9, -9}, {20, -9, -9}};
-  List().PrepForLines();
-  List().SetDepthFunc(6);
-  List().SetDefaultColor(m_green);
-  List().AddTransformedLineList(points, 4);
-  List().SetDefaultColor(m_red);
-  List().AddTransformedLineList(low, high, 2, m_blue, m_red);
-  List().AddTransformedLine({-20, 9, -9}, {20, 9, -9});
-  List().AddTransformedLineRef({-20, 19, -9}, {20, 19, -9}, m_blue);
-  List().AddTransformedLine({-20, -19, -9}, m_blue, {20, -19, -9}, m_red);
-  GlRecorder gl;
-  gl.LogIndices(true);
-  Target().End();
-  EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_LINES, 16, GL_UNSIGNED_INT, "
-                             "{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15})"});
-  // Lines on a pixel border fall to either side of it.
-  const auto lineColor = [&](int x, int y) {
-    const auto color = ColorAt(x, y);
-    return color == std::array<int, 3>{0, 0, 0} ? ColorAt(x, y - 1) : color;
-  };
-  EXPECT_TRUE(Near(lineColor(-15, 0), {0, 255, 0}));
-  EXPECT_TRUE(Near(lineColor(10, 0), {0, 255, 0}));
-  for (const int left : {-20, 1}) {  // each from the first colour to the second
-    EXPECT_GT(lineColor(left + 1, -9)[2], 200) << left;
-    EXPECT_GT(lineColor(left + 17, -9)[0], 200) << left;
+  Vector p[3] = {{1, 2, -3}, {4, 5, -6}, {7, 8, -9}}, q[2] = {{-1, -2, -13}, {-4, -5, -16}};
+  GAColor white = Color(255, 255, 255), other = Color(50, 60, 70, 80);
+  const std::string by[] = {" | 10 20 30 40)", " | 50 60 70 80)"};
+  const std::string a = "(1 2 -3", b = "(4 5 -6", c = "(7 8 -9", d = "(-1 -2 -13", e = "(-4 -5 -16";
+  using Text = std::vector<std::string>;
+  const std::pair<std::function<void()>, Text> cases[] = {
+      {[&] { List().AddTransformedLine(p[0], p[1]); }, {a + by[0], b + by[0]}},
+      {[&] { List().AddTransformedLine(p[0], p[1], other); }, {a + by[1], b + by[1]}},
+      {[&] { List().AddTransformedLineRef(p[1], p[2]); }, {b + by[0], c + by[0]}},
+      {[&] { List().AddTransformedLineRef(p[1], p[2], other); }, {b + by[1], c + by[1]}},
+      {[&] { List().AddTransformedLine(p[0], other, p[1], m_color); }, {a + by[1], b + by[0]}},
+      {[&] { List().AddTransformedLineList(p, 3); }, {a + by[0], b + by[0], b + by[0], c + by[0]}},
+      {[&] { List().AddTransformedLineList(p, q, 2, m_color, other); },
+       {a + by[0], d + by[1], b + by[0], e + by[1]}}};
+  for (const auto& [add, ends] : cases) {
+    List().SetDefaultColor(m_color);
+    add();
+    EXPECT_TRUE(IsPending());
+    add();
+    List().SetDefaultColor(white);  // comes too late
+    Text twice = ends;
+    twice.insert(twice.end(), ends.begin(), ends.end());
+    GlRecorder gl;
+    gl.LogVertices(true);
+    List().FlushArrays();
+    EXPECT_EQ(Draws(gl), Lines{fmt::format("glDrawElements(GL_LINES, {}, GL_UNSIGNED_INT, {{{}}})",
+                                           twice.size(), fmt::join(twice, ", "))});
   }
-  EXPECT_TRUE(Near(lineColor(0, 9), {255, 0, 0}));
-  EXPECT_TRUE(Near(lineColor(0, 19), {0, 0, 255}));
-  EXPECT_LT(lineColor(-18, -19)[0], 20);
-  EXPECT_GT(lineColor(18, -19)[0], 235);
+  List().AddTransformedLine({-20, 9, -9}, {20, 9, -9}, m_green);
+  Target().End();
+  // A line on a pixel border falls to either side of it.
+  EXPECT_TRUE(Near(ColorAt(0, 9), {0, 255, 0}) || Near(ColorAt(0, 8), {0, 255, 0}));
 }
 
 TEST_F(BatchTest, MarkersAreCulledInParallelViewsAlone) {
-  // The view reaches from -32 to 32. Sideways a marker must be outside, up and down only reach out.
-  const std::pair<Vector, bool> cases[] = {
-      {{-33, 0, -9}, true}, {{-35, 0, -9}, false}, {{33, 0, -9}, true},  {{35, 0, -9}, false},
-      {{0, 31, -9}, false}, {{0, 29, -9}, true},   {{0, -31, -9}, false}};
+  // The view reaches from (-36, -30) to (28, 20), and the marker 4 to each side. Sideways it must
+  // be outside, up and down only reach out.
+  Info().viewBottom = -30;
+  Info().viewTop = 20;
+  const std::pair<Vector, bool> cases[] = {{{-40, 0, -9}, true}, {{-40.5f, 0, -9}, false},
+                                           {{32, 0, -9}, true},  {{32.5f, 0, -9}, false},
+                                           {{0, 16, -9}, true},  {{0, 16.5f, -9}, false},
+                                           {{0, -26, -9}, true}, {{0, -26.5f, -9}, false}};
   for (const auto& [place, added] : cases) {
-    List().AddCP(place, 2, m_red);
+    List().AddCP(place, 5, m_red);
     EXPECT_EQ(IsPending(), added) << place.x << " " << place.y;
     List().FlushArrays();
   }
   Info().perspective = -4.5f;
-  List().AddCP({0, 31, -9}, 2, m_red);
-  EXPECT_TRUE(IsPending());
+  for (const auto& [place, added] : cases) {
+    List().AddCP(place, 5, m_red);
+    EXPECT_TRUE(IsPending());
+    List().FlushArrays();
+  }
+  List().AddCP({1, 2, -9}, 5, m_color);
+  GlRecorder gl;
+  gl.LogVertices(true);
   List().FlushArrays();
+  EXPECT_NE(Draws(gl).front().find("{(-7 -6 -9 | 10 20 30 40), (9 -6 -9 |"), std::string::npos);
 }
 
 TEST_F(BatchTest, MarkersKeepTheirSizeOnTheScreenUnderBothProjections) {
-  Info().viewLeft = Info().viewBottom = -16;  // two pixels a view unit
-  Info().viewRight = Info().viewTop = 16;
-  Info().scaleX = Info().scaleY = 2;
   for (const float perspective : {0.0f, Info().nearZ}) {
     Info().perspective = perspective;
     Buffer().ComputeProjectionMatrices();
     Target().Begin();
     const auto distance = [&](float z) { return perspective != 0 ? z / perspective : 1; };
-    List().AddCP({4 * distance(-9), 0, -9}, 3, m_blue);
-    List().AddCP({-4 * distance(-300), 5 * distance(-300), -300}, 5, m_red);
+    List().AddCP({4 * distance(-9), 0, -9}, 5, m_blue);  // 10 x 6 pixels
+    List().AddCP({-8 * distance(-300), 4 * distance(-300), -300}, 10, m_red);
     GlRecorder gl;
     gl.LogIndices(true);
     Target().End();
     EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_TRIANGLES, 12, GL_UNSIGNED_INT, "
                                "{0, 1, 2, 0, 2, 3, 4, 5, 6, 4, 6, 7})"});
-    EXPECT_EQ(Target().CountOther({0, 0, 0}), 6 * 6 + 10 * 10) << perspective;
-    for (const int x : {5, 10}) EXPECT_TRUE(Near(ColorAt(x, -3), {0, 0, 255})) << perspective;
-    for (const int x : {-13, -4}) EXPECT_TRUE(Near(ColorAt(x, 14), {255, 0, 0})) << perspective;
+    EXPECT_EQ(Target().CountOther({0, 0, 0}), 10 * 6 + 20 * 12) << perspective;
+    for (const int x : {0, 7}) EXPECT_TRUE(Near(ColorAt(x, -3), {0, 0, 255})) << perspective;
+    for (const int x : {-15, -2}) EXPECT_TRUE(Near(ColorAt(x, 10), {255, 0, 0})) << perspective;
   }
 }
 
@@ -200,62 +222,73 @@ TEST_F(BatchTest, PolygonsAreDrawnByAscendingKey) {
   EXPECT_TRUE(SortZOrder(Polygon(m_red, 0, 1), Polygon(m_red, 0, 2)));
   EXPECT_FALSE(SortZOrder(Polygon(m_red, 0, 2), Polygon(m_red, 0, 2)));
   EXPECT_FALSE(SortZOrder(Polygon(m_red, 0, 3), Polygon(m_red, 0, 2)));
-  const VornPoly polygons[3] = {Polygon(m_red, -9, 5), Polygon(m_green, -9, 1),
-                                Polygon(m_blue, -9, 3)};
-  List().PrepForPolygonArray();
-  List().SetDepthFunc(0);
+  const VornPoly polygons[3] = {Polygon(m_red, -5, 5), Polygon(m_green, -1, 1),
+                                Polygon(m_blue, -3, 3)};
+  GlRecorder gl;
+  gl.LogVertices(true);
   List().AddTransformedPolygons(polygons, 3, 0);
-  Target().End();
-  EXPECT_TRUE(Near(ColorAt(0, 0), {255, 0, 0}));  // 5 comes last
+  List().FlushArrays();
+  Lines corners;
+  for (const char* end :
+       {"-1 | 0 0 | 0 255 0 255)", "-3 | 0 0 | 0 0 255 255)", "-5 | 0 0 | 255 0 0 255)"}) {
+    for (const char* corner : {"(-10 -10 ", "(10 -10 ", "(0 10 "}) {
+      corners.push_back(std::string(corner) + end);
+    }
+  }
+  EXPECT_EQ(Draws(gl), Lines{fmt::format("glDrawElements(GL_TRIANGLES, 9, GL_UNSIGNED_INT, {{{}}})",
+                                         fmt::join(corners, ", "))});
 }
 
 TEST_F(BatchTest, PolygonArraysAreQueuedInTheSameOrder) {
   AttrProperty clear = Material(1, 1, 1, 0.5f);
+  const auto texture = SolidTexture({255, 0, 0, 255});
   LightList lights(std::vector<GALight>(1));
   List().SetMaterial(&clear, 0);
   List().SetupLights(lights.Head());
-  VornPoly polygons[3] = {Polygon(m_red, -5, 5), Polygon(m_red, -1, 1), Polygon(m_red, -3, 3)};
-  polygons[1].uv2 = {0.25f, 0.75f};
+  List().SetTexture(texture.get());
+  m_polygon.depthKey = 2;
+  const VornPoly polygons[3] = {Polygon(m_red, -5, 5), Polygon(m_red, -1, 1), m_polygon};
   List().AddTransformedPolygons(polygons, 3, 1);
   ASSERT_EQ(TransparentQueue::Count(Buffer()), 3);
   const TransparentRecord* records = TransparentQueue::Records(Buffer());
   EXPECT_EQ(records[0].a.z, -1);
-  EXPECT_EQ(records[1].a.z, -3);
   EXPECT_EQ(records[2].a.z, -5);
-  EXPECT_EQ(records[0].c.v, 0.75f);
-  EXPECT_EQ(records[0].b.x, 10);
-  EXPECT_EQ(records[0].attribute, &clear);
-  EXPECT_EQ(records[0].lights, lights.Head());
+  const TransparentRecord& record = records[1];
+  const GAVertex wanted[3] = {
+      {1, 2, -3, 0, 0, 0, 11, 12}, {4, 5, -6, 0, 0, 0, 13, 14}, {7, 8, -9, 0, 0, 0, 15, 16}};
+  EXPECT_EQ(std::memcmp(&record.a, wanted, sizeof wanted), 0);
+  EXPECT_EQ(record.attribute, &clear);
+  EXPECT_EQ(record.lights, lights.Head());
+  EXPECT_EQ(record.texture, texture.get());
   EXPECT_FALSE(IsPending());
 }
 
 TEST_F(BatchTest, PolygonsAreOnlyQueuedWhenTheyShouldBe) {
   const auto clearTexture = SolidTexture({255, 0, 0, 128});
   AttrProperty clear = Material(1, 1, 1, 0.5f);
-  const VornPoly polygon = Polygon(m_red, -9);
+  const VornPoly polygons[2] = {Polygon(m_red, -9), Polygon(m_red, -9)};
   const auto queued = [&](int check) {
     const int before = TransparentQueue::Count(Buffer());
-    List().AddTransformedPolygon(polygon, check);
-    List().AddTransformedPolygons(&polygon, 1, check);
+    List().AddTransformedPolygon(polygons[0], check);
+    List().AddTransformedPolygons(polygons, 2, check);
     return TransparentQueue::Count(Buffer()) - before;
   };
   EXPECT_EQ(queued(1), 0);
   List().SetTexture(clearTexture.get());
   EXPECT_EQ(queued(0), 0);
-  EXPECT_EQ(queued(1), 2);
+  EXPECT_EQ(queued(1), 3);
   List().SetTexture(nullptr);
   EXPECT_EQ(queued(1), 0);
   List().SetMaterial(&clear, 0);
-  EXPECT_EQ(queued(1), 2);
+  EXPECT_EQ(queued(1), 3);
   List().SetDepthFunc(0);
   EXPECT_EQ(queued(1), 0);
   List().SetDepthFunc(1);
-  GL3GABuffer::m_maxtransparentpolys = TransparentQueue::Count(Buffer());
-  EXPECT_EQ(queued(1), 0);  // the queue is full
+  GL3GABuffer::m_maxtransparentpolys = TransparentQueue::Count(Buffer()) + 2;
+  for (const int added : {1, 1, 0}) EXPECT_EQ(queued(1), added);  // both, or neither
   GlRecorder gl;
   List().FlushArrays();
-  EXPECT_EQ(gl.CallsTo("glColorPointer"),
-            Lines{"glColorPointer(4, GL_UNSIGNED_BYTE, 24, +20)"});
+  EXPECT_EQ(gl.CallsTo("glColorPointer"), Lines{"glColorPointer(4, GL_UNSIGNED_BYTE, 24, +20)"});
 }
 
 TEST_F(BatchTest, TwoHundredThousandTransparentPolygonsAllAppear) {

@@ -1,5 +1,9 @@
 // State switches of the display list: what each sends, closes, flushes and remembers.
+#include <algorithm>
+#include <functional>
+#include <tuple>
 #include <utility>
+#include <vector>
 
 #include "driver/GL3Driver.h"
 #include "platform/platform.h"
@@ -61,6 +65,7 @@ TEST_F(StateTest, DepthFuncIsASwitchOfManyThings) {
                                          {0, {"glDisable(GL_DEPTH_TEST)"}},
                                          {0, {}},
                                          {1, {"glEnable(GL_DEPTH_TEST)"}},
+                                         {1, {}},
                                          {2, {"glBlendFunc(GL_SRC_ALPHA, GL_ONE)"}},
                                          {3, {"glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA)"}},
                                          {4, {"glEnable(GL_LIGHTING)", "glEnable(GL_LIGHT0)"}},
@@ -79,19 +84,20 @@ TEST_F(StateTest, DepthFuncIsASwitchOfManyThings) {
 TEST_F(StateTest, ProjectionIsLoadedWhenTheModeChanges) {
   List().PrepForPoints();
   EXPECT_EQ(CallsOf([&] { List().SetProjection(1); }), Lines());
-  Lines calls = CallsOf([&] { List().SetProjection(0); });
-  ASSERT_EQ(calls.size(), 4u);
-  EXPECT_EQ(calls[0], "glEnd()");
-  EXPECT_EQ(calls[1], "glLoadIdentity()");
-  EXPECT_TRUE(calls[2].starts_with("glLoadMatrixf({0.03125, 0, 0, 0, 0, -0.03125,"));
-  EXPECT_EQ(calls[3], "glViewport(0, 0, 64, 64)");
+  // 80 x 48 pixels, y down; the planes at 1 and 1000.
+  const std::string screen =
+      "glLoadMatrixf({0.025, 0, 0, 0, 0, -0.0416667, 0, 0, 0, 0, -0.002002, 0, -1, 1, -1.002, 1})";
+  EXPECT_EQ(CallsOf([&] { List().SetProjection(0); }),
+            (Lines{"glEnd()", "glLoadIdentity()", screen, "glViewport(0, 0, 80, 48)"}));
   EXPECT_EQ(CallsOf([&] { List().SetProjection(0); }), Lines());
 
-  Buffer().Reallocate(64, 64, 1);  // leaves the model-view stack current
-  calls = CallsOf([&] { List().SetProjection(2); });
-  ASSERT_EQ(calls.size(), 4u);
-  EXPECT_EQ(calls[0], "glMatrixMode(GL_PROJECTION)");
-  EXPECT_TRUE(calls[2].starts_with("glLoadMatrixf({0.03125, 0, 0, 0, 0, 0.03125,"));
+  Buffer().Reallocate(64, 32, 1);  // leaves the model-view stack current
+  EXPECT_EQ(CallsOf([&] { List().SetProjection(2); }), CallsIn(R"(
+      glMatrixMode(GL_PROJECTION); glLoadIdentity();
+      glLoadMatrixf({0.03125, 0, 0, 0, 0, 0.03125, 0, 0, 0, 0, -0.002002, 0, )"
+                                                               "0.125, 0.125, -1.002, 1})"
+                                                               R"(;
+      glViewport(0, 0, 64, 32))"));
 }
 
 TEST_F(StateTest, PreparationsOpenBlocksOnce) {
@@ -107,6 +113,7 @@ TEST_F(StateTest, PreparationsOpenBlocksOnce) {
   EXPECT_EQ(CallsOf([&] { List().PrepForPolygonArray(); }), Lines{"glEnd()"});
 
   List().SetTexture(texture.get());
+  List().SetDepthFunc(4);  // stays on for polygons
   EXPECT_EQ(CallsOf([&] { List().PrepForPolygons(); }),
             (Lines{"flush", "glDisable(GL_TEXTURE_2D)", "glBegin(GL_TRIANGLES)"}));
   List().PrepForLines();
@@ -123,67 +130,175 @@ TEST_F(StateTest, InstructionListsCloseAndFlush) {
   EXPECT_EQ(CallsOf([&] { List().EndInstructions(); }, false), Lines());
   List().PrepForPoints();
   EXPECT_EQ(CallsOf([&] { List().ExecuteInstructions(); }), (Lines{"glEnd()", "flush"}));
-  EXPECT_EQ(CallsOf([&] { List().Execute(); }), Lines());
-  EXPECT_EQ(CallsOf([&] {
-              List().AddLine(1, 2);
-              List().AddPoint(1);
-            }),
-            Lines());
+  EXPECT_EQ(CallsOf([&] { List().Execute(), List().AddLine(1, 2), List().AddPoint(1); }), Lines());
 }
 
 TEST_F(StateTest, BeginningForgetsTheTextureButNotThatTexturingIsOn) {
   const auto texture = SolidTexture({255, 0, 0, 128});
   AttrProperty clear = Material(1, 1, 1, 0.5f);
   GAVertex corners[4] = {};
-  List().SetTexture(texture.get());
   List().SetMaterial(&clear, 0);
-  List().AddTransformedTri(corners, 1);
+  GL3GATexture nameless;  // is kept, although the GL has none
+  for (GL3GATexture* set : {&nameless, texture.get()}) {
+    List().SetTexture(set);
+    List().AddTransformedTri(corners, 1);
+  }
   List().BeginInstructions();
   List().AddTransformedTri(corners, 1);
-  ASSERT_EQ(TransparentQueue::Count(Buffer()), 2);
-  EXPECT_EQ(TransparentQueue::Records(Buffer())[0].texture, texture.get());
-  EXPECT_EQ(TransparentQueue::Records(Buffer())[1].texture, nullptr);
+  ASSERT_EQ(TransparentQueue::Count(Buffer()), 3);
+  EXPECT_EQ(TransparentQueue::Records(Buffer())[0].texture, &nameless);
+  EXPECT_EQ(TransparentQueue::Records(Buffer())[1].texture, texture.get());
+  EXPECT_EQ(TransparentQueue::Records(Buffer())[2].texture, nullptr);
   EXPECT_EQ(CallsOf([&] { List().SetTexture(nullptr); }),
             (Lines{"flush", "glDisable(GL_TEXTURE_2D)"}));
 }
 
 TEST_F(StateTest, MaterialsAndLightsFlushBeforeTheyChange) {
   AttrProperty red = Material(1, 0, 0);
-  const Lines first = CallsOf([&] { List().SetMaterial(&red, 0); });
-  ASSERT_EQ(first.size(), 5u);
-  EXPECT_EQ(first[0], "flush");
+  EXPECT_EQ(CallsOf([&] { List().SetMaterial(&red, 0); }), CallsIn(R"(
+      flush; glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.75, 0, 0, 1});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, {0.25, 0, 0, 1});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_SHININESS, {0, 0, 0, 1});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, {0, 0, 0, 1}))"));
   EXPECT_EQ(CallsOf([&] { List().SetMaterial(&red, 0); }), Lines());
   EXPECT_TRUE(Buffer().HasState(GL3GABuffer::kArraysPending));
-  red.base.green = 1;
-  EXPECT_EQ(CallsOf([&] { List().SetMaterial(&red, 0); }).size(), 2u);
+  EXPECT_EQ(CallsOf([&] { List().SetMaterial(&red, 0.5f); }), CallsIn(R"(
+      flush; glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.75, 1, 1, 0.5});
+      glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, {0.25, 0, 0, 0.5}))"));
   EXPECT_EQ(CallsOf([&] { List().SetMaterial(nullptr, 0); }), Lines());
 
   List().PrepForPoints();
   const Lines lights = CallsOf([&] { List().SetupLights(nullptr); });
   EXPECT_EQ(lights[0], "glEnd()");
   EXPECT_EQ(lights[1], "flush");
-  EXPECT_EQ(CallsOf([&] { List().SetupLights(nullptr); }, false).front(),
-            "glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, 0)");
+  LightList list(std::vector<GALight>(1));
+  EXPECT_EQ(CallsOf([&] { List().SetupLights(list.Head()); }, false).front(),
+            "glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, 1)");
 }
 
 TEST_F(StateTest, VerticesGoIntoTheOpenBlock) {
-  const float matrix[12] = {0, -1, 0, 10, 1, 0, 0, 20, 0, 0, 2, 30};
+  const float matrix[12] = {2, -1, 3, 10, 1, 4, -2, 20, -3, 5, 6, 30};
   Info().objectToView = matrix;
   GAColor red = Rgb(255, 0, 0);
   EXPECT_EQ(CallsOf([&] { List().SetDefaultColor(red); }), Lines{"glColor4fv({1, 0, 0, 1})"});
   List().PrepForPoints();
+  const GAColor mixed = Color(51, 102, 153, 204);
   const Lines calls = CallsOf([&] {
-    List().TransformAndAddVertex({1, 2, 3}, m_white);
-    List().AddTransformedVertex({1, 2, 3});
-    List().AddTransformedVertex({1, 2, 3}, m_white, {4, 5});
-    List().AddOGLVertex({1, 2, 3}, m_white);
+    EXPECT_EQ(List().TransformAndAddVertex({2, 3, 5}, mixed), 0);
+    EXPECT_EQ(List().AddTransformedVertex({1, 2, 3}), 0);
+    EXPECT_EQ(List().AddTransformedVertex({4, 5, 6}, mixed), 0);
+    EXPECT_EQ(List().AddTransformedVertex({1, 2, 3}, mixed, {4, 5}), 0);
+    EXPECT_EQ(List().AddOGLVertex({7, 8, 9}, mixed), 0);
     List().AddTransformedPoint({6, 7, 8});
+    List().AddTransformedPoint({9, 7, 8}, mixed);
   });
   EXPECT_EQ(calls, CallsIn(R"(
-      glColor4fv({1, 1, 1, 1}); glVertex3fv({8, 21, 36}); glColor4fv({1, 0, 0, 1});
-      glVertex3fv({1, 2, 3}); glColor4fv({1, 1, 1, 1}); glTexCoord2fv({4, 5});
-      glVertex3fv({1, 2, 3}); glColor4fv({1, 1, 1, 1}); glVertex3fv({1, 2, 3});
-      glColor4fv({1, 0, 0, 1}); glVertex3fv({6, 7, 8}))"));
+      glColor4fv({0.2, 0.4, 0.6, 0.8}); glVertex3fv({26, 24, 69});
+      glColor4fv({1, 0, 0, 1}); glVertex3fv({1, 2, 3});
+      glColor4fv({0.2, 0.4, 0.6, 0.8}); glVertex3fv({4, 5, 6});
+      glColor4fv({0.2, 0.4, 0.6, 0.8}); glTexCoord2fv({4, 5}); glVertex3fv({1, 2, 3});
+      glColor4fv({0.2, 0.4, 0.6, 0.8}); glVertex3fv({7, 8, 9});
+      glColor4fv({1, 0, 0, 1}); glVertex3fv({6, 7, 8});
+      glColor4fv({0.2, 0.4, 0.6, 0.8}); glVertex3fv({9, 7, 8}))"));
+}
+
+/// Every operation that leaves it to its caller to make the context current. Points have been
+/// prepared for, and the screen's projection is in force.
+void CallTheOthers(GL3DisplayList& l, GAColor& color) {
+  AttrProperty material = Material(1, 0, 0);
+  GAVertex v[4];
+  GALitVertex lit[4];
+  GAShadedLineVertex shaded[2];
+  RGBFloat colors[4];
+  Vector p[2];
+  VornPoly polygon;
+  unsigned short indices[3] = {0, 1, 2};
+  l.SetProjection(0);
+  l.PrepForPoints();
+  l.SetMaterial(&material, 0);
+  l.SetDefaultColor(color);
+  l.AddOGLVertex(p[0], color);
+  l.AddTransformedVertex(p[0]);
+  l.AddTransformedVertex(p[0], color);
+  l.AddTransformedVertex(p[0], color, Vector2());
+  l.TransformAndAddVertex(p[0], color);
+  l.AddTransformedPoint(p[0]);
+  l.AddTransformedPoint(p[0], color);
+  l.AddTransformedLine(p[0], p[1]);
+  l.AddTransformedLine(p[0], p[1], color);
+  l.AddTransformedLineRef(p[0], p[1]);
+  l.AddTransformedLineRef(p[0], p[1], color);
+  l.AddTransformedLine(p[0], color, p[1], color);
+  l.AddTransformedLineList(p, 2);
+  l.AddTransformedLineList(p, p, 2, color, color);
+  l.AddTransformedShadedLineList(shaded, 2, 1);
+  l.AddRectangle(0, 0, 1, 1, -9);
+  l.AddRectangle(0, 0, 1, 1, -9, color);
+  l.AddSolidRectangle(0, 0, 1, 1, -9);
+  l.AddSolidRectangle(0, 0, 1, 1, -9, color);
+  l.AddCP(p[0], 1, color);
+  l.AddTransformedPolygon(polygon, 1);
+  l.AddTransformedPolygons(&polygon, 1, 1);
+  l.AddTransformedTri(v, 1);
+  for (const int mode : {0, 1, 2, 0x8002, 0xC002}) l.AddTransformedQuad(v, mode, 0);
+  l.AddTransformedQuad(v, colors, 1);
+  l.AddTransformedQuad(lit);
+  l.AddIndexedTriangleFan(v, 4, indices, 3, 1);
+  l.FlushArrays();
+  l.AddTransformedLine(p[0], p[1]);
+  l.EndInstructions();
+  l.Execute(), l.AddLine(1, 2), l.AddPoint(1);
+  l.SetMaterial(nullptr, 0);
+}
+
+TEST_F(StateTest, OperationsMakeTheirContextCurrentWhereTheyMust) {
+  OffscreenTarget other(Driver(), 8, 8);
+  auto& otherBuffer = static_cast<GL3GABuffer&>(*other.buffer);
+  using List = GL3DisplayList;
+  List* const lists[] = {&this->List(), static_cast<List*>(other.list.get())};
+  GL3GABuffer* const buffers[] = {&Buffer(), &otherBuffer};
+  const auto texture = SolidTexture({255, 0, 0, 255});
+  std::vector<GALitVertex> ends;
+  std::vector<unsigned> pairs;
+  GALitVertex lit[4];
+  GALitVertexWT wt[4];
+  unsigned short indices[3] = {0, 1, 2};
+  enum Makes { kNever, kUnlessItIs, kAlways };
+  const std::tuple<const char*, Makes, std::function<void(List&)>> operations[] = {
+      {"MakeCurrent", kUnlessItIs, [&](List& l) { l.MakeCurrent(); }},
+      {"OnSize", kUnlessItIs, [&](List& l) { l.OnSize(); }},
+      {"SetTexture", kUnlessItIs, [&](List& l) { l.SetTexture(texture.get()); }},
+      {"SetTexture(null)", kUnlessItIs, [&](List& l) { l.SetTexture(nullptr); }},
+      {"SetDepthFunc", kUnlessItIs, [&](List& l) { l.SetDepthFunc(6); }},
+      {"SetProjection", kUnlessItIs, [&](List& l) { l.SetProjection(0); }},
+      {"SetupLights", kUnlessItIs, [&](List& l) { l.SetupLights(nullptr); }},
+      {"PrepForLines", kUnlessItIs, [&](List& l) { l.PrepForLines(); }},
+      {"PrepForPolygons", kUnlessItIs, [&](List& l) { l.PrepForPolygons(); }},
+      {"PrepForPolygonArray", kUnlessItIs, [&](List& l) { l.PrepForPolygonArray(); }},
+      {"BeginInstructions", kUnlessItIs, [&](List& l) { l.BeginInstructions(); }},
+      {"ExecuteInstructions", kUnlessItIs, [&](List& l) { l.ExecuteInstructions(); }},
+      {"indexed lines", kUnlessItIs, [&](List& l) { l.AddIndexedLineList(ends, pairs); }},
+      {"list", kUnlessItIs, [&](List& l) { l.AddIndexedLitTriangleList(lit, 4, indices, 3, 0); }},
+      {"listWT", kUnlessItIs,
+       [&](List& l) { l.AddIndexedLitTriangleListWT(wt, 4, indices, 3, 0); }},
+      {"FlushTransparentPolys", kAlways, [&](List& l) { l.FlushTransparentPolys(); }},
+      {"others", kNever, [&](List& l) { CallTheOthers(l, m_white); }}};
+  for (const auto& [name, makes, operate] : operations) {
+    for (List* list : lists) list->PrepForPolygonArray(), list->PrepForPoints();  // opens a block
+    for (const int turn : {0, 1}) {
+      buffers[1 - turn]->MakeCurrent(0);
+      GlRecorder gl;
+      gl.LogPlatform(true);
+      operate(*lists[turn]);
+      EXPECT_EQ(gl.Count("aglSetCurrentContext"), makes == kNever ? 0 : 1) << name;
+      EXPECT_EQ(GL3GADriver::m_prevcontext, buffers[makes == kNever ? 1 - turn : turn]->Context());
+      if (makes == kNever) continue;
+      EXPECT_TRUE(gl.Calls().front().starts_with("aglSetPBuffer(")) << name;  // before all else
+      gl.Clear();
+      operate(*lists[turn]);
+      EXPECT_EQ(gl.Count("aglSetCurrentContext"), makes == kAlways ? 1 : 0) << name;
+    }
+  }
 }
 
 TEST_F(StateTest, AListEndsNoContextOfItsBuffer) {
@@ -193,13 +308,13 @@ TEST_F(StateTest, AListEndsNoContextOfItsBuffer) {
   {
     // The buffer's new context leaves the old one to the list that still knows it.
     GL3DisplayList list(&Info());
-    Buffer().AllocateforShader(64, 64);
+    Buffer().AllocateforShader(kWidth, kHeight);
     EXPECT_EQ(platform::CountHandles().contexts, contexts + 1);
   }
   EXPECT_EQ(platform::CountHandles().contexts, contexts);
   {
     GL3DisplayList list(&Info());
-    Buffer().Reallocate(64, 64, 1);  // ends the old context itself
+    Buffer().Reallocate(kWidth, kHeight, 1);  // ends the old context itself
   }
   EXPECT_EQ(platform::CountHandles().contexts, contexts);
   Target().Begin(0, 0, 255);
@@ -218,12 +333,19 @@ class WatchingList : public GL3DisplayList {
     ++flushes;
     GL3DisplayList::FlushArrays();
   }
+  std::size_t LineRoom() const {
+    return std::min(m_lineVertices.capacity(), m_lineIndices.capacity());
+  }
   int textures = 0, flushes = 0;
 };
 
 TEST_F(StateTest, SubclassesSeeTexturesAndFlushes) {
   const auto texture = SolidTexture({255, 0, 0, 255});
+  List().AddTransformedLine({0, 0, -5}, {1, 1, -5}, m_white);
   WatchingList list(&Info());
+  EXPECT_EQ(list.LineRoom(), 100u);
+  // A new list takes what waits for drawn.
+  EXPECT_EQ(CallsOf([&] { List().ExecuteInstructions(); }, false), Lines());
   list.PrepForPolygons();
   list.PrepForPolygonArray();
   EXPECT_EQ(list.textures, 2);

@@ -1,9 +1,13 @@
 // Drawing tests: target, heap counts and shorthand.
 #include "tests/support/drawing_fixture.h"
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <map>
 #include <utility>
 
 #include "buffer/GL3Color.h"
@@ -45,6 +49,43 @@ AttrProperty Material(float red, float green, float blue, float transparency) {
 
 GAVertex Facing(float x, float y, float z, float u, float v) {
   return {x, y, z, 0, 0, -1, u, v};
+}
+
+GAVertex Numbered(int number) {
+  const auto n = static_cast<float>(number);
+  return {n, 10 + n, -20 - n, 30 + n, 40 + n, 50 + n, 60 + n, 70 + n};
+}
+
+std::string NumberedText(std::initializer_list<int> numbers, bool textured) {
+  Lines texts;
+  for (const int n : numbers) {
+    texts.push_back(
+        fmt::format("({} {} {} | {} {} {}", n, 10 + n, -20 - n, 30 + n, 40 + n, 50 + n));
+    texts.back() += textured ? fmt::format(" | {} {})", 60 + n, 70 + n) : ")";
+  }
+  return fmt::format(", {{{}}}", fmt::join(texts, ", "));
+}
+
+std::string IndexedDraw(const std::string& members, int stride, const std::string& draw) {
+  struct Array {
+    const char *kind, *pointer;
+    int bytes;
+  };
+  static const std::map<char, Array> arrays = {
+      {'v', {"GL_VERTEX_ARRAY", "glVertexPointer(3, GL_FLOAT", 12}},
+      {'n', {"GL_NORMAL_ARRAY", "glNormalPointer(GL_FLOAT", 12}},
+      {'t', {"GL_TEXTURE_COORD_ARRAY", "glTexCoordPointer(2, GL_FLOAT", 8}},
+      {'c', {"GL_COLOR_ARRAY", "glColorPointer(4, GL_UNSIGNED_BYTE", 4}}};
+  std::string enable, point, disable;
+  int offset = 0;
+  for (const char member : members) {
+    const Array& array = arrays.at(member);
+    enable += fmt::format("glEnableClientState({});", array.kind);
+    point += fmt::format("{}, {}, +{});", array.pointer, stride, offset);
+    disable += fmt::format("glDisableClientState({});", array.kind);
+    offset += array.bytes;
+  }
+  return enable + point + fmt::format("glDrawElements({});", draw) + disable;
 }
 
 std::array<GAVertex, 4> Square(float x, float y, float half, float z) {

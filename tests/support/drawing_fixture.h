@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
@@ -50,6 +51,17 @@ AttrProperty Material(float red, float green, float blue, float transparency = 0
 
 /// A vertex that faces the viewer, under the winding rule of the module.
 GAVertex Facing(float x, float y, float z, float u = 0, float v = 0);
+
+/// A vertex in which every value differs, also from those of other numbers (below 10): position
+/// (n, 10 + n, -20 - n), normal (30 + n, …), texture coordinates (60 + n, 70 + n).
+GAVertex Numbered(int number);
+/// What GlRecorder::LogVertices tells of numbered vertices that were drawn: ", {(…), (…)}", each
+/// with position, normal and, when asked for, texture coordinates.
+std::string NumberedText(std::initializer_list<int> numbers, bool textured);
+
+/// The calls of an indexed draw (see CallsIn) whose vertices hold one member after the other: v
+/// position, n normal, t texture coordinates, c colour. `draw` are the arguments of glDrawElements.
+std::string IndexedDraw(const std::string& members, int stride, const std::string& draw);
 
 /// A square around (x, y) as the quad adders take it: lower left, lower right, upper left, upper
 /// right, counter-clockwise as they use it, with texture coordinates from 0 (left, top) to 1.
