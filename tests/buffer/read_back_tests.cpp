@@ -5,6 +5,7 @@
 #include <array>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "buffer/GL3Buffer.h"
@@ -77,8 +78,8 @@ TEST_F(ReadBackTest, RowsInEitherOrderAndTheCallsForThem) {
   const Lines store = {
       "glPixelStorei(GL_PACK_ROW_LENGTH, 3)", "glPixelStorei(GL_PACK_SKIP_PIXELS, 0)",
       "glPixelStorei(GL_PACK_SKIP_ROWS, 0)", "glPixelStorei(GL_PACK_ALIGNMENT, 1)"};
-  const std::string bottom = "glReadPixels(0, 0, 3, 1, GL_RGB, GL_UNSIGNED_BYTE, pointer)";
-  const std::string top = "glReadPixels(0, 1, 3, 1, GL_RGB, GL_UNSIGNED_BYTE, pointer)";
+  const std::string bottom = "glReadPixels(0, 0, 3, 1, GL_RGB, GL_UNSIGNED_BYTE, +0 of 9)";
+  const std::string top = "glReadPixels(0, 1, 3, 1, GL_RGB, GL_UNSIGNED_BYTE, +0 of 9)";
 
   GlRecorder recorder;
   EXPECT_EQ(Buffer().FillBitmapNode(topDown.get(), 0), 1);
@@ -178,8 +179,23 @@ TEST_F(ReadBackTest, ExhaustedHeapIsReported) {
     EXPECT_EQ(Buffer().FillBitmapNode(bitmap.get(), 0), 1) << "can be repeated";
     EXPECT_EQ(At(*bitmap, 3, 2), (Pixel{0, 0, 0, 0}));
   }
-  const TestBitmap nothing = EmptyBitmap(0, 3);
-  EXPECT_EQ(Buffer().FillBitmapNode(nothing.get(), 0), 1) << "no pixels are no error";
+  GlRecorder recorder;
+  for (const auto& [width, height] : {std::pair{0, 3}, {3, 0}}) {
+    const TestBitmap nothing = EmptyBitmap(width, height);
+    EXPECT_EQ(Buffer().FillBitmapNode(nothing.get(), 0), 1) << "no pixels are no error";
+  }
+  EXPECT_EQ(recorder.Calls(), Lines());
+}
+
+TEST_F(ReadBackTest, PixelsBeyondTheSurfaceAreBlack) {
+  Make(3, 2, 100);
+  const Faults faults;  // memory holds something
+  const TestBitmap bitmap = EmptyBitmap(5, 2);
+  ASSERT_EQ(Buffer().FillBitmapNode(bitmap.get(), 0), 1);
+  for (const int row : {0, 1}) {
+    EXPECT_EQ(At(*bitmap, 2, row)[3], 0);
+    EXPECT_EQ(At(*bitmap, 4, row), (Pixel{0, 0, 0, 1}));
+  }
 }
 
 TEST_F(ReadBackTest, DepthInWindowCoordinates) {
@@ -195,6 +211,10 @@ TEST_F(ReadBackTest, DepthInWindowCoordinates) {
   EXPECT_NEAR(Buffer().GetZValue(1, 2), 0.25f, 1e-4);
   EXPECT_EQ(Buffer().GetZValue(1, 1), 1.0f);
   EXPECT_EQ(Buffer().GetZValue(2, 2), 1.0f);
+  GlRecorder recorder;
+  Buffer().GetZValue(2, 1);
+  EXPECT_EQ(recorder.Calls(),
+            Lines{"glReadPixels(2, 1, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, pointer)"});
 }
 
 TEST_F(ReadBackTest, WithoutDepthNothingIsRead) {

@@ -74,7 +74,8 @@ extern "C" {
 AGLPixelFormat aglChoosePixelFormat(const void* devices, GLint deviceCount,
                                     const GLint* attributes) {
   static auto* const next = NextSymbol<decltype(aglChoosePixelFormat)>("aglChoosePixelFormat");
-  PlatformCall call("aglChoosePixelFormat", AglList(attributes));
+  const char* of = devices || deviceCount != 0 ? " of some devices" : "";
+  PlatformCall call("aglChoosePixelFormat", AglList(attributes) + of);
   const bool fails = MustFail(FaultPoint::kAglChoosePixelFormat);
   return call.Returns(fails ? nullptr : next(devices, deviceCount, attributes));
 }
