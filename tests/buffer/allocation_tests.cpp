@@ -105,6 +105,12 @@ TEST_F(AllocationTest, TheDeviceContextComesFromViewDummyOrMemory) {
   EXPECT_EQ(calls(0).front(), "GetDC(window1) = dc1");
   EXPECT_EQ(calls(1), CallsIn("CreateCompatibleDC(null) = dc1; CheckoutPort(dc1, 1) = null;"
                               "DeleteDC(dc1)"));
+
+  RemakeDriver();  // without a window
+  GlRecorder recorder;
+  recorder.LogPlatform(true);
+  delete Driver()->CreateBuffer(nullptr, 1, 0);
+  EXPECT_TRUE(recorder.Calls().front().starts_with("GetDC(null) = "));
 }
 
 TEST_F(AllocationTest, OffScreenCallsInOrder) {
@@ -201,6 +207,9 @@ TEST_F(AllocationTest, WindowSurfaceCallsInOrder) {
   buffer->SetBackground(Color(1, 2, 3));
   buffer->Clear();
   EXPECT_EQ(PixelOf(*buffer), (std::array<int, 3>{1, 2, 3}));
+  EXPECT_EQ(CallsOf([&] { return buffer->BlitToFront(nullptr, 0, 0); }), CallsIn(R"(
+      aglSetDrawable(context1, port1); aglSetCurrentContext(context1);
+      aglSwapBuffers(context1))"));
 
   // The next size remakes it.
   Lines remade = CallsOf([&] { return buffer->Reallocate(60, 40, 0); });
@@ -336,10 +345,10 @@ TEST_F(AllocationTest, BackgroundIsKeptInBytesAndEmptyScenesMakeNoCalls) {
   const auto emptyScene = [&] {
     buffer->BeginScene();
     buffer->EndScene();
-    buffer->CopyObjects(nullptr, 1);
-    return buffer->RepaintFront(CRect(), nullptr, 0, 0);
+    return 10 * buffer->CopyObjects(nullptr, 1) + buffer->RepaintFront(CRect(), nullptr, 0, 0);
   };
-  EXPECT_EQ(CallsOf(emptyScene, 0), Lines());
+  EXPECT_EQ(CallsOf(emptyScene, 10), Lines());
+  EXPECT_EQ(buffer->SetRenderState(), 1);
 }
 
 TEST_F(AllocationTest, BuffersTakeTurnsAndShareObjects) {
