@@ -122,7 +122,9 @@ struct Failure {
   int version = 0;                        // as a number; 0 also when it is not read
   Lines hidden = {};                      // extensions
   bool hasWindowContext = true;           // dummy window's device context, context and port
-  bool gl20 = false, shaders = false;
+
+  bool HasGL20() const { return version >= 20; }
+  bool HasShaders() const { return version > 20; }
 };
 
 void PrintTo(const Failure& failure, std::ostream* out) {
@@ -139,25 +141,19 @@ const Failure kFailures[] = {
     {.reason = "glewInit", .fault = FaultPoint::kCglCreateContext},
     {.reason = "glewInit", .fault = FaultPoint::kInitializeGlew},
     {.reason = "OpenGL Version 1.5 Old-7 !\n", .text = "1.5 Old-7", .version = 15},
-    {.reason = "OpenGL Version 2.0 Old-7 !\n", .text = "2.0 Old-7", .version = 20, .gl20 = true},
+    {.reason = "OpenGL Version 2.0 Old-7 !\n", .text = "2.0 Old-7", .version = 20},
     {.reason = "OpenGL Version 1 !\n", .text = "1", .version = 10},
     {.reason = "OpenGL Version New 4.6 !\n", .text = "New 4.6"},
     {.reason = "OpenGL Version  !\n", .text = nullptr},
     {.reason = "GL_ARB_texture_non_power_of_two not supported!\n",
      .version = 21,
-     .hidden = {kNpot, kDepth, kFramebuffers},
-     .gl20 = true,
-     .shaders = true},
+     .hidden = {kNpot, kDepth, kFramebuffers}},
     {.reason = "GL_ARB_depth_texture not supported!\n",
      .version = 21,
-     .hidden = {kDepth, kFramebuffers},
-     .gl20 = true,
-     .shaders = true},
+     .hidden = {kDepth, kFramebuffers}},
     {.reason = "GL_EXT_framebuffer_object not supported!\n",
      .version = 21,
-     .hidden = {kFramebuffers},
-     .gl20 = true,
-     .shaders = true}};
+     .hidden = {kFramebuffers}}};
 
 class FailureTest : public InitializeTest, public testing::WithParamInterface<Failure> {
  protected:
@@ -185,8 +181,8 @@ class FailureTest : public InitializeTest, public testing::WithParamInterface<Fa
 TEST_P(FailureTest, TellsTheReasonKeepsWhatWasMadeAndCanBeRepeated) {
   const platform::HandleCounts before = platform::CountHandles();
   Fail();
-  EXPECT_EQ(GL3().HasCapability(Capability::kGL20), GetParam().gl20);
-  EXPECT_EQ(Driver()->IsSupportGPU(), GetParam().shaders);
+  EXPECT_EQ(GL3().HasCapability(Capability::kGL20), GetParam().HasGL20());
+  EXPECT_EQ(Driver()->IsSupportGPU(), GetParam().HasShaders());
   EXPECT_EQ(GL3().GLVersion(), GetParam().version);
   EXPECT_EQ(GL3GADriver::gl_max_texture_size, 0);
   EXPECT_FALSE(GL3().HasOption(Option::kAnisotropicAvailable));
@@ -211,10 +207,10 @@ TEST_P(FailureTest, EndsAnOperationalDriver) {
   ASSERT_EQ(Driver()->Initialize(), 1);
   Fail();
   EXPECT_EQ(GL3GADriver::m_context != nullptr, GetParam().hasWindowContext);
-  EXPECT_EQ(Driver()->IsSupportGPU(), GetParam().shaders);
+  EXPECT_EQ(Driver()->IsSupportGPU(), GetParam().HasShaders());
   // The version bit is cleared when the window stands; without one it keeps what was known.
   EXPECT_EQ(GL3().HasCapability(Capability::kGL20),
-            GetParam().gl20 || !GetParam().hasWindowContext);
+            GetParam().HasGL20() || !GetParam().hasWindowContext);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, FailureTest, testing::ValuesIn(kFailures));
