@@ -190,8 +190,8 @@ TEST_F(ReportTest, LastErrorsTextStaysUntilTheNextCall) {
   SetLastError(99999);
   EXPECT_EQ(Driver()->GLGetLastError(), nullptr) << "the system has no text for it";
   EXPECT_EQ(recorder.CallsTo("FormatMessageA"),
-            CallsIn("FormatMessageA(0x1100, 2, 0x400); FormatMessageA(0x1100, 13, 0x400);"
-                    "FormatMessageA(0x1100, 99999, 0x400)"));
+            CallsIn("FormatMessageA(0x1100, 2, 0x400, 0); FormatMessageA(0x1100, 13, 0x400, 0);"
+                    "FormatMessageA(0x1100, 99999, 0x400, 0)"));
   EXPECT_EQ(recorder.Count("LocalFree"), 2) << "the system's text is copied";
 }
 

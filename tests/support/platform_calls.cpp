@@ -170,7 +170,7 @@ DWORD FormatMessageA(DWORD flags, const void* source, DWORD code, DWORD language
                      DWORD size, void* arguments) {
   static auto* const next = NextSymbol<decltype(FormatMessageA)>("FormatMessageA");
   const PlatformCall call("FormatMessageA", fmt::format("{:#x}", flags), static_cast<int>(code),
-                          fmt::format("{:#x}", language));
+                          fmt::format("{:#x}", language), static_cast<int>(size));
   return next(flags, source, code, language, buffer, size, arguments);
 }
 }
