@@ -131,11 +131,13 @@ TEST_F(AllocationTest, OffScreenCallsInOrder) {
   EXPECT_EQ(buffer->Width(), 24);
   EXPECT_EQ(buffer->Height(), 16);
 
+  buffer->SetState(State::kArraysPending, true);
   Lines begin = CallsOf([&] { return buffer->Reallocate(10, 12, 2); });  // now without depth
   begin.resize(2);
   EXPECT_EQ(begin, (Lines{"aglDestroyContext(context1)",
                           "aglChoosePixelFormat({AGL_RGBA, AGL_DEPTH_SIZE, 0}) = format1"}));
   EXPECT_FALSE(buffer->HasState(State::kDepthWanted));
+  EXPECT_TRUE(buffer->HasState(State::kArraysPending)) << "is not the surface's";
 }
 
 TEST_F(AllocationTest, FailingPbufferLeavesAContextWithoutDrawable) {
@@ -216,6 +218,25 @@ TEST_F(AllocationTest, WindowSurfaceCallsInOrder) {
   EXPECT_EQ(remade.at(0), "aglDestroyContext(context1)");
   EXPECT_TRUE(remade.at(2).starts_with("aglChoosePixelFormat({AGL_DEPTH_SIZE, 0, AGL_DOUBLE"));
   EXPECT_EQ(remade.at(3), "aglCreateContext(format1, driver1) = context2");
+}
+
+TEST_F(AllocationTest, DerivedBuffersTakePart) {
+  struct Derived : GL3GABuffer {
+    using GL3GABuffer::GL3GABuffer;
+    int Destroy() override { return steps += "Destroy ", GL3GABuffer::Destroy(); }
+    int SetRenderState() override { return steps += "State ", GL3GABuffer::SetRenderState(); }
+    void SetProjection(int scene) override { steps += scene ? "scene " : "screen "; }
+    std::string steps;
+  };
+  m_info.pixelRight = m_info.pixelBottom = 9;
+  GAColor color = Color(1, 2, 3);
+  for (const int mode : {0, 1}) {
+    Derived buffer(&m_info, mode, 0);
+    buffer.Reallocate(9, 9, 1);
+    buffer.AfxFillRect(1, 1, 2, 2, -5, color);
+    buffer.TextOutA(1, 1, "a", color, 0);
+    EXPECT_EQ(buffer.steps, "Destroy State screen scene screen scene ");
+  }
 }
 
 TEST_F(AllocationTest, KeptContextIsOnlyFitted) {

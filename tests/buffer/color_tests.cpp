@@ -54,6 +54,7 @@ TEST(ColorTest, BytesAreRoundedAndCutToEightBits) {
   EXPECT_EQ(BytesOf(-0.4f / 255), Four(0));
   EXPECT_EQ(BytesOf(-0.5f / 255), Four(255)) << "-1 in eight bits";
   EXPECT_EQ(BytesOf(2.5f / 255), Four(3));
+  EXPECT_EQ(BytesOf(0.6f / 255), Four(1));
   EXPECT_EQ(BytesOf(-1.0f), Four(1));
   for (const float wild : {1e8f, std::numeric_limits<float>::quiet_NaN(), 3e38f, -3e38f,
                            std::numeric_limits<float>::infinity()}) {

@@ -300,6 +300,15 @@ TEST_F(InitializeTest, TerminateTwiceIsHarmless) {
   EXPECT_EQ(recorder.Calls(), Lines{"CheckinPort(dc1, 0)"});
 }
 
+TEST_F(InitializeTest, DerivedDriversEndTheirOwnWay) {
+  struct Derived : GL3GADriver {
+    int Terminate() override { return ++ends, GL3GADriver::Terminate(); }
+    int ends = 0;
+  } driver;
+  EXPECT_EQ(driver.Initialize(), 1);
+  EXPECT_EQ(driver.ends, 1);
+}
+
 TEST_F(InitializeTest, TheDriversOwnContextIsNotChecked) {
   ASSERT_EQ(Driver()->Initialize(), 1);
   Faults faults;

@@ -53,8 +53,8 @@ class ReportTest : public DriverFixture {
   int m_contexts = 0;
 };
 
-/// What the GL is made to tell, no two alike.
-void OverrideAll(GlRecorder& recorder) {
+TEST_F(ReportTest, SayWhatTheGLSays) {
+  GlRecorder recorder;  // no two alike
   recorder.OverrideString(GL_VENDOR, "Some Vendor");
   recorder.OverrideString(GL_RENDERER, "A Renderer/7");
   recorder.OverrideString(GL_VERSION, "2.1 Old");
@@ -65,11 +65,6 @@ void OverrideAll(GlRecorder& recorder) {
   recorder.OverrideFloat(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, 2.5f);
   recorder.OverrideInteger(GL_MAX_ELEMENTS_INDICES, 3000);
   recorder.IgnoreInteger(GL_MAX_ELEMENTS_VERTICES);
-}
-
-TEST_F(ReportTest, SayWhatTheGLSays) {
-  GlRecorder recorder;
-  OverrideAll(recorder);
   const std::string header =
       "OpenGL3\nVendor: Some Vendor\nRenderer: A Renderer/7\nVersion: 2.1 Old"
       "\nShadingLanguageVersion: 1.20";
