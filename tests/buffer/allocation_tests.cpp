@@ -344,7 +344,7 @@ TEST_F(AllocationTest, DestroyReleasesOnceAndTwiceIsHarmless) {
   EXPECT_EQ(CallsOf(destroy), Lines());
   EXPECT_EQ(GL3GADriver::m_prevcontext, other->Context());
 
-  // A pbuffer's handle stays with the buffer; a surface made later has its own.
+  // A pbuffer's handle stays with the buffer.
   EXPECT_EQ(CallsOf([&] { return other->Destroy(); }), CallsIn("aglDestroyContext(context1)"));
   EXPECT_EQ(CallsOf([&] { return other->MakeCurrent(0), 1; }), CallsIn(R"(
       aglGetVirtualScreen(null); aglSetPBuffer(null, pbuffer1, 0, 0, 0);
@@ -357,7 +357,8 @@ TEST_F(AllocationTest, BackgroundIsKeptInBytesAndEmptyScenesMakeNoCalls) {
   EXPECT_EQ(buffer->SetBackground(GAColor(Driver()->CreateColor(Vector4{0.5f, 1, 0, 0.25f}))), 1);
   EXPECT_EQ(CallsOf([&] { return buffer->Clear(); }), CallsIn(R"(
       aglGetVirtualScreen(context1); aglSetPBuffer(context1, pbuffer1, 0, 0, 0);
-      aglSetCurrentContext(context1); glClearColor(0.501961, 1, 0, 1); glClear(GL_COLOR_BUFFER_BIT|GL_DEPTH_BUFFER_BIT))"));
+      aglSetCurrentContext(context1); glClearColor(0.501961, 1, 0, 1);
+      glClear(GL_COLOR_BUFFER_BIT|GL_DEPTH_BUFFER_BIT))"));
   EXPECT_EQ(PixelOf(*buffer), (std::array<int, 3>{128, 255, 0}));
   buffer->SetBackground(GAColor());
   buffer->Clear();

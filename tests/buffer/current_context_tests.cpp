@@ -1,12 +1,13 @@
 // Which operations make a buffer's context current, whatever was current before, and which leave
 // the one that is.
 #include <algorithm>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "driver/GL3Driver.h"
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/gl_recorder.h"
-#include "tests/support/platform_calls.h"
 
 namespace {
 
