@@ -214,10 +214,12 @@ TEST_F(AllocationTest, WindowSurfaceCallsInOrder) {
       aglSwapBuffers(context1))"));
 
   // The next size remakes it.
-  Lines remade = CallsOf([&] { return buffer->Reallocate(60, 40, 0); });
+  const Lines remade = CallsOf([&] { return buffer->Reallocate(65536 + 60, 40, 0); });
   EXPECT_EQ(remade.at(0), "aglDestroyContext(context1)");
   EXPECT_TRUE(remade.at(2).starts_with("aglChoosePixelFormat({AGL_DEPTH_SIZE, 0, AGL_DOUBLE"));
   EXPECT_EQ(remade.at(3), "aglCreateContext(format1, driver1) = context2");
+  EXPECT_EQ(*(remade.end() - 4), "glViewport(0, 0, 60, 40)") << "kept in 16 bits";
+  EXPECT_EQ(remade.back(), "glViewport(0, 0, 65596, 40)");
 }
 
 TEST_F(AllocationTest, DerivedBuffersTakePart) {
@@ -237,6 +239,29 @@ TEST_F(AllocationTest, DerivedBuffersTakePart) {
     buffer.TextOutA(1, 1, "a", color, 0);
     EXPECT_EQ(buffer.steps, "Destroy State screen scene screen scene ");
   }
+}
+
+TEST_F(AllocationTest, APortThatIsLeftServesWithoutAPbuffer) {
+  struct Derived : GL3GABuffer {
+    using GL3GABuffer::GL3GABuffer;
+    int Destroy() override { return 1; }
+  };
+  View view(nullptr);
+  m_info.viewWindow = &view;
+  auto buffer = std::make_unique<Derived>(&m_info, 1, 0);
+  Faults faults;
+  faults.Fail(FaultPoint::kAglChoosePixelFormat);
+  Lines calls = CallsOf([&] { return buffer->Reallocate(50, 40, 1); });
+  calls.resize(9);
+  EXPECT_EQ(calls, CallsIn(R"(
+      aglChoosePixelFormat({AGL_RGBA, AGL_DEPTH_SIZE, 24}) = null;
+      aglChoosePixelFormat({AGL_DEPTH_SIZE, 24, AGL_OFFSCREEN, AGL_RGBA, AGL_PIXEL_SIZE, 32}) = format1;
+      aglCreateContext(format1, driver1) = context1; GetPortPixMap(port1) = pixmap1;
+      LockPixels(pixmap1); WrapPort(port1) = dc1; aglSetDrawable(context1, port1);
+      aglSetCurrentContext(context1); aglUseFont(context1, 3, 0, 10, 0, 256, 10000))"));
+  EXPECT_EQ(CallsOf([&] { return buffer.reset(), 1; }), CallsIn(R"(
+      aglDestroyContext(context1); UnlockPixels(pixmap1); DisposeWindow(port1);
+      UnwrapPort(dc1))"));
 }
 
 TEST_F(AllocationTest, KeptContextIsOnlyFitted) {

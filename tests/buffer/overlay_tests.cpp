@@ -208,6 +208,7 @@ TEST_F(OverlayTest, CornersAreMappedFromPixelsToTheView) {
   EXPECT_EQ(corners(-1), wanted("-32.6", "-19.8", "13", "-11", "-1.005"));
   Info().perspective = -4;
   EXPECT_EQ(corners(-9), wanted("-73.35", "-44.55", "29.25", "-24.75", "-9"));
+  EXPECT_EQ(corners(-1), wanted("-8.19075", "-4.97475", "3.26625", "-2.76375", "-1.005"));
   EXPECT_EQ(corners(-0.99f), wanted("-8.0685", "-4.9005", "3.2175", "-2.7225", "-0.99"));
   EXPECT_EQ(corners(-0.98f), wanted("8", "24", "15", "33", "-0.98"));
 }

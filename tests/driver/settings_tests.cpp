@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
@@ -90,17 +91,16 @@ TEST_F(SettingsTest, ConstructionResetsTheSharedState) {
 
   const std::unique_ptr<GADriver> driver(CreateDriver());
 
-  EXPECT_EQ(GL3GADriver::m_context, nullptr);
-  EXPECT_EQ(GL3GADriver::m_prevcontext, nullptr);
-  EXPECT_EQ(GL3GADriver::m_drawable, nullptr);
-  EXPECT_EQ(GL3GADriver::m_hdc, nullptr);
-  EXPECT_EQ(GL3GADriver::m_dummywindow, nullptr);
-  EXPECT_EQ(GL3GADriver::rowbytes, 0);
-  EXPECT_EQ(GL3GADriver::baseaddr, nullptr);
-  EXPECT_EQ(GL3GADriver::bufwidth, 0);
-  EXPECT_EQ(GL3GADriver::bufheight, 0);
+  for (const void* pointer : std::initializer_list<const void*>{
+           GL3GADriver::m_context, GL3GADriver::m_prevcontext, GL3GADriver::m_drawable,
+           GL3GADriver::m_hdc, GL3GADriver::m_dummywindow, GL3GADriver::baseaddr}) {
+    EXPECT_EQ(pointer, nullptr);
+  }
+  for (const int number : {GL3GADriver::rowbytes, +GL3GADriver::bufwidth, +GL3GADriver::bufheight,
+                           GL3GADriver::gl_max_texture_size}) {
+    EXPECT_EQ(number, 0);
+  }
   EXPECT_EQ(GL3GADriver::m_depthbits, 32);
-  EXPECT_EQ(GL3GADriver::gl_max_texture_size, 0);
   EXPECT_EQ(GL3GADriver::gl_max_texture_max_anisotropy_ext, 0);
   EXPECT_EQ(driver->IsOperational(), 0);
   EXPECT_EQ(driver->IsSupportGPU(), 1) << "shaders count as supported until the GL was asked";
