@@ -297,7 +297,9 @@ TEST_F(AllocationTest, RenderStateFollowsDepthAndSettings) {
   const auto expect = [&](int options, Lines state) {
     const auto buffer = Make(1);
     ASSERT_EQ(buffer->Reallocate(8, 8, options), 1);
-    buffer->SetState(State::kLightingOn, true);
+    for (const State flag : {State::kLightingOn, State::kSmoothingOn, State::kDepthTestOn}) {
+      buffer->SetState(flag, flag != State::kDepthTestOn || options == 0);
+    }
     state.insert(state.end(), {"aglUpdateContext(context1)", "glViewport(0, 0, 8, 8)"});
     EXPECT_EQ(RenderState(*buffer), state);
     EXPECT_EQ(buffer->HasState(State::kDepthTestOn), options == 1);
