@@ -52,7 +52,9 @@ TEST(ColorTest, BytesAreRoundedAndCutToEightBits) {
   EXPECT_EQ(BytesOf(256.0f / 255), Four(0)) << "not clamped";
   EXPECT_EQ(BytesOf(2.0f), Four(510 - 256));
   EXPECT_EQ(BytesOf(-0.4f / 255), Four(0));
-  EXPECT_EQ(BytesOf(-0.6f / 255), Four(255)) << "-1 in eight bits";
+  EXPECT_EQ(BytesOf(-0.5f / 255), Four(255)) << "-1 in eight bits";
+  EXPECT_EQ(BytesOf(2.5f / 255), Four(3));
+  EXPECT_EQ(BytesOf(0.6f / 255), Four(1));
   EXPECT_EQ(BytesOf(-1.0f), Four(1));
   for (const float wild : {1e8f, std::numeric_limits<float>::quiet_NaN(), 3e38f, -3e38f,
                            std::numeric_limits<float>::infinity()}) {
@@ -93,6 +95,16 @@ TEST_F(DriverColorTest, HandlesCopyTheColour) {
   const GAColor empty;
   const std::unique_ptr<GANativeColor> fromEmpty(Driver()->CreateColor(empty));
   EXPECT_EQ(Floats(*fromEmpty), (std::array<float, 4>{0, 0, 0, 1}));
+
+  // As the module's own code reads a handle.
+  EXPECT_EQ(ColorFloats(first), static_cast<const GL3Color*>(first.Native())->Rgba());
+  EXPECT_EQ(ColorFloats(empty)[0] + ColorFloats(empty)[1] + ColorFloats(empty)[2], 0);
+  EXPECT_EQ(ColorFloats(empty)[3], 1);
+  const ColorBuf bytes = ColorBytes(first), none = ColorBytes(empty);
+  EXPECT_EQ((std::array<int, 4>{bytes.red, bytes.green, bytes.blue, bytes.alpha}),
+            (std::array<int, 4>{10, 20, 30, 40}));
+  EXPECT_EQ((std::array<int, 4>{none.red, none.green, none.blue, none.alpha}),
+            (std::array<int, 4>{0, 0, 0, 255}));
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
 // What a buffer draws over a scene: filled rectangles, see-through pictures, text; and blits, which
 // draw nothing.
+#include <fmt/format.h>
+
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/faults.h"
@@ -11,18 +14,57 @@ namespace {
 
 class OverlayTest : public DrawingFixture {
  protected:
+  void SetUp() override {
+    DrawingFixture::SetUp();
+    m_color = Color(51, 102, 204, 128);
+  }
+  void TearDown() override {
+    m_color = GAColor();
+    DrawingFixture::TearDown();
+  }
   /// The log, with a projection that is loaded as "screen" or "scene".
   static Lines Steps(const GlRecorder& gl) {
     Lines steps;
     for (const std::string& call : gl.Calls()) {
       if (call == "glLoadIdentity()" || call.starts_with("glViewport")) continue;
       const bool load = call.starts_with("glLoadMatrixf");
-      const bool upsideDown = call.find("0, 0, 0, 0, -0.03125") != std::string::npos;
-      steps.push_back(!load ? call : upsideDown ? "screen" : "scene");
+      const bool isScreen = call.find("({0.025, 0, 0, 0, 0, -0.0416667,") != std::string::npos;
+      steps.push_back(!load ? call : isScreen ? "screen" : "scene");
     }
     return steps;
   }
+  /// The same without what switches the depth test.
+  static Lines WithoutDepth(Lines steps) {
+    std::erase_if(steps, [](const auto& call) { return call.ends_with("GL_DEPTH_TEST)"); });
+    return steps;
+  }
+  /// The vertices that `draw` draws, in the order of the indices; empty when nothing is drawn.
+  template <class Draw>
+  static std::string Vertices(Draw draw) {
+    GlRecorder gl;
+    gl.LogVertices(true);
+    EXPECT_EQ(draw(), 1);
+    if (gl.Calls().empty()) return "";
+    const std::string call = gl.CallsTo("glDrawElements").at(0);
+    return call.substr(call.find('{'));
+  }
+  std::string Filled(int x, int y, int width, int height, float z = -9) {
+    return Vertices([&] { return Buffer().AfxFillRect(x, y, width, height, z, m_color); });
+  }
+  std::string Blitted(GL3GATexture* texture, const CRect& rect, float z, const Vector2& extent) {
+    return Vertices([&] { return Buffer().TransparentBlit(texture, rect, z, extent, 1); });
+  }
+  /// What a filled rectangle between these edges draws.
+  static std::string Corners(int left, int right, int top, int bottom, const char* z = "-9") {
+    const auto at = [z](int x, int y) { return fmt::format("({} {} {})", x, y, z); };
+    return fmt::format("{{{0}, {1}, {3}, {0}, {2}, {3}}})", at(left, bottom), at(left, top),
+                       at(right, bottom), at(right, top));
+  }
   int CountDrawn() { return Target().CountOther({0, 0, 0}); }
+  std::array<int, 3> RgbAt(int x, int y) {
+    const std::array<int, 4> pixel = Target().Pixel(x, y);
+    return {pixel[0], pixel[1], pixel[2]};
+  }
   /// A view of the same pixels through a frustum from `nearZ` on.
   void UsePerspective(float nearZ) {
     Info().nearZ = Info().perspective = nearZ;
@@ -41,53 +83,54 @@ class OverlayTest : public DrawingFixture {
     return texture;
   }
 
-  GAColor m_red = Rgb(255, 0, 0);
+  GAColor m_color;
 };
 
 TEST_F(OverlayTest, FilledRectanglesLieOnTopInScreenProjection) {
   GlRecorder gl;
   gl.LogIndices(true);
-  EXPECT_EQ(Buffer().AfxFillRect(10, 12, 5, 4, -9, m_red), 1);
+  EXPECT_EQ(Buffer().AfxFillRect(10, 12, 5, 4, -9, m_color), 1);
   const Lines withDepth = Steps(gl);
   EXPECT_EQ(withDepth, CallsIn(R"(
       screen; glDisable(GL_POLYGON_OFFSET_FILL); glDisable(GL_DEPTH_TEST);
-      glColor4fv({1, 0, 0, 1}); glEnableClientState(GL_VERTEX_ARRAY);
+      glColor4fv({0.2, 0.4, 0.8, 0.501961}); glEnableClientState(GL_VERTEX_ARRAY);
       glVertexPointer(3, GL_FLOAT, 12, +0);
       glDrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, {0, 1, 3, 0, 2, 3});
       glDisableClientState(GL_VERTEX_ARRAY); glEnable(GL_DEPTH_TEST);
       glEnable(GL_POLYGON_OFFSET_FILL); scene)"));
+  EXPECT_EQ(CountDrawn(), 20);
+  for (const auto& [x, y] : {std::pair{10, 12}, {14, 15}}) {
+    EXPECT_TRUE(Near(RgbAt(x, y), {26, 51, 102})) << "y counts downwards";
+  }
   List().SetDepthFunc(0);
   gl.Clear();
-  Buffer().AfxFillRect(10, 12, 5, 4, -9, m_red);
-  Lines withoutDepth = withDepth;
-  std::erase_if(withoutDepth, [](const auto& call) { return call.ends_with("GL_DEPTH_TEST)"); });
-  EXPECT_EQ(Steps(gl), withoutDepth);
+  Buffer().AfxFillRect(10, 12, 5, 4, -9, m_color);
+  EXPECT_EQ(Steps(gl), WithoutDepth(withDepth));
 }
 
 TEST_F(OverlayTest, FilledRectanglesEndAtThePicturesEdges) {
-  const int most = std::numeric_limits<int>::max();
+  Info().pixelLeft = 10, Info().pixelRight = 70, Info().pixelTop = 4, Info().pixelBottom = 40;
+  constexpr int kMost = std::numeric_limits<int>::max();
   const struct {
     int x, y, width, height;
-    int pixels;  // -1: nothing is even tried
-  } cases[] = {{10, 12, 5, 4, 20}, {60, 61, 10, 10, 12}, {-5, -6, 10, 10, 20},
-               {64, 0, 5, 5, 0},   {65, 0, 5, 5, -1},    {0, 64, 5, 5, 0},
-               {0, 65, 5, 5, -1},  {-5, 0, 5, 5, -1},    {-5, 0, 6, 5, 5},
-               {0, -5, 5, 5, -1},  {0, -5, 5, 6, 5},     {1, 1, most, most, 3969}};
+    int left, right, top, bottom;  // all 0: nothing is even tried
+  } cases[] = {{20, 12, 5, 4, 20, 25, 12, 16}, {60, 35, 20, 30, 60, 70, 35, 40},
+               {5, 1, 15, 6, 10, 20, 4, 7},    {70, 12, 5, 4, 70, 70, 12, 16},
+               {71, 12, 5, 4, 0, 0, 0, 0},     {20, 40, 5, 4, 20, 25, 40, 40},
+               {20, 41, 5, 4, 0, 0, 0, 0},     {5, 12, 5, 4, 0, 0, 0, 0},
+               {5, 12, 6, 4, 10, 11, 12, 16},  {20, -1, 5, 5, 0, 0, 0, 0},
+               {20, -1, 5, 6, 20, 25, 4, 5},   {11, 5, kMost, kMost, 11, 70, 5, 40}};
   for (const auto& c : cases) {
-    Target().Begin();
-    GlRecorder gl;
-    Buffer().AfxFillRect(c.x, c.y, c.width, c.height, -9, m_red);
-    EXPECT_EQ(gl.Calls().empty(), c.pixels < 0) << c.x << " " << c.y;
-    EXPECT_EQ(CountDrawn(), std::max(c.pixels, 0)) << c.x << " " << c.y;
+    EXPECT_EQ(Filled(c.x, c.y, c.width, c.height),
+              c.right == 0 ? "" : Corners(c.left, c.right, c.top, c.bottom))
+        << c.x << " " << c.y;
   }
-  Target().Begin();
-  Buffer().AfxFillRect(10, 12, 5, 4, -9, m_red);
-  for (const int x : {10, 14}) EXPECT_EQ(Target().Pixel(x, 12)[0], 255);
-  EXPECT_EQ(Target().Pixel(10, 15)[0], 255) << "y counts downwards";
 }
 
 TEST_F(OverlayTest, OverlaysOnAClippingPlaneAreNotLost) {
   const auto texture = Picture();
+  EXPECT_EQ(Filled(20, 12, 5, 4, -1), Corners(20, 25, 12, 16, "-1.005"));
+  EXPECT_EQ(Filled(20, 12, 5, 4, -1000), Corners(20, 25, 12, 16, "-999.995"));
   // Some of these planes are rounded to their far side on the way to the rasteriser.
   for (int i = 0; i < 40; ++i) {
     Info().nearZ = -1 - 0.137f * static_cast<float>(i);
@@ -95,9 +138,9 @@ TEST_F(OverlayTest, OverlaysOnAClippingPlaneAreNotLost) {
     Buffer().ComputeProjectionMatrices();
     for (const float z : {Info().nearZ, Info().farZ}) {
       Target().Begin();
-      Buffer().AfxFillRect(0, 0, 64, 32, z, m_red);
-      Buffer().TransparentBlit(texture.get(), CRect(0, 32, 64, 64), z, {1, 1}, 1);
-      EXPECT_EQ(CountDrawn(), 64 * 64) << z;
+      Buffer().AfxFillRect(0, 0, 80, 24, z, m_color);
+      Buffer().TransparentBlit(texture.get(), CRect(0, 24, 80, 48), z, {1, 1}, 1);
+      EXPECT_EQ(CountDrawn(), 80 * 48) << z;
       const float range = Info().nearZ - Info().farZ;
       const float wanted = z == Info().nearZ ? 0.005f / range : 1 - 0.005f / range;
       EXPECT_NEAR(Target().Depth(5, 40), wanted, 1e-6) << z;
@@ -124,96 +167,108 @@ TEST_F(OverlayTest, BlitsAreTestedAgainstTheSceneAndLeaveStateAsItWas) {
   EXPECT_EQ(Steps(gl), withoutDepth);
   List().SetDepthFunc(1);
   gl.Clear();
-  Buffer().TransparentBlit(texture.get(), rect, -20, {1, 1}, 1);  // behind the first
-  Lines withDepth = Steps(gl);
-  EXPECT_EQ(withDepth.size(), withoutDepth.size() - 2);
-  EXPECT_TRUE(Near(ColorAt(-20, 12), {128, 0, 0}));
+  Buffer().TransparentBlit(texture.get(), rect, -20, {1, 1}, 0.5f);  // behind the first
+  EXPECT_EQ(Steps(gl), WithoutDepth(withoutDepth));
+  EXPECT_TRUE(Near(RgbAt(16, 18), {128, 0, 0}));
+}
 
-  gl.Clear();
+TEST_F(OverlayTest, BlitsWithoutPictureOrOutsideOfTheViewDrawNothing) {
+  const auto texture = Picture();
   GL3GATexture nameless;
-  for (GL3GATexture* none : {static_cast<GL3GATexture*>(nullptr), &nameless}) {
-    EXPECT_EQ(Buffer().TransparentBlit(none, rect, -9, {1, 1}, 1), 1);
-  }
+  const CRect rect(20, 12, 30, 22);
+  EXPECT_EQ(Blitted(nullptr, rect, -9, {1, 1}) + Blitted(&nameless, rect, -9, {1, 1}), "");
+  Info().pixelLeft = 10, Info().pixelRight = 70, Info().pixelTop = 4, Info().pixelBottom = 40;
   for (const CRect& outside :
-       {CRect(65, 0, 80, 9), CRect(-9, 0, -1, 9), CRect(0, 65, 9, 80), CRect(0, -9, 9, -1)}) {
-    EXPECT_EQ(Buffer().TransparentBlit(texture.get(), outside, -9, {1, 1}, 1), 1);
+       {CRect(71, 12, 79, 22), CRect(1, 12, 9, 22), CRect(20, 41, 30, 47), CRect(20, 0, 30, 3)}) {
+    EXPECT_EQ(Blitted(texture.get(), outside, -9, {1, 1}), "");
   }
-  EXPECT_EQ(gl.Calls(), Lines());
-  Buffer().TransparentBlit(texture.get(), CRect(64, 0, 80, 9), -9, {1, 1}, 1);  // touches
-  EXPECT_EQ(gl.Count("glDrawElements"), 1);
+  for (const CRect& touching :
+       {CRect(70, 12, 79, 22), CRect(1, 12, 10, 22), CRect(20, 40, 30, 47), CRect(20, 0, 30, 4)}) {
+    EXPECT_NE(Blitted(texture.get(), touching, -9, {1, 1}), "");
+  }
+}
+
+/// With offsets (3, -5) a pixel (x, y) lies at ((x - 45) / 1.25 - 3, (21 - y) / 0.75 + 5). Nearer
+/// to the eye than 0.99 a perspective view has no mapping: the pixels are taken for view units.
+TEST_F(OverlayTest, CornersAreMappedFromPixelsToTheView) {
+  const auto texture = Picture();
+  Info().offsetX = 3, Info().offsetY = -5;
+  const auto corners = [&](float z) {
+    return Blitted(texture.get(), CRect(24, 33, 8, 15), z, {0.75f, 0.5f});  // turned around
+  };
+  const auto wanted = [](const char* left, const char* right, const char* top, const char* bottom,
+                         const char* z) {
+    return fmt::format(
+        "{{({0} {3} {4} | 0 0.5), ({0} {2} {4} | 0 0), ({1} {2} {4} | 0.75 0), "
+        "({1} {2} {4} | 0.75 0), ({1} {3} {4} | 0.75 0.5), ({0} {3} {4} | 0 0.5)}})",
+        left, right, top, bottom, z);
+  };
+  EXPECT_EQ(corners(-9), wanted("-32.6", "-19.8", "13", "-11", "-9"));
+  EXPECT_EQ(corners(-0.5f), wanted("-32.6", "-19.8", "13", "-11", "-0.5"));
+  EXPECT_EQ(corners(-1), wanted("-32.6", "-19.8", "13", "-11", "-1.005"));
+  Info().perspective = -4;
+  EXPECT_EQ(corners(-9), wanted("-73.35", "-44.55", "29.25", "-24.75", "-9"));
+  EXPECT_EQ(corners(-1), wanted("-8.19075", "-4.97475", "3.26625", "-2.76375", "-1.005"));
+  EXPECT_EQ(corners(-0.99f), wanted("-8.0685", "-4.9005", "3.2175", "-2.7225", "-0.99"));
+  EXPECT_EQ(corners(-0.98f), wanted("8", "24", "15", "33", "-0.98"));
 }
 
 TEST_F(OverlayTest, BlitsCoverTheirPixelsUnderBothProjections) {
   const auto texture = Picture();
   const auto expectPicture = [&](float z) {
-    Buffer().TransparentBlit(texture.get(), CRect(24, 32, 8, 16), z, {1, 1}, 0.5f);
+    Buffer().TransparentBlit(texture.get(), CRect(8, 16, 24, 32), z, {1, 1}, 0.5f);
     EXPECT_EQ(CountDrawn(), 16 * 16) << z;
     for (const int x : {8, 23}) {
-      EXPECT_TRUE(Near(ColorAt(x - 32, 12), {128, 0, 0})) << z;
-      EXPECT_TRUE(Near(ColorAt(x - 32, 3), {0, 128, 0})) << z;
+      EXPECT_TRUE(Near(RgbAt(x, 18), {128, 0, 0})) << z;
+      EXPECT_TRUE(Near(RgbAt(x, 29), {0, 128, 0})) << z;
     }
     Target().Begin();
   };
   expectPicture(-1);
   expectPicture(-500);
-  Info().scaleX = Info().scaleY = 2;  // zoomed in and moved: fewer view units are seen
-  Info().offsetX = 3, Info().offsetY = -5;
-  Info().viewLeft = -16 - 3, Info().viewRight = 16 - 3;
-  Info().viewTop = 16 + 5, Info().viewBottom = -16 + 5;
-  Buffer().ComputeProjectionMatrices();
-  Target().Begin();
-  expectPicture(-9);
   for (const float nearZ : {-1.0f, -2.0f}) {
     UsePerspective(nearZ);
     for (const float z : {nearZ, -9.0f, -900.0f}) expectPicture(z);
   }
 }
 
-/// Nearer to the eye than 0.99 there is no mapping: the pixels are taken for view units, in which y
-/// rises.
-TEST_F(OverlayTest, BlitsCloseToTheEyeArePlacedInViewUnits) {
-  const auto texture = Picture();
-  UsePerspective(-0.5f);
-  Buffer().TransparentBlit(texture.get(), CRect(0, 16, 32, 32), -0.75f, {1, 1}, 1);
-  // Seen from -0.75, the frustum's window of 64 at -0.5 is 96 wide.
-  EXPECT_TRUE(Near(ColorAt(10, 12), {255, 0, 0})) << "16 / 1.5 above the middle, the picture's top";
-  EXPECT_TRUE(Near(ColorAt(10, 19), {0, 255, 0}));
-  EXPECT_TRUE(Near(ColorAt(10, 9), {0, 0, 0}));
-  EXPECT_TRUE(Near(ColorAt(22, 12), {0, 0, 0}));
-  for (const auto& [z, isMapped] : {std::pair{-0.99f, true}, {-0.98f, false}}) {
-    Target().Begin();
-    Buffer().TransparentBlit(texture.get(), CRect(0, 16, 32, 32), z, {1, 1}, 1);
-    EXPECT_EQ(CountDrawn() == 32 * 16, isMapped) << z;
-    EXPECT_TRUE(Near(ColorAt(-20, 12), {isMapped ? 255 : 0, 0, 0})) << z;
-    EXPECT_TRUE(Near(ColorAt(5, 10), {isMapped ? 0 : 255, 0, 0})) << z;
-  }
-}
-
 TEST_F(OverlayTest, TextIsWrittenInScreenProjectionWithoutDepthTest) {
+  Info().nearZ = -2, Info().farZ = -12.5f;
   GlRecorder gl;
-  EXPECT_EQ(Buffer().TextOutA(10, 20, "text", m_red, 0), 1);
+  EXPECT_EQ(Buffer().TextOutA(10, 20, "a text", m_color, 0), 1);
   const Lines withDepth = Steps(gl);
   EXPECT_EQ(withDepth, CallsIn(R"(
-      screen; glColor4fv({1, 0, 0, 1}); glRasterPos3f(11, 31, -500.5); glDisable(GL_DEPTH_TEST);
-      glPushAttrib(GL_LIST_BIT); glListBase(10000); glCallLists(4, GL_UNSIGNED_BYTE, pointer);
-      glPopAttrib(); glEnable(GL_DEPTH_TEST); scene)"));
+      screen; glColor4fv({0.2, 0.4, 0.8, 0.501961}); glRasterPos3f(11, 31, -7.25);
+      glDisable(GL_DEPTH_TEST); glPushAttrib(GL_LIST_BIT); glListBase(10000);
+      glCallLists(6, GL_UNSIGNED_BYTE, a text); glPopAttrib(); glEnable(GL_DEPTH_TEST); scene)"));
   List().SetDepthFunc(0);
   gl.Clear();
-  Buffer().TextOutA(10, 20, "text", m_red, 0);
-  EXPECT_EQ(Steps(gl).size(), withDepth.size() - 2);
+  Buffer().TextOutA(10, 20, "a text", m_color, 0);
+  EXPECT_EQ(Steps(gl), WithoutDepth(withDepth));
+  gl.Clear();
+  EXPECT_EQ(Buffer().TextOutA(10, 20, nullptr, m_color, 0), 1);
+  EXPECT_EQ(gl.Calls(), Lines());
 }
 
 TEST_F(OverlayTest, BlitsOfHostMemoryCopyWhatFits) {
-  std::vector<unsigned char> bytes(sizeof(BITMAPINFOHEADER) + 64 * 64 * 4 + 50, 0x11);
+  constexpr std::size_t kSize = 80 * 48 * 4;
+  std::vector<unsigned char> bytes(sizeof(BITMAPINFOHEADER) + kSize + 50, 0x11);
   tagBITMAPINFO& info = *reinterpret_cast<tagBITMAPINFO*>(bytes.data());
   info.bmiHeader = {};
   Faults faults;
   std::size_t size = 0;
   GlRecorder gl;
-  info.bmiHeader.biSizeImage = 64 * 64 * 4 + 50;  // more than the picture has
+  EXPECT_EQ(Buffer().Blit(nullptr), 0);
+  for (std::int32_t* side : {&Info().imageWidth, &Info().imageHeight}) {
+    const std::int32_t before = std::exchange(*side, 0);
+    EXPECT_EQ(Buffer().Blit(&info), 0) << "no picture";
+    *side = before;
+  }
+  EXPECT_EQ(faults.Calls(FaultPoint::kAllocExt), 0);
+  info.bmiHeader.biSizeImage = kSize + 50;  // more than the picture has
   EXPECT_EQ(Buffer().Blit(&info), 1);
   const unsigned char* copy = faults.LastExt(&size);
-  ASSERT_EQ(size, 64u * 64 * 4);
+  ASSERT_EQ(size, kSize);
   EXPECT_EQ(copy[0], 0x11);
   EXPECT_EQ(copy[size - 1], 0x11);
   for (std::size_t i = 0; i < Faults::kGuardBytes; ++i) ASSERT_EQ(copy[size + i], Faults::kGuard);
@@ -225,6 +280,10 @@ TEST_F(OverlayTest, BlitsOfHostMemoryCopyWhatFits) {
   EXPECT_EQ(copy[1], 0x11);
   EXPECT_EQ(faults.Calls(FaultPoint::kAllocExt), 1) << "kept for the next";
   EXPECT_EQ(gl.Calls(), Lines());
+
+  Buffer().Destroy();
+  faults.Fail(FaultPoint::kAllocExt);
+  EXPECT_EQ(Buffer().Blit(&info), 0);
 }
 
 }  // namespace

@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "buffer/GL3Buffer.h"
@@ -122,6 +124,13 @@ TEST_F(ProjectionTest, SetProjectionRestoresWithoutRecomputing) {
       glMatrixMode; glLoadIdentity; glLoadMatrixf; glViewport)"));
   EXPECT_EQ(recorder.CallsTo("glViewport").front(), "glViewport(0, 0, 30, 10)");
   EXPECT_EQ(Loaded(), scene) << "kept over the remade context";
+
+  const std::unique_ptr<GABuffer> unmade(Driver()->CreateBuffer(&Info(), 1, 0));
+  recorder.Clear();
+  unmade->SetProjection(1);
+  EXPECT_EQ(recorder.Calls(), CallsIn(R"(
+      glMatrixMode(GL_PROJECTION); glLoadIdentity();
+      glLoadMatrixf({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}); glViewport(0, 0, 0, 0))"));
 }
 
 TEST_F(ProjectionTest, LinearFogOfTheScene) {
@@ -160,16 +169,26 @@ TEST_F(ProjectionTest, ExponentialFogWithoutAScene) {
 TEST_F(ProjectionTest, AnimatedAndWildFogDistances) {
   class Clock : public AnimationChannel {
    public:
-    float Evaluate(double time) const override { return static_cast<float>(time) * 10; }
+    explicit Clock(float speed) : m_speed(speed) {}
+    float Evaluate(double time) const override { return static_cast<float>(time) * m_speed; }
     double CurrentTime() const override { return now; }
     double now = 1;
-  } clock;
-  Scene().fogStart = AnimatableValue(&clock);
-  Scene().fogEnd = AnimatableValue(3e30f);
-  clock.now = 4.25;
-  Lines calls = FogCalls(1);
+
+   private:
+    float m_speed;
+  } slow(10), fast(100);
+  Scene().fogStart = AnimatableValue(&slow);
+  Scene().fogEnd = AnimatableValue(&fast);
+  slow.now = 4.25, fast.now = 7;
+  const Lines calls = FogCalls(1);
   EXPECT_EQ(calls.at(2), "glFogi(GL_FOG_START, 42)") << "brought up to date";
-  EXPECT_EQ(calls.at(3), "glFogi(GL_FOG_END, 2147483647)");
+  EXPECT_EQ(calls.at(3), "glFogi(GL_FOG_END, 700)");
+  const std::pair<float, const char*> distances[] = {
+      {3e30f, "2147483647"}, {-3e30f, "-2147483648"}, {NAN, "0"}, {2147483520.0f, "2147483520"}};
+  for (const auto& [distance, text] : distances) {
+    Scene().fogStart = AnimatableValue(distance);
+    EXPECT_EQ(FogCalls(1).at(2), std::string("glFogi(GL_FOG_START, ") + text + ")");
+  }
 }
 
 TEST_F(ProjectionTest, FogColourReadsItsAlphaAsBlue) {
@@ -186,6 +205,9 @@ TEST_F(ProjectionTest, FogColourReadsItsAlphaAsBlue) {
   EXPECT_EQ(read.red, 0.25f);
   EXPECT_EQ(read.green, 0.5f);
   EXPECT_EQ(read.blue, 1.0f);
+  recorder.IgnoreFloat(GL_FOG_COLOR);
+  const RGBFloat unread = Buffer().GetFogColor();
+  EXPECT_EQ(unread.red + unread.green + unread.blue, 0) << "without an answer";
 
   recorder.Clear();
   Buffer().SetFogState(1);

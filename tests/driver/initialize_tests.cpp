@@ -13,6 +13,7 @@
 #include "tests/support/driver_fixture.h"
 #include "tests/support/faults.h"
 #include "tests/support/gl_recorder.h"
+#include "tests/support/platform_calls.h"
 
 namespace {
 
@@ -21,6 +22,9 @@ using Option = GL3GADriver::OptionFlag;
 using Capability = GL3GADriver::CapabilityFlag;
 
 const std::string kPrefix = "OpenGL3 Initialization Failed: ";
+// A class with a device context of its own (32), a popup without a parent.
+const std::string kDummyWindow =
+    "CreateEx(0x0, Afx:32:0:0:0, DummyOpenGL3, 0x80000000, 0, 0, 2, 2, null)";
 
 /// A context of the host's own, current when the driver is initialised.
 class HostContext {
@@ -55,7 +59,7 @@ TEST_F(InitializeTest, CallsInOrder) {
   const std::string mask = std::to_string(CGDisplayIDToOpenGLDisplayMask(CGMainDisplayID()));
   EXPECT_EQ(
       recorder.Calls(),
-      (Lines{"GetDC(window1) = dc1",
+      (Lines{kDummyWindow, "GetDC(window1) = dc1",
              "aglChoosePixelFormat({AGL_DEPTH_SIZE, 32, AGL_DOUBLEBUFFER, AGL_RGBA, "
              "AGL_ACCELERATED}) = format1",
              "aglCreateContext(format1, null) = context1", "CheckoutPort(dc1, 0) = port1",
@@ -72,21 +76,30 @@ TEST_F(InitializeTest, CallsInOrder) {
 
 TEST_F(InitializeTest, SuccessFillsStateAndLimits) {
   const Faults faults;
+  GlRecorder recorder;
+  recorder.OverrideInteger(GL_MAX_TEXTURE_SIZE, 1234);
+  recorder.OverrideFloat(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, 2.5f);
+  char pixels[4];
+  PixMap map{pixels, 0xD5A7, {3, 5, 47, 105}};
+  const PixMapOverride answer(&map);
   ASSERT_EQ(Driver()->Initialize(), 1);
   EXPECT_EQ(faults.Messages(), Lines());
   EXPECT_EQ(Driver()->IsOperational(), 1);
   EXPECT_EQ(Driver()->IsSupportGPU(), 1);
   EXPECT_TRUE(GL3().HasCapability(Capability::kGL20));
-  EXPECT_GE(GL3().GLVersion(), 21);
   EXPECT_TRUE(GL3().HasOption(Option::kAnisotropicAvailable));
   EXPECT_TRUE(GL3().HasOption(Option::kAnisotropicWanted));
-  EXPECT_GE(GL3GADriver::gl_max_texture_size, 1024);
-  EXPECT_GE(GL3GADriver::gl_max_texture_max_anisotropy_ext, 2.0f);
-  EXPECT_EQ(GL3GADriver::bufwidth, 2);
-  EXPECT_EQ(GL3GADriver::bufheight, 2);
-  EXPECT_GE(GL3GADriver::rowbytes, 8);
-  EXPECT_LT(GL3GADriver::rowbytes, 0x8000);
-  ASSERT_NE(GL3GADriver::baseaddr, nullptr);
+  EXPECT_EQ(GL3GADriver::gl_max_texture_size, 1234);
+  EXPECT_EQ(GL3GADriver::gl_max_texture_max_anisotropy_ext, 2.5f);
+  EXPECT_EQ(GL3GADriver::bufwidth, 100);
+  EXPECT_EQ(GL3GADriver::bufheight, 44);
+  EXPECT_EQ(GL3GADriver::rowbytes, 0x55A7) << "without the top bit";
+  EXPECT_EQ(GL3GADriver::baseaddr, pixels);
+
+  const PixMapOverride none(nullptr);
+  ASSERT_EQ(Driver()->Initialize(), 1);
+  EXPECT_EQ(GL3GADriver::bufwidth + GL3GADriver::bufheight + GL3GADriver::rowbytes, 0);
+  EXPECT_EQ(GL3GADriver::baseaddr, nullptr);
 }
 
 TEST_F(InitializeTest, MakeCurrentBindsTheDummyPort) {
@@ -101,69 +114,65 @@ TEST_F(InitializeTest, MakeCurrentBindsTheDummyPort) {
   EXPECT_EQ(aglGetCurrentContext(), GL3GADriver::m_context);
 }
 
-void FailDC(Faults& faults, GlRecorder&) {
-  faults.Fail(FaultPoint::kGetDC, 1, 2);
-}
-void FailPixelFormat(Faults& faults, GlRecorder&) {
-  faults.Fail(FaultPoint::kCglChoosePixelFormat, 1, 2);
-}
-void FailGlew(Faults& faults, GlRecorder&) {
-  faults.Fail(FaultPoint::kInitializeGlew);
-}
-template <int kMajor, int kMinor>
-void FakeVersion(Faults&, GlRecorder& recorder) {
-  static const std::string text = std::to_string(kMajor) + "." + std::to_string(kMinor) + " Old-7";
-  recorder.OverrideString(GL_VERSION, text.c_str());
-}
-void HideTextures(Faults& faults, GlRecorder&) {
-  faults.HideExtension("GL_ARB_texture_non_power_of_two");
-}
-void HideDepthTextures(Faults& faults, GlRecorder&) {
-  faults.HideExtension("GL_ARB_depth_texture");
-}
-void HideFramebuffers(Faults& faults, GlRecorder&) {
-  faults.HideExtension("GL_EXT_framebuffer_object");
-}
-/// Of several that are missing, the first in the order of checks is told.
-void HideAll(Faults& faults, GlRecorder& recorder) {
-  HideFramebuffers(faults, recorder);
-  HideDepthTextures(faults, recorder);
-  HideTextures(faults, recorder);
-}
-
+/// What goes wrong, what is told, and what the driver is then.
 struct Failure {
-  void (*arrange)(Faults&, GlRecorder&);
   const char* reason;
-  bool hasWindowContext;  // dummy window's device context, context and port
-  bool gl20, shaders;
-  int version;  // 0: not read; -1: what the GL has
+  FaultPoint fault = FaultPoint::kCount;  // fails for as long as it is asked
+  const char* text = "2.1";               // of GL_VERSION
+  int version = 0;                        // as a number; 0 also when it is not read
+  Lines hidden = {};                      // extensions
+  bool hasWindowContext = true;           // dummy window's device context, context and port
+
+  bool HasGL20() const { return version >= 20; }
+  bool HasShaders() const { return version > 20; }
 };
 
 void PrintTo(const Failure& failure, std::ostream* out) {
   *out << failure.reason;
 }
 
-constexpr Failure kFailures[] = {
-    {FailDC, "Creating Window", false, false, false, 0},
-    {FailPixelFormat, "No matching pixelformat found", true, false, false, 0},
-    {FailGlew, "glewInit", true, false, false, 0},
-    {FakeVersion<1, 5>, "OpenGL Version 1.5 Old-7 !\n", true, false, false, 15},
-    {FakeVersion<2, 0>, "OpenGL Version 2.0 Old-7 !\n", true, true, false, 20},
-    {HideTextures, "GL_ARB_texture_non_power_of_two not supported!\n", true, true, true, -1},
-    {HideDepthTextures, "GL_ARB_depth_texture not supported!\n", true, true, true, -1},
-    {HideFramebuffers, "GL_EXT_framebuffer_object not supported!\n", true, true, true, -1},
-    {HideAll, "GL_ARB_texture_non_power_of_two not supported!\n", true, true, true, -1}};
+const std::string kNpot = "GL_ARB_texture_non_power_of_two", kDepth = "GL_ARB_depth_texture",
+                  kFramebuffers = "GL_EXT_framebuffer_object";
+
+// Of several extensions that are missing, the first in the order of checks is told.
+const Failure kFailures[] = {
+    {.reason = "Creating Window", .fault = FaultPoint::kGetDC, .hasWindowContext = false},
+    {.reason = "No matching pixelformat found", .fault = FaultPoint::kCglChoosePixelFormat},
+    {.reason = "glewInit", .fault = FaultPoint::kCglCreateContext},
+    {.reason = "glewInit", .fault = FaultPoint::kInitializeGlew},
+    {.reason = "OpenGL Version 1.5 Old-7 !\n", .text = "1.5 Old-7", .version = 15},
+    {.reason = "OpenGL Version 2.0 Old-7 !\n", .text = "2.0 Old-7", .version = 20},
+    {.reason = "OpenGL Version 1 !\n", .text = "1", .version = 10},
+    {.reason = "OpenGL Version New 4.6 !\n", .text = "New 4.6"},
+    {.reason = "OpenGL Version  !\n", .text = nullptr},
+    {.reason = "GL_ARB_texture_non_power_of_two not supported!\n",
+     .version = 21,
+     .hidden = {kNpot, kDepth, kFramebuffers}},
+    {.reason = "GL_ARB_depth_texture not supported!\n",
+     .version = 21,
+     .hidden = {kDepth, kFramebuffers}},
+    {.reason = "GL_EXT_framebuffer_object not supported!\n",
+     .version = 21,
+     .hidden = {kFramebuffers}}};
 
 class FailureTest : public InitializeTest, public testing::WithParamInterface<Failure> {
  protected:
-  /// Initialises with the failure; whatever was current before is current again.
+  /// Initialises with the failure. It is told in an OK box without help, while the probe still
+  /// lives; whatever was current before is current again.
   void Fail() {
+    const Failure& failure = GetParam();
     Faults faults;
     GlRecorder recorder;
+    recorder.LogPlatform(true);
     const HostContext host;
-    GetParam().arrange(faults, recorder);
+    if (failure.fault != FaultPoint::kCount) faults.FailAlways(failure.fault);
+    recorder.OverrideString(GL_VERSION, failure.text);
+    for (const std::string& name : failure.hidden) faults.HideExtension(name);
     EXPECT_EQ(Driver()->Initialize(), 0);
-    EXPECT_EQ(faults.Messages(), Lines{kPrefix + GetParam().reason});
+    const Lines& calls = recorder.Calls();
+    EXPECT_EQ(calls.at(calls.size() - (failure.hasWindowContext ? 3 : 1)),
+              "AfxMessageBox(" + kPrefix + failure.reason + ", 0, 0)");
+    EXPECT_EQ(faults.Messages().size(), 1u);
     EXPECT_TRUE(host.IsCurrent());
     EXPECT_EQ(Driver()->IsOperational(), 0);
   }
@@ -172,13 +181,9 @@ class FailureTest : public InitializeTest, public testing::WithParamInterface<Fa
 TEST_P(FailureTest, TellsTheReasonKeepsWhatWasMadeAndCanBeRepeated) {
   const platform::HandleCounts before = platform::CountHandles();
   Fail();
-  EXPECT_EQ(GL3().HasCapability(Capability::kGL20), GetParam().gl20);
-  EXPECT_EQ(Driver()->IsSupportGPU(), GetParam().shaders);
-  if (GetParam().version >= 0) {
-    EXPECT_EQ(GL3().GLVersion(), GetParam().version);
-  } else {
-    EXPECT_GT(GL3().GLVersion(), 20);
-  }
+  EXPECT_EQ(GL3().HasCapability(Capability::kGL20), GetParam().HasGL20());
+  EXPECT_EQ(Driver()->IsSupportGPU(), GetParam().HasShaders());
+  EXPECT_EQ(GL3().GLVersion(), GetParam().version);
   EXPECT_EQ(GL3GADriver::gl_max_texture_size, 0);
   EXPECT_FALSE(GL3().HasOption(Option::kAnisotropicAvailable));
 
@@ -202,10 +207,10 @@ TEST_P(FailureTest, EndsAnOperationalDriver) {
   ASSERT_EQ(Driver()->Initialize(), 1);
   Fail();
   EXPECT_EQ(GL3GADriver::m_context != nullptr, GetParam().hasWindowContext);
-  EXPECT_EQ(Driver()->IsSupportGPU(), GetParam().shaders);
+  EXPECT_EQ(Driver()->IsSupportGPU(), GetParam().HasShaders());
   // The version bit is cleared when the window stands; without one it keeps what was known.
   EXPECT_EQ(GL3().HasCapability(Capability::kGL20),
-            GetParam().gl20 || !GetParam().hasWindowContext);
+            GetParam().HasGL20() || !GetParam().hasWindowContext);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, FailureTest, testing::ValuesIn(kFailures));
@@ -219,6 +224,7 @@ TEST_F(InitializeTest, SecondChancesForWindowAndPixelFormat) {
   EXPECT_EQ(Driver()->Initialize(), 1);
   EXPECT_EQ(faults.Messages(), Lines());
   EXPECT_EQ(recorder.CallsTo("GetDC"), (Lines{"GetDC(window1) = null", "GetDC(window1) = dc1"}));
+  EXPECT_EQ(recorder.CallsTo("CheckoutPort"), Lines{"CheckoutPort(dc1, 0) = port1"});
   const std::string mask = std::to_string(CGDisplayIDToOpenGLDisplayMask(CGMainDisplayID()));
   const Lines formats = recorder.CallsTo("CGLChoosePixelFormat");
   ASSERT_EQ(formats.size(), 2u);
@@ -240,17 +246,22 @@ TEST_F(InitializeTest, VersionsAboveTwoPassAsTheyAreRead) {
 }
 
 TEST_F(InitializeTest, WithoutAnisotropyTheOptionReadsAsOff) {
-  Faults faults;
-  faults.HideExtension("GL_EXT_texture_filter_anisotropic");
-  EXPECT_EQ(Driver()->Initialize(), 1);
-  EXPECT_EQ(faults.Messages(), Lines());
-  EXPECT_FALSE(GL3().HasOption(Option::kAnisotropicWanted));
-  EXPECT_FALSE(GL3().HasOption(Option::kAnisotropicAvailable));
-  EXPECT_EQ(GL3GADriver::gl_max_texture_max_anisotropy_ext, 0);
+  for (const bool wasAvailable : {false, true}) {
+    RemakeDriver();
+    EXPECT_TRUE(!wasAvailable || Driver()->Initialize() == 1);
+    Faults faults;
+    faults.HideExtension("GL_EXT_texture_filter_anisotropic");
+    EXPECT_EQ(Driver()->Initialize(), 1);
+    EXPECT_EQ(faults.Messages(), Lines());
+    EXPECT_FALSE(GL3().HasOption(Option::kAnisotropicWanted));
+    EXPECT_EQ(GL3().HasOption(Option::kAnisotropicAvailable), wasAvailable);
+    EXPECT_EQ(GL3GADriver::gl_max_texture_max_anisotropy_ext > 0, wasAvailable) << "not asked";
+  }
 }
 
 TEST_F(InitializeTest, AgainReleasesTheOldAndAsksForTheFirstDepth) {
   ASSERT_EQ(Driver()->Initialize(), 1);
+  GL3().MakeCurrent();
   const HDC firstDC = GL3GADriver::m_hdc;
   const AGLContext firstContext = GL3GADriver::m_context;
   GL3GADriver::m_depthbits = 16;
@@ -259,29 +270,43 @@ TEST_F(InitializeTest, AgainReleasesTheOldAndAsksForTheFirstDepth) {
   recorder.LogPlatform(true);
   ASSERT_EQ(Driver()->Initialize(), 1);
   Lines begin = recorder.Calls();
-  begin.resize(5);
-  EXPECT_EQ(begin,
-            (Lines{"aglDestroyContext(context1)", "CheckinPort(dc1, 0)", "GetDC(window1) = dc2",
-                   "aglChoosePixelFormat({AGL_DEPTH_SIZE, 32, AGL_DOUBLEBUFFER, AGL_RGBA, "
-                   "AGL_ACCELERATED}) = format1",
-                   "aglCreateContext(format1, null) = context2"}));
+  begin.resize(6);
+  EXPECT_EQ(begin, (Lines{"aglDestroyContext(context1)", "CheckinPort(dc1, 0)", kDummyWindow,
+                          "GetDC(window1) = dc2",
+                          "aglChoosePixelFormat({AGL_DEPTH_SIZE, 32, AGL_DOUBLEBUFFER, AGL_RGBA, "
+                          "AGL_ACCELERATED}) = format1",
+                          "aglCreateContext(format1, null) = context2"}));
   EXPECT_NE(GL3GADriver::m_hdc, firstDC);
   EXPECT_NE(GL3GADriver::m_context, firstContext);
+  EXPECT_EQ(GL3GADriver::m_prevcontext, firstContext) << "the new one is not made current";
 }
 
 TEST_F(InitializeTest, TerminateTwiceIsHarmless) {
   ASSERT_EQ(Driver()->Initialize(), 1);
   const HDC dc = GL3GADriver::m_hdc;
+  GL3().MakeCurrent();
+  const AGLContext context = GL3GADriver::m_context;
   GlRecorder recorder;
   recorder.LogPlatform(true);
   EXPECT_EQ(Driver()->Terminate(), 1);
   EXPECT_EQ(recorder.Calls(), (Lines{"aglDestroyContext(context1)", "CheckinPort(dc1, 0)"}));
   EXPECT_EQ(GL3GADriver::m_context, nullptr);
+  EXPECT_EQ(GL3GADriver::m_prevcontext, context) << "is not told";
+  EXPECT_EQ(Driver()->IsOperational(), 1);
   EXPECT_EQ(GL3GADriver::m_dummywindow, nullptr);
   EXPECT_EQ(GL3GADriver::m_hdc, dc) << "the handle of the dead device context is kept";
   recorder.Clear();
   EXPECT_EQ(Driver()->Terminate(), 1);
   EXPECT_EQ(recorder.Calls(), Lines{"CheckinPort(dc1, 0)"});
+}
+
+TEST_F(InitializeTest, DerivedDriversEndTheirOwnWay) {
+  struct Derived : GL3GADriver {
+    int Terminate() override { return ++ends, GL3GADriver::Terminate(); }
+    int ends = 0;
+  } driver;
+  EXPECT_EQ(driver.Initialize(), 1);
+  EXPECT_EQ(driver.ends, 1);
 }
 
 TEST_F(InitializeTest, TheDriversOwnContextIsNotChecked) {

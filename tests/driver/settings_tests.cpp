@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <initializer_list>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "buffer/GL3Buffer.h"
 #include "driver/GL3Driver.h"
@@ -12,12 +14,14 @@
 #include "hostkit/services/registry.h"
 #include "tests/support/driver_fixture.h"
 #include "tests/support/faults.h"
+#include "tests/support/gl_recorder.h"
 
 extern "C" int DllMain(HINSTANCE instance, DWORD reason, void* reserved);
 extern "C" void* glGetExtensionPointer(const char* name);
 
 namespace {
 
+using Lines = std::vector<std::string>;
 using Option = GL3GADriver::OptionFlag;
 
 /// Makes no driver by itself. The registry is empty but for what a test overrides.
@@ -87,17 +91,16 @@ TEST_F(SettingsTest, ConstructionResetsTheSharedState) {
 
   const std::unique_ptr<GADriver> driver(CreateDriver());
 
-  EXPECT_EQ(GL3GADriver::m_context, nullptr);
-  EXPECT_EQ(GL3GADriver::m_prevcontext, nullptr);
-  EXPECT_EQ(GL3GADriver::m_drawable, nullptr);
-  EXPECT_EQ(GL3GADriver::m_hdc, nullptr);
-  EXPECT_EQ(GL3GADriver::m_dummywindow, nullptr);
-  EXPECT_EQ(GL3GADriver::rowbytes, 0);
-  EXPECT_EQ(GL3GADriver::baseaddr, nullptr);
-  EXPECT_EQ(GL3GADriver::bufwidth, 0);
-  EXPECT_EQ(GL3GADriver::bufheight, 0);
+  for (const void* pointer : std::initializer_list<const void*>{
+           GL3GADriver::m_context, GL3GADriver::m_prevcontext, GL3GADriver::m_drawable,
+           GL3GADriver::m_hdc, GL3GADriver::m_dummywindow, GL3GADriver::baseaddr}) {
+    EXPECT_EQ(pointer, nullptr);
+  }
+  for (const int number : {GL3GADriver::rowbytes, +GL3GADriver::bufwidth, +GL3GADriver::bufheight,
+                           GL3GADriver::gl_max_texture_size}) {
+    EXPECT_EQ(number, 0);
+  }
   EXPECT_EQ(GL3GADriver::m_depthbits, 32);
-  EXPECT_EQ(GL3GADriver::gl_max_texture_size, 0);
   EXPECT_EQ(GL3GADriver::gl_max_texture_max_anisotropy_ext, 0);
   EXPECT_EQ(driver->IsOperational(), 0);
   EXPECT_EQ(driver->IsSupportGPU(), 1) << "shaders count as supported until the GL was asked";
@@ -167,15 +170,42 @@ TEST(ModuleEntryTest, RegistersItselfOnProcessAttachAlone) {
   EXPECT_EQ(DllMain(instance, DLL_PROCESS_ATTACH, nullptr), 1);
   ASSERT_NE(CDynLinkLibrary::First(), before);
   EXPECT_EQ(CDynLinkLibrary::First()->Next(), before);
-  EXPECT_NE(CDynLinkLibrary::First()->Module().hModule, nullptr);
+  EXPECT_EQ(CDynLinkLibrary::First()->Module().hModule, instance);
+  EXPECT_NE(CDynLinkLibrary::First()->Module().resources, nullptr) << "the dialogs";
 }
 
 TEST(ModuleEntryTest, FindsGLFunctionsByName) {
-  using GetString = const GLubyte* (*)(GLenum);
-  EXPECT_NE(reinterpret_cast<GetString>(glGetExtensionPointer("glGetString")), nullptr);
   EXPECT_EQ(glGetExtensionPointer("glNoSuchFunction"), nullptr);
   EXPECT_EQ(glGetExtensionPointer(""), nullptr);
   EXPECT_EQ(glGetExtensionPointer(nullptr), nullptr);
+  GlRecorder recorder;
+  recorder.LogPlatform(true);
+  EXPECT_NE(glGetExtensionPointer("glGetString"), nullptr);
+  const Lines calls = recorder.Calls();
+  EXPECT_EQ(calls, CallsIn(R"(
+      FindFolder(-32766, 1718772077, 0); FSMakeFSSpec(OpenGL.framework); FSpMakeFSRef();
+      CFURLCreateFromFSRef() = url1; CFBundleCreate(url1) = bundle1; CFRelease(url1);
+      CFStringCreateWithCString(glGetString) = string1;
+      CFBundleGetFunctionPointerForName(bundle1, string1); CFRelease(string1);
+      CFRelease(bundle1))"));
+
+  // Each step may fail; what was made until then is released.
+  const struct {
+    FaultPoint step;
+    std::size_t calls;
+  } steps[] = {{FaultPoint::kFindFolder, 1},
+               {FaultPoint::kFSMakeFSSpec, 2},
+               {FaultPoint::kFSpMakeFSRef, 3},
+               {FaultPoint::kCFURLCreateFromFSRef, 4},
+               {FaultPoint::kCFBundleCreate, 6}};
+  for (const auto& [step, count] : steps) {
+    Faults faults;
+    faults.Fail(step);
+    recorder.Clear();
+    EXPECT_EQ(glGetExtensionPointer("glGetString"), nullptr);
+    EXPECT_EQ(recorder.Calls().size(), count);
+    EXPECT_EQ(recorder.Count("CFRelease"), count == 6 ? 1 : 0) << "the URL's";
+  }
 }
 
 }  // namespace

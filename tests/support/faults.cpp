@@ -14,6 +14,7 @@
 #include "hostkit/services/ext_heap.h"
 #include "platform/agl.h"
 #include "platform/cgl.h"
+#include "platform/corefoundation.h"
 #include "platform/gl.h"
 #include "platform/mfc.h"
 #include "platform/win32.h"
@@ -73,7 +74,8 @@ extern "C" {
 AGLPixelFormat aglChoosePixelFormat(const void* devices, GLint deviceCount,
                                     const GLint* attributes) {
   static auto* const next = NextSymbol<decltype(aglChoosePixelFormat)>("aglChoosePixelFormat");
-  PlatformCall call("aglChoosePixelFormat", AglList(attributes));
+  const char* of = devices || deviceCount != 0 ? " of some devices" : "";
+  PlatformCall call("aglChoosePixelFormat", AglList(attributes) + of);
   const bool fails = MustFail(FaultPoint::kAglChoosePixelFormat);
   return call.Returns(fails ? nullptr : next(devices, deviceCount, attributes));
 }
@@ -124,6 +126,39 @@ HDC GetDC(HWND window) {
   PlatformCall call("GetDC", window);
   return call.Returns(MustFail(FaultPoint::kGetDC) ? nullptr : next(window));
 }
+
+OSErr FindFolder(std::int16_t domain, std::uint32_t folderType, unsigned char create,
+                 std::int16_t* volume, std::int32_t* folder) {
+  static auto* const next = NextSymbol<decltype(FindFolder)>("FindFolder");
+  const PlatformCall call("FindFolder", domain, static_cast<int>(folderType), create);
+  if (MustFail(FaultPoint::kFindFolder)) return fnfErr;
+  return next(domain, folderType, create, volume, folder);
+}
+
+OSErr FSMakeFSSpec(std::int16_t volume, std::int32_t folder, const char* name, FSSpec* spec) {
+  static auto* const next = NextSymbol<decltype(FSMakeFSSpec)>("FSMakeFSSpec");
+  const PlatformCall call("FSMakeFSSpec", std::string(name));
+  return MustFail(FaultPoint::kFSMakeFSSpec) ? OSErr{fnfErr} : next(volume, folder, name, spec);
+}
+
+OSErr FSpMakeFSRef(const FSSpec* spec, FSRef* ref) {
+  static auto* const next = NextSymbol<decltype(FSpMakeFSRef)>("FSpMakeFSRef");
+  const PlatformCall call("FSpMakeFSRef");
+  return MustFail(FaultPoint::kFSpMakeFSRef) ? OSErr{fnfErr} : next(spec, ref);
+}
+
+CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef* ref) {
+  static auto* const next = NextSymbol<decltype(CFURLCreateFromFSRef)>("CFURLCreateFromFSRef");
+  PlatformCall call("CFURLCreateFromFSRef");
+  const bool fails = MustFail(FaultPoint::kCFURLCreateFromFSRef);
+  return call.Returns(fails ? nullptr : next(allocator, ref));
+}
+
+CFBundleRef CFBundleCreate(CFAllocatorRef allocator, CFURLRef url) {
+  static auto* const next = NextSymbol<decltype(CFBundleCreate)>("CFBundleCreate");
+  PlatformCall call("CFBundleCreate", url);
+  return call.Returns(MustFail(FaultPoint::kCFBundleCreate) ? nullptr : next(allocator, url));
+}
 }
 
 // C++ functions are looked up by their mangled names.
@@ -158,7 +193,7 @@ void* AllocExt(std::size_t size) {
   State().lastExt = static_cast<unsigned char*>(next(size + Faults::kGuardBytes));
   State().lastExtBytes = size;
   NoteBlock(State().lastExt, size);
-  if (State().lastExt) std::memset(State().lastExt + size, Faults::kGuard, Faults::kGuardBytes);
+  if (State().lastExt) std::memset(State().lastExt, Faults::kGuard, size + Faults::kGuardBytes);
   return State().lastExt;
 }
 

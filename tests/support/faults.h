@@ -17,6 +17,11 @@ enum class FaultPoint : int {
   kCglCreateContext,      ///< kCGLBadAlloc, no context
   kGetDC,                 ///< null
   kInitializeGlew,        ///< 1
+  kFindFolder,            ///< fnfErr
+  kFSMakeFSSpec,          ///< fnfErr
+  kFSpMakeFSRef,          ///< fnfErr
+  kCFURLCreateFromFSRef,  ///< null
+  kCFBundleCreate,        ///< null
   kAllocGAssist,          ///< null, as the other heaps
   kAllocOGL,
   kAllocExt,
@@ -44,7 +49,8 @@ class Faults {
   int Failures(FaultPoint point) const;
 
   /// The last block that AllocExt gave, with `bytes` that it was asked for, or null. While faults
-  /// live it is longer by kGuardBytes, all kGuard: who writes past its end writes there.
+  /// live it is longer by kGuardBytes, and all kGuard: who writes past its end writes there, and
+  /// who reads what was not written reads that.
   const unsigned char* LastExt(std::size_t* bytes) const;
   static constexpr std::size_t kGuardBytes = 64;
   static constexpr unsigned char kGuard = 0xA5;

@@ -234,7 +234,7 @@ const GLubyte* glGetString(GLenum name) {
   static auto* const next = NextSymbol<decltype(glGetString)>("glGetString");
   Log("glGetString", "e", name);
   const auto found = State().strings.find(name);
-  if (found == State().strings.end()) return next(name);
+  if (found == State().strings.end() || State().pauses > 0) return next(name);
   return reinterpret_cast<const GLubyte*>(found->second);
 }
 

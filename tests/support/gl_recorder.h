@@ -42,7 +42,8 @@ class GlRecorder {
   ///   aglCreateContext(format1, context1) = context2
   void LogPlatform(bool on);
 
-  /// glGetString(name) answers `text`; null is an answer too.
+  /// glGetString(name) answers `text`; null is an answer too. What pauses, as the platform layer
+  /// does, is told the truth.
   void OverrideString(GLenum name, const char* text);
   /// glGetIntegerv(name) answers `value`.
   void OverrideInteger(GLenum name, GLint value);

@@ -6,7 +6,6 @@
 #include <iterator>
 
 #include "platform/mfc.h"
-#include "platform/ports.h"
 #include "tests/support/next_symbol.h"
 
 namespace {
@@ -56,7 +55,19 @@ std::string List(const Name (&names)[kCount], const int* at) {
   return fmt::format("{{{}}}", fmt::join(texts, ", "));
 }
 
+/// What GetGWorldPixMap answers instead of a window's map.
+bool g_hasPixMap = false;
+PixMap* g_pixMap = nullptr;
+
 }  // namespace
+
+PixMapOverride::PixMapOverride(PixMap* map) {
+  g_hasPixMap = true;
+  g_pixMap = map;
+}
+PixMapOverride::~PixMapOverride() {
+  g_hasPixMap = false;
+}
 
 std::string AglList(const GLint* attributes) {
   return List(kAglNames, attributes);
@@ -89,6 +100,7 @@ GL3_CALL(GLboolean, aglSetDrawable, (AGLContext a, AGLDrawable b), (a, b))
 GL3_CALL(GLboolean, aglSetPBuffer, (AGLContext a, AGLPbuffer b, GLint c, GLint d, GLint e),
          (a, b, c, d, e))
 GL3_CALL(void, aglSwapBuffers, (AGLContext a), (a))
+GL3_CALL(GLint, aglGetVirtualScreen, (AGLContext a), (a))
 GL3_CALL(GLboolean, aglUpdateContext, (AGLContext a), (a))
 GL3_CALL(GLboolean, aglUseFont,
          (AGLContext a, GLint b, GLint c, GLint d, GLint e, GLint f, GLint g),
@@ -125,14 +137,53 @@ GL3_HANDLE_CALL(CGrafPtr, CheckoutPort, (HDC a, int b), (a, b))
 GL3_CALL(void, CheckinPort, (HDC a, int b), (a, b))
 GL3_HANDLE_CALL(HDC, WrapPort, (CGrafPtr a), (a))
 GL3_CALL(void, UnwrapPort, (HDC a), (a))
-GL3_HANDLE_CALL(PixMapHandle, GetGWorldPixMap, (CGrafPtr a), (a))
 GL3_HANDLE_CALL(PixMapHandle, GetPortPixMap, (CGrafPtr a), (a))
 GL3_CALL(unsigned char, LockPixels, (PixMapHandle a), (a))
 GL3_CALL(void, UnlockPixels, (PixMapHandle a), (a))
 GL3_CALL(void, DisposeWindow, (CGrafPtr a), (a))
+
+PixMapHandle GetGWorldPixMap(CGrafPtr port) {
+  static auto* const next = NextSymbol<decltype(GetGWorldPixMap)>("GetGWorldPixMap");
+  PlatformCall call("GetGWorldPixMap", port);
+  return call.Returns(!g_hasPixMap ? next(port) : g_pixMap ? &g_pixMap : nullptr);
 }
 
-// A member function, which is looked up by its mangled name.
+char* GetPixBaseAddr(PixMapHandle map) {
+  static auto* const next = NextSymbol<decltype(GetPixBaseAddr)>("GetPixBaseAddr");
+  return map == &g_pixMap ? g_pixMap->baseAddr : next(map);
+}
+
+GL3_CALL(void*, LocalFree, (void* a), (a))
+GL3_CALL(void, CFRelease, (CFTypeRef a), (a))
+
+CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, const char* text,
+                                      CFStringEncoding encoding) {
+  static auto* const next =
+      NextSymbol<decltype(CFStringCreateWithCString)>("CFStringCreateWithCString");
+  PlatformCall call("CFStringCreateWithCString", std::string(text));
+  return call.Returns(next(allocator, text, encoding));
+}
+
+GL3_CALL(void*, CFBundleGetFunctionPointerForName, (CFBundleRef a, CFStringRef b), (a, b))
+
+DWORD FormatMessageA(DWORD flags, const void* source, DWORD code, DWORD language, char* buffer,
+                     DWORD size, void* arguments) {
+  static auto* const next = NextSymbol<decltype(FormatMessageA)>("FormatMessageA");
+  const PlatformCall call("FormatMessageA", fmt::format("{:#x}", flags), static_cast<int>(code),
+                          fmt::format("{:#x}", language), static_cast<int>(size));
+  return next(flags, source, code, language, buffer, size, arguments);
+}
+}
+
+// C++ functions are looked up by their mangled names.
+
+int AfxMessageBox(const char* text, unsigned int type, unsigned int helpContext) {
+  static auto* const next = NextSymbol<decltype(AfxMessageBox)>("_Z13AfxMessageBoxPKcjj");
+  const PlatformCall call("AfxMessageBox", std::string(text), static_cast<int>(type),
+                          static_cast<int>(helpContext));
+  return next(text, type, helpContext);
+}
+
 BOOL CWnd::CreateEx(DWORD exStyle, const char* className, const char* title, DWORD style, int x,
                     int y, int width, int height, HWND parent, void* menu, void* parameter) {
   using Function =

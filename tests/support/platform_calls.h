@@ -11,6 +11,8 @@
 
 #include "platform/agl.h"
 #include "platform/cgl.h"
+#include "platform/corefoundation.h"
+#include "platform/ports.h"
 #include "platform/win32.h"
 #include "tests/support/gl_recorder.h"
 
@@ -28,8 +30,21 @@ const char* HandleKind() {
   if (std::is_same_v<Opaque, OpaqueWindow>) return "window";
   if (std::is_same_v<Opaque, OpaqueCGLContext>) return "probe";
   if (std::is_same_v<Opaque, OpaqueCGLPixelFormat>) return "probeformat";
-  return "pixmap";
+  if (std::is_same_v<Opaque, PixMap*>) return "pixmap";
+  if (std::is_same_v<Opaque, const OpaqueCFURL>) return "url";
+  if (std::is_same_v<Opaque, const OpaqueCFString>) return "string";
+  if (std::is_same_v<Opaque, OpaqueCFBundle>) return "bundle";
+  return "block";
 }
+
+/// GetGWorldPixMap answers this map, or null, while this lives.
+class PixMapOverride {
+ public:
+  explicit PixMapOverride(PixMap* map);
+  ~PixMapOverride();
+  PixMapOverride(const PixMapOverride&) = delete;
+  PixMapOverride& operator=(const PixMapOverride&) = delete;
+};
 
 /// One call of the layer: logs it, and keeps what the layer itself calls out of the log for as long
 /// as this lives. Handles are told by their label, texts as they are.
