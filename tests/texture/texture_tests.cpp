@@ -79,7 +79,7 @@ TEST_F(TextureTest, BitmapsAreUploadedAtTheirRoundedSize) {
             (Lines{"glTexImage2D(GL_PROXY_TEXTURE_2D, 0, GL_RGBA8, 32, 12, 0, GL_RGB, "
                    "GL_UNSIGNED_BYTE, null)",
                    "glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 32, 12, 0, GL_RGB, GL_UNSIGNED_BYTE, "
-                   "pointer)"}));
+                   "+0 of 1152)"}));
   EXPECT_EQ(gl.Calls().back(), "glBindTexture(GL_TEXTURE_2D, 0)");
   EXPECT_EQ(CountOther(texture, {10, 200, 90, 255}), 0);
   EXPECT_FALSE(texture.HasTransparency());
@@ -163,7 +163,7 @@ TEST_F(TextureTest, ARefusedSizeIsHalvedOnce) {
             (Lines{"glTexImage2D(GL_PROXY_TEXTURE_2D, 0, GL_RGBA8, 20, 8, 0, GL_RGB, "
                    "GL_UNSIGNED_BYTE, null)",
                    "glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 10, 4, 0, GL_RGB, GL_UNSIGNED_BYTE, "
-                   "pointer)"}));
+                   "+0 of 120)"}));
   EXPECT_EQ(texture.m_width, 10);
   EXPECT_EQ(texture.m_height, 4);
   EXPECT_EQ(CountOther(texture, {10, 200, 90, 255}), 0);
@@ -216,7 +216,7 @@ TEST_F(TextureTest, ShaderInputsAreMadeInTheContextOfTheCaller) {
   EXPECT_EQ(texture.MakeGATextureForShader(SolidBitmap(18, 5, {10, 200, 90, 255}).get()), 1);
   EXPECT_EQ(GL3GADriver::m_prevcontext, current);
   EXPECT_EQ(Uploads(gl), Lines{"glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 20, 8, 0, GL_RGB, "
-                               "GL_UNSIGNED_BYTE, pointer)"});
+                               "GL_UNSIGNED_BYTE, +0 of 480)"});
   EXPECT_EQ(gl.Count("glTexParameterf"), 0);
   EXPECT_EQ(Parameter(texture, GL_TEXTURE_WRAP_S), GL_CLAMP_TO_EDGE);
   EXPECT_EQ(Parameter(texture, GL_TEXTURE_WRAP_T), GL_CLAMP_TO_EDGE);
