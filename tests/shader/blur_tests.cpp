@@ -4,7 +4,6 @@
 #include <tuple>
 #include <vector>
 
-#include "platform/gl.h"
 #include "tests/shader/shader_fixture.h"
 
 namespace {
@@ -79,27 +78,6 @@ TEST_F(BlurTest, OtherModesPutColoursOverTheSourceButForBlackOnes) {
     const int value = i % 4 == 3 ? picture.bytes[i] : wanted.bytes[i];
     ASSERT_NEAR(actual.bytes[i], value, 1) << i;
   }
-}
-
-std::vector<float> g_steps;  // "e_step" of each program in use
-PFNGLUSEPROGRAMPROC g_useProgram = nullptr;
-
-void GLAPIENTRY KeepStep(GLuint program) {
-  g_useProgram(program);
-  if (!program) return;
-  GLfloat step = 0;
-  glGetUniformfv(program, glGetUniformLocation(program, "e_step"), &step);
-  g_steps.push_back(step);
-}
-
-/// Bytes are rounded in between, so the order is seen in pictures.
-TEST_F(BlurTest, EachPassIsVerticalThenHorizontal) {
-  ASSERT_EQ(Init(kBlur, 0, 2, 3, 16, 8), 1);
-  g_steps.clear();
-  g_useProgram = __glewUseProgram;
-  const Replaced<PFNGLUSEPROGRAMPROC> replaced(__glewUseProgram, KeepStep);
-  Process(kBlur, RandomPixels(16, 8, 5));
-  EXPECT_EQ(g_steps, (std::vector{1 / 8.0f, 1 / 16.0f, 1 / 8.0f, 1 / 16.0f}));
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include "buffer/GL3Buffer.h"
 #include "hostkit/services/current_driver.h"
 #include "tests/support/next_symbol.h"
+#include "tests/support/platform_calls.h"
 
 namespace {
 
@@ -39,6 +40,13 @@ extern "C" DWORD GetModuleFileNameA(HMODULE module, char* path, DWORD size) {
   if (ProgramPath().empty()) return next(module, path, size);
   std::strncpy(path, ProgramPath().c_str(), size);
   return static_cast<DWORD>(ProgramPath().size());
+}
+
+HByteBlock* HBitmapNode::CreateByteBlock(int wrap, int* flags, int bgr) {
+  using Function = HByteBlock*(HBitmapNode*, int, int*, int);
+  static auto* const next = NextSymbol<Function>("_ZN11HBitmapNode15CreateByteBlockEiPii");
+  const PlatformCall call("CreateByteBlock", wrap, *flags, bgr);
+  return next(this, wrap, flags, bgr);
 }
 
 int Pixels::At(int x, int y, int c) const {
