@@ -246,8 +246,15 @@ TEST_F(PageTest, OneChangeStoresAllEightWhoeverMakesIt) {
     SCOPED_TRACE(way);
     std::filesystem::remove(Folder().Path("registry.ini"));
     hostkit::ReloadRegistry();
+    TheHostCalls().read.clear();
     ASSERT_NE(RemakeDriver(), nullptr);
     ASSERT_EQ(Driver()->Initialize(), 1);
+    EXPECT_EQ(TheHostCalls().read,
+              (Lines{"OpenGL3/Max Transparent Triangles=149999",
+                     "OpenGL3/SortInverse Transparent Triangles=0", "OpenGL3/Anisotropic=1",
+                     "OpenGL3/Antialias=0", "OpenGL3/Max Vertices=12000000",
+                     "OpenGL3/Textures Powerof2=0", "OpenGL3/Textures Compression=1",
+                     "OpenGL3/Polygonmode=0", "General/OpenMP Threads=1"}));
     GL3GADriver::gl_max_vertices = 4567;
     GL3GABuffer::m_maxtransparentpolys = 1234;
     GL3GADriver::m_azprocessor = 3;

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <tuple>
 
 #include "buffer/GL3Buffer.h"
 #include "host/Heaps.h"
@@ -31,6 +32,7 @@ int g_sourcesUntilReplaced = 0;
 const char* g_replacement = nullptr;
 PFNGLSHADERSOURCEPROC g_shaderSource = nullptr;
 PFNGLGETPROGRAMIVPROC g_getProgramiv = nullptr;
+GLenum g_unanswered = 0;
 GLint g_infoLogLength = 0;
 void GLAPIENTRY ReplaceSource(GLuint shader, GLsizei count, const GLchar* const* sources,
                               const GLint* lengths) {
@@ -41,8 +43,8 @@ void GLAPIENTRY ReplaceSource(GLuint shader, GLsizei count, const GLchar* const*
 }
 
 void GLAPIENTRY SayInvalid(GLuint program, GLenum name, GLint* value) {
+  if (name == g_unanswered) return;  // as for what the GL does not know
   g_getProgramiv(program, name, value);
-  if (name == GL_VALIDATE_STATUS) *value = 0;
   if (name == GL_INFO_LOG_LENGTH) *value = g_infoLogLength;
 }
 
@@ -70,14 +72,6 @@ class ProgramTest : public ShaderFixture {
     g_sourcesUntilReplaced = nth;
     g_replacement = source;
     const Replaced<PFNGLSHADERSOURCEPROC> replaced(__glewShaderSource, ReplaceSource);
-    return work();
-  }
-  template <typename Work>
-  static int WithInvalidPrograms(GLint infoLogLength, const Work& work) {
-    g_getProgramiv = __glewGetProgramiv;
-    g_infoLogLength = infoLogLength;
-    const Replaced<PFNGLGETPROGRAMIVPROC> replaced(__glewGetProgramiv, SayInvalid);
-    const Replaced<PFNGLGETPROGRAMINFOLOGPROC> log(__glewGetProgramInfoLog, SayWhy);
     return work();
   }
   int InitEffect(int effect) { return Init(effect, 0, 1, 8, 8, 8); }
@@ -203,17 +197,34 @@ TEST_F(ProgramTest, ProgramsFromSources) {
   const GLuint sound = Program().CreateProgramFromShaders(0, shader);
   EXPECT_NE(sound, 0u);
   EXPECT_EQ(NewLogLines(), Lines());
-  for (const auto& [length, fails] : {std::pair{4, false}, {1, false}, {9, true}, {0, false}}) {
+  const struct {
+    GLenum unanswered;
+    GLint length;  // of the log
+    bool noMemory;
+    Lines wanted;
+  } cases[] = {{GL_LINK_STATUS, 4, false, {"Error linking!", "why"}},
+               {GL_VALIDATE_STATUS, 4, false, {"Error validating!", "why"}},
+               {GL_VALIDATE_STATUS, 1, false, {"Error validating!"}},
+               {GL_VALIDATE_STATUS, 9, true, {"Error validating!"}},
+               {GL_VALIDATE_STATUS, 0, false, {}}};
+  for (const auto& each : cases) {
     Faults faults;
-    if (fails) faults.FailAlways(FaultPoint::kAllocExt);
-    EXPECT_EQ(
-        WithInvalidPrograms(length, [&] { return Program().CreateProgramFromShaders(0, shader); }),
-        0);
-    Lines wanted = {"---CreateProgramFromShaders Validation failed"};
-    if (length > 0) wanted.emplace_back("---Error validating!");
-    if (length == 4) wanted.emplace_back("why");
-    EXPECT_EQ(NewLogLines(), wanted) << length;
+    if (each.noMemory) faults.FailAlways(FaultPoint::kAllocExt);
+    g_getProgramiv = __glewGetProgramiv;
+    g_unanswered = each.unanswered;
+    g_infoLogLength = each.length;
+    const Replaced<PFNGLGETPROGRAMIVPROC> replaced(__glewGetProgramiv, SayInvalid);
+    const Replaced<PFNGLGETPROGRAMINFOLOGPROC> log(__glewGetProgramInfoLog, SayWhy);
+    EXPECT_EQ(Program().CreateProgramFromShaders(0, shader), 0u);
+    const bool links = each.unanswered == GL_VALIDATE_STATUS;
+    Lines wanted = {std::string("---CreateProgramFromShaders ") +
+                    (links ? "Validation failed" : "failed")};
+    for (const std::string& line : each.wanted)
+      wanted.push_back(line == "why" ? line : "---" + line);
+    EXPECT_EQ(NewLogLines(), wanted) << each.length;
   }
+  EXPECT_EQ(Program().LoadShaderFromSource(kSound, GL_RGBA), 0u) << "the GL answers nothing";
+  EXPECT_EQ(NewLogLines(), Lines{"---LoadShaderFromSource failed"});
   const GLuint vertices = Program().LoadShaderFromSource(kVertices, GL_VERTEX_SHADER);
   const GLuint both = Program().CreateProgramFromShaders(vertices, shader);
   GLint attached = 0;
@@ -398,6 +409,21 @@ TEST_F(ProgramTest, OcclusionCopiesItsSource) {
   ASSERT_GE(calls.size(), 2 * wanted.size());
   const auto middle = calls.begin() + static_cast<std::ptrdiff_t>(calls.size() / 2);
   EXPECT_EQ(Lines(middle - static_cast<std::ptrdiff_t>(wanted.size()), middle), wanted);
+
+  // Depths that are not there, too few, or no floats count as none.
+  const std::tuple<HBitmapBuffer::ChannelType, int, int, bool> others[] = {
+      {HBitmapBuffer::kFloatChannel, 6, 5, false},
+      {HBitmapBuffer::kFloatChannel, 5, 5, true},
+      {HBitmapBuffer::kFloatChannel, 6, 4, true},
+      {HBitmapBuffer::kByteChannel, 6, 5, true}};
+  for (const auto& [type, width, height, filled] : others) {
+    const TestBitmap other = Bitmap(picture);
+    EXPECT_EQ(effect.ProcessShader(other.get(), destination.get(), 0), 1) << "without any";
+    auto* buffer = new HBitmapBuffer("DEPTH", type, 1, width, height);
+    other->AddBuffer(buffer);
+    if (filled) buffer->AllocateData(0);
+    EXPECT_EQ(effect.ProcessShader(other.get(), destination.get(), 0), 1);
+  }
 }
 
 }  // namespace

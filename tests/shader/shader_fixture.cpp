@@ -62,6 +62,13 @@ Pixels RandomPixels(int width, int height, unsigned seed) {
   return pixels;
 }
 
+void ExpectNear(const Pixels& actual, const Pixels& wanted, int tolerance) {
+  ASSERT_EQ(actual.bytes.size(), wanted.bytes.size());
+  for (std::size_t i = 0; i < wanted.bytes.size(); ++i) {
+    ASSERT_NEAR(actual.bytes[i], wanted.bytes[i], tolerance) << "byte " << i;
+  }
+}
+
 GABuffer* EffectDriver::CreateBuffer(RenderInfo* info, int mode, int compatibleDC) {
   arguments.emplace_back(mode, compatibleDC);
   buffers.emplace_back(refuses ? new RefusingBuffer(info, mode, compatibleDC)

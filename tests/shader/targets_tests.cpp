@@ -299,9 +299,11 @@ TEST_F(TargetsTest, MergesThatCannotBeDoneLeaveEverything) {
     EXPECT_EQ(std::count(bytes, bytes + 8 * 8 * 2 * 3, 5), 8 * 8 * 2 * 3);
   }
   merge(nullptr, none.get(), 0, -3, 16);
-  Faults faults;
-  faults.FailAlways(FaultPoint::kAllocBitmap);
-  merge(nullptr, none.get(), 0, 16, 16);
+  for (const FaultPoint point : {FaultPoint::kAllocBitmap, FaultPoint::kAllocString}) {
+    Faults faults;
+    faults.FailAlways(point);
+    merge(nullptr, none.get(), 0, 16, 16);
+  }
 }
 
 TEST(ShaderFunctionsTest, Truncated) {
