@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -74,15 +75,13 @@ struct Entry<kPlace> {
   }
 };
 
-#define GL3_ENTRIES(X)                                                                        \
-  X(CreateShader, "e")                                                                        \
-  X(ShaderSource, "si--")                                                                     \
-  X(CompileShader, "s") X(GetShaderiv, "se-") X(DeleteShader, "s") X(CreateProgram, "")       \
-      X(AttachShader, "ps") X(DetachShader, "ps") X(LinkProgram, "p") X(ValidateProgram, "p") \
-          X(GetProgramiv, "pe-") X(DeleteProgram, "p") X(UseProgram, "p")                     \
-              X(GetUniformLocation, "p-") X(Uniform1i, "ui") X(Uniform1f, "ui")               \
-                  X(Uniform2fv, "ui-") X(GenFramebuffers, "i-") X(BindFramebuffer, "ei")      \
-                      X(FramebufferTexture2D, "eeeii") X(DeleteFramebuffers, "i-")
+#define GL3_ENTRIES(X)                                                                             \
+  X(CreateShader, "e"), X(ShaderSource, "si--"), X(CompileShader, "s"), X(GetShaderiv, "se-"),     \
+      X(DeleteShader, "s"), X(CreateProgram, ""), X(AttachShader, "ps"), X(DetachShader, "ps"),    \
+      X(LinkProgram, "p"), X(ValidateProgram, "p"), X(GetProgramiv, "pe-"), X(DeleteProgram, "p"), \
+      X(UseProgram, "p"), X(GetUniformLocation, "p-"), X(Uniform1i, "ui"), X(Uniform1f, "ui"),     \
+      X(Uniform2fv, "ui-"), X(GenFramebuffers, "i-"), X(BindFramebuffer, "ei"),                    \
+      X(FramebufferTexture2D, "eeeii"), X(DeleteFramebuffers, "i-")
 
 /// Has the recorder's log, when it tells the platform's calls, tell GLEW's too while it lives.
 class GlewCalls {
@@ -94,8 +93,8 @@ class GlewCalls {
 
  private:
   static void Exchange(bool in) {
-#define GL3_EXCHANGE(name, kinds) Entry<&__glew##name>::Exchange(in, "gl" #name, kinds);
-    GL3_ENTRIES(GL3_EXCHANGE)
+#define GL3_EXCHANGE(name, kinds) Entry<&__glew##name>::Exchange(in, "gl" #name, kinds)
+    GL3_ENTRIES(GL3_EXCHANGE);
   }
 };
 
@@ -229,12 +228,14 @@ TEST_F(CallsTest, FromSetUpToRelease) {
     EXPECT_EQ(gl.Calls(),
               CallsIn(effect == 0 ? RunCalls(1, {2, 1, 2, 1}) : RunCalls(2, {3, 3, 3})));
   }
-  MakeCurrent();
-  gl.Clear();
-  InitFor(0, 0, 5);
-  const Lines again = gl.Calls(),
-              released = CallsIn(MakeCurrentCalls(2) + ReleaseProgram(1) + ReleaseProgram(2));
-  EXPECT_EQ(Lines(again.begin(), again.begin() + 8), released);
+  const std::string released[] = {MakeCurrentCalls(2) + ReleaseProgram(1) + ReleaseProgram(2),
+                                  MakeCurrentCalls(3) + ReleaseProgram(3)};
+  for (const int effect : {0, 1}) {  // set up again
+    gl.Clear();
+    InitFor(effect, 0, 5);
+    const Lines wanted = CallsIn(released[effect]), again = gl.Calls();
+    EXPECT_TRUE(std::equal(wanted.begin(), wanted.end(), again.begin())) << effect;
+  }
   // A blur that gets no surface any more releases itself, once more in between than filters do.
   Effects().refuses = true;
   gl.Clear();
@@ -243,7 +244,7 @@ TEST_F(CallsTest, FromSetUpToRelease) {
   MakeCurrent();
   gl.Clear();
   ResetProgram();
-  EXPECT_EQ(gl.Calls(), CallsIn(MakeCurrentCalls(3) + ReleaseProgram(3)));
+  EXPECT_EQ(gl.Calls(), CallsIn(MakeCurrentCalls(5) + ReleaseProgram(6)));
 }
 
 TEST_F(CallsTest, UniformsAreSetWhereTheyAreAndEffectsReleasedInTheirOrder) {
