@@ -1,11 +1,14 @@
 // The dialog of all extensions, its report file, and the report by way of it.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "hostkit/services/save_request.h"
 #include "hostkit/services/settings_sheet.h"
+#include "settings/GL3Property.h"
 #include "tests/settings/page_fixture.h"
 #include "tests/support/faults.h"
 #include "tests/support/gl_recorder.h"
@@ -62,12 +65,33 @@ TEST_F(ExtensionsTest, NamesEndAtSpaces) {
   }
 }
 
+/// Keeps when the program was busy, and whether there was a file by then.
+class BusyView : public ScriptedView {
+ public:
+  using ScriptedView::ScriptedView;
+  void ShowBusy(bool now) override { busy.emplace_back(now, std::filesystem::exists(path)); }
+
+  std::string path;
+  std::vector<std::pair<bool, bool>> busy;
+};
+
+TEST_F(ExtensionsTest, TheFocusGoesNowhere) {
+  COpenGLPropertyPage page(&GL3(), 0);
+  CExtensionsDlg dialog(&page);
+  const ScriptedView view({DoStep([&](DialogModel&) { EXPECT_EQ(dialog.OnInitDialog(), 0); })});
+  EXPECT_EQ(dialog.DoModal(), IDCANCEL);
+}
+
 TEST_F(ExtensionsTest, TheFileHoldsTheReportAndTheList) {
   GlRecorder recorder;
   recorder.OverrideString(GL_EXTENSIONS, "GL_A  GL_B GL_C");
   const std::string path = Folder().Path("report.txt");
   AnswerWith(path);
-  SaveInDialog();
+  BusyView view({ClickStep(kExtensionsButton), ClickStep(kSaveButton)});
+  view.path = path;
+  hostkit::SettingsSheet(*Driver(), 0).Run();
+  EXPECT_EQ(view.busy, (std::vector<std::pair<bool, bool>>{{true, false}, {false, true}}))
+      << "the file is complete when the program no longer is busy";
   const std::string report = GL3().GetExtendedDriverInfo().Text();
   EXPECT_EQ(Folder().Read("report.txt"), report + "\n\nExtensions\nGL_A\n\nGL_B\n");
   EXPECT_EQ(TheHostCalls().fileModes, std::vector<int>{0x20});

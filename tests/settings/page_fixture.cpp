@@ -26,6 +26,14 @@ void SetRegistryValue(const String& section, const String& key, int value) {
   next(section, key, value);
 }
 
+int GetRegistryValue(const String& section, const String& key, int fallback) {
+  static auto* const next =
+      NextSymbol<decltype(GetRegistryValue)>("_Z16GetRegistryValueRK6StringS1_i");
+  TheHostCalls().read.push_back(std::string(section.Text()) + "/" + key.Text() + "=" +
+                                std::to_string(fallback));
+  return next(section, key, fallback);
+}
+
 int FileStream::Open(const String& path, int mode) {
   static auto* const next =
       NextSymbol<int(FileStream*, const String&, int)>("_ZN10FileStream4OpenERK6Stringi");

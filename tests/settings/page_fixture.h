@@ -13,6 +13,7 @@
 
 /// What the module asked of its host since the fixture was set up.
 struct HostCalls {
+  std::vector<std::string> read;    ///< "section/key=fallback" in order
   std::vector<std::string> stored;  ///< "section/key=value" in order
   std::vector<int> fileModes;       ///< of files opened
 };

@@ -19,8 +19,7 @@ using namespace platform;
 using Lines = std::vector<std::string>;
 using Option = GL3GADriver::OptionFlag;
 
-constexpr int kBoxes[] = {kAntialiasBox,   kAnisotropicBox, kInverseSortBox,
-                          kPolygonModeBox, kCompressionBox, kPowerOfTwoBox};
+constexpr int kBoxes[] = {1347, 1359, 1367, 1357, 1368, 1369};
 
 class PageTest : public PageFixture {};
 
@@ -50,7 +49,11 @@ TEST_F(PageTest, ShowsTheGLAndTheOptions) {
   for (const char* name : {"-WGL_ARB_pbuffer", "-WGL_ARB_multisample", "-WGL_ARB_pixel_format"}) {
     wanted.emplace_back(name);
   }
+  GlRecorder recorder;
+  recorder.LogPlatform(true);
   const DialogControl list = Read(kExtensionList);
+  EXPECT_NE(recorder.CallsTo("CGLChoosePixelFormat").at(0).find("kCGLPFASamples, 4}"),
+            std::string::npos);
   EXPECT_EQ(Items(list), wanted);
   for (const ListItem& item : list.items) EXPECT_FALSE(item.enabled) << item.text;
 
@@ -105,23 +108,74 @@ TEST_F(PageTest, TheCaptionOfCompressionTellsFromWhichSize) {
   }
 }
 
-TEST_F(PageTest, ComingToTheFrontAgainAddsTheExtensionsAgain) {
-  const std::unique_ptr<CPropertyPage> pages[] = {
-      std::unique_ptr<CPropertyPage>(Driver()->CreatePropertyPage(0)),
-      std::unique_ptr<CPropertyPage>(Driver()->CreatePropertyPage(0))};
-  CPropertySheet sheet("Both");
-  for (const auto& page : pages) sheet.AddPage(page.get());
-  DialogControl list, box;
-  const ScriptedView script({ReadStep(kExtensionList, &list), CheckStep(kAntialiasBox, true),
-                             PageStep(1), PageStep(0), PageStep(0), ReadStep(kExtensionList, &list),
-                             ReadStep(kAntialiasBox, &box)});
-  EXPECT_EQ(sheet.DoModal(), IDCANCEL);
-  EXPECT_TRUE(script.IsDone()) << script.Error();
-  EXPECT_EQ(list.items.size(), 22u);
-  EXPECT_EQ(list.items[11].text, list.items[0].text);
-  EXPECT_EQ(list.items[11].checked, list.items[0].checked);
-  EXPECT_TRUE(box.checked) << "what was chosen stays";
-  EXPECT_EQ(Stored(), Lines());
+/// Keeps what a view is told: what of which control, "/line" of a list, '+' when that is checked.
+class EventView : public ScriptedView {
+ public:
+  using ScriptedView::ScriptedView;
+  void Changed(DialogModel&, const DialogControl& control, ControlChange change,
+               int item) override {
+    constexpr const char* kChanges[] = {"text ", "check ", "enable ", "hide ", "add ", "line "};
+    std::string event = kChanges[static_cast<int>(change)] + std::to_string(control.id);
+    if (item >= 0) {
+      const bool checked = control.items[static_cast<std::size_t>(item)].checked;
+      event += "/" + std::to_string(item) + (checked ? "+" : "");
+    }
+    events.push_back(event);
+  }
+  void Redraw(DialogModel&) override { events.emplace_back("redraw"); }
+
+  Lines events;
+};
+
+TEST_F(PageTest, ComingToTheFrontFillsItAndAddsTheExtensionsEachTime) {
+  GlRecorder recorder;
+  recorder.OverrideString(GL_EXTENSIONS, "GL_EXT_gpu_shader4");
+  GL3().SetOption(Option::kAntialias, true);
+  GL3().SetOption(Option::kPowerOfTwoTextures, true);
+  GL3().SetWireframe(true);
+  GL3GABuffer::m_inversesort = 1;
+  for (const int reduced : {0, 2}) {
+    const std::unique_ptr<CPropertyPage> pages[] = {
+        std::unique_ptr<CPropertyPage>(Driver()->CreatePropertyPage(0)),
+        std::unique_ptr<CPropertyPage>(Driver()->CreatePropertyPage(reduced))};
+    CPropertySheet sheet("Both");
+    for (const auto& page : pages) sheet.AddPage(page.get());
+    DialogControl list, box;
+    Lines filled;
+    const EventView* view = nullptr;
+    EventView script({DoStep([&](DialogModel& model) {
+                        EXPECT_EQ(model.Pages()[0]->SetChecked(kAntialiasBox, false), !reduced);
+                      }),
+                      PageStep(1), DoStep([&](DialogModel&) {
+                        filled = view->events;
+                        EXPECT_EQ(pages[1]->OnInitDialog(), 0) << "the focus goes nowhere";
+                        EXPECT_EQ(pages[1]->OnSetActive(), 1);
+                      }),
+                      PageStep(0), ReadStep(kExtensionList, &list), ReadStep(kAntialiasBox, &box)});
+    view = &script;
+    EXPECT_EQ(sheet.DoModal(), IDCANCEL);
+    EXPECT_TRUE(script.IsDone()) << script.Error();
+    Lines wanted;
+    if (!reduced) wanted.emplace_back("check 1347");  // on the first page
+    for (const int id : {1350, 1348, 1349, 1352}) wanted.push_back("text " + std::to_string(id));
+    for (const int id : kBoxes) wanted.push_back("check " + std::to_string(id));
+    for (const int id : kBoxes) {
+      if (reduced) wanted.push_back("hide " + std::to_string(id));
+    }
+    if (!reduced) wanted.emplace_back("text 1368");
+    for (int i = 0; i < 11; ++i) {
+      wanted.push_back("add 1356/" + std::to_string(i));
+      wanted.push_back("line 1356/" + std::to_string(i));
+      if (i == 5) wanted.emplace_back("line 1356/5+");
+      if (i == 0) wanted.emplace_back("redraw");
+    }
+    EXPECT_EQ(filled, wanted);
+    ASSERT_EQ(list.items.size(), 22u);
+    const auto& items = Items(list);
+    EXPECT_EQ(Lines(items.begin(), items.begin() + 11), Lines(items.begin() + 11, items.end()));
+    EXPECT_EQ(box.checked, reduced != 0) << "what was chosen stays";
+    EXPECT_EQ(Stored(), Lines());
+  }
 }
 
 TEST_F(PageTest, ConfirmedAsItWasStoresNothing) {
@@ -192,8 +246,15 @@ TEST_F(PageTest, OneChangeStoresAllEightWhoeverMakesIt) {
     SCOPED_TRACE(way);
     std::filesystem::remove(Folder().Path("registry.ini"));
     hostkit::ReloadRegistry();
+    TheHostCalls().read.clear();
     ASSERT_NE(RemakeDriver(), nullptr);
     ASSERT_EQ(Driver()->Initialize(), 1);
+    EXPECT_EQ(TheHostCalls().read,
+              (Lines{"OpenGL3/Max Transparent Triangles=149999",
+                     "OpenGL3/SortInverse Transparent Triangles=0", "OpenGL3/Anisotropic=1",
+                     "OpenGL3/Antialias=0", "OpenGL3/Max Vertices=12000000",
+                     "OpenGL3/Textures Powerof2=0", "OpenGL3/Textures Compression=1",
+                     "OpenGL3/Polygonmode=0", "General/OpenMP Threads=1"}));
     GL3GADriver::gl_max_vertices = 4567;
     GL3GABuffer::m_maxtransparentpolys = 1234;
     GL3GADriver::m_azprocessor = 3;
@@ -203,8 +264,9 @@ TEST_F(PageTest, OneChangeStoresAllEightWhoeverMakesIt) {
       const std::unique_ptr<CPropertyPage> page(Driver()->CreatePropertyPage(0));
       CPropertySheet sheet("Settings");
       sheet.AddPage(page.get());
+      sheet.m_nFlags = 0x40;
       EXPECT_EQ(sheet.DoModal(), IDOK);
-      EXPECT_EQ(sheet.m_nFlags, 2u);
+      EXPECT_EQ(sheet.m_nFlags, 0x42u);
     } else {
       EXPECT_TRUE(Play(
           {way == std::string("keys") ? KeyStep('s') : ClickStep(kAntialiasBox), ConfirmStep()}));
@@ -220,7 +282,7 @@ TEST_F(PageTest, OneChangeStoresAllEightWhoeverMakesIt) {
 }
 
 TEST_F(PageTest, AReducedPageHidesTheOptionsAndStoresNothing) {
-  for (const int reduced : {1, 0}) {  // the second time the driver still has it
+  for (const int reduced : {2, 0}) {  // the second time the driver still has it
     for (const int box : kBoxes) {
       const DialogControl control = Read(box, reduced);
       EXPECT_FALSE(control.visible) << box;
@@ -271,18 +333,28 @@ TEST_F(PageTest, WithoutAGLItSaysSo) {
   }
 }
 
-/// What a view needs to show the dialogs well: every control has words, keys do not clash.
-TEST_F(PageTest, EveryControlHasWordsAndAKeyOfItsOwn) {
+/// What a view needs to show the dialogs well: every control has words, keys do not clash. Hosts
+/// find the controls by their numbers.
+TEST_F(PageTest, EveryControlHasItsNumberWordsAndAKeyOfItsOwn) {
+  using Kind = ControlKind;
+  const std::vector<std::pair<int, Kind>> wanted = {
+      {200, Kind::kPages},     {1350, Kind::kValue},        {1348, Kind::kValue},
+      {1349, Kind::kValue},    {1352, Kind::kValue},        {1356, Kind::kCheckList},
+      {1351, Kind::kButton},   {1347, Kind::kCheckBox},     {1359, Kind::kCheckBox},
+      {1367, Kind::kCheckBox}, {1357, Kind::kCheckBox},     {1368, Kind::kCheckBox},
+      {1369, Kind::kCheckBox}, {201, Kind::kPages},         {1356, Kind::kList},
+      {1358, Kind::kButton},   {IDOK, Kind::kDefaultButton}};
+  std::vector<std::pair<int, Kind>> all;
   for (const DialogTemplate& dialog : kDialogResources.dialogs) {
     std::set<char> keys;
-    std::set<int> ids;
+    all.emplace_back(dialog.id, Kind::kPages);
+    EXPECT_STRNE(kDialogResources.Text(dialog.title).text, "");
     for (const ControlTemplate& control : dialog.controls) {
       const DialogText& text = kDialogResources.Text(control.text);
-      const bool forUsers = control.id != kNoControlId && control.id != IDOK;
       EXPECT_TRUE(*text.text || *text.toolTip) << control.id;
-      if (forUsers) {
-        EXPECT_STRNE(text.toolTip, "") << control.id;
-        EXPECT_TRUE(ids.insert(control.id).second) << control.id;
+      if (control.id != kNoControlId) {
+        all.emplace_back(control.id, control.kind);
+        EXPECT_TRUE(*text.toolTip || control.id == IDOK) << control.id;
       }
       if (!text.accessKey) continue;
       EXPECT_TRUE(keys.insert(text.accessKey).second) << text.accessKey;
@@ -291,6 +363,7 @@ TEST_F(PageTest, EveryControlHasWordsAndAKeyOfItsOwn) {
       EXPECT_TRUE(marked) << text.text;
     }
   }
+  EXPECT_EQ(all, wanted);
 }
 
 }  // namespace

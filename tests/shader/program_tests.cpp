@@ -1,12 +1,17 @@
 // Dispatch, the log, GLSL programs, failures, and what a run leaves behind.
+#include <fmt/format.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <tuple>
 
 #include "buffer/GL3Buffer.h"
+#include "host/Heaps.h"
 #include "platform/gl.h"
 #include "shader/Gl3ShaderMain.h"
 #include "tests/shader/shader_fixture.h"
@@ -27,15 +32,8 @@ int g_sourcesUntilReplaced = 0;
 const char* g_replacement = nullptr;
 PFNGLSHADERSOURCEPROC g_shaderSource = nullptr;
 PFNGLGETPROGRAMIVPROC g_getProgramiv = nullptr;
-// Recorded: bindings of frame-buffer objects, in order.
-std::vector<std::pair<GLenum, GLuint>> g_bindings;
-PFNGLBINDFRAMEBUFFERPROC g_bindFramebuffer = nullptr;
-
-void GLAPIENTRY KeepBinding(GLenum target, GLuint frameBuffer) {
-  g_bindings.emplace_back(target, frameBuffer);
-  g_bindFramebuffer(target, frameBuffer);
-}
-
+GLenum g_unanswered = 0;
+GLint g_infoLogLength = 0;
 void GLAPIENTRY ReplaceSource(GLuint shader, GLsizei count, const GLchar* const* sources,
                               const GLint* lengths) {
   EXPECT_EQ(count, 1);
@@ -45,13 +43,14 @@ void GLAPIENTRY ReplaceSource(GLuint shader, GLsizei count, const GLchar* const*
 }
 
 void GLAPIENTRY SayInvalid(GLuint program, GLenum name, GLint* value) {
+  if (name == g_unanswered) return;  // as for what the GL does not know
   g_getProgramiv(program, name, value);
-  if (name == GL_VALIDATE_STATUS) *value = 0;
-  if (name == GL_INFO_LOG_LENGTH) *value = 4;
+  if (name == GL_INFO_LOG_LENGTH) *value = g_infoLogLength;
 }
 
-void GLAPIENTRY SayWhy(GLuint, GLsizei, GLsizei*, GLchar* text) {
-  std::copy_n("why", 4, text);
+void GLAPIENTRY SayWhy(GLuint, GLsizei size, GLsizei*, GLchar* text) {
+  std::copy_n("why not?", size, text);
+  text[size - 1] = '\0';
 }
 
 /// How many of this process's descriptors are open on a file.
@@ -73,13 +72,6 @@ class ProgramTest : public ShaderFixture {
     g_sourcesUntilReplaced = nth;
     g_replacement = source;
     const Replaced<PFNGLSHADERSOURCEPROC> replaced(__glewShaderSource, ReplaceSource);
-    return work();
-  }
-  template <typename Work>
-  static int WithInvalidPrograms(const Work& work) {
-    g_getProgramiv = __glewGetProgramiv;
-    const Replaced<PFNGLGETPROGRAMIVPROC> replaced(__glewGetProgramiv, SayInvalid);
-    const Replaced<PFNGLGETPROGRAMINFOLOGPROC> log(__glewGetProgramInfoLog, SayWhy);
     return work();
   }
   int InitEffect(int effect) { return Init(effect, 0, 1, 8, 8, 8); }
@@ -140,10 +132,12 @@ TEST_F(ProgramTest, FailuresOfSetUpEndTheEffect) {
   const std::string link = "---CreateProgramFromShaders failed\n---Error linking!\n*";
   const struct {
     int effect, nthSource;
-    const char* source;  // null: the surface fails
+    const char* source;  // null: the surface fails, or cannot be made (-1)
     std::string log;     // '*': what the GL says
   } cases[] = {{0, 0, nullptr, blur + "---Blur shader AllocateforShader failed\n"},
                {1, 0, nullptr, filter + "---Misc shader AllocateforShader failed\n"},
+               {0, -1, nullptr, blur + "---Blur shader AllocateforShader failed\n"},
+               {1, -1, nullptr, filter + "---Misc shader AllocateforShader failed\n"},
                {0, 1, kBroken, blur + compile + "---BlurFragmentShaderH failed\n"},
                {0, 2, kBroken, blur + compile + "---BlurFragmentShaderV failed\n"},
                {1, 1, kBroken, filter + compile + "---MiscFragmentShader failed\n"},
@@ -156,6 +150,8 @@ TEST_F(ProgramTest, FailuresOfSetUpEndTheEffect) {
     const auto program = MakeProgram();
     NewLogLines();
     Effects().refuses = !each.source;
+    Faults faults;
+    if (each.nthSource < 0) faults.Fail(FaultPoint::kAllocGAssist);
     float parameters[5] = {0, 1, 8, 8, 8};
     EXPECT_EQ(WithSource(each.nthSource, each.source,
                          [&] { return program->Init(each.effect, parameters, 5); }),
@@ -175,6 +171,23 @@ TEST_F(ProgramTest, FailuresOfSetUpEndTheEffect) {
   }
 }
 
+/// Effects by themselves, without the program that takes those away that fail.
+TEST_F(ProgramTest, EffectsThatFailOrWereNeverSetUpDoNotRun) {
+  BlurShader blur(&m_info), unknown(nullptr);
+  MiscShader filter(&m_info);
+  const TestBitmap bitmap = SolidBitmap(8, 8, {9, 9, 9, 9});
+  EXPECT_EQ(blur.ProcessShader(bitmap.get(), bitmap.get()), 0);
+  float parameters[5] = {0, 1, 8, 8, 8};
+  EXPECT_EQ(unknown.InitShader(parameters, 5), 0) << "nobody tells the size of the output";
+  for (const bool refuses : {false, true}) {
+    Effects().refuses = refuses;
+    EXPECT_EQ(blur.InitShader(parameters, 5), refuses ? 0 : 1);
+    EXPECT_EQ(filter.InitShader(parameters, 5), refuses ? 0 : 1);
+    EXPECT_EQ(blur.IsOperational(), refuses ? 0 : 1);
+    EXPECT_EQ(filter.IsOperational(), refuses ? 0 : 1);
+  }
+}
+
 TEST_F(ProgramTest, ProgramsFromSources) {
   MakeCurrent();
   const GLuint shader = Program().LoadShaderFromSource(kSound, GL_FRAGMENT_SHADER);
@@ -184,9 +197,34 @@ TEST_F(ProgramTest, ProgramsFromSources) {
   const GLuint sound = Program().CreateProgramFromShaders(0, shader);
   EXPECT_NE(sound, 0u);
   EXPECT_EQ(NewLogLines(), Lines());
-  EXPECT_EQ(WithInvalidPrograms([&] { return Program().CreateProgramFromShaders(0, shader); }), 0);
-  EXPECT_EQ(NewLogLines(), (Lines{"---CreateProgramFromShaders Validation failed",
-                                  "---Error validating!", "why"}));
+  const struct {
+    GLenum unanswered;
+    GLint length;  // of the log
+    bool noMemory;
+    Lines wanted;
+  } cases[] = {{GL_LINK_STATUS, 4, false, {"Error linking!", "why"}},
+               {GL_VALIDATE_STATUS, 4, false, {"Error validating!", "why"}},
+               {GL_VALIDATE_STATUS, 1, false, {"Error validating!"}},
+               {GL_VALIDATE_STATUS, 9, true, {"Error validating!"}},
+               {GL_VALIDATE_STATUS, 0, false, {}}};
+  for (const auto& each : cases) {
+    Faults faults;
+    if (each.noMemory) faults.FailAlways(FaultPoint::kAllocExt);
+    g_getProgramiv = __glewGetProgramiv;
+    g_unanswered = each.unanswered;
+    g_infoLogLength = each.length;
+    const Replaced<PFNGLGETPROGRAMIVPROC> replaced(__glewGetProgramiv, SayInvalid);
+    const Replaced<PFNGLGETPROGRAMINFOLOGPROC> log(__glewGetProgramInfoLog, SayWhy);
+    EXPECT_EQ(Program().CreateProgramFromShaders(0, shader), 0u);
+    const bool links = each.unanswered == GL_VALIDATE_STATUS;
+    Lines wanted = {std::string("---CreateProgramFromShaders ") +
+                    (links ? "Validation failed" : "failed")};
+    for (const std::string& line : each.wanted)
+      wanted.push_back(line == "why" ? line : "---" + line);
+    EXPECT_EQ(NewLogLines(), wanted) << each.length;
+  }
+  EXPECT_EQ(Program().LoadShaderFromSource(kSound, GL_RGBA), 0u) << "the GL answers nothing";
+  EXPECT_EQ(NewLogLines(), Lines{"---LoadShaderFromSource failed"});
   const GLuint vertices = Program().LoadShaderFromSource(kVertices, GL_VERTEX_SHADER);
   const GLuint both = Program().CreateProgramFromShaders(vertices, shader);
   GLint attached = 0;
@@ -238,8 +276,10 @@ TEST_F(ProgramTest, LogLines) {
   MakeProgram();
   EXPECT_EQ(log(), "") << "made anew, with its stamp";
 
-  SetProgramPath("/proc/host");  // nothing can be made there
-  Program().WriteLog("lost");
+  for (const char* path : {"/proc/host", "host"}) {  // nothing can be made there
+    SetProgramPath(path);
+    Program().WriteLog("lost");
+  }
   EXPECT_EQ(InitEffect(1), 1);
   EXPECT_TRUE(Processes(1));
 }
@@ -298,28 +338,6 @@ TEST_F(ProgramTest, RunsLeaveNothingBehind) {
   EXPECT_EQ(LiveObjects().size(), objects.size() - 6) << "three shaders, three programs";
 }
 
-TEST_F(ProgramTest, RunsCopyAfterEachProgramAndOnceMore) {
-  const Pixels picture = RandomPixels(8, 8, 6);
-  for (const int effect : {0, 1}) {
-    for (const int passes : {0, 1, 3}) {
-      SCOPED_TRACE("effect " + std::to_string(effect) + ", passes " + std::to_string(passes));
-      ASSERT_EQ(Init(effect, 0, static_cast<float>(passes), 8, 8, 8), 1);
-      g_bindings.clear();
-      g_bindFramebuffer = __glewBindFramebuffer;
-      const Replaced<PFNGLBINDFRAMEBUFFERPROC> replaced(__glewBindFramebuffer, KeepBinding);
-      const GlRecorder gl;
-      Process(effect, picture);
-      const int programs = effect == 0 ? 2 : 1;
-      EXPECT_EQ(gl.Count("glCopyTexSubImage2D"), programs * passes + 1);
-      EXPECT_EQ(gl.Count("glBegin"), programs * passes + 1) << "the picture itself first";
-      ASSERT_EQ(g_bindings.size(), 2u);
-      EXPECT_EQ(g_bindings[0].first, static_cast<GLenum>(GL_FRAMEBUFFER));
-      const std::pair<GLenum, GLuint> reading(GL_READ_FRAMEBUFFER, 0);
-      EXPECT_EQ(g_bindings[1], reading) << "for drawing the deletion unbinds it";
-    }
-  }
-}
-
 TEST_F(ProgramTest, RunsWithoutPictureOrMemoryAnswer0) {
   ASSERT_EQ(InitEffect(1), 1);
   const Lines objects = LiveObjects();
@@ -336,10 +354,15 @@ TEST_F(ProgramTest, RunsWithoutPictureOrMemoryAnswer0) {
   }
   EXPECT_EQ(LiveObjects(), objects);
   EXPECT_EQ(none->GetBufferHead(), nullptr);
-  // A picture smaller than what the effect was set up for is black beyond itself.
+  // A picture smaller than what the effect was set up for is black beyond itself, whatever the
+  // memory held before.
+  std::array<void*, 8> blocks{};
+  for (void*& block : blocks) block = std::memset(AllocExt(8 * 8 * 4), 77, 8 * 8 * 4);
+  for (void* block : blocks) FreeExt(block);
   const TestBitmap small = SolidBitmap(4, 4, {9, 99, 199, 255});
   EXPECT_EQ(Program().Process(1, small.get(), none.get(), 0), 1);
-  EXPECT_EQ(Result(*none).At(7, 7, 0), 0);
+  const Pixels result = Result(*none);
+  for (std::size_t i = 4 * 4 * 4; i < 8 * 8 * 4; ++i) EXPECT_EQ(result.bytes[i], 0) << i;
 }
 
 TEST_F(ProgramTest, OcclusionCopiesItsSource) {
@@ -353,12 +376,54 @@ TEST_F(ProgramTest, OcclusionCopiesItsSource) {
   effect.Delete();
   effect.Delete();
   MakeCurrent();
+  EXPECT_EQ(effect.ProcessShader(source.get(), nullptr, 0), 0);
+  EXPECT_EQ(effect.ProcessShader(nullptr, destination.get(), 0), 0);
+  const TestBitmap endless(new HBitmapNode(65536, 32768));
+  EXPECT_EQ(effect.ProcessShader(endless.get(), destination.get(), 0), 0);
   const Lines objects = LiveObjects();
-  EXPECT_EQ(effect.ProcessShader(source.get(), destination.get(), 0), 1);
+  GlRecorder gl;
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(effect.ProcessShader(source.get(), destination.get(), 0), 1);
+  }
+  const Lines calls = gl.Calls();
   EXPECT_EQ(effect.IsOperational(), 0);
   EXPECT_EQ(LiveObjects(), objects);
   EXPECT_EQ(destination->GetWidth(), 6);
   EXPECT_NE(destination->FindBuffer("depth"), nullptr);
+  const auto texture = [](int number, const char* format, int filter, int wrap) {
+    return fmt::format(
+        "glGenTextures(1, pointer);glBindTexture(GL_TEXTURE_2D, {0});"
+        "glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, {2});"
+        "glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, {2});"
+        "glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, {3});"
+        "glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, {3});"
+        "glTexImage2D(GL_TEXTURE_2D, 0, {1}, 6, 5, 0, {1}, GL_UNSIGNED_BYTE, null);",
+        number, format, filter, wrap);
+  };
+  const Lines wanted = CallsIn(
+      texture(2, "GL_RGBA", GL_NEAREST, GL_CLAMP) + texture(3, "GL_RGBA", GL_NEAREST, GL_CLAMP) +
+      texture(4, "GL_LUMINANCE", GL_LINEAR, GL_CLAMP_TO_EDGE) +
+      "glPixelStorei(GL_UNPACK_ALIGNMENT, 1);glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 6, 5, "
+      "GL_LUMINANCE, GL_UNSIGNED_BYTE, pointer);glPixelStorei(GL_UNPACK_ALIGNMENT, 4);"
+      "glBindTexture(GL_TEXTURE_2D, 0);glDeleteTextures(4, {1})");
+  ASSERT_GE(calls.size(), 2 * wanted.size());
+  const auto middle = calls.begin() + static_cast<std::ptrdiff_t>(calls.size() / 2);
+  EXPECT_EQ(Lines(middle - static_cast<std::ptrdiff_t>(wanted.size()), middle), wanted);
+
+  // Depths that are not there, too few, or no floats count as none.
+  const std::tuple<HBitmapBuffer::ChannelType, int, int, bool> others[] = {
+      {HBitmapBuffer::kFloatChannel, 6, 5, false},
+      {HBitmapBuffer::kFloatChannel, 5, 5, true},
+      {HBitmapBuffer::kFloatChannel, 6, 4, true},
+      {HBitmapBuffer::kByteChannel, 6, 5, true}};
+  for (const auto& [type, width, height, filled] : others) {
+    const TestBitmap other = Bitmap(picture);
+    EXPECT_EQ(effect.ProcessShader(other.get(), destination.get(), 0), 1) << "without any";
+    auto* buffer = new HBitmapBuffer("DEPTH", type, 1, width, height);
+    other->AddBuffer(buffer);
+    if (filled) buffer->AllocateData(0);
+    EXPECT_EQ(effect.ProcessShader(other.get(), destination.get(), 0), 1);
+  }
 }
 
 }  // namespace

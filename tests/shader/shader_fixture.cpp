@@ -14,6 +14,7 @@
 #include "buffer/GL3Buffer.h"
 #include "hostkit/services/current_driver.h"
 #include "tests/support/next_symbol.h"
+#include "tests/support/platform_calls.h"
 
 namespace {
 
@@ -41,6 +42,13 @@ extern "C" DWORD GetModuleFileNameA(HMODULE module, char* path, DWORD size) {
   return static_cast<DWORD>(ProgramPath().size());
 }
 
+HByteBlock* HBitmapNode::CreateByteBlock(int wrap, int* flags, int bgr) {
+  using Function = HByteBlock*(HBitmapNode*, int, int*, int);
+  static auto* const next = NextSymbol<Function>("_ZN11HBitmapNode15CreateByteBlockEiPii");
+  const PlatformCall call("CreateByteBlock", wrap, *flags, bgr);
+  return next(this, wrap, flags, bgr);
+}
+
 int Pixels::At(int x, int y, int c) const {
   const int column = std::clamp(x, 0, width - 1), row = std::clamp(y, 0, height - 1);
   return bytes.at((static_cast<std::size_t>(row) * width + column) * 4 + c);
@@ -52,6 +60,13 @@ Pixels RandomPixels(int width, int height, unsigned seed) {
                 std::vector<std::uint8_t>(static_cast<std::size_t>(width * height) * 4)};
   for (std::uint8_t& byte : pixels.bytes) byte = static_cast<std::uint8_t>(random() >> 24);
   return pixels;
+}
+
+void ExpectNear(const Pixels& actual, const Pixels& wanted, int tolerance) {
+  ASSERT_EQ(actual.bytes.size(), wanted.bytes.size());
+  for (std::size_t i = 0; i < wanted.bytes.size(); ++i) {
+    ASSERT_NEAR(actual.bytes[i], wanted.bytes[i], tolerance) << "byte " << i;
+  }
 }
 
 GABuffer* EffectDriver::CreateBuffer(RenderInfo* info, int mode, int compatibleDC) {

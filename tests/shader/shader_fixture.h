@@ -22,6 +22,8 @@ struct Pixels {
   int At(int x, int y, int c) const;
 };
 Pixels RandomPixels(int width, int height, unsigned seed);
+/// Every byte within `tolerance`.
+void ExpectNear(const Pixels& actual, const Pixels& wanted, int tolerance);
 
 /// Effects never release their surfaces: the test's driver does. Can make them fail.
 class EffectDriver : public GL3GADriver {

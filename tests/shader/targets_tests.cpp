@@ -1,17 +1,26 @@
 // Bitmaps into textures and back: sizes, depths, merging; the free functions.
+#include <fmt/format.h>
 #include <half.h>
 
 #include <algorithm>
 #include <cfloat>
+#include <cmath>
 #include <cstring>
+#include <filesystem>
+#include <iterator>
 #include <new>
+#include <thread>
+#include <tuple>
 #include <vector>
 
 #include "platform/gl.h"
 #include "shader/Gl3ShaderMain.h"
+#include "shader/Gl3ShaderMainRun.h"
 #include "shader/RowMerge.h"
 #include "tests/shader/shader_fixture.h"
 #include "tests/support/faults.h"
+#include "tests/support/gl_names.h"
+#include "tests/support/gl_recorder.h"
 #include "texture/GL3Texture.h"
 
 namespace {
@@ -68,6 +77,7 @@ TEST_F(TargetsTest, TextureSizes) {
   EXPECT_EQ(TextureSize(1001, 601), Size(1004, 604));
   Effects().SetOption(GL3GADriver::kBgrBitmaps, false);
   EXPECT_EQ(TextureSize(1100, 3), Size(1022, 4)) << "cut off, with rows that end anywhere";
+  EXPECT_EQ(TextureSize(3, 1100), Size(4, 1022));
   const Replaced<GLboolean> old(__GLEW_ARB_texture_non_power_of_two, GL_FALSE);
   GL3GADriver::gl_max_texture_size = 4096;
   EXPECT_EQ(TextureSize(1000, 600), Size(1024, 512));
@@ -80,27 +90,81 @@ TEST_F(TargetsTest, DepthTexturesHoldTheLastDepthThroughout) {
     const Replaced<bool> several(GL3GADriver::m_useopenmp, threads > 1);
     const Replaced<int> count(GL3GADriver::m_azprocessor, threads);
     float smallest = 0, largest = 0;
-    std::vector<float> depths = {2, 4, 1e8f, 3, 2e9f, 2.5f, 2, 3, 2, 2, 2, 2, 2, 2, 4, 3};
-    for (const float texel : DepthTexels(depths, 4, smallest, largest))
-      EXPECT_NEAR(texel, 0.5, 1e-6);
-    EXPECT_EQ(smallest, 2);
-    EXPECT_EQ(largest, 4);
+    std::vector<float> depths(12 * 8, 3);
+    for (std::size_t i = 0; i < depths.size(); ++i) depths[i] = 10 + static_cast<float>(i);
+    depths[40] = 1e8f;
+    depths[41] = 2e9f;
+    depths.back() = 34;
+    const auto expect = [&](float texel, float least, float most) {
+      for (const float each : DepthTexels(depths, 12, smallest, largest)) {
+        ASSERT_NEAR(each, texel, 1e-6);
+      }
+      EXPECT_EQ(smallest, least);
+      EXPECT_EQ(largest, most);
+    };
+    expect(24 / 94.0f, 10, 104);
+    std::swap(depths[0], depths[93]);  // the ends of the range elsewhere
+    depths[94] = 9;
+    expect(25 / 94.0f, 9, 103);
     depths.back() = 1e8f;
-    for (const float texel : DepthTexels(depths, 4, smallest, largest)) EXPECT_EQ(texel, 1);
-    depths.assign(16, 3e8f);
-    for (const float texel : DepthTexels(depths, 4, smallest, largest)) EXPECT_EQ(texel, 1);
-    EXPECT_EQ(smallest, FLT_MAX);
-    EXPECT_EQ(largest, -FLT_MAX);
+    expect(1, 9, 103);
+    depths.assign(4 * 12, 3e8f);
+    expect(1, FLT_MAX, -FLT_MAX);
   }
 }
 
-TEST_F(TargetsTest, DepthTexturesOfNoDepthsOrNoSize) {
+TEST_F(TargetsTest, DepthsOfAnySizeAreScaledToTheTexture) {
+  MakeCurrent();
+  const TestBitmap bitmap(new HBitmapNode(9, 3));
+  auto* buffer = new HBitmapBuffer("Depth", HBitmapBuffer::kFloatChannel, 1, 9, 3);
+  bitmap->AddBuffer(buffer);
+  buffer->AllocateData(0);
+  std::fill_n(static_cast<float*>(buffer->Data()), 9 * 3, 5.0f);
+  float smallest = 0, largest = 0;
+  GlRecorder gl;
+  const GLuint texture = Program().CreateDepthTextureForShader(bitmap.get(), smallest, largest);
+  const std::string parameter = "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_";
+  EXPECT_EQ(
+      gl.Calls(),
+      CallsIn(fmt::format(
+          "glGenTextures(1, pointer);glBindTexture(GL_TEXTURE_2D, {0});{1}MIN_FILTER, GL_LINEAR);"
+          "{1}MAG_FILTER, GL_LINEAR);{1}WRAP_S, GL_CLAMP);{1}WRAP_T, GL_CLAMP);"
+          "glTexParameteri(GL_TEXTURE_2D, {2}, {3});"
+          "glTexImage2D(GL_TEXTURE_2D, 0, {4}, 12, 4, 0, GL_DEPTH_COMPONENT, GL_FLOAT, pointer);"
+          "glBindTexture(GL_TEXTURE_2D, 0)",
+          texture, parameter, EnumName(GL_TEXTURE_COMPARE_MODE), EnumName(GL_NONE),
+          EnumName(GL_DEPTH_COMPONENT24))));
+  glDeleteTextures(1, &texture);
+}
+
+TEST_F(TargetsTest, TexturesOfNoPictureNoDepthsOrNoSize) {
+  MakeCurrent();
   float smallest = 0, largest = 0;
   const TestBitmap colors = SolidBitmap(4, 4, {1, 2, 3, 4}), none(new HBitmapNode(4, 4));
   const TestBitmap huge(new HBitmapNode(INT32_MAX - 3, INT32_MAX - 3));
   for (HBitmapNode* bitmap : {colors.get(), none.get(), static_cast<HBitmapNode*>(nullptr)}) {
     EXPECT_EQ(Program().CreateDepthTextureForShader(bitmap, smallest, largest), 0u);
   }
+  // The first buffer must be as large as the bitmap, and have its data.
+  const std::tuple<int, int, bool> buffers[] = {{7, 4, true}, {8, 3, true}, {8, 4, false}};
+  for (const auto& [width, height, allocated] : buffers) {
+    const TestBitmap bitmap(new HBitmapNode(8, 4));
+    bitmap->AddBuffer(new HBitmapBuffer("Depth", HBitmapBuffer::kFloatChannel, 1, width, height));
+    if (allocated) bitmap->GetBufferHead()->AllocateData(0);
+    EXPECT_EQ(Program().CreateDepthTextureForShader(bitmap.get(), smallest, largest), 0u);
+  }
+  for (const auto& [width, height] : {std::pair{0, 4}, {4, 0}, {-4, 4}, {4, -4}}) {
+    const TestBitmap bitmap(new HBitmapNode(width, height));
+    int pixels = 7;
+    EXPECT_EQ(Program().CreateTextureForShader(bitmap.get(), pixels), 0u);
+    EXPECT_EQ(pixels, 0) << width << " x " << height;
+    EXPECT_EQ(Program().CreateDepthTextureForShader(bitmap.get(), smallest, largest), 0u);
+  }
+  int pixels = 7;
+  EXPECT_EQ(Program().CreateTextureForShader(nullptr, pixels), 0u);
+  EXPECT_EQ(pixels, 0);
+  EXPECT_EQ(Program().CreateTextureForShader(none.get(), pixels), 0u);
+  EXPECT_EQ(pixels, 16);
   const Replaced<int> limit(GL3GADriver::gl_max_texture_size, INT32_MAX);
   EXPECT_THROW(Program().CreateDepthTextureForShader(huge.get(), smallest, largest),
                std::bad_array_new_length);
@@ -143,6 +207,29 @@ TEST_F(TargetsTest, AnyNumberOfThreadsMergesTheSame) {
         ASSERT_EQ(halves[i], right[i]) << threads << " threads, mode " << mode << ", half " << i;
       }
     }
+  }
+}
+
+/// How many threads a merge starts that is done on a thread of its own.
+TEST_F(TargetsTest, MergesUseAsManyThreadsAsAreSet) {
+  const auto threads = [] {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+  };
+  const auto before = threads();
+  Pixels picture = RandomPixels(300, 1, 2);
+  for (const auto& [several, set, used] :
+       {std::tuple{false, 5, 1}, {true, 5, 5}, {true, 0, 1}, {true, -3, 1}, {true, 999, 256}}) {
+    const Replaced<bool> useSeveral(GL3GADriver::m_useopenmp, several);
+    const Replaced<int> count(GL3GADriver::m_azprocessor, set);
+    const TestBitmap bitmap(new HBitmapNode(300, 1));
+    std::ptrdiff_t during = 0;
+    std::thread([&] {
+      Program().MergeBuffers(nullptr, bitmap.get(), picture.bytes.data(), 0, 0, 0, 300, 1);
+      during = threads();
+    }).join();
+    EXPECT_EQ(during - before, used) << set;
+    EXPECT_EQ(Result(*bitmap).bytes, picture.bytes);
+    while (threads() > before) std::this_thread::yield();  // they end after the one they served
   }
 }
 
@@ -194,20 +281,56 @@ TEST_F(TargetsTest, MergesThatCannotBeDoneLeaveEverything) {
   merge(nullptr, nullptr, 1, 16, 16);
   merge(nullptr, nullptr, 0, 16, 16);
   merge(small.get(), nullptr, 1, 16, 16);
-  EXPECT_EQ(Result(*small).At(7, 7, 0), picture.At(7, 7, 0)) << "what fits";
+  const Pixels fitting = Result(*small);
+  for (int i = 0; i < 8 * 8 * 3; ++i) {
+    const int x = i / 3 % 8, y = i / 24;
+    ASSERT_EQ(fitting.At(x, y, i % 3), picture.At(x, y, i % 3)) << "what fits: " << x << ", " << y;
+  }
+  // No colours of half floats to put them over.
+  for (const auto& [type, channels] :
+       {std::pair{HBitmapBuffer::kHalfChannel, 3}, {HBitmapBuffer::kFloatChannel, 4}}) {
+    const TestBitmap other(new HBitmapNode(8, 8));
+    auto* buffer = new HBitmapBuffer("Other", type, channels, 8, 8);
+    other->AddBuffer(buffer);
+    merge(other.get(), nullptr, 1, 8, 8);
+    buffer->AllocateData(0);
+    std::memset(buffer->Data(), 5, 8 * 8 * 2 * 3);
+    merge(other.get(), nullptr, 1, 8, 8);
+    const auto* bytes = static_cast<const char*>(buffer->Data());
+    EXPECT_EQ(std::count(bytes, bytes + 8 * 8 * 2 * 3, 5), 8 * 8 * 2 * 3);
+  }
   merge(nullptr, none.get(), 0, -3, 16);
-  Faults faults;
-  faults.FailAlways(FaultPoint::kAllocBitmap);
-  merge(nullptr, none.get(), 0, 16, 16);
+  for (const FaultPoint point : {FaultPoint::kAllocBitmap, FaultPoint::kAllocString}) {
+    Faults faults;
+    faults.FailAlways(point);
+    merge(nullptr, none.get(), 0, 16, 16);
+  }
+}
+
+TEST(ShaderFunctionsTest, Truncated) {
+  const std::pair<double, std::int32_t> cases[] = {{3.9, 3},
+                                                   {-3.9, -3},
+                                                   {0.5, 0},
+                                                   {2147483647.5, INT32_MAX},
+                                                   {1e300, INT32_MIN},
+                                                   {-1e300, INT32_MIN},
+                                                   {2147483648.0, INT32_MIN},
+                                                   {-2147483647.5, -INT32_MAX},
+                                                   {-2147483648.5, INT32_MIN},
+                                                   {NAN, INT32_MIN}};
+  for (const auto& [value, wanted] : cases) EXPECT_EQ(Truncated(value), wanted) << value;
 }
 
 TEST(ShaderFunctionsTest, SGet2SuperLerpTileSize) {
+  EXPECT_EQ(SGet2(-5), -4);
+  EXPECT_EQ(SGet2(INT32_MAX), INT32_MAX) << "there is none above";
   EXPECT_EQ(SGet2(1000), 1000);
   EXPECT_EQ(SGet2(1001), 1004);
   EXPECT_EQ(SGet2(4097), 4100) << "no turning point";
   EXPECT_EQ(SuperLerp(0, 1, 2, 4, 3), 0.5f);
   EXPECT_EQ(SuperLerp(0, 1, 2, 4, 2), 0);
   EXPECT_EQ(SuperLerp(0, 1, 2, 4, 5), 1);
+  EXPECT_EQ(SuperLerp(5, 11, 2, 6, 5), 9.5f);
   EXPECT_EQ(SuperLerp(5, 9, 2, 2, 2), 5);
   EXPECT_EQ(SuperLerp(5, 9, 2, 2, 2.1f), 9);
   const std::pair<int, int> sizes[] = {{255, 255},  {510, 255}, {256, 128},
@@ -222,6 +345,10 @@ TEST(ShaderFunctionsTest, FillEdge) {
   };
   const Case cases[] = {
       {4, 3, {9, 8, 7, 9, 6, 5, 3, 9, 9, 4, 9, 9}, {5, 5, 3, 3, 5, 5, 3, 3, 4, 4, 3, 3}},
+      // Corners: themselves, a neighbour in the row, one in the column.
+      {3, 3, {1, 5, 9, 7, 8, 6, 3, 2, 9}, {1, 5, 5, 7, 8, 6, 2, 2, 2}},
+      {3, 3, {9, 7, 4, 5, 8, 6, 9, 9, 3}, {5, 7, 4, 5, 8, 6, 5, 8, 3}},
+      {3, 4, {9, 9, 9, 9, 7, 3, 1, 6, 9, 2, 9, 9}, {7, 7, 3, 7, 7, 3, 1, 6, 6, 1, 6, 6}},
       {2, 2, {1, 5, 6, 9}, {1, 1, 1, 1}},
       {2, 3, {9, 9, 3, 5, 9, 9}, {3, 3, 3, 3, 3, 3}},
       {1, 3, {3, 2, 1}, {3, 2, 1}},

@@ -1,8 +1,50 @@
 // Host images into GL textures: sizes, formats, parameters and what becomes of the pixels.
+#include <algorithm>
+#include <cstring>
+
 #include "driver/GL3Driver.h"
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/faults.h"
+#include "tests/support/gl_names.h"
 #include "tests/support/gl_recorder.h"
+#include "tests/support/next_symbol.h"
+#include "tests/support/platform_calls.h"
+
+// In front of the host kit's. The tests here have them told among the platform's calls.
+
+namespace {
+bool g_tellsHostCalls = false;
+}
+
+HBitmapNode* HBitmapNode::ScaleBitmap(int width, int height) {
+  using Function = HBitmapNode*(HBitmapNode*, int, int);
+  static auto* const next = NextSymbol<Function>("_ZN11HBitmapNode11ScaleBitmapEii");
+  if (!g_tellsHostCalls) return next(this, width, height);
+  const PlatformCall call("ScaleBitmap", width, height);
+  return next(this, width, height);
+}
+
+HByteBlock* HBitmapNode::CreateByteBlock(int wrap, int* flags, int bgr) {
+  using Function = HByteBlock*(HBitmapNode*, int, int*, int);
+  static auto* const next = NextSymbol<Function>("_ZN11HBitmapNode15CreateByteBlockEiPii");
+  if (!g_tellsHostCalls) return next(this, wrap, flags, bgr);
+  const PlatformCall call("CreateByteBlock", wrap, *flags, bgr);
+  return next(this, wrap, flags, bgr);
+}
+
+void HTreeObject::DeleteHandle() {
+  static auto* const next = NextSymbol<void(HTreeObject*)>("_ZN11HTreeObject12DeleteHandleEv");
+  if (!g_tellsHostCalls) return next(this);
+  const PlatformCall call("ReleaseScaled");
+  next(this);
+}
+
+void HByteBlock::DeleteHandle() {
+  static auto* const next = NextSymbol<void(HByteBlock*)>("_ZN10HByteBlock12DeleteHandleEv");
+  if (!g_tellsHostCalls) return next(this);
+  const PlatformCall call("ReleaseBytes");
+  next(this);
+}
 
 namespace {
 
@@ -13,14 +55,22 @@ TEST(TextureSizeTest, SizesAreRounded) {
     bool powersOfTwo;
     TextureSize wanted;
   };
-  const Case cases[] = {
-      {{300, 100}, 8192, false, {300, 100}},     {{301, 101}, 8192, false, {304, 104}},
-      {{5000, 5001}, 8192, false, {5000, 5000}}, {{4096, 4097}, 8192, false, {4096, 4096}},
-      {{4093, 5003}, 8192, false, {4096, 5000}}, {{300, 100}, 8192, true, {256, 128}},
-      {{724, 725}, 8192, true, {512, 1024}},     {{1, 3}, 8192, true, {1, 4}},
-      {{1024, 30}, 1024, false, {512, 16}},      {{30, 1024}, 1024, false, {16, 512}},
-      {{1023, 30}, 1024, false, {1024, 32}},     {{4800, 30}, 1024, false, {2400, 16}},
-      {{2048, 1}, 1024, true, {1024, 1}}};
+  const Case cases[] = {{{300, 100}, 8192, false, {300, 100}},
+                        {{301, 101}, 8192, false, {304, 104}},
+                        {{5000, 5001}, 8192, false, {5000, 5000}},
+                        {{4096, 4097}, 8192, false, {4096, 4096}},
+                        {{4093, 5003}, 8192, false, {4096, 5000}},
+                        {{300, 100}, 8192, true, {256, 128}},
+                        {{724, 725}, 8192, true, {512, 1024}},
+                        {{1, 3}, 8192, true, {1, 4}},
+                        {{1024, 30}, 1024, false, {512, 16}},
+                        {{30, 1024}, 1024, false, {16, 512}},
+                        {{1023, 30}, 1024, false, {1024, 32}},
+                        {{4800, 30}, 1024, false, {2400, 16}},
+                        {{2048, 1}, 1024, true, {1024, 1}},
+                        {{1, 2047}, 1024, true, {1, 1024}},
+                        {{-3, 0}, 8192, false, {0, 0}},
+                        {{0, -3}, 8192, true, {1, 1}}};
   for (const Case& c : cases) {
     const TextureSize size = TextureSizeFor(c.bitmap, c.limit, c.powersOfTwo);
     EXPECT_EQ(size, c.wanted) << c.bitmap.width << " x " << c.bitmap.height;
@@ -31,157 +81,234 @@ TEST(TextureSizeTest, SizesAreRounded) {
   EXPECT_EQ(Get4(4127), 4112);
 }
 
+// What a log of calls consists of.
+constexpr char kMakeCurrent[] =
+    "aglSetDrawable(context1, port1);aglSetCurrentContext(context1);CGLEnable(context1, 313);";
+constexpr char kAnisotropy[] = "glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT, 7);";
+constexpr char kBorder[] =
+    "glTexParameterfv(GL_TEXTURE_2D, GL_TEXTURE_BORDER_COLOR, {1, 0, 0, 0});";
+constexpr char kAskCompressed[] =
+    "glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_COMPRESSED);";
+constexpr char kUnbind[] = "glBindTexture(GL_TEXTURE_2D, 0);";
+constexpr char kRelease[] = "ReleaseScaled();ReleaseBytes();";
+
+std::string Scaling(TextureSize size) {
+  return fmt::format("ScaleBitmap({}, {});", size.width, size.height);
+}
+std::string NewTexture(const GL3GATexture& texture, const char* wrap) {
+  std::string text =
+      fmt::format("glGenTextures(1, pointer);glBindTexture(GL_TEXTURE_2D, {});", texture.m_texture);
+  const std::pair<const char*, const char*> parameters[] = {
+      {"MAG_FILTER", "GL_LINEAR"}, {"MIN_FILTER", "GL_LINEAR"}, {"WRAP_S", wrap}, {"WRAP_T", wrap}};
+  for (const auto& [parameter, value] : parameters) {
+    text += fmt::format("glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_{}, {});", parameter, value);
+  }
+  return text;
+}
+std::string Image(const char* target, const char* internal, TextureSize size, const char* format,
+                  const std::string& pixels) {
+  return fmt::format("glTexImage2D({}, 0, {}, {}, {}, 0, {}, GL_UNSIGNED_BYTE, {});", target,
+                     internal, size.width, size.height, format, pixels);
+}
+std::string Upload(const char* internal, TextureSize size, const char* format) {
+  const int row = size.width * (std::strchr(format, 'A') ? 4 : 3);
+  const std::string image =
+      Image("GL_TEXTURE_2D", internal, size, format, fmt::format("+0 of {}", row * size.height));
+  if (row % 4 == 0) return image;
+  return "glPixelStorei(GL_UNPACK_ALIGNMENT, 1);" + image +
+         "glPixelStorei(GL_UNPACK_ALIGNMENT, 4);";
+}
+std::string Proxy(TextureSize size, const char* format) {
+  return Image("GL_PROXY_TEXTURE_2D", "GL_RGBA8", size, format, "null") +
+         fmt::format("glGetTexLevelParameteriv(GL_PROXY_TEXTURE_2D, 0, {});",
+                     EnumName(GL_TEXTURE_INTERNAL_FORMAT));
+}
+
+/// A picture whose bytes differ from pixel to pixel and from channel to channel; opaque or not.
+TestBitmap NumberedBitmap(TextureSize size, bool opaque) {
+  TestBitmap bitmap = SolidBitmap(size.width, size.height, {});
+  auto* bytes = static_cast<std::uint8_t*>(bitmap->GetBufferHead()->Data());
+  for (int i = 0; i < size.width * size.height * 4; ++i) {
+    bytes[i] = static_cast<std::uint8_t>(opaque && i % 4 == 3 ? 255 : 7 * i + 3);
+  }
+  return bitmap;
+}
+
+using Option = GL3GADriver::OptionFlag;
+using Bytes = std::vector<unsigned char>;
+
 class TextureTest : public DrawingFixture {
  protected:
   void SetUp() override {
     DrawingFixture::SetUp();
-    ResetTarget();
-    Module().MakeCurrent();
+    GL3GADriver::gl_max_texture_max_anisotropy_ext = 7;
+    SetOptions({});
   }
-  GL3GADriver& Module() { return static_cast<GL3GADriver&>(*Driver()); }
-
-  static GLint Parameter(const GL3GATexture& texture, GLenum name) {
-    GLint value = 0;
-    glBindTexture(GL_TEXTURE_2D, texture.m_texture);
-    glGetTexParameteriv(GL_TEXTURE_2D, name, &value);
-    return value;
+  /// Of those that textures read, these alone are on.
+  void SetOptions(const std::vector<Option>& options) {
+    for (const Option option : {Option::kAnisotropicWanted, Option::kPowerOfTwoTextures,
+                                Option::kBgrBitmaps, Option::kCompressTextures}) {
+      static_cast<GL3GADriver&>(*Driver()).SetOption(
+          option, std::count(options.begin(), options.end(), option) > 0);
+    }
+  }
+  /// What `work` calls, with the target's context current before. `own`: the driver's is then.
+  template <typename Work>
+  Lines CallsOf(GlRecorder& gl, bool own, const Work& work) {
+    {
+      const GlRecorderPause pause;
+      Buffer().MakeCurrent(0);
+    }
+    const AGLContext former = GL3GADriver::m_prevcontext;
+    gl.Clear();
+    gl.LogPlatform(true);
+    g_tellsHostCalls = true;
+    work();
+    g_tellsHostCalls = false;
+    EXPECT_EQ(GL3GADriver::m_prevcontext, own ? GL3GADriver::m_context : former);
+    return gl.Calls();
   }
   /// Texels in rows, four bytes each.
-  static std::vector<unsigned char> Texels(const GL3GATexture& texture) {
+  static Bytes Texels(const GL3GATexture& texture) {
     const GlRecorderPause pause;
-    std::vector<unsigned char> texels(
-        static_cast<std::size_t>(texture.m_width * texture.m_height * 4));
+    Bytes texels(static_cast<std::size_t>(texture.m_width * texture.m_height * 4));
     glBindTexture(GL_TEXTURE_2D, texture.m_texture);
     glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels.data());
     return texels;
   }
-  /// Texels that are not of the given colour.
-  static int CountOther(const GL3GATexture& texture, std::array<int, 4> rgba) {
-    const std::vector<unsigned char> texels = Texels(texture);
-    int others = 0;
-    for (std::size_t i = 0; i < texels.size(); i += 4) {
-      for (std::size_t k = 0; k < 4; ++k) {
-        if (texels[i + k] == rgba.at(k)) continue;
-        ++others;
-        break;
-      }
-    }
-    return others;
+  static Bytes BytesOf(const HBitmapNode& bitmap) {
+    const auto* bytes = static_cast<const unsigned char*>(bitmap.GetBufferHead()->Data());
+    return {bytes, bytes + bitmap.GetWidth() * bitmap.GetHeight() * 4};
   }
-  static Lines Uploads(const GlRecorder& gl) { return gl.CallsTo("glTexImage2D"); }
 };
 
-TEST_F(TextureTest, BitmapsAreUploadedAtTheirRoundedSize) {
+TEST_F(TextureTest, SurfacesArePicturesAtTheirRoundedSize) {
+  struct Case {
+    int limit;  // of the GL's textures
+    TextureSize bitmap;
+    int wrap;
+    const char* format;
+    std::vector<Option> options;
+    TextureSize size;
+    bool packed;           // tried first
+    GLint compressed = 0;  // what the GL says of it
+  };
+  const Case cases[] = {
+      {8192, {30, 9}, 0, "GL_RGB", {}, {32, 12}, false},
+      {8192, {32, 12}, -1, "GL_RGB", {Option::kAnisotropicWanted}, {32, 12}, false},
+      {8192, {30, 9}, 5, "GL_RGBA", {Option::kPowerOfTwoTextures}, {32, 8}, false},
+      {8192,
+       {2, 4},
+       0,
+       "GL_BGR",
+       {Option::kPowerOfTwoTextures, Option::kBgrBitmaps},
+       {2, 4},
+       false},
+      {8192, {12, 32}, 3, "GL_BGRA", {Option::kBgrBitmaps}, {12, 32}, false},
+      {8192, {12, 32}, 0, "GL_RGBA", {}, {12, 32}, false},
+      {30, {30, 9}, 0, "GL_RGB", {}, {16, 4}, false},
+      {31, {30, 9}, 0, "GL_RGB", {}, {32, 12}, false},
+      // A quarter is 20.
+      {83, {20, 18}, 0, "GL_RGB", {Option::kCompressTextures}, {20, 20}, false},
+      {83, {21, 4}, 0, "GL_RGBA", {Option::kCompressTextures}, {24, 4}, true},
+      {83, {4, 24}, 0, "GL_RGB", {Option::kCompressTextures}, {4, 24}, true, 2},
+      {83, {4, 24}, 0, "GL_RGB", {Option::kAnisotropicWanted}, {4, 24}, false}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(&c - cases);
+    GL3GADriver::gl_max_texture_size = c.limit;
+    SetOptions(c.options);
+    const bool opaque = !std::strchr(c.format, 'A'), bgr = c.format[3] == 'B';
+    const TestBitmap bitmap = NumberedBitmap(c.bitmap, opaque);
+    GL3GATexture texture;
+    texture.m_flags = opaque ? 0x83 : 0x82;  // another answer, and bits that are not its own
+    GlRecorder gl;
+    gl.OverrideTexLevel(GL_TEXTURE_2D, GL_TEXTURE_COMPRESSED, {c.compressed});
+    const Lines calls =
+        CallsOf(gl, true, [&] { EXPECT_EQ(texture.MakeGATexture(bitmap.get(), c.wrap, 5, 6), 1); });
+    const bool scaled = c.bitmap != c.size;
+    std::string wanted;
+    if (scaled) wanted += Scaling(c.size);
+    wanted += fmt::format("CreateByteBlock({}, 0, {});", c.wrap, bgr ? 1 : 0) + kMakeCurrent;
+    wanted += NewTexture(texture, c.wrap ? "GL_CLAMP_TO_BORDER" : "GL_REPEAT");
+    wanted += (c.wrap ? kBorder : "") + Proxy(c.size, c.format);
+    if (c.packed) wanted += Upload("GL_COMPRESSED_RGBA", c.size, c.format) + kAskCompressed;
+    if (!c.compressed) wanted += Upload("GL_RGBA8", c.size, c.format);
+    if (std::count(c.options.begin(), c.options.end(), Option::kAnisotropicWanted)) {
+      wanted += kAnisotropy;
+    }
+    wanted += kUnbind;
+    if (scaled) wanted += "ReleaseScaled();";
+    EXPECT_EQ(calls, CallsIn(wanted + "ReleaseBytes()"));
+    EXPECT_EQ(texture.m_flags, opaque ? 0x82 : 0x83);
+    EXPECT_EQ(texture.HasTransparency(), !opaque);
+    EXPECT_EQ((TextureSize{texture.m_width, texture.m_height}), c.size);
+    if (!scaled && !c.packed) {
+      EXPECT_EQ(Texels(texture), BytesOf(*bitmap));
+    }
+  }
+}
+
+TEST_F(TextureTest, WhatTheGLLacksIsDoneWithout) {
+  GLboolean* const flags[] = {&__GLEW_ARB_texture_non_power_of_two,
+                              &__GLEW_ARB_texture_border_clamp,
+                              &__GLEW_EXT_texture_filter_anisotropic};
+  SetOptions({Option::kAnisotropicWanted});
+  for (GLboolean* flag : flags) *flag = GL_FALSE;
+  const TestBitmap bitmap = NumberedBitmap({48, 9}, true);
   GL3GATexture texture;
   GlRecorder gl;
-  EXPECT_EQ(texture.MakeGATexture(SolidBitmap(30, 9, {10, 200, 90, 255}).get(), 0, 5, 6), 1);
-  EXPECT_EQ(Uploads(gl),
-            (Lines{"glTexImage2D(GL_PROXY_TEXTURE_2D, 0, GL_RGBA8, 32, 12, 0, GL_RGB, "
-                   "GL_UNSIGNED_BYTE, null)",
-                   "glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 32, 12, 0, GL_RGB, GL_UNSIGNED_BYTE, "
-                   "pointer)"}));
-  EXPECT_EQ(gl.Calls().back(), "glBindTexture(GL_TEXTURE_2D, 0)");
-  EXPECT_EQ(CountOther(texture, {10, 200, 90, 255}), 0);
-  EXPECT_FALSE(texture.HasTransparency());
-  const GLuint first = texture.m_texture;
-
-  Module().SetOption(GL3GADriver::kPowerOfTwoTextures, true);
-  EXPECT_EQ(texture.MakeGATexture(SolidBitmap(30, 9, {10, 200, 90, 7}).get(), 0, 0, 0), 1);
-  EXPECT_EQ(texture.m_height, 8);
-  EXPECT_TRUE(texture.HasTransparency());
-  EXPECT_NE(texture.m_texture, first);  // the maker frees nothing
-  EXPECT_EQ(CountOther(texture, {10, 200, 90, 7}), 0);
-  glDeleteTextures(1, &first);
-}
-
-TEST_F(TextureTest, MissingExtensionsAskForPowersOfTwoAndPlainClamping) {
-  GL3GATexture texture;
-  const GLboolean npot = __GLEW_ARB_texture_non_power_of_two;
-  const GLboolean border = __GLEW_ARB_texture_border_clamp;
-  __GLEW_ARB_texture_non_power_of_two = __GLEW_ARB_texture_border_clamp = GL_FALSE;
-  texture.MakeGATexture(SolidBitmap(48, 9, {1, 2, 3, 255}).get(), 1, 0, 0);
-  __GLEW_ARB_texture_non_power_of_two = npot;
-  __GLEW_ARB_texture_border_clamp = border;
-  EXPECT_EQ(texture.m_width, 64);
-  EXPECT_EQ(Parameter(texture, GL_TEXTURE_WRAP_S), GL_CLAMP);
-}
-
-TEST_F(TextureTest, WrapModesAndFilters) {
-  Module().SetOption(GL3GADriver::kAnisotropicWanted, false);
-  GL3GATexture repeated, clamped;
-  repeated.MakeGATexture(SolidBitmap(4, 4, {1, 2, 3, 255}).get(), 0, 0, 0);
-  clamped.MakeGATexture(SolidBitmap(4, 4, {1, 2, 3, 255}).get(), -1, 0, 0);
-  EXPECT_EQ(Parameter(repeated, GL_TEXTURE_WRAP_S), GL_REPEAT);
-  EXPECT_EQ(Parameter(repeated, GL_TEXTURE_WRAP_T), GL_REPEAT);
-  EXPECT_EQ(Parameter(clamped, GL_TEXTURE_WRAP_S), GL_CLAMP_TO_BORDER);
-  EXPECT_EQ(Parameter(clamped, GL_TEXTURE_WRAP_T), GL_CLAMP_TO_BORDER);
-  EXPECT_EQ(Parameter(clamped, GL_TEXTURE_MIN_FILTER), GL_LINEAR);
-  EXPECT_EQ(Parameter(clamped, GL_TEXTURE_MAG_FILTER), GL_LINEAR);
-  EXPECT_EQ(Parameter(clamped, GL_TEXTURE_MAX_ANISOTROPY_EXT), 1);
-  GLfloat border[4] = {};
-  glGetTexParameterfv(GL_TEXTURE_2D, GL_TEXTURE_BORDER_COLOR, border);
-  EXPECT_EQ(std::vector<float>(border, border + 4), (std::vector<float>{1, 0, 0, 0}));
-
-  Module().SetOption(GL3GADriver::kAnisotropicWanted, true);
-  GL3GADriver::gl_max_texture_max_anisotropy_ext = 4;
-  GL3GATexture sharp;
-  sharp.MakeGATexture(SolidBitmap(4, 4, {1, 2, 3, 255}).get(), 0, 0, 0);
-  EXPECT_EQ(Parameter(sharp, GL_TEXTURE_MAX_ANISOTROPY_EXT), 4);
-}
-
-TEST_F(TextureTest, OnlyLargePicturesAreCompressed) {
-  GL3GADriver::gl_max_texture_size = 83;  // a quarter is 20
-  const auto formats = [&](int width, int height, const std::vector<GLint>& compressed) {
-    GL3GATexture texture;
-    GlRecorder gl;
-    gl.OverrideTexLevel(GL_TEXTURE_2D, GL_TEXTURE_COMPRESSED, compressed);
-    texture.MakeGATexture(SolidBitmap(width, height, {1, 2, 3, 255}).get(), 0, 0, 0);
-    std::vector<std::string> formats;
-    for (const std::string& upload : gl.CallsTo("glTexImage2D(GL_TEXTURE_2D, 0, ")) {
-      formats.push_back(upload.substr(31, upload.find(',', 31) - 31));
-    }
-    return formats;
-  };
-  const std::string plain = "GL_RGBA8";
-  const std::string packed = "GL_COMPRESSED_RGBA";
-  EXPECT_EQ(formats(20, 20, {}), Lines{plain});
-  EXPECT_EQ(formats(24, 4, {1}), Lines{packed});
-  EXPECT_EQ(formats(4, 24, {1}), Lines{packed});
-  EXPECT_EQ(formats(24, 4, {0}), (Lines{packed, plain}));  // refused
-  Module().SetOption(GL3GADriver::kCompressTextures, false);
-  EXPECT_EQ(formats(24, 4, {}), Lines{plain});
+  const Lines calls = CallsOf(gl, true, [&] { texture.MakeGATexture(bitmap.get(), 1, 0, 0); });
+  for (GLboolean* flag : flags) *flag = GL_TRUE;
+  EXPECT_EQ(calls, CallsIn(Scaling({64, 8}) + "CreateByteBlock(1, 0, 0);" + kMakeCurrent +
+                           NewTexture(texture, "GL_CLAMP") + Proxy({64, 8}, "GL_RGB") +
+                           Upload("GL_RGBA8", {64, 8}, "GL_RGB") + kUnbind + kRelease));
 }
 
 TEST_F(TextureTest, ARefusedSizeIsHalvedOnce) {
   GL3GADriver::gl_max_texture_size = 40;  // large enough to compress, which the retry never does
-  // Of 10 texels in three bytes, rows end between the multiples of four that the GL expects.
-  GL3GATexture texture;
-  GlRecorder gl;
-  gl.OverrideTexLevel(GL_PROXY_TEXTURE_2D, GL_TEXTURE_INTERNAL_FORMAT, {0});
-  EXPECT_EQ(texture.MakeGATexture(SolidBitmap(19, 7, {10, 200, 90, 255}).get(), 0, 0, 0), 1);
-  EXPECT_EQ(Uploads(gl),
-            (Lines{"glTexImage2D(GL_PROXY_TEXTURE_2D, 0, GL_RGBA8, 20, 8, 0, GL_RGB, "
-                   "GL_UNSIGNED_BYTE, null)",
-                   "glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 10, 4, 0, GL_RGB, GL_UNSIGNED_BYTE, "
-                   "pointer)"}));
-  EXPECT_EQ(texture.m_width, 10);
-  EXPECT_EQ(texture.m_height, 4);
-  EXPECT_EQ(CountOther(texture, {10, 200, 90, 255}), 0);
-  GLint alignment = 0;
-  glGetIntegerv(GL_UNPACK_ALIGNMENT, &alignment);
-  EXPECT_EQ(alignment, 4);
+  SetOptions({Option::kCompressTextures, Option::kAnisotropicWanted});
+  // At half the size the one pixel that is not opaque is lost. Of 10 texels in three bytes, rows
+  // end between the multiples of four that the GL expects.
+  const TestBitmap bitmap = SolidBitmap(20, 8, {10, 200, 90, 255});
+  static_cast<std::uint8_t*>(bitmap->GetBufferHead()->Data())[83] = 254;
+  for (const GLint answer : {0, GL_RGBA}) {
+    GL3GATexture texture;
+    texture.m_flags = 0x82;
+    GlRecorder gl;
+    gl.OverrideTexLevel(GL_PROXY_TEXTURE_2D, GL_TEXTURE_INTERNAL_FORMAT, {answer});
+    const Lines calls =
+        CallsOf(gl, true, [&] { EXPECT_EQ(texture.MakeGATexture(bitmap.get(), 3, 0, 0), 1); });
+    EXPECT_EQ(calls, CallsIn(std::string("CreateByteBlock(3, 0, 0);") + kMakeCurrent +
+                             NewTexture(texture, "GL_CLAMP_TO_BORDER") + kBorder +
+                             Proxy({20, 8}, "GL_RGBA") + "ReleaseBytes();" + Scaling({10, 4}) +
+                             "CreateByteBlock(3, 0, 0);" + Upload("GL_RGBA8", {10, 4}, "GL_RGB") +
+                             kRelease + kAnisotropy + kUnbind));
+    EXPECT_EQ((TextureSize{texture.m_width, texture.m_height}), (TextureSize{10, 4}));
+    EXPECT_EQ(texture.m_flags, 0x82);
+    const Bytes texels = Texels(texture);
+    for (std::size_t i = 0; i < texels.size(); ++i) {
+      ASSERT_EQ(texels[i], (std::array{10, 200, 90, 255}.at(i % 4))) << i;
+    }
+  }
 }
 
-TEST_F(TextureTest, BlueFirstBytesGiveTheSamePicture) {
-  Module().SetOption(GL3GADriver::kBgrBitmaps, true);
-  GL3GATexture opaque, clear;
-  GlRecorder gl;
-  opaque.MakeGATexture(SolidBitmap(4, 4, {10, 200, 90, 255}).get(), 0, 0, 0);
-  clear.MakeGATextureForShader(SolidBitmap(4, 4, {10, 200, 90, 30}).get());
-  EXPECT_NE(Uploads(gl)[1].find("GL_BGR,"), std::string::npos);
-  EXPECT_NE(Uploads(gl)[2].find("GL_BGRA,"), std::string::npos);
-  EXPECT_EQ(CountOther(opaque, {10, 200, 90, 255}), 0);
-  EXPECT_EQ(CountOther(clear, {10, 200, 90, 30}), 0);
+TEST_F(TextureTest, WithoutMemoryForTheRetryNoNameIsKept) {
+  const TestBitmap bitmap = SolidBitmap(18, 6, {1, 2, 3, 255});
+  // The scaled picture's memory and its bytes', before the GL refuses the size and after that.
+  for (int nth = 1; nth <= 5; ++nth) {
+    SCOPED_TRACE(nth);
+    GL3GATexture::m_maxlist = 0;
+    GL3GATexture texture;
+    GlRecorder gl;
+    gl.OverrideTexLevel(GL_PROXY_TEXTURE_2D, GL_TEXTURE_INTERNAL_FORMAT, {0});
+    Faults faults;
+    faults.Fail(FaultPoint::kAllocBitmap, nth);
+    EXPECT_EQ(texture.MakeGATexture(bitmap.get(), 0, 0, 0), nth == 5 ? 1 : 0);
+    EXPECT_EQ(gl.Count("glGenTextures"), nth < 3 ? 0 : 1);
+    EXPECT_EQ(gl.Count("glDeleteTextures"), nth == 3 || nth == 4 ? 1 : 0);
+    EXPECT_EQ(texture.m_texture != 0, nth == 5);
+    EXPECT_EQ(GL3GATexture::m_maxlist, static_cast<int>(texture.m_texture));
+  }
 }
 
 TEST_F(TextureTest, PlanesAreInterleavedRowByRow) {
@@ -190,67 +317,71 @@ TEST_F(TextureTest, PlanesAreInterleavedRowByRow) {
   GL3GATexture texture;
   texture.m_width = 3;
   texture.m_height = 2;
-  EXPECT_EQ(texture.MakeGATexture(planes), 1);
-  EXPECT_EQ(Texels(texture),
-            (std::vector<unsigned char>{1, 11, 21, 255, 2, 12, 22, 255, 3, 13, 23, 255,  //
-                                        4, 14, 24, 255, 5, 15, 25, 255, 6, 16, 26, 255}));
-  EXPECT_EQ(Parameter(texture, GL_TEXTURE_WRAP_T), GL_REPEAT);
-  EXPECT_FALSE(texture.HasTransparency());
-  planes[22] = 254;
-  texture.FreeGATexture();
-  texture.MakeGATexture(planes);
-  EXPECT_TRUE(texture.HasTransparency());
-  planes[22] = 255;
-  texture.FreeGATexture();
-  texture.MakeGATexture(planes);
-  EXPECT_TRUE(texture.HasTransparency());  // stays as it was
+  texture.m_flags = 0x82;
+  GlRecorder gl;
+  const Lines calls = CallsOf(gl, true, [&] { EXPECT_EQ(texture.MakeGATexture(planes), 1); });
+  EXPECT_EQ(calls, CallsIn(kMakeCurrent + NewTexture(texture, "GL_REPEAT") +
+                           Upload("GL_RGBA8", {3, 2}, "GL_RGBA") + kUnbind));
+  EXPECT_EQ(Texels(texture), (Bytes{1, 11, 21, 255, 2, 12, 22, 255, 3, 13, 23, 255,  //
+                                    4, 14, 24, 255, 5, 15, 25, 255, 6, 16, 26, 255}));
+  EXPECT_EQ(texture.m_flags, 0x82);
+  for (const int alpha : {254, 7, 255}) {
+    planes[10] = static_cast<unsigned char>(alpha);
+    texture.FreeGATexture();
+    texture.MakeGATexture(planes);
+    EXPECT_EQ(Texels(texture)[7], alpha);
+    EXPECT_EQ(texture.m_flags, 0x83) << "stays as it was";
+  }
 }
 
 TEST_F(TextureTest, ShaderInputsAreMadeInTheContextOfTheCaller) {
-  OffscreenTarget target(Driver(), 8, 8);
-  ASSERT_TRUE(target.ready);
-  const AGLContext current = GL3GADriver::m_prevcontext;
   GL3GADriver::gl_max_texture_size = 40;
-  GL3GATexture texture;
-  GlRecorder gl;
-  EXPECT_EQ(texture.MakeGATextureForShader(SolidBitmap(18, 5, {10, 200, 90, 255}).get()), 1);
-  EXPECT_EQ(GL3GADriver::m_prevcontext, current);
-  EXPECT_EQ(Uploads(gl), Lines{"glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 20, 8, 0, GL_RGB, "
-                               "GL_UNSIGNED_BYTE, pointer)"});
-  EXPECT_EQ(gl.Count("glTexParameterf"), 0);
-  EXPECT_EQ(Parameter(texture, GL_TEXTURE_WRAP_S), GL_CLAMP_TO_EDGE);
-  EXPECT_EQ(Parameter(texture, GL_TEXTURE_WRAP_T), GL_CLAMP_TO_EDGE);
-  EXPECT_EQ(Parameter(texture, GL_TEXTURE_MIN_FILTER), GL_LINEAR);
-  texture.FreeGATexture();
-  EXPECT_NE(GL3GADriver::m_prevcontext, current);  // freeing goes to the driver's own
+  for (const bool opaque : {true, false}) {
+    SetOptions({Option::kCompressTextures, Option::kAnisotropicWanted,
+                opaque ? Option::kCompressTextures : Option::kBgrBitmaps});
+    const TestBitmap bitmap = NumberedBitmap({18, 5}, opaque);
+    GL3GATexture texture;
+    texture.m_flags = opaque ? 0x83 : 0x82;
+    GlRecorder gl;
+    const Lines calls =
+        CallsOf(gl, false, [&] { EXPECT_EQ(texture.MakeGATextureForShader(bitmap.get()), 1); });
+    const char* format = opaque ? "GL_RGB" : "GL_BGRA";
+    EXPECT_EQ(calls,
+              CallsIn(Scaling({20, 8}) + fmt::format("CreateByteBlock(0, 0, {});", opaque ? 0 : 1) +
+                      NewTexture(texture, "GL_CLAMP_TO_EDGE") +
+                      Upload("GL_RGBA8", {20, 8}, format) + kUnbind + kRelease));
+    EXPECT_EQ((TextureSize{texture.m_width, texture.m_height}), (TextureSize{20, 8}));
+    EXPECT_EQ(texture.m_flags, opaque ? 0x82 : 0x83);
+  }
 }
 
 TEST_F(TextureTest, NamesAreCountedAndFreedOnce) {
-  GL3GATexture texture;
-  texture.MakeGATexture(SolidBitmap(4, 4, {1, 2, 3, 255}).get(), 0, 0, 0);
-  const GLuint name = texture.m_texture;
-  EXPECT_GE(GL3GATexture::m_maxlist, static_cast<int>(name));
+  const TestBitmap bitmap = SolidBitmap(4, 4, {1, 2, 3, 255});
   const int highest = GL3GATexture::m_maxlist;
-  GlRecorder gl;
-  texture.FreeGATexture();
-  texture.FreeGATexture();
-  EXPECT_EQ(gl.Count("glDeleteTextures"), 1);
-  EXPECT_EQ(texture.m_texture, 0u);
-  EXPECT_FALSE(glIsTexture(name));
-  EXPECT_EQ(GL3GATexture::m_maxlist, highest);
-  GL3GATexture::m_maxlist = 0;
   for (int kind = 0; kind < 3; ++kind) {
-    GL3GATexture other;
-    other.m_width = other.m_height = 4;
-    unsigned char planes[64] = {};
-    const TestBitmap bitmap = SolidBitmap(4, 4, {1, 2, 3, 255});
-    if (kind == 0) other.MakeGATexture(planes);
-    if (kind == 1) other.MakeGATexture(bitmap.get(), 0, 0, 0);
-    if (kind == 2) other.MakeGATextureForShader(bitmap.get());
-    EXPECT_EQ(GL3GATexture::m_maxlist, static_cast<int>(other.m_texture));
-    GL3GATexture::m_maxlist = 0;
+    for (const int former : {0, 5000}) {
+      GL3GATexture::m_maxlist = former;
+      auto texture = std::make_unique<GL3GATexture>();
+      texture->m_width = texture->m_height = 4;
+      unsigned char planes[64] = {};
+      if (kind == 0) texture->MakeGATexture(planes);
+      if (kind == 1) texture->MakeGATexture(bitmap.get(), 0, 0, 0);
+      if (kind == 2) texture->MakeGATextureForShader(bitmap.get());
+      const GLuint name = texture->m_texture;
+      ASSERT_TRUE(glIsTexture(name));
+      const int now = former ? former : static_cast<int>(name);
+      EXPECT_EQ(GL3GATexture::m_maxlist, now);
+      GlRecorder gl;
+      const Lines freed = CallsIn(kMakeCurrent + fmt::format("glDeleteTextures(1, {{{}}})", name));
+      if (former) {
+        EXPECT_EQ(CallsOf(gl, true, [&] { texture->FreeGATexture(); }), freed);
+        EXPECT_EQ(texture->m_texture, 0u);
+        EXPECT_EQ(CallsOf(gl, false, [&] { texture->FreeGATexture(); }), Lines());
+      }
+      EXPECT_EQ(CallsOf(gl, !former, [&] { texture.reset(); }), former ? Lines() : freed);
+      EXPECT_EQ(GL3GATexture::m_maxlist, now);
+    }
   }
-  EXPECT_EQ(gl.Count("glDeleteTextures"), 4);
   GL3GATexture::m_maxlist = highest;
 }
 
@@ -259,18 +390,24 @@ TEST_F(TextureTest, WithoutMemoryOrPictureThereIsNoTexture) {
   const TestBitmap bitmap = SolidBitmap(18, 4, {1, 2, 3, 255});
   const TestBitmap empty(new HBitmapNode(4, 4));
   unsigned char planes[16] = {};
-  texture.m_width = texture.m_height = 2;
   GlRecorder gl;
+  for (const auto& [width, height] : {std::pair{0, 2}, {2, 0}, {-2, 2}, {2, -2}, {-2, -2}}) {
+    texture.m_width = width;
+    texture.m_height = height;
+    EXPECT_EQ(texture.MakeGATexture(planes), 0) << width << " x " << height;
+  }
+  texture.m_width = texture.m_height = 2;
   EXPECT_EQ(texture.MakeGATexture(nullptr), 0);
   EXPECT_EQ(texture.MakeGATexture(nullptr, 0, 0, 0), 0);
   EXPECT_EQ(texture.MakeGATextureForShader(nullptr), 0);
   EXPECT_EQ(texture.MakeGATexture(empty.get(), 0, 0, 0), 0);
+  EXPECT_EQ(texture.MakeGATextureForShader(empty.get()), 0);
   Faults faults;
   faults.FailAlways(FaultPoint::kAllocExt);
   EXPECT_EQ(texture.MakeGATexture(planes), 0);
   EXPECT_EQ(texture.MakeGATexture(bitmap.get(), 0, 0, 0), 0);
   EXPECT_EQ(texture.MakeGATextureForShader(bitmap.get()), 0);
-  EXPECT_EQ(gl.Count("glGenTextures"), 0);
+  EXPECT_EQ(gl.Calls(), Lines());
   EXPECT_EQ(texture.m_texture, 0u);
 }
 
