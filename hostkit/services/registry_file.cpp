@@ -20,6 +20,7 @@
 #include <optional>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "hostkit/services/atomic_file.h"
 
@@ -203,27 +204,23 @@ bool SetAside(const std::string& path, const std::string& why, int lockReason, s
   return false;
 }
 
-/// The lock that writers hold: an flock on a file beside the registry, which stays there. It ends
-/// with the process, so a killed writer leaves none behind.
+/// The lock that writers hold: an flock on a file beside the registry, removed by its last holder.
+/// It ends with the process: a killed writer leaves a file behind, but no lock.
 class Lock {
  public:
-  explicit Lock(const std::string& path) {
-    const std::string lockPath = path + ".lock";
-    m_file = open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-    if (m_file < 0) {
-      m_reason = errno;
-      return;
-    }
+  explicit Lock(const std::string& path) : m_path(path + ".lock") {
     // Five seconds in all; writing takes milliseconds.
     constexpr int kTries = 1000;
     for (int i = 0; i < kTries; ++i) {
-      m_reason = flock(m_file, LOCK_EX | LOCK_NB) == 0 ? 0 : errno;
+      m_reason = Try();
       if (m_reason != EWOULDBLOCK && m_reason != EINTR) return;
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
   }
   ~Lock() {
-    if (m_file >= 0) close(m_file);
+    if (m_file < 0) return;
+    unlink(m_path.c_str());  // while it is held, or it would be another holder's file
+    close(m_file);
   }
   Lock(const Lock&) = delete;
   Lock& operator=(const Lock&) = delete;
@@ -232,6 +229,22 @@ class Lock {
   int Reason() const { return m_reason; }
 
  private:
+  /// 0 with `m_file` open, or an errno.
+  int Try() {
+    m_file = open(m_path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    if (m_file < 0) return errno;
+    int reason = flock(m_file, LOCK_EX | LOCK_NB) == 0 ? 0 : errno;
+    // The holder before may have removed the file in between, and then a third may hold a new one.
+    struct stat locked {};
+    struct stat named {};
+    const bool isSame = fstat(m_file, &locked) == 0 && stat(m_path.c_str(), &named) == 0 &&
+                        locked.st_dev == named.st_dev && locked.st_ino == named.st_ino;
+    if (!reason && !isSame) reason = EWOULDBLOCK;
+    if (reason) close(std::exchange(m_file, -1));
+    return reason;
+  }
+
+  std::string m_path;
   int m_file = -1;
   int m_reason = 0;
 };

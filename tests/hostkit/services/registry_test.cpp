@@ -1,7 +1,10 @@
 // The registry and its file: values, broken files, other writers, sudden death.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,6 +12,7 @@
 #include <climits>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <random>
 #include <string>
 #include <thread>
@@ -19,6 +23,19 @@
 #include "hostkit/services/module_settings.h"
 #include "hostkit/services/registry.h"
 #include "tests/support/common/temp_folder.h"
+
+namespace {
+std::function<void()> g_beforeLocking;
+long Lock(int file, int operation) {
+  return syscall(SYS_flock, file, operation);
+}
+}  // namespace
+
+/// In front of the C library's.
+extern "C" int flock(int file, int operation) noexcept {
+  if (g_beforeLocking) g_beforeLocking();
+  return static_cast<int>(Lock(file, operation));
+}
 
 namespace {
 
@@ -269,6 +286,29 @@ TEST_F(Registry, WritersAtOnceLoseNothing) {
   }
 }
 
+/// A writer that opened the lock's file before its holder removed it holds nothing: a third may
+/// hold the next one.
+TEST_F(Registry, ALockCountsUnderItsNameAlone) {
+  const std::string name = m_folder.Path("registry.ini.lock");
+  int tries = 0, other = -1;
+  g_beforeLocking = [&] {
+    if (++tries == 3) return;
+    unlink(name.c_str());
+    if (tries == 1) {
+      other = open(name.c_str(), O_RDWR | O_CREAT, 0666);
+      EXPECT_EQ(Lock(other, LOCK_EX), 0);
+    } else {
+      EXPECT_FALSE(m_folder.Has("registry.ini")) << "it is another's turn";
+      close(other);
+    }
+  };
+  Set("A", 1);
+  g_beforeLocking = nullptr;
+  EXPECT_EQ(tries, 3);
+  EXPECT_EQ(Get("A"), 1);
+  EXPECT_EQ(m_folder.Count(), 1);
+}
+
 TEST_F(Registry, KilledWritersLeaveTheOldOrTheNew) {
   const unsigned seed = std::random_device()();
   SCOPED_TRACE("seed " + std::to_string(seed));
@@ -293,7 +333,7 @@ TEST_F(Registry, KilledWritersLeaveTheOldOrTheNew) {
   }
   EXPECT_GT(last, 0);
   Set("Counter", 0);
-  EXPECT_EQ(m_folder.Count(), 2);  // the file and its lock: no litter
+  EXPECT_EQ(m_folder.Count(), 1);  // the file: no lock, no litter
 }
 
 }  // namespace
