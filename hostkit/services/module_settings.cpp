@@ -91,6 +91,7 @@ SettingValue ReadModuleSetting(const ModuleSetting& setting) {
 
 bool StoreModuleSetting(const ModuleSetting& setting, int value) {
   if (RegistryPath().empty()) return false;
+  ReloadRegistry();  // the value of an override can be stored, too
   SetRegistryValue(setting.section, setting.key, value);
   ReloadRegistry();  // what counts is what stands in the file
   const SettingValue now = ReadModuleSetting(setting);

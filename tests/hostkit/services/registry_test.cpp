@@ -1,5 +1,6 @@
 // The registry and its file: values, broken files, other writers, sudden death.
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/file.h>
@@ -93,6 +94,25 @@ TEST_F(Registry, KeepsValuesAcrossReloads) {
   hostkit::ReloadRegistry();
   EXPECT_EQ(Get("Antialias"), 9);
   EXPECT_EQ(hostkit::RegistryError(), "");
+}
+
+TEST_F(Registry, StoresNoOverrideThatIsWrittenBack) {
+  for (const char* stored : {"", "[OpenGL3]\nAntialias = 9\n"}) {
+    m_folder.Write("registry.ini", stored);
+    hostkit::ReloadRegistry();
+    hostkit::OverrideRegistryValue("OpenGL3", "Antialias", 8);
+    Set("antialias", 8);
+    EXPECT_EQ(m_folder.Read("registry.ini"), stored);
+    // Whoever has chosen another value may choose that one afterwards.
+    for (const int value : {7, 8}) {
+      Set("Antialias", value);
+      EXPECT_NE(m_folder.Read("registry.ini").find(fmt::format("Antialias = {}", value)),
+                std::string::npos);
+    }
+    hostkit::OverrideRegistryValue("OpenGL3", "Antialias", 5);
+    const hostkit::ModuleSetting* setting = hostkit::FindModuleSetting("Antialias");
+    EXPECT_TRUE(hostkit::StoreModuleSetting(*setting, 5)) << "by name, it is meant";
+  }
 }
 
 TEST_F(Registry, KeepsCommentsPermissionsAndLinks) {
