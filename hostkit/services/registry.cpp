@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <system_error>
@@ -114,6 +115,14 @@ bool IsOverrideWrittenBack(Registry& registry, const SettingName& name, int valu
   return !overridden->second.isUndone;
 }
 
+/// Changes the file; without a value it removes the setting.
+void Change(Registry& registry, const std::string& section, const std::string& key,
+            std::optional<int> value) {
+  std::string error;
+  hostkit::ChangeRegistryFile(registry.path, section, key, value, &registry.settings, &error);
+  if (!error.empty()) Report(registry, error);
+}
+
 }  // namespace
 
 int GetRegistryValue(const String& section, const String& key, int fallback) {
@@ -145,10 +154,7 @@ void SetRegistryValue(const String& section, const String& key, int value) {
     registry.settings[name] = std::to_string(value);
     return;
   }
-  std::string error;
-  hostkit::ChangeRegistryFile(registry.path, section.Text(), key.Text(), value, &registry.settings,
-                              &error);
-  if (!error.empty()) Report(registry, error);
+  Change(registry, section.Text(), key.Text(), value);
 }
 
 namespace hostkit {
@@ -163,6 +169,14 @@ void OverrideRegistryValue(const std::string& section, const std::string& key, i
   Registry& registry = TheRegistry();
   const std::lock_guard guard(registry.mutex);
   registry.overrides[MakeSettingName(section, key)] = {value};
+}
+
+void RemoveRegistryValue(const std::string& section, const std::string& key) {
+  Registry& registry = TheRegistry();
+  const std::lock_guard guard(registry.mutex);
+  Load(registry);
+  if (!registry.path.empty()) return Change(registry, section, key, std::nullopt);
+  registry.settings.erase(MakeSettingName(section, key));
 }
 
 void ReloadRegistry() {

@@ -21,6 +21,9 @@ std::string RegistryPath();
 /// as it is stored, or not stored, when a settings page stores all that it read.
 void OverrideRegistryValue(const std::string& section, const std::string& key, int value);
 
+/// Takes a stored value away, so that the reader's default holds. Overrides stay.
+void RemoveRegistryValue(const std::string& section, const std::string& key);
+
 /// Forgets overrides and what was read, so that the next use reads the file (and the environment)
 /// again.
 void ReloadRegistry();

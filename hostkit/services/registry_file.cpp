@@ -38,6 +38,8 @@ namespace fs = std::filesystem;
 /// Bytes. A longer file is not understood as settings.
 constexpr std::size_t kMaxFileSize = std::size_t{1} << 20;
 
+constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+
 std::string_view Trim(std::string_view text) {
   constexpr std::string_view kSpaces = " \t\r";
   const std::size_t first = text.find_first_not_of(kSpaces);
@@ -85,7 +87,7 @@ struct Parsed {
 
 /// Parses `text`; returns why it cannot be understood, empty when it can.
 std::string Parse(std::string_view text, Parsed* parsed) {
-  if (text.substr(0, 3) == "\xef\xbb\xbf") text.remove_prefix(3);
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
   std::size_t lastSettingEnd = 0;
   int number = 0;
   for (std::size_t start = 0; start < text.size();) {
@@ -262,6 +264,38 @@ int WriteText(const std::string& path, const Parsed& parsed) {
   return file.Commit() ? 0 : errno;
 }
 
+/// Puts a value into `*parsed` and writes that to `path`. Returns 0 or an errno, as Remove does.
+int Store(const std::string& path, const std::string& section, const std::string& key, int value,
+          Parsed* parsed) {
+  const std::string digits = std::to_string(value);
+  if (parsed->ini.SetValue(section.c_str(), key.c_str(), digits.c_str()) < 0) return ENOMEM;
+  return WriteText(path, *parsed);
+}
+
+/// `text` without the lines of one setting. The parser would remove comments with it.
+std::string WithoutSetting(std::string_view text, const SettingName& name) {
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+  std::string rest;
+  std::string_view section;
+  for (std::size_t start = 0, end = 0; start < text.size(); start = end + 1) {
+    end = std::min(text.find('\n', start), text.size());
+    const std::string_view line = Trim(text.substr(start, end - start));
+    if (line.starts_with('[')) section = Trim(line.substr(1, line.find(']') - 1));
+    const std::string_view key = Trim(line.substr(0, line.find('=')));
+    if (MakeSettingName(section, key) != name) rest += text.substr(start, end + 1 - start);
+  }
+  return rest;
+}
+
+int Remove(const std::string& path, std::string_view text, const SettingName& name,
+           Parsed* parsed) {
+  const std::string rest = WithoutSetting(text, name);
+  if (rest.size() == text.size()) return 0;
+  parsed->ini.Reset();
+  Parse(rest, parsed);
+  return WriteText(path, *parsed);
+}
+
 }  // namespace
 
 SettingName MakeSettingName(std::string_view section, std::string_view key) {
@@ -304,10 +338,15 @@ bool ReadRegistryFile(const std::string& path, Settings* settings, std::string* 
 }
 
 bool ChangeRegistryFile(const std::string& path, const std::string& section, const std::string& key,
-                        int value, Settings* settings, std::string* error) {
+                        std::optional<int> value, Settings* settings, std::string* error) {
   const std::string place = FollowLinks(path);
   struct stat status {};
-  if (stat(place.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+  const bool exists = stat(place.c_str(), &status) == 0;
+  if (!exists && errno == ENOENT && !value) {
+    settings->clear();
+    return true;
+  }
+  if (exists && !S_ISREG(status.st_mode)) {
     *error = fmt::format(
         "{}: cannot store the setting: it is not a regular file; name another file in GL3_REGISTRY",
         path);
@@ -338,9 +377,8 @@ bool ChangeRegistryFile(const std::string& path, const std::string& section, con
   Parsed fresh;
   Parsed& base = why.empty() ? parsed : fresh;
   const int reason =
-      base.ini.SetValue(section.c_str(), key.c_str(), std::to_string(value).c_str()) < 0
-          ? ENOMEM
-          : WriteText(place, base);
+      value ? Store(place, section, key, *value, &base)
+            : Remove(place, why.empty() ? *text : "", MakeSettingName(section, key), &base);
   if (reason) {
     *error = CannotWrite(path, reason);
     return false;

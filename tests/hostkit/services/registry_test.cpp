@@ -137,6 +137,31 @@ TEST_F(Registry, KeepsCommentsPermissionsAndLinks) {
   EXPECT_EQ(m_folder.Read("comments.ini").find("# nothing yet\n# Antialias = 1\n"), 0u);
 }
 
+TEST_F(Registry, RemovesASettingAndNothingElse) {
+  const hostkit::ModuleSetting& setting = *hostkit::FindModuleSetting("Antialias");
+  EXPECT_TRUE(hostkit::StoreModuleSetting(setting, std::nullopt));
+  EXPECT_EQ(m_folder.Count(), 0);
+  m_folder.Write("registry.ini",
+                 "\xef\xbb\xbf[ openGL3 ]\r\n; one\nantialias = 1\nAntialias 2 = 3\n\n"
+                 "[Other]\nAntialias = 4\n[OpenGL3]\nANTIALIAS=x\n;Antialias = 5");
+  EXPECT_TRUE(hostkit::StoreModuleSetting(setting, std::nullopt));
+  EXPECT_EQ(Get("Antialias"), kMissing);
+  EXPECT_EQ(Get("Antialias 2"), 3);
+  EXPECT_EQ(GetRegistryValue("Other", "Antialias", 0), 4);
+  const std::string text = m_folder.Read("registry.ini");
+  for (const char* part : {"; one", ";Antialias = 5"}) {
+    EXPECT_NE(text.find(part), std::string::npos) << part << "in\n" << text;
+  }
+  // Whoever has no such setting keeps the file byte for byte.
+  m_folder.Write("registry.ini", "[OpenGL3]\nA  =  1");
+  hostkit::RemoveRegistryValue("OpenGL3", "Antialias");
+  EXPECT_EQ(m_folder.Read("registry.ini"), "[OpenGL3]\nA  =  1");
+  m_folder.Write("registry.ini", "broken");
+  EXPECT_TRUE(hostkit::StoreModuleSetting(setting, std::nullopt));
+  EXPECT_EQ(Told("registry.ini.broken"), 1);
+  EXPECT_FALSE(m_folder.Has("registry.ini"));
+}
+
 TEST_F(Registry, ReportsBadValuesOnceAndUsesTheFallback) {
   m_folder.Write(
       "registry.ini",
@@ -278,6 +303,8 @@ TEST_F(Registry, FindsItsPlaceInTheEnvironment) {
   EXPECT_EQ(hostkit::RegistryPath(), "");
   Set("A", 5);
   EXPECT_EQ(Get("A"), 5);
+  hostkit::RemoveRegistryValue("OpenGL3", "a");
+  EXPECT_EQ(Get("A"), kMissing);
   EXPECT_EQ(hostkit::RegistryError(), "");
   setenv("HOME", home.c_str(), 1);
 }
