@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "hostkit/pictures/picture.h"
+#include "hostkit/pictures/picture_in.h"
 #include "hostkit/pictures/picture_recipe.h"
 
 namespace {
@@ -135,18 +136,21 @@ TEST_F(PictureFiles, PngHasStraightAlphaAndItsRecipe) {
   EXPECT_TRUE(file.sRgb);
   EXPECT_EQ(file.texts["gl3:command"], "gl3 render a.obj");
   EXPECT_EQ(file.texts["gl3:note"], "Größe");
-  const unsigned char* pixel = &file.pixels[(2 * kWidth + 4) * 4];
-  EXPECT_EQ(pixel[0], 255);
-  EXPECT_NEAR(pixel[1], 102, 1);
-  EXPECT_NEAR(pixel[2], 51, 1);
-  EXPECT_EQ(pixel[3], 128);
-  EXPECT_EQ(std::vector(file.pixels.begin(), file.pixels.begin() + 4),
-            std::vector<unsigned char>(4, 0));
+  const auto expectPixels = [&](double alpha) {
+    for (int i = 0; i < kWidth * kHeight; ++i) {
+      const double values[] = {1.0, 0.1 * (i % kWidth), 0.1 * (i / kWidth), 128 / 255.0 / alpha};
+      for (int c = 0; c < file.channels; ++c) {
+        const double wanted = i == 0 ? 0 : 255 * alpha * values[c];
+        EXPECT_NEAR(file.pixels[i * file.channels + c], wanted, 1) << i << ", " << c;
+      }
+    }
+  };
+  expectPixels(1);
 
   ASSERT_TRUE(Write(Path("b.png"), MakePicture(false))) << m_error;
   file = ReadPng(Path("b.png"));
   ASSERT_EQ(file.channels, 3);
-  EXPECT_EQ(file.pixels[3], 128);  // second pixel: the colour as it is
+  expectPixels(0.5);  // the colours as they are
   EXPECT_EQ(FileCount(), 2);
 }
 
@@ -175,12 +179,15 @@ TEST_F(PictureFiles, ExrKeepsHalvesDepthAndWindows) {
                                  sizeof(float) * kWidth));
     file.setFrameBuffer(frame);
     file.readPixels(0, kHeight - 1);
-    EXPECT_EQ(colors[0][2][4], half(0.5f));  // premultiplied
-    EXPECT_EQ(colors[1][2][4], half(0.2f));
-    EXPECT_EQ(colors[2][2][4], half(0.1f));
-    EXPECT_EQ(colors[3][2][4], half(hasAlpha ? 0.5f : 1.0f));
-    EXPECT_EQ(colors[3][0][0], half(hasAlpha ? 0.0f : 1.0f));
-    EXPECT_EQ(depths[2][4], 24);
+    for (int i = 0; i < kWidth * kHeight; ++i) {
+      const int x = i % kWidth, y = i / kWidth;
+      const float alpha = i == 0 ? 0.0f : 0.5f;
+      EXPECT_EQ(colors[0][y][x], half(alpha)) << i;  // premultiplied
+      EXPECT_EQ(colors[1][y][x], half(0.1f * static_cast<float>(x) * alpha)) << i;
+      EXPECT_EQ(colors[2][y][x], half(0.1f * static_cast<float>(y) * alpha)) << i;
+      EXPECT_EQ(colors[3][y][x], half(hasAlpha ? alpha : 1.0f)) << i;
+      EXPECT_EQ(depths[y][x], static_cast<float>(10 * y + x));
+    }
   }
 }
 
@@ -198,8 +205,27 @@ TEST_F(PictureFiles, RecipesOfBrokenExrFilesAreNotRead) {
 }
 
 TEST_F(PictureFiles, JpegHoldsPixelsAndRecipe) {
-  ASSERT_TRUE(Write(Path("a.jpg"), MakePicture(true, 64, 64))) << m_error;
+  // Red and green take turns from pixel to pixel, which colour of half the resolution would blur.
+  constexpr int kJpegWidth = 20, kJpegHeight = 9;
+  const hostkit::Picture picture = MakePicture(true, kJpegWidth, kJpegHeight);
+  for (int i = 1; i < kJpegWidth * kJpegHeight; ++i) {
+    const int x = i % kJpegWidth, y = i / kJpegWidth;
+    auto* pixel = static_cast<std::uint16_t*>(picture.bitmap->GetBufferHead()->Data()) + 4 * i;
+    std::swap(pixel[1], pixel[(x + y) % 2 + 1]);
+  }
+  ASSERT_TRUE(Write(Path("a.jpg"), picture)) << m_error;
   std::string bytes = ReadAll(Path("a.jpg"));
+  const hostkit::BitmapPtr seen = hostkit::LoadPicture(Path("a.jpg"), &m_error);
+  ASSERT_TRUE(seen) << m_error;
+  ASSERT_EQ(seen->GetHeight(), kJpegHeight);
+  for (int i = 1; i < kJpegWidth * kJpegHeight; ++i) {
+    const int x = i % kJpegWidth, y = i / kJpegWidth;
+    const auto* pixel = static_cast<unsigned char*>(seen->GetBufferHead()->Data()) + 4 * i;
+    const bool isGreen = (x + y) % 2 == 1;
+    EXPECT_NEAR(pixel[isGreen], 128, 40) << x << ", " << y;
+    EXPECT_NEAR(pixel[!isGreen], 12.75 * x, 40) << x << ", " << y;
+    EXPECT_NEAR(pixel[2], 12.75 * y, 40) << x << ", " << y;
+  }
   EXPECT_EQ(bytes.substr(0, 3), "\xff\xd8\xff");
   EXPECT_EQ(bytes.substr(bytes.size() - 2), "\xff\xd9");
   EXPECT_NE(bytes.find("gl3:command: gl3 render a.obj"), std::string::npos);
