@@ -105,6 +105,27 @@ TEST_F(Modes, AddWhatIsAskedForAndRepeatIt) {
           .at("G");
   ASSERT_EQ(Run({"render", "--like", "out.exr", "-o", "again.exr"}).status, 0);
   EXPECT_EQ(ReadExr(Path("again.exr")).at("G"), all);
+  // They stand where they are told to.
+  Run({"render", "squares.obj", "-o", "logo.png", "-s", "20x12", "--background", "red", "--eye",
+       "0,0,50", "--target", "0,0,99"});  // nothing but red
+  const Channels laid = Render({"--overlay", "logo.png,7,40,0.25"});
+  const Channels written = Render({"--text", "Text,60,9,#f00", "--background", "black"});
+  const Channels black = Render({"--background", "black"});
+  int letters = 0;
+  for (int y = 0; y < kHeight; ++y) {
+    for (int x = 0; x < kWidth; ++x) {
+      const std::size_t i = static_cast<std::size_t>(y) * kWidth + x;
+      const bool isLogo = x >= 7 && x < 27 && y >= 40 && y < 52;
+      const float red = plain.at("R")[i], green = plain.at("G")[i];
+      EXPECT_NEAR(laid.at("R")[i], isLogo ? 0.75f * red + 0.25f : red, 0.005) << x << ", " << y;
+      EXPECT_NEAR(laid.at("G")[i], isLogo ? 0.75f * green : green, 0.005) << x << ", " << y;
+      if (written.at("R")[i] == black.at("R")[i]) continue;
+      ++letters;
+      EXPECT_TRUE(x >= 60 && y >= 9 && y < 22) << x << ", " << y;
+      EXPECT_LE(written.at("B")[i], black.at("B")[i]);
+    }
+  }
+  EXPECT_GT(letters, 20);
   // Another mode comes without what only the recipe's had.
   for (const char* mode : {"shaded", "wireframe-gl"}) {
     const Gl3Result other = Run({"render", "--like", "out.exr", "-o", "again.exr", "--mode", mode});
