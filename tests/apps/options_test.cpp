@@ -165,41 +165,20 @@ TEST(RenderOptions, AreRefusedBeyondTheirRangesAndWithoutAMeaning) {
     const char* line;
     std::vector<std::string> parts;
   } cases[] = {{"-s 0x0", {"--size", "32768", "268435456"}},
-               {"-s 32769x1", {"--size"}},
-               {"-s 1x32769", {"--size"}},
-               {"-s 32768x8193", {"--size"}},
-               {"-s -1x5", {"--size"}},
-               {"-s 12x", {"--size"}},
-               {"-s x1", {"--size"}},
                {"-s ''", {"--size", "1920x1080"}},
                {"--antialias 5", {"--antialias: ", "1 to 4"}},
-               {"--antialias 0", {"--antialias: "}},
-               {"--antialias 1.5", {"--antialias: "}},
                {"--quality 0", {"--quality: ", "1 to 100"}},
-               {"--quality 101", {"--quality: "}},
                {"--background '#12'", {"--background: ", "#rrggbb", "transparent"}},
-               {"--background '#12g'", {"--background: "}},
-               {"--background ''", {"--background: "}},
                {"--background 0,0,2", {"--background: ", "0 to 1"}},
-               {"--background -0.1,0,0", {"--background: "}},
-               {"--background 1,1", {"--background: "}},
                {"--view 0,0,0", {"--view: ", "front"}},
-               {"--view 1,2", {"--view: "}},
                {"--fov 180", {"--fov: ", "170"}},
-               {"--fov 0.09", {"--fov: "}},
                {"--eye 1,2", {"--eye: ", "three numbers"}},
-               {"--eye nan,0,1", {"--eye: "}},
-               {"--eye 1,2,1e39", {"--eye: "}},
-               {"--eye 1,2,3 --up 0,0,0", {"--up: "}},
                {"--eye 1,2,3 --target 1,2,3", {"--target: ", "--eye"}},
                {"--eye 0,5,0 --target 0,0,0 --up 0,-2,0", {"--up: ", "--up 0,0,1"}},
                {"--eye 0,0,1 --view top", {"--view excludes --eye"}},
                {"--target 0,0,1", {"--target requires --eye"}},
                {"--up 0,0,1", {"--up requires --eye"}},
                {"--fps 0.0009", {"--fps: ", "frames a second"}},
-               {"--fps 100001", {"--fps: "}},
-               {"--turntable 0", {"--turntable: "}},
-               {"--turntable 100001", {"--turntable: "}},
                {"-o 'a##' --turntable 8 --frames 0", {"--frames: 0", "1 to 8"}},
                {"-o 'a##' --turntable 8 --frames 9", {"--frames: 9", "1 to 8"}},
                {"-o a --turntable 2", {"--output: a", "2 frames", "####"}},
@@ -207,7 +186,6 @@ TEST(RenderOptions, AreRefusedBeyondTheirRangesAndWithoutAMeaning) {
                {"-o a --camera all", {"{camera}"}},
                {"-o a --camera b --camera c", {"{camera}"}},
                {"-o %c", {"%c", "--camera"}},
-               {"--chunk 1/2", {"--chunk: "}},
                {"--effect blur:radius", {"blur", "0 to 500", "radius=10"}},
                {"--effect blur:radius=501", {"radius=501"}},
                {"--effect sobel:passes=0", {"a whole number from 1 to 100"}},
@@ -217,48 +195,67 @@ TEST(RenderOptions, AreRefusedBeyondTheirRangesAndWithoutAMeaning) {
                {"--mode solid", {"--mode: ", "shaded", "wireframe-gl", "points"}},
                {"--crease 30", {"--crease: ", "--mode lines"}},
                {"--mode lines --crease 181", {"--crease: ", "180"}},
-               {"--mode lines --crease -1", {"--crease: "}},
                {"--line-color red", {"--line-color: ", "--mode wireframe"}},
                {"--point-size 65", {"--point-size: ", "1 to 64"}},
-               {"--point-size 0", {"--point-size: "}},
                {"--fog 5,5", {"--fog: ", "NEAR < FAR"}},
                {"--fog -1,5", {"--fog: ", "NEAR < FAR"}},
                {"--fog 5", {"--fog: ", "exp:0.1"}},
                {"--fog exp:0", {"--fog: ", "above 0"}},
                {"--fog 1,1e99", {"--fog: ", "NEAR,FAR"}},
                {"--fog 1,2,pink", {"--fog: ", "pink", "cyan"}},
-               {"--fog 1,2,", {"--fog: "}},
                {"--grid=-1", {"--grid: ", "above 0"}},
-               {"--grid=0", {"--grid: "}},
                {"--control-points=0", {"--control-points: ", "1 to 64"}},
-               {"--control-points=65", {"--control-points: "}},
                {"--depth z.png", {"--depth: ", ".exr"}},
                {"--depth 'z_##.exr'", {"--depth: ", "--frames"}},
                {"-o 'p_##' --turntable 3 --depth z.exr", {"--depth: ", "####"}},
                {"--mode wireframe-gl --depth z.exr", {"--depth: ", "--mode wireframe"}},
                {"--mode wireframe-gl --overlay a", {"--overlay: ", "--mode wireframe"}},
                {"--overlay ''", {"--overlay: ", "such as"}},
-               {"--overlay a,1,100001", {"--overlay: "}},
-               {"--overlay a,-100001,1", {"--overlay: "}},
                {"--overlay a,1,2,1.5", {"--overlay: ", "1.5", "0 (clear) to 1"}},
-               {"--overlay a,1,2,-0.1", {"--overlay: "}},
                {"--text ''", {"--text: ", "such as"}},
                {"--text x,200000,0", {"--text: ", "-100000 to 100000"}},
-               {"--text x,-2147483648,0", {"--text: "}},
                {"--device fast", {"--device: ", "cpu"}},
-               {"--device -1", {"--device: "}},
                {"--timeout -1", {"--timeout: ", "seconds"}},
-               {"--timeout 1000001", {"--timeout: "}},
                {"--max-memory 63M", {"--max-memory: ", "64M"}},
-               {"--max-memory 1kk", {"--max-memory: "}},
-               {"--max-memory 3x", {"--max-memory: "}},
-               {"--max-memory 8388608T", {"--max-memory: "}},
                {"-q -v", {"excludes"}}};
   for (const auto& [line, parts] : cases) {
     std::string error;
     EXPECT_EQ(Become(std::string("m.obj -o o.png ") + line, &error), "refused") << line;
     for (const std::string& part : parts) {
       EXPECT_NE(error.find(part), std::string::npos) << part << " is not in: " << error;
+    }
+  }
+  // Of the others it is enough that the option is named.
+  const struct {
+    std::string option;
+    std::vector<std::string> values;
+  } beyond[] = {{"--size ", {"32769x1", "1x32769", "32768x8193", "-1x5", "12x", "x1"}},
+                {"--antialias ", {"0", "1.5"}},
+                {"--quality ", {"101"}},
+                {"--background ", {"'#12g'", "''", "-0.1,0,0", "1,1"}},
+                {"--view ", {"1,2"}},
+                {"--fov ", {"0.09"}},
+                {"--eye ", {"nan,0,1", "1,2,1e39"}},
+                {"--eye 1,2,3 --up ", {"0,0,0"}},
+                {"--fps ", {"100001"}},
+                {"--turntable ", {"0", "100001"}},
+                {"--chunk ", {"1/2"}},
+                {"--mode lines --crease ", {"-1"}},
+                {"--point-size ", {"0"}},
+                {"--fog ", {"1,2,"}},
+                {"--grid=", {"0"}},
+                {"--control-points=", {"65"}},
+                {"--overlay ", {"a,1,100001", "a,-100001,1", "a,1,2,-0.1"}},
+                {"--text ", {"x,-2147483648,0"}},
+                {"--device ", {"-1"}},
+                {"--timeout ", {"1000001"}},
+                {"--max-memory ", {"1kk", "3x", "8388608T"}}};
+  for (const auto& [option, values] : beyond) {
+    for (const std::string& value : values) {
+      std::string error;
+      EXPECT_EQ(Become("m.obj -o o.png " + option + value, &error), "refused") << option << value;
+      const std::string name = option.substr(option.rfind("--"));
+      EXPECT_NE(error.find(name.substr(0, name.size() - 1) + ": "), std::string::npos) << error;
     }
   }
 }

@@ -16,8 +16,6 @@
 #include <csignal>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <string>
 #include <utility>
@@ -26,6 +24,7 @@
 #include "hostkit/pictures/picture.h"
 #include "hostkit/pictures/picture_in.h"
 #include "hostkit/pictures/picture_recipe.h"
+#include "tests/support/common/temp_folder.h"
 
 namespace {
 
@@ -93,20 +92,9 @@ PngFile ReadPng(const std::string& path) {
   return file;
 }
 
-std::string ReadAll(const fs::path& path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 class PictureFiles : public testing::Test {
  protected:
-  PictureFiles() {
-    m_folder = fs::temp_directory_path() / fmt::format("gl3-pictures-{}", ::getpid());
-    fs::create_directories(m_folder);
-  }
-  ~PictureFiles() override { fs::remove_all(m_folder); }
-
-  std::string Path(const std::string& name) const { return (m_folder / name).string(); }
+  std::string Path(const std::string& name) const { return m_folder.Path(name); }
   bool Write(const std::string& path, const hostkit::Picture& picture) {
     m_error.clear();
     return hostkit::WritePicture(path, picture, kRecipe, {}, &m_error);
@@ -118,11 +106,7 @@ class PictureFiles : public testing::Test {
     EXPECT_NE(m_error.find(reason), std::string::npos) << m_error;
     EXPECT_EQ(m_error.find('\n'), std::string::npos) << m_error;
   }
-  int FileCount() const {
-    return static_cast<int>(std::distance(fs::directory_iterator(m_folder), {}));
-  }
-
-  fs::path m_folder;
+  TempFolder m_folder;
   std::string m_error;
 };
 
@@ -151,7 +135,7 @@ TEST_F(PictureFiles, PngHasStraightAlphaAndItsRecipe) {
   file = ReadPng(Path("b.png"));
   ASSERT_EQ(file.channels, 3);
   expectPixels(0.5);  // the colours as they are
-  EXPECT_EQ(FileCount(), 2);
+  EXPECT_EQ(m_folder.Count(), 2);
 }
 
 TEST_F(PictureFiles, ExrKeepsHalvesDepthAndWindows) {
@@ -195,11 +179,11 @@ TEST_F(PictureFiles, RecipesOfBrokenExrFilesAreNotRead) {
   ASSERT_TRUE(Write(Path("a.exr"), MakePicture(true))) << m_error;
   hostkit::Recipe recipe;
   EXPECT_TRUE(hostkit::ReadRecipe(Path("a.exr"), &recipe, &m_error)) << m_error;
-  std::string bytes = ReadAll(Path("a.exr"));
+  std::string bytes = m_folder.Read("a.exr");
   const std::string type("float\0", 6);
   bytes[bytes.find(type) + type.size()] = 3;  // a byte short, and the next name a byte long
   bytes.insert(bytes.find(type) + type.size() + 8, "\x01");
-  std::ofstream(Path("b.exr"), std::ios::binary) << bytes;
+  m_folder.Write("b.exr", bytes);
   EXPECT_FALSE(hostkit::ReadRecipe(Path("b.exr"), &recipe, &m_error));
   EXPECT_NE(m_error.find("the picture is broken"), std::string::npos) << m_error;
 }
@@ -214,7 +198,7 @@ TEST_F(PictureFiles, JpegHoldsPixelsAndRecipe) {
     std::swap(pixel[1], pixel[(x + y) % 2 + 1]);
   }
   ASSERT_TRUE(Write(Path("a.jpg"), picture)) << m_error;
-  std::string bytes = ReadAll(Path("a.jpg"));
+  std::string bytes = m_folder.Read("a.jpg");
   const hostkit::BitmapPtr seen = hostkit::LoadPicture(Path("a.jpg"), &m_error);
   ASSERT_TRUE(seen) << m_error;
   ASSERT_EQ(seen->GetHeight(), kJpegHeight);
@@ -231,15 +215,15 @@ TEST_F(PictureFiles, JpegHoldsPixelsAndRecipe) {
   EXPECT_NE(bytes.find("gl3:command: gl3 render a.obj"), std::string::npos);
   EXPECT_FALSE(Write(Path("wide.jpeg"), MakePicture(false, 65501, 1)));
   EXPECT_NE(m_error.find("65500"), std::string::npos) << m_error;
-  EXPECT_EQ(FileCount(), 1);
+  EXPECT_EQ(m_folder.Count(), 1);
 }
 
 TEST_F(PictureFiles, RefusalsSayWhyAndLeaveNothing) {
-  fs::create_directory(m_folder / "folder.png");
-  std::ofstream(m_folder / "plain") << "x";
-  fs::create_symlink("loop.png", m_folder / "loop.png");
-  fs::create_symlink("/dev/full", m_folder / "full.png");
-  fs::create_symlink("/dev/full", m_folder / "full.exr");
+  fs::create_directory(Path("folder.png"));
+  m_folder.Write("plain", "x");
+  fs::create_symlink("loop.png", Path("loop.png"));
+  fs::create_symlink("/dev/full", Path("full.png"));
+  fs::create_symlink("/dev/full", Path("full.exr"));
   ExpectRefused(Path("folder.png"), "is a folder");
   ExpectRefused(Path("missing/a.png"), "does not exist");
   ExpectRefused(Path("plain/a.png"), "not a folder");
@@ -250,12 +234,12 @@ TEST_F(PictureFiles, RefusalsSayWhyAndLeaveNothing) {
   ExpectRefused(Path(std::string(300, 'n') + ".png"), "File name too long");
   EXPECT_FALSE(Write(Path("a.png"), {}));
   if (::geteuid() != 0) {  // nothing is closed to root
-    fs::create_directory(m_folder / "closed");
+    fs::create_directory(Path("closed"));
     ::chmod(Path("closed").c_str(), 0555);
     ExpectRefused(Path("closed/a.png"), "not writable");
-    fs::remove(m_folder / "closed");
+    fs::remove(Path("closed"));
   }
-  EXPECT_EQ(FileCount(), 5);
+  EXPECT_EQ(m_folder.Count(), 5);
 }
 
 TEST_F(PictureFiles, AFileThatCannotBeFinishedLeavesTheOldOne) {
@@ -264,7 +248,7 @@ TEST_F(PictureFiles, AFileThatCannotBeFinishedLeavesTheOldOne) {
   getrlimit(RLIMIT_FSIZE, &before);
   hostkit::Picture picture = MakePicture(true, 400, 400);
   for (const char* name : {"a.png", "a.exr", "a.jpg"}) {
-    std::ofstream(Path(name)) << "old";
+    m_folder.Write(name, "old");
     rlimit small = before;
     small.rlim_cur = 100;
     setrlimit(RLIMIT_FSIZE, &small);
@@ -272,20 +256,20 @@ TEST_F(PictureFiles, AFileThatCannotBeFinishedLeavesTheOldOne) {
     setrlimit(RLIMIT_FSIZE, &before);
     EXPECT_FALSE(written) << name;
     EXPECT_NE(m_error.find("larger than allowed"), std::string::npos) << m_error;
-    EXPECT_EQ(ReadAll(Path(name)), "old");
+    EXPECT_EQ(m_folder.Read(name), "old");
   }
-  EXPECT_EQ(FileCount(), 3);
+  EXPECT_EQ(m_folder.Count(), 3);
 }
 
 TEST_F(PictureFiles, LinksAreFollowedAndPermissionsKept) {
-  fs::create_directory(m_folder / "sub");
-  std::ofstream(Path("sub/old.png")) << "old";
+  fs::create_directory(Path("sub"));
+  m_folder.Write("sub/old.png", "old");
   // Another group than one's own, where that is allowed.
   constexpr gid_t kGroup = 50;
   const bool isOfGroup = ::chown(Path("sub/old.png").c_str(), static_cast<uid_t>(-1), kGroup) == 0;
   ::chmod(Path("sub/old.png").c_str(), 0604);
-  fs::create_symlink("sub/old.png", m_folder / "link.png");
-  fs::create_symlink("sub/new.png", m_folder / "dangling.png");
+  fs::create_symlink("sub/old.png", Path("link.png"));
+  fs::create_symlink("sub/new.png", Path("dangling.png"));
   mode_t mask = ::umask(027);
   EXPECT_TRUE(Write(Path("link.png"), MakePicture(false))) << m_error;
   EXPECT_TRUE(Write(Path("dangling.png"), MakePicture(false))) << m_error;
@@ -303,19 +287,19 @@ TEST_F(PictureFiles, LinksAreFollowedAndPermissionsKept) {
 // As through /dev/stdout.
 TEST_F(PictureFiles, OpenPipesAndDeletedFilesGetTheBytes) {
   ASSERT_TRUE(Write(Path("a.png"), MakePicture(true))) << m_error;
-  const std::string whole = ReadAll(Path("a.png"));
+  const std::string whole = m_folder.Read("a.png");
   int ends[2];
   ASSERT_EQ(::pipe(ends), 0);
   std::FILE* deleted = std::tmpfile();
   for (const auto& [to, from] : {std::pair{ends[1], ends[0]}, {fileno(deleted), fileno(deleted)}}) {
-    fs::create_symlink(fmt::format("/proc/self/fd/{}", to), m_folder / "open.png");
+    fs::create_symlink(fmt::format("/proc/self/fd/{}", to), Path("open.png"));
     EXPECT_TRUE(Write(Path("open.png"), MakePicture(true))) << m_error;
-    fs::remove(m_folder / "open.png");
+    fs::remove(Path("open.png"));
     std::string bytes(whole.size() + 1, '\0');
     bytes.resize(static_cast<std::size_t>(::read(from, bytes.data(), bytes.size())));
     EXPECT_EQ(bytes, whole);
   }
-  EXPECT_EQ(FileCount(), 1);
+  EXPECT_EQ(m_folder.Count(), 1);
   ::close(ends[0]);
   ::close(ends[1]);
   std::fclose(deleted);
