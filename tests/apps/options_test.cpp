@@ -2,13 +2,16 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "apps/base/command_words.h"
 #include "apps/base/text.h"
+#include "apps/options/filter_options.h"
 #include "apps/options/option_parser.h"
 #include "apps/options/render_options.h"
+#include "tests/support/common/temp_folder.h"
 
 namespace {
 
@@ -164,60 +167,66 @@ TEST(RenderOptions, AreRefusedBeyondTheirRangesAndWithoutAMeaning) {
   const struct {
     const char* line;
     std::vector<std::string> parts;
-  } cases[] = {{"-s 0x0", {"--size", "32768", "268435456"}},
-               {"-s ''", {"--size", "1920x1080"}},
-               {"--antialias 5", {"--antialias: ", "1 to 4"}},
-               {"--quality 0", {"--quality: ", "1 to 100"}},
-               {"--background '#12'", {"--background: ", "#rrggbb", "transparent"}},
-               {"--background 0,0,2", {"--background: ", "three numbers from 0 to 1"}},
-               {"--view 0,0,0", {"--view: ", "front"}},
-               {"--fov 180", {"--fov: ", "0.1 to 170"}},
-               {"--eye 1,2", {"--eye: ", "three numbers"}},
-               {"--eye 1,2,3 --target 1,2,3", {"--target: ", "--eye"}},
-               {"--eye 0,5,0 --target 0,0,0 --up 0,-2,0", {"--up: ", "--up 0,0,1"}},
-               {"--eye 0,0,1 --view top", {"--view excludes --eye"}},
-               {"--target 0,0,1", {"--target requires --eye"}},
-               {"--up 0,0,1", {"--up requires --eye"}},
-               {"--fps 0.0009", {"--fps: ", "frames a second from 0.001 to 100000"}},
-               {"-o 'a##' --turntable 8 --frames 0", {"--frames: 0", "1 to 8"}},
-               {"-o 'a##' --turntable 8 --frames 9", {"--frames: 9", "1 to 8"}},
-               {"-o a --turntable 2", {"--output: a", "2 frames", "####"}},
-               {"-o 'a##'", {"a##", "--frames"}},
-               {"-o a --camera all", {"{camera}"}},
-               {"-o a --camera b --camera c", {"{camera}"}},
-               {"-o %c", {"%c", "--camera"}},
-               {"--effect blur:radius", {"blur", "0 to 500", "radius=10"}},
-               {"--effect blur:radius=501", {"radius=501"}},
-               {"--effect sobel:passes=0", {"a whole number from 1 to 100"}},
-               {"--effect sobel:passes=1.5", {"passes=1.5"}},
-               {"--effect sobel:radius=1", {"sobel has no parameter radius"}},
-               {"--lights sun", {"--lights: ", "three-point"}},
-               {"--mode solid", {"--mode: ", "shaded", "wireframe-gl", "points"}},
-               {"--crease 30", {"--crease: ", "--mode lines"}},
-               {"--mode lines --crease 181", {"--crease: ", "0 to 180"}},
-               {"--line-color red", {"--line-color: ", "--mode wireframe"}},
-               {"--point-size 65", {"--point-size: ", "1 to 64"}},
-               {"--fog 5,5", {"--fog: ", "NEAR < FAR"}},
-               {"--fog -1,5", {"--fog: ", "NEAR < FAR"}},
-               {"--fog 5", {"--fog: ", "exp:0.1"}},
-               {"--fog exp:0", {"--fog: ", "above 0"}},
-               {"--fog 1,1e99", {"--fog: ", "NEAR,FAR"}},
-               {"--fog 1,2,pink", {"--fog: ", "pink", "cyan"}},
-               {"--grid=-1", {"--grid: ", "above 0"}},
-               {"--control-points=0", {"--control-points: ", "1 to 64"}},
-               {"--depth z.png", {"--depth: ", ".exr"}},
-               {"--depth 'z_##.exr'", {"--depth: ", "--frames"}},
-               {"-o 'p_##' --turntable 3 --depth z.exr", {"--depth: ", "####"}},
-               {"--mode wireframe-gl --depth z.exr", {"--depth: ", "--mode wireframe"}},
-               {"--mode wireframe-gl --overlay a", {"--overlay: ", "--mode wireframe"}},
-               {"--overlay ''", {"--overlay: ", "such as"}},
-               {"--overlay a,1,2,1.5", {"--overlay: ", "1.5", "0 (clear) to 1"}},
-               {"--text ''", {"--text: ", "such as"}},
-               {"--text x,200000,0", {"--text: ", "-100000 to 100000"}},
-               {"--device fast", {"--device: ", "cpu"}},
-               {"--timeout -1", {"--timeout: ", "0 (no limit) to 1000000"}},
-               {"--max-memory 63M", {"--max-memory: ", "64M"}},
-               {"-q -v", {"excludes"}}};
+  } cases[] = {
+      {"-s 0x0", {"--size", "32768", "268435456"}},
+      {"-s ''", {"--size", "1920x1080"}},
+      {"--antialias 5", {"--antialias: ", "1 to 4"}},
+      {"--quality 0", {"--quality: ", "1 to 100"}},
+      {"--background '#12'", {"--background: ", "#rrggbb", "transparent"}},
+      {"--background 0,0,2", {"--background: ", "three numbers from 0 to 1"}},
+      {"--view 0,0,0", {"--view: ", "front"}},
+      {"--fov 180", {"--fov: ", "0.1 to 170"}},
+      {"--eye 1,2", {"--eye: ", "three numbers"}},
+      {"--eye 1,2,3 --target 1,2,3", {"--target: ", "--eye"}},
+      {"--eye 0,5,0 --target 0,0,0 --up 0,-2,0", {"--up: ", "--up 0,0,1"}},
+      {"--eye 0,0,1 --view top", {"--view excludes --eye"}},
+      {"--target 0,0,1", {"--target requires --eye"}},
+      {"--up 0,0,1", {"--up requires --eye"}},
+      {"--fps 0.0009", {"--fps: ", "frames a second from 0.001 to 100000"}},
+      {"-o 'a##' --turntable 8 --frames 0", {"--frames: 0", "1 to 8"}},
+      {"-o 'a##' --turntable 8 --frames 9", {"--frames: 9", "1 to 8"}},
+      {"-o a --turntable 2", {"--output: a", "2 frames", "####"}},
+      {"-o 'a##'", {"a##", "--frames"}},
+      {"-o a --camera all", {"{camera}"}},
+      {"-o a --camera b --camera c", {"{camera}"}},
+      {"-o %c", {"%c", "--camera"}},
+      {"--effect blurr", {"blurr is no effect", "did you mean blur?", "sobel"}},
+      {"--effect ''", {"is no effect"}},
+      {"--effect blur:radios=3", {"radios", "did you mean radius?", "passes"}},
+      {"--effect sobel:radius=3", {"sobel has no parameter radius", "passes"}},
+      {"--effect blur:radius=501", {"radius=501", "a number from 0 to 500", "radius=10"}},
+      {"--effect blur:radius=nan", {"a number from 0 to 500"}},
+      {"--effect blur:radius", {"radius", "from 0 to 500"}},
+      {"--effect blur:", {"no parameter ''"}},
+      {"--effect blur:radius=2,passes=1.5", {"passes=1.5", "a whole number from 1 to 100"}},
+      {"--effect tint:passes=0", {"passes=0", "from 1 to 100"}},
+      {"--lights sun", {"--lights: ", "three-point"}},
+      {"--mode solid", {"--mode: ", "shaded", "wireframe-gl", "points"}},
+      {"--crease 30", {"--crease: ", "--mode lines"}},
+      {"--mode lines --crease 181", {"--crease: ", "0 to 180"}},
+      {"--line-color red", {"--line-color: ", "--mode wireframe"}},
+      {"--point-size 65", {"--point-size: ", "1 to 64"}},
+      {"--fog 5,5", {"--fog: ", "NEAR < FAR"}},
+      {"--fog -1,5", {"--fog: ", "NEAR < FAR"}},
+      {"--fog 5", {"--fog: ", "exp:0.1"}},
+      {"--fog exp:0", {"--fog: ", "above 0"}},
+      {"--fog 1,1e99", {"--fog: ", "NEAR,FAR"}},
+      {"--fog 1,2,pink", {"--fog: ", "pink", "cyan"}},
+      {"--grid=-1", {"--grid: ", "above 0"}},
+      {"--control-points=0", {"--control-points: ", "1 to 64"}},
+      {"--depth z.png", {"--depth: ", ".exr"}},
+      {"--depth 'z_##.exr'", {"--depth: ", "--frames"}},
+      {"-o 'p_##' --turntable 3 --depth z.exr", {"--depth: ", "####"}},
+      {"--mode wireframe-gl --depth z.exr", {"--depth: ", "--mode wireframe"}},
+      {"--mode wireframe-gl --overlay a", {"--overlay: ", "--mode wireframe"}},
+      {"--overlay ''", {"--overlay: ", "such as"}},
+      {"--overlay a,1,2,1.5", {"--overlay: ", "1.5", "0 (clear) to 1"}},
+      {"--text ''", {"--text: ", "such as"}},
+      {"--text x,200000,0", {"--text: ", "-100000 to 100000"}},
+      {"--device fast", {"--device: ", "cpu"}},
+      {"--timeout -1", {"--timeout: ", "0 (no limit) to 1000000"}},
+      {"--max-memory 63M", {"--max-memory: ", "64M"}},
+      {"-q -v", {"excludes"}}};
   for (const auto& [line, parts] : cases) {
     std::string error;
     EXPECT_EQ(Become(std::string("m.obj -o o.png ") + line, &error), "refused") << line;
@@ -258,6 +267,71 @@ TEST(RenderOptions, AreRefusedBeyondTheirRangesAndWithoutAMeaning) {
       EXPECT_NE(error.find(name.substr(0, name.size() - 1) + ": "), std::string::npos) << error;
     }
   }
+}
+
+TEST(FilterOptions, HaveRanges) {
+  for (const auto& [line, isGood] : {std::pair("--threads 1 --quality 100", true),
+                                     {"--threads 256 --quality 1", true},
+                                     {"--threads 0", false},
+                                     {"--threads 257", false},
+                                     {"--quality 0", false},
+                                     {"--quality 101", false}}) {
+    gl3::FilterOptions options;
+    const gl3::OptionParser parser;
+    gl3::AddFilterOptions(parser, &options);
+    std::vector<std::string> words;
+    std::string error;
+    EXPECT_TRUE(gl3::SplitCommand(std::string(line) + " --effect tint a.png", &words));
+    EXPECT_EQ(parser.Parse(words, &error), isGood) << line << error;
+    EXPECT_EQ(options.threads, isGood ? std::stoi(words[1]) : 0);
+    EXPECT_EQ(options.jpegQuality, isGood ? std::stoi(words[3]) : 92);
+  }
+}
+
+TEST(FilterOptions, NameTheirOutputs) {
+  const TempFolder folder;
+  std::filesystem::create_directories(folder.Path("sub/out"));
+  for (const char* name : {"a.png", "b.tga", "sub/a.png", "sub/out/a.png"}) folder.Write(name, "");
+  const struct {
+    std::vector<std::string> inputs;
+    const char *output, *named;
+  } cases[] = {{{"a.png"}, "c.exr", "c.exr"},
+               {{"a.png"}, "a.png", "a.png"},
+               {{"a.png"}, "x%%n_%n_##.jpg", "x%n_a_01.jpg"},
+               {{"a.png", "b.tga", "sub/a.png"}, "%03d-%n.png", "001-a.png 002-b.png 003-a.png"},
+               {{"a.png", "b.tga"}, "sub/out", "sub/out/a.png sub/out/b.png"},
+               {{"a.png", "b.tga"}, "new/", "new/a.png new/b.png"},
+               {{"a.png", "b.tga"}, "b.png", "one file for 2 pictures"},
+               {{"a.png", "b.tga"}, "%%n.png", "one file for 2 pictures"},
+               {{"a.png", "sub/a.png"}, "%n-new.png", "would both become"},
+               {{"a.png", "sub/a.png"}, "new/", "would both become"},
+               {{"b.tga", "a.png"}, "%n.png", "a.png is one of the pictures"},
+               {{"a.png"}, "./", "a.png is one of the pictures"},
+               {{"a.png"}, "{camera}.png", "{camera}.png' has a place"}};
+  for (const auto& [inputs, output, named] : cases) {
+    gl3::FilterOptions options;
+    for (const std::string& input : inputs) options.inputs.push_back(folder.Path(input));
+    options.output = folder.Path(output);
+    std::vector<std::string> outputs;
+    std::string text = gl3::NameOutputs(options, &outputs).message;
+    if (!text.empty()) {
+      EXPECT_NE(text.find(named), std::string::npos) << text;
+      continue;
+    }
+    for (const std::string& path : outputs) {
+      text += (text.empty() ? "" : " ") + path.substr(folder.Path("").size());
+    }
+    EXPECT_EQ(text, named) << output;
+  }
+  gl3::FilterOptions nowhere;
+  nowhere.inputs = {"a.png"};
+  std::vector<std::string> outputs = {"x"};
+  EXPECT_NE(gl3::NameOutputs(nowhere, &outputs).message.find("--verify"), std::string::npos);
+  nowhere.verify = true;
+  EXPECT_EQ(gl3::NameOutputs(nowhere, &outputs).status, gl3::kDone);
+  EXPECT_TRUE(outputs.empty());
+  nowhere.skipExisting = true;
+  EXPECT_EQ(gl3::NameOutputs(nowhere, &outputs).message.find("--skip-existing: "), 0u);
 }
 
 TEST(Text, TellsAmountsAndNearNames) {
