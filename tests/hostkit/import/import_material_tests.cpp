@@ -161,12 +161,15 @@ TEST_F(Import, MaterialsKeepColorAndHighlight) {
   const AttrProperty plastic = ReadGlb(document).materials[0].surface;
   EXPECT_NEAR(plastic.base.red.Current(), 0.9f, 0.01f);
   EXPECT_NEAR(plastic.base.blue.Current(), 0.2f, 0.01f);
-  EXPECT_GT(plastic.roughness.Current(), 0);
+  EXPECT_NEAR(plastic.roughness.Current(), 0.591f, 0.001f);  // the exponent 76
+  EXPECT_NEAR(plastic.specularFactor.Current(), 0.38f, kNear);
+  EXPECT_NEAR(plastic.specular.blue.Current(), 1, kNear);
   material.metallic = 1;
   const AttrProperty metal = ReadGlb(document).materials[0].surface;
-  EXPECT_GT(metal.base.red.Current(), 0.5f);
-  EXPECT_GT(metal.specularFactor.Current(), plastic.specularFactor.Current());
-  EXPECT_LT(metal.specular.blue.Current(), metal.specular.red.Current());
+  EXPECT_NEAR(metal.base.red.Current(), 0.711f, 0.005f) << "some of it is in the highlight";
+  EXPECT_NEAR(metal.specularFactor.Current(), 0.72f, kNear);
+  EXPECT_NEAR(metal.specular.red.Current(), 0.925f, 0.005f);
+  EXPECT_NEAR(metal.specular.blue.Current(), 0.4f, 0.005f);
   material.roughness = 1;
   EXPECT_EQ(ReadGlb(document).materials[0].surface.roughness.Current(), 0);
 
