@@ -72,7 +72,7 @@ int Run(int argc, char** argv, const ViewOptions& options) {
   // It made the user's locale the process's. Numbers of the renderer's report keep their points.
   std::setlocale(LC_NUMERIC, "C");
 
-  if (!options.settings) gl3::ApplyDriverSettings(gl3::RenderOptions());
+  gl3::ApplyDriverSettings(gl3::RenderOptions());
   gl3::Outcome outcome;
   const gl3::DeviceChoice device{options.run.device, options.run.module};
   std::unique_ptr<gl3::DriverSession> session = gl3::DriverSession::Start(device, &outcome);

@@ -195,17 +195,16 @@ void MainWindow::ApplyChoices() {
   m_panel->ShowProblem(good ? QString() : QString::fromStdString(error));
   // The driver reads how it draws polygons when it is made.
   if (good && DriverWishOf(options) != m_driverWish) {
-    const gl3::RenderOptions seen = m_viewport->Options();
-    RestartDriver(&seen);
+    RestartDriver(m_viewport->Options());
   }
 }
 
-void MainWindow::RestartDriver(const gl3::RenderOptions* asked) {
+void MainWindow::RestartDriver(const gl3::RenderOptions& asked) {
   m_viewport->SetDriver(nullptr, nullptr);
   m_session.reset();
   hostkit::ReloadRegistry();  // without what another mode asked for
-  if (asked) gl3::ApplyDriverSettings(*asked);
-  m_driverWish = asked ? DriverWishOf(*asked) : 0;
+  gl3::ApplyDriverSettings(asked);
+  m_driverWish = DriverWishOf(asked);
   gl3::Outcome outcome;
   m_session = gl3::DriverSession::Start(m_device, &outcome);
   std::string error = outcome.message;
@@ -214,15 +213,14 @@ void MainWindow::RestartDriver(const gl3::RenderOptions* asked) {
 }
 
 void MainWindow::ShowSettings() {
-  // The page shows how its driver was made, and stores all of it. What a mode or the device asked
-  // for is not to become a setting.
-  RestartDriver(nullptr);
+  // The page shows how its driver was made: without what a mode asked for, which the user did not
+  // set there.
+  RestartDriver(gl3::RenderOptions());
   if (!m_session) return;
   std::string error;
   m_dialogs.ShowSettings(*m_session->Driver(), &error);
   if (!error.empty()) Complain(error);
-  const gl3::RenderOptions seen = m_viewport->Options();
-  RestartDriver(&seen);
+  RestartDriver(m_viewport->Options());
 }
 
 void MainWindow::ShowReport() {

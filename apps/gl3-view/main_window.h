@@ -57,9 +57,8 @@ class MainWindow : public QMainWindow {
   void FillRecent();
   void FillCameras();
   void ApplyChoices();
-  /// Makes the driver anew, with its settings and what `asked` needs beyond them; null needs
-  /// nothing.
-  void RestartDriver(const gl3::RenderOptions* asked);
+  /// Makes the driver anew, with its settings and what `asked` needs beyond them.
+  void RestartDriver(const gl3::RenderOptions& asked);
   void Show(std::unique_ptr<hostkit::Scene> scene, const QStringList& files);
   void Complain(const std::string& text);
   void ShowFigures(const FrameFigures& figures);

@@ -15,7 +15,7 @@ namespace {
 constexpr const char* kSettingsFooter = R"(
 A setting holds for every program that draws through the module, from its next
 start on. Keys may be written without quotes and in any case. Switches take 0 or
-1, also off and on; the value `default` puts the standard one back.
+1, also off and on; the value `default` removes what is stored.
 
 Examples:
   gl3 settings

@@ -89,12 +89,17 @@ SettingValue ReadModuleSetting(const ModuleSetting& setting) {
   return {value, value == other};
 }
 
-bool StoreModuleSetting(const ModuleSetting& setting, int value) {
+bool StoreModuleSetting(const ModuleSetting& setting, std::optional<int> value) {
   if (RegistryPath().empty()) return false;
-  SetRegistryValue(setting.section, setting.key, value);
+  ReloadRegistry();  // the value of an override can be stored, too
+  if (value) {
+    SetRegistryValue(setting.section, setting.key, *value);
+  } else {
+    RemoveRegistryValue(setting.section, setting.key);
+  }
   ReloadRegistry();  // what counts is what stands in the file
   const SettingValue now = ReadModuleSetting(setting);
-  return now.stored && now.value == value;
+  return value ? now.stored && now.value == *value : !now.stored;
 }
 
 SettingsPlace FindSettingsPlace() {

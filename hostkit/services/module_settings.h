@@ -2,6 +2,7 @@
 // there. Also how they stand now, and whether they can be changed.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,9 +35,10 @@ struct SettingValue {
 /// tells the user.
 SettingValue ReadModuleSetting(const ModuleSetting& setting);
 
-/// Stores a value in the registry's file. Returns false when it is not there afterwards; the
-/// registry has told the user then, unless RegistryPath is empty. Forgets overrides.
-bool StoreModuleSetting(const ModuleSetting& setting, int value);
+/// Stores a value in the registry's file, or removes the stored one. Returns false when that is not
+/// so afterwards; the registry has told the user then, unless RegistryPath is empty. Forgets
+/// overrides.
+bool StoreModuleSetting(const ModuleSetting& setting, std::optional<int> value);
 
 /// Where the settings are kept.
 struct SettingsPlace {

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <system_error>
@@ -22,6 +23,11 @@ namespace {
 using hostkit::MakeSettingName;
 using hostkit::SettingName;
 
+struct Override {
+  int value = 0;
+  bool isUndone = false;  ///< Another value was written since.
+};
+
 /// Everything that the registry knows. Made on first use and never destroyed: a driver that ends
 /// with the process may still ask.
 struct Registry {
@@ -29,7 +35,7 @@ struct Registry {
   bool loaded = false;
   std::string path;  // empty: there is no place, and settings live in `settings` alone
   hostkit::Settings settings;
-  std::map<SettingName, int> overrides;
+  std::map<SettingName, Override> overrides;
   std::set<SettingName> reported;  // settings whose value was complained about
   std::string error;
 };
@@ -100,6 +106,23 @@ int ToInt(Registry& registry, const String& section, const String& key, std::str
   return fallback;
 }
 
+/// Whether `value` is what the setting was overridden with: who stores all that was read, as a
+/// settings page does, did not choose it. Once another value was written, each one is a choice.
+bool IsOverrideWrittenBack(Registry& registry, const SettingName& name, int value) {
+  const auto overridden = registry.overrides.find(name);
+  if (overridden == registry.overrides.end()) return false;
+  overridden->second.isUndone |= overridden->second.value != value;
+  return !overridden->second.isUndone;
+}
+
+/// Changes the file; without a value it removes the setting.
+void Change(Registry& registry, const std::string& section, const std::string& key,
+            std::optional<int> value) {
+  std::string error;
+  hostkit::ChangeRegistryFile(registry.path, section, key, value, &registry.settings, &error);
+  if (!error.empty()) Report(registry, error);
+}
+
 }  // namespace
 
 int GetRegistryValue(const String& section, const String& key, int fallback) {
@@ -108,7 +131,7 @@ int GetRegistryValue(const String& section, const String& key, int fallback) {
   Load(registry);
   const SettingName name = MakeSettingName(section.Text(), key.Text());
   const auto overridden = registry.overrides.find(name);
-  if (overridden != registry.overrides.end()) return overridden->second;
+  if (overridden != registry.overrides.end()) return overridden->second.value;
   const auto stored = registry.settings.find(name);
   if (stored == registry.settings.end()) return fallback;
   return ToInt(registry, section, key, stored->second, fallback);
@@ -126,14 +149,12 @@ void SetRegistryValue(const String& section, const String& key, int value) {
     return;
   }
   const SettingName name = MakeSettingName(section.Text(), key.Text());
+  if (IsOverrideWrittenBack(registry, name, value)) return;
   if (registry.path.empty()) {
     registry.settings[name] = std::to_string(value);
     return;
   }
-  std::string error;
-  hostkit::ChangeRegistryFile(registry.path, section.Text(), key.Text(), value, &registry.settings,
-                              &error);
-  if (!error.empty()) Report(registry, error);
+  Change(registry, section.Text(), key.Text(), value);
 }
 
 namespace hostkit {
@@ -147,7 +168,15 @@ std::string RegistryPath() {
 void OverrideRegistryValue(const std::string& section, const std::string& key, int value) {
   Registry& registry = TheRegistry();
   const std::lock_guard guard(registry.mutex);
-  registry.overrides[MakeSettingName(section, key)] = value;
+  registry.overrides[MakeSettingName(section, key)] = {value};
+}
+
+void RemoveRegistryValue(const std::string& section, const std::string& key) {
+  Registry& registry = TheRegistry();
+  const std::lock_guard guard(registry.mutex);
+  Load(registry);
+  if (!registry.path.empty()) return Change(registry, section, key, std::nullopt);
+  registry.settings.erase(MakeSettingName(section, key));
 }
 
 void ReloadRegistry() {

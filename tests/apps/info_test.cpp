@@ -93,13 +93,15 @@ TEST_F(Info, ChecksEverythingThatIsNeeded) {
   const Json report = Json::parse(result.out);
   EXPECT_EQ(report["failed"], 0);
   EXPECT_EQ(report["notChecked"].size(), 0u);
-  std::vector<std::string> names;
+  std::string names;
   for (const Json& check : report["checks"]) {
-    if (check["verdict"] == "OK") names.push_back(check["name"]);
+    names += check["name"].get<std::string>() + " ";
+    EXPECT_NE(check["reason"], "");
+    const bool mayWarn =
+        check["name"] == "extensions" || check["name"] == "text" || check["name"] == "display";
+    EXPECT_TRUE(check["verdict"] == "OK" || mayWarn) << check;
   }
-  for (const char* name : {"settings", "module", "display", "driver", "frame", "effects"}) {
-    EXPECT_EQ(std::count(names.begin(), names.end(), name), 1) << name << ": " << report;
-  }
+  EXPECT_EQ(names, "settings text module display opengl extensions driver surface frame effects ");
 }
 
 TEST_F(Info, TellsWhatIsMissingAndWhatToDo) {

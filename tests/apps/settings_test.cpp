@@ -47,6 +47,7 @@ TEST_F(SettingsVerb, StoresWhatIsReadBackAndKeepsTheRest) {
                                                                    {"OpenMP Threads", "4\n"},
                                                                    {"Polygonmode", "0\n"}};
   for (const auto& [key, value] : wanted) EXPECT_EQ(Told({"get", key}), value);
+  EXPECT_EQ(FileText().find("Polygonmode"), std::string::npos);
   for (const char* line : {"; mine", "Other = 7", "Antialias = 1", "[General]"}) {
     EXPECT_NE(FileText().find(line), std::string::npos) << line << " is not in " << FileText();
   }

@@ -15,6 +15,7 @@
 #include "apps/gl3-view/renderer_dialogs.h"
 #include "host/GADriver.h"
 #include "hostkit/services/registry.h"
+#include "platform/platform.h"
 #include "tests/view/view_fixture.h"
 
 namespace {
@@ -90,7 +91,20 @@ TEST_F(SettingsPageTest, ClicksAreStoredByOkInOneOrder) {
                                "Textures Compression = 1"};
   for (const char* line : lines)
     EXPECT_TRUE(bytes.contains(line)) << line << " in " << bytes.data();
-  EXPECT_EQ(bytes.count(" = "), 8);
+  // What software is spared stays as it was: not stored.
+  EXPECT_EQ(bytes.count(" = "), 7);
+  EXPECT_FALSE(bytes.contains("Anisotropic"));
+}
+
+TEST_F(SettingsPageTest, TheBoxOfAnisotropyIsStoredOnceItIsUsed) {
+  const bool isOff = platform::DescribeDisplay().software;
+  for (const int wanted : {isOff ? 1 : 0, isOff ? 0 : 1}) {
+    EXPECT_TRUE(Show([] {
+      Click(ButtonOf<QCheckBox>("Aniso"));
+      Click(ButtonOf<QPushButton>("OK"));
+    }));
+    EXPECT_TRUE(RegistryBytes().contains("Anisotropic = " + QByteArray::number(wanted)));
+  }
 }
 
 TEST_F(SettingsPageTest, AnUntouchedOrCancelledPageStoresNothing) {

@@ -74,17 +74,19 @@ bool IsSoftware(const std::string& device) {
 
 /// Mesa 22.3 filters anisotropically in software by visiting every texel under a pixel, and there
 /// is no bound to them: at the rim of a textured sphere they take it a minute. Who stores the
-/// setting gets what it says.
-void SpareAnisotropy() {
+/// setting gets what it says. While it is not stored it is overridden on other devices as well, so
+/// that the settings page, which stores all that it shows, does not store it for all of them.
+void SpareAnisotropy(bool isSoftware) {
   const hostkit::ModuleSetting* setting = hostkit::FindModuleSetting("Anisotropic");
   if (!setting || hostkit::ReadModuleSetting(*setting).stored) return;
-  hostkit::OverrideRegistryValue(setting->section, setting->key, 0);
+  hostkit::OverrideRegistryValue(setting->section, setting->key,
+                                 isSoftware ? 0 : setting->standard);
 }
 
 }  // namespace
 
 void ApplyDriverSettings(const RenderOptions& options) {
-  if (IsSoftware(options.run.device)) SpareAnisotropy();
+  SpareAnisotropy(IsSoftware(options.run.device));
   if (options.drawing.mode != hostkit::DrawMode::kDriverWireframe) return;
   hostkit::OverrideRegistryValue("OpenGL3", "Polygonmode", 1);
   // The driver's lines are as thin as a sample. So it smooths them itself.

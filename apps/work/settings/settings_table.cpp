@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 #include "apps/base/text.h"
@@ -40,16 +41,18 @@ Outcome FindSetting(const std::string& key, const ModuleSetting** setting) {
                             nearest.empty() ? "" : "did you mean " + ShellQuote(nearest) + "? "));
 }
 
-bool ReadValue(const ModuleSetting& setting, const std::string& text, int* value) {
-  if (text == "default") {
-    *value = setting.standard;
-    return true;
-  }
+/// What is to be stored: nothing for "default".
+bool ReadValue(const ModuleSetting& setting, const std::string& text, std::optional<int>* value) {
+  value->reset();
+  if (text == "default") return true;
   if (setting.IsSwitch() && (text == "on" || text == "off")) {
     *value = text == "on";
     return true;
   }
-  return ParseInteger(text, value) && *value >= setting.least && *value <= setting.most;
+  int number = 0;
+  if (!ParseInteger(text, &number) || number < setting.least || number > setting.most) return false;
+  *value = number;
+  return true;
 }
 
 Json ToJson(const ModuleSetting& setting) {
@@ -130,7 +133,7 @@ Outcome Set(const SettingsOptions& options, std::string* result) {
   const auto key = fmt::format("{}", fmt::join(words.begin(), words.end() - 1, " "));
   Outcome outcome = FindSetting(key, &setting);
   if (!setting) return outcome;
-  int value = 0;
+  std::optional<int> value;
   if (!ReadValue(*setting, words.back(), &value)) {
     return Refuse(fmt::format("{}: {} is out of range; give {}, or default", KeyText(*setting),
                               ShellQuote(words.back()), RangeText(*setting)));

@@ -89,6 +89,14 @@ void Add(hostkit::Scene& scene, hostkit::SceneMesh mesh, const M44f& toWorld) {
   scene.meshes.push_back(std::move(mesh));
 }
 
+hostkit::Scene SceneOf(std::vector<hostkit::SceneMaterial> materials, hostkit::SceneMesh mesh,
+                       const M44f& toWorld) {
+  hostkit::Scene scene;
+  scene.materials = std::move(materials);
+  Add(scene, std::move(mesh), toWorld);
+  return scene;
+}
+
 M44f At(float x, float y, float z) {
   return M44f().translate(V3f(x, y, z));
 }

@@ -7,6 +7,7 @@
 #include <Imath/ImathVec.h>
 
 #include <memory>
+#include <vector>
 
 #include "hostkit/frame/frame_renderer.h"
 #include "hostkit/services/module_loader.h"
@@ -27,6 +28,10 @@ hostkit::SceneMesh Sphere(int material, int rings = 48);
 
 /// Places a mesh in the scene.
 void Add(hostkit::Scene& scene, hostkit::SceneMesh mesh, const Imath::M44f& toWorld = {});
+
+/// A scene of these materials with one mesh in it.
+hostkit::Scene SceneOf(std::vector<hostkit::SceneMaterial> materials, hostkit::SceneMesh mesh,
+                       const Imath::M44f& toWorld = {});
 
 /// A translation.
 Imath::M44f At(float x, float y, float z);

@@ -14,9 +14,7 @@ using Imath::M44f;
 using Imath::V3f;
 
 TEST_F(Frames, SphereIsLitFromTheEyeAndCoversItsDisc) {
-  hostkit::Scene scene;
-  scene.materials = {Material(1, 0, 0)};
-  Add(scene, Sphere(0));
+  hostkit::Scene scene = SceneOf({Material(1, 0, 0)}, Sphere(0));
   auto picture = Render(scene);
   EXPECT_FALSE(picture.hasAlpha);
   Pixel middle = At(picture, 40, 40);
@@ -37,9 +35,7 @@ TEST_F(Frames, SphereIsLitFromTheEyeAndCoversItsDisc) {
 }
 
 TEST_F(Frames, LightSetsShineFromTheirSides) {
-  hostkit::Scene scene;
-  scene.materials = {Material(1, 1, 1)};
-  Add(scene, Sphere(0));
+  hostkit::Scene scene = SceneOf({Material(1, 1, 1)}, Sphere(0));
   m_settings.lights = hostkit::LightSet::kThreePoint;
   auto picture = Render(scene);
   EXPECT_GT(At(picture, 33, 33).green, At(picture, 40, 54).green + 0.2f);  // the key is upper left
@@ -61,9 +57,9 @@ TEST_F(Frames, LightSetsShineFromTheirSides) {
 }
 
 TEST_F(Frames, GlassBlendsWithWhatIsBehindAndIsHiddenByWhatIsBefore) {
-  hostkit::Scene scene;
-  scene.materials = {Material(1, 0, 0, 0.5f), Material(0, 1, 0), Material(0, 0, 0, 0.5f)};
-  Add(scene, Square(0), At(0, 0, 0));     // glass from -1 to 1
+  hostkit::Scene scene =
+      SceneOf({Material(1, 0, 0, 0.5f), Material(0, 1, 0), Material(0, 0, 0, 0.5f)}, Square(0),
+              At(0, 0, 0));               // glass from -1 to 1
   Add(scene, Square(1), At(-1, 0, -1));   // behind its left half
   Add(scene, Square(1), At(1.5f, 0, 1));  // before its right quarter
   for (auto lights : {hostkit::LightSet::kHeadlight, hostkit::LightSet::kThreePoint}) {
@@ -91,9 +87,8 @@ TEST_F(Frames, GlassBlendsWithWhatIsBehindAndIsHiddenByWhatIsBefore) {
 }
 
 TEST_F(Frames, TransparentBackgroundGivesTrueCoverage) {
-  hostkit::Scene scene;
-  scene.materials = {Material(1, 0, 0, 0.5f), Material(0, 0, 0)};
-  Add(scene, Sphere(0), At(-1, 0, 0));
+  hostkit::Scene scene =
+      SceneOf({Material(1, 0, 0, 0.5f), Material(0, 0, 0)}, Sphere(0), At(-1, 0, 0));
   Add(scene, Sphere(1), At(1, 0, 0));
   m_settings.transparentBackground = true;
   m_settings.samplesPerSide = 2;
@@ -108,9 +103,7 @@ TEST_F(Frames, TransparentBackgroundGivesTrueCoverage) {
 }
 
 TEST_F(Frames, EdgesAreSmoothAndLinesKeepTheirWidth) {
-  hostkit::Scene scene;
-  scene.materials = {Material(1, 1, 1)};
-  Add(scene, Square(0), M44f().rotate(V3f(0, 0, 0.1f)));
+  hostkit::Scene scene = SceneOf({Material(1, 1, 1)}, Square(0), M44f().rotate(V3f(0, 0, 0.1f)));
   hostkit::SceneMesh lines;
   lines.positions = {V3f(-1.8f, 1.6f, 2), V3f(1.8f, 1.6f, 2), V3f(-1.6f, -1.6f, 2)};
   lines.lines = {0, 1};
@@ -137,9 +130,8 @@ TEST_F(Frames, EdgesAreSmoothAndLinesKeepTheirWidth) {
 }
 
 TEST_F(Frames, TilesAreSeamless) {
-  hostkit::Scene scene;
-  scene.materials = {Material(1, 0.5f, 0.2f), Material(0.2f, 0.5f, 1, 0.4f)};
-  Add(scene, Sphere(0), At(0.3f, 0.1f, -4));
+  hostkit::Scene scene = SceneOf({Material(1, 0.5f, 0.2f), Material(0.2f, 0.5f, 1, 0.4f)},
+                                 Sphere(0), At(0.3f, 0.1f, -4));
   Add(scene, Sphere(1), At(-0.5f, -0.2f, -3));
   hostkit::View view;
   view.camera.eye = {0, 0, 0.5f};
@@ -191,9 +183,8 @@ TEST_F(Frames, VertexColorsAreLit) {
   scene.materials = {Material(1, 1, 1)};
   m_settings.lights = hostkit::LightSet::kHeadlight;
   const unsigned char texel[] = {128, 128, 128, 255};
-  hostkit::SceneImage image;
-  image.bitmap = hostkit::BitmapFromRgba(texel, 1, 1);
-  scene.images.push_back(std::move(image));
+  scene.images.resize(1);
+  scene.images[0].bitmap = hostkit::BitmapFromRgba(texel, 1, 1);
   for (int textured = 0; textured < 2; ++textured) {
     scene.materials[0].image = textured - 1;
     float bright = textured ? 0.5f : 1;
@@ -234,9 +225,7 @@ TEST_F(Frames, TexturesLieTheRightWayAndCutOut) {
 }
 
 TEST_F(Frames, ImpossibleRequestsAreRefused) {
-  hostkit::Scene scene;
-  scene.materials = {Material(1, 1, 1)};
-  Add(scene, Square(0));
+  hostkit::Scene scene = SceneOf({Material(1, 1, 1)}, Square(0));
   std::string error;
   auto renderer = hostkit::FrameRenderer::Create(s_module->Driver(), scene, &error);
   ASSERT_TRUE(renderer);

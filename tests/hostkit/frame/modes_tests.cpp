@@ -79,9 +79,7 @@ TEST(MeshEdges, AreFoundOnceAcrossSeams) {
 
 TEST_F(Frames, FlatTrianglesHaveOneColor) {
   m_settings.mode = DrawMode::kFlat;
-  hostkit::Scene scene;
-  scene.materials = {Material(1, 1, 1)};
-  Add(scene, Square(0));
+  hostkit::Scene scene = SceneOf({Material(1, 1, 1)}, Square(0));
   // Smooth normals and colours would run over the square.
   scene.meshes[0].normals = {V3f(-1, 0, 0), V3f(1, 0, 0), V3f(0, 1, 0), V3f(0, 0, 1)};
   scene.meshes[0].colors = {{0, 0, 0, 255}, {150, 0, 0, 255}, {0, 150, 0, 255}, {0, 0, 0, 255}};
@@ -100,9 +98,8 @@ TEST_F(Frames, FlatTrianglesHaveOneColor) {
     for (int x = 0; x < 8; ++x) std::fill_n(row[x], 4, x < 4 ? 0 : 255);
     for (int x = 0; x < 4; ++x) row[x][3] = 255;
   }
-  hostkit::SceneImage image;
-  image.bitmap = hostkit::BitmapFromRgba(texels[0][0], 8, 8);
-  scene.images.push_back(std::move(image));
+  scene.images.resize(1);
+  scene.images[0].bitmap = hostkit::BitmapFromRgba(texels[0][0], 8, 8);
   scene.materials[0].image = 0;
   picture = Render(scene);
   EXPECT_NEAR(At(picture, 57, 57).red, 0.75f, 0.1f);
@@ -115,9 +112,8 @@ TEST_F(Frames, FlatTrianglesHaveOneColor) {
 
 TEST_F(Frames, WireframeShowsEveryEdgeAPixelWide) {
   m_settings.mode = DrawMode::kWireframe;
-  hostkit::Scene scene;
-  scene.materials = {Material(1, 0, 0), Material(0, 1, 0)};
-  Add(scene, Square(0), M44f().rotate(V3f(0, 0, 0.2f)));
+  hostkit::Scene scene =
+      SceneOf({Material(1, 0, 0), Material(0, 1, 0)}, Square(0), M44f().rotate(V3f(0, 0, 0.2f)));
   Add(scene, Square(1), At(0, 0.5f, -2));  // behind: nothing hides it
   for (int samples : {1, 2, 4}) {
     m_settings.samplesPerSide = samples;
@@ -136,9 +132,7 @@ TEST_F(Frames, WireframeShowsEveryEdgeAPixelWide) {
 TEST_F(Frames, LinesShowTheFormAndHideWhatIsBehind) {
   m_settings.mode = DrawMode::kLines;
   m_settings.lineColor = ColorBuf{255, 0, 0, 255};
-  hostkit::Scene scene;
-  scene.materials = {Material(1, 1, 1)};
-  Add(scene, Cube(0), M44f().rotate(V3f(0, 0.4f, 0)));
+  hostkit::Scene scene = SceneOf({Material(1, 1, 1)}, Cube(0), M44f().rotate(V3f(0, 0.4f, 0)));
   for (float fogFar : {0.0f, 12.0f}) {
     m_settings.fog.on = fogFar > 0;
     m_settings.fog.farDistance = 100 * fogFar;  // hardly any, but white
@@ -179,9 +173,7 @@ TEST_F(Frames, LinesShowTheFormAndHideWhatIsBehind) {
 TEST_F(Frames, PointsShowEveryVertexAsWideAsAsked) {
   m_settings.mode = DrawMode::kPoints;
   std::fill_n(m_settings.background, 3, 0.0f);
-  hostkit::Scene scene;
-  scene.materials = {Material(1, 0, 0)};
-  Add(scene, Square(0), At(0.02f, 0.02f, 0));
+  hostkit::Scene scene = SceneOf({Material(1, 0, 0)}, Square(0), At(0.02f, 0.02f, 0));
   for (int size : {1, 2, 5}) {
     for (int samples : {1, 3}) {
       m_settings.pointSize = size;
@@ -195,9 +187,7 @@ TEST_F(Frames, PointsShowEveryVertexAsWideAsAsked) {
 }
 
 TEST_F(Frames, MarkersStandOnAllVertices) {
-  hostkit::Scene scene;
-  scene.materials = {Material(0, 1, 0)};
-  Add(scene, Sphere(0, 8));
+  hostkit::Scene scene = SceneOf({Material(0, 1, 0)}, Sphere(0, 8));
   m_settings.controlPointSize = 2;
   m_settings.controlPointColor = {255, 0, 0, 255};
   hostkit::View near;

@@ -28,9 +28,8 @@ hostkit::BitmapPtr Stripes(int width, int height) {
 }
 
 hostkit::Scene BackWall() {
-  hostkit::Scene scene;
-  scene.materials = {Material(0, 0, 1)};
-  Add(scene, Square(0), At(0, 0, 8.9f));  // at the front plane, whatever overlays it
+  hostkit::Scene scene = SceneOf({Material(0, 0, 1)}, Square(0),
+                                 At(0, 0, 8.9f));  // at the front plane, whatever overlays it
   return scene;
 }
 
@@ -89,9 +88,7 @@ TEST_F(Frames, OverlaysStandPixelForPixelInTexturesOfPowersOfTwo) {
 }
 
 TEST_F(Frames, TextStandsWholeAtItsPlace) {
-  hostkit::Scene scene;
-  scene.materials = {Material(0, 0, 0)};
-  Add(scene, Square(0), At(0, 0, 8));
+  hostkit::Scene scene = SceneOf({Material(0, 0, 0)}, Square(0), At(0, 0, 8));
   m_settings.texts = {{"HHHH", 20, 30, {255, 0, 0, 255}},
                       {"HHHHHHHH", 60, 72, {255, 0, 0, 255}},  // over the right edge
                       {"HHH", -8, -4, {255, 0, 0, 255}}};      // and the upper left

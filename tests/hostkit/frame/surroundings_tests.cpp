@@ -33,9 +33,7 @@ hostkit::View NearView() {
 }  // namespace
 
 TEST_F(Frames, FogThickensWithTheDistanceAndGoes) {
-  hostkit::Scene scene;
-  scene.materials = {Material(0, 0, 0)};
-  Add(scene, Square(0), At(0, 0, 1.25f));
+  hostkit::Scene scene = SceneOf({Material(0, 0, 0)}, Square(0), At(0, 0, 1.25f));
   std::fill_n(m_settings.fog.color, 3, 1.0f);
   m_settings.fog.on = true;
   std::string error;
@@ -93,9 +91,8 @@ TEST_F(Frames, TheGridLiesUnderTheModel) {
     EXPECT_EQ(any, place < 1e20f) << place;
   }
 
-  hostkit::Scene scene;
-  scene.materials = {Material(0, 1, 0)};
-  Add(scene, Square(0), M44f().scale(V3f(0.5f)) * At(0, 0.5f, 0));  // upright
+  hostkit::Scene scene =
+      SceneOf({Material(0, 1, 0)}, Square(0), M44f().scale(V3f(0.5f)) * At(0, 0.5f, 0));  // upright
   Add(scene, Square(0), M44f().rotate(V3f(1.5708f, 0, 0)) * M44f().scale(V3f(0.2f, 1, 0.2f)));
   hostkit::View above;  // a pixel is 0.05, and the planes hold the model alone
   above.camera.eye = {0, 10, 0};
@@ -127,9 +124,8 @@ TEST_F(Frames, TheGridLiesUnderTheModel) {
 }
 
 TEST_F(Frames, DepthIsTheDistanceAtPixelCentres) {
-  hostkit::Scene scene;
-  scene.materials = {Material(1, 1, 1), Material(1, 1, 1, 0.5f)};
-  Add(scene, Square(0), M44f().scale(V3f(0.8f)) * M44f().rotate(V3f(0, 1.1f, 0)));
+  hostkit::Scene scene = SceneOf({Material(1, 1, 1), Material(1, 1, 1, 0.5f)}, Square(0),
+                                 M44f().scale(V3f(0.8f)) * M44f().rotate(V3f(0, 1.1f, 0)));
   Add(scene, Square(1), M44f().scale(V3f(0.2f)) * At(0, 0.5f, 1));  // glass
   hostkit::SceneMesh line;
   line.positions = {V3f(-1, -0.9f, 0), V3f(1, -0.9f, 1), V3f(0.02f, -1.22f, -1)};
@@ -170,9 +166,7 @@ TEST_F(Frames, DepthIsTheDistanceAtPixelCentres) {
 
 // What the renderer itself says about the depth of a pixel.
 TEST_F(Frames, DepthAgreesWithTheDepthBuffer) {
-  hostkit::Scene scene;
-  scene.materials = {Material(1, 1, 1)};
-  Add(scene, Sphere(0));
+  hostkit::Scene scene = SceneOf({Material(1, 1, 1)}, Sphere(0));
   const hostkit::View view = NearView();
   m_settings.depth = true;
   auto picture = Render(scene, view);

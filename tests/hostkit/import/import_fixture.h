@@ -2,7 +2,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <memory>
@@ -14,6 +13,7 @@
 #include "samples/shapes.h"
 #include "samples/small_models.h"
 #include "samples/textures.h"
+#include "tests/support/common/temp_folder.h"
 
 /// 2 x 2 pixels: red and green above blue and white, the white one half transparent.
 inline constexpr unsigned char kFourColors[] = {255, 0, 0,   255, 0,   255, 0,   255,
@@ -34,22 +34,26 @@ inline samples::Document OneBox() {
   return document;
 }
 
+/// The same box with that picture on it.
+inline samples::Document PicturedBox() {
+  samples::Document document = OneBox();
+  document.images.push_back(FourColorsPng());
+  document.materials[0].image = 0;
+  return document;
+}
+
+inline const hostkit::SceneMaterial& FirstMaterial(const hostkit::Scene& scene) {
+  return scene.materials.at(scene.meshes.at(0).material);
+}
+
 /// Imports files that it writes into a folder of its own.
 class Import : public testing::Test {
  protected:
-  Import()
-      : m_folder(std::filesystem::temp_directory_path() /
-                 ("gl3-import-" + std::to_string(getpid()))) {
-    std::filesystem::create_directories(m_folder);
-  }
-  ~Import() override { std::filesystem::remove_all(m_folder); }
-
   std::string Write(const std::string& name, const std::string& bytes) {
-    const std::filesystem::path path = m_folder / name;
-    std::filesystem::create_directories(path.parent_path());
-    std::string error;
-    EXPECT_TRUE(samples::WriteFile(path.string(), bytes, &error)) << error;
-    return path.string();
+    const std::string path = m_folder.Path(name);
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    m_folder.Write(name, bytes);
+    return path;
   }
 
   hostkit::Scene Read(const std::string& path) {
@@ -73,5 +77,5 @@ class Import : public testing::Test {
     return error;
   }
 
-  std::filesystem::path m_folder;
+  TempFolder m_folder;
 };

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <limits>
 #include <memory>
 #include <string>
@@ -18,7 +17,6 @@
 
 namespace {
 
-namespace fs = std::filesystem;
 using hostkit::Scene;
 using Imath::M44f;
 using Imath::V3f;
@@ -35,10 +33,10 @@ M44f Placed(const V3f& at, const V3f& scale = V3f(1.0f), float turn = 0) {
 
 TEST_F(Import, CubesOfEveryFormatComeOutAlike) {
   std::string error;
-  ASSERT_TRUE(samples::WriteCubes(m_folder.string(), &error)) << error;
+  ASSERT_TRUE(samples::WriteCubes(m_folder.Path(""), &error)) << error;
   for (const char* suffix : {"obj", "ply", "stl", "dae", "3ds", "fbx"}) {
     SCOPED_TRACE(suffix);
-    const Scene scene = Read((m_folder / "cube.").string() + suffix);
+    const Scene scene = Read(m_folder.Path("cube.") + suffix);
     EXPECT_EQ(scene.TriangleCount(), 12u);
     EXPECT_TRUE(scene.Bounds().min.equalWithAbsError(V3f(-0.5f), kNear));
     EXPECT_TRUE(scene.Bounds().max.equalWithAbsError(V3f(0.5f), kNear));
@@ -86,7 +84,7 @@ TEST_F(Import, ShowroomArrivesWhole) {
 TEST_F(Import, LargeSpheresHaveTheNumberOfTrianglesAskedFor) {
   std::string error;
   for (const char* name : {"large.ply", "large.glb"}) {
-    const std::string path = (m_folder / name).string();
+    const std::string path = m_folder.Path(name);
     ASSERT_TRUE(samples::WriteBumpySphere(path, 12'345, &error)) << error;
     const Scene scene = Read(path);
     EXPECT_EQ(scene.TriangleCount(), 12'345u);
@@ -283,8 +281,8 @@ TEST_F(Import, BadFilesAreRefusedWithTheirReason) {
   const auto holds = [](const std::string& text, const char* part) {
     return text.find(part) != std::string::npos;
   };
-  EXPECT_TRUE(holds(Refusal((m_folder / "none.obj").string()), "no such file"));
-  EXPECT_TRUE(holds(Refusal(m_folder.string()), "is a folder"));
+  EXPECT_TRUE(holds(Refusal(m_folder.Path("none.obj")), "no such file"));
+  EXPECT_TRUE(holds(Refusal(m_folder.Path("")), "is a folder"));
   EXPECT_TRUE(holds(Refusal(Write("empty.ply", "")), "is empty"));
   EXPECT_TRUE(holds(Refusal(Write("model.xyz", "1 2 3")), "not known"));
   EXPECT_TRUE(holds(Refusal(Write("plain", "1 2 3")), "not known"));
@@ -300,9 +298,7 @@ TEST_F(Import, BadFilesAreRefusedWithTheirReason) {
 }
 
 TEST_F(Import, AppendedScenesKeepTheirReferences) {
-  samples::Document document = OneBox();
-  document.images.push_back(FourColorsPng());
-  document.materials[0].image = 0;
+  samples::Document document = PicturedBox();
   Scene scene = ReadGlb(document);
   const std::size_t materials = scene.materials.size();
   hostkit::AppendScene(scene, ReadGlb(document));

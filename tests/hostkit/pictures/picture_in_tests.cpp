@@ -2,15 +2,14 @@
 #include <OpenEXR/ImfRgbaFile.h>
 #include <OpenEXR/ImfStdIO.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <filesystem>
 #include <string>
 
 #include "hostkit/pictures/picture.h"
 #include "hostkit/pictures/picture_in.h"
+#include "tests/support/common/temp_folder.h"
 
 namespace {
 
@@ -44,7 +43,8 @@ TEST_F(PicturesIn, HdrRowsMustBeWhole) {
 }
 
 TEST_F(PicturesIn, JpegTablesMustHaveRoom) {
-  const std::string path = testing::TempDir() + "gl3-in-" + std::to_string(getpid()) + ".jpg";
+  const TempFolder folder;
+  const std::string path = folder.Path("a.jpg");
   hostkit::Picture picture{hostkit::BitmapPtr(new HBitmapNode(9, 9)), false};
   auto* colors = picture.bitmap->CreateRGBABuffer("ColorAlpha", HBitmapBuffer::kHalfChannel, 9, 9);
   picture.bitmap->AddBuffer(colors);
@@ -52,7 +52,6 @@ TEST_F(PicturesIn, JpegTablesMustHaveRoom) {
   std::fill_n(static_cast<std::uint16_t*>(colors->GetData(0)), 9 * 9 * 4, 0);
   ASSERT_TRUE(hostkit::WritePicture(path, picture, {}, {}, &m_error)) << m_error;
   EXPECT_NE(hostkit::LoadPicture(path, &m_error), nullptr) << m_error;
-  std::filesystem::remove(path);
 
   // One more code than there is room for, alone and behind other segments.
   const std::string table = std::string("\xFF\xC4\0\x13\0\xFF\2", 7) + std::string(14, '\0');

@@ -16,15 +16,15 @@
 #include <csignal>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "hostkit/pictures/picture.h"
+#include "hostkit/pictures/picture_in.h"
 #include "hostkit/pictures/picture_recipe.h"
+#include "tests/support/common/temp_folder.h"
 
 namespace {
 
@@ -92,20 +92,9 @@ PngFile ReadPng(const std::string& path) {
   return file;
 }
 
-std::string ReadAll(const fs::path& path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 class PictureFiles : public testing::Test {
  protected:
-  PictureFiles() {
-    m_folder = fs::temp_directory_path() / fmt::format("gl3-pictures-{}", ::getpid());
-    fs::create_directories(m_folder);
-  }
-  ~PictureFiles() override { fs::remove_all(m_folder); }
-
-  std::string Path(const std::string& name) const { return (m_folder / name).string(); }
+  std::string Path(const std::string& name) const { return m_folder.Path(name); }
   bool Write(const std::string& path, const hostkit::Picture& picture) {
     m_error.clear();
     return hostkit::WritePicture(path, picture, kRecipe, {}, &m_error);
@@ -117,11 +106,7 @@ class PictureFiles : public testing::Test {
     EXPECT_NE(m_error.find(reason), std::string::npos) << m_error;
     EXPECT_EQ(m_error.find('\n'), std::string::npos) << m_error;
   }
-  int FileCount() const {
-    return static_cast<int>(std::distance(fs::directory_iterator(m_folder), {}));
-  }
-
-  fs::path m_folder;
+  TempFolder m_folder;
   std::string m_error;
 };
 
@@ -135,19 +120,22 @@ TEST_F(PictureFiles, PngHasStraightAlphaAndItsRecipe) {
   EXPECT_TRUE(file.sRgb);
   EXPECT_EQ(file.texts["gl3:command"], "gl3 render a.obj");
   EXPECT_EQ(file.texts["gl3:note"], "Größe");
-  const unsigned char* pixel = &file.pixels[(2 * kWidth + 4) * 4];
-  EXPECT_EQ(pixel[0], 255);
-  EXPECT_NEAR(pixel[1], 102, 1);
-  EXPECT_NEAR(pixel[2], 51, 1);
-  EXPECT_EQ(pixel[3], 128);
-  EXPECT_EQ(std::vector(file.pixels.begin(), file.pixels.begin() + 4),
-            std::vector<unsigned char>(4, 0));
+  const auto expectPixels = [&](double alpha) {
+    for (int i = 0; i < kWidth * kHeight; ++i) {
+      const double values[] = {1.0, 0.1 * (i % kWidth), 0.1 * (i / kWidth), 128 / 255.0 / alpha};
+      for (int c = 0; c < file.channels; ++c) {
+        const double wanted = i == 0 ? 0 : 255 * alpha * values[c];
+        EXPECT_NEAR(file.pixels[i * file.channels + c], wanted, 1) << i << ", " << c;
+      }
+    }
+  };
+  expectPixels(1);
 
   ASSERT_TRUE(Write(Path("b.png"), MakePicture(false))) << m_error;
   file = ReadPng(Path("b.png"));
   ASSERT_EQ(file.channels, 3);
-  EXPECT_EQ(file.pixels[3], 128);  // second pixel: the colour as it is
-  EXPECT_EQ(FileCount(), 2);
+  expectPixels(0.5);  // the colours as they are
+  EXPECT_EQ(m_folder.Count(), 2);
 }
 
 TEST_F(PictureFiles, ExrKeepsHalvesDepthAndWindows) {
@@ -175,12 +163,15 @@ TEST_F(PictureFiles, ExrKeepsHalvesDepthAndWindows) {
                                  sizeof(float) * kWidth));
     file.setFrameBuffer(frame);
     file.readPixels(0, kHeight - 1);
-    EXPECT_EQ(colors[0][2][4], half(0.5f));  // premultiplied
-    EXPECT_EQ(colors[1][2][4], half(0.2f));
-    EXPECT_EQ(colors[2][2][4], half(0.1f));
-    EXPECT_EQ(colors[3][2][4], half(hasAlpha ? 0.5f : 1.0f));
-    EXPECT_EQ(colors[3][0][0], half(hasAlpha ? 0.0f : 1.0f));
-    EXPECT_EQ(depths[2][4], 24);
+    for (int i = 0; i < kWidth * kHeight; ++i) {
+      const int x = i % kWidth, y = i / kWidth;
+      const float alpha = i == 0 ? 0.0f : 0.5f;
+      EXPECT_EQ(colors[0][y][x], half(alpha)) << i;  // premultiplied
+      EXPECT_EQ(colors[1][y][x], half(0.1f * static_cast<float>(x) * alpha)) << i;
+      EXPECT_EQ(colors[2][y][x], half(0.1f * static_cast<float>(y) * alpha)) << i;
+      EXPECT_EQ(colors[3][y][x], half(hasAlpha ? alpha : 1.0f)) << i;
+      EXPECT_EQ(depths[y][x], static_cast<float>(10 * y + x));
+    }
   }
 }
 
@@ -188,32 +179,51 @@ TEST_F(PictureFiles, RecipesOfBrokenExrFilesAreNotRead) {
   ASSERT_TRUE(Write(Path("a.exr"), MakePicture(true))) << m_error;
   hostkit::Recipe recipe;
   EXPECT_TRUE(hostkit::ReadRecipe(Path("a.exr"), &recipe, &m_error)) << m_error;
-  std::string bytes = ReadAll(Path("a.exr"));
+  std::string bytes = m_folder.Read("a.exr");
   const std::string type("float\0", 6);
   bytes[bytes.find(type) + type.size()] = 3;  // a byte short, and the next name a byte long
   bytes.insert(bytes.find(type) + type.size() + 8, "\x01");
-  std::ofstream(Path("b.exr"), std::ios::binary) << bytes;
+  m_folder.Write("b.exr", bytes);
   EXPECT_FALSE(hostkit::ReadRecipe(Path("b.exr"), &recipe, &m_error));
   EXPECT_NE(m_error.find("the picture is broken"), std::string::npos) << m_error;
 }
 
 TEST_F(PictureFiles, JpegHoldsPixelsAndRecipe) {
-  ASSERT_TRUE(Write(Path("a.jpg"), MakePicture(true, 64, 64))) << m_error;
-  std::string bytes = ReadAll(Path("a.jpg"));
+  // Red and green take turns from pixel to pixel, which colour of half the resolution would blur.
+  constexpr int kJpegWidth = 20, kJpegHeight = 9;
+  const hostkit::Picture picture = MakePicture(true, kJpegWidth, kJpegHeight);
+  for (int i = 1; i < kJpegWidth * kJpegHeight; ++i) {
+    const int x = i % kJpegWidth, y = i / kJpegWidth;
+    auto* pixel = static_cast<std::uint16_t*>(picture.bitmap->GetBufferHead()->Data()) + 4 * i;
+    std::swap(pixel[1], pixel[(x + y) % 2 + 1]);
+  }
+  ASSERT_TRUE(Write(Path("a.jpg"), picture)) << m_error;
+  std::string bytes = m_folder.Read("a.jpg");
+  const hostkit::BitmapPtr seen = hostkit::LoadPicture(Path("a.jpg"), &m_error);
+  ASSERT_TRUE(seen) << m_error;
+  ASSERT_EQ(seen->GetHeight(), kJpegHeight);
+  for (int i = 1; i < kJpegWidth * kJpegHeight; ++i) {
+    const int x = i % kJpegWidth, y = i / kJpegWidth;
+    const auto* pixel = static_cast<unsigned char*>(seen->GetBufferHead()->Data()) + 4 * i;
+    const bool isGreen = (x + y) % 2 == 1;
+    EXPECT_NEAR(pixel[isGreen], 128, 40) << x << ", " << y;
+    EXPECT_NEAR(pixel[!isGreen], 12.75 * x, 40) << x << ", " << y;
+    EXPECT_NEAR(pixel[2], 12.75 * y, 40) << x << ", " << y;
+  }
   EXPECT_EQ(bytes.substr(0, 3), "\xff\xd8\xff");
   EXPECT_EQ(bytes.substr(bytes.size() - 2), "\xff\xd9");
   EXPECT_NE(bytes.find("gl3:command: gl3 render a.obj"), std::string::npos);
   EXPECT_FALSE(Write(Path("wide.jpeg"), MakePicture(false, 65501, 1)));
   EXPECT_NE(m_error.find("65500"), std::string::npos) << m_error;
-  EXPECT_EQ(FileCount(), 1);
+  EXPECT_EQ(m_folder.Count(), 1);
 }
 
 TEST_F(PictureFiles, RefusalsSayWhyAndLeaveNothing) {
-  fs::create_directory(m_folder / "folder.png");
-  std::ofstream(m_folder / "plain") << "x";
-  fs::create_symlink("loop.png", m_folder / "loop.png");
-  fs::create_symlink("/dev/full", m_folder / "full.png");
-  fs::create_symlink("/dev/full", m_folder / "full.exr");
+  fs::create_directory(Path("folder.png"));
+  m_folder.Write("plain", "x");
+  fs::create_symlink("loop.png", Path("loop.png"));
+  fs::create_symlink("/dev/full", Path("full.png"));
+  fs::create_symlink("/dev/full", Path("full.exr"));
   ExpectRefused(Path("folder.png"), "is a folder");
   ExpectRefused(Path("missing/a.png"), "does not exist");
   ExpectRefused(Path("plain/a.png"), "not a folder");
@@ -224,12 +234,12 @@ TEST_F(PictureFiles, RefusalsSayWhyAndLeaveNothing) {
   ExpectRefused(Path(std::string(300, 'n') + ".png"), "File name too long");
   EXPECT_FALSE(Write(Path("a.png"), {}));
   if (::geteuid() != 0) {  // nothing is closed to root
-    fs::create_directory(m_folder / "closed");
+    fs::create_directory(Path("closed"));
     ::chmod(Path("closed").c_str(), 0555);
     ExpectRefused(Path("closed/a.png"), "not writable");
-    fs::remove(m_folder / "closed");
+    fs::remove(Path("closed"));
   }
-  EXPECT_EQ(FileCount(), 5);
+  EXPECT_EQ(m_folder.Count(), 5);
 }
 
 TEST_F(PictureFiles, AFileThatCannotBeFinishedLeavesTheOldOne) {
@@ -238,7 +248,7 @@ TEST_F(PictureFiles, AFileThatCannotBeFinishedLeavesTheOldOne) {
   getrlimit(RLIMIT_FSIZE, &before);
   hostkit::Picture picture = MakePicture(true, 400, 400);
   for (const char* name : {"a.png", "a.exr", "a.jpg"}) {
-    std::ofstream(Path(name)) << "old";
+    m_folder.Write(name, "old");
     rlimit small = before;
     small.rlim_cur = 100;
     setrlimit(RLIMIT_FSIZE, &small);
@@ -246,20 +256,20 @@ TEST_F(PictureFiles, AFileThatCannotBeFinishedLeavesTheOldOne) {
     setrlimit(RLIMIT_FSIZE, &before);
     EXPECT_FALSE(written) << name;
     EXPECT_NE(m_error.find("larger than allowed"), std::string::npos) << m_error;
-    EXPECT_EQ(ReadAll(Path(name)), "old");
+    EXPECT_EQ(m_folder.Read(name), "old");
   }
-  EXPECT_EQ(FileCount(), 3);
+  EXPECT_EQ(m_folder.Count(), 3);
 }
 
 TEST_F(PictureFiles, LinksAreFollowedAndPermissionsKept) {
-  fs::create_directory(m_folder / "sub");
-  std::ofstream(Path("sub/old.png")) << "old";
+  fs::create_directory(Path("sub"));
+  m_folder.Write("sub/old.png", "old");
   // Another group than one's own, where that is allowed.
   constexpr gid_t kGroup = 50;
   const bool isOfGroup = ::chown(Path("sub/old.png").c_str(), static_cast<uid_t>(-1), kGroup) == 0;
   ::chmod(Path("sub/old.png").c_str(), 0604);
-  fs::create_symlink("sub/old.png", m_folder / "link.png");
-  fs::create_symlink("sub/new.png", m_folder / "dangling.png");
+  fs::create_symlink("sub/old.png", Path("link.png"));
+  fs::create_symlink("sub/new.png", Path("dangling.png"));
   mode_t mask = ::umask(027);
   EXPECT_TRUE(Write(Path("link.png"), MakePicture(false))) << m_error;
   EXPECT_TRUE(Write(Path("dangling.png"), MakePicture(false))) << m_error;
@@ -277,19 +287,19 @@ TEST_F(PictureFiles, LinksAreFollowedAndPermissionsKept) {
 // As through /dev/stdout.
 TEST_F(PictureFiles, OpenPipesAndDeletedFilesGetTheBytes) {
   ASSERT_TRUE(Write(Path("a.png"), MakePicture(true))) << m_error;
-  const std::string whole = ReadAll(Path("a.png"));
+  const std::string whole = m_folder.Read("a.png");
   int ends[2];
   ASSERT_EQ(::pipe(ends), 0);
   std::FILE* deleted = std::tmpfile();
   for (const auto& [to, from] : {std::pair{ends[1], ends[0]}, {fileno(deleted), fileno(deleted)}}) {
-    fs::create_symlink(fmt::format("/proc/self/fd/{}", to), m_folder / "open.png");
+    fs::create_symlink(fmt::format("/proc/self/fd/{}", to), Path("open.png"));
     EXPECT_TRUE(Write(Path("open.png"), MakePicture(true))) << m_error;
-    fs::remove(m_folder / "open.png");
+    fs::remove(Path("open.png"));
     std::string bytes(whole.size() + 1, '\0');
     bytes.resize(static_cast<std::size_t>(::read(from, bytes.data(), bytes.size())));
     EXPECT_EQ(bytes, whole);
   }
-  EXPECT_EQ(FileCount(), 1);
+  EXPECT_EQ(m_folder.Count(), 1);
   ::close(ends[0]);
   ::close(ends[1]);
   std::fclose(deleted);

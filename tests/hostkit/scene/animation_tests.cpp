@@ -1,9 +1,7 @@
 // Animations: imported from files that the test writes, and played.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cmath>
-#include <filesystem>
 #include <memory>
 #include <numbers>
 #include <string>
@@ -13,10 +11,10 @@
 #include "hostkit/scene/node_animation.h"
 #include "samples/orrery.h"
 #include "samples/small_models.h"
+#include "tests/support/common/temp_folder.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 using hostkit::Scene;
 using Imath::M44f;
 using Imath::V3f;
@@ -26,13 +24,11 @@ constexpr float kPi = std::numbers::pi_v<float>;
 constexpr float kNear = 1e-4f;
 
 std::unique_ptr<Scene> Import(const samples::Document& document) {
-  const std::string path =
-      (fs::temp_directory_path() / ("gl3-animation-" + std::to_string(getpid()) + ".glb")).string();
+  const TempFolder folder;
+  folder.Write("a.glb", samples::ToGlb(document));
   std::string error;
-  EXPECT_TRUE(samples::WriteFile(path, samples::ToGlb(document), &error)) << error;
-  std::unique_ptr<Scene> scene = hostkit::ImportModel(path, &error);
+  std::unique_ptr<Scene> scene = hostkit::ImportModel(folder.Path("a.glb"), &error);
   EXPECT_TRUE(scene) << error;
-  fs::remove(path);
   return scene;
 }
 

@@ -19,7 +19,8 @@
 namespace {
 
 using Type = HBitmapBuffer::ChannelType;
-using Rgba = std::array<unsigned char, 4>;
+using Byte = unsigned char;
+using Rgba = std::array<Byte, 4>;
 
 struct Releaser {
   template <typename T>
@@ -225,6 +226,40 @@ TEST_F(Bitmap, ByteBlocksFollowTransparencyAndOrder) {
           EXPECT_EQ(packed[bgr ? 0 : 2], pixel[2]);
           if (bytes == 4) {
             EXPECT_EQ(packed[3], pixel[3]);
+          }
+        }
+      }
+    }
+  }
+}
+
+TEST_F(Bitmap, ByteBlocksComeOfEveryLayout) {
+  for (const Type type : {Type::kByteChannel, Type::kHalfChannel, Type::kFloatChannel}) {
+    for (const int channels : {1, 2, 3, 4}) {
+      const Node node(new HBitmapNode(3, 2));
+      auto* buffer = new HBitmapBuffer("Color", type, channels, 3, 2);
+      node->AddBuffer(buffer);
+      ASSERT_EQ(buffer->AllocateData(0), 1);
+      for (int i = 0; i < 3 * 2 * channels; ++i) {
+        const auto value = static_cast<float>(10 * i) / 255;
+        if (type == Type::kByteChannel) static_cast<Byte*>(buffer->Data())[i] = Byte(10 * i);
+        if (type == Type::kHalfChannel) static_cast<Imath::half*>(buffer->Data())[i] = value;
+        if (type == Type::kFloatChannel) static_cast<float*>(buffer->Data())[i] = value;
+      }
+      const bool isGray = channels < 3, hasAlpha = channels % 2 == 0;
+      for (const int bgr : {0, 1}) {
+        const Block block(node->CreateByteBlock(0, nullptr, bgr));
+        ASSERT_EQ(block->GetBytesPerPixel(), hasAlpha ? 4 : 3);
+        // Floats have blue first.
+        const bool isTurned = (type != Type::kByteChannel) != (bgr == 1);
+        for (int i = 0; i < 3 * 2; ++i) {
+          const Byte* packed = block->GetByteBlock() + i * block->GetBytesPerPixel();
+          const int first = 10 * channels * i;
+          EXPECT_EQ(packed[0], first + (isGray || !isTurned ? 0 : 20)) << type << channels << bgr;
+          EXPECT_EQ(packed[1], first + (isGray ? 0 : 10));
+          EXPECT_EQ(packed[2], first + (isGray || isTurned ? 0 : 20));
+          if (hasAlpha) {
+            EXPECT_EQ(packed[3], first + 10 * (channels - 1));
           }
         }
       }

@@ -127,13 +127,15 @@ TEST_F(Shapes, ObjectLinesAreTransformed) {
   m_list.AddLine(Vector{1, 0, 0}, Vector{0, 1, 1}, m_color);
   m_list.AddLine(Vector{1, 0, 0}, m_color, Vector{0, 1, 1}, m_other);
   std::vector<Vector> a(1000, {1, 0, 0}), b(1000, {0, 1, 1});
+  for (int i = 0; i < 1000; ++i) a[i].z = b[i].y = static_cast<float>(i);
   m_list.AddLineList(a.data(), b.data(), 1000, m_color, m_other);
   m_list.AddLineList(a.data(), b.data(), -1, m_color, m_other);
   m_list.AddLineList(nullptr, b.data(), 1, m_color, m_other);
   ASSERT_EQ(m_list.lines.size(), 1003u);
-  for (const Recorder::Line& line : m_list.lines) {
-    EXPECT_EQ(Distance(line.a, {10, 22, 30}), 0);
-    EXPECT_EQ(Distance(line.b, {8, 20, 32}), 0);
+  for (int i = 0; i < 1003; ++i) {
+    const auto z = static_cast<float>(std::max(i - 3, 0)), y = i < 3 ? 1.0f : z;
+    EXPECT_EQ(Distance(m_list.lines[i].a, {10, 22, 30 + 2 * z}), 0) << i;
+    EXPECT_EQ(Distance(m_list.lines[i].b, {10 - 2 * y, 20, 32}), 0) << i;
   }
   EXPECT_EQ(m_list.lines[0].colorA, nullptr);
   EXPECT_EQ(m_list.lines[1].colorB, &m_color);

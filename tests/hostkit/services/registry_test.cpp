@@ -1,7 +1,11 @@
 // The registry and its file: values, broken files, other writers, sudden death.
+#include <fcntl.h>
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,6 +13,7 @@
 #include <climits>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <random>
 #include <string>
 #include <thread>
@@ -19,6 +24,19 @@
 #include "hostkit/services/module_settings.h"
 #include "hostkit/services/registry.h"
 #include "tests/support/common/temp_folder.h"
+
+namespace {
+std::function<void()> g_beforeLocking;
+long Lock(int file, int operation) {
+  return syscall(SYS_flock, file, operation);
+}
+}  // namespace
+
+/// In front of the C library's.
+extern "C" int flock(int file, int operation) noexcept {
+  if (g_beforeLocking) g_beforeLocking();
+  return static_cast<int>(Lock(file, operation));
+}
 
 namespace {
 
@@ -78,6 +96,25 @@ TEST_F(Registry, KeepsValuesAcrossReloads) {
   EXPECT_EQ(hostkit::RegistryError(), "");
 }
 
+TEST_F(Registry, StoresNoOverrideThatIsWrittenBack) {
+  for (const char* stored : {"", "[OpenGL3]\nAntialias = 9\n"}) {
+    m_folder.Write("registry.ini", stored);
+    hostkit::ReloadRegistry();
+    hostkit::OverrideRegistryValue("OpenGL3", "Antialias", 8);
+    Set("antialias", 8);
+    EXPECT_EQ(m_folder.Read("registry.ini"), stored);
+    // Whoever has chosen another value may choose that one afterwards.
+    for (const int value : {7, 8}) {
+      Set("Antialias", value);
+      EXPECT_NE(m_folder.Read("registry.ini").find(fmt::format("Antialias = {}", value)),
+                std::string::npos);
+    }
+    hostkit::OverrideRegistryValue("OpenGL3", "Antialias", 5);
+    const hostkit::ModuleSetting* setting = hostkit::FindModuleSetting("Antialias");
+    EXPECT_TRUE(hostkit::StoreModuleSetting(*setting, 5)) << "by name, it is meant";
+  }
+}
+
 TEST_F(Registry, KeepsCommentsPermissionsAndLinks) {
   m_folder.Write("real.ini", "; mine\n\n[Other]\nkey = text\n# why\nAntialias = 1\n\n;Later = 2\n");
   fs::permissions(m_folder.Path("real.ini"), fs::perms(0640));
@@ -98,6 +135,31 @@ TEST_F(Registry, KeepsCommentsPermissionsAndLinks) {
   hostkit::ReloadRegistry();
   Set("Antialias", 0);
   EXPECT_EQ(m_folder.Read("comments.ini").find("# nothing yet\n# Antialias = 1\n"), 0u);
+}
+
+TEST_F(Registry, RemovesASettingAndNothingElse) {
+  const hostkit::ModuleSetting& setting = *hostkit::FindModuleSetting("Antialias");
+  EXPECT_TRUE(hostkit::StoreModuleSetting(setting, std::nullopt));
+  EXPECT_EQ(m_folder.Count(), 0);
+  m_folder.Write("registry.ini",
+                 "\xef\xbb\xbf[ openGL3 ]\r\n; one\nantialias = 1\nAntialias 2 = 3\n\n"
+                 "[Other]\nAntialias = 4\n[OpenGL3]\nANTIALIAS=x\n;Antialias = 5");
+  EXPECT_TRUE(hostkit::StoreModuleSetting(setting, std::nullopt));
+  EXPECT_EQ(Get("Antialias"), kMissing);
+  EXPECT_EQ(Get("Antialias 2"), 3);
+  EXPECT_EQ(GetRegistryValue("Other", "Antialias", 0), 4);
+  const std::string text = m_folder.Read("registry.ini");
+  for (const char* part : {"; one", ";Antialias = 5"}) {
+    EXPECT_NE(text.find(part), std::string::npos) << part << "in\n" << text;
+  }
+  // Whoever has no such setting keeps the file byte for byte.
+  m_folder.Write("registry.ini", "[OpenGL3]\nA  =  1");
+  hostkit::RemoveRegistryValue("OpenGL3", "Antialias");
+  EXPECT_EQ(m_folder.Read("registry.ini"), "[OpenGL3]\nA  =  1");
+  m_folder.Write("registry.ini", "broken");
+  EXPECT_TRUE(hostkit::StoreModuleSetting(setting, std::nullopt));
+  EXPECT_EQ(Told("registry.ini.broken"), 1);
+  EXPECT_FALSE(m_folder.Has("registry.ini"));
 }
 
 TEST_F(Registry, ReportsBadValuesOnceAndUsesTheFallback) {
@@ -241,6 +303,8 @@ TEST_F(Registry, FindsItsPlaceInTheEnvironment) {
   EXPECT_EQ(hostkit::RegistryPath(), "");
   Set("A", 5);
   EXPECT_EQ(Get("A"), 5);
+  hostkit::RemoveRegistryValue("OpenGL3", "a");
+  EXPECT_EQ(Get("A"), kMissing);
   EXPECT_EQ(hostkit::RegistryError(), "");
   setenv("HOME", home.c_str(), 1);
 }
@@ -269,6 +333,29 @@ TEST_F(Registry, WritersAtOnceLoseNothing) {
   }
 }
 
+/// A writer that opened the lock's file before its holder removed it holds nothing: a third may
+/// hold the next one.
+TEST_F(Registry, ALockCountsUnderItsNameAlone) {
+  const std::string name = m_folder.Path("registry.ini.lock");
+  int tries = 0, other = -1;
+  g_beforeLocking = [&] {
+    if (++tries == 3) return;
+    unlink(name.c_str());
+    if (tries == 1) {
+      other = open(name.c_str(), O_RDWR | O_CREAT, 0666);
+      EXPECT_EQ(Lock(other, LOCK_EX), 0);
+    } else {
+      EXPECT_FALSE(m_folder.Has("registry.ini")) << "it is another's turn";
+      close(other);
+    }
+  };
+  Set("A", 1);
+  g_beforeLocking = nullptr;
+  EXPECT_EQ(tries, 3);
+  EXPECT_EQ(Get("A"), 1);
+  EXPECT_EQ(m_folder.Count(), 1);
+}
+
 TEST_F(Registry, KilledWritersLeaveTheOldOrTheNew) {
   const unsigned seed = std::random_device()();
   SCOPED_TRACE("seed " + std::to_string(seed));
@@ -293,7 +380,7 @@ TEST_F(Registry, KilledWritersLeaveTheOldOrTheNew) {
   }
   EXPECT_GT(last, 0);
   Set("Counter", 0);
-  EXPECT_EQ(m_folder.Count(), 2);  // the file and its lock: no litter
+  EXPECT_EQ(m_folder.Count(), 1);  // the file: no lock, no litter
 }
 
 }  // namespace

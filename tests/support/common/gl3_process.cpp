@@ -51,6 +51,10 @@ void Nap() {
 [[noreturn]] void Become(const fs::path& folder, const fs::path& logs,
                          const std::vector<std::string>& arguments, const Gl3Setup& setup) {
   const std::string program = setup.program.empty() ? GL3_BIN_DIR "/gl3" : setup.program;
+  // What a developer has set is not what is tested, but for GL3_DEVICE, which may choose where all
+  // tests draw.
+  for (const char* name : {"GL3_MODULE_PATH", "GL3_PLATFORM"}) unsetenv(name);
+  setenv("GL3_REGISTRY", (logs / "registry.ini").c_str(), 1);
   for (const std::string& entry : setup.environment) {
     const std::size_t equals = entry.find('=');
     setenv(entry.substr(0, equals).c_str(), entry.substr(equals + 1).c_str(), 1);
