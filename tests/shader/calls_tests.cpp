@@ -6,10 +6,12 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <tuple>
 #include <type_traits>
 #include <vector>
 
 #include "platform/gl.h"
+#include "shader/Gl3ShaderMain.h"
 #include "tests/shader/shader_fixture.h"
 #include "tests/support/gl_names.h"
 #include "tests/support/gl_recorder.h"
@@ -136,47 +138,57 @@ std::string MakeCurrentCalls(int context) {
                      context);
 }
 
-/// The `nth` run, over a picture of 14 x 6 pixels, through programs of these numbers.
-std::string RunCalls(int nth, const std::vector<int>& programs) {
-  const std::string target = fmt::format("glBindTexture(GL_TEXTURE_2D, {});", 2 * nth - 1),
-                    picture = fmt::format("glBindTexture(GL_TEXTURE_2D, {});", 2 * nth),
-                    unbind = "glBindTexture(GL_TEXTURE_2D, 0);",
+/// The name of an object at the end of a call, which the GL chooses.
+int NameIn(const std::string& call) {
+  return std::stoi(call.substr(call.find(", ") + 2));
+}
+std::string Parameters(const char* kind, const char* filter, const char* wrap) {
+  return fmt::format(
+      "glTexParameter{0}(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, {1});"
+      "glTexParameter{0}(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, {1});"
+      "glTexParameter{0}(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, {2});"
+      "glTexParameter{0}(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, {2});",
+      kind, filter, wrap);
+}
+
+/// A run over a picture of 14 x 6 pixels through programs of these numbers, the objects named as in
+/// its log.
+Lines RunCalls(const GlRecorder& gl, int context, const std::vector<int>& programs) {
+  const Lines binds = gl.CallsTo("glBindTexture");
+  const int frame = NameIn(gl.CallsTo("glBindFramebuffer").at(0)), target = NameIn(binds.at(0)),
+            picture = NameIn(binds.at(1));
+  EXPECT_NE(target, picture);
+  const std::string unbind = "glBindTexture(GL_TEXTURE_2D, 0);",
+                    bind = fmt::format("glBindTexture(GL_TEXTURE_2D, {});", picture),
                     copy = "glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, 14, 6);",
                     quad =
                         "glBegin(GL_POLYGON);glTexCoord2f(0, 0);glVertex2f(-1, -1);"
                         "glTexCoord2f(0, 1);glVertex2f(-1, 1);glTexCoord2f(1, 1);glVertex2f(1, 1);"
                         "glTexCoord2f(1, 0);glVertex2f(1, -1);glEnd();";
-  std::string text = MakeCurrentCalls(nth + 1);
-  text +=
-      "glClearColor(0, 0, 0, 1);glClear(GL_COLOR_BUFFER_BIT|GL_DEPTH_BUFFER_BIT);"
-      "glEnable(GL_TEXTURE_2D);glGenTextures(1, pointer);";
-  text += target +
-          "glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, 9729);"  // linear
-          "glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, 9729);"
-          "glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, 33071);"  // clamped to the edge
-          "glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, 33071);"
-          "glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 14, 6, 0, GL_RGBA, GL_UNSIGNED_BYTE, null);";
+  std::string text = MakeCurrentCalls(context) +
+                     "glClearColor(0, 0, 0, 1);glClear(GL_COLOR_BUFFER_BIT|GL_DEPTH_BUFFER_BIT);"
+                     "glEnable(GL_TEXTURE_2D);glGenTextures(1, pointer);";
   text += fmt::format(
-      "glGenFramebuffers(1, pointer);glBindFramebuffer({0}, {2});"
-      "glFramebufferTexture2D({0}, {1}, GL_TEXTURE_2D, {3}, 0);",
-      EnumName(GL_FRAMEBUFFER), EnumName(GL_COLOR_ATTACHMENT0), nth, 2 * nth - 1);
-  text += "CreateByteBlock(0, 0, 0);glGenTextures(1, pointer);" + picture +
-          "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);"
-          "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);"
-          "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);"
-          "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);"
+      "glBindTexture(GL_TEXTURE_2D, {0});{1}"
+      "glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 14, 6, 0, GL_RGBA, GL_UNSIGNED_BYTE, null);"
+      "glGenFramebuffers(1, pointer);glBindFramebuffer({2}, {4});"
+      "glFramebufferTexture2D({2}, {3}, GL_TEXTURE_2D, {0}, 0);",
+      target, Parameters("f", "9729", "33071"),  // linear, clamped to the edge
+      EnumName(GL_FRAMEBUFFER), EnumName(GL_COLOR_ATTACHMENT0), frame);
+  text += "CreateByteBlock(0, 0, 0);glGenTextures(1, pointer);" + bind +
+          Parameters("i", "GL_LINEAR", "GL_CLAMP_TO_EDGE") +
           "glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 16, 8, 0, GL_RGBA, GL_UNSIGNED_BYTE, "
-          "+0 of 512);";
-  text += unbind + picture + quad;
+          "+0 of 512);" +
+          unbind + bind + quad;
   for (const int program : programs) {
     text += fmt::format("glUseProgram(program{});", program) + quad + "glUseProgram(null);" + copy;
   }
-  return text + picture + copy +
-         fmt::format(
-             "glDeleteTextures(1, {{{0}}});glBindFramebuffer({1}, 0);"
-             "glDeleteFramebuffers(1, {{{2}}});glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, "
-             "GL_UNSIGNED_BYTE, +0 of 512);{3}glDeleteTextures(1, {{{4}}})",
-             2 * nth - 1, EnumName(GL_READ_FRAMEBUFFER), nth, unbind, 2 * nth);
+  return CallsIn(
+      text + bind + copy +
+      fmt::format("glDeleteTextures(1, {{{}}});glBindFramebuffer({}, 0);"
+                  "glDeleteFramebuffers(1, {{{}}});glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, "
+                  "GL_UNSIGNED_BYTE, +0 of 512);{}glDeleteTextures(1, {{{}}})",
+                  target, EnumName(GL_READ_FRAMEBUFFER), frame, unbind, picture));
 }
 
 /// A log without what the making of a surface calls.
@@ -225,8 +237,7 @@ TEST_F(CallsTest, FromSetUpToRelease) {
     MakeCurrent();
     gl.Clear();
     Process(effect, RandomPixels(14, 6, 5));
-    EXPECT_EQ(gl.Calls(),
-              CallsIn(effect == 0 ? RunCalls(1, {2, 1, 2, 1}) : RunCalls(2, {3, 3, 3})));
+    EXPECT_EQ(gl.Calls(), effect == 0 ? RunCalls(gl, 2, {2, 1, 2, 1}) : RunCalls(gl, 3, {3, 3, 3}));
   }
   const std::string released[] = {MakeCurrentCalls(2) + ReleaseProgram(1) + ReleaseProgram(2),
                                   MakeCurrentCalls(3) + ReleaseProgram(3)};
@@ -261,6 +272,62 @@ TEST_F(CallsTest, UniformsAreSetWhereTheyAreAndEffectsReleasedInTheirOrder) {
   ResetProgram();
   EXPECT_EQ(gl.Calls(), CallsIn(MakeCurrentCalls(2) + ReleaseProgram(1) + ReleaseProgram(2) +
                                 MakeCurrentCalls(3) + ReleaseProgram(3)));
+}
+
+TEST_F(CallsTest, OcclusionCopiesItsSource) {
+  const Pixels picture = RandomPixels(6, 5, 4);
+  const TestBitmap source = Bitmap(picture), destination(new HBitmapNode(1, 1));
+  auto* depths = new HBitmapBuffer("depth", HBitmapBuffer::kFloatChannel, 1, 6, 5);
+  source->AddBuffer(depths);
+  depths->AllocateData(0);
+  std::fill_n(static_cast<float*>(depths->Data()), 6 * 5, 1.0f);
+  SSAOShader effect(&m_info);
+  effect.Delete();
+  effect.Delete();
+  MakeCurrent();
+  EXPECT_EQ(effect.ProcessShader(source.get(), nullptr, 0), 0);
+  EXPECT_EQ(effect.ProcessShader(nullptr, destination.get(), 0), 0);
+  const TestBitmap endless(new HBitmapNode(65536, 32768));
+  EXPECT_EQ(effect.ProcessShader(endless.get(), destination.get(), 0), 0);
+  GlRecorder gl;
+  for (int i = 0; i < 2; ++i) {
+    gl.Clear();
+    EXPECT_EQ(effect.ProcessShader(source.get(), destination.get(), 0), 1);
+  }
+  EXPECT_EQ(effect.IsOperational(), 0);
+  EXPECT_EQ(destination->GetWidth(), 6);
+  EXPECT_NE(destination->FindBuffer("depth"), nullptr);
+  const Lines binds = gl.CallsTo("glBindTexture"), calls = gl.Calls();
+  ASSERT_EQ(binds.size(), 6u);
+  std::string text;
+  for (const int i : {2, 3, 4}) {  // after the picture
+    text +=
+        "glGenTextures(1, pointer);" + binds[i] + ";" +
+        (i < 4 ? Parameters("f", "9728", "10496") : Parameters("f", "9729", "33071")) +
+        fmt::format("glTexImage2D(GL_TEXTURE_2D, 0, {0}, 6, 5, 0, {0}, GL_UNSIGNED_BYTE, null);",
+                    i < 4 ? "GL_RGBA" : "GL_LUMINANCE");
+  }
+  const Lines wanted = CallsIn(
+      text +
+      "glPixelStorei(GL_UNPACK_ALIGNMENT, 1);glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 6, 5, "
+      "GL_LUMINANCE, GL_UNSIGNED_BYTE, pointer);glPixelStorei(GL_UNPACK_ALIGNMENT, 4);" +
+      fmt::format("glBindTexture(GL_TEXTURE_2D, 0);glDeleteTextures(4, {{{}}})", NameIn(binds[0])));
+  EXPECT_EQ(Lines(calls.end() - static_cast<std::ptrdiff_t>(wanted.size()), calls.end()), wanted);
+
+  // Depths that are not there, too few, or no floats count as none.
+  const std::tuple<HBitmapBuffer::ChannelType, int, int, bool> others[] = {
+      {HBitmapBuffer::kFloatChannel, 6, 5, false},
+      {HBitmapBuffer::kFloatChannel, 5, 5, true},
+      {HBitmapBuffer::kFloatChannel, 6, 4, true},
+      {HBitmapBuffer::kByteChannel, 6, 5, true}};
+  for (const auto& [type, width, height, filled] : others) {
+    const TestBitmap other = Bitmap(picture);
+    EXPECT_EQ(effect.ProcessShader(other.get(), destination.get(), 0), 1) << "without any";
+    auto* buffer = new HBitmapBuffer("DEPTH", type, 1, width, height);
+    other->AddBuffer(buffer);
+    if (filled) buffer->AllocateData(0);
+    EXPECT_EQ(effect.ProcessShader(other.get(), destination.get(), 0), 1);
+  }
 }
 
 }  // namespace

@@ -55,26 +55,19 @@ TEST(TextureSizeTest, SizesAreRounded) {
     bool powersOfTwo;
     TextureSize wanted;
   };
-  const Case cases[] = {{{300, 100}, 8192, false, {300, 100}},
-                        {{301, 101}, 8192, false, {304, 104}},
-                        {{5000, 5001}, 8192, false, {5000, 5000}},
-                        {{4096, 4097}, 8192, false, {4096, 4096}},
-                        {{4093, 5003}, 8192, false, {4096, 5000}},
-                        {{300, 100}, 8192, true, {256, 128}},
-                        {{724, 725}, 8192, true, {512, 1024}},
-                        {{1, 3}, 8192, true, {1, 4}},
-                        {{1024, 30}, 1024, false, {512, 16}},
-                        {{30, 1024}, 1024, false, {16, 512}},
-                        {{1023, 30}, 1024, false, {1024, 32}},
-                        {{4800, 30}, 1024, false, {2400, 16}},
-                        {{2048, 1}, 1024, true, {1024, 1}},
-                        {{1, 2047}, 1024, true, {1, 1024}},
-                        {{-3, 0}, 8192, false, {0, 0}},
-                        {{0, -3}, 8192, true, {1, 1}}};
+  const Case cases[] = {
+      {{300, 100}, 8192, false, {300, 100}},     {{301, 101}, 8192, false, {304, 104}},
+      {{5000, 5001}, 8192, false, {5000, 5000}}, {{4096, 4097}, 8192, false, {4096, 4096}},
+      {{4093, 5003}, 8192, false, {4096, 5000}}, {{300, 100}, 8192, true, {256, 128}},
+      {{724, 725}, 8192, true, {512, 1024}},     {{1, 3}, 8192, true, {1, 4}},
+      {{1024, 30}, 1024, false, {512, 16}},      {{30, 1024}, 1024, false, {16, 512}},
+      {{1023, 30}, 1024, false, {1024, 32}},     {{4800, 30}, 1024, false, {2400, 16}},
+      {{2048, 1}, 1024, false, {1024, 4}},       {{1, 2047}, 1024, false, {4, 1024}}};
   for (const Case& c : cases) {
     const TextureSize size = TextureSizeFor(c.bitmap, c.limit, c.powersOfTwo);
     EXPECT_EQ(size, c.wanted) << c.bitmap.width << " x " << c.bitmap.height;
   }
+  EXPECT_EQ(TextureSizeFor({0, -3}, 8192, true), (TextureSize{1, 1}));
   EXPECT_EQ(Get4(17), 32);
   EXPECT_EQ(Get4(4096), 4096);
   EXPECT_EQ(Get4(4097), 4096);
