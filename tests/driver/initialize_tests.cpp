@@ -270,9 +270,9 @@ TEST_F(InitializeTest, AgainReleasesTheOldAndAsksForTheFirstDepth) {
   recorder.LogPlatform(true);
   ASSERT_EQ(Driver()->Initialize(), 1);
   Lines begin = recorder.Calls();
-  begin.resize(6);
-  EXPECT_EQ(begin, (Lines{"aglDestroyContext(context1)", "CheckinPort(dc1, 0)", kDummyWindow,
-                          "GetDC(window1) = dc2",
+  begin.resize(7);
+  EXPECT_EQ(begin, (Lines{"aglDestroyContext(context1)", "CheckinPort(dc1, 0)",
+                          "DestroyWindow(window1)", kDummyWindow, "GetDC(window2) = dc2",
                           "aglChoosePixelFormat({AGL_DEPTH_SIZE, 32, AGL_DOUBLEBUFFER, AGL_RGBA, "
                           "AGL_ACCELERATED}) = format1",
                           "aglCreateContext(format1, null) = context2"}));
@@ -289,7 +289,8 @@ TEST_F(InitializeTest, TerminateTwiceIsHarmless) {
   GlRecorder recorder;
   recorder.LogPlatform(true);
   EXPECT_EQ(Driver()->Terminate(), 1);
-  EXPECT_EQ(recorder.Calls(), (Lines{"aglDestroyContext(context1)", "CheckinPort(dc1, 0)"}));
+  EXPECT_EQ(recorder.Calls(), (Lines{"aglDestroyContext(context1)", "CheckinPort(dc1, 0)",
+                                     "DestroyWindow(window1)"}));
   EXPECT_EQ(GL3GADriver::m_context, nullptr);
   EXPECT_EQ(GL3GADriver::m_prevcontext, context) << "is not told";
   EXPECT_EQ(Driver()->IsOperational(), 1);

@@ -54,16 +54,16 @@ class ReportTest : public DriverFixture {
 };
 
 TEST_F(ReportTest, SayWhatTheGLSays) {
-  GlRecorder recorder;  // no two alike
+  GlRecorder recorder;  // no two answers alike, and none the GL's own
   recorder.OverrideString(GL_VENDOR, "Some Vendor");
   recorder.OverrideString(GL_RENDERER, "A Renderer/7");
   recorder.OverrideString(GL_VERSION, "2.1 Old");
   recorder.OverrideString(GL_SHADING_LANGUAGE_VERSION, "1.20");
   recorder.OverrideInteger(GL_MAX_TEXTURE_SIZE, 2147483647);
-  recorder.OverrideInteger(GL_MAX_TEXTURE_UNITS, 8);
-  recorder.OverrideInteger(GL_MAX_TEXTURE_STACK_DEPTH, 10);
+  recorder.OverrideInteger(GL_MAX_TEXTURE_UNITS, 6);
+  recorder.OverrideInteger(GL_MAX_TEXTURE_STACK_DEPTH, 11);
   recorder.OverrideFloat(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, 2.5f);
-  recorder.OverrideInteger(GL_MAX_ELEMENTS_INDICES, 3000);
+  recorder.OverrideInteger(GL_MAX_ELEMENTS_INDICES, 4567);
   recorder.IgnoreInteger(GL_MAX_ELEMENTS_VERTICES);
   const std::string header =
       "OpenGL3\nVendor: Some Vendor\nRenderer: A Renderer/7\nVersion: 2.1 Old"
@@ -71,12 +71,12 @@ TEST_F(ReportTest, SayWhatTheGLSays) {
   EXPECT_EQ(Short(), header);
   EXPECT_EQ(Extended(), header +
                             "\nGL_MAX_TEXTURE_SIZE                : 2147483647"
-                            "\nGL_MAX_TEXTURE_UNITS               : 8"
-                            "\nGL_MAX_TEXTURE_STACK_DEPTH         : 10"
+                            "\nGL_MAX_TEXTURE_UNITS               : 6"
+                            "\nGL_MAX_TEXTURE_STACK_DEPTH         : 11"
                             "\nGL_MAX_TEXTURE_MAX_ANISOTROPY_EXT  : 2.5"
-                            "\nGL_MAX_ELEMENTS_INDICES            : 3000"
+                            "\nGL_MAX_ELEMENTS_INDICES            : 4567"
                             "\nGL_MAX_ELEMENTS_VERTICES           : 0"
-                            "\nGL_MAX_ELEMENTS_INDICES_EXT        : 3000"
+                            "\nGL_MAX_ELEMENTS_INDICES_EXT        : 4567"
                             "\nGL_MAX_ELEMENTS_VERTICES_EXT       : 0");
   const auto expectAnisotropy = [this](const char* text) {
     EXPECT_NE(Extended().find(std::string("ANISOTROPY_EXT  : ") + text + "\n"), std::string::npos);

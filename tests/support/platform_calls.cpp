@@ -184,6 +184,12 @@ int AfxMessageBox(const char* text, unsigned int type, unsigned int helpContext)
   return next(text, type, helpContext);
 }
 
+BOOL CWnd::DestroyWindow() {
+  static auto* const next = NextSymbol<BOOL(CWnd*)>("_ZN4CWnd13DestroyWindowEv");
+  const PlatformCall call("DestroyWindow", m_hWnd);
+  return next(this);
+}
+
 BOOL CWnd::CreateEx(DWORD exStyle, const char* className, const char* title, DWORD style, int x,
                     int y, int width, int height, HWND parent, void* menu, void* parameter) {
   using Function =
