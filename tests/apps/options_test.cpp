@@ -152,106 +152,80 @@ TEST(RenderOptions, BecomeWhatTheySay) {
 
 TEST(RenderOptions, AreRefusedBeyondTheirRangesAndWithoutAMeaning) {
   const struct {
-    const char* line;
-    std::vector<std::string> parts;
-  } cases[] = {
-      {"-s 0x0", {"--size", "32768", "268435456"}},
-      {"-s ''", {"--size", "1920x1080"}},
-      {"--antialias 5", {"--antialias: ", "1 to 4"}},
-      {"--quality 0", {"--quality: ", "1 to 100"}},
-      {"--background '#12'", {"--background: ", "#rrggbb", "transparent"}},
-      {"--background 0,0,2", {"--background: ", "three numbers from 0 to 1"}},
-      {"--view 0,0,0", {"--view: ", "front"}},
-      {"--fov 180", {"--fov: ", "0.1 to 170"}},
-      {"--eye 1,2", {"--eye: ", "three numbers"}},
-      {"--eye 1,2,3 --target 1,2,3", {"--target: ", "--eye"}},
-      {"--eye 0,5,0 --target 0,0,0 --up 0,-2,0", {"--up: ", "--up 0,0,1"}},
-      {"--eye 0,0,1 --view top", {"--view excludes --eye"}},
-      {"--target 0,0,1", {"--target requires --eye"}},
-      {"--up 0,0,1", {"--up requires --eye"}},
-      {"--fps 0.0009", {"--fps: ", "frames a second from 0.001 to 100000"}},
-      {"-o 'a##' --turntable 8 --frames 0", {"--frames: 0", "1 to 8"}},
-      {"-o 'a##' --turntable 8 --frames 9", {"--frames: 9", "1 to 8"}},
-      {"-o a --turntable 2", {"--output: a", "2 frames", "####"}},
-      {"-o 'a##'", {"a##", "--frames"}},
-      {"-o a --camera all", {"{camera}"}},
-      {"-o a --camera b --camera c", {"{camera}"}},
-      {"-o %c", {"%c", "--camera"}},
-      {"--effect blurr", {"blurr is no effect", "did you mean blur?", "sobel"}},
-      {"--effect ''", {"is no effect"}},
-      {"--effect blur:radios=3", {"radios", "did you mean radius?", "passes"}},
-      {"--effect sobel:radius=3", {"sobel has no parameter radius", "passes"}},
-      {"--effect blur:radius=501", {"radius=501", "a number from 0 to 500", "radius=10"}},
-      {"--effect blur:radius=nan", {"a number from 0 to 500"}},
-      {"--effect blur:radius", {"radius", "from 0 to 500"}},
-      {"--effect blur:", {"no parameter ''"}},
-      {"--effect blur:radius=2,passes=1.5", {"passes=1.5", "a whole number from 1 to 100"}},
-      {"--effect tint:passes=0", {"passes=0", "from 1 to 100"}},
-      {"--lights sun", {"--lights: ", "three-point"}},
-      {"--mode solid", {"--mode: ", "shaded", "wireframe-gl", "points"}},
-      {"--crease 30", {"--crease: ", "--mode lines"}},
-      {"--mode lines --crease 181", {"--crease: ", "0 to 180"}},
-      {"--line-color red", {"--line-color: ", "--mode wireframe"}},
-      {"--point-size 65", {"--point-size: ", "1 to 64"}},
-      {"--fog 5,5", {"--fog: ", "NEAR < FAR"}},
-      {"--fog -1,5", {"--fog: ", "NEAR < FAR"}},
-      {"--fog 5", {"--fog: ", "exp:0.1"}},
-      {"--fog exp:0", {"--fog: ", "above 0"}},
-      {"--fog 1,1e99", {"--fog: ", "NEAR,FAR"}},
-      {"--fog 1,2,pink", {"--fog: ", "pink", "cyan"}},
-      {"--grid=-1", {"--grid: ", "above 0"}},
-      {"--control-points=0", {"--control-points: ", "1 to 64"}},
-      {"--depth z.png", {"--depth: ", ".exr"}},
-      {"--depth 'z_##.exr'", {"--depth: ", "--frames"}},
-      {"-o 'p_##' --turntable 3 --depth z.exr", {"--depth: ", "####"}},
-      {"--mode wireframe-gl --depth z.exr", {"--depth: ", "--mode wireframe"}},
-      {"--mode wireframe-gl --overlay a", {"--overlay: ", "--mode wireframe"}},
-      {"--overlay ''", {"--overlay: ", "such as"}},
-      {"--overlay a,1,2,1.5", {"--overlay: ", "1.5", "0 (clear) to 1"}},
-      {"--text ''", {"--text: ", "such as"}},
-      {"--text x,200000,0", {"--text: ", "-100000 to 100000"}},
-      {"--device fast", {"--device: ", "cpu"}},
-      {"--timeout -1", {"--timeout: ", "0 (no limit) to 1000000"}},
-      {"--max-memory 63M", {"--max-memory: ", "64M"}},
-      {"-q -v", {"excludes"}}};
-  for (const auto& [line, parts] : cases) {
-    std::string error;
-    EXPECT_EQ(Become(std::string("m.obj -o o.png ") + line, &error), "refused") << line;
-    for (const std::string& part : parts) {
-      EXPECT_NE(error.find(part), std::string::npos) << part << " is not in: " << error;
-    }
-  }
-  // Of the others it is enough that the option is named.
-  const struct {
     std::string option;
-    std::vector<std::string> values;
-  } beyond[] = {{"--size ", {"32769x1", "1x32769", "32768x8193", "-1x5", "12x", "x1"}},
-                {"--antialias ", {"0", "1.5"}},
-                {"--quality ", {"101"}},
-                {"--background ", {"'#12g'", "''", "-0.1,0,0", "1,1"}},
-                {"--view ", {"1,2"}},
-                {"--fov ", {"0.09"}},
-                {"--eye ", {"nan,0,1", "1,2,1e39"}},
-                {"--eye 1,2,3 --up ", {"0,0,0"}},
-                {"--fps ", {"100001"}},
-                {"--turntable ", {"0", "100001"}},
-                {"--chunk ", {"1/2"}},
-                {"--mode lines --crease ", {"-1"}},
-                {"--point-size ", {"0"}},
-                {"--fog ", {"1,2,"}},
-                {"--grid=", {"0"}},
-                {"--control-points=", {"65"}},
-                {"--overlay ", {"a,1,100001", "a,-100001,1", "a,1,2,-0.1"}},
-                {"--text ", {"x,-2147483648,0"}},
-                {"--device ", {"-1"}},
-                {"--timeout ", {"1000001"}},
-                {"--max-memory ", {"1kk", "3x", "8388608T"}}};
-  for (const auto& [option, values] : beyond) {
+    std::vector<std::string> values, parts;
+  } cases[] = {{"--size ",
+                {"0x0", "32769x1", "1x32769", "32768x8193", "-1x5", "12x", "x1", "''"},
+                {"1920x1080", "32768", "268435456"}},
+               {"--antialias ", {"0", "5", "1.5"}, {"1 to 4"}},
+               {"--quality ", {"0", "101"}, {"1 to 100"}},
+               {"--background ",
+                {"'#12'", "'#12g'", "''", "0,0,2", "-0.1,0,0", "1,1"},
+                {"#rrggbb", "three numbers from 0 to 1", "transparent"}},
+               {"--view ", {"0,0,0", "1,2"}, {"front"}},
+               {"--fov ", {"180", "0.09"}, {"0.1 to 170"}},
+               {"--eye ", {"1,2", "nan,0,1", "1,2,1e39"}, {"three numbers"}},
+               {"--eye 1,2,3 --up ", {"0,0,0"}, {}},
+               {"--eye 0,5,0 --target 0,0,0 --up ", {"0,-2,0"}, {"--up 0,0,1"}},
+               {"--eye 1,2,3 --target ", {"1,2,3"}, {"--eye"}},
+               {"--eye 0,0,1 --view ", {"top"}, {"--view excludes --eye"}},
+               {"--target ", {"0,0,1"}, {"--target requires --eye"}},
+               {"--up ", {"0,0,1"}, {"--up requires --eye"}},
+               {"--fps ", {"0.0009", "100001"}, {"frames a second from 0.001 to 100000"}},
+               {"--turntable ", {"0", "100001"}, {"1 to 100000"}},
+               {"-o 'a##' --turntable 8 --frames ", {"0", "9"}, {"1 to 8"}},
+               {"--turntable 2 --output ", {"a"}, {"2 frames", "####"}},
+               {"--output ", {"'a##'"}, {"--frames"}},
+               {"--camera all --output ", {"a"}, {"{camera}"}},
+               {"--camera b --camera c --output ", {"a"}, {"{camera}"}},
+               {"--output ", {"%c"}, {"--camera"}},
+               {"--chunk ", {"1/2"}, {}},
+               {"--effect ", {"blurr"}, {"blurr is no effect", "did you mean blur?", "sobel"}},
+               {"--effect ", {"''"}, {"is no effect"}},
+               {"--effect ", {"blur:radios=3"}, {"radios", "did you mean radius?", "passes"}},
+               {"--effect ", {"sobel:radius=3"}, {"sobel has no parameter radius", "passes"}},
+               {"--effect blur:",
+                {"radius=501", "radius=nan", "radius"},
+                {"radius", "a number from 0 to 500", "radius=10"}},
+               {"--effect ", {"blur:"}, {"no parameter ''"}},
+               {"--effect ",
+                {"blur:radius=2,passes=1.5", "tint:passes=0"},
+                {"passes=", "a whole number from 1 to 100"}},
+               {"--lights ", {"sun"}, {"three-point"}},
+               {"--mode ", {"solid"}, {"shaded", "wireframe-gl", "points"}},
+               {"--crease ", {"30"}, {"--mode lines"}},
+               {"--mode lines --crease ", {"181", "-1"}, {"0 to 180"}},
+               {"--line-color ", {"red"}, {"--mode wireframe"}},
+               {"--point-size ", {"65", "0"}, {"1 to 64"}},
+               {"--fog ", {"5,5", "-1,5"}, {"NEAR < FAR"}},
+               {"--fog ", {"5", "1,1e99"}, {"NEAR,FAR", "exp:0.1"}},
+               {"--fog ", {"exp:0"}, {"above 0"}},
+               {"--fog ", {"1,2,pink", "1,2,"}, {"cyan"}},
+               {"--grid=", {"-1", "0"}, {"above 0"}},
+               {"--control-points=", {"0", "65"}, {"1 to 64"}},
+               {"--depth ", {"z.png"}, {".exr"}},
+               {"--depth ", {"'z_##.exr'"}, {"--frames"}},
+               {"-o 'p_##' --turntable 3 --depth ", {"z.exr"}, {"####"}},
+               {"--mode wireframe-gl --depth ", {"z.exr"}, {"--mode wireframe"}},
+               {"--mode wireframe-gl --overlay ", {"a"}, {"--mode wireframe"}},
+               {"--overlay ", {"''"}, {"such as"}},
+               {"--overlay ", {"a,1,2,1.5", "a,1,2,-0.1"}, {"0 (clear) to 1"}},
+               {"--overlay ", {"a,1,100001", "a,-100001,1"}, {"-100000 to 100000"}},
+               {"--text ", {"''"}, {"such as"}},
+               {"--text ", {"x,200000,0", "x,-2147483648,0"}, {"-100000 to 100000"}},
+               {"--device ", {"fast", "-1"}, {"cpu"}},
+               {"--timeout ", {"-1", "1000001"}, {"0 (no limit) to 1000000"}},
+               {"--max-memory ", {"63M", "1kk", "3x", "8388608T"}, {"64M"}},
+               {"-q --verbose ", {""}, {"excludes"}}};
+  for (const auto& [option, values, parts] : cases) {
+    const std::string name = option.substr(option.rfind("--"));
     for (const std::string& value : values) {
       std::string error;
       EXPECT_EQ(Become("m.obj -o o.png " + option + value, &error), "refused") << option << value;
-      const std::string name = option.substr(option.rfind("--"));
-      EXPECT_NE(error.find(name.substr(0, name.size() - 1) + ": "), std::string::npos) << error;
+      EXPECT_NE(error.find(name.substr(0, name.find_first_of(" ="))), std::string::npos) << error;
+      for (const std::string& part : parts) {
+        EXPECT_NE(error.find(part), std::string::npos) << part << " is not in: " << error;
+      }
     }
   }
 }
