@@ -1,23 +1,18 @@
-// Reports of gl3 as texts that do not depend on the machine.
+// Reports of gl3 without what depends on the machine.
 #pragma once
 
 #include <nlohmann/json.hpp>
 #include <string>
 
-/// Every value by its path, a line each. Of times and bytes it tells whether they are above 0, of
-/// the machine's own names whether they are there.
-inline std::string Outline(const nlohmann::json& report) {
-  std::string text;
-  const nlohmann::json flat = report.flatten();
-  for (const auto& [path, value] : flat.items()) {
-    const bool isMeasured = value.is_number() && (path.find("milliseconds") != std::string::npos ||
-                                                  path == "/peakMemoryBytes");
-    const bool isMachine = path == "/renderer" || path == "/platform" || path == "/device";
-    text += path.substr(1) + ' ';
-    text += isMeasured                 ? (value > 0 ? "> 0" : "= 0")
-            : isMachine && value != "" ? "there"
-                                       : value.dump();
-    text += '\n';
+/// The report with whether they are above 0 in place of times and bytes, and whether they are there
+/// in place of the machine's own names. Empty lists become null.
+inline nlohmann::json Outline(const nlohmann::json& report) {
+  nlohmann::json flat = report.flatten();
+  for (auto& [path, value] : flat.items()) {
+    if (path.find("milliseconds") != std::string::npos || path == "/peakMemoryBytes") {
+      value = value > 0;
+    }
+    if (path == "/renderer" || path == "/platform" || path == "/device") value = value != "";
   }
-  return text;
+  return flat.unflatten();
 }

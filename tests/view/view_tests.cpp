@@ -3,6 +3,7 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QDir>
+#include <QDockWidget>
 #include <QDropEvent>
 #include <QFile>
 #include <QFileInfo>
@@ -42,6 +43,23 @@ void Wheel(QWidget* widget, int clicks) {
 }
 
 }  // namespace
+
+TEST_F(ViewTest, NoControlOfThePanelLiesOnAnother) {
+  auto* const panel = m_window->findChild<QDockWidget*>("drawing");
+  ASSERT_NE(panel, nullptr);
+  const QList<QWidget*> controls = panel->widget()->findChildren<QWidget*>();
+  int count = 0;
+  for (const QWidget* control : controls) {
+    for (const QWidget* other : controls) {
+      if (control == other || control->parent() != other->parent()) continue;
+      if (!control->isVisible() || !other->isVisible()) continue;
+      ++count;
+      EXPECT_FALSE(control->geometry().intersects(other->geometry()))
+          << control->metaObject()->className() << " and " << other->metaObject()->className();
+    }
+  }
+  EXPECT_GT(count, 50);
+}
 
 TEST_F(ViewTest, TheMouseAndKeysMoveTheCamera) {
   Open(Path("room.glb"));

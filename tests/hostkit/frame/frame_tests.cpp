@@ -160,7 +160,8 @@ TEST_F(Frames, TilesAreSeamless) {
 TEST_F(Frames, VertexColorsAreLit) {
   hostkit::Scene scene;
   scene.materials = {Material(1, 1, 1)};
-  hostkit::SceneMesh sphere = Sphere(0);
+  // More triangles than 16-bit indices reach at once.
+  hostkit::SceneMesh sphere = Sphere(0, 88);
   Add(scene, sphere);
   m_settings.lights = hostkit::LightSet::kThreePoint;
   scene.materials[0].surface.roughness = AnimatableValue(3.0f);

@@ -72,6 +72,25 @@ TEST(Camera, ViewSpaceLooksDownNegativeZ) {
   EXPECT_LT((right - V3f(1, 0, 0)).length(), 1e-5f);
 }
 
+TEST(Camera, DirectionsThatAreNoneAreReplaced) {
+  const struct {
+    V3f forward, up, seenForward, seenUp;
+  } cases[] = {{{0, 0, -1}, V3f(0), {0, 0, -1}, {0, 1, 0}},
+               {{0, 0, -1}, V3f(std::nanf("")), {0, 0, -1}, {0, 1, 0}},
+               {{0, 0, -9}, {0, 0, 2}, {0, 0, -1}, {0, 1, 0}},
+               {{3, 0, 0}, {4, 5, 0}, {1, 0, 0}, {0, 1, 0}},
+               {{0, -2, 0}, {0, 1, 0}, {0, -1, 0}, {0, 0, -1}},
+               {{0, 2, 0}, {0, 1, 0}, {0, 1, 0}, {0, 0, 1}},
+               {V3f(0), {0, 1, 0}, {0, 0, -1}, {0, 1, 0}}};
+  for (const auto& [forward, up, seenForward, seenUp] : cases) {
+    hostkit::SceneCamera camera;
+    camera.forward = forward;
+    camera.up = up;
+    EXPECT_LT((ToView(camera, camera.eye + seenForward) - V3f(0, 0, -1)).length(), 1e-5f) << up;
+    EXPECT_LT((ToView(camera, camera.eye + seenUp) - V3f(0, 1, 0)).length(), 1e-5f) << up;
+  }
+}
+
 TEST(Camera, FittedBoxFillsTheFrameButForTheMargin) {
   const Box3f boxes[] = {{V3f(-1), V3f(1)},
                          {V3f(100, 200, -300), V3f(140, 201, -290)},
