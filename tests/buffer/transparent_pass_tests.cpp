@@ -64,7 +64,7 @@ TEST_F(PassTest, OneTriangleFromStartToEnd) {
   Buffer().EndScene();
   EXPECT_EQ(gl.Calls(),
             CallsIn(R"(
-      aglSetPBuffer(context1, pbuffer1, 0, 0, 0); aglSetCurrentContext(context1);
+      aglGetVirtualScreen(context1); aglSetPBuffer(context1, pbuffer1, 0, 0, 0); aglSetCurrentContext(context1);
       glGetMaterialfv(GL_FRONT, GL_DIFFUSE, pointer); glEnable(GL_LINE_SMOOTH);
       glIsEnabled(GL_CULL_FACE); glGetIntegerv(0xb45); glCullFace(GL_FRONT);
       glEnable(GL_CULL_FACE);)" +

@@ -293,7 +293,8 @@ TEST_F(StateTest, OperationsMakeTheirContextCurrentWhereTheyMust) {
       EXPECT_EQ(gl.Count("aglSetCurrentContext"), makes == kNever ? 0 : 1) << name;
       EXPECT_EQ(GL3GADriver::m_prevcontext, buffers[makes == kNever ? 1 - turn : turn]->Context());
       if (makes == kNever) continue;
-      EXPECT_TRUE(gl.Calls().front().starts_with("aglSetPBuffer(")) << name;  // before all else
+      EXPECT_TRUE(gl.Calls().front().starts_with("aglGetVirtualScreen("))
+          << name;  // before all else
       gl.Clear();
       operate(*lists[turn]);
       EXPECT_EQ(gl.Count("aglSetCurrentContext"), makes == kAlways ? 1 : 0) << name;
