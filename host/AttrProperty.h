@@ -14,16 +14,18 @@ struct AttrProperty {
   /// Bit 1 of a colour source word: the colour is the base colour, not the one beside the word.
   static constexpr std::uint32_t kFromBaseColor = 1u << 1;
 
-  AnimatableColor base;
+  AnimatableColor base;  ///< Of diffuse light, less what the ambient colour takes.
   std::uint32_t ambientSource = 0;
   AnimatableColor ambient;
+  /// Cut to a whole number: below 1 the material has no ambient colour of its own.
   AnimatableValue ambientFactor;
   std::uint32_t specularSource = 0;
   AnimatableColor specular;
-  AnimatableValue roughness;  ///< 0 means no highlight.
+  /// 0 means no highlight; else the exponent is 45 / roughness, at most 128.
+  AnimatableValue roughness;
   AnimatableValue specularFactor;
-  AnimatableValue
-      transparency;  ///< alpha = 1 - transparency; non-zero marks the surface transparent.
+  /// alpha = 1 - transparency; non-zero marks the surface transparent.
+  AnimatableValue transparency;
 };
 static_assert(sizeof(AnimatableValue) == 16 && offsetof(AnimatableColor, green) == 16 &&
               offsetof(AnimatableColor, blue) == 32);

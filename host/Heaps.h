@@ -4,20 +4,22 @@
 #include <cstddef>
 
 /// Memory of the objects that are handed to the host: driver, colours, buffers, display lists,
-/// textures, shader programs. Returns null when there is none; FreeGAssist(nullptr) does nothing.
+/// textures, shader programs. Returns null when there is none.
 void* AllocGAssist(std::size_t size);
+/// Null is harmless, here and below.
 void FreeGAssist(void* block);
 
-/// Memory of the transparent-polygon queue, zero-filled. FreeOGL takes no argument: it releases
-/// every block that AllocOGL has handed out since the last FreeOGL.
+/// Memory of the transparent-polygon queue, which has to be filled with zeros. Null when there is
+/// none, as below.
 void* AllocOGL(std::size_t size);
+/// Releases every block that AllocOGL has handed out since the last FreeOGL.
 void FreeOGL();
 
-/// Blit memory, read-back rows, texture staging, and the pictures of bitmaps.
+/// Blit memory, read-back rows, texture staging, and the pictures of bitmaps. Bytes of any value.
 void* AllocExt(std::size_t size);
 void FreeExt(void* block);
 
-/// Text of String.
+/// Text of String. Bytes of any value.
 void* AllocString(std::size_t size);
 void FreeString(void* block);
 

@@ -20,18 +20,18 @@ struct GALight {
 
   bool on = true;
   bool hidden = false;
-  const LightOwner* owner = nullptr;
-  int type = kPoint;
-  Vector position;
-  Vector target;
+  const LightOwner* owner = nullptr;  ///< May be null; not owned.
+  int type = kPoint;                  ///< Of another type only place and colour are used.
+  Vector position;                    ///< Light coordinates; of a directional light, with target,
+  Vector target;                      ///< only the direction from one to the other counts.
   float placement[12] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
-  float red = 1, green = 1, blue = 1;
-  float intensity = 1;
+  float red = 1, green = 1, blue = 1;  ///< 0 to 1 nominally.
+  float intensity = 1;                 ///< A factor of the colour; negative light takes away.
   bool diffuseOn = true;
   bool specularOn = true;
-  float coneAngle = 45;    ///< Degrees.
-  float coneSoftness = 0;  ///< 0 to 10.
-  float range = 1;         ///< View units.
+  float coneAngle = 45;    ///< Degrees from a spot light's axis to its edge, cut to 0 to 90.
+  float coneSoftness = 0;  ///< 0 (even) to 10, where a spot light fades most towards its edge.
+  float range = 1;         ///< View units; of point and spot lights, see kConstantAttenuation.
 
   /// Whether the light is switched on and visible together with all that own it.
   bool Shines() const {
@@ -43,8 +43,9 @@ struct GALight {
   }
 };
 
-/// The list's nodes; `next` and `light` may be null. Owned by the host. The module compares
-/// pointers to detect a change of list, so a list that changes gets a new head.
+/// The list's nodes; `next` and `light` may be null. Owned by the host, until the frame is drawn
+/// that the list was set for. The module compares pointers to detect a change of list, so a list
+/// that changes gets a new head.
 struct LightListNode {
   LightListNode* next = nullptr;
   GALight* light = nullptr;

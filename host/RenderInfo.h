@@ -11,11 +11,13 @@ class GABuffer;
 
 /// Light that comes from everywhere.
 struct LightingEnvironment {
+  /// The colour below is added to the ambient colour of materials, times their base colour; in
+  /// other modes the scene's ambientAmount is.
   static constexpr int kAmbientColorMode = 1;
 
   int mode = 0;
-  float ambientRed = 0, ambientGreen = 0, ambientBlue = 0;
-  float ambientIntensity = 0;
+  float ambientRed = 0, ambientGreen = 0, ambientBlue = 0;  ///< 0 to 1 nominally.
+  float ambientIntensity = 0;                               ///< A factor of that colour.
 };
 static_assert(sizeof(LightingEnvironment) == 20 && offsetof(LightingEnvironment, ambientRed) == 4 &&
               offsetof(LightingEnvironment, ambientGreen) == 8 &&
@@ -24,10 +26,10 @@ static_assert(sizeof(LightingEnvironment) == 20 && offsetof(LightingEnvironment,
 
 /// What the scene contributes to a frame beside its objects.
 struct SceneRecord {
-  AnimatableValue fogStart;  ///< View units from the eye.
+  AnimatableValue fogStart;  ///< View units from the eye, cut to whole ones; of linear fog.
   AnimatableValue fogEnd;
-  float fogRed = 0, fogGreen = 0, fogBlue = 0;
-  float ambientAmount = 0;  ///< Global ambient, 0 to 1.
+  float fogRed = 0, fogGreen = 0, fogBlue = 0;  ///< 0 to 1.
+  float ambientAmount = 0;                      ///< Global ambient, 0 to 1.
 };
 static_assert(sizeof(SceneRecord) == 48 && offsetof(SceneRecord, fogEnd) == 16 &&
               offsetof(SceneRecord, fogRed) == 32 && offsetof(SceneRecord, fogGreen) == 36 &&

@@ -10,9 +10,9 @@
 /// by. Copying copies the three colour handles (three new native colours); moving is cheap.
 struct VornPoly {
   Vector p0, p1, p2;
-  GAColor c0, c1, c2;
+  GAColor c0, c1, c2;  ///< An empty handle is opaque black.
   Vector2 uv0, uv1, uv2;
-  float depthKey = 0;
+  float depthKey = 0;  ///< Any unit: the smallest is drawn first.
 };
 static_assert(offsetof(VornPoly, p2) == 24 && offsetof(VornPoly, c0) == 40 &&
               offsetof(VornPoly, c2) == 56 && offsetof(VornPoly, uv0) == 64 &&
