@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <map>
 #include <string>
 #include <tuple>
@@ -325,7 +326,10 @@ TEST_F(CallsTest, OcclusionCopiesItsSource) {
     EXPECT_EQ(effect.ProcessShader(other.get(), destination.get(), 0), 1) << "without any";
     auto* buffer = new HBitmapBuffer("DEPTH", type, 1, width, height);
     other->AddBuffer(buffer);
-    if (filled) buffer->AllocateData(0);
+    if (filled && buffer->AllocateData(0)) {
+      const std::size_t bytes = type == HBitmapBuffer::kFloatChannel ? sizeof(float) : 1;
+      std::memset(buffer->Data(), 0, bytes * static_cast<std::size_t>(width * height));
+    }
     EXPECT_EQ(effect.ProcessShader(other.get(), destination.get(), 0), 1);
   }
 }
