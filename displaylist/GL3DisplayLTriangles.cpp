@@ -82,7 +82,7 @@ void GL3DisplayList::DrawPolyline(GAVertex* v, int count) {
 
 /// A polyline whose vertices fade by their u, over everything that is there. With a block open the
 /// GL refuses what stands before its closing: width, smoothing and depth test then stay, and the
-/// colour is not read but the one that the buffer knows to have sent.
+/// colour that fades is the one that the buffer sent last.
 void GL3DisplayList::DrawFadingPolyline(GAVertex* v, int count) {
   const bool smoothing = m_buffer->HasState(GL3GABuffer::kSmoothingOn);
   const bool depthTest = m_buffer->HasState(GL3GABuffer::kDepthTestOn);

@@ -86,7 +86,7 @@ class GABuffer : public GAssistObject {
   virtual int SetRenderState() { return 1; }
   /// 1: nothing to copy, all buffers share their objects.
   virtual int CopyObjects(GABuffer* source, int) = 0;
-  /// Begins a scene; does nothing, and is called for other renderers' sake.
+  /// Begins a scene, for which nothing has to be done.
   virtual void BeginScene() {}
   /// Draws the transparent triangles and lines that wait, the farthest first, and empties the
   /// queue.

@@ -24,8 +24,7 @@ class GADriver : public GAssistObject {
  public:
   virtual ~GADriver() = default;
 
-  /// Forgets the driver's window and context without releasing them. Not for hosts, which call
-  /// Terminate.
+  /// Forgets the driver's window and context without releasing them; Terminate releases them.
   virtual void SetDefaults() = 0;
   /// Opens the GL: a hidden window, a context that those of all buffers share objects with, the
   /// check of version (later than 2.0) and extensions. 0 when that fails, after a message box told

@@ -7,8 +7,8 @@ class HBitmapNode;
 
 /// Effects on finished frames, chosen by number: 0 blur, 1 image filter, 2 ambient occlusion.
 /// Operations return 1 for success and 0 for failure, whose reason goes to the log "GPUShader.log"
-/// beside the program that runs. They change the current context. Each set-up of an effect keeps
-/// its surface until the program is deleted: set an effect up once a size.
+/// beside the program that runs. They change the current context. The surface that a set-up
+/// of an effect makes stays for good, also when the program is gone: set an effect up once a size.
 class GAShaderProgram : public GAssistObject {
  public:
   virtual ~GAShaderProgram() = default;

@@ -127,16 +127,14 @@ int GL3GATexture::MakeGATexture(HBitmapNode* bitmap, int wrap, int, int) {
 
   MakeDriverCurrent();
   m_texture = MakeSurfaceTexture(wrap);
-  int result = 1;
   if (pixels->IsAcceptedByProxy()) {
     UploadPicture(*pixels);
   } else {
     pixels.reset();
-    result = UploadHalved(bitmap, wrap);
-  }
-  if (!result) {
-    FreeGATexture();  // a name without an image would pass for a texture
-    return 0;
+    if (!UploadHalved(bitmap, wrap)) {
+      FreeGATexture();  // a name without an image would pass for a texture
+      return 0;
+    }
   }
   SetAnisotropy();
   UnbindAndRaiseHighestName();

@@ -35,7 +35,6 @@ struct Point {
 struct FaultState {
   std::array<Point, static_cast<std::size_t>(FaultPoint::kCount)> points;
   std::vector<std::string> messages;
-  std::vector<unsigned int> messageTypes;
   std::vector<GLboolean*> hiddenExtensions;
   MessageBoxView previousView = nullptr;
   bool on = false;
@@ -61,9 +60,8 @@ bool MustFail(FaultPoint which) {
   return fails;
 }
 
-int KeepMessage(const char* text, unsigned int type) {
+int KeepMessage(const char* text, unsigned int) {
   State().messages.emplace_back(text);
-  State().messageTypes.push_back(type);
   return 1;
 }
 
@@ -265,7 +263,4 @@ void Faults::HideExtension(const std::string& name) {
 
 const std::vector<std::string>& Faults::Messages() const {
   return State().messages;
-}
-const std::vector<unsigned int>& Faults::MessageTypes() const {
-  return State().messageTypes;
 }

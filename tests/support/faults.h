@@ -61,6 +61,4 @@ class Faults {
 
   /// Texts of the message boxes since construction.
   const std::vector<std::string>& Messages() const;
-  /// Their types, which are the buttons and the icon: 0 is a single OK.
-  const std::vector<unsigned int>& MessageTypes() const;
 };

@@ -11,11 +11,10 @@
 
 /// Records from construction to destruction; at most one lives at a time. A call is a line such as
 ///   glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {1, 0.5, 0, 1})
-/// with floats as "%g". An array's place is told as the distance in bytes from the first array of
-/// the same draw ("apart" beyond a vertex), pixels as their place in a block of the host's heaps,
-/// such as
-/// "+0 of 48", other memory as "pointer". Answers replaced here are the real ones again when the
-/// recorder goes.
+/// with floats as "%g". A client array's place is its distance in bytes from the first array of the
+/// same draw, "+12", or "apart" beyond a vertex; pixels are told by their place in a block of the
+/// host's heaps, "+0 of 48"; other memory is "pointer". Answers replaced here are the real ones
+/// again when the recorder goes.
 class GlRecorder {
  public:
   GlRecorder();
