@@ -48,8 +48,6 @@ set(gl3_public_headers
   hostkit/effects/effect_table.h
   hostkit/effects/effect_windows.h)
 
-# RPATH, not RUNPATH: see apps/gl3.
-set_target_properties(${gl3_programs} PROPERTIES INSTALL_RPATH "$ORIGIN/../lib/gl3")
 set_target_properties(${gl3_host_libraries} ${gl3_loaded} PROPERTIES INSTALL_RPATH "$ORIGIN")
 foreach(library IN LISTS gl3_host_libraries)
   string(REPLACE gl3 "" short_name ${library})

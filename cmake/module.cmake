@@ -49,6 +49,6 @@ add_library(OpenGL3 MODULE)
 target_link_libraries(OpenGL3 PRIVATE gl3module)
 set_target_properties(OpenGL3 PROPERTIES
   PREFIX ""
-  LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin
+  INSTALL_RPATH "$ORIGIN"
   LINK_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/OpenGL3.map
   LINK_OPTIONS "-Wl,--version-script=${CMAKE_SOURCE_DIR}/cmake/OpenGL3.map")

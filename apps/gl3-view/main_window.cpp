@@ -51,6 +51,12 @@ int DriverWishOf(const gl3::RenderOptions& options) {
   return options.samplesPerSide > 1 ? 2 : 1;
 }
 
+/// Lines for a tool tip, which Qt would take for HTML if they looked like it: names out of a model
+/// could have pictures fetched from any file.
+QString PlainToolTip(const QString& lines) {
+  return lines.isEmpty() ? lines : "<p style='white-space:pre'>" + lines.toHtmlEscaped() + "</p>";
+}
+
 QStringList LocalFiles(const QMimeData* data) {
   QStringList files;
   for (const QUrl& url : data->urls()) {
@@ -152,6 +158,9 @@ void MainWindow::MakeStatusBar() {
   m_modelLabel = new QLabel("No model: open one, or drop it here", this);
   m_selectionLabel = new QLabel(this);
   m_frameLabel = new QLabel(this);
+  for (QLabel* label : {m_modelLabel, m_selectionLabel, m_frameLabel}) {
+    label->setTextFormat(Qt::PlainText);
+  }
   statusBar()->addWidget(m_modelLabel, 1);
   statusBar()->addPermanentWidget(m_selectionLabel);
   statusBar()->addPermanentWidget(m_frameLabel);
@@ -322,7 +331,7 @@ void MainWindow::Show(std::unique_ptr<hostkit::Scene> scene, const QStringList& 
                             .arg(locale.toString(static_cast<qlonglong>(model.instances.size()))));
   QStringList warnings;
   for (const std::string& warning : model.warnings) warnings << QString::fromStdString(warning);
-  m_modelLabel->setToolTip(warnings.join('\n'));
+  m_modelLabel->setToolTip(PlainToolTip(warnings.join('\n')));
   if (!warnings.empty()) statusBar()->showMessage(warnings.first(), kMessageTime);
 }
 

@@ -21,9 +21,8 @@ int StartViewer(const std::vector<std::string>& arguments, const std::string& re
   const auto self = std::filesystem::read_symlink("/proc/self/exe", code);
   const std::string beside = (self.parent_path() / kViewer).string();
   execv(beside.c_str(), list.data());
-  if (errno == ENOENT) execvp(kViewer, list.data());
   const std::string why = errno == ENOENT
-                              ? "is not installed"
+                              ? "is not installed beside gl3"
                               : std::string("cannot be started: ") + std::strerror(errno);
   PrintError(std::string(kViewer) + " " + why + "; build or install it with Qt 6" + remedy);
   return kRunFailed;

@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <set>
 
+#include "apps/base/text.h"
+
 namespace gl3 {
 namespace {
 
@@ -26,9 +28,9 @@ std::size_t PercentFrame(const std::string& text, std::size_t at, int* digits) {
 
 /// One name without what a file's name cannot have. Bytes of UTF-8 stay whole.
 std::string FileName(const std::string& name) {
-  std::string good = name;
+  std::string good = WithoutControls(name, '_');
   for (char& c : good) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f || c == '/' || c == '\\') c = '_';
+    if (c == '/' || c == '\\') c = '_';
   }
   if (!good.empty() && good[0] == '.') good[0] = '_';
   if (good.size() > kLongestName) {

@@ -70,8 +70,7 @@ TEST_F(Refusals, OfOutputThatCannotBeWritten) {
 
 TEST_F(Refusals, OfModulesAndDevices) {
   // A copy of the program in a folder of its own has no module beside it.
-  const std::string program = (m_base / "gl3").string();
-  fs::copy_file(GL3_BIN_DIR "/gl3", program);
+  const std::string program = CopyOfTheProgram(m_base / "copy");
   fs::create_directory(m_base / "modules");
   const std::string folder = (m_base / "modules").string();
   Gl3Setup setup;

@@ -103,14 +103,16 @@ TEST_F(SettingsVerb, SaysWhereNothingCanBeStored) {
 }
 
 TEST_F(SettingsVerb, AndTheVerbViewStartTheViewer) {
-  const fs::path folder = m_base / "bin";
-  fs::create_directory(folder);
-  fs::copy_file(GL3_BIN_DIR "/gl3", folder / "gl3");
-  m_setup.program = (folder / "gl3").string();
-  m_setup.environment.push_back("PATH=" + (m_base / "nothing").string());
+  m_setup.program = CopyOfTheProgram(m_base / "copy");
+  const auto addViewer = [](const fs::path& folder) {
+    fs::create_directory(folder);
+    std::ofstream(folder / "gl3-view") << "#!/bin/sh\necho \"$#: $*\"\n";
+    fs::permissions(folder / "gl3-view", fs::perms::owner_all);
+  };
+  addViewer(m_base / "elsewhere");
+  m_setup.environment.push_back("PATH=" + (m_base / "elsewhere").string());
   ExpectRefused({"settings", "--page"}, 1, {"gl3-view is not installed", "; "}, m_setup);
-  std::ofstream(folder / "gl3-view") << "#!/bin/sh\necho \"$#: $*\"\n";
-  fs::permissions(folder / "gl3-view", fs::perms::owner_all);
+  addViewer(m_base / "copy/bin");
   EXPECT_EQ(Told({"--page"}), "1: --settings\n");
   EXPECT_EQ(Run({"view", "--device", "cpu", "a b.glb", "-o"}, m_setup).out,
             "4: --device cpu a b.glb -o\n");

@@ -21,9 +21,9 @@
 
 namespace {
 
-const std::string kModule = GL3_BIN_DIR "/OpenGL3.so";
+const std::string kModule = GL3_LIB_DIR "/OpenGL3.so";
 const std::string kProgram = GL3_BIN_DIR "/gl3";
-const std::string kProgramWork = GL3_BIN_DIR "/../lib/libgl3work.so";  // loaded by gl3 when needed
+const std::string kProgramWork = GL3_LIB_DIR "/libgl3work.so";  // loaded by gl3 when needed
 
 /// Lines that a shell command prints.
 std::vector<std::string> OutputOf(const std::string& command) {
@@ -68,7 +68,7 @@ std::set<std::string> HostSymbols() {
     const std::size_t begin = line.find('[') + 1;
     const std::string name = line.substr(begin, line.find(']') - begin);
     void* library = dlopen(name.c_str(), RTLD_LAZY);
-    if (!library) library = dlopen((GL3_BIN_DIR "/../lib/" + name).c_str(), RTLD_LAZY);
+    if (!library) library = dlopen((GL3_LIB_DIR "/" + name).c_str(), RTLD_LAZY);
     EXPECT_NE(library, nullptr) << dlerror();
     if (library) libraries.push_back(library);
   }

@@ -27,7 +27,7 @@ namespace {
 TEST(SettingsTable, HasWhatTheModuleReadsWithItsDefaults) {
   g_asked.clear();
   std::string error;
-  ASSERT_NE(hostkit::LoadedModule::Load(GL3_BIN_DIR "/OpenGL3.so", &error), nullptr) << error;
+  ASSERT_NE(hostkit::LoadedModule::Load(GL3_LIB_DIR "/OpenGL3.so", &error), nullptr) << error;
   std::set<Asked> table;
   for (const hostkit::ModuleSetting& setting : hostkit::ModuleSettings()) {
     table.emplace(setting.section, setting.key, setting.standard);

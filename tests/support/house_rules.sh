@@ -120,7 +120,30 @@ breach "file names outside host/ and the module are lower_snake_case" \
   < <(find platform hostkit apps tests bench samples \( -name '*.h' -o -name '*.cpp' \) \
     -name '*[^a-z0-9_.]*' 2>/dev/null)
 
-lib=$bin/../lib
+lib=$bin/../lib/gl3
+# Lines that say what of readelf's list of headers is missing in a binary of ours, or wrong.
+hardening() {
+  local binary headers path
+  for binary in "$bin"/* "$lib"/*; do
+    [[ -f $binary && $(head -c 4 "$binary") == $'\x7fELF' ]] || continue
+    headers=$(readelf -W -d -l "$binary")
+    while IFS= read -r path; do
+      [[ $path =~ ^\$ORIGIN(/\.\./lib/gl3)?$ ]] || echo "$binary: it searches '$path'"
+    done < <(sed -nE 's/.*(RPATH|RUNPATH).*\[(.*)\]$/\2/p' <<<"$headers" |
+      awk 'BEGIN {RS = "\n"} {count = split($0, entry, ":"); for (i = 1; i <= count; ++i) print entry[i]
+        if (!count) print ""}')
+    for mark in GNU_RELRO BIND_NOW; do
+      grep -q "$mark" <<<"$headers" || echo "$binary: no $mark"
+    done
+  done
+  # What reads the files of strangers.
+  for binary in "$bin"/gl3 "$lib"/libgl3{import,pictures,scene,services,base,work}.so; do
+    for symbol in __stack_chk_fail __mem[a-z]*_chk; do
+      nm -D --undefined-only "$binary" | grep -q " $symbol" || echo "$binary: no $symbol"
+    done
+  done
+}
+breach "binaries look for libraries at fixed places of their own, and are built to resist" < <(hardening)
 for binary in "$bin"/OpenGL3.so "$bin"/gl3 "$lib"/libgl3{platform,fonts,services,pictures,scene,import,feed,frame,effects,base,options,work}.so; do
   breach "neither the module nor gl3 links Qt ($binary)" < <(loads "$binary" libQt)
 done

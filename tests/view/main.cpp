@@ -28,7 +28,7 @@ int main(int argc, char** argv) {
   setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
   setenv("GL3_REGISTRY", (folder + "/registry.ini").c_str(), 1);
   setenv("GL3_PLATFORM", "x11", 1);
-  setenv("GL3_MODULE_PATH", GL3_BIN_DIR, 1);
+  setenv("GL3_MODULE_PATH", GL3_LIB_DIR, 1);
   setenv("QT_QPA_PLATFORM", "xcb", 1);
   setenv("QT_XCB_GL_INTEGRATION", "none", 1);
   platform::UseWindows(true);

@@ -9,7 +9,8 @@ constexpr auto kReplace = Json::error_handler_t::replace;
 }  // namespace
 
 std::string PrintedJson(const Json& json) {
-  return json.dump(2, ' ', false, kReplace) + "\n";
+  // In ASCII, so that no name out of a model steers the terminal that shows it.
+  return json.dump(2, ' ', true, kReplace) + "\n";
 }
 
 std::string JsonLine(const Json& json) {

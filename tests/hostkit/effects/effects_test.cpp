@@ -49,7 +49,7 @@ class Effects : public testing::Test {
  protected:
   static void SetUpTestSuite() {
     std::string error;
-    s_module = hostkit::LoadedModule::Load(GL3_BIN_DIR "/OpenGL3.so", &error).release();
+    s_module = hostkit::LoadedModule::Load(GL3_LIB_DIR "/OpenGL3.so", &error).release();
     ASSERT_TRUE(s_module) << error;
     ASSERT_TRUE(s_module->Driver()->Initialize());
   }

@@ -113,7 +113,7 @@ hostkit::View FrontView(float fromZ) {
 
 void Frames::SetUpTestSuite() {
   std::string error;
-  s_module = hostkit::LoadedModule::Load(GL3_BIN_DIR "/OpenGL3.so", &error);
+  s_module = hostkit::LoadedModule::Load(GL3_LIB_DIR "/OpenGL3.so", &error);
   ASSERT_TRUE(s_module) << error;
   ASSERT_TRUE(s_module->Driver()->Initialize());
 }

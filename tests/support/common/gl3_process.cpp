@@ -167,6 +167,17 @@ void Gl3Test::ExpectRefused(const std::vector<std::string>& arguments, int statu
   EXPECT_EQ(Names(), before);
 }
 
+std::string CopyOfTheProgram(const fs::path& folder) {
+  fs::create_directories(folder / "bin");
+  fs::create_directories(folder / "lib/gl3");
+  fs::copy_file(GL3_BIN_DIR "/gl3", folder / "bin/gl3");
+  for (const fs::directory_entry& entry : fs::directory_iterator(GL3_LIB_DIR)) {
+    const fs::path name = entry.path().filename();
+    if (name != "OpenGL3.so") fs::create_symlink(entry.path(), folder / "lib/gl3" / name);
+  }
+  return (folder / "bin/gl3").string();
+}
+
 std::string LastLine(const std::string& text) {
   const std::string lines = text.substr(0, text.find_last_not_of('\n') + 1);
   return lines.substr(lines.rfind('\n') + 1);

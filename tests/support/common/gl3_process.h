@@ -64,6 +64,10 @@ class Gl3Test : public testing::Test {
   std::filesystem::path m_base, m_work, m_logs;
 };
 
+/// A copy of the program as folder/bin/gl3 with links to its libraries in folder/lib/gl3, without
+/// the renderer's module.
+std::string CopyOfTheProgram(const std::filesystem::path& folder);
+
 /// The last line of a text.
 std::string LastLine(const std::string& text);
 
