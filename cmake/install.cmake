@@ -10,7 +10,7 @@ set(gl3_headers include/gl3)
 set(gl3_programs gl3)
 set(gl3_man_pages gl3/- gl3/filter gl3/info gl3/render gl3/settings)  # program/verb
 set(gl3_host_libraries
-  gl3platform gl3services gl3pictures gl3scene gl3import gl3feed gl3frame gl3effects)
+  gl3platform gl3services gl3pictures gl3scene gl3import gl3isolated gl3feed gl3frame gl3effects)
 set(gl3_loaded OpenGL3 gl3base gl3options gl3work gl3fonts)
 if(TARGET gl3-view)
   list(APPEND gl3_programs gl3-view)
@@ -38,7 +38,9 @@ set(gl3_public_headers
   hostkit/scene/node_animation.h
   hostkit/scene/scene.h
   hostkit/scene/scene_motion.h
+  hostkit/scene/scene_merge.h
   hostkit/import/model_import.h
+  hostkit/isolated/import_process.h
   hostkit/feed/frame_settings.h
   hostkit/feed/light_sets.h
   hostkit/frame/frame_renderer.h
@@ -57,6 +59,7 @@ target_compile_features(gl3platform INTERFACE cxx_std_20)
 target_include_directories(gl3platform INTERFACE $<INSTALL_INTERFACE:${gl3_headers}>)
 
 install(TARGETS ${gl3_programs} RUNTIME DESTINATION bin)
+install(TARGETS gl3-import RUNTIME DESTINATION ${gl3_private})
 install(TARGETS ${gl3_host_libraries} EXPORT OpenGL3HostTargets LIBRARY DESTINATION ${gl3_private})
 install(TARGETS ${gl3_loaded} LIBRARY DESTINATION ${gl3_private})
 

@@ -50,5 +50,6 @@ target_link_libraries(OpenGL3 PRIVATE gl3module)
 set_target_properties(OpenGL3 PROPERTIES
   PREFIX ""
   INSTALL_RPATH "$ORIGIN"
-  LINK_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/OpenGL3.map
-  LINK_OPTIONS "-Wl,--version-script=${CMAKE_SOURCE_DIR}/cmake/OpenGL3.map")
+  LINK_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/OpenGL3.map)
+target_link_options(OpenGL3 PRIVATE
+  -Wl,--version-script=${CMAKE_SOURCE_DIR}/cmake/OpenGL3.map)

@@ -16,6 +16,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <fstream>
+#include <iterator>
 #include <new>
 
 #include "apps/base/child_process.h"
@@ -30,6 +32,8 @@ using Clock = std::chrono::steady_clock;
 constexpr int kTickMilliseconds = 50;
 constexpr double kProgressAfterSeconds = 1;
 constexpr double kLongestCleanUpSeconds = 5;
+// Bytes of what a child says: a report with a line for each picture, and one line of the others.
+constexpr std::size_t kLongestMessage = std::size_t{256} << 20, kLongestLine = 4096;
 
 /// What a phase that does not come to its end means.
 struct PhaseMeaning {
@@ -49,8 +53,9 @@ double SecondsSince(Clock::time_point start) {
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-/// Memory that a process alone holds. Not RLIMIT_AS or RLIMIT_DATA: OpenGL drivers and sanitizers
-/// reserve far more addresses than they use, and fail or crash when they do not get them.
+/// Memory that a process alone holds, shared pages left out. Not RLIMIT_AS or RLIMIT_DATA: OpenGL
+/// drivers and sanitizers reserve far more addresses than they use, and fail or crash when they do
+/// not get them.
 std::uint64_t OwnMemory(pid_t process) {
   std::FILE* file = std::fopen(fmt::format("/proc/{}/statm", process).c_str(), "re");
   if (!file) return 0;
@@ -59,6 +64,14 @@ std::uint64_t OwnMemory(pid_t process) {
   std::fclose(file);
   if (count != 2 || resident < shared) return 0;
   return (resident - shared) * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+}
+
+/// Memory of a process and of those that it started, which import for it.
+std::uint64_t TreeMemory(pid_t process) {
+  std::uint64_t memory = OwnMemory(process);
+  std::ifstream children(fmt::format("/proc/{0}/task/{0}/children", process));
+  for (pid_t child = 0; children >> child;) memory += OwnMemory(child);
+  return memory;
 }
 
 [[noreturn]] void RunChild(int descriptor, const SupervisedWork& work) {
@@ -96,14 +109,17 @@ class Supervisor {
 
  private:
   bool ReadPipe();
-  void Handle(const std::string& message);
+  bool Handle(const std::string& message);
+  bool EnterPhase(const std::string& text);
+  bool NoteFinish(const std::string& text);
+  void EndNonsense();
   void CheckLimits();
   void End(const std::string& why, const std::string& remedy);
   int Conclude();
   int TakeResult(int code);
   std::string TheEnd(int status) const;
   bool IsBrokenOff() const;
-  void NoteProgress(const std::string& text);
+  bool NoteProgress(const std::string& text);
   std::string ProgressText() const;
   void ShowWhatGoesOn() const;
   const PhaseMeaning& Meaning() const { return kMeanings[static_cast<int>(m_phase)]; }
@@ -153,41 +169,71 @@ bool Supervisor::ReadPipe() {
   const ssize_t count = read(m_pipe, block, sizeof block);
   if (count <= 0) return false;
   m_unread.append(block, static_cast<std::size_t>(count));
-  for (std::string message; TakeMessage(&m_unread, &message);) Handle(message);
+  for (std::string message; TakeMessage(&m_unread, &message);) {
+    if (!Handle(message)) EndNonsense();
+  }
+  if (m_unread.size() > kLongestMessage) EndNonsense();
   return true;
 }
 
-void Supervisor::Handle(const std::string& message) {
-  if (message.empty()) return;
+/// What the child works on may have turned it against us: so what it says is looked at like a
+/// file. False for what no child says.
+bool Supervisor::Handle(const std::string& message) {
+  if (message.empty()) return false;
   const std::string text = message.substr(1);
+  const std::string line = text.substr(0, kLongestLine);
   switch (message[0]) {
     case 'P':
-      m_phase = static_cast<Phase>(text[0] - '0');
-      m_subject = text.substr(1);
-      m_phaseStart = Clock::now();
-      if (m_phase == Phase::kWrite) m_output = m_subject;
-      return PrintNote(m_subject + ": " + Meaning().doing);
+      return EnterPhase(line);
     case 'G':
-      return NoteProgress(text);
+      return NoteProgress(line);
     case 'W':
-      return PrintWarning(text);
+      PrintWarning(line);
+      return true;
     case 'N':
-      return PrintNote(text);
+      PrintNote(line);
+      return true;
     case 'E':
-      if (m_told) m_told->error = text;
-      return PrintError(text);
+      if (m_told) m_told->error = line;
+      PrintError(line);
+      return true;
     case 'T':
       if (m_told) m_told->parts.push_back(text);
-      return;
+      return true;
     case 'R':
       m_result = text;
-      return;
+      return true;
     case 'F':
-      m_finished = true;
-      m_finishedAt = Clock::now();
-      m_status = text[0] - '0';
-      return;
+      return NoteFinish(line);
+    default:
+      return false;
   }
+}
+
+void Supervisor::EndNonsense() {
+  m_finished = false;
+  End("said what makes no sense", "do not trust the file");
+}
+
+bool Supervisor::EnterPhase(const std::string& text) {
+  const std::size_t phase =
+      text.empty() ? std::size(kMeanings) : static_cast<unsigned>(text[0] - '0');
+  if (phase >= std::size(kMeanings)) return false;
+  m_phase = static_cast<Phase>(phase);
+  m_subject = text.substr(1);
+  m_phaseStart = Clock::now();
+  if (m_phase == Phase::kWrite) m_output = m_subject;
+  PrintNote(m_subject + ": " + Meaning().doing);
+  return true;
+}
+
+bool Supervisor::NoteFinish(const std::string& text) {
+  int status = 0;
+  if (!ParseInteger(text, &status) || status < kDone || status > kMismatch) return false;
+  m_finished = true;
+  m_finishedAt = Clock::now();
+  m_status = status;
+  return true;
 }
 
 void Supervisor::CheckLimits() {
@@ -198,7 +244,7 @@ void Supervisor::CheckLimits() {
     End(fmt::format("took the {} beyond {} s", m_total > 0 ? "picture" : "run",
                     m_limits.timeoutSeconds),
         "raise --timeout");
-  } else if (m_limits.maxMemory > 0 && OwnMemory(m_child) > m_limits.maxMemory) {
+  } else if (m_limits.maxMemory > 0 && TreeMemory(m_child) > m_limits.maxMemory) {
     End("took more than " + FormatBytes(m_limits.maxMemory) + " of memory", "raise --max-memory");
   }
 }
@@ -210,16 +256,20 @@ void Supervisor::End(const std::string& why, const std::string& remedy) {
   kill(m_child, SIGKILL);
 }
 
-void Supervisor::NoteProgress(const std::string& text) {
+bool Supervisor::NoteProgress(const std::string& text) {
   const bool isFirst = m_total == 0;
   char* rest = nullptr;
-  m_done = std::strtoul(text.c_str(), &rest, 10);
-  m_total = std::strtoul(rest, &rest, 10);
+  const std::size_t done = std::strtoul(text.c_str(), &rest, 10);
+  const std::size_t total = std::strtoul(rest, &rest, 10);
+  if (total == 0 || done > total) return false;
+  m_done = done;
+  m_total = total;
   m_next = *rest ? rest + 1 : "";
   m_limitStart = Clock::now();
-  if (!isFirst) return;
+  if (!isFirst) return true;
   m_firstProgress = m_limitStart;
   m_doneAtFirst = m_done;
+  return true;
 }
 
 /// "frame 7 (6 of 240 done): drawing, 3 min 5 s left"; the time once there is one to go by.
@@ -246,6 +296,10 @@ std::string Supervisor::TheEnd(int status) const {
                            m_subject + ": " + Meaning().doing;
   if (!m_endedBecause.empty()) {
     return fmt::format("{} {}; {}", what, m_endedBecause, m_endRemedy);
+  }
+  if (WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) {
+    return what +
+           " was killed from outside, as a system does that is out of memory; close other programs";
   }
   if (WIFSIGNALED(status)) {
     return fmt::format("{} crashed ({}); {}", what, strsignal(WTERMSIG(status)),

@@ -81,7 +81,7 @@ int Run(int argc, char** argv, const ViewOptions& options) {
     return outcome.status;
   }
   if (options.settings) return ShowSettings(*session);
-  MainWindow window(std::move(session), device, QApplication::applicationFilePath());
+  MainWindow window(std::move(session), device);
   window.show();
   window.Open(options.models);
   return QApplication::exec();
@@ -91,7 +91,6 @@ int Main(int argc, char** argv) {
   ViewOptions options;
   int status = gl3::kDone;
   if (!ReadCommandLine(argc, argv, &options, &status)) return status;
-  if (options.tryImport) return TryImport(options.files);
   return Run(argc, argv, options);
 }
 

@@ -67,11 +67,9 @@ QStringList LocalFiles(const QMimeData* data) {
 
 }  // namespace
 
-MainWindow::MainWindow(std::unique_ptr<gl3::DriverSession> session, gl3::DeviceChoice device,
-                       const QString& helper)
+MainWindow::MainWindow(std::unique_ptr<gl3::DriverSession> session, gl3::DeviceChoice device)
     : m_device(std::move(device)),
       m_session(std::move(session)),
-      m_loader(helper),
       m_dialogs(this),
       m_viewport(new Viewport(this)) {
   setWindowTitle("gl3-view");

@@ -18,10 +18,8 @@ namespace view {
 
 class MainWindow : public QMainWindow {
  public:
-  /// `session` is a driver that works, made with `device` after gl3::ApplyDriverSettings; `helper`
-  /// is this program's file.
-  MainWindow(std::unique_ptr<gl3::DriverSession> session, gl3::DeviceChoice device,
-             const QString& helper);
+  /// `session` is a driver that works, made with `device` after gl3::ApplyDriverSettings.
+  MainWindow(std::unique_ptr<gl3::DriverSession> session, gl3::DeviceChoice device);
   /// Lets go of buffers, then the driver, then the windows.
   ~MainWindow() override;
 

@@ -54,7 +54,6 @@ bool ReadCommandLine(int argc, char** argv, ViewOptions* options, int* status) {
   parser.AddFlag("--settings", "Show the renderer's settings alone", &options->settings);
   parser.AddFlag("-v,--verbose", "Tell each step",
                  [] { gl3::SetVerbosity(gl3::Verbosity::kVerbose); });
-  parser.AddHiddenFlag("--try-import", &options->tryImport);  // for the viewer's own helper
   if (const std::optional<int> over = parser.ParseProgram(argc, argv)) {
     *status = *over;
     return false;

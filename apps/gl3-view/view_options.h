@@ -13,8 +13,7 @@ struct ViewOptions {
   std::vector<std::string> files;  ///< Models, shown as one.
   QStringList models;              ///< The same for the toolkit.
   gl3::RunOptions run;
-  bool settings = false;   ///< Only the settings sheet is shown.
-  bool tryImport = false;  ///< Only import the files, in a child.
+  bool settings = false;  ///< Only the settings sheet is shown.
 };
 
 /// Reads the command line. Returns false when the program is to end with `*status`: help or version

@@ -205,10 +205,6 @@ Option OptionParser::AddFlag(const std::string& names, const std::string& help,
   return Option(m_app->add_flag_callback(names, std::move(call), help));
 }
 
-void OptionParser::AddHiddenFlag(const std::string& name, bool* flag) const {
-  m_app->add_flag(name, *flag)->group("");
-}
-
 Option OptionParser::Find(const std::string& name) const {
   return Option(m_app->get_option(name));
 }

@@ -88,8 +88,6 @@ class OptionParser {
   /// A flag that calls.
   Option AddFlag(const std::string& names, const std::string& help,
                  std::function<void()> call) const;
-  /// A flag that the help does not tell of.
-  void AddHiddenFlag(const std::string& name, bool* flag) const;
   /// The option called `name`, which there must be.
   Option Find(const std::string& name) const;
   void Remove(const std::string& name) const;

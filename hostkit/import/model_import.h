@@ -14,7 +14,4 @@ namespace hostkit {
 /// warning in the scene.
 std::unique_ptr<Scene> ImportModel(const std::string& path, std::string* error);
 
-/// Moves everything of `other` into `scene`.
-void AppendScene(Scene& scene, Scene&& other);
-
 }  // namespace hostkit

@@ -11,6 +11,7 @@
 #include "driver/GL3Driver.h"
 #include "platform/platform.h"
 #include "tests/faults/host_session.h"
+#include "tests/support/common/sanitized.h"
 
 namespace {
 
@@ -33,16 +34,13 @@ int CountDescriptors() {
 /// Resident memory in KiB, without what malloc keeps for later. 0 under AddressSanitizer, which
 /// keeps freed blocks for long and looks for leaks itself.
 long ResidentKiB() {
-#ifdef __SANITIZE_ADDRESS__
-  return 0;
-#else
+  if (kIsSanitized) return 0;
   malloc_trim(0);
   long pages = 0;
   std::FILE* file = std::fopen("/proc/self/statm", "re");
   if (!file || std::fscanf(file, "%*s %ld", &pages) != 1) pages = 0;
   if (file) std::fclose(file);
   return pages * (sysconf(_SC_PAGESIZE) / 1024);
-#endif
 }
 
 class CycleTest : public DriverFixture {

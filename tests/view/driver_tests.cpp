@@ -62,8 +62,8 @@ TEST_F(ViewTest, WithoutADriverNothingIsSavedUntilOneStarts) {
   m_window.reset();
   const QString module = Path("module.so");
   ASSERT_TRUE(QFile::link(QString(GL3_LIB_DIR) + "/OpenGL3.so", module));
-  m_window = std::make_unique<view::MainWindow>(
-      StartDriver(), gl3::DeviceChoice{"", module.toStdString()}, GL3_BIN_DIR "/gl3-view");
+  m_window = std::make_unique<view::MainWindow>(StartDriver(),
+                                                gl3::DeviceChoice{"", module.toStdString()});
   m_window->show();
   Open(Path("cube.obj"));
   EXPECT_TRUE(Action("&Save picture…")->isEnabled());

@@ -47,8 +47,7 @@ void ViewTest::SetUp() {
   ASSERT_TRUE(samples::WriteFile(Path("room.glb").toStdString(),
                                  samples::ToGlb(samples::Showroom(256)), &error))
       << error;
-  m_window = std::make_unique<view::MainWindow>(StartDriver(), gl3::DeviceChoice{},
-                                                QString(GL3_BIN_DIR) + "/gl3-view");
+  m_window = std::make_unique<view::MainWindow>(StartDriver(), gl3::DeviceChoice{});
   m_window->resize(1000, 700);
   m_window->show();
   m_window->activateWindow();

@@ -202,7 +202,7 @@ TEST_F(ViewTest, DroppedFilesOpenAndAreRemembered) {
   const QSettings kept;
   EXPECT_EQ(kept.value("recent").toStringList(), QStringList{Path("cube.stl")});
   EXPECT_EQ(kept.value("drawing").toStringList(), QStringList{"--mode=flat"});
-  m_window = std::make_unique<view::MainWindow>(StartDriver(), gl3::DeviceChoice{}, "");
+  m_window = std::make_unique<view::MainWindow>(StartDriver(), gl3::DeviceChoice{});
   m_window->show();
   EXPECT_EQ(m_window->Panel().findChild<QComboBox*>("--mode")->currentText(), "flat");
 }

@@ -19,7 +19,7 @@
 #include "apps/work/render/render_report.h"
 #include "apps/work/render/render_sequence.h"
 #include "hostkit/frame/frame_renderer.h"
-#include "hostkit/import/model_import.h"
+#include "hostkit/isolated/import_process.h"
 #include "hostkit/pictures/picture.h"
 #include "hostkit/scene/camera.h"
 #include "hostkit/scene/node_animation.h"
@@ -40,8 +40,10 @@ class RenderRun {
   Outcome Run(std::string* result);
 
  private:
+  void StartImport();
   Outcome StartDriver();
-  Outcome ImportAll();
+  Outcome LoadFrameSettings();
+  Outcome FinishImport();
   Outcome Plan();
   Outcome ChooseAnimations();
   Outcome Upload();
@@ -61,6 +63,7 @@ class RenderRun {
   ParentLine& m_line;
   RecipeBase m_recipe;
   RenderReport m_report;
+  std::unique_ptr<hostkit::ImportProcess> m_import;
   std::unique_ptr<DriverSession> m_session;
   std::unique_ptr<hostkit::Scene> m_scene;
   std::vector<int> m_animations;  // that are played
@@ -96,8 +99,16 @@ Outcome RenderRun::StartDriver() {
   return {};
 }
 
-Outcome RenderRun::ImportAll() {
-  const Stopwatch watch;
+/// Beside OpenGL, which takes about as long to start as a small model to import.
+void RenderRun::StartImport() {
+  hostkit::ImportLimits limits;
+  limits.processorSeconds = m_options.run.limits.timeoutSeconds;
+  limits.memory = m_options.run.limits.maxMemory;
+  limits.showsMessages = true;  // standard error is silenced here unless the user wants all
+  m_import = std::make_unique<hostkit::ImportProcess>(m_options.models, limits);
+}
+
+Outcome RenderRun::LoadFrameSettings() {
   if (!m_options.drawing.overlays.empty()) {
     m_line.Enter(Phase::kImport, m_options.drawing.overlays.front().path);
   }
@@ -108,19 +119,18 @@ Outcome RenderRun::ImportAll() {
     const std::string problem = FontProblem();
     if (!problem.empty()) Warn("--text: " + problem);
   }
-  for (const std::string& path : m_options.models) {
-    m_line.Enter(Phase::kImport, path);
-    std::string error;
-    std::unique_ptr<hostkit::Scene> scene = hostkit::ImportModel(path, &error);
-    if (!scene) return {kUnreadableInput, error};
-    for (const std::string& warning : scene->warnings) Warn(warning);
-    if (m_scene) {
-      hostkit::AppendScene(*m_scene, std::move(*scene));
-    } else {
-      m_scene = std::move(scene);
-    }
+  return {};
+}
+
+Outcome RenderRun::FinishImport() {
+  std::string error;
+  const hostkit::ImportEnd end = m_import->Finish(
+      [&](const std::string& model) { m_line.Enter(Phase::kImport, model); }, &m_scene, &error);
+  if (end != hostkit::ImportEnd::kDone) {
+    return {end == hostkit::ImportEnd::kUnreadable ? kUnreadableInput : kRunFailed, error};
   }
-  m_report.import = watch.Milliseconds();
+  for (const std::string& warning : m_scene->warnings) Warn(warning);
+  m_report.import = m_import->Milliseconds();
   m_report.triangles = m_scene->TriangleCount();
   m_line.Note(fmt::format("{} triangles in {:.1f} ms", m_report.triangles, m_report.import));
   return {};
@@ -270,9 +280,11 @@ Outcome RenderRun::Run(std::string* result) {
   if (m_report.skipped > 0) {
     m_line.Note(m_options.output + ": all of it is there");
   } else {
-    // The driver first: without it, nobody waits for the import of a large model.
+    StartImport();
+    // Without a driver, nobody waits for the import of a large model.
     outcome = StartDriver();
-    if (outcome.status == kDone) outcome = ImportAll();
+    if (outcome.status == kDone) outcome = LoadFrameSettings();
+    if (outcome.status == kDone) outcome = FinishImport();
     if (outcome.status == kDone) outcome = Plan();
     if (outcome.status == kDone) outcome = Upload();
     if (outcome.status == kDone) outcome = MakeShots();

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "hostkit/import/model_import.h"
+#include "hostkit/scene/scene_merge.h"
 #include "samples/glb_writer.h"
 #include "samples/shapes.h"
 #include "samples/small_models.h"

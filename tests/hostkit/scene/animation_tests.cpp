@@ -9,6 +9,7 @@
 
 #include "hostkit/import/model_import.h"
 #include "hostkit/scene/node_animation.h"
+#include "hostkit/scene/scene_merge.h"
 #include "samples/orrery.h"
 #include "samples/small_models.h"
 #include "tests/support/common/temp_folder.h"

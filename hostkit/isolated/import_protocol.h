@@ -1,0 +1,23 @@
+// What the importing process and the one that started it agree on. Both are of one build.
+#pragma once
+
+namespace hostkit {
+
+/// The program, in the folder of the host kit's libraries.
+inline constexpr const char* kImportProgram = "gl3-import";
+
+/// Its descriptors besides the standard ones: where it tells how far it is, a letter at a time, and
+/// the shared memory, empty at first.
+inline constexpr int kProgressDescriptor = 3, kMemoryDescriptor = 4;
+
+/// Its letters: another model's turn; done, with the scene in the memory (see scene_bytes.h);
+/// failed, with one line of text in the memory; not confined, likewise.
+inline constexpr char kModelBegins = 'M', kSceneIsThere = 'S', kImportFailed = 'E',
+                      kIsNotConfined = 'C';
+
+/// Its arguments, before the models: the process that started it, and one of these two words.
+inline constexpr int kFirstModelArgument = 3;
+inline constexpr const char* kConfinedWord = "confined";
+inline constexpr const char* kOpenWord = "open";
+
+}  // namespace hostkit

@@ -1,0 +1,188 @@
+// What every part of the renderer relies on in a scene.
+#include "hostkit/scene/scene_check.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "host/Lights.h"
+#include "hostkit/scene/directions.h"
+
+namespace hostkit {
+namespace {
+
+using Imath::V3f;
+
+// Pixels a side of the largest picture, degrees and softness of a light's cone, see scene.h.
+constexpr int kLargestSide = 32768;
+constexpr float kWidestCone = 90, kLargestSoftness = 10;
+constexpr float kWidestView = 3.1415926f;
+
+/// Whether all of `count` floats are finite. By their bits, which compilers turn into wide steps.
+bool AreFinite(const void* floats, std::size_t count) {
+  constexpr std::uint32_t kExponent = 0x7F800000;
+  const auto* bytes = static_cast<const unsigned char*>(floats);
+  std::uint32_t bad = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    std::uint32_t bits = 0;
+    std::memcpy(&bits, bytes + i * sizeof bits, sizeof bits);
+    bad |= static_cast<std::uint32_t>((bits & kExponent) == kExponent);
+  }
+  return bad == 0;
+}
+
+template <class Vector>
+bool AreFinite(const std::vector<Vector>& vectors) {
+  return AreFinite(vectors.data(), vectors.size() * (sizeof(Vector) / sizeof(float)));
+}
+
+bool IsIndex(int index, std::size_t count) {
+  return index >= 0 && static_cast<std::size_t>(index) < count;
+}
+
+bool AreIndices(const std::vector<std::uint32_t>& indices, std::size_t each, std::size_t count) {
+  std::uint32_t largest = 0;
+  for (const std::uint32_t index : indices) largest = std::max(largest, index);
+  return indices.size() % each == 0 && (indices.empty() || largest < count);
+}
+
+template <class Vector>
+bool IsAbsentOr(const std::vector<Vector>& values, std::size_t count) {
+  return values.empty() || values.size() == count;
+}
+
+bool IsSound(const SceneImage& image, const Scene&) {
+  if (!image.bitmap) return false;
+  const HBitmapNode& bitmap = *image.bitmap;
+  return bitmap.GetWidth() > 0 && bitmap.GetWidth() <= kLargestSide && bitmap.GetHeight() > 0 &&
+         bitmap.GetHeight() <= kLargestSide && bitmap.FindBuffer("Color");
+}
+
+bool IsSound(const SceneMaterial& material, const Scene& scene) {
+  const AttrProperty& surface = material.surface;
+  for (const AnimatableColor* color : {&surface.base, &surface.ambient, &surface.specular}) {
+    if (!IsFinite(V3f(color->red.Current(), color->green.Current(), color->blue.Current()))) {
+      return false;
+    }
+  }
+  const float values[] = {surface.ambientFactor.Current(), surface.roughness.Current(),
+                          surface.specularFactor.Current(), surface.transparency.Current()};
+  return AreFinite(values, std::size(values)) &&
+         (material.image == -1 || IsIndex(material.image, scene.images.size()));
+}
+
+bool IsSound(const SceneMesh& mesh, const Scene& scene) {
+  const std::size_t count = mesh.positions.size();
+  return AreFinite(mesh.positions) && AreFinite(mesh.normals) && AreFinite(mesh.uvs) &&
+         IsAbsentOr(mesh.normals, count) && IsAbsentOr(mesh.uvs, count) &&
+         IsAbsentOr(mesh.colors, count) && AreIndices(mesh.triangles, 3, count) &&
+         AreIndices(mesh.lines, 2, count) && AreIndices(mesh.points, 1, count) &&
+         IsIndex(mesh.material, scene.materials.size());
+}
+
+bool IsSound(const SceneInstance& instance, const Scene& scene) {
+  return IsIndex(instance.mesh, scene.meshes.size()) && IsFinite(instance.toWorld);
+}
+
+bool IsSound(const SceneCamera& camera, const Scene&) {
+  return IsFinite(camera.eye) && IsFinite(camera.forward) && IsFinite(camera.up) &&
+         camera.verticalFov > 0 && camera.verticalFov <= kWidestView &&
+         camera.parallelHeight >= 0 && std::isfinite(camera.parallelHeight);
+}
+
+bool IsSound(const SceneLight& light, const Scene&) {
+  const float values[] = {light.red, light.green, light.blue, light.intensity, light.range};
+  return light.type >= GALight::kPoint && light.type <= GALight::kDirectional &&
+         IsFinite(light.position) && IsFinite(light.direction) &&
+         AreFinite(values, std::size(values)) && light.range >= 0 && light.coneAngle >= 0 &&
+         light.coneAngle <= kWidestCone && light.coneSoftness >= 0 &&
+         light.coneSoftness <= kLargestSoftness;
+}
+
+template <class Value>
+bool AreKeysSound(const std::vector<AnimationKey<Value>>& keys) {
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    if (!std::isfinite(keys[i].time) || !IsFinite(keys[i].value)) return false;
+    if (i > 0 && !(keys[i - 1].time < keys[i].time)) return false;
+  }
+  return true;
+}
+
+bool IsSound(const SceneAnimation& animation, const Scene& scene) {
+  const SceneMotion& motion = scene.motion;
+  return IsIndex(animation.model, static_cast<std::size_t>(motion.models)) &&
+         std::isfinite(animation.duration) && animation.duration >= 0 &&
+         std::all_of(
+             animation.channels.begin(), animation.channels.end(), [&](const NodeChannel& channel) {
+               return IsIndex(channel.node, motion.nodes.size()) &&
+                      IsFinite(channel.rest.translation) && IsFinite(channel.rest.rotation) &&
+                      IsFinite(channel.rest.scale) && AreKeysSound(channel.translations) &&
+                      AreKeysSound(channel.rotations) && AreKeysSound(channel.scales);
+             });
+}
+
+bool IsSound(const MovingInstance& moving, const Scene& scene) {
+  return IsIndex(moving.instance, scene.instances.size()) &&
+         IsIndex(moving.node, scene.motion.nodes.size()) && IsFinite(moving.toNode);
+}
+
+bool IsSound(const MovingCamera& moving, const Scene& scene) {
+  return IsIndex(moving.camera, scene.cameras.size()) &&
+         IsIndex(moving.node, scene.motion.nodes.size()) && IsFinite(moving.eye) &&
+         IsFinite(moving.forward) && IsFinite(moving.up);
+}
+
+bool IsSound(const MovingLight& moving, const Scene& scene) {
+  return IsIndex(moving.light, scene.lights.size()) &&
+         IsIndex(moving.node, scene.motion.nodes.size()) && IsFinite(moving.position) &&
+         IsFinite(moving.direction);
+}
+
+/// Looks at all of one kind; the first that is not sound is named.
+template <class Part>
+bool AreSound(const std::vector<Part>& parts, const char* kind, const Scene& scene,
+              std::string* why) {
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    if (IsSound(parts[i], scene)) continue;
+    *why = fmt::format("its {} {} is not sound", kind, i);
+    return false;
+  }
+  return true;
+}
+
+bool AreNodesSound(const std::vector<SceneNode>& nodes, std::string* why) {
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    // Before it: so that nobody follows a circle.
+    const bool hasParent = nodes[i].parent == -1 || IsIndex(nodes[i].parent, i);
+    if (hasParent && IsFinite(nodes[i].place) && IsFinite(nodes[i].toParentNode)) continue;
+    *why = fmt::format("its node {} is not sound", i);
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool CheckScene(const Scene& scene, std::string* why) {
+  const SceneMotion& motion = scene.motion;
+  if (motion.models < 1) {
+    *why = "it is of no model";
+    return false;
+  }
+  return AreSound(scene.images, "picture", scene, why) &&
+         AreSound(scene.materials, "material", scene, why) &&
+         AreSound(scene.meshes, "mesh", scene, why) &&
+         AreSound(scene.instances, "instance", scene, why) &&
+         AreSound(scene.cameras, "camera", scene, why) &&
+         AreSound(scene.lights, "light", scene, why) && AreNodesSound(motion.nodes, why) &&
+         AreSound(motion.animations, "animation", scene, why) &&
+         AreSound(motion.instances, "moving instance", scene, why) &&
+         AreSound(motion.cameras, "moving camera", scene, why) &&
+         AreSound(motion.lights, "moving light", scene, why);
+}
+
+}  // namespace hostkit

@@ -1,0 +1,265 @@
+// Scenes to bytes and back; bytes and scenes that are not sound.
+#include "hostkit/scene/scene_bytes.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <limits>
+
+#include "hostkit/scene/scene_check.h"
+
+namespace {
+
+using hostkit::Scene;
+using Imath::M44f;
+using Imath::V3f;
+
+M44f Placement(float first) {
+  M44f matrix;
+  for (int i = 0; i < 16; ++i) matrix.getValue()[i] = first + static_cast<float>(i);
+  return matrix;
+}
+
+AttrProperty Surface() {
+  AttrProperty surface;
+  surface.base = {1, 2, 3};
+  surface.ambient = {4, 5, 6};
+  surface.specular = {7, 8, 9};
+  surface.ambientSource = 10;
+  surface.specularSource = 11;
+  surface.ambientFactor = 12;
+  surface.roughness = 13;
+  surface.specularFactor = 14;
+  surface.transparency = 15;
+  return surface;
+}
+
+/// One of everything, no two numbers of which are equal.
+Scene OneOfEverything() {
+  Scene scene;
+  hostkit::SceneImage& image = scene.images.emplace_back();
+  image.name = "picture";
+  image.repeat = false;
+  image.bitmap = hostkit::NewByteBitmap(3, 2);
+  auto* colors = static_cast<HRGBABuffer*>(image.bitmap->FindBuffer("Color"));
+  for (int i = 0; i < 24; ++i) {
+    static_cast<unsigned char*>(colors->GetData(i / 12))[i % 12] = static_cast<unsigned char>(i);
+  }
+  scene.materials.push_back({"paint", Surface(), 0});
+  hostkit::SceneMesh& mesh = scene.meshes.emplace_back();
+  mesh.name = "mesh";
+  mesh.positions = {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}};
+  mesh.normals = {{0, 0, 1}, {0, 1, 0}, {1, 0, 0}};
+  mesh.uvs = {{10, 11}, {12, 13}, {14, 15}};
+  mesh.colors = {{16, 17, 18, 19}, {20, 21, 22, 23}, {24, 25, 26, 27}};
+  mesh.colorsHaveAlpha = true;
+  mesh.triangles = {2, 1, 0};
+  mesh.lines = {1, 2};
+  mesh.points = {2};
+  scene.instances = {{0, Placement(1)}};
+  scene.cameras.push_back({"eye", {1, 2, 3}, {0, 1, 0}, {0, 0, 1}, 0.5f, 4});
+  scene.lights.push_back({"lamp", 1, {5, 6, 7}, {1, 0, 0}, 0.1f, 0.2f, 0.3f, 0.4f, 30, 2, 8});
+  hostkit::SceneMotion& motion = scene.motion;
+  motion.models = 2;
+  motion.nodes = {{-1, Placement(2), Placement(3)}, {0, Placement(4), Placement(5)}};
+  hostkit::NodeChannel channel;
+  channel.node = 1;
+  channel.rest = {{1, 2, 3}, {4, 5, 6, 7}, {8, 9, 10}};
+  channel.translations = {{0.5, {1, 2, 3}}, {1.5, {4, 5, 6}}};
+  channel.rotations = {{0.25, {1, 0, 0, 0}}};
+  channel.scales = {{0.75, {7, 8, 9}}};
+  motion.animations.push_back({"walk", 1, 1.5, {channel}});
+  motion.instances = {{0, 1, Placement(6)}};
+  motion.cameras = {{0, 1, {1, 2, 3}, {4, 5, 6}, {7, 8, 9}}};
+  motion.lights = {{0, 0, {1, 2, 3}, {4, 5, 6}}};
+  motion.warnings = {"skinned"};
+  scene.warnings = {"first", "second"};
+  return scene;
+}
+
+std::string Bytes(const Scene& scene) {
+  std::string bytes(hostkit::CountSceneBytes(scene), '\0');
+  hostkit::WriteScene(scene, reinterpret_cast<unsigned char*>(bytes.data()));
+  return bytes;
+}
+
+std::unique_ptr<Scene> FromBytes(const std::string& bytes, std::string* why) {
+  return hostkit::ReadScene(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(),
+                            why);
+}
+
+std::string Numbers(const void* floats, std::size_t count) {
+  std::string text;
+  for (std::size_t i = 0; i < count; ++i) {
+    float number = 0;
+    std::memcpy(&number, static_cast<const char*>(floats) + i * sizeof number, sizeof number);
+    text += fmt::format(" {}", number);
+  }
+  return text + "\n";
+}
+
+/// What the scene has besides its arrays, which are compared by themselves.
+std::string Describe(const Scene& scene) {
+  std::string text;
+  for (const auto& image : scene.images) {
+    auto* colors = static_cast<HRGBABuffer*>(image.bitmap->FindBuffer("Color"));
+    text += fmt::format("{} {} {}x{}", image.name, image.repeat, image.bitmap->GetWidth(),
+                        image.bitmap->GetHeight());
+    for (int i = 0; i < 24; ++i) {
+      text += fmt::format(" {}", static_cast<unsigned char*>(colors->GetData(i / 12))[i % 12]);
+    }
+  }
+  for (const auto& [name, surface, image] : scene.materials) {
+    text +=
+        fmt::format("\n{} {} {} {}", name, image, surface.ambientSource, surface.specularSource);
+    for (const AnimatableColor* color : {&surface.base, &surface.ambient, &surface.specular}) {
+      text += fmt::format(" {} {} {}", color->red.Current(), color->green.Current(),
+                          color->blue.Current());
+    }
+    text +=
+        fmt::format(" {} {} {} {}\n", surface.ambientFactor.Current(), surface.roughness.Current(),
+                    surface.specularFactor.Current(), surface.transparency.Current());
+  }
+  for (const auto& mesh : scene.meshes) {
+    text += fmt::format("{} {} {}\n", mesh.name, mesh.colorsHaveAlpha, mesh.material);
+  }
+  for (const auto& camera : scene.cameras) {
+    text += camera.name + Numbers(&camera.eye, 11);
+  }
+  for (const auto& light : scene.lights) {
+    text += fmt::format("{} {}", light.name, light.type) + Numbers(&light.position, 13);
+  }
+  text += fmt::format("{} models\n", scene.motion.models);
+  for (const auto& [name, model, duration, channels] : scene.motion.animations) {
+    text += fmt::format("{} {} {} {}\n", name, model, duration, channels.size());
+  }
+  return text + fmt::format("{} | {}", fmt::join(scene.warnings, ","),
+                            fmt::join(scene.motion.warnings, ","));
+}
+
+TEST(SceneBytes, BringTheWholeSceneBack) {
+  const Scene scene = OneOfEverything();
+  std::string why;
+  const std::unique_ptr<Scene> back = FromBytes(Bytes(scene), &why);
+  ASSERT_NE(back, nullptr) << why;
+  EXPECT_EQ(Describe(*back), Describe(scene));
+  const hostkit::SceneMesh &mesh = scene.meshes[0], &other = back->meshes[0];
+  EXPECT_EQ(other.positions, mesh.positions);
+  EXPECT_EQ(other.normals, mesh.normals);
+  EXPECT_EQ(other.uvs, mesh.uvs);
+  EXPECT_EQ(std::memcmp(other.colors.data(), mesh.colors.data(), 12), 0);
+  EXPECT_EQ(other.triangles, mesh.triangles);
+  EXPECT_EQ(other.lines, mesh.lines);
+  EXPECT_EQ(other.points, mesh.points);
+  // Plain records: as they lie in memory.
+  const auto isEqual = [](const auto& ours, const auto& theirs) {
+    return ours.size() == theirs.size() &&
+           std::memcmp(static_cast<const void*>(ours.data()), theirs.data(),
+                       ours.size() * sizeof ours[0]) == 0;
+  };
+  EXPECT_TRUE(isEqual(back->instances, scene.instances));
+  EXPECT_TRUE(isEqual(back->motion.nodes, scene.motion.nodes));
+  EXPECT_TRUE(isEqual(back->motion.instances, scene.motion.instances));
+  EXPECT_TRUE(isEqual(back->motion.cameras, scene.motion.cameras));
+  EXPECT_TRUE(isEqual(back->motion.lights, scene.motion.lights));
+  const auto &channel = scene.motion.animations[0].channels[0],
+             &hers = back->motion.animations[0].channels[0];
+  EXPECT_EQ(hers.node, 1);
+  EXPECT_EQ(std::memcmp(static_cast<const void*>(&hers.rest), &channel.rest, sizeof hers.rest), 0);
+  ASSERT_EQ(hers.translations.size(), 2u);
+  EXPECT_EQ(hers.translations[1].time, 1.5);
+  EXPECT_EQ(hers.translations[1].value, V3f(4, 5, 6));
+  EXPECT_EQ(hers.rotations.at(0).value, channel.rotations[0].value);
+  EXPECT_EQ(hers.scales.at(0).value, V3f(7, 8, 9));
+}
+
+TEST(SceneBytes, ThatAreCutOrChangedAreRefusedOrSound) {
+  const std::string bytes = Bytes(OneOfEverything());
+  std::string why;
+  for (std::size_t size = 0; size < bytes.size(); ++size) {
+    ASSERT_EQ(FromBytes(bytes.substr(0, size), &why), nullptr) << size;
+    ASSERT_EQ(why, "its bytes are no whole scene");
+  }
+  EXPECT_EQ(FromBytes(bytes + bytes, &why), nullptr);
+  for (std::size_t at = 0; at < bytes.size(); ++at) {
+    for (const int value : {0, 1, 0x7F, 0x80, 0xFF}) {
+      std::string changed = bytes;
+      changed[at] = static_cast<char>(value);
+      const std::unique_ptr<Scene> scene = FromBytes(changed, &why);
+      ASSERT_TRUE(!scene || hostkit::CheckScene(*scene, &why)) << at << ": " << why;
+    }
+  }
+}
+
+TEST(SceneCheck, NamesWhatIsNotSound) {
+  constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+  constexpr float kInfinite = std::numeric_limits<float>::infinity();
+  std::string why;
+  EXPECT_TRUE(hostkit::CheckScene(OneOfEverything(), &why)) << why;
+  const struct {
+    const char* part;
+    std::vector<std::function<void(Scene&)>> slips;
+  } kSlips[] = {
+      {"picture 0",
+       {[](Scene& s) { s.images[0].bitmap = nullptr; },
+        [](Scene& s) { s.images[0].bitmap = hostkit::NewHalfBitmap(3, 2); },
+        [](Scene& s) { s.images[0].bitmap = hostkit::NewByteBitmap(32769, 1); }}},
+      {"material 0",
+       {[](Scene& s) { s.materials[0].image = 1; }, [](Scene& s) { s.materials[0].image = -2; },
+        [](Scene& s) { s.materials[0].surface.base.green = kNan; },
+        [](Scene& s) { s.materials[0].surface.roughness = kInfinite; }}},
+      {"mesh 0",
+       {[](Scene& s) { s.meshes[0].material = 1; }, [](Scene& s) { s.meshes[0].material = -1; },
+        [](Scene& s) { s.meshes[0].positions[2].z = kNan; },
+        [](Scene& s) { s.meshes[0].normals[2].z = -kInfinite; },
+        [](Scene& s) { s.meshes[0].uvs[2].y = kInfinite; },
+        [](Scene& s) { s.meshes[0].normals.pop_back(); },
+        [](Scene& s) { s.meshes[0].uvs.pop_back(); },
+        [](Scene& s) { s.meshes[0].colors.pop_back(); },
+        [](Scene& s) { s.meshes[0].triangles[0] = 3; },
+        [](Scene& s) { s.meshes[0].triangles.pop_back(); },
+        [](Scene& s) { s.meshes[0].lines[1] = 3; }, [](Scene& s) { s.meshes[0].lines.pop_back(); },
+        [](Scene& s) { s.meshes[0].points[0] = 3; }}},
+      {"instance 0",
+       {[](Scene& s) { s.instances[0].mesh = 1; },
+        [](Scene& s) { s.instances[0].toWorld[3][3] = kNan; }}},
+      {"camera 0",
+       {[](Scene& s) { s.cameras[0].eye.x = kNan; }, [](Scene& s) { s.cameras[0].verticalFov = 0; },
+        [](Scene& s) { s.cameras[0].verticalFov = 4; },
+        [](Scene& s) { s.cameras[0].parallelHeight = -1; }}},
+      {"light 0",
+       {[](Scene& s) { s.lights[0].type = 3; }, [](Scene& s) { s.lights[0].position.y = kNan; },
+        [](Scene& s) { s.lights[0].red = kInfinite; }, [](Scene& s) { s.lights[0].coneAngle = 91; },
+        [](Scene& s) { s.lights[0].coneSoftness = -1; }, [](Scene& s) { s.lights[0].range = -1; }}},
+      {"node 1",
+       {[](Scene& s) { s.motion.nodes[1].parent = 1; },
+        [](Scene& s) { s.motion.nodes[1].parent = -2; },
+        [](Scene& s) { s.motion.nodes[1].toParentNode[0][0] = kNan; }}},
+      {"animation 0",
+       {[](Scene& s) { s.motion.animations[0].model = 2; },
+        [](Scene& s) { s.motion.animations[0].duration = -1; },
+        [](Scene& s) { s.motion.animations[0].channels[0].node = 2; },
+        [](Scene& s) { s.motion.animations[0].channels[0].rest.scale.x = kNan; },
+        [](Scene& s) { s.motion.animations[0].channels[0].translations[1].time = 0.5; },
+        [](Scene& s) { s.motion.animations[0].channels[0].scales[0].value.x = kNan; }}},
+      {"moving instance 0",
+       {[](Scene& s) { s.motion.instances[0].instance = 1; },
+        [](Scene& s) { s.motion.instances[0].node = 2; }}},
+      {"moving camera 0", {[](Scene& s) { s.motion.cameras[0].camera = 1; }}},
+      {"moving light 0", {[](Scene& s) { s.motion.lights[0].light = 1; }}},
+      {"no model", {[](Scene& s) { s.motion.models = 0; }}},
+  };
+  for (const auto& [part, slips] : kSlips) {
+    for (std::size_t i = 0; i < slips.size(); ++i) {
+      Scene scene = OneOfEverything();
+      slips[i](scene);
+      why.clear();
+      EXPECT_FALSE(hostkit::CheckScene(scene, &why)) << part << ", slip " << i;
+      EXPECT_NE(why.find(part), std::string::npos) << part << ", slip " << i << ": " << why;
+    }
+  }
+}
+
+}  // namespace
