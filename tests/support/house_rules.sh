@@ -20,6 +20,7 @@ shader                driver texture buffer host platform
 settings              driver buffer host platform
 driver/GL3Driver.cpp  driver texture buffer displaylist shader settings host platform
 driver/OpenGL3.cpp    driver settings host platform
+hostkit/confine
 hostkit/services      host platform
 hostkit/pictures      hostkit/services host platform
 hostkit/scene         hostkit/services host platform
@@ -32,7 +33,7 @@ apps/base
 apps/options          apps/base hostkit/feed hostkit/effects
 apps/work/common      apps/base apps/options hostkit/pictures hostkit/services host platform
 apps/work/settings    apps/base apps/options apps/work/common hostkit/services
-apps/work/info        apps/base apps/options apps/work/common hostkit/effects hostkit/services host platform
+apps/work/info        apps/base apps/options apps/work/common hostkit/effects hostkit/confine hostkit/services host platform
 apps/work/filter      apps/base apps/options apps/work/common hostkit/effects hostkit/pictures hostkit/services host platform
 apps/gl3-import       hostkit/import hostkit/isolated hostkit/scene hostkit/services host platform
 apps/work/render      apps/base apps/options apps/work/common hostkit/effects hostkit/frame hostkit/feed hostkit/isolated hostkit/scene hostkit/pictures hostkit/services host platform

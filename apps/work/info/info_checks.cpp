@@ -17,6 +17,7 @@
 #include "apps/work/common/font_check.h"
 #include "apps/work/info/test_frame.h"
 #include "host/GADriver.h"
+#include "hostkit/confine/confine.h"
 #include "hostkit/services/module_loader.h"
 #include "hostkit/services/module_settings.h"
 #include "hostkit/services/registry.h"
@@ -70,6 +71,18 @@ Verdict CheckSettings(Findings&) {
     return {Level::kWarn, file + "settings cannot be stored: " + why.reason, why.remedy};
   }
   return {Level::kOk, place.path + (place.exists ? "" : " (not there yet)"), ""};
+}
+
+/// Whether processes that read the files of strangers can be confined.
+Verdict CheckConfinement(Findings&) {
+  const hostkit::ConfineResult missing = hostkit::ConfinementSupport();
+  if (missing.files.empty() && missing.calls.empty()) {
+    return {Level::kOk, "files and system calls can be limited", ""};
+  }
+  const char* also = missing.files.empty() || missing.calls.empty() ? "" : ", and ";
+  return {
+      Level::kWarn, missing.files + also + missing.calls,
+      "use a kernel with Landlock and seccomp, or read strangers' files as a user of their own"};
 }
 
 Verdict CheckModule(Findings& findings) {
@@ -183,10 +196,10 @@ struct Check {
 
 // Those that need no OpenGL come first, and only warn: after a failure nothing more can be asked.
 constexpr Check kChecks[] = {
-    {"settings", CheckSettings}, {"text", CheckText},       {"module", CheckModule},
-    {"display", CheckDisplay},   {"opengl", CheckVersion},  {"extensions", CheckExtensions},
-    {"driver", CheckDriver},     {"surface", CheckSurface}, {"frame", CheckFrame},
-    {"effects", CheckEffect},
+    {"settings", CheckSettings},     {"text", CheckText},       {"confinement", CheckConfinement},
+    {"module", CheckModule},         {"display", CheckDisplay}, {"opengl", CheckVersion},
+    {"extensions", CheckExtensions}, {"driver", CheckDriver},   {"surface", CheckSurface},
+    {"frame", CheckFrame},           {"effects", CheckEffect},
 };
 
 Json ToJson(const std::string& name, const Verdict& verdict) {
