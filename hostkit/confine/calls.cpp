@@ -23,6 +23,8 @@
 
 #include <linux/filter.h>
 
+#include "hostkit/confine/landlock.h"
+
 namespace hostkit {
 namespace {
 
@@ -134,7 +136,10 @@ constexpr int kRefusals[] = {
 
 // Refused as if the kernel were older, and libraries fall back: their arguments lie in memory,
 // where a filter cannot look, and the older calls do the same.
-constexpr int kOpaque[] = {SCMP_SYS(clone3), SCMP_SYS(openat2)};
+constexpr int kOpaque[] = {SCMP_SYS(clone3)};
+// Likewise where Landlock does not see a file cut short that is opened for reading.
+constexpr int kOpaqueOpening[] = {SCMP_SYS(openat2)};
+constexpr int kSeesCutting = 3;  // from this version of its interface on
 
 constexpr int kSocketCalls[] = {SCMP_SYS(socket), SCMP_SYS(socketpair), SCMP_SYS(connect),
                                 SCMP_SYS(bind),   SCMP_SYS(listen),     SCMP_SYS(accept),
@@ -225,9 +230,9 @@ class CallFilter {
   bool m_good;
 };
 
-void AddSockets(bool mayConnect, CallFilter* filter) {
-  if (!mayConnect) {
-    filter->Add(kSocketCalls, kEnd);
+void AddSockets(Confinement::Sockets sockets, CallFilter* filter) {
+  if (sockets != Confinement::Sockets::kLocal) {
+    filter->Add(kSocketCalls, sockets == Confinement::Sockets::kEnd ? kEnd : kRefuse);
     filter->Add(kSharedMemoryCalls, kRefuse);
     return;
   }
@@ -255,13 +260,14 @@ constexpr const char* kNoFilter =
 
 }  // namespace
 
-std::string RestrictCalls(bool mayConnect) {
+std::string RestrictCalls(Confinement::Sockets sockets) {
   CallFilter filter;
   filter.Add(kAttacks, kEnd);
   filter.Add(kRefusals, kRefuse);
   filter.Add(kOpaque, kUnknown);
+  if (LandlockVersion() < kSeesCutting) filter.Add(kOpaqueOpening, kUnknown);
   filter.Add(kCases);
-  AddSockets(mayConnect, &filter);
+  AddSockets(sockets, &filter);
   const auto self = static_cast<std::uint64_t>(getpid());
   for (const int call :
        {SCMP_SYS(kill), SCMP_SYS(tgkill), SCMP_SYS(rt_sigqueueinfo), SCMP_SYS(rt_tgsigqueueinfo)}) {

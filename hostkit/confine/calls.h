@@ -3,11 +3,13 @@
 
 #include <string>
 
+#include "hostkit/confine/confine.h"
+
 namespace hostkit {
 
 /// Limits the calling thread, and those it starts, to the calls that confine.h tells. Needs
 /// PR_SET_NO_NEW_PRIVS. Returns what is missing in a line, empty when nothing is.
-std::string RestrictCalls(bool mayConnect);
+std::string RestrictCalls(Confinement::Sockets sockets);
 
 /// The same without doing it.
 std::string CallsSupport();

@@ -55,7 +55,7 @@ ConfineResult Confine(const Confinement& confinement) {
   Lower(RLIMIT_CPU, confinement.processorSeconds, 1);
   Lower(RLIMIT_FSIZE, confinement.fileSize);
   Lower(RLIMIT_NOFILE, confinement.files);
-  missing.calls = RestrictCalls(confinement.mayConnect);
+  missing.calls = RestrictCalls(confinement.sockets);
   return missing;
 }
 

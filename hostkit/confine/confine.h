@@ -18,10 +18,16 @@ struct Confinement {
   std::vector<std::string> writable;
   /// Only writing is limited.
   bool readsEverything = false;
-  /// Local sockets may be connected to, for an X server, and memory shared with it; never others.
-  /// Whoever listens on one decides what he does for this process, so it is for programs alone
-  /// that need it.
-  bool mayConnect = false;
+  /// What asking for a socket comes to.
+  enum class Sockets {
+    kEnd,     ///< The end of the process: whoever has no use for them does not ask.
+    kRefuse,  ///< EPERM, for libraries that do without.
+    /// Local ones may be connected to, for an X server, and memory shared with it; others are
+    /// refused. Whoever listens on one decides what he does for this process, so it is for
+    /// programs alone that need it.
+    kLocal,
+  };
+  Sockets sockets = Sockets::kEnd;
   /// Limits; 0: as they are. None is ever raised. Beyond the first the process gets SIGXCPU, and
   /// SIGKILL a second later; beyond the second SIGXFSZ, and files without a name (memfd_create)
   /// count as well. `files` is one more than the highest descriptor.
@@ -41,7 +47,7 @@ struct ConfineResult {
 /// thread: others would keep access to files. What the kernel lacks is no error; the rest is done.
 ///
 /// Afterwards there are no other programs, processes, namespaces or mounts, no looking into or
-/// signalling of other processes, no sockets but those of `mayConnect`, no change of permissions,
+/// signalling of other processes, no sockets but those of `sockets`, no change of permissions,
 /// owners or times of files, and no raising of limits. What nobody but an attacker asks for ends
 /// the process with SIGSYS, all else answers EPERM, and files answer EACCES. Memory, threads,
 /// signals to itself, and whatever open descriptors allow stay. So do questions for names, sizes

@@ -20,9 +20,9 @@ namespace fs = std::filesystem;
 
 /// The file in `folder` has no name yet. -1 where there are no such files, or where they could not
 /// be named later.
-int OpenNameless(const fs::path& folder) {
+int OpenNameless(const fs::path& folder, mode_t permissions) {
   if (access("/proc/self/fd", X_OK) != 0) return -1;
-  return open(folder.empty() ? "." : folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
+  return open(folder.empty() ? "." : folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, permissions);
 }
 
 std::string TempPath(const std::string& path, AtomicFile::TempName name) {
@@ -62,18 +62,21 @@ bool AtomicFile::Open(const std::string& path, TempName tempName) {
   // Pipes and deleted files that are open already have paths in /proc, whose links lead nowhere.
   m_isDevice = exists && (!S_ISREG(target.st_mode) || target.st_nlink == 0);
   m_path = m_isDevice ? path : FollowLinks(path);
-  if (OpenTemporary() && (!exists || m_isDevice || KeepPermissions(target))) return true;
+  // Never more than the target's, which confined processes cannot take away again.
+  if (OpenTemporary(exists ? target.st_mode & 0777 : 0666) &&
+      (!exists || m_isDevice || KeepPermissions(target)))
+    return true;
   const int reason = errno;
   Discard();
   errno = reason;
   return false;
 }
 
-bool AtomicFile::OpenTemporary() {
-  int file =
-      m_isDevice ? memfd_create("gl3", MFD_CLOEXEC) : OpenNameless(fs::path(m_path).parent_path());
-  const auto create = [&file](const char* name) {
-    file = open(name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+bool AtomicFile::OpenTemporary(mode_t permissions) {
+  int file = m_isDevice ? memfd_create("gl3", MFD_CLOEXEC)
+                        : OpenNameless(fs::path(m_path).parent_path(), permissions);
+  const auto create = [&file, permissions](const char* name) {
+    file = open(name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, permissions);
     return file >= 0;
   };
   if (file < 0 && (m_isDevice || !TakeTempName(create))) return false;
@@ -97,11 +100,15 @@ bool AtomicFile::TakeTempName(const std::function<bool(const char*)>& take) {
 }
 
 bool AtomicFile::KeepPermissions(const struct stat& target) {
+  const int file = fileno(m_file);
+  struct stat own = {};
+  if (fstat(file, &own) != 0) return false;
   // Permissions first: a change of owner or group may be forbidden, or impossible in a container,
-  // and then the file becomes the writer's.
-  return fchmod(fileno(m_file), target.st_mode & 07777) == 0 &&
-         (fchown(fileno(m_file), target.st_uid, target.st_gid) == 0 || errno == EPERM ||
-          errno == EINVAL);
+  // and then the file becomes the writer's. In a confined process both are; mostly neither is due.
+  const bool samePermissions = ((own.st_mode ^ target.st_mode) & 07777) == 0;
+  if (!samePermissions && fchmod(file, target.st_mode & 07777) != 0 && errno != EPERM) return false;
+  if (own.st_uid == target.st_uid && own.st_gid == target.st_gid) return true;
+  return fchown(file, target.st_uid, target.st_gid) == 0 || errno == EPERM || errno == EINVAL;
 }
 
 void AtomicFile::Write(std::string_view text) {

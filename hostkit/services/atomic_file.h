@@ -14,7 +14,8 @@ namespace hostkit {
 /// then the target stays as it is, and without Commit nothing is left behind. The temporary file
 /// has no name of its own, and so goes with its process however that ends; where the file system
 /// knows only named files, a killed process leaves it. A symbolic link keeps pointing where it
-/// does: the file behind it is replaced. The target's permissions are kept. A target that is no
+/// does: the file behind it is replaced. The target's permissions are kept, as far as the umask
+/// leaves them where none may be changed. A target that is no
 /// regular file (a pipe, a terminal, /dev/null), or has no name in any folder, gets the finished
 /// bytes in Commit, and they are kept in memory until then.
 class AtomicFile {
@@ -42,7 +43,7 @@ class AtomicFile {
   bool Commit(Sync sync = Sync::kDisk);
 
  private:
-  bool OpenTemporary();
+  bool OpenTemporary(mode_t permissions);
   bool TakeTempName(const std::function<bool(const char*)>& take);
   bool KeepPermissions(const struct stat& target);
   bool PutInPlace(Sync sync);
