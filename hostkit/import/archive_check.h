@@ -1,0 +1,18 @@
+// Archives that models come in, looked at before the import library unpacks them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace hostkit {
+
+/// An archive is refused when its entries unpack to more than both of these together.
+constexpr std::uint64_t kMostUnpackedBytes = std::uint64_t{1} << 30;
+constexpr std::uint64_t kMostUnpackedTimes = 100;  ///< Times the archive's own size.
+
+/// What is wrong, with the remedy, of a file of `size` bytes that is a ZIP archive: that it unpacks
+/// to far more than it is, or that an entry's name leads out of it. "" when nothing is, or when it
+/// is none. Only the list of its entries is read.
+std::string ArchiveFault(int file, std::uint64_t size);
+
+}  // namespace hostkit
