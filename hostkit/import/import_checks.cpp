@@ -40,6 +40,15 @@ bool IsFaceGood(const aiFace& face, unsigned vertices) {
                      [vertices](unsigned index) { return index < vertices; });
 }
 
+/// Says again which kinds of faces there are: triangulating ends the process where polygons are
+/// promised and there are none.
+void TellKinds(aiMesh& mesh) {
+  mesh.mPrimitiveTypes &= aiPrimitiveType_NGONEncodingFlag;
+  for (unsigned f = 0; f < mesh.mNumFaces; ++f) {
+    mesh.mPrimitiveTypes |= AI_PRIMITIVE_TYPE_FOR_N_INDICES(mesh.mFaces[f].mNumIndices);
+  }
+}
+
 /// Takes the bad faces out of a mesh and returns their number. Faces own their indices, which
 /// change places here: the array keeps its length, and what is behind its new end is still freed
 /// with it.
@@ -73,7 +82,10 @@ std::size_t CheckSource(aiScene& source) {
     CloseGaps(source.mAnimations[i]->mChannels, source.mAnimations[i]->mNumChannels);
   }
   std::size_t dropped = 0;
-  for (unsigned i = 0; i < source.mNumMeshes; ++i) dropped += DropBadFaces(*source.mMeshes[i]);
+  for (unsigned i = 0; i < source.mNumMeshes; ++i) {
+    dropped += DropBadFaces(*source.mMeshes[i]);
+    TellKinds(*source.mMeshes[i]);
+  }
   return dropped;
 }
 

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <utility>
 
@@ -53,10 +54,18 @@ bool IsUnasked(const std::string& reference) {
 
 }  // namespace
 
-void ModelIo::Tell(std::string line) const {
-  if (std::find(m_faults.begin(), m_faults.end(), line) == m_faults.end()) {
-    m_faults.push_back(std::move(line));
-  }
+/// The library tries names that it does not get again in other shapes: below other folders, and
+/// with their ends cut off. They get no lines of their own.
+bool ModelIo::IsTold(const std::string& reference) const {
+  const std::string name = std::filesystem::path(reference).filename().string();
+  return std::any_of(m_told.begin(), m_told.end(),
+                     [&name](const std::string& told) { return told.starts_with(name); });
+}
+
+void ModelIo::Tell(const std::string& reference, std::string line) const {
+  if (IsTold(reference)) return;
+  m_told.push_back(std::filesystem::path(reference).filename().string());
+  m_faults.push_back(std::move(line));
 }
 
 OpenedFile ModelIo::Find(const std::string& path) const {
@@ -64,7 +73,7 @@ OpenedFile ModelIo::Find(const std::string& path) const {
   const std::string reference = m_files.ReferenceOf(path);
   OpenedFile opened = m_files.Open(reference);
   if (!opened.IsOpen() && opened.fault != FileFault::kMissing && !IsUnasked(reference)) {
-    Tell(m_files.FaultText(reference, opened.fault));
+    Tell(reference, m_files.FaultText(reference, opened.fault));
   }
   return opened;
 }
@@ -80,7 +89,7 @@ Assimp::IOStream* ModelIo::Open(const char* path, const char* mode) {
   if (!m_checked.contains(opened.id)) {
     const std::string fault = ArchiveFault(opened.file.Get(), opened.size);
     if (!fault.empty()) {
-      Tell(fmt::format("{}: in {}: {}", m_files.ModelPath(), NameForMessage(path), fault));
+      Tell(path, fmt::format("{}: in {}: {}", m_files.ModelPath(), NameForMessage(path), fault));
       return nullptr;
     }
     m_checked.insert(opened.id);

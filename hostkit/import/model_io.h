@@ -30,11 +30,13 @@ class ModelIo : public Assimp::IOSystem {
 
  private:
   OpenedFile Find(const std::string& path) const;
-  void Tell(std::string line) const;
+  bool IsTold(const std::string& reference) const;
+  void Tell(const std::string& reference, std::string line) const;
 
   const ModelFiles& m_files;
   std::vector<std::string>& m_faults;
-  std::set<FileId> m_checked;  ///< Files that are no archives, or good ones.
+  mutable std::vector<std::string> m_told;  ///< Names, without folders, that there are lines for.
+  std::set<FileId> m_checked;               ///< Files that are no archives, or good ones.
 };
 
 }  // namespace hostkit
