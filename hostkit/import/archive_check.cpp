@@ -7,11 +7,13 @@
 #include <fmt/format.h>
 #include <minizip/unzip.h>
 #include <unistd.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <memory>
+#include <vector>
 
 #include "hostkit/import/model_files.h"
 
@@ -65,7 +67,43 @@ bool LeadsOut(std::string name) {
   return name.starts_with('/') || hasDrive || ("/" + name + "/").find("/../") != std::string::npos;
 }
 
-std::string EntriesFault(unzFile archive, std::uint64_t size) {
+/// The archive's own size, and what it may unpack to whatever that is.
+struct Limits {
+  std::uint64_t size, mostBytes;
+
+  bool AreBroken(std::uint64_t unpacked) const {
+    return unpacked > mostBytes && unpacked / kMostUnpackedTimes > size;
+  }
+};
+
+bool IsGzip(int file) {
+  unsigned char magic[2] = {};
+  return pread(file, magic, sizeof magic, 0) == 2 && magic[0] == 0x1f && magic[1] == 0x8b;
+}
+
+/// Unpacks a gzip stream, keeping nothing, for as long as it is not too much. What it says of its
+/// own length need not be so.
+bool IsGzipTooMuch(Input input, const Limits& limits) {
+  z_stream stream = {};
+  if (inflateInit2(&stream, 16 + MAX_WBITS) != Z_OK) return false;  // 16: gzip's header
+  std::vector<unsigned char> packed(1 << 16), plain(1 << 18);
+  std::uint64_t unpacked = 0;
+  int state = Z_OK;
+  while (state == Z_OK && !limits.AreBroken(unpacked)) {
+    if (stream.avail_in == 0) {
+      stream.next_in = packed.data();
+      stream.avail_in = static_cast<uInt>(ReadInput(nullptr, &input, packed.data(), packed.size()));
+    }
+    stream.next_out = plain.data();
+    stream.avail_out = static_cast<uInt>(plain.size());
+    state = inflate(&stream, Z_NO_FLUSH);  // Z_BUF_ERROR at the end of a cut file
+    unpacked += plain.size() - stream.avail_out;
+  }
+  inflateEnd(&stream);
+  return limits.AreBroken(unpacked);
+}
+
+std::string EntriesFault(unzFile archive, const Limits& limits) {
   constexpr std::size_t kLongestName = 4096;  // bytes; what is longer is cut
   std::uint64_t unpacked = 0;
   for (int found = unzGoToFirstFile(archive); found == UNZ_OK; found = unzGoToNextFile(archive)) {
@@ -81,22 +119,26 @@ std::string EntriesFault(unzFile archive, std::uint64_t size) {
     }
     unpacked += std::min<std::uint64_t>(info.uncompressed_size, UINT64_MAX - unpacked);
   }
-  if (unpacked <= kMostUnpackedBytes || unpacked / kMostUnpackedTimes <= size) return {};
-  return fmt::format(
-      "it unpacks to {:.1f} GiB, over {} times its size; unpack it and name what is "
-      "in it",
-      static_cast<double>(unpacked) / (1 << 30), kMostUnpackedTimes);
+  if (!limits.AreBroken(unpacked)) return {};
+  return fmt::format("it unpacks to {:.1f} GiB, over {} times its size; pack smaller files",
+                     static_cast<double>(unpacked) / (1 << 30), kMostUnpackedTimes);
 }
 
 }  // namespace
 
-std::string ArchiveFault(int file, std::uint64_t size) {
+std::string ArchiveFault(int file, std::uint64_t size, std::uint64_t mostBytes) {
+  const Limits limits{size, mostBytes};
   Input input{file, size};
+  if (IsGzip(file) && IsGzipTooMuch(input, limits)) {
+    return fmt::format("it unpacks to over {} MiB and {} times its size; save it uncompressed",
+                       mostBytes >> 20, kMostUnpackedTimes);
+  }
+  // Archives are told by their ends, and may begin with anything.
   zlib_filefunc64_def functions = {OpenInput, ReadInput, WriteNothing, TellInput,
                                    SeekInput, NoError,   NoError,      &input};
   const std::unique_ptr<void, int (*)(unzFile)> archive(unzOpen2_64("archive", &functions),
                                                         unzClose);
-  return archive ? EntriesFault(archive.get(), size) : std::string();
+  return archive ? EntriesFault(archive.get(), limits) : std::string();
 }
 
 }  // namespace hostkit

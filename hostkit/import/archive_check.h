@@ -10,9 +10,11 @@ namespace hostkit {
 constexpr std::uint64_t kMostUnpackedBytes = std::uint64_t{1} << 30;
 constexpr std::uint64_t kMostUnpackedTimes = 100;  ///< Times the archive's own size.
 
-/// What is wrong, with the remedy, of a file of `size` bytes that is a ZIP archive: that it unpacks
-/// to far more than it is, or that an entry's name leads out of it. "" when nothing is, or when it
-/// is none. Only the list of its entries is read.
-std::string ArchiveFault(int file, std::uint64_t size);
+/// What is wrong, with the remedy, of a file of `size` bytes that is a ZIP archive or a gzip
+/// stream: that it unpacks to far more than it is, or that an entry's name leads out of it. "" when
+/// nothing is, or when it is neither. Of archives only the list of entries is read; streams are
+/// unpacked.
+std::string ArchiveFault(int file, std::uint64_t size,
+                         std::uint64_t mostBytes = kMostUnpackedBytes);
 
 }  // namespace hostkit

@@ -59,8 +59,10 @@ std::size_t DropBadFaces(aiMesh& mesh) {
   unsigned kept = 0;
   for (unsigned f = 0; f < faces; ++f) {
     if (!IsFaceGood(mesh.mFaces[f], vertices)) continue;
-    std::swap(mesh.mFaces[kept].mNumIndices, mesh.mFaces[f].mNumIndices);
-    std::swap(mesh.mFaces[kept].mIndices, mesh.mFaces[f].mIndices);
+    if (kept < f) {
+      std::swap(mesh.mFaces[kept].mNumIndices, mesh.mFaces[f].mNumIndices);
+      std::swap(mesh.mFaces[kept].mIndices, mesh.mFaces[f].mIndices);
+    }
     ++kept;
   }
   const std::size_t dropped = mesh.mNumFaces - kept;

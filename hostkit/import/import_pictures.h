@@ -42,8 +42,9 @@ constexpr std::uint64_t kLargestPictureFile = std::uint64_t{1} << 30;  ///< Byte
 class PictureStore {
  public:
   /// Neither is owned, and both must outlive the store.
-  PictureStore(const ImportContext& context, const ModelFiles& files)
-      : m_context(context), m_files(files) {}
+  PictureStore(const ImportContext& context, const ModelFiles& files,
+               std::uint64_t mostBytes = kMostPictureBytes)
+      : m_context(context), m_files(files), m_bytesLeft(mostBytes) {}
 
   /// Index into Scene::images of the picture that a material calls `reference`; -1 with a warning
   /// in the scene when it cannot be had, or would be too much.
@@ -61,7 +62,7 @@ class PictureStore {
 
   const ImportContext& m_context;
   const ModelFiles& m_files;
-  std::uint64_t m_bytesLeft = kMostPictureBytes;
+  std::uint64_t m_bytesLeft;
   std::map<std::pair<std::string, PictureUse>, int> m_indices;
   std::map<Key, int> m_loaded;
 };

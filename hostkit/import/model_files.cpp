@@ -35,10 +35,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Folders beside a model's that exporters put pictures into.
-constexpr const char* kNeighbourNames[] = {"textures", "texture",   "tex",         "images",
-                                           "image",    "img",       "maps",        "map",
-                                           "material", "materials", "sourceimages"};
+/// Folders beside a model's that exporters put pictures into, and LightWave the objects of scenes.
+constexpr const char* kNeighbourNames[] = {"textures", "texture",   "tex",          "images",
+                                           "image",    "img",       "maps",         "map",
+                                           "material", "materials", "sourceimages", "objects"};
 
 /// File systems whose files are the kernel's.
 constexpr long kKernelFileSystems[] = {PROC_SUPER_MAGIC,   SYSFS_MAGIC,      DEBUGFS_MAGIC,

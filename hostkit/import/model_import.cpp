@@ -120,10 +120,11 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
     source = importer.ApplyPostProcessing(kSteps);
   }
   if (source) return source;
-  // A file that it names and does not get is likely to be why.
-  *error = !warnings->empty() ? warnings->back()
-                              : fmt::format("{}: cannot be read ({}); export the model again", path,
-                                            OneLine(importer.GetErrorString()));
+  // A file that it names and does not get is likely to be why, and tells the remedy.
+  const std::string reason = OneLine(importer.GetErrorString());
+  *error = warnings->empty()
+               ? fmt::format("{}: cannot be read ({}); export the model again", path, reason)
+               : fmt::format("{} ({})", warnings->back(), reason);
   return nullptr;
 }
 

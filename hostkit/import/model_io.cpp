@@ -18,6 +18,7 @@
 namespace hostkit {
 namespace {
 
+namespace fs = std::filesystem;
 using FilePtr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 /// An open file for reading.
@@ -52,27 +53,40 @@ bool IsUnasked(const std::string& reference) {
   return reference.find("../../../scripts") != std::string::npos;
 }
 
+std::string WithoutUps(const std::string& reference) {
+  std::string path;
+  for (const fs::path& part : fs::path(reference)) {
+    if (part != ".." && part != "." && !part.empty()) path += "/" + part.string();
+  }
+  return path;
+}
+
+std::string LastPart(const std::string& path) {
+  return fs::path(path).filename().string();
+}
+
 }  // namespace
 
-/// The library tries names that it does not get again in other shapes: below other folders, and
-/// with their ends cut off. They get no lines of their own.
+/// The library tries a name that it does not get again in other shapes: below other folders, with
+/// fewer "..", and with its end cut off. They get no lines of their own.
 bool ModelIo::IsTold(const std::string& reference) const {
-  const std::string name = std::filesystem::path(reference).filename().string();
-  return std::any_of(m_told.begin(), m_told.end(),
-                     [&name](const std::string& told) { return told.starts_with(name); });
+  const std::string shape = WithoutUps(reference), name = LastPart(shape);
+  return std::any_of(m_told.begin(), m_told.end(), [&](const std::string& told) {
+    return told.starts_with(shape) || LastPart(told).starts_with(name);
+  });
 }
 
 void ModelIo::Tell(const std::string& reference, std::string line) const {
   if (IsTold(reference)) return;
-  m_told.push_back(std::filesystem::path(reference).filename().string());
-  m_faults.push_back(std::move(line));
+  m_told.push_back(WithoutUps(reference));
+  if (!IsUnasked(reference)) m_faults.push_back(std::move(line));
 }
 
 OpenedFile ModelIo::Find(const std::string& path) const {
   if (path == m_files.ModelPath()) return m_files.OpenModel();
   const std::string reference = m_files.ReferenceOf(path);
   OpenedFile opened = m_files.Open(reference);
-  if (!opened.IsOpen() && opened.fault != FileFault::kMissing && !IsUnasked(reference)) {
+  if (!opened.IsOpen() && opened.fault != FileFault::kMissing) {
     Tell(reference, m_files.FaultText(reference, opened.fault));
   }
   return opened;
@@ -86,7 +100,8 @@ Assimp::IOStream* ModelIo::Open(const char* path, const char* mode) {
   if (std::strpbrk(mode, "wa+")) return nullptr;
   OpenedFile opened = Find(path);
   if (!opened.IsOpen()) return nullptr;
-  if (!m_checked.contains(opened.id)) {
+  // The model itself was checked before the library heard of it.
+  if (path != m_files.ModelPath() && !m_checked.contains(opened.id)) {
     const std::string fault = ArchiveFault(opened.file.Get(), opened.size);
     if (!fault.empty()) {
       Tell(path, fmt::format("{}: in {}: {}", m_files.ModelPath(), NameForMessage(path), fault));

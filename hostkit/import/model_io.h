@@ -35,7 +35,7 @@ class ModelIo : public Assimp::IOSystem {
 
   const ModelFiles& m_files;
   std::vector<std::string>& m_faults;
-  mutable std::vector<std::string> m_told;  ///< Names, without folders, that there are lines for.
+  mutable std::vector<std::string> m_told;  ///< Names without "..", that no more is said of.
   std::set<FileId> m_checked;               ///< Files that are no archives, or good ones.
 };
 

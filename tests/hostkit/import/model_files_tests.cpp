@@ -1,5 +1,10 @@
 // What a model may name, and what becomes of names, indices and sizes that are not as they should
 // be.
+#include <assimp/light.h>
+#include <assimp/material.h>
+#include <assimp/mesh.h>
+#include <assimp/scene.h>
+#include <assimp/texture.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -8,6 +13,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -15,7 +21,10 @@
 #include <utility>
 #include <vector>
 
+#include "hostkit/import/archive_check.h"
 #include "hostkit/import/beneath.h"
+#include "hostkit/import/import_checks.h"
+#include "hostkit/import/import_context.h"
 #include "hostkit/import/import_pictures.h"
 #include "hostkit/import/model_files.h"
 #include "tests/hostkit/import/import_fixture.h"
@@ -167,10 +176,12 @@ TEST_F(ModelFolder, BuffersComeFromBelowItAlone) {
   Write("secret.bin", vertices);
   Write("work/sub/good.bin", vertices);
   EXPECT_EQ(Read(Write("work/m.gltf", GltfWithBuffer("sub/good.bin"))).TriangleCount(), 1u);
-  for (const std::string name : {"../secret.bin", "out.png"}) {
+  for (const std::string name : {"../secret.bin", "out.png", "../images/passwd"}) {
     const std::string path = Write("work/m.gltf", GltfWithBuffer(name));
-    EXPECT_EQ(Refusal(path), path + ": it names " + name +
-                                 ", which lies outside its folder; put it beside the model");
+    const std::string refusal = Refusal(path);
+    EXPECT_TRUE(refusal.starts_with(path + ": it names " + name +
+                                    ", which lies outside its folder; put it beside the model ("))
+        << refusal;
   }
   Refusal(Write("work/m.gltf", GltfWithBuffer("/etc/passwd")));
   const std::string piped = Refusal(Write("work/m.gltf", GltfWithBuffer("pipe.png")));
@@ -252,6 +263,47 @@ TEST_F(Import, PicturesBeyondTheirNumberAreNotTried) {
   EXPECT_NE(scene.warnings.back().find("more than 4096 pictures"), std::string::npos);
 }
 
+TEST_F(Import, PicturesBeyondTheirSizeAreLeftOut) {
+  aiScene source;
+  Scene scene;
+  hostkit::ImportContext context;
+  context.source = &source;
+  context.path = m_folder.Path("m.obj");
+  context.scene = &scene;
+  const ModelFiles files(context.path, FileReach::kFolder);
+  hostkit::PictureStore store(context, files, 35);  // 16 each
+  Write("a.png", FourColorsPng());
+  Write("b.png", FourColorsPng());
+  const hostkit::PictureUse plain, opaque{hostkit::AlphaUse::kIgnore, 0, true};
+  EXPECT_EQ(store.IndexOf("a.png", plain), 0);
+  EXPECT_EQ(store.IndexOf("./a.png", opaque), 1);
+  EXPECT_EQ(store.IndexOf("A.PNG", plain), 0);
+  EXPECT_TRUE(scene.warnings.empty());
+  EXPECT_EQ(store.IndexOf("b.png", plain), -1);
+  ASSERT_EQ(scene.warnings.size(), 1u);
+  EXPECT_NE(scene.warnings[0].find("do not fit beside"), std::string::npos) << scene.warnings[0];
+}
+
+TEST(SourceChecks, NothingIsMissingAfterwards) {
+  aiScene source;
+  source.mMeshes = new aiMesh* [source.mNumMeshes = 2] {};
+  source.mMeshes[1] = new aiMesh;
+  source.mMeshes[1]->mNumVertices = 3;  // without any positions
+  source.mMeshes[1]->mFaces = new aiFace[source.mMeshes[1]->mNumFaces = 2];
+  source.mMaterials = new aiMaterial* [source.mNumMaterials = 1] {};
+  source.mTextures = new aiTexture* [source.mNumTextures = 1] {};
+  source.mLights = new aiLight* [source.mNumLights = 3] {};
+  source.mLights[1] = new aiLight;
+  source.mNumCameras = 7;
+  EXPECT_EQ(hostkit::CheckSource(source), 2u);
+  EXPECT_EQ(source.mMeshes[0]->mNumVertices + source.mMeshes[1]->mNumVertices, 0u);
+  EXPECT_NE(source.mMaterials[0], nullptr);
+  EXPECT_EQ(source.GetEmbeddedTexture("*0")->mWidth, 0u);
+  EXPECT_EQ(source.mNumLights, 1u);
+  EXPECT_NE(source.mLights[0], nullptr);
+  EXPECT_EQ(source.mNumCameras, 0u);
+}
+
 /// Of ZIP files: numbers, low byte first.
 std::string Bytes(std::uint64_t value, int count) {
   std::string bytes;
@@ -277,9 +329,24 @@ TEST_F(Import, ArchivesThatUnpackToFarTooMuchAreRefused) {
     const std::string refusal = Refusal(Write(file, Zip(entry, unpacked)));
     EXPECT_NE(refusal.find(reason), std::string::npos) << refusal;
   }
+  const std::string hidden = Refusal(Write("e.3mf", "\x1f\x8b" + Zip("a", 0xc0000000)));
+  EXPECT_NE(hidden.find("it unpacks to 3.0 GiB"), std::string::npos) << hidden;
   // Not large enough to be told.
   const std::string modest = Refusal(Write("d.3mf", Zip("3D/3dmodel.model", 0x40000000)));
   EXPECT_EQ(modest.find("unpacks"), std::string::npos) << modest;
+}
+
+TEST_F(Import, GzipStreamsAreUnpackedAsFarAsTheyMay) {
+  const std::string path = m_folder.Path("a.blend");
+  ASSERT_EQ(std::system(("head -c 3M /dev/zero | gzip >" + path).c_str()), 0);
+  const hostkit::FileDescriptor file(open(path.c_str(), O_RDONLY));
+  const std::uint64_t size = fs::file_size(path), mebibyte = 1 << 20;
+  EXPECT_EQ(hostkit::ArchiveFault(file.Get(), size, 3 * mebibyte), "");
+  EXPECT_NE(hostkit::ArchiveFault(file.Get(), size, mebibyte).find("over 1 MiB and 100 times"),
+            std::string::npos);
+  EXPECT_EQ(hostkit::ArchiveFault(file.Get(), 4 * mebibyte, mebibyte), "") << "not 100 times";
+  ASSERT_EQ(truncate(path.c_str(), 1000), 0);
+  EXPECT_EQ(hostkit::ArchiveFault(file.Get(), 1000, 3 * mebibyte), "") << "cut, and no more";
 }
 
 }  // namespace
