@@ -203,13 +203,14 @@ std::string NameForMessage(const std::string& name) {
 ModelFiles::ModelFiles(const std::string& modelPath, FileReach reach)
     : m_modelPath(modelPath),
       m_reach(reach),
-      m_folder(open(FolderOf(modelPath).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {}
+      m_folder(open(FolderOf(modelPath).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)),
+      m_folderParts(Split(fs::absolute(FolderOf(modelPath)).lexically_normal().string())) {}
 
 OpenedFile ModelFiles::OpenModel() const {
   return Regular(FileDescriptor(open(m_modelPath.c_str(), kReading)));
 }
 
-ModelFiles::Reference ModelFiles::TakeApart(const std::string& reference) {
+ModelFiles::Reference ModelFiles::TakeApart(const std::string& reference) const {
   Reference taken;
   std::string plain = WithSlashes(reference);
   if (strncasecmp(plain.c_str(), "file://", 7) == 0) plain.erase(0, 7);
@@ -230,6 +231,12 @@ ModelFiles::Reference ModelFiles::TakeApart(const std::string& reference) {
       taken.parts.pop_back();
     }
   }
+  // Of a path on this machine the part below the model's folder counts.
+  const auto begin = taken.parts.begin();
+  if (taken.isAbsolute && taken.parts.size() > m_folderParts.size() &&
+      std::equal(m_folderParts.begin(), m_folderParts.end(), begin)) {
+    taken.parts.erase(begin, begin + static_cast<std::ptrdiff_t>(m_folderParts.size()));
+  }
   taken.isHidden = std::any_of(taken.parts.begin(), taken.parts.end(),
                                [](const std::string& part) { return part[0] == '.'; });
   return taken;
@@ -249,8 +256,9 @@ OpenedFile ModelFiles::OpenInPlace(const Reference& reference) const {
     return reference.isHidden ? Refused(FileFault::kHidden) : OpenBelow(m_folder.Get(), parts);
   }
   const bool mayLeave = m_reach == FileReach::kNeighbours && reference.up == 1;
-  if (!mayLeave || reference.isHidden || !IsNeighbour(parts[0]))
+  if (!mayLeave || reference.isHidden || !IsNeighbour(parts[0])) {
     return Refused(FileFault::kOutside);
+  }
   const FileDescriptor parent(openat(m_folder.Get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
   OpenedFile opened;
   for (const std::string& name : Spellings(parts[0])) {

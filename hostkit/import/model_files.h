@@ -71,13 +71,14 @@ class ModelFiles {
  private:
   struct Reference;
 
-  static Reference TakeApart(const std::string& reference);
+  Reference TakeApart(const std::string& reference) const;
   OpenedFile OpenAsWritten(const std::string& reference) const;
   OpenedFile OpenInPlace(const Reference& reference) const;
 
   std::string m_modelPath;
   FileReach m_reach;
   FileDescriptor m_folder;
+  std::vector<std::string> m_folderParts;  ///< Of its absolute path.
 };
 
 }  // namespace hostkit

@@ -21,6 +21,8 @@ namespace {
 namespace fs = std::filesystem;
 using FilePtr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
+constexpr std::size_t kMostTold = 100;  // lines are compared with all before them
+
 /// An open file for reading.
 class ModelStream : public Assimp::IOStream {
  public:
@@ -77,7 +79,7 @@ bool ModelIo::IsTold(const std::string& reference) const {
 }
 
 void ModelIo::Tell(const std::string& reference, std::string line) const {
-  if (IsTold(reference)) return;
+  if (m_told.size() == kMostTold || IsTold(reference)) return;
   m_told.push_back(WithoutUps(reference));
   if (!IsUnasked(reference)) m_faults.push_back(std::move(line));
 }

@@ -14,7 +14,7 @@ namespace hostkit {
 class ModelIo : public Assimp::IOSystem {
  public:
   /// Neither is owned, and both must outlive the object. `faults` gets one line, once, for each
-  /// file that a model names and does not get, other than those that are not there.
+  /// file that a model names and does not get, other than those that are not there; 100 at most.
   ModelIo(const ModelFiles& files, std::vector<std::string>& faults)
       : m_files(files), m_faults(faults) {}
 
