@@ -69,7 +69,10 @@ std::string Content(const hostkit::OpenedFile& opened) {
 
 TEST_F(ModelFolder, NamesReachWhatLiesBelowIt) {
   const ModelFiles files(m_model, FileReach::kNeighbours);
-  const std::pair<const char*, const char*> cases[] = {{"sub/Inner.PNG", "inner"},
+  const std::string inner = m_folder.Path("work/sub/Inner.PNG");
+  const std::pair<std::string, const char*> cases[] = {{inner, "inner"},
+                                                       {"file://" + inner, "inner"},
+                                                       {"sub/Inner.PNG", "inner"},
                                                        {"./SUB\\..\\sub//inner.png", "inner"},
                                                        {"within/INNER.png", "inner"},
                                                        {"a%20b.png", "spaced"},
