@@ -16,6 +16,7 @@
 #include <utility>
 #include <vector>
 
+#include "hostkit/confine/confine.h"
 #include "hostkit/import/model_import.h"
 #include "hostkit/isolated/import_protocol.h"
 #include "hostkit/scene/scene_bytes.h"
@@ -44,12 +45,34 @@ void BelongTo(pid_t parent) {
   if (getppid() != parent) _exit(1);  // it has ended in the meantime
 }
 
-std::unique_ptr<hostkit::Scene> ImportAll(const std::vector<std::string>& models) {
+/// Gives up all but the models, what lies where they may name files, and the two descriptors.
+void ConfineTo(const std::vector<std::string>& models, bool mustBe,
+               const hostkit::ImportOptions& options) {
+  hostkit::Confinement confinement;
+  confinement.closeOthers = true;
+  confinement.keep = {hostkit::kProgressDescriptor, hostkit::kMemoryDescriptor};
+  for (const std::string& model : models) {
+    confinement.readable.push_back(model);
+    for (std::string& folder : hostkit::ReadableFolders(model, options)) {
+      confinement.readable.push_back(std::move(folder));
+    }
+  }
+  const hostkit::ConfineResult lacks = hostkit::Confine(confinement);
+  const std::string& lack = lacks.files.empty() ? lacks.calls : lacks.files;
+  if (mustBe && !lack.empty()) {
+    Leave(hostkit::kIsNotConfined,
+          models.front() + ": it is to be imported confined, and " + lack +
+              "; use a newer kernel, or leave that wish out for files that you trust");
+  }
+}
+
+std::unique_ptr<hostkit::Scene> ImportAll(const std::vector<std::string>& models,
+                                          const hostkit::ImportOptions& options) {
   std::unique_ptr<hostkit::Scene> scene;
   for (const std::string& model : models) {
     Tell(hostkit::kModelBegins);
     std::string error;
-    std::unique_ptr<hostkit::Scene> next = hostkit::ImportModel(model, &error);
+    std::unique_ptr<hostkit::Scene> next = hostkit::ImportModel(model, &error, options);
     if (!next) Leave(hostkit::kImportFailed, error);
     if (scene) {
       hostkit::AppendScene(*scene, std::move(*next));
@@ -81,7 +104,11 @@ int main(int argc, char** argv) {
   }
   BelongTo(static_cast<pid_t>(std::strtol(argv[1], nullptr, 10)));
   const std::vector<std::string> models(argv + hostkit::kFirstModelArgument, argv + argc);
-  const std::unique_ptr<hostkit::Scene> scene = ImportAll(models);
+  const bool isConfined = std::strcmp(argv[2], hostkit::kConfinedWord) == 0;
+  hostkit::ImportOptions options;
+  if (isConfined) options.reach = hostkit::FileReach::kFolder;
+  ConfineTo(models, isConfined, options);
+  const std::unique_ptr<hostkit::Scene> scene = ImportAll(models, options);
   if (!HandOver(*scene)) {
     Leave(hostkit::kImportFailed, models.front() + ": no memory for its scene (" +
                                       std::strerror(errno) +

@@ -276,10 +276,10 @@ float DisplayFromLinear(float linear) {
   return EncodeSrgb(Unit(linear));
 }
 
-std::vector<MaterialTraits> ImportMaterials(const ImportContext& context) {
+std::vector<MaterialTraits> ImportMaterials(const ImportContext& context, const ModelFiles& files) {
   const aiScene& source = *context.source;
   std::vector<MaterialTraits> traits(source.mNumMaterials);
-  PictureStore pictures(context);
+  PictureStore pictures(context, files);
   context.scene->materials.reserve(source.mNumMaterials);
   for (unsigned i = 0; i < source.mNumMaterials; ++i) {
     context.scene->materials.push_back(

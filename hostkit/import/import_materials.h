@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "hostkit/import/import_context.h"
+#include "hostkit/import/model_files.h"
 #include "hostkit/scene/scene.h"
 
 namespace hostkit {
@@ -20,8 +21,9 @@ struct MaterialTraits {
   bool isStandIn = false;
 };
 
-/// Fills Scene::materials and Scene::images; the result has one entry a material of the source.
-std::vector<MaterialTraits> ImportMaterials(const ImportContext& context);
+/// Fills Scene::materials and Scene::images, those out of `files`; the result has one entry a
+/// material of the source.
+std::vector<MaterialTraits> ImportMaterials(const ImportContext& context, const ModelFiles& files);
 
 /// A light grey for meshes of files that have no materials.
 SceneMaterial StandInMaterial();

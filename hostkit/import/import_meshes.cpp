@@ -60,7 +60,7 @@ std::vector<bool> TakeOutBadPositions(std::vector<V3f>& positions) {
 }
 
 /// Sorts the source's faces into triangles, lines and points. Those that name a vertex which is
-/// not there or not usable are left out; returns their number.
+/// not usable are left out; returns their number.
 std::size_t CopyFaces(const aiMesh& source, const std::vector<bool>& bad, SceneMesh& mesh) {
   if (source.mPrimitiveTypes & aiPrimitiveType_TRIANGLE) {
     mesh.triangles.reserve(std::size_t{source.mNumFaces} * 3);
@@ -191,8 +191,8 @@ std::vector<int> ImportMeshes(const ImportContext& context,
   }
   if (dropped > 0) {
     context.Warn(
-        fmt::format("{}: {} faces left out, since they use vertices that are missing or "
-                    "not finite; repair the model where it was made",
+        fmt::format("{}: {} faces left out, since they use vertices that are not finite; repair "
+                    "the model where it was made",
                     context.path, dropped));
   }
   return indices;

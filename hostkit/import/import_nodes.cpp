@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "host/Lights.h"
+#include "hostkit/import/model_files.h"
 #include "hostkit/scene/directions.h"
 #include "hostkit/scene/scene.h"
 
@@ -187,7 +188,7 @@ std::vector<const aiNode*> ImportInstances(const ImportContext& context,
       context.Warn(
           fmt::format("{}: node {} left out with all below it, since its placement is not "
                       "finite; repair the model where it was made",
-                      context.path, node->mName.C_Str()));
+                      context.path, NameForMessage(node->mName.C_Str())));
       continue;
     }
     for (unsigned i = 0; i < node->mNumMeshes; ++i) {

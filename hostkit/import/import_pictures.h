@@ -2,12 +2,18 @@
 #pragma once
 
 #include <compare>
+#include <cstddef>
+#include <cstdint>
 #include <map>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "hostkit/import/import_context.h"
+#include "hostkit/import/model_files.h"
 #include "hostkit/services/bitmap_ptr.h"
+
+struct aiTexture;
 
 namespace hostkit {
 
@@ -27,26 +33,38 @@ struct PictureUse {
   auto operator<=>(const PictureUse&) const = default;
 };
 
-/// The file that a model means by `reference`, or "" when there is none. Tried in turn: the path
-/// as it stands, relative to the model's folder, without regard to case, and its last part alone
-/// in the model's folder and in "textures" beside the model. Backslashes separate folders too.
-std::string FindPictureFile(const std::string& modelPath, const std::string& reference);
+/// What the pictures of one model may come to. Each use of a picture counts as one.
+constexpr std::uint64_t kMostPictureBytes = std::uint64_t{2} << 30;    ///< Decoded, all together.
+constexpr std::size_t kMostPictures = 4096;                            ///< Tried, broken ones too.
+constexpr std::uint64_t kLargestPictureFile = std::uint64_t{1} << 30;  ///< Bytes of one file.
 
-/// Loads each picture once for each use of it.
+/// Loads each picture once for each use of it, under however many names.
 class PictureStore {
  public:
-  /// `context` is not owned and must outlive the store.
-  explicit PictureStore(const ImportContext& context) : m_context(context) {}
+  /// Neither is owned, and both must outlive the store.
+  PictureStore(const ImportContext& context, const ModelFiles& files,
+               std::uint64_t mostBytes = kMostPictureBytes)
+      : m_context(context), m_files(files), m_bytesLeft(mostBytes) {}
 
   /// Index into Scene::images of the picture that a material calls `reference`; -1 with a warning
-  /// in the scene when it cannot be had.
+  /// in the scene when it cannot be had, or would be too much.
   int IndexOf(const std::string& reference, const PictureUse& use);
 
  private:
-  BitmapPtr Load(const std::string& reference, std::string* error) const;
+  /// A picture in the model, or null and a file; and what is made of it.
+  using Key = std::tuple<const aiTexture*, FileId, PictureUse>;
+
+  int Add(const std::string& reference, const PictureUse& use);
+  BitmapPtr LoadFile(const OpenedFile& file, const std::string& name, std::string* error) const;
+  BitmapPtr LoadEmbedded(const aiTexture& texture, const std::string& name,
+                         std::string* error) const;
+  std::string NotFoundText(const std::string& reference, FileFault fault) const;
 
   const ImportContext& m_context;
+  const ModelFiles& m_files;
+  std::uint64_t m_bytesLeft;
   std::map<std::pair<std::string, PictureUse>, int> m_indices;
+  std::map<Key, int> m_loaded;
 };
 
 }  // namespace hostkit

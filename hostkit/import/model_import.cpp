@@ -16,11 +16,15 @@
 #include <utility>
 #include <vector>
 
+#include "hostkit/import/archive_check.h"
 #include "hostkit/import/import_animations.h"
+#include "hostkit/import/import_checks.h"
 #include "hostkit/import/import_context.h"
 #include "hostkit/import/import_materials.h"
 #include "hostkit/import/import_meshes.h"
 #include "hostkit/import/import_nodes.h"
+#include "hostkit/import/model_files.h"
+#include "hostkit/import/model_io.h"
 
 namespace hostkit {
 namespace {
@@ -41,7 +45,9 @@ bool CheckFile(const std::string& path, std::string* error) {
     *error = fmt::format("{}: no such file; check its name and folder", path);
   } else if (fs::is_directory(status)) {
     *error = fmt::format("{}: is a folder; name a model file in it", path);
-  } else if (fs::is_regular_file(status) && fs::file_size(path, code) == 0) {
+  } else if (!fs::is_regular_file(status)) {
+    *error = fmt::format("{}: is not a regular file; save the model to one", path);
+  } else if (fs::file_size(path, code) == 0) {
     *error = fmt::format("{}: is empty; export the model again", path);
   }
   return error->empty();
@@ -54,6 +60,15 @@ std::string OneLine(std::string text) {
   }
   while (!text.empty() && (text.back() == ' ' || text.back() == '.')) text.pop_back();
   return text.empty() ? "the import library gives no reason" : text;
+}
+
+std::string DroppedText(const std::string& path, std::size_t count) {
+  return count == 1
+             ? fmt::format("{}: 1 face names vertices that its mesh does not have; it is left out",
+                           path)
+             : fmt::format(
+                   "{}: {} faces name vertices that their meshes do not have; they are left out",
+                   path, count);
 }
 
 SourceFormat FormatOf(const Assimp::Importer& importer) {
@@ -71,7 +86,20 @@ SourceFormat FormatOf(const Assimp::Importer& importer) {
   return SourceFormat::kOther;
 }
 
-const aiScene* ReadSource(Assimp::Importer& importer, const std::string& path, std::string* error) {
+/// Whether the library may see the file's bytes: some formats are archives.
+bool CheckArchive(const ModelFiles& files, std::string* error) {
+  const OpenedFile model = files.OpenModel();
+  const std::string fault =
+      model.IsOpen() ? ArchiveFault(model.file.Get(), model.size) : std::string();
+  if (!fault.empty()) *error = fmt::format("{}: {}", files.ModelPath(), fault);
+  return fault.empty();
+}
+
+/// Reads the file, checks what was read, and then takes the steps. `*warnings` gets a line for each
+/// thing that is not as the file says.
+const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
+                          std::vector<std::string>* warnings, std::string* error) {
+  const std::string& path = files.ModelPath();
   const std::string suffix = fs::path(path).extension().string();
   if (!importer.IsExtensionSupported(suffix)) {
     *error = fmt::format(
@@ -80,25 +108,35 @@ const aiScene* ReadSource(Assimp::Importer& importer, const std::string& path, s
         path, suffix);
     return nullptr;
   }
-  const aiScene* source = importer.ReadFile(path, kSteps);
-  if (!source) {
-    *error = fmt::format("{}: cannot be read ({}); export the model again", path,
-                         OneLine(importer.GetErrorString()));
-    return nullptr;
+  if (!CheckArchive(files, error)) return nullptr;
+  importer.SetIOHandler(new ModelIo(files, *warnings));  // the importer's from here on
+  const aiScene* source = importer.ReadFile(path, 0);
+  if (source) {
+    // The importer owns it, and hands it out for reading only; nothing else refers to it yet.
+    const std::size_t dropped = CheckSource(const_cast<aiScene&>(*source));
+    if (dropped > 0) warnings->push_back(DroppedText(path, dropped));
+    source = importer.ApplyPostProcessing(kSteps);
   }
-  return source;
+  if (source) return source;
+  // A file that it names and does not get is likely to be why, and tells the remedy.
+  const std::string reason = OneLine(importer.GetErrorString());
+  *error = warnings->empty()
+               ? fmt::format("{}: cannot be read ({}); export the model again", path, reason)
+               : fmt::format("{} ({})", warnings->back(), reason);
+  return nullptr;
 }
 
-std::unique_ptr<Scene> Import(const std::string& path, std::string* error) {
-  Assimp::Importer importer;
+std::unique_ptr<Scene> Import(const std::string& path, FileReach reach, std::string* error) {
+  const ModelFiles files(path, reach);
   auto scene = std::make_unique<Scene>();
+  Assimp::Importer importer;
   ImportContext context;
-  context.source = ReadSource(importer, path, error);
+  context.source = ReadSource(importer, files, &scene->warnings, error);
   if (!context.source) return nullptr;
   context.path = path;
   context.format = FormatOf(importer);
   context.scene = scene.get();
-  const std::vector<MaterialTraits> traits = ImportMaterials(context);
+  const std::vector<MaterialTraits> traits = ImportMaterials(context, files);
   const std::vector<const aiNode*> nodes = ImportInstances(context, ImportMeshes(context, traits));
   if (scene->instances.empty()) {
     // A warning that says why is worth more than the plain fact.
@@ -114,10 +152,11 @@ std::unique_ptr<Scene> Import(const std::string& path, std::string* error) {
 
 }  // namespace
 
-std::unique_ptr<Scene> ImportModel(const std::string& path, std::string* error) {
+std::unique_ptr<Scene> ImportModel(const std::string& path, std::string* error,
+                                   const ImportOptions& options) {
   error->clear();
   try {
-    return CheckFile(path, error) ? Import(path, error) : nullptr;
+    return CheckFile(path, error) ? Import(path, options.reach, error) : nullptr;
   } catch (const std::bad_alloc&) {
     *error = fmt::format("{}: not enough memory for it; use a smaller model", path);
   } catch (const std::exception& problem) {

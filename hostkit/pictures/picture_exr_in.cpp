@@ -65,12 +65,12 @@ bool IsDisplayReferred(const Imf::Header& header) {
 }
 
 /// Whether a picture of this size is taken on; else why not.
-bool IsSizeGood(const Imath::Box2i& window, std::string* reason) {
+bool IsSizeGood(const Imath::Box2i& window, std::uint64_t mostBytes, std::string* reason) {
   const long long width = static_cast<long long>(window.max.x) - window.min.x + 1;
   const long long height = static_cast<long long>(window.max.y) - window.min.y + 1;
-  if (width >= 1 && height >= 1 && !IsTooLarge(width, height)) return true;
-  *reason = TooLargeText(width, height);
-  return false;
+  if (width < 1 || height < 1) *reason = "the picture has no pixels; write it anew";
+  if (reason->empty()) *reason = SizeRefusal(width, height, mostBytes);
+  return reason->empty();
 }
 
 /// One pixel, premultiplied, as straight bytes. Tells whether a colour was above 1.
@@ -89,10 +89,14 @@ bool ToStraight(const Imf::Rgba& pixel, const ByteTable& table, unsigned char* t
   return clipped;
 }
 
-BitmapPtr ReadPixels(MemoryStream& stream, PictureFacts* facts, std::string* reason) {
+BitmapPtr ReadPixels(MemoryStream& stream, PictureFacts* facts, std::uint64_t mostBytes,
+                     std::string* reason) {
   Imf::RgbaInputFile file(stream);
   const Imath::Box2i display = file.displayWindow(), data = file.dataWindow();
-  if (!IsSizeGood(display, reason) || !IsSizeGood(data, reason)) return nullptr;
+  // The window of the data is read row after row.
+  if (!IsSizeGood(display, mostBytes, reason) || !IsSizeGood(data, UINT64_MAX, reason)) {
+    return nullptr;
+  }
   if (!(file.channels() & (Imf::WRITE_RGB | Imf::WRITE_YC))) {
     *reason = "it has neither colours (R, G, B) nor luminance (Y); choose another layer or part";
     return nullptr;
@@ -140,7 +144,7 @@ bool IsExr(const unsigned char* bytes, std::size_t size) {
 }
 
 BitmapPtr LoadExr(const unsigned char* bytes, std::size_t size, PictureFacts* facts,
-                  std::string* reason) {
+                  std::uint64_t mostBytes, std::string* reason) {
   if (!AreExrHeadersWhole({reinterpret_cast<const char*>(bytes), size})) {
     *reason = "the picture's header is broken; write it anew";
     return nullptr;
@@ -148,7 +152,7 @@ BitmapPtr LoadExr(const unsigned char* bytes, std::size_t size, PictureFacts* fa
   LimitExrSizes();
   MemoryStream stream(bytes, size);
   try {
-    return ReadPixels(stream, facts, reason);
+    return ReadPixels(stream, facts, mostBytes, reason);
   } catch (const std::exception& exception) {
     std::string why = exception.what();
     for (char& c : why) {

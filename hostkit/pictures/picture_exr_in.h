@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "hostkit/pictures/picture_in.h"
@@ -20,8 +21,9 @@ void LimitExrSizes();
 /// what lies outside the data window is transparent, or black where the file has no alpha. Files of
 /// gl3 hold display-referred values; those of others scene-linear ones, which are encoded as sRGB.
 /// Files with luminance alone, with or without chroma, are read too. On failure returns null with
-/// the reason and the remedy, without the name, in `*reason`.
+/// the reason and the remedy, without the name, in `*reason`; so for those of more than `mostBytes`
+/// once decoded.
 BitmapPtr LoadExr(const unsigned char* bytes, std::size_t size, PictureFacts* facts,
-                  std::string* reason);
+                  std::uint64_t mostBytes, std::string* reason);
 
 }  // namespace hostkit

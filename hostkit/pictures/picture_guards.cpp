@@ -134,13 +134,16 @@ bool IsExrValueSound(std::string_view type, std::string_view value) {
 
 }  // namespace
 
-bool IsTooLarge(long long width, long long height) {
-  return width > kLargestSide || height > kLargestSide || width * height > kMostPixels;
-}
-
-std::string TooLargeText(long long width, long long height) {
-  return fmt::format("{} x {} pixels are too many (at most {} a side and {} in all); scale it down",
-                     width, height, kLargestSide, kMostPixels);
+std::string SizeRefusal(long long width, long long height, std::uint64_t mostBytes) {
+  if (width > kLargestSide || height > kLargestSide || width * height > kMostPixels) {
+    return fmt::format(
+        "{} x {} pixels are too many (at most {} a side and {} in all); scale it down", width,
+        height, kLargestSide, kMostPixels);
+  }
+  if (static_cast<std::uint64_t>(width * height) <= mostBytes / 4) return {};
+  return fmt::format(
+      "{} x {} pixels do not fit beside the other pictures; use fewer or smaller ones", width,
+      height);
 }
 
 std::string NoMemoryText(int width, int height) {

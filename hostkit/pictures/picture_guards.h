@@ -2,6 +2,7 @@
 // looked for before they decode.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -10,9 +11,9 @@ namespace hostkit {
 /// Pixels a side of the largest pictures that are read, of every kind.
 constexpr int kLargestSide = 32768;
 
-/// Whether a picture of this size is not read, and why, with the remedy.
-bool IsTooLarge(long long width, long long height);
-std::string TooLargeText(long long width, long long height);
+/// Why a picture of this size is not read, with the remedy; "" where it is. `mostBytes` is the room
+/// that its user has for it, at four bytes a pixel.
+std::string SizeRefusal(long long width, long long height, std::uint64_t mostBytes);
 /// Why there is no bitmap of this size, with the remedy.
 std::string NoMemoryText(int width, int height);
 

@@ -113,7 +113,8 @@ BitmapPtr LoadPicture(const std::string& path, std::string* error, PictureFacts*
 }
 
 BitmapPtr LoadPictureFromMemory(const unsigned char* bytes, std::size_t size,
-                                const std::string& name, std::string* error, PictureFacts* facts) {
+                                const std::string& name, std::string* error, PictureFacts* facts,
+                                std::uint64_t mostBytes) {
   PictureFacts unused;
   if (!facts) facts = &unused;
   *facts = {};
@@ -123,7 +124,7 @@ BitmapPtr LoadPictureFromMemory(const unsigned char* bytes, std::size_t size,
   }
   if (IsExr(bytes, size)) {
     std::string reason;
-    BitmapPtr bitmap = LoadExr(bytes, size, facts, &reason);
+    BitmapPtr bitmap = LoadExr(bytes, size, facts, mostBytes, &reason);
     return bitmap ? std::move(bitmap) : Fail(error, fmt::format("{}: {}", name, reason));
   }
   const std::string_view file(reinterpret_cast<const char*>(bytes), size);
@@ -135,9 +136,8 @@ BitmapPtr LoadPictureFromMemory(const unsigned char* bytes, std::size_t size,
   if (!stbi_info_from_memory(bytes, length, &width, &height, &channels)) {
     return Fail(error, fmt::format("{}: not an {} picture; convert it to one", name, kFormats));
   }
-  if (IsTooLarge(width, height)) {
-    return Fail(error, fmt::format("{}: {}", name, TooLargeText(width, height)));
-  }
+  const std::string refusal = SizeRefusal(width, height, mostBytes);
+  if (!refusal.empty()) return Fail(error, fmt::format("{}: {}", name, refusal));
   if (!AreHdrRowsWhole(file, width, height)) {
     return Fail(error, fmt::format("{}: the picture ends early; write it anew", name));
   }

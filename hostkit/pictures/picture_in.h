@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "hostkit/services/bitmap_ptr.h"
@@ -19,10 +20,12 @@ struct PictureFacts {
 /// reason and the remedy.
 BitmapPtr LoadPicture(const std::string& path, std::string* error, PictureFacts* facts = nullptr);
 
-/// The same from a file in memory; `name` is for messages.
+/// The same from a file in memory; `name` is for messages. Pictures of more than `mostBytes` once
+/// decoded, at four bytes a pixel, are refused before they are.
 BitmapPtr LoadPictureFromMemory(const unsigned char* bytes, std::size_t size,
                                 const std::string& name, std::string* error,
-                                PictureFacts* facts = nullptr);
+                                PictureFacts* facts = nullptr,
+                                std::uint64_t mostBytes = UINT64_MAX);
 
 /// A bitmap of `width` x `height` pixels from tightly packed red, green, blue, alpha bytes, top row
 /// first. Null without pixels or memory.

@@ -35,7 +35,7 @@ apps/work/common      apps/base apps/options hostkit/pictures hostkit/services h
 apps/work/settings    apps/base apps/options apps/work/common hostkit/services
 apps/work/info        apps/base apps/options apps/work/common hostkit/effects hostkit/confine hostkit/services host platform
 apps/work/filter      apps/base apps/options apps/work/common hostkit/effects hostkit/pictures hostkit/services host platform
-apps/gl3-import       hostkit/import hostkit/isolated hostkit/scene hostkit/services host platform
+apps/gl3-import       hostkit/confine hostkit/import hostkit/isolated hostkit/scene hostkit/services host platform
 apps/work/render      apps/base apps/options apps/work/common hostkit/effects hostkit/frame hostkit/feed hostkit/isolated hostkit/scene hostkit/pictures hostkit/services host platform
 apps/work             apps/base apps/options apps/work/common apps/work/settings apps/work/info apps/work/filter apps/work/render
 apps/gl3              apps/base apps/options apps/work

@@ -62,7 +62,8 @@ TEST_F(PicturesIn, JpegTablesMustHaveRoom) {
   EXPECT_NE(m_error.find("tables"), std::string::npos) << m_error;
 }
 
-TEST_F(PicturesIn, ExrHeadersMustBeWhole) {
+/// 3 x 2 pixels.
+std::string SmallExr() {
   Imf::StdOSStream stream;
   {
     Imf::RgbaOutputFile file(stream, Imf::Header(3, 2), Imf::WRITE_RGBA);
@@ -70,7 +71,11 @@ TEST_F(PicturesIn, ExrHeadersMustBeWhole) {
     file.setFrameBuffer(row, 1, 0);
     file.writePixels(2);
   }
-  const std::string whole = stream.str();
+  return stream.str();
+}
+
+TEST_F(PicturesIn, ExrHeadersMustBeWhole) {
+  const std::string whole = SmallExr();
   ASSERT_EQ(Load(whole), 3) << m_error;
   for (std::size_t cut = 4; cut < whole.size(); ++cut) EXPECT_EQ(Load(whole.substr(0, cut)), 0);
 
@@ -86,6 +91,21 @@ TEST_F(PicturesIn, ExrHeadersMustBeWhole) {
   EXPECT_NE(m_error.find("header"), std::string::npos) << m_error;
   EXPECT_EQ(Load(changed("chlist", 0x40, 1)), 0);
   EXPECT_NE(m_error.find("header"), std::string::npos) << m_error;
+}
+
+TEST_F(PicturesIn, PicturesBeyondTheRoomForThemAreNotDecoded) {
+  const std::string bmp =
+      std::string("BM\0\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\3\0\0\0\2\0\0\0\1\0\x18\0", 30) +
+      std::string(48, '\0');
+  for (const std::string& file : {SmallExr(), bmp}) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(file.data());
+    const auto load = [&](std::uint64_t most) {
+      return hostkit::LoadPictureFromMemory(bytes, file.size(), "a", &m_error, nullptr, most);
+    };
+    EXPECT_NE(load(24), nullptr) << m_error;
+    EXPECT_EQ(load(23), nullptr);
+    EXPECT_NE(m_error.find("3 x 2 pixels do not fit"), std::string::npos) << m_error;
+  }
 }
 
 TEST_F(PicturesIn, MessagesDoNotQuoteTheFile) {
