@@ -42,7 +42,7 @@ class SizeDialog : public QDialog {
     m_recipe = new QComboBox(this);
     for (const auto& [text, name] : kRecipes) m_recipe->addItem(text, name);
     m_recipe->setCurrentIndex(std::max(m_recipe->findData(choice.recipe), 0));
-    form->addRow("The file &tells", m_recipe);
+    form->addRow("The &file tells", m_recipe);
     auto* const buttons =
         new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel, this);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
