@@ -22,6 +22,7 @@
 
 #include "apps/base/child_process.h"
 #include "apps/base/file_checks.h"
+#include "apps/base/memory_limit.h"
 #include "apps/base/text.h"
 
 namespace gl3 {
@@ -352,9 +353,7 @@ int Supervisor::Conclude() {
 }  // namespace
 
 std::uint64_t Limits::DefaultMaxMemory() {
-  const long pages = sysconf(_SC_PHYS_PAGES), pageSize = sysconf(_SC_PAGESIZE);
-  if (pages <= 0 || pageSize <= 0) return 0;
-  return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize) / 4 * 3;
+  return UsableMemory() / 4 * 3;
 }
 
 void ParentLine::Send(char kind, const std::string& text) {

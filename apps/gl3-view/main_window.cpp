@@ -259,9 +259,11 @@ bool MainWindow::Save(const QString& file, std::string* error) {
 void MainWindow::AskForPicture() {
   const gl3::RenderOptions seen = m_viewport->Options();
   SaveChoice choice{{}, seen.width, seen.height, false};
+  choice.recipe = QSettings().value("recipe", choice.recipe).toString();
   const QString suggestion = QFileInfo(m_files.value(0)).completeBaseName() + ".png";
   std::string error;
   if (!AskWhatToSave(this, suggestion, &choice)) return;
+  QSettings().setValue("recipe", choice.recipe);
   const QStringList arguments = PictureArguments(*m_viewport, m_panel->Arguments(), choice);
   if (!SavePicture(*m_viewport, m_files, arguments, choice.file, &error)) return Complain(error);
   statusBar()->showMessage("Saved " + choice.file, kMessageTime);

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "apps/base/text.h"
+#include "apps/base/command_words.h"
 #include "apps/options/option_parser.h"
 
 namespace view {
@@ -41,18 +41,21 @@ QStringList CameraArguments(const gl3::RenderOptions& options) {
   return arguments;
 }
 
-QString RenderCommand(const QStringList& models, const QString& output,
-                      const QStringList& arguments) {
-  QString command = "gl3 render";
+std::vector<std::string> RenderWords(const QStringList& models, const QString& output,
+                                     const QStringList& arguments) {
   // A file is not to be taken for an option.
   const auto asFile = [](const QString& file) { return file.startsWith('-') ? "./" + file : file; };
-  QStringList words;
+  QStringList words = {"gl3", "render"};
   for (const QString& model : models) words << asFile(model);
   words << "-o" << asFile(output) << arguments;
-  for (const QString& word : words) {
-    command += ' ' + QString::fromStdString(gl3::ShellQuote(word.toStdString()));
-  }
-  return command;
+  std::vector<std::string> texts;
+  for (const QString& word : words) texts.push_back(word.toStdString());
+  return texts;
+}
+
+QString RenderCommand(const QStringList& models, const QString& output,
+                      const QStringList& arguments) {
+  return QString::fromStdString(gl3::JoinCommand(RenderWords(models, output, arguments)));
 }
 
 }  // namespace view

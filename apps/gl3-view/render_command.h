@@ -4,6 +4,7 @@
 
 #include <QStringList>
 #include <string>
+#include <vector>
 
 #include "apps/options/render_options.h"
 
@@ -17,7 +18,10 @@ bool ReadChoices(const QStringList& arguments, gl3::RenderOptions* options, std:
 /// read back exactly.
 QStringList CameraArguments(const gl3::RenderOptions& options);
 
-/// The command line for a shell.
+/// The words of the command line.
+std::vector<std::string> RenderWords(const QStringList& models, const QString& output,
+                                     const QStringList& arguments);
+/// The same for a shell.
 QString RenderCommand(const QStringList& models, const QString& output,
                       const QStringList& arguments);
 

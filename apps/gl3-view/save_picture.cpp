@@ -3,11 +3,13 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QFormLayout>
 #include <QSpinBox>
+#include <algorithm>
 
 #include "apps/gl3-view/render_command.h"
 #include "apps/work/common/check_output.h"
@@ -20,7 +22,14 @@ namespace {
 
 constexpr int kMostPixelsASide = 16384;
 
-/// Size and background; file names are asked for by the file dialog.
+/// What a saved file tells, and that choice as --recipe has it.
+constexpr struct {
+  const char *text, *name;
+} kRecipes[] = {{"how it was made, without folders", SaveChoice::kNamesAlone},
+                {"how it was made, with all paths", "full"},
+                {"nothing", "none"}};
+
+/// Size, background and recipe; file names are asked for by the file dialog.
 class SizeDialog : public QDialog {
  public:
   SizeDialog(const SaveChoice& choice, QWidget* parent) : QDialog(parent) {
@@ -30,6 +39,10 @@ class SizeDialog : public QDialog {
     m_height = AddSide(form, "&Height", choice.height);
     m_transparent = new QCheckBox("&Transparent background", this);
     form->addRow(m_transparent);
+    m_recipe = new QComboBox(this);
+    for (const auto& [text, name] : kRecipes) m_recipe->addItem(text, name);
+    m_recipe->setCurrentIndex(std::max(m_recipe->findData(choice.recipe), 0));
+    form->addRow("The &file tells", m_recipe);
     auto* const buttons =
         new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel, this);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
@@ -41,6 +54,7 @@ class SizeDialog : public QDialog {
     choice->width = m_width->value();
     choice->height = m_height->value();
     choice->transparent = m_transparent->isChecked();
+    choice->recipe = m_recipe->currentData().toString();
   }
 
  private:
@@ -55,6 +69,7 @@ class SizeDialog : public QDialog {
 
   QSpinBox *m_width, *m_height;
   QCheckBox* m_transparent;
+  QComboBox* m_recipe;
 };
 
 /// The pointer shows that the program is busy.
@@ -85,6 +100,7 @@ QStringList PictureArguments(const Viewport& viewport, const QStringList& drawin
     if (!choice.transparent || !argument.startsWith("--background=")) arguments << argument;
   }
   if (choice.transparent) arguments << "--no-background";
+  if (choice.recipe != SaveChoice::kNamesAlone) arguments << "--recipe=" + choice.recipe;
   arguments << QString("--size=%1x%2").arg(choice.width).arg(choice.height);
   return arguments + CameraArguments(viewport.Options());
 }
@@ -106,7 +122,10 @@ bool SavePicture(Viewport& viewport, const QStringList& models, const QStringLis
   }
   const WaitPointer wait;
   gl3::RecipeBase base;
-  base.command = RenderCommand(models, file, arguments).toStdString();
+  const gl3::OptionParser parser;
+  gl3::RenderOptions unused;
+  gl3::AddRenderOptions(parser, &unused);
+  base.command = gl3::RecipeCommand(parser, RenderWords(models, file, arguments), options.recipe);
   const hostkit::Picture picture = viewport.Render(options, &base.renderer, error);
   if (!picture.bitmap) return false;
   base.inputs = gl3::DescribeInputs(options.models);

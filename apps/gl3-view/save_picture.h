@@ -14,18 +14,22 @@ struct SaveChoice {
   QString file;
   int width = 0, height = 0;
   bool transparent = false;
+  QString recipe = kNamesAlone;  ///< What the file tells, as --recipe has it.
+
+  static constexpr const char* kNamesAlone = "names";
 };
 
-/// Asks for file, size and background. False when the user cancels.
+/// Asks for file, size, background and recipe. False when the user cancels.
 bool AskWhatToSave(QWidget* parent, const QString& suggestion, SaveChoice* choice);
 
-/// What is seen as arguments of `gl3 render`: the choices of how to draw, the camera, size and
-/// background of `choice`.
+/// What is seen as arguments of `gl3 render`: the choices of how to draw, the camera, and all of
+/// `choice` but the file.
 QStringList PictureArguments(const Viewport& viewport, const QStringList& drawing,
                              const SaveChoice& choice);
 
 /// Draws and writes the very picture that `gl3 render` makes of these models and arguments; the
-/// file tells that command. False with one line in `*error`, and then nothing was written.
+/// file tells that command, as --recipe among them asks. False with one line in `*error`, and then
+/// nothing was written.
 bool SavePicture(Viewport& viewport, const QStringList& models, const QStringList& arguments,
                  const QString& file, std::string* error);
 

@@ -20,8 +20,8 @@ Examples:
   gl3-view room.obj lamp.glb --device cpu
   gl3-view --settings
 
-Environment: GL3_MODULE_PATH, GL3_DEVICE, GL3_REGISTRY and NO_COLOR as for gl3; DISPLAY
-names the X server. Choices are kept in ~/.config/gl3/view.ini.
+Environment: GL3_MODULE_PATH, GL3_DEVICE, GL3_CONFINED, GL3_REGISTRY and NO_COLOR as for
+gl3; DISPLAY names the X server. Choices are kept in ~/.config/gl3/view.ini.
 
 Exit status: 0 done, 1 failed, 2 wrong usage, 4 no screen, no usable OpenGL or no module.)";
 
@@ -51,6 +51,7 @@ bool ReadCommandLine(int argc, char** argv, ViewOptions* options, int* status) {
                  "The renderer module's file (default: OpenGL3.so, looked for as\n"
                  "gl3 --help tells)",
                  &options->run.module);
+  gl3::AddConfinedOption(parser, &options->run);
   parser.AddFlag("--settings", "Show the renderer's settings alone", &options->settings);
   parser.AddFlag("-v,--verbose", "Tell each step",
                  [] { gl3::SetVerbosity(gl3::Verbosity::kVerbose); });

@@ -31,7 +31,9 @@ int RunFilter(const FilterOptions& options, const std::string& command) {
 VerbJob AddFilterVerb(const OptionParser& parser) {
   const auto options = std::make_shared<FilterOptions>();
   AddFilterOptions(parser, options.get());
-  return [options](const std::string& command) { return RunFilter(*options, command); };
+  return [options, parser](const std::vector<std::string>& words) {
+    return RunFilter(*options, RecipeCommand(parser, words, options->recipe));
+  };
 }
 
 }  // namespace gl3

@@ -1,6 +1,7 @@
 // `gl3 info`: options, and printing what the work finds.
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "apps/base/messages.h"
 #include "apps/gl3/verbs.h"
@@ -27,7 +28,7 @@ int RunInfo(const InfoOptions& options) {
 VerbJob AddInfoVerb(const OptionParser& parser) {
   const auto options = std::make_shared<InfoOptions>();
   AddInfoOptions(parser, options.get());
-  return [options](const std::string&) { return RunInfo(*options); };
+  return [options](const std::vector<std::string>&) { return RunInfo(*options); };
 }
 
 }  // namespace gl3

@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "apps/base/command_words.h"
 #include "apps/base/messages.h"
 #include "apps/base/text.h"
 #include "apps/gl3/verbs.h"
@@ -35,6 +34,7 @@ Environment (flags beat it):
   GL3_MODULE_PATH  folders to look for OpenGL3.so in, with colons between; else it
                    is looked for beside gl3, then in ../lib/gl3
   GL3_DEVICE       as --device
+  GL3_CONFINED     1 (all but empty and 0): as --confined, and no flag beats it
   GL3_PLATFORM     surfaceless, x11 or device: how OpenGL is reached
   GL3_REGISTRY     the settings file (default ~/.config/gl3/registry.ini)
   NO_COLOR         no colours in messages
@@ -80,9 +80,8 @@ int Main(int argc, char** argv) {
 
   std::vector<std::string> words = {"gl3"};
   for (int i = 1; i < argc; ++i) words.emplace_back(argv[i]);
-  const std::string command = JoinCommand(words);
   for (std::size_t i = 0; i < std::size(kVerbs); ++i) {
-    if (parser.IsChosen(kVerbs[i].name)) return jobs[i](command);
+    if (parser.IsChosen(kVerbs[i].name)) return jobs[i](words);
   }
   return FailUsage("no verb was given; gl3 --help lists them");
 }

@@ -1,6 +1,7 @@
 // `gl3 render`: options, checks that need no work, then the work in a supervised child.
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "apps/base/file_checks.h"
 #include "apps/base/messages.h"
@@ -57,9 +58,9 @@ int Fail(const Outcome& outcome) {
 }
 
 /// Reads the recipe that --like names, in a child since the file is foreign, and makes `*options`
-/// and `*command` of it.
+/// and `*words`, the command line, of it.
 int TakeRecipe(const OptionParser& given, const WorkTable& work, RenderOptions* options,
-               std::string* command) {
+               std::vector<std::string>* words) {
   ChildTold told;
   const int status = RunSupervised(
       options->run.limits, "",
@@ -68,21 +69,22 @@ int TakeRecipe(const OptionParser& given, const WorkTable& work, RenderOptions* 
       },
       &told);
   if (status != kDone) return status;
-  Outcome outcome = RepeatRecipe(given, *command, told.result, options, command);
+  Outcome outcome = RepeatRecipe(given, told.result, work.hashFile, options, words);
   return outcome.status == kDone ? kDone : Fail(outcome);
 }
 
-int RunRender(const OptionParser& given, RenderOptions options, std::string command) {
+int RunRender(const OptionParser& given, RenderOptions options, std::vector<std::string> words) {
   SetVerbosity(options.run.verbosity);
   Outcome outcome;
   const WorkTable* work = LoadWork(&outcome);
   if (!work) return Fail(outcome);
   if (!options.like.empty()) {
-    const int status = TakeRecipe(given, *work, &options, &command);
+    const int status = TakeRecipe(given, *work, &options, &words);
     if (status != kDone) return status;
   }
   outcome = CheckBeforeWork(options, *work);
   if (outcome.status != kDone) return Fail(outcome);
+  const std::string command = RecipeCommand(given, words, options.recipe);
   return RunSupervised(options.run.limits, options.output,
                        [&](ParentLine& line, std::string* result) {
                          return work->render(options, command, line, result);
@@ -94,8 +96,8 @@ int RunRender(const OptionParser& given, RenderOptions options, std::string comm
 VerbJob AddRenderVerb(const OptionParser& parser) {
   const auto options = std::make_shared<RenderOptions>();
   AddRenderOptions(parser, options.get());
-  return [options, parser](const std::string& command) {
-    return RunRender(parser, *options, command);
+  return [options, parser](const std::vector<std::string>& words) {
+    return RunRender(parser, *options, words);
   };
 }
 

@@ -12,6 +12,7 @@
 
 #include "apps/base/command_words.h"
 #include "apps/base/text.h"
+#include "apps/options/drawing_readers.h"
 
 namespace gl3 {
 namespace {
@@ -19,10 +20,11 @@ namespace {
 using Words = std::vector<std::string>;
 
 // What of a recipe is not repeated. --module would load code that a stranger's picture names; the
-// outputs would overwrite files; the rest has no say in the pixels.
+// outputs would overwrite files; --recipe is about whoever makes the picture; the rest has no say
+// in the pixels.
 constexpr const char* kNotRepeated[] = {
-    "--like",  "--help",    "--module",     "--output", "--depth", "--skip-existing",
-    "--chunk", "--timeout", "--max-memory", "--json",   "--quiet", "--verbose",
+    "--like",  "--help",    "--module",     "--output",   "--depth", "--recipe", "--skip-existing",
+    "--chunk", "--timeout", "--max-memory", "--confined", "--json",  "--quiet",  "--verbose",
 };
 
 bool IsRepeated(const std::string& name) {
@@ -66,17 +68,18 @@ class RecipeOptions {
   }
 
   bool IsGiven(const std::string& name) const { return m_given.count(name) > 0; }
-  /// Sets the option's one value, and keeps it.
-  void Replace(const std::string& name, const std::string& value) {
+  /// Sets the option's values, and keeps them.
+  void Replace(const std::string& name, const Words& values) {
     Drop(name);
-    m_words.push_back(name + "=" + value);
+    for (const std::string& value : values) m_words.push_back(name + "=" + value);
   }
   void Drop(const std::string& name) { m_kept.erase(name); }
 
   Words OptionWords() const;
-  Words Models() const {
-    const auto models = m_kept.find("");
-    return models == m_kept.end() ? Words() : models->second.GivenValues();
+  /// Those of the arguments without a name are the models.
+  Words Values(const std::string& name) const {
+    const auto option = m_kept.find(name);
+    return option == m_kept.end() ? Words() : option->second.GivenValues();
   }
 
  private:
@@ -137,12 +140,12 @@ void TakeOnePicture(const std::map<std::string, std::string>& entries, RecipeOpt
   const auto frame = entries.find("gl3:frame");
   if (kept->IsGiven("--turntable")) kept->Drop("--frames");
   if (frame != entries.end() && !kept->IsGiven("--frames") && !kept->IsGiven("--turntable")) {
-    kept->Replace("--frames", frame->second);
+    kept->Replace("--frames", {frame->second});
   }
   const auto camera = entries.find("gl3:camera-name");
   const bool isChosen =
       kept->IsGiven("--camera") || kept->IsGiven("--eye") || kept->IsGiven("--view");
-  if (camera != entries.end() && !isChosen) kept->Replace("--camera", camera->second);
+  if (camera != entries.end() && !isChosen) kept->Replace("--camera", {camera->second});
 }
 
 /// The command line's mode comes without what only the recipe's mode makes use of.
@@ -162,24 +165,46 @@ std::vector<std::string> InputsOf(const std::map<std::string, std::string>& entr
   }
 }
 
+Words FindModels(const Words& models, const std::vector<std::string>& inputs, RecipeFiles* files) {
+  Words found;
+  for (std::size_t i = 0; i < models.size(); ++i) {
+    const std::string input = i < inputs.size() ? inputs[i] : "";
+    found.push_back(files->Find(models[i], input.substr(input.rfind(' ') + 1), "MODEL"));
+  }
+  return found;
+}
+
+/// Their places on the picture stay.
+Words FindOverlays(const Words& overlays, RecipeFiles* files) {
+  Words found;
+  for (const std::string& text : overlays) {
+    OverlayOption overlay;
+    std::string error;
+    ReadOverlay(text, &overlay, &error);  // as before
+    found.push_back(files->Find(overlay.path, "", "--overlay") + text.substr(overlay.path.size()));
+  }
+  return found;
+}
+
 }  // namespace
 
-Outcome RepeatRecipe(const OptionParser& given, const std::string& command,
-                     const std::string& recipe, RenderOptions* options, std::string* repeated) {
+Outcome RepeatRecipe(const OptionParser& given, const std::string& recipe, FileHash hash,
+                     RenderOptions* options, std::vector<std::string>* words) {
   const std::string picture = options->like;
   const auto refuse = [&](const std::string& why) -> Outcome {
     return {kUnreadableInput, picture + ": " + why};
   };
   std::map<std::string, std::string> entries;
-  Words words, stored;
-  if (!ReadEntries(recipe, &entries) || !SplitCommand(entries["gl3:command"], &stored)) {
+  Words stored;
+  // EXR files tell their colour encoding whether they have a recipe or not.
+  if (!ReadEntries(recipe, &entries)) {
+    return refuse("it does not tell how it was made; give the options yourself");
+  }
+  if (!SplitCommand(entries["gl3:command"], &stored)) {
     return refuse("its recipe is damaged; give the options yourself");
   }
   if (stored.size() < 2 || stored[0] != "gl3" || stored[1] != "render") {
     return refuse("it was not made by gl3 render, which alone can be repeated; name another");
-  }
-  if (!SplitCommand(command, &words)) {
-    return {kWrongUsage, "--like: the command line is too long to go with it; name fewer models"};
   }
   const OptionParser storedParser, parser;
   RenderOptions storedOptions, wanted;
@@ -192,7 +217,12 @@ Outcome RepeatRecipe(const OptionParser& given, const std::string& command,
   RecipeOptions kept(storedParser, given);
   TakeOnePicture(entries, &kept);
   DropOfOtherModes(options->drawing.mode, &kept);
-  const Words all = Merge(words, kept.OptionWords(), kept.Models());
+  RecipeFiles files(picture, options->run.confined, hash);
+  const Words models = FindModels(kept.Values(""), InputsOf(entries), &files);
+  kept.Replace("--overlay", FindOverlays(kept.Values("--overlay"), &files));
+  const Outcome judged = files.Judge();
+  if (judged.status != kDone) return judged;
+  Words all = Merge(*words, kept.OptionWords(), models);
   if (!parser.Parse(all, &error)) {
     return refuse("its recipe does not go with the command line (" + error +
                   "); give the options yourself");
@@ -200,7 +230,8 @@ Outcome RepeatRecipe(const OptionParser& given, const std::string& command,
   wanted.like = picture;
   wanted.recipeInputs = InputsOf(entries);
   *options = std::move(wanted);
-  *repeated = "gl3 render " + JoinCommand(all);
+  *words = {"gl3", "render"};
+  words->insert(words->end(), all.begin(), all.end());
   return {};
 }
 

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "apps/base/messages.h"
 #include "apps/gl3/start_viewer.h"
@@ -59,7 +60,7 @@ VerbJob AddSettingsVerb(const OptionParser& parser) {
       .Exclude(words)
       .Exclude(json);
   parser.SetFooter(kSettingsFooter);
-  return [options](const std::string&) { return RunSettings(*options); };
+  return [options](const std::vector<std::string>&) { return RunSettings(*options); };
 }
 
 }  // namespace gl3

@@ -4,14 +4,15 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "apps/options/option_parser.h"
 
 namespace gl3 {
 
-/// The job that a parsed command line asks for; `command` is that line, quoted for a shell. Returns
-/// the exit status.
-using VerbJob = std::function<int(const std::string& command)>;
+/// The job that a parsed command line asks for; `words` are that line, program and verb first.
+/// Returns the exit status.
+using VerbJob = std::function<int(const std::vector<std::string>& words)>;
 
 struct Verb {
   const char* name;

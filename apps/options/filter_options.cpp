@@ -38,6 +38,7 @@ void AddFilterOptions(const OptionParser& parser, FilterOptions* options) {
                  "premultiplied alpha), .jpg or .jpeg; replaced when it exists.\n"
                  "A pattern or folder for several, see below",
                  &options->output);
+  AddRecipeOption(parser, &options->recipe);
   parser.Add("--quality", "N", "Of JPEG, 1 to 100 (default 92)",
              IntegerReader(1, 100, &options->jpegQuality));
   parser.AddFlag("--skip-existing",
@@ -50,6 +51,7 @@ void AddFilterOptions(const OptionParser& parser, FilterOptions* options) {
                  "then be left out",
                  &options->verify);
   AddRunOptions(parser, &options->run);
+  parser.Find("--confined").Describe("Fail where the kernel cannot confine (also: GL3_CONFINED=1)");
   parser.Add("--threads", "N",
              "Threads that write results, 1 to 256 (default: the setting\n"
              "\"OpenMP Threads\")",

@@ -7,6 +7,7 @@
 #include "apps/base/messages.h"
 #include "apps/options/effect_options.h"
 #include "apps/options/option_parser.h"
+#include "apps/options/recipe_option.h"
 #include "apps/options/run_options.h"
 
 namespace gl3 {
@@ -19,6 +20,7 @@ struct FilterOptions {
   bool skipExisting = false;  ///< Pictures whose output is there are left out.
   int threads = 0;            ///< Of merging; 0: as the settings say.
   int jpegQuality = 92;
+  RecipeKind recipe = RecipeKind::kNames;
   RunOptions run;
 };
 

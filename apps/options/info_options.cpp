@@ -48,8 +48,9 @@ void AddInfoOptions(const OptionParser& parser, InfoOptions* options) {
   parser.Find("--json").Describe("The report as JSON, with extensions and limits");
   parser.Find("--timeout").Describe("Give up on a device after this time; 0: never (60)");
   parser.Find("--device").Exclude(all);
-  // A process that only asks needs no such limit.
+  // A process that only asks needs no such limit, and reads no model.
   parser.Remove("--max-memory");
+  parser.Remove("--confined");
   parser.SetFooter(kInfoFooter);
 }
 

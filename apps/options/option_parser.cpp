@@ -2,6 +2,7 @@
 #include "apps/options/option_parser.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -65,6 +66,26 @@ std::string UsageMessage(const CLI::App& app, const CLI::ParseError& error) {
   const std::string nearest = NearestName(wrong.substr(0, wrong.find('=')), names);
   return wrong + ": no such option; " + (nearest.empty() ? "" : "did you mean " + nearest + "? ") +
          help + " lists the options";
+}
+
+/// The option that a word of a command line begins with. Of flags in one word, as in -qo, it is the
+/// last one.
+struct WordOption {
+  const CLI::Option* option = nullptr;  // null: there is none, and the word an argument
+  std::size_t valueAt = 0;              // in the word; its end when the value is not in it
+};
+
+WordOption OptionOf(const CLI::App& app, const std::string& word) {
+  if (word.compare(0, 2, "--") == 0) {
+    const std::size_t equals = std::min(word.find('='), word.size());
+    return {app.get_option_no_throw(word.substr(0, equals)), std::min(equals + 1, word.size())};
+  }
+  WordOption found;
+  for (std::size_t at = 1; word[0] == '-' && at < word.size(); ++at) {
+    found = {app.get_option_no_throw(std::string("-") + word[at]), at + 1};
+    if (!found.option || found.option->get_items_expected_max() > 0) break;
+  }
+  return found;
 }
 
 }  // namespace
@@ -251,6 +272,33 @@ std::map<std::string, Option> OptionParser::Given() const {
     if (option->count() > 0) given.insert_or_assign(NameOf(*option), Option(option));
   }
   return given;
+}
+
+Words OptionParser::MapValues(const Words& words, const ValueMap& map) const {
+  const std::size_t head = std::min<std::size_t>(words.size(), 2);
+  Words mapped(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(head));
+  const CLI::Option* waiting = nullptr;  // for its value
+  bool hasMark = false;                  // nothing but arguments follows
+  for (std::size_t i = head; i < words.size(); ++i) {
+    const std::string& word = words[i];
+    const WordOption found = hasMark ? WordOption() : OptionOf(*m_app, word);
+    if (waiting) {
+      mapped.push_back(map(NameOf(*waiting), word));
+      waiting = nullptr;
+    } else if (!hasMark && word == "--") {
+      hasMark = true;
+      mapped.push_back(word);
+    } else if (!found.option) {
+      mapped.push_back(map("", word));
+    } else if (found.valueAt < word.size()) {
+      mapped.push_back(word.substr(0, found.valueAt) +
+                       map(NameOf(*found.option), word.substr(found.valueAt)));
+    } else {
+      mapped.push_back(word);
+      if (found.option->get_items_expected_max() > 0) waiting = found.option;
+    }
+  }
+  return mapped;
 }
 
 }  // namespace gl3

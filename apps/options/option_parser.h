@@ -20,6 +20,9 @@ namespace gl3 {
 /// Reads one argument; on failure returns false and says why, with the remedy.
 using Reader = std::function<bool(const std::string& text, std::string* error)>;
 
+/// Makes another value of one; `option` is its Option::Name().
+using ValueMap = std::function<std::string(const std::string& option, const std::string& value)>;
+
 /// An option of a parser, as long as that lives.
 class Option {
  public:
@@ -103,6 +106,9 @@ class OptionParser {
   std::vector<std::string> PassedOn() const;
   /// The options that the parsed command line has, by Name().
   std::map<std::string, Option> Given() const;
+  /// A command line, whose first two words are program and verb, with all its values mapped.
+  std::vector<std::string> MapValues(const std::vector<std::string>& words,
+                                     const ValueMap& map) const;
 
  private:
   explicit OptionParser(std::shared_ptr<CLI::App> app) : m_app(std::move(app)) {}

@@ -38,7 +38,9 @@ with the frames, skins and shape keys excepted.
 --like repeats the options of the recipe in a picture, and what the command line
 says comes first. Of a picture out of a sequence that frame alone is drawn, unless
 --frames or --turntable asks for more. It repeats neither -o nor --module nor what
-is told and waited for.
+is told and waited for. Models and overlays that a recipe names without a folder are
+looked for beside the picture, then in the current folder. Files elsewhere that the
+recipe would have read are told, or refused with --confined.
 
 Examples:
   gl3 render chair.glb -o chair.png
@@ -117,6 +119,7 @@ void AddPictureOptions(const OptionParser& parser, RenderOptions* options) {
                  "Repeat the recipe in this picture; models and options that are\n"
                  "given as well come in place of the recipe's",
                  &options->like);
+  AddRecipeOption(parser, &options->recipe);
   parser.Add("-s,--size", "WxH", "Pixels, each side 1 to 32768 (default 1280x720)",
              [=](const std::string& t, std::string* e) { return ReadSize(t, options, e); });
   parser.Add("--antialias", "N", "Samples a pixel, N x N, 1 to 4 (default 2; 1 draws fastest)",

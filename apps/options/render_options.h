@@ -11,15 +11,17 @@
 #include "apps/options/drawing_options.h"
 #include "apps/options/effect_options.h"
 #include "apps/options/option_parser.h"
+#include "apps/options/recipe_option.h"
 #include "apps/options/run_options.h"
 #include "apps/options/sequence_options.h"
 
 namespace gl3 {
 
 struct RenderOptions {
-  std::vector<std::string> models;  ///< Files, merged into one scene in this order.
-  std::string output;               ///< With places for frame and camera: see OutputPattern.
-  std::string like;                 ///< A picture whose recipe is repeated; empty: none.
+  std::vector<std::string> models;         ///< Files, merged into one scene in this order.
+  std::string output;                      ///< With places for frame and camera: see OutputPattern.
+  std::string like;                        ///< A picture whose recipe is repeated; empty: none.
+  RecipeKind recipe = RecipeKind::kNames;  ///< Of the pictures that are written.
 
   int width = 1280, height = 720;
   int samplesPerSide = 2;

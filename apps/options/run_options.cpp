@@ -2,6 +2,8 @@
 #include "apps/options/run_options.h"
 
 #include <cstdint>
+#include <cstdlib>
+#include <string>
 
 #include "apps/base/text.h"
 #include "apps/options/option_readers.h"
@@ -44,7 +46,21 @@ bool ReadMemory(const std::string& text, Limits* limits, std::string* error) {
   return false;
 }
 
+bool IsSet(const char* variable) {
+  const char* const value = std::getenv(variable);
+  return value && *value && std::string(value) != "0";
+}
+
 }  // namespace
+
+void AddConfinedOption(const OptionParser& parser, RunOptions* options) {
+  options->confined = IsSet("GL3_CONFINED");
+  // Called only when it is on, so that --confined=false does not undo what the environment says.
+  parser.AddFlag("--confined",
+                 "Allow a model's own folder alone, and fail where the kernel cannot\n"
+                 "confine (also: GL3_CONFINED=1)",
+                 [=] { options->confined = true; });
+}
 
 void AddRunOptions(const OptionParser& parser, RunOptions* options) {
   parser.BeginGroup("Run");
@@ -63,8 +79,10 @@ void AddRunOptions(const OptionParser& parser, RunOptions* options) {
              [=](const std::string& t, std::string* e) { return ReadTimeout(t, limits, e); });
   parser.Add("--max-memory", "SIZE",
              "Give up beyond this, such as 500M or 4G; 0: no limit (default:\n"
-             "three quarters of the machine's memory)",
+             "three quarters of the memory of the machine, or of what its control\n"
+             "group may have when that is less)",
              [=](const std::string& t, std::string* e) { return ReadMemory(t, limits, e); });
+  AddConfinedOption(parser, options);
   parser.AddFlag("--json",
                  "Figures to standard output: times in milliseconds, size,\n"
                  "triangles, renderer, device, peak memory in bytes",

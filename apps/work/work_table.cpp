@@ -2,6 +2,7 @@
 #include "apps/work/work_table.h"
 
 #include "apps/work/common/check_output.h"
+#include "apps/work/common/file_hash.h"
 #include "apps/work/filter/filter_job.h"
 #include "apps/work/info/info_job.h"
 #include "apps/work/render/render_job.h"
@@ -9,4 +10,5 @@
 #include "apps/work/settings/settings_table.h"
 
 extern "C" const gl3::WorkTable kGl3Work = {gl3::CheckOutput, gl3::Render, gl3::Info,
-                                            gl3::Settings,    gl3::Filter, gl3::StoredRecipe};
+                                            gl3::Settings,    gl3::Filter, gl3::StoredRecipe,
+                                            gl3::HashFile};

@@ -22,6 +22,7 @@ struct WorkTable {
   Outcome (*settings)(const SettingsOptions& options, std::string* result);
   int (*filter)(const FilterJob& job);
   Outcome (*storedRecipe)(const std::string& path, ParentLine& line, std::string* result);
+  std::string (*hashFile)(const std::string& path);
 };
 
 }  // namespace gl3

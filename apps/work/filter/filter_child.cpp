@@ -41,6 +41,7 @@ class FilterRun {
   void FilterOne(std::size_t index, FilteredPicture* report);
   Outcome Read(FilteredPicture* report, hostkit::ByteImage* image);
   Outcome RunEffects(hostkit::ByteImage image, FilteredPicture* report, hostkit::Picture* picture);
+  hostkit::Recipe MakeRecipe(const std::string& input) const;
   Outcome Write(const hostkit::Picture& picture, FilteredPicture* report);
   Outcome Compare(const FilteredPicture& report) const;
   void Warn(const std::string& text, bool ofClipping = false);
@@ -128,17 +129,22 @@ Outcome FilterRun::RunEffects(hostkit::ByteImage image, FilteredPicture* report,
   return {};
 }
 
+hostkit::Recipe FilterRun::MakeRecipe(const std::string& input) const {
+  const RecipeKind kind = m_job.options.recipe;
+  if (kind == RecipeKind::kNone) return {};
+  return {{"gl3:command", m_job.command},
+          {"gl3:version", GL3_VERSION},
+          {"gl3:renderer", m_start.renderer},
+          {"gl3:input", RecipePath(input, kind) + " " + m_inputHash}};
+}
+
 Outcome FilterRun::Write(const hostkit::Picture& picture, FilteredPicture* report) {
   if (m_job.outputs.empty()) return {};
   m_line.Enter(Phase::kWrite, report->output);
   const Stopwatch watch;
-  const hostkit::Recipe recipe = {{"gl3:command", m_job.command},
-                                  {"gl3:version", GL3_VERSION},
-                                  {"gl3:renderer", m_start.renderer},
-                                  {"gl3:input", report->input + " " + m_inputHash}};
   std::string error;
-  if (!hostkit::WritePicture(report->output, picture, recipe, {m_job.options.jpegQuality},
-                             &error)) {
+  if (!hostkit::WritePicture(report->output, picture, MakeRecipe(report->input),
+                             {m_job.options.jpegQuality}, &error)) {
     return {kUnwritableOutput, error};
   }
   report->write = watch.Milliseconds();

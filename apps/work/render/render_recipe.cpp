@@ -19,6 +19,7 @@ std::vector<std::string> DescribeInputs(const std::vector<std::string>& models) 
 
 hostkit::Recipe MakeRecipe(const RecipeBase& base, const RenderOptions& options, const Shot& shot,
                            const std::string& camera) {
+  if (options.recipe == RecipeKind::kNone) return {};
   hostkit::Recipe recipe = {{"gl3:command", base.command},
                             {"gl3:version", GL3_VERSION},
                             {"gl3:renderer", base.renderer},
@@ -31,7 +32,7 @@ hostkit::Recipe MakeRecipe(const RecipeBase& base, const RenderOptions& options,
   for (std::size_t i = 0; i < base.inputs.size(); ++i) {
     // Names are unique, since EXR keeps one attribute a name: gl3:input, gl3:input2, ...
     const std::string number = i == 0 ? "" : std::to_string(i + 1);
-    recipe.emplace_back("gl3:input" + number, base.inputs[i]);
+    recipe.emplace_back("gl3:input" + number, RecipePath(base.inputs[i], options.recipe));
   }
   return recipe;
 }

@@ -13,15 +13,17 @@ namespace gl3 {
 /// What all pictures of a run have in their recipes: the command line, version, renderer, and each
 /// model's path with its hash. Files that a model refers to are not hashed.
 struct RecipeBase {
-  std::string command, renderer;
+  std::string command;  ///< As RecipeCommand has it.
+  std::string renderer;
   std::vector<std::string> inputs;  ///< Path, space, hash.
 };
 
 /// "PATH HASH" of each model.
 std::vector<std::string> DescribeInputs(const std::vector<std::string>& models);
 
-/// The recipe of a picture. `camera` is as DescribeCamera says. Pictures of a sequence have their
-/// frame and its time in seconds, those of a model's own camera its name.
+/// The recipe of a picture, of the kind that `options` ask for. `camera` is as DescribeCamera says.
+/// Pictures of a sequence have their frame and its time in seconds, those of a model's own camera
+/// its name.
 hostkit::Recipe MakeRecipe(const RecipeBase& base, const RenderOptions& options, const Shot& shot,
                            const std::string& camera);
 

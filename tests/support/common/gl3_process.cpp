@@ -53,7 +53,7 @@ void Nap() {
   const std::string program = setup.program.empty() ? GL3_BIN_DIR "/gl3" : setup.program;
   // What a developer has set is not what is tested, but for GL3_DEVICE, which may choose where all
   // tests draw.
-  for (const char* name : {"GL3_MODULE_PATH", "GL3_PLATFORM"}) unsetenv(name);
+  for (const char* name : {"GL3_CONFINED", "GL3_MODULE_PATH", "GL3_PLATFORM"}) unsetenv(name);
   setenv("GL3_REGISTRY", (logs / "registry.ini").c_str(), 1);
   for (const std::string& entry : setup.environment) {
     const std::size_t equals = entry.find('=');

@@ -1,0 +1,51 @@
+// What a written picture tells about how it was made.
+#include "apps/options/recipe_option.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+
+#include "apps/base/command_words.h"
+#include "apps/options/option_readers.h"
+
+namespace gl3 {
+namespace {
+
+constexpr Choice<RecipeKind> kKinds[] = {
+    {"full", RecipeKind::kFull}, {"names", RecipeKind::kNames}, {"none", RecipeKind::kNone}};
+
+/// Options of all verbs whose values are files. What --overlay has behind its file has no slash.
+constexpr const char* kOfFiles[] = {"--output", "--like", "--depth", "--module", "--overlay"};
+
+bool IsFile(const std::string& option) {
+  return option.empty() ||
+         std::find(std::begin(kOfFiles), std::end(kOfFiles), option) != std::end(kOfFiles);
+}
+
+}  // namespace
+
+void AddRecipeOption(const OptionParser& parser, RecipeKind* kind) {
+  parser.Add("--recipe", "WHAT",
+             "What pictures tell about how they were made: full, names (default:\n"
+             "files without their folders) or none",
+             ChoiceReader(kKinds, "a kind of recipe", kind));
+}
+
+std::string RecipePath(const std::string& path, RecipeKind kind) {
+  const std::size_t end = path.find_last_not_of('/');
+  if (kind == RecipeKind::kFull || end == std::string::npos) return path;
+  const std::string whole = path.substr(0, end + 1);
+  const std::string name = whole.substr(whole.rfind('/') + 1);
+  return name[0] == '-' ? "./" + name : name;
+}
+
+std::string RecipeCommand(const OptionParser& parser, const std::vector<std::string>& words,
+                          RecipeKind kind) {
+  if (kind == RecipeKind::kNone) return "";
+  return JoinCommand(
+      parser.MapValues(words, [=](const std::string& option, const std::string& value) {
+        return IsFile(option) ? RecipePath(value, kind) : value;
+      }));
+}
+
+}  // namespace gl3

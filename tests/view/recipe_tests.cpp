@@ -1,0 +1,50 @@
+// What saved pictures tell about how they were made.
+#include <QComboBox>
+#include <QDialog>
+#include <QFileDialog>
+#include <QImage>
+#include <QTest>
+#include <QTimer>
+
+#include "tests/view/view_fixture.h"
+
+namespace {
+
+/// Answers the dialogs of "Save picture" when they come: the file, and the entry of the choice of
+/// recipes, or -1 for the one that stands there.
+void Answer(QTimer* timer, const QString& file, int recipe) {
+  QObject::connect(timer, &QTimer::timeout, [=] {
+    auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    if (!dialog || !dialog->isVisible()) return;
+    if (auto* const files = qobject_cast<QFileDialog*>(dialog)) {
+      files->selectFile(file);
+    } else {
+      timer->stop();
+      if (recipe >= 0) dialog->findChild<QComboBox*>()->setCurrentIndex(recipe);
+    }
+    dialog->accept();
+  });
+  timer->start(10);
+}
+
+}  // namespace
+
+TEST_F(ViewTest, ASavedPictureTellsWhatWasChosenLast) {
+  Open(Path("cube.obj"));
+  const struct {
+    int chosen;
+    bool tells, tellsFolders;
+  } cases[] = {
+      {-1, true, false}, {1, true, true}, {-1, true, true}, {2, false, false}, {-1, false, false}};
+  int number = 0;
+  for (const auto& [chosen, tells, tellsFolders] : cases) {
+    const QString file = Path(QString("saved%1.png").arg(++number));
+    QTimer timer;
+    Answer(&timer, file, chosen);
+    Action("&Save picture…")->trigger();
+    const QString command = QImage(file).text("gl3:command");
+    EXPECT_EQ(command.contains("cube.obj"), tells) << command.toStdString();
+    EXPECT_EQ(command.contains(Path("cube.obj")), tellsFolders) << command.toStdString();
+    EXPECT_EQ(command.contains(Path("")), tellsFolders);
+  }
+}
