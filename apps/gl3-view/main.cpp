@@ -81,7 +81,7 @@ int Run(int argc, char** argv, const ViewOptions& options) {
     return outcome.status;
   }
   if (options.settings) return ShowSettings(*session);
-  MainWindow window(std::move(session), device);
+  MainWindow window(std::move(session), device, options.run.confined);
   window.show();
   window.Open(options.models);
   return QApplication::exec();

@@ -67,9 +67,11 @@ QStringList LocalFiles(const QMimeData* data) {
 
 }  // namespace
 
-MainWindow::MainWindow(std::unique_ptr<gl3::DriverSession> session, gl3::DeviceChoice device)
+MainWindow::MainWindow(std::unique_ptr<gl3::DriverSession> session, gl3::DeviceChoice device,
+                       bool confined)
     : m_device(std::move(device)),
       m_session(std::move(session)),
+      m_loader(confined),
       m_dialogs(this),
       m_viewport(new Viewport(this)) {
   setWindowTitle("gl3-view");

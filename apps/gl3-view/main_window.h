@@ -18,8 +18,10 @@ namespace view {
 
 class MainWindow : public QMainWindow {
  public:
-  /// `session` is a driver that works, made with `device` after gl3::ApplyDriverSettings.
-  MainWindow(std::unique_ptr<gl3::DriverSession> session, gl3::DeviceChoice device);
+  /// `session` is a driver that works, made with `device` after gl3::ApplyDriverSettings;
+  /// `confined` as ModelLoader takes it.
+  MainWindow(std::unique_ptr<gl3::DriverSession> session, gl3::DeviceChoice device,
+             bool confined = false);
   /// Lets go of buffers, then the driver, then the windows.
   ~MainWindow() override;
 

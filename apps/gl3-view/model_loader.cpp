@@ -17,6 +17,7 @@ namespace view {
 /// error belong to the latter until it ends.
 struct ModelLoader::Import {
   std::vector<std::string> paths;
+  bool confined = false;
   std::atomic<bool> cancelled = false;
   std::unique_ptr<hostkit::Scene> scene;
   std::string error;
@@ -35,6 +36,7 @@ void ModelLoader::Import::Run() {
     hostkit::ImportLimits limits;
     limits.seconds = limits.processorSeconds = usual.timeoutSeconds;
     limits.memory = usual.maxMemory;
+    limits.confined = confined;
     limits.cancelled = &cancelled;
     hostkit::ImportProcess(paths, limits).Finish({}, &scene, &error);
   } catch (const std::bad_alloc&) {
@@ -60,6 +62,7 @@ void ModelLoader::Load(const QStringList& files, Done done) {
   std::erase_if(m_threads, [](const auto& thread) { return thread->isFinished(); });
   m_done = std::move(done);
   m_import = std::make_shared<Import>();
+  m_import->confined = m_confined;
   for (const QString& file : files) {
     m_import->paths.push_back(file.toLocal8Bit().toStdString());
   }

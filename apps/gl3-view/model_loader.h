@@ -23,6 +23,8 @@ class ModelLoader : public QObject {
   /// The scene, or null with one line that says what is wrong and what helps.
   using Done = std::function<void(std::unique_ptr<hostkit::Scene> scene, const std::string& error)>;
 
+  /// `confined`: models reach their own folders alone, or nothing is read.
+  explicit ModelLoader(bool confined) : m_confined(confined) {}
   /// Waits until cancelled imports are gone.
   ~ModelLoader() override;
 
@@ -37,6 +39,7 @@ class ModelLoader : public QObject {
 
   void Finish(std::unique_ptr<hostkit::Scene> scene, const std::string& error);
 
+  const bool m_confined;
   Done m_done;
   std::shared_ptr<Import> m_import;                 // the one at hand
   std::vector<std::unique_ptr<QThread>> m_threads;  // of that, and of those that were cancelled

@@ -65,7 +65,7 @@ int TakeRecipe(const OptionParser& given, const WorkTable& work, RenderOptions* 
   const int status = RunSupervised(
       options->run.limits, "",
       [&](ParentLine& line, std::string* result) {
-        return work.storedRecipe(options->like, line, result);
+        return work.storedRecipe(options->like, options->run.confined, line, result);
       },
       &told);
   if (status != kDone) return status;

@@ -79,6 +79,12 @@ void OutputPattern::AddText(const std::string& text) {
   m_pieces.back().text += text;
 }
 
+std::string OutputPattern::Folder() const {
+  if (m_pieces.empty() || m_pieces.front().kind != Kind::kText) return "";
+  const std::string& text = m_pieces.front().text;
+  return text.substr(0, text.rfind('/') + 1);
+}
+
 std::string OutputPattern::Expand(int frame, const std::string& camera) const {
   std::string path;
   for (const Piece& piece : m_pieces) {

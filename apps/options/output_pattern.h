@@ -18,6 +18,8 @@ class OutputPattern {
 
   bool HasFrame() const { return m_hasFrame; }
   bool HasCamera() const { return m_hasCamera; }
+  /// The folder below which all lies that Expand gives, with a slash; empty for the current one.
+  std::string Folder() const;
   /// The camera's name must be fit for a file's: see FileNames.
   std::string Expand(int frame, const std::string& camera) const;
 

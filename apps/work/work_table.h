@@ -21,7 +21,8 @@ struct WorkTable {
   Outcome (*info)(const InfoOptions& options, std::string* result);
   Outcome (*settings)(const SettingsOptions& options, std::string* result);
   int (*filter)(const FilterJob& job);
-  Outcome (*storedRecipe)(const std::string& path, ParentLine& line, std::string* result);
+  Outcome (*storedRecipe)(const std::string& path, bool confined, ParentLine& line,
+                          std::string* result);
   std::string (*hashFile)(const std::string& path);
 };
 

@@ -9,9 +9,9 @@
 #include <functional>
 
 #include "driver/GL3Driver.h"
+#include "hostkit/confine/sanitized.h"
 #include "platform/platform.h"
 #include "tests/faults/host_session.h"
-#include "tests/support/common/sanitized.h"
 
 namespace {
 

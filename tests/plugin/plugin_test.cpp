@@ -16,9 +16,9 @@
 
 #include "host/GADriver.h"
 #include "host/Services.h"
+#include "hostkit/confine/sanitized.h"
 #include "hostkit/services/module_loader.h"
 #include "hostkit/services/settings_sheet.h"
-#include "tests/support/common/sanitized.h"
 
 namespace {
 

@@ -31,7 +31,7 @@ hostkit/frame         hostkit/feed hostkit/scene hostkit/pictures hostkit/servic
 hostkit/effects       hostkit/pictures hostkit/services host platform
 apps/base
 apps/options          apps/base hostkit/feed hostkit/effects
-apps/work/common      apps/base apps/options hostkit/pictures hostkit/services host platform
+apps/work/common      apps/base apps/options hostkit/confine hostkit/pictures hostkit/services host platform
 apps/work/settings    apps/base apps/options apps/work/common hostkit/services
 apps/work/info        apps/base apps/options apps/work/common hostkit/effects hostkit/confine hostkit/services host platform
 apps/work/filter      apps/base apps/options apps/work/common hostkit/effects hostkit/pictures hostkit/services host platform

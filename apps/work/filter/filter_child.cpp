@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "apps/base/text.h"
+#include "apps/work/common/confine_work.h"
 #include "apps/work/common/driver_session.h"
 #include "apps/work/common/file_hash.h"
 #include "apps/work/common/stopwatch.h"
@@ -64,13 +65,14 @@ void FilterRun::Warn(const std::string& text, bool ofClipping) {
 
 Outcome FilterRun::StartDriver() {
   const FilterOptions& options = m_job.options;
+  Outcome outcome = ConfineDrawing(m_job.outputs, options.run.confined);
+  if (outcome.status != kDone) return outcome;
   m_line.Enter(Phase::kStart, "OpenGL");
   const Stopwatch watch;
   // The module reads its settings when it is loaded.
   if (options.threads > 0) {
     hostkit::OverrideRegistryValue(kThreadsSection, kThreadsKey, options.threads);
   }
-  Outcome outcome;
   m_session = DriverSession::Start({options.run.device, options.run.module}, &outcome);
   const std::string trouble = hostkit::RegistryError();
   if (!trouble.empty() && m_part.isFirst) Warn(trouble);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "apps/base/text.h"
+#include "apps/work/common/confine_work.h"
 #include "apps/work/common/driver_session.h"
 #include "apps/work/common/font_check.h"
 #include "apps/work/common/stopwatch.h"
@@ -104,6 +105,7 @@ void RenderRun::StartImport() {
   hostkit::ImportLimits limits;
   limits.processorSeconds = m_options.run.limits.timeoutSeconds;
   limits.memory = m_options.run.limits.maxMemory;
+  limits.confined = m_options.run.confined;
   limits.showsMessages = true;  // standard error is silenced here unless the user wants all
   m_import = std::make_unique<hostkit::ImportProcess>(m_options.models, limits);
 }
@@ -280,9 +282,10 @@ Outcome RenderRun::Run(std::string* result) {
   if (m_report.skipped > 0) {
     m_line.Note(m_options.output + ": all of it is there");
   } else {
-    StartImport();
+    StartImport();  // before this process may start no other
+    outcome = ConfineDrawing({m_options.output, m_options.drawing.depth}, m_options.run.confined);
     // Without a driver, nobody waits for the import of a large model.
-    outcome = StartDriver();
+    if (outcome.status == kDone) outcome = StartDriver();
     if (outcome.status == kDone) outcome = LoadFrameSettings();
     if (outcome.status == kDone) outcome = FinishImport();
     if (outcome.status == kDone) outcome = Plan();

@@ -2,12 +2,16 @@
 #include "apps/work/render/stored_recipe.h"
 
 #include "apps/base/command_words.h"
+#include "apps/work/common/confine_work.h"
 #include "hostkit/pictures/picture_recipe.h"
 
 namespace gl3 {
 
-Outcome StoredRecipe(const std::string& path, ParentLine& line, std::string* result) {
+Outcome StoredRecipe(const std::string& path, bool confined, ParentLine& line,
+                     std::string* result) {
   line.Enter(Phase::kImport, path);
+  Outcome outcome = ConfineReading(path, confined);
+  if (outcome.status != kDone) return outcome;
   hostkit::Recipe recipe;
   std::string error;
   if (!hostkit::ReadRecipe(path, &recipe, &error)) return {kUnreadableInput, error};
