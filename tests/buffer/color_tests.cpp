@@ -1,13 +1,8 @@
 // The native colour: bytes in and out, and the ways a colour is made.
 #include "buffer/GL3Color.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
 #include <limits>
-#include <memory>
 
-#include "driver/GL3Driver.h"
 #include "tests/support/driver_fixture.h"
 
 namespace {
@@ -84,7 +79,7 @@ TEST_F(DriverColorTest, FactoriesKeepChannelsInPlace) {
 }
 
 TEST_F(DriverColorTest, HandlesCopyTheColour) {
-  const GAColor first = Color(10, 20, 30, 40);
+  const GAColor first = Rgb(10, 20, 30, 40);
   GAColor copy(first);
   ASSERT_NE(copy.Native(), nullptr);
   ASSERT_NE(copy.Native(), first.Native());

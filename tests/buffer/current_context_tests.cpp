@@ -1,11 +1,7 @@
 // Which operations make a buffer's context current, whatever was current before, and which leave
 // the one that is.
 #include <algorithm>
-#include <memory>
-#include <string>
-#include <vector>
 
-#include "driver/GL3Driver.h"
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/gl_recorder.h"
 
@@ -29,7 +25,7 @@ class CurrentContextTest : public DrawingFixture {
     m_other.reset();
     DrawingFixture::TearDown();
   }
-  GL3GABuffer& Other() { return static_cast<GL3GABuffer&>(*m_other->buffer); }
+  GL3GABuffer& Other() { return *m_other->buffer; }
   GL3GATexture* Texture() {
     const GlRecorderPause pause;
     if (!m_texture) m_texture = SolidTexture({9, 9, 9, 255});
@@ -46,8 +42,7 @@ class CurrentContextTest : public DrawingFixture {
   }
   /// The operation runs after `before` was made current.
   void Expect(const Operation& operation, AGLContext before) {
-    GlRecorder gl;
-    gl.LogPlatform(true);
+    GlRecorder gl(GlRecorder::kPlatform);
     HandleLabel(Buffer().Context(), "own");
     operation.run(*this);
     Lines made;
@@ -120,7 +115,7 @@ TEST_F(CurrentContextTest, IsTheBuffersOwnInWhatDrawsOrReads) {
   for (const Operation& operation : kOperations) {
     Other().MakeCurrent(0);
     Expect(operation, Other().Context());
-    static_cast<GL3GADriver*>(Driver())->MakeCurrent();
+    Driver()->MakeCurrent();
     Expect(operation, GL3GADriver::m_context);
     Buffer().MakeCurrent(0);
     Expect(operation, Buffer().Context());

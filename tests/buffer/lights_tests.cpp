@@ -193,7 +193,7 @@ TEST_F(LightsTest, WhereThereAreNoLightsNoneIsLoaded) {
     OffscreenTarget other(Driver(), 8, 8);
     GlRecorder gl;
     gl.OverrideInteger(GL_MAX_LIGHTS, maximum);
-    static_cast<GL3GABuffer&>(*other.buffer).SetupLights(nullptr);
+    other.buffer->SetupLights(nullptr);
     EXPECT_EQ(gl.CallsTo("glEnable(GL_LIGHT0"), Lines{"glEnable(GL_LIGHT0)"});
     EXPECT_EQ(SetAtAll(gl), 0);
   }

@@ -1,42 +1,20 @@
 // Projection matrices and fog of the frame buffer.
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <memory>
-#include <string>
 #include <utility>
-#include <vector>
 
-#include "buffer/GL3Buffer.h"
-#include "tests/support/driver_fixture.h"
+#include "tests/support/drawing_fixture.h"
 #include "tests/support/gl_recorder.h"
 
 namespace {
 
-using Lines = std::vector<std::string>;
 using Matrix = std::array<float, 16>;
 
 const std::string kLinearFog = "glFogi(GL_FOG_MODE, " + std::to_string(GL_LINEAR) + ")";
 const std::string kExponentialFog = "glFogi(GL_FOG_MODE, " + std::to_string(GL_EXP) + ")";
 
-class ProjectionTest : public DriverFixture {
+class ProjectionTest : public DrawingFixture {
  protected:
-  void SetUp() override {
-    DriverFixture::SetUp();
-    m_target = std::make_unique<OffscreenTarget>(Driver(), 40, 20);
-    ASSERT_TRUE(m_target->ready);
-  }
-  void TearDown() override {
-    m_target.reset();
-    DriverFixture::TearDown();
-  }
-
-  GL3GABuffer& Buffer() { return static_cast<GL3GABuffer&>(*m_target->buffer); }
-  RenderInfo& Info() { return m_target->info; }
-  SceneRecord& Scene() { return m_target->scene; }
-
   static Matrix Loaded() {
     const GlRecorderPause pause;
     Matrix matrix;
@@ -53,9 +31,6 @@ class ProjectionTest : public DriverFixture {
     Buffer().SetFogState(on);
     return recorder.Calls();
   }
-
- private:
-  std::unique_ptr<OffscreenTarget> m_target;
 };
 
 void ExpectNear(const Matrix& actual, const Matrix& wanted) {
@@ -114,7 +89,7 @@ TEST_F(ProjectionTest, SetProjectionRestoresWithoutRecomputing) {
   EXPECT_EQ(recorder.Names(), CallsIn(R"(
       glLoadIdentity; glLoadMatrixf; glViewport; glLoadIdentity; glLoadMatrixf; glViewport)"))
       << "the matrix mode is known";
-  EXPECT_EQ(recorder.CallsTo("glViewport").front(), "glViewport(0, 0, 40, 20)");
+  EXPECT_EQ(recorder.CallsTo("glViewport").front(), "glViewport(0, 0, 80, 48)");
 
   // Reallocate leaves the model-view stack current.
   Buffer().Reallocate(30, 10, 1);
@@ -134,9 +109,9 @@ TEST_F(ProjectionTest, SetProjectionRestoresWithoutRecomputing) {
 }
 
 TEST_F(ProjectionTest, LinearFogOfTheScene) {
-  Scene().fogStart = AnimatableValue(12.9f);
-  Scene().fogEnd = AnimatableValue(-3.7f);
-  Scene().fogRed = 0.25f, Scene().fogGreen = 0.5f, Scene().fogBlue = 0.75f;
+  Target().scene.fogStart = AnimatableValue(12.9f);
+  Target().scene.fogEnd = AnimatableValue(-3.7f);
+  Target().scene.fogRed = 0.25f, Target().scene.fogGreen = 0.5f, Target().scene.fogBlue = 0.75f;
   EXPECT_EQ(Buffer().IsFogEnabled(), 0);
   EXPECT_EQ(FogCalls(1),
             (Lines{"glEnable(GL_FOG)", kLinearFog, "glFogi(GL_FOG_START, 12)",
@@ -177,8 +152,8 @@ TEST_F(ProjectionTest, AnimatedAndWildFogDistances) {
    private:
     float m_speed;
   } slow(10), fast(100);
-  Scene().fogStart = AnimatableValue(&slow);
-  Scene().fogEnd = AnimatableValue(&fast);
+  Target().scene.fogStart = AnimatableValue(&slow);
+  Target().scene.fogEnd = AnimatableValue(&fast);
   slow.now = 4.25, fast.now = 7;
   const Lines calls = FogCalls(1);
   EXPECT_EQ(calls.at(2), "glFogi(GL_FOG_START, 42)") << "brought up to date";
@@ -186,7 +161,7 @@ TEST_F(ProjectionTest, AnimatedAndWildFogDistances) {
   const std::pair<float, const char*> distances[] = {
       {3e30f, "2147483647"}, {-3e30f, "-2147483648"}, {NAN, "0"}, {2147483520.0f, "2147483520"}};
   for (const auto& [distance, text] : distances) {
-    Scene().fogStart = AnimatableValue(distance);
+    Target().scene.fogStart = AnimatableValue(distance);
     EXPECT_EQ(FogCalls(1).at(2), std::string("glFogi(GL_FOG_START, ") + text + ")");
   }
 }
@@ -196,8 +171,7 @@ TEST_F(ProjectionTest, FogColourReadsItsAlphaAsBlue) {
   color.red = 0.25f;
   color.green = 0.5f;
   color.blue = 0.75f;
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
+  GlRecorder recorder(GlRecorder::kPlatform);
   Buffer().SetFogColor(color);
   EXPECT_EQ(recorder.Calls(), Lines{"glFogfv(GL_FOG_COLOR, {0.25, 0.5, 0.75, 1})"})
       << "on whatever context is current";

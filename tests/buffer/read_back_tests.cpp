@@ -1,49 +1,33 @@
 // Frames and depths read back from the frame buffer.
-#include <gtest/gtest.h>
 #include <half.h>
 
 #include <algorithm>
-#include <array>
-#include <memory>
-#include <string>
 #include <utility>
-#include <vector>
 
-#include "buffer/GL3Buffer.h"
-#include "host/Bitmap.h"
-#include "tests/support/driver_fixture.h"
+#include "tests/support/drawing_fixture.h"
 #include "tests/support/faults.h"
 #include "tests/support/gl_recorder.h"
 
 namespace {
 
-using Lines = std::vector<std::string>;
 using Pixel = std::array<float, 4>;  // red, green, blue, alpha
 
 TestBitmap EmptyBitmap(int width, int height) {
   return TestBitmap(new HBitmapNode(width, height));
 }
 
-class ReadBackTest : public DriverFixture {
+class ReadBackTest : public DrawingFixture {
  protected:
-  /// Remakes the buffer with a background of the given grey.
+  /// Resizes the buffer; its background is of the given grey.
   void Make(int width, int height, int grey, int options = 1) {
-    m_target.reset();
-    m_target = std::make_unique<OffscreenTarget>(Driver(), width, height);
     ASSERT_EQ(Buffer().Reallocate(width, height, options), 1);
     Clear(grey, grey, grey);
   }
   /// Fills the buffer with a background.
   void Clear(int red, int green, int blue) {
-    Buffer().SetBackground(Color(red, green, blue));
+    Buffer().SetBackground(Rgb(red, green, blue));
     Buffer().Clear();
   }
-  void TearDown() override {
-    m_target.reset();
-    DriverFixture::TearDown();
-  }
-  GL3GABuffer& Buffer() { return static_cast<GL3GABuffer&>(*m_target->buffer); }
-
   /// Fills a pixel, counted from the lower left.
   void Put(int x, int y, int red, int green, int blue) {
     Buffer().MakeCurrent(0);
@@ -62,9 +46,6 @@ class ReadBackTest : public DriverFixture {
                        row * buffer->RowStep();
     return {bgra[2], bgra[1], bgra[0], bgra[3]};
   }
-
- private:
-  std::unique_ptr<OffscreenTarget> m_target;
 };
 
 float HalfOf(int byte) {

@@ -10,8 +10,8 @@
 #include <random>
 #include <utility>
 
+#include "hostkit/services/host_heaps.h"
 #include "tests/support/drawing_fixture.h"
-#include "tests/support/faults.h"
 #include "tests/support/gl_recorder.h"
 #include "tests/support/transparent_queue.h"
 
@@ -87,8 +87,7 @@ TEST_F(QueueTest, RecordsKeepWhatTheyWereGiven) {
 TEST_F(QueueTest, MemoryIsZeroedAndFreedWithTheLastQueue) {
   const long before = OglBlocks();
   OffscreenTarget other(Driver(), 8, 8), another(Driver(), 8, 8);
-  auto& second = static_cast<GL3GABuffer&>(*other.buffer);
-  auto& third = static_cast<GL3GABuffer&>(*another.buffer);
+  GL3GABuffer &second = *other.buffer, &third = *another.buffer;
   second.MakeRoomForTransparentPolys(1);
   Buffer().MakeRoomForTransparentPolys(1);
   Buffer().AddTransparentPoly(Facing(0, 0, -9), Facing(1, 0, -9), &m_material, nullptr);
@@ -119,14 +118,6 @@ TEST_F(QueueTest, MemoryIsZeroedAndFreedWithTheLastQueue) {
   second.EndScene();  // nothing is left to draw
   second.MakeRoomForTransparentPolys(1);
   EXPECT_EQ(OglBlocks(), before + 1);  // none of the freed ones
-}
-
-TEST_F(QueueTest, WithoutMemoryThereIsNoRoom) {
-  Faults faults;
-  faults.Fail(FaultPoint::kAllocOGL);
-  EXPECT_EQ(Buffer().MakeRoomForTransparentPolys(1), 0);
-  EXPECT_EQ(Add(-1), nullptr);
-  EXPECT_EQ(Buffer().MakeRoomForTransparentPolys(1), 1);
 }
 
 using Keys = std::vector<float>;

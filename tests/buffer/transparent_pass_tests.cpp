@@ -1,8 +1,4 @@
-// The transparent pass: its GL calls, the state it leaves, and its pixels.
-#include <algorithm>
-#include <string>
-#include <utility>
-
+// The transparent pass: its GL calls, and the state it leaves.
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/gl_recorder.h"
 
@@ -40,8 +36,6 @@ class PassTest : public DrawingFixture {
     Buffer().SetDiffuseMaterial(rgba);
   }
 
-  AttrProperty m_red = Material(1, 0, 0, 0.5f), m_green = Material(0, 1, 0, 0.5f),
-               m_blue = Material(0, 0, 1, 0.5f);
   AttrProperty m_uneven = Material(0.5f, 0.8f, 0.6f, 0.25f);
   /// How m_uneven is sent. The scene's ambient light makes a quarter of the colour ambient.
   const std::string m_unevenSent = R"(
@@ -57,10 +51,7 @@ TEST_F(PassTest, OneTriangleFromStartToEnd) {
   const std::string draw = IndexedDraw(
       "vnt", 32, "GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2}" + NumberedText({1, 2, 3}, true));
   const auto other = SolidTexture({0, 0, 0, 255});  // makes the driver's context current
-  GlRecorder gl;
-  gl.LogIndices(true);
-  gl.LogVertices(true);
-  gl.LogPlatform(true);
+  GlRecorder gl(GlRecorder::kIndices | GlRecorder::kVertices | GlRecorder::kPlatform);
   Buffer().EndScene();
   EXPECT_EQ(gl.Calls(),
             CallsIn(R"(
@@ -87,15 +78,15 @@ TEST_F(PassTest, WithoutMaterialNothingIsDrawnOrLit) {
       glCullFace(GL_FRONT); glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.8, 0.8, 0.8, 1}))"));
 }
 
-TEST_F(PassTest, ChangesOfStateEndABatch) {
+TEST_F(PassTest, FarSurfacesComeFirstAndChangesOfStateEndABatch) {
   const auto texture = SolidTexture({255, 255, 255, 128});
-  const std::string bind =
-      "glBindTexture(GL_TEXTURE_2D, " + std::to_string(texture->m_texture) + ")";
+  const std::string bind = Bind(*texture);
   GL3GATexture nameless;
   AttrProperty same = m_uneven;
   LightList lights(std::vector<GALight>(1));
-  Triangle(-90, &m_uneven);
+  Triangle(-10, &same, nullptr, lights.Head());  // with lights everything is sent again
   Triangle(-80, &m_uneven);
+  Triangle(-90, &m_uneven);
   Triangle(-70, &same);                     // equal values: a batch, nothing sent
   Triangle(-60, &same, texture.get());      // the texture alone
   Triangle(-55, nullptr);                   // draws nothing, and yet ends the texture
@@ -103,9 +94,7 @@ TEST_F(PassTest, ChangesOfStateEndABatch) {
   Triangle(-40, &m_uneven, texture.get(), lights.Head());
   Triangle(-30, &m_uneven, &nameless, lights.Head());
   Triangle(-20, &m_uneven, &nameless, lights.Head());  // never current: ends a batch each time
-  Triangle(-10, &same, nullptr, lights.Head());        // with lights everything is sent again
-  GlRecorder gl;
-  gl.LogIndices(true);
+  GlRecorder gl(GlRecorder::kIndices);
   Buffer().RenderTransparentPolys();
 
   const std::string three = "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT, {0, 1, 2})";
@@ -175,49 +164,6 @@ TEST_F(PassTest, StateComesBackAsItWas) {
   EXPECT_TRUE(Buffer().HasState(GL3GABuffer::kLightingOn));
   EXPECT_FALSE(Buffer().HasState(GL3GABuffer::kDepthTestOn));
   EXPECT_EQ(gl.Calls().back(), "glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {0.9, 0.7, 0.3, 0.5})");
-}
-
-TEST_F(PassTest, NearerSurfacesLieOverFartherOnesInAnyOrderOfSubmission) {
-  std::vector<std::pair<float, AttrProperty*>> layers = {
-      {-30, &m_green}, {-20, &m_blue}, {-10, &m_red}};
-  std::sort(layers.begin(), layers.end());
-  do {
-    Target().Begin();
-    List().SetDepthFunc(5);  // the pass before left the flag of lighting on
-    List().SetupLights(nullptr);
-    Buffer().MakeRoomForTransparentPolys(1);
-    for (const auto& [z, material] : layers) Triangle(z, material);
-    Target().End();
-    EXPECT_TRUE(Near(ColorAt(0, 0), {128, 32, 64}));
-  } while (std::next_permutation(layers.begin(), layers.end()));
-}
-
-TEST_F(PassTest, AdditiveBlendingAddsUp) {
-  List().SetupLights(nullptr);
-  List().SetDepthFunc(2);
-  Triangle(-30, &m_green);
-  Triangle(-20, &m_blue);
-  Triangle(-10, &m_blue);
-  Target().End();
-  EXPECT_TRUE(Near(ColorAt(0, 0), {0, 128, 255}));
-}
-
-TEST_F(PassTest, TexturesColorWhatIsLit) {
-  const auto texture = SolidTexture({0, 255, 128, 128});
-  AttrProperty pink = Material(1, 0.5f, 1);
-  List().SetupLights(nullptr);
-  Triangle(-10, &pink, texture.get());
-  Target().End();
-  // Half of it shows: in green 0.5 * (1 - 0.125) is lit, and the ambient 0.125 is there anyway.
-  EXPECT_TRUE(Near(ColorAt(0, 0), {0, 72, 64}));
-}
-
-TEST_F(PassTest, SurfacesThatFaceAwayAreNotDrawn) {
-  List().SetupLights(nullptr);
-  Buffer().AddTransparentPoly(Facing(-10, -10, -9), Facing(0, 10, -9), Facing(10, -10, -9), nullptr,
-                              &m_red, nullptr);
-  Target().End();
-  EXPECT_EQ(Target().CountOther({0, 0, 0}), 0);
 }
 
 }  // namespace

@@ -1,12 +1,7 @@
 // Initialising, ending and initialising again: calls, messages, and what stays.
-#include <gtest/gtest.h>
-
 #include <initializer_list>
 #include <ostream>
-#include <string>
-#include <vector>
 
-#include "driver/GL3Driver.h"
 #include "platform/cgl.h"
 #include "platform/coregraphics.h"
 #include "platform/platform.h"
@@ -17,7 +12,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
 using Option = GL3GADriver::OptionFlag;
 using Capability = GL3GADriver::CapabilityFlag;
 
@@ -48,13 +42,11 @@ class HostContext {
 class InitializeTest : public DriverFixture {
  protected:
   void SetUp() override { ASSERT_NE(RemakeDriver(), nullptr); }
-  GL3GADriver& GL3() { return *static_cast<GL3GADriver*>(Driver()); }
 };
 
 TEST_F(InitializeTest, CallsInOrder) {
   const HostContext host;
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
+  GlRecorder recorder(GlRecorder::kPlatform);
   ASSERT_EQ(Driver()->Initialize(), 1);
   const std::string mask = std::to_string(CGDisplayIDToOpenGLDisplayMask(CGMainDisplayID()));
   EXPECT_EQ(
@@ -86,9 +78,9 @@ TEST_F(InitializeTest, SuccessFillsStateAndLimits) {
   EXPECT_EQ(faults.Messages(), Lines());
   EXPECT_EQ(Driver()->IsOperational(), 1);
   EXPECT_EQ(Driver()->IsSupportGPU(), 1);
-  EXPECT_TRUE(GL3().HasCapability(Capability::kGL20));
-  EXPECT_TRUE(GL3().HasOption(Option::kAnisotropicAvailable));
-  EXPECT_TRUE(GL3().HasOption(Option::kAnisotropicWanted));
+  EXPECT_TRUE(Driver()->HasCapability(Capability::kGL20));
+  EXPECT_TRUE(Driver()->HasOption(Option::kAnisotropicAvailable));
+  EXPECT_TRUE(Driver()->HasOption(Option::kAnisotropicWanted));
   EXPECT_EQ(GL3GADriver::gl_max_texture_size, 1234);
   EXPECT_EQ(GL3GADriver::gl_max_texture_max_anisotropy_ext, 2.5f);
   EXPECT_EQ(GL3GADriver::bufwidth, 100);
@@ -104,9 +96,8 @@ TEST_F(InitializeTest, SuccessFillsStateAndLimits) {
 
 TEST_F(InitializeTest, MakeCurrentBindsTheDummyPort) {
   ASSERT_EQ(Driver()->Initialize(), 1);
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
-  GL3().MakeCurrent();
+  GlRecorder recorder(GlRecorder::kPlatform);
+  Driver()->MakeCurrent();
   EXPECT_EQ(recorder.Calls(),
             (Lines{"aglSetDrawable(context1, port1)", "aglSetCurrentContext(context1)",
                    "CGLEnable(context1, 313)"}));
@@ -162,8 +153,7 @@ class FailureTest : public InitializeTest, public testing::WithParamInterface<Fa
   void Fail() {
     const Failure& failure = GetParam();
     Faults faults;
-    GlRecorder recorder;
-    recorder.LogPlatform(true);
+    GlRecorder recorder(GlRecorder::kPlatform);
     const HostContext host;
     if (failure.fault != FaultPoint::kCount) faults.FailAlways(failure.fault);
     recorder.OverrideString(GL_VERSION, failure.text);
@@ -181,11 +171,11 @@ class FailureTest : public InitializeTest, public testing::WithParamInterface<Fa
 TEST_P(FailureTest, TellsTheReasonKeepsWhatWasMadeAndCanBeRepeated) {
   const platform::HandleCounts before = platform::CountHandles();
   Fail();
-  EXPECT_EQ(GL3().HasCapability(Capability::kGL20), GetParam().HasGL20());
+  EXPECT_EQ(Driver()->HasCapability(Capability::kGL20), GetParam().HasGL20());
   EXPECT_EQ(Driver()->IsSupportGPU(), GetParam().HasShaders());
-  EXPECT_EQ(GL3().GLVersion(), GetParam().version);
+  EXPECT_EQ(Driver()->GLVersion(), GetParam().version);
   EXPECT_EQ(GL3GADriver::gl_max_texture_size, 0);
-  EXPECT_FALSE(GL3().HasOption(Option::kAnisotropicAvailable));
+  EXPECT_FALSE(Driver()->HasOption(Option::kAnisotropicAvailable));
 
   const int made = GetParam().hasWindowContext ? 1 : 0;
   EXPECT_NE(GL3GADriver::m_dummywindow, nullptr);
@@ -209,7 +199,7 @@ TEST_P(FailureTest, EndsAnOperationalDriver) {
   EXPECT_EQ(GL3GADriver::m_context != nullptr, GetParam().hasWindowContext);
   EXPECT_EQ(Driver()->IsSupportGPU(), GetParam().HasShaders());
   // The version bit is cleared when the window stands; without one it keeps what was known.
-  EXPECT_EQ(GL3().HasCapability(Capability::kGL20),
+  EXPECT_EQ(Driver()->HasCapability(Capability::kGL20),
             GetParam().HasGL20() || !GetParam().hasWindowContext);
 }
 
@@ -217,8 +207,7 @@ INSTANTIATE_TEST_SUITE_P(All, FailureTest, testing::ValuesIn(kFailures));
 
 TEST_F(InitializeTest, SecondChancesForWindowAndPixelFormat) {
   Faults faults;
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
+  GlRecorder recorder(GlRecorder::kPlatform);
   faults.Fail(FaultPoint::kGetDC);
   faults.Fail(FaultPoint::kCglChoosePixelFormat);
   EXPECT_EQ(Driver()->Initialize(), 1);
@@ -240,7 +229,7 @@ TEST_F(InitializeTest, VersionsAboveTwoPassAsTheyAreRead) {
     GlRecorder recorder;
     recorder.OverrideString(GL_VERSION, text);
     EXPECT_EQ(Driver()->Initialize(), 1) << text;
-    EXPECT_EQ(GL3().GLVersion(), version);
+    EXPECT_EQ(Driver()->GLVersion(), version);
     EXPECT_EQ(Driver()->IsSupportGPU(), 1);
   }
 }
@@ -253,21 +242,20 @@ TEST_F(InitializeTest, WithoutAnisotropyTheOptionReadsAsOff) {
     faults.HideExtension("GL_EXT_texture_filter_anisotropic");
     EXPECT_EQ(Driver()->Initialize(), 1);
     EXPECT_EQ(faults.Messages(), Lines());
-    EXPECT_FALSE(GL3().HasOption(Option::kAnisotropicWanted));
-    EXPECT_EQ(GL3().HasOption(Option::kAnisotropicAvailable), wasAvailable);
+    EXPECT_FALSE(Driver()->HasOption(Option::kAnisotropicWanted));
+    EXPECT_EQ(Driver()->HasOption(Option::kAnisotropicAvailable), wasAvailable);
     EXPECT_EQ(GL3GADriver::gl_max_texture_max_anisotropy_ext > 0, wasAvailable) << "not asked";
   }
 }
 
 TEST_F(InitializeTest, AgainReleasesTheOldAndAsksForTheFirstDepth) {
   ASSERT_EQ(Driver()->Initialize(), 1);
-  GL3().MakeCurrent();
+  Driver()->MakeCurrent();
   const HDC firstDC = GL3GADriver::m_hdc;
   const AGLContext firstContext = GL3GADriver::m_context;
   GL3GADriver::m_depthbits = 16;
 
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
+  GlRecorder recorder(GlRecorder::kPlatform);
   ASSERT_EQ(Driver()->Initialize(), 1);
   Lines begin = recorder.Calls();
   begin.resize(7);
@@ -284,10 +272,9 @@ TEST_F(InitializeTest, AgainReleasesTheOldAndAsksForTheFirstDepth) {
 TEST_F(InitializeTest, TerminateTwiceIsHarmless) {
   ASSERT_EQ(Driver()->Initialize(), 1);
   const HDC dc = GL3GADriver::m_hdc;
-  GL3().MakeCurrent();
+  Driver()->MakeCurrent();
   const AGLContext context = GL3GADriver::m_context;
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
+  GlRecorder recorder(GlRecorder::kPlatform);
   EXPECT_EQ(Driver()->Terminate(), 1);
   EXPECT_EQ(recorder.Calls(), (Lines{"aglDestroyContext(context1)", "CheckinPort(dc1, 0)",
                                      "DestroyWindow(window1)"}));
@@ -316,7 +303,7 @@ TEST_F(InitializeTest, TheDriversOwnContextIsNotChecked) {
   faults.Fail(FaultPoint::kAglCreateContext);
   EXPECT_EQ(Driver()->Initialize(), 1);
   EXPECT_EQ(GL3GADriver::m_context, nullptr);
-  GL3().MakeCurrent();
+  Driver()->MakeCurrent();
   EXPECT_EQ(aglGetCurrentContext(), nullptr);
 }
 

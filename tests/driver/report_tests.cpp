@@ -1,21 +1,14 @@
 // What the driver tells about the GL and about errors.
-#include <gtest/gtest.h>
-
 #include <cerrno>
-#include <memory>
-#include <string>
-#include <vector>
 
-#include "driver/GL3Driver.h"
 #include "platform/cgl.h"
 #include "platform/coregraphics.h"
+#include "platform/platform.h"
 #include "tests/support/driver_fixture.h"
 #include "tests/support/faults.h"
 #include "tests/support/gl_recorder.h"
 
 namespace {
-
-using Lines = std::vector<std::string>;
 
 constexpr char kNoFormat[] = "OpenGL3 Error\nNo matching pixelformat found\n";
 
@@ -30,7 +23,7 @@ class ReportTest : public DriverFixture {
   }
   void SetUp() override {
     DriverFixture::SetUp();
-    GL3().MakeCurrent();
+    Driver()->MakeCurrent();
     NoteContexts();
   }
   void TearDown() override {
@@ -44,9 +37,8 @@ class ReportTest : public DriverFixture {
     m_previous = GL3GADriver::m_prevcontext;
     m_contexts = platform::CountHandles().contexts;
   }
-  GL3GADriver& GL3() { return *static_cast<GL3GADriver*>(Driver()); }
   std::string Short() { return Driver()->GetDriverInfo(); }
-  std::string Extended() { return GL3().GetExtendedDriverInfo().Text(); }
+  std::string Extended() { return Driver()->GetExtendedDriverInfo().Text(); }
 
   CGLContextObj m_current = nullptr;
   AGLContext m_previous = nullptr;
@@ -103,8 +95,7 @@ TEST_F(ReportTest, AskAProbeOfTheirOwn) {
   const auto calls = [this](FaultPoint point, int failures, bool extended) {
     Faults faults;
     faults.Fail(point, 1, failures);
-    GlRecorder recorder;
-    recorder.LogPlatform(true);
+    GlRecorder recorder(GlRecorder::kPlatform);
     HandleLabel(m_current, "before");
     extended ? Extended() : Short();
     Lines platform;
@@ -175,8 +166,7 @@ TEST_F(ReportTest, GenericRenderersAreNoHardware) {
 }
 
 TEST_F(ReportTest, LastErrorsTextStaysUntilTheNextCall) {
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
+  GlRecorder recorder(GlRecorder::kPlatform);
   SetLastError(ENOENT);
   const char* text = Driver()->GLGetLastError();
   errno = EACCES;

@@ -1,15 +1,7 @@
 // What a driver reads from the registry, and what it is before it is initialised.
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <initializer_list>
-#include <memory>
-#include <string>
-#include <vector>
 
-#include "buffer/GL3Buffer.h"
-#include "driver/GL3Driver.h"
-#include "host/DisplayList.h"
 #include "host/GATexture.h"
 #include "hostkit/services/registry.h"
 #include "tests/support/driver_fixture.h"
@@ -21,7 +13,6 @@ extern "C" void* glGetExtensionPointer(const char* name);
 
 namespace {
 
-using Lines = std::vector<std::string>;
 using Option = GL3GADriver::OptionFlag;
 
 /// Makes no driver by itself. The registry is empty but for what a test overrides.
@@ -46,7 +37,7 @@ class SettingsTest : public DriverFixture {
   GL3GADriver& DriverWith(const char* section, const char* key, int value) {
     hostkit::ReloadRegistry();
     hostkit::OverrideRegistryValue(section, key, value);
-    return *static_cast<GL3GADriver*>(RemakeDriver());
+    return *RemakeDriver();
   }
   GL3GADriver& DriverWith(const char* key, int value) { return DriverWith("OpenGL3", key, value); }
 
@@ -59,7 +50,7 @@ TEST_F(SettingsTest, EmptyRegistryGivesTheDefaults) {
   GL3GADriver::m_azprocessor = GL3GADriver::gl_max_vertices = 7;
   GL3GADriver::m_useopenmp = true;
 
-  const auto& driver = *static_cast<GL3GADriver*>(RemakeDriver());
+  const GL3GADriver& driver = *RemakeDriver();
 
   EXPECT_EQ(GL3GABuffer::m_maxtransparentpolys, 149999);
   EXPECT_EQ(GL3GABuffer::m_inversesort, 0);
@@ -178,8 +169,7 @@ TEST(ModuleEntryTest, FindsGLFunctionsByName) {
   EXPECT_EQ(glGetExtensionPointer("glNoSuchFunction"), nullptr);
   EXPECT_EQ(glGetExtensionPointer(""), nullptr);
   EXPECT_EQ(glGetExtensionPointer(nullptr), nullptr);
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
+  GlRecorder recorder(GlRecorder::kPlatform);
   EXPECT_NE(glGetExtensionPointer("glGetString"), nullptr);
   const Lines calls = recorder.Calls();
   EXPECT_EQ(calls, CallsIn(R"(

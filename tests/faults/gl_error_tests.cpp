@@ -1,6 +1,5 @@
 // No GL error in anything that a host draws. Messages come from the GL's own debug output, which
 // also names the call, and what it should have missed from glGetError.
-#include "driver/GL3Driver.h"
 #include "tests/faults/host_session.h"
 
 namespace {
@@ -26,7 +25,7 @@ class GlErrorTest : public DriverFixture {
  protected:
   /// Sends the errors of the target's context to `m_errors`, and shows that they arrive.
   void Listen(OffscreenTarget& target) {
-    static_cast<GL3GABuffer&>(*target.buffer).MakeCurrent(0);
+    target.buffer->MakeCurrent(0);
     ASSERT_EQ(DrainErrors(), Lines()) << "raised by making the surface";
     ASSERT_NE(glDebugMessageCallback, nullptr) << "needs GL_KHR_debug";
     glEnable(GL_DEBUG_OUTPUT);
@@ -69,36 +68,8 @@ TEST_F(GlErrorTest, NoneOffScreen) {
 }
 
 TEST_F(GlErrorTest, NoneOnScreenWhereTextHasItsFont) {
-  OffscreenTarget target(Driver(), 64, 64);
-  target.list.reset();
-  target.buffer.reset(Driver()->CreateBuffer(&target.info, 0, 0));
-  target.info.buffer = target.buffer.get();
-  ASSERT_EQ(target.buffer->Reallocate(64, 64, 1), 1);
-  target.buffer->ComputeProjectionMatrices();
-  target.list.reset(Driver()->CreateDisplayList(&target.info));
+  OffscreenTarget target(Driver(), 64, 64, 0);
   ExpectNoErrors(target);
-}
-
-TEST_F(GlErrorTest, NoneFromTextures) {
-  OffscreenTarget target(Driver(), 64, 64);
-  static_cast<GL3GADriver&>(*Driver()).MakeCurrent();
-  ASSERT_EQ(DrainErrors(), Lines());
-  SolidTexture({200, 100, 50, 128});
-  EXPECT_EQ(DrainErrors(), Lines());
-}
-
-/// Widths are set before the open block is suspended for a strip, and put back after it is resumed.
-/// The GL refuses both, so the strip has the width before, one pixel.
-TEST_F(GlErrorTest, OnlyALineStripWithinAnOpenBlockRaisesTwo) {
-  OffscreenTarget target(Driver(), 64, 64);
-  Listen(target);
-  GAVertex strip[2] = {Facing(0, 0, -9, 1, 3), Facing(9, 9, -9)};
-  target.Begin();
-  target.list->PrepForPoints();
-  target.list->AddTransformedQuad(strip, 0x8002, 1);
-  target.list->EndInstructions();
-  EXPECT_EQ(m_errors.size(), 2u);
-  EXPECT_EQ(DrainErrors(), Lines{"glGetError: 1282"}) << "GL_INVALID_OPERATION";
 }
 
 }  // namespace

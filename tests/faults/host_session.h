@@ -1,10 +1,6 @@
 // A small host: what it draws, by kind, and a whole session of it from driver to teardown.
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <vector>
-
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/gl_recorder.h"
 

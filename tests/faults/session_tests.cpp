@@ -1,30 +1,14 @@
 // Whole sessions with one call at a time failing at a seam: nothing crashes or leaks, the host is
 // told where it should be, and the next session is as if nothing had been.
 #include <algorithm>
-#include <ostream>
 #include <set>
 
-#include "platform/platform.h"
 #include "tests/faults/host_session.h"
 #include "tests/support/faults.h"
 
 namespace {
 
 const std::string kRefused = "OpenGL3 Initialization Failed: ";
-
-/// What is alive, one line a kind.
-Lines Alive() {
-  const hostkit::HeapCounts heaps = hostkit::CountHeaps();
-  const platform::HandleCounts handles = platform::CountHandles();
-  return {"gassist " + std::to_string(heaps.gassist.blocks),
-          "ogl " + std::to_string(heaps.ogl.blocks),
-          "ext " + std::to_string(heaps.ext.blocks),
-          "string " + std::to_string(heaps.string.blocks),
-          "contexts " + std::to_string(handles.contexts),
-          "pbuffers " + std::to_string(handles.pbuffers),
-          "windows " + std::to_string(handles.windows),
-          "device contexts " + std::to_string(handles.deviceContexts)};
-}
 
 SessionReport PlayUndisturbed() {
   const Faults faults;
@@ -44,10 +28,6 @@ struct Seam {
   bool changesPicture = false;  ///< Where it sees nothing.
   const char* message = nullptr;
 };
-
-void PrintTo(const Seam& seam, std::ostream* out) {
-  *out << seam.name;
-}
 
 const Seam kSeams[] = {
     // A second chance each for the window's device context and the pixel formats.
@@ -124,36 +104,5 @@ TEST_P(SeamTest, AllCallsFromAnyOneOnMayFail) {
 
 INSTANTIATE_TEST_SUITE_P(All, SeamTest, testing::ValuesIn(kSeams),
                          [](const auto& info) { return std::string(info.param.name); });
-
-TEST(RefusalTest, OldAndPoorGlsAreFollowedByAWholeSession) {
-  const std::vector<std::uint16_t> reference = PlayUndisturbed().pixels;
-  const Lines alive = Alive();
-  for (const char* name : {"1.5 Old", "2.0 Old", "GL_ARB_texture_non_power_of_two",
-                           "GL_ARB_depth_texture", "GL_EXT_framebuffer_object"}) {
-    SCOPED_TRACE(name);
-    {
-      Faults faults;
-      GlRecorder recorder;
-      if (*name == 'G') {
-        faults.HideExtension(name);
-      } else {
-        recorder.OverrideString(GL_VERSION, name);
-      }
-      EXPECT_EQ(PlaySession(recorder).refusals, Lines{"initialize"});
-      ASSERT_EQ(faults.Messages().size(), 1u);
-      EXPECT_NE(faults.Messages()[0].find(name), std::string::npos);
-      EXPECT_EQ(Alive(), alive);
-    }
-    EXPECT_EQ(PlayUndisturbed().pixels, reference);
-  }
-  // 2.1 is enough, and what the GL leaves out beyond is done without.
-  Faults faults;
-  GlRecorder recorder;
-  recorder.OverrideString(GL_VERSION, "2.1 Old");
-  faults.HideExtension("GL_EXT_texture_filter_anisotropic");
-  faults.HideExtension("GL_ARB_texture_border_clamp");
-  EXPECT_EQ(PlaySession(recorder).refusals, Lines());
-  EXPECT_EQ(Alive(), alive);
-}
 
 }  // namespace

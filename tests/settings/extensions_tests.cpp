@@ -1,10 +1,6 @@
 // The dialog of all extensions, its report file, and the report by way of it.
-#include <gtest/gtest.h>
-
 #include <filesystem>
-#include <string>
 #include <utility>
-#include <vector>
 
 #include "hostkit/services/save_request.h"
 #include "hostkit/services/settings_sheet.h"
@@ -16,7 +12,6 @@
 namespace {
 
 using namespace platform;
-using Lines = std::vector<std::string>;
 
 class ExtensionsTest : public PageFixture {
  protected:
@@ -76,7 +71,7 @@ class BusyView : public ScriptedView {
 };
 
 TEST_F(ExtensionsTest, TheFocusGoesNowhere) {
-  COpenGLPropertyPage page(&GL3(), 0);
+  COpenGLPropertyPage page(Driver(), 0);
   CExtensionsDlg dialog(&page);
   const ScriptedView view({DoStep([&](DialogModel&) { EXPECT_EQ(dialog.OnInitDialog(), 0); })});
   EXPECT_EQ(dialog.DoModal(), IDCANCEL);
@@ -92,7 +87,7 @@ TEST_F(ExtensionsTest, TheFileHoldsTheReportAndTheList) {
   hostkit::SettingsSheet(*Driver(), 0).Run();
   EXPECT_EQ(view.busy, (std::vector<std::pair<bool, bool>>{{true, false}, {false, true}}))
       << "the file is complete when the program no longer is busy";
-  const std::string report = GL3().GetExtendedDriverInfo().Text();
+  const std::string report = Driver()->GetExtendedDriverInfo().Text();
   EXPECT_EQ(Folder().Read("report.txt"), report + "\n\nExtensions\nGL_A\n\nGL_B\n");
   EXPECT_EQ(TheHostCalls().fileModes, std::vector<int>{0x20});
   EXPECT_STREQ(m_question.title.Text(), "Choose a filename for saving the extensions");
@@ -123,7 +118,7 @@ TEST_F(ExtensionsTest, HostsReadTheReportWithoutAFileOnDisk) {
   std::string error = "x";
   const hostkit::DriverReport report = hostkit::ReadDriverReport(*Driver(), &error);
   EXPECT_EQ(error, "");
-  EXPECT_EQ(report.extended, GL3().GetExtendedDriverInfo().Text());
+  EXPECT_EQ(report.extended, Driver()->GetExtendedDriverInfo().Text());
   EXPECT_EQ(report.extensions, (Lines{"GL_A", "GL_B"}));
   EXPECT_EQ(Folder().Count(), 0);
   EXPECT_EQ(Stored(), Lines());

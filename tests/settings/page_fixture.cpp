@@ -74,8 +74,8 @@ platform::DialogControl PageFixture::Read(int id, int reduced) {
   return control;
 }
 
-std::vector<std::string> Items(const platform::DialogControl& list) {
-  std::vector<std::string> items;
+Lines Items(const platform::DialogControl& list) {
+  Lines items;
   for (const platform::ListItem& item : list.items) {
     items.push_back((item.checked ? "+" : "-") + item.text);
   }

@@ -1,11 +1,6 @@
 // The settings page in a sheet, with the host's answers to it recorded.
 #pragma once
 
-#include <memory>
-#include <string>
-#include <vector>
-
-#include "driver/GL3Driver.h"
 #include "platform/scripted_view.h"
 #include "settings/DialogTemplates.h"
 #include "tests/support/common/temp_folder.h"
@@ -13,9 +8,9 @@
 
 /// What the module asked of its host since the fixture was set up.
 struct HostCalls {
-  std::vector<std::string> read;    ///< "section/key=fallback" in order
-  std::vector<std::string> stored;  ///< "section/key=value" in order
-  std::vector<int> fileModes;       ///< of files opened
+  Lines read;                  ///< "section/key=fallback" in order
+  Lines stored;                ///< "section/key=value" in order
+  std::vector<int> fileModes;  ///< of files opened
 };
 HostCalls& TheHostCalls();
 
@@ -27,13 +22,12 @@ class PageFixture : public DriverFixture {
   void SetUp() override;
   void TearDown() override;
 
-  GL3GADriver& GL3() const { return *static_cast<GL3GADriver*>(Driver()); }
   /// Plays the steps in the driver's settings sheet; those that are left out at the end cancel it.
   /// Returns whether the page has stored something.
   bool Play(Steps steps, int reduced = 0);
   /// A control of the page as it is when the page is shown.
   platform::DialogControl Read(int id, int reduced = 0);
-  std::vector<std::string>& Stored() const { return TheHostCalls().stored; }
+  Lines& Stored() const { return TheHostCalls().stored; }
   const TempFolder& Folder() const { return *m_folder; }
 
  private:
@@ -42,4 +36,4 @@ class PageFixture : public DriverFixture {
 };
 
 /// The texts of a list, each with '+' before it when it is checked, else '-'.
-std::vector<std::string> Items(const platform::DialogControl& list);
+Lines Items(const platform::DialogControl& list);

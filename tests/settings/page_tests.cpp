@@ -1,12 +1,6 @@
 // The settings page: what it shows, and what confirming it stores.
-#include <gtest/gtest.h>
-
-#include <memory>
 #include <set>
-#include <string>
-#include <vector>
 
-#include "buffer/GL3Buffer.h"
 #include "hostkit/services/registry.h"
 #include "platform/cgl.h"
 #include "tests/settings/page_fixture.h"
@@ -16,7 +10,6 @@
 namespace {
 
 using namespace platform;
-using Lines = std::vector<std::string>;
 using Option = GL3GADriver::OptionFlag;
 
 constexpr int kBoxes[] = {1347, 1359, 1367, 1357, 1368, 1369};
@@ -24,7 +17,7 @@ constexpr int kBoxes[] = {1347, 1359, 1367, 1357, 1368, 1369};
 class PageTest : public PageFixture {};
 
 TEST_F(PageTest, ShowsTheGLAndTheOptions) {
-  GL3().MakeCurrent();
+  Driver()->MakeCurrent();
   const auto text = [](GLenum name) -> std::string {
     return reinterpret_cast<const char*>(glGetString(name));
   };
@@ -34,29 +27,6 @@ TEST_F(PageTest, ShowsTheGLAndTheOptions) {
   EXPECT_EQ(Read(kShadingLanguageText).text, text(GL_SHADING_LANGUAGE_VERSION));
   EXPECT_EQ(aglGetCurrentContext(), GL3GADriver::m_context) << "current as before";
 
-  const Lines names = {"GL_ARB_depth_texture",
-                       "GL_ARB_texture_border_clamp",
-                       "GL_ARB_texture_non_power_of_two",
-                       "GL_ARB_texture_buffer_object",
-                       "GL_EXT_framebuffer_object",
-                       "GL_EXT_gpu_shader4",
-                       "GL_EXT_texture_filter_anisotropic",
-                       "GL_KTX_buffer_region"};
-  Lines wanted;
-  for (const std::string& name : names) {
-    wanted.push_back((text(GL_EXTENSIONS).find(name) != std::string::npos ? "+" : "-") + name);
-  }
-  for (const char* name : {"-WGL_ARB_pbuffer", "-WGL_ARB_multisample", "-WGL_ARB_pixel_format"}) {
-    wanted.emplace_back(name);
-  }
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
-  const DialogControl list = Read(kExtensionList);
-  EXPECT_NE(recorder.CallsTo("CGLChoosePixelFormat").at(0).find("kCGLPFASamples, 4}"),
-            std::string::npos);
-  EXPECT_EQ(Items(list), wanted);
-  for (const ListItem& item : list.items) EXPECT_FALSE(item.enabled) << item.text;
-
   const bool states[] = {false, true, false, false, true, false};  // of a fresh registry
   for (std::size_t i = 0; i < std::size(kBoxes); ++i) {
     const DialogControl box = Read(kBoxes[i]);
@@ -64,6 +34,25 @@ TEST_F(PageTest, ShowsTheGLAndTheOptions) {
     EXPECT_EQ(box.checked, states[i]) << kBoxes[i];
   }
   EXPECT_FALSE(Folder().Has("registry.ini"));
+}
+
+TEST_F(PageTest, ThePresenceOfExtensionsIsAPlainSearch) {
+  GlRecorder recorder(GlRecorder::kPlatform);
+  recorder.OverrideString(GL_EXTENSIONS,
+                          "GL_ARB_depth_texture_more WGL_ARB_pbuffer GL_ARB_texture_buffer_object "
+                          "GL_EXT_gpu_shader4 GL_KTX_buffer_region");
+  const DialogControl list = Read(kExtensionList);
+  EXPECT_NE(recorder.CallsTo("CGLChoosePixelFormat").at(0).find("kCGLPFASamples, 4}"),
+            std::string::npos);
+  EXPECT_EQ(Items(list), (Lines{"+GL_ARB_depth_texture", "-GL_ARB_texture_border_clamp",
+                                "-GL_ARB_texture_non_power_of_two", "+GL_ARB_texture_buffer_object",
+                                "-GL_EXT_framebuffer_object", "+GL_EXT_gpu_shader4",
+                                "-GL_EXT_texture_filter_anisotropic", "+GL_KTX_buffer_region",
+                                "-WGL_ARB_pbuffer", "-WGL_ARB_multisample",
+                                "-WGL_ARB_pixel_format"}));  // of the platform none is known
+  for (const ListItem& item : list.items) EXPECT_FALSE(item.enabled) << item.text;
+  recorder.OverrideString(GL_EXTENSIONS, nullptr);
+  EXPECT_EQ(Items(Read(kExtensionList))[0], "-GL_ARB_depth_texture");
 }
 
 TEST_F(PageTest, EachBoxHasItsOptionAndItsKey) {
@@ -87,16 +76,6 @@ TEST_F(PageTest, EachBoxHasItsOptionAndItsKey) {
     EXPECT_EQ(Read(box).checked, !before) << "and in the next driver";
     EXPECT_EQ(Stored().size(), 8u);
   }
-}
-
-TEST_F(PageTest, ThePresenceOfExtensionsIsAPlainSearch) {
-  GlRecorder recorder;
-  recorder.OverrideString(GL_EXTENSIONS, "GL_ARB_depth_texture_more WGL_ARB_pbuffer");
-  EXPECT_EQ(Items(Read(kExtensionList))[0], "+GL_ARB_depth_texture");
-  EXPECT_EQ(Items(Read(kExtensionList))[1], "-GL_ARB_texture_border_clamp");
-  EXPECT_EQ(Items(Read(kExtensionList))[8], "-WGL_ARB_pbuffer") << "of the platform none is known";
-  recorder.OverrideString(GL_EXTENSIONS, nullptr);
-  EXPECT_EQ(Items(Read(kExtensionList))[0], "-GL_ARB_depth_texture");
 }
 
 TEST_F(PageTest, TheCaptionOfCompressionTellsFromWhichSize) {
@@ -130,9 +109,9 @@ class EventView : public ScriptedView {
 TEST_F(PageTest, ComingToTheFrontFillsItAndAddsTheExtensionsEachTime) {
   GlRecorder recorder;
   recorder.OverrideString(GL_EXTENSIONS, "GL_EXT_gpu_shader4");
-  GL3().SetOption(Option::kAntialias, true);
-  GL3().SetOption(Option::kPowerOfTwoTextures, true);
-  GL3().SetWireframe(true);
+  Driver()->SetOption(Option::kAntialias, true);
+  Driver()->SetOption(Option::kPowerOfTwoTextures, true);
+  Driver()->SetWireframe(true);
   GL3GABuffer::m_inversesort = 1;
   for (const int reduced : {0, 2}) {
     const std::unique_ptr<CPropertyPage> pages[] = {
@@ -178,11 +157,13 @@ TEST_F(PageTest, ComingToTheFrontFillsItAndAddsTheExtensionsEachTime) {
   }
 }
 
-TEST_F(PageTest, ConfirmedAsItWasStoresNothing) {
+TEST_F(PageTest, ConfirmedAsItWasOrCancelledItStoresNothing) {
   GL3GABuffer::m_inversesort = 2;  // a number that the registry may hold, and a check box may not
   EXPECT_FALSE(Play({ConfirmStep()}));
   EXPECT_FALSE(Play({ClickStep(kAntialiasBox), ClickStep(kAntialiasBox), ConfirmStep()}));
   EXPECT_EQ(GL3GABuffer::m_inversesort, 2);
+  EXPECT_FALSE(Play({ClickStep(kAntialiasBox), ClickStep(kPolygonModeBox), CancelStep()}));
+  EXPECT_FALSE(Driver()->HasOption(Option::kAntialias) || Driver()->IsWireframe());
   EXPECT_EQ(Stored(), Lines());
   EXPECT_FALSE(Folder().Has("registry.ini"));
 }
@@ -211,39 +192,12 @@ TEST_F(PageTest, ANumberOfTheRegistryOutlivesOtherChanges) {
   EXPECT_EQ(storedSort(), "1");
 }
 
-TEST_F(PageTest, CancelledChangesStayWithoutEffect) {
-  EXPECT_FALSE(Play({ClickStep(kAntialiasBox), ClickStep(kPolygonModeBox), CancelStep()}));
-  EXPECT_FALSE(GL3().HasOption(Option::kAntialias));
-  EXPECT_FALSE(GL3().IsWireframe());
-  EXPECT_EQ(Stored(), Lines());
-}
-
-/// Drives the page's model itself, as a toolkit's view does.
-class HandWrittenView : public DialogView {
- public:
-  HandWrittenView() : m_previous(SetDialogView(this)) {}
-  ~HandWrittenView() override { SetDialogView(m_previous); }
-  void Open(DialogModel&) override {}
-  void Run(DialogModel& sheet) override {
-    DialogModel& page = *sheet.Pages()[0];
-    EXPECT_TRUE(page.Click(kAntialiasBox));
-    EXPECT_TRUE(sheet.Click(IDOK));
-    EXPECT_TRUE(sheet.IsEnded());
-    EXPECT_FALSE(page.Click(kAntialiasBox)) << "it has ended";
-  }
-  void Close(DialogModel&) override {}
-
- private:
-  DialogView* m_previous;
-};
-
-TEST_F(PageTest, OneChangeStoresAllEightWhoeverMakesIt) {
+TEST_F(PageTest, OneChangeStoresAllEightByClickOrByKey) {
   const std::string file =
       "[OpenGL3]\nPolygonmode = 0\nAnisotropic = 1\nAntialias = 1\n"
       "SortInverse Transparent Triangles = 0\nTextures Powerof2 = 0\nTextures Compression = 1\n"
       "Max Vertices = 4567\nMax Transparent Triangles = 1234\n";
-  for (const char* way : {"model", "clicks", "keys"}) {
-    SCOPED_TRACE(way);
+  for (const ScriptStep& change : {ClickStep(kAntialiasBox), KeyStep('s')}) {
     std::filesystem::remove(Folder().Path("registry.ini"));
     hostkit::ReloadRegistry();
     TheHostCalls().read.clear();
@@ -259,19 +213,14 @@ TEST_F(PageTest, OneChangeStoresAllEightWhoeverMakesIt) {
     GL3GABuffer::m_maxtransparentpolys = 1234;
     GL3GADriver::m_azprocessor = 3;
     Stored().clear();
-    if (way == std::string("model")) {
-      const HandWrittenView view;
-      const std::unique_ptr<CPropertyPage> page(Driver()->CreatePropertyPage(0));
-      CPropertySheet sheet("Settings");
-      sheet.AddPage(page.get());
-      sheet.m_nFlags = 0x40;
-      EXPECT_EQ(sheet.DoModal(), IDOK);
-      EXPECT_EQ(sheet.m_nFlags, 0x42u);
-    } else {
-      EXPECT_TRUE(Play(
-          {way == std::string("keys") ? KeyStep('s') : ClickStep(kAntialiasBox), ConfirmStep()}));
-    }
-    EXPECT_TRUE(GL3().HasOption(Option::kAntialias));
+    const ScriptedView view({change, ConfirmStep()});
+    const std::unique_ptr<CPropertyPage> page(Driver()->CreatePropertyPage(0));
+    CPropertySheet sheet("Settings");
+    sheet.AddPage(page.get());
+    sheet.m_nFlags = 0x40;
+    EXPECT_EQ(sheet.DoModal(), IDOK);
+    EXPECT_EQ(sheet.m_nFlags, 0x42u);
+    EXPECT_TRUE(Driver()->HasOption(Option::kAntialias));
     EXPECT_EQ(Stored(),
               (Lines{"OpenGL3/Polygonmode=0", "OpenGL3/Anisotropic=1", "OpenGL3/Antialias=1",
                      "OpenGL3/SortInverse Transparent Triangles=0", "OpenGL3/Textures Powerof2=0",
@@ -298,7 +247,7 @@ TEST_F(PageTest, AReducedPageHidesTheOptionsAndStoresNothing) {
     });
     EXPECT_FALSE(Play({refused, ConfirmStep()}, reduced));
   }
-  EXPECT_TRUE(GL3().HasOption(Option::kReducedPage));
+  EXPECT_TRUE(Driver()->HasOption(Option::kReducedPage));
   EXPECT_EQ(Stored(), Lines());
 }
 

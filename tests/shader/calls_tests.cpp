@@ -6,10 +6,8 @@
 #include <cstdint>
 #include <cstring>
 #include <map>
-#include <string>
 #include <tuple>
 #include <type_traits>
-#include <vector>
 
 #include "platform/gl.h"
 #include "shader/Gl3ShaderMain.h"
@@ -18,8 +16,6 @@
 #include "tests/support/gl_recorder.h"
 
 namespace {
-
-using Lines = std::vector<std::string>;
 
 std::map<GLint, std::string> g_uniforms;  // names by the location that was told last
 
@@ -216,8 +212,7 @@ class CallsTest : public ShaderFixture {
 
 TEST_F(CallsTest, FromSetUpToRelease) {
   const GlewCalls entries;
-  GlRecorder gl;
-  gl.LogPlatform(true);
+  GlRecorder gl(GlRecorder::kPlatform);
   InitFor(0, 2, 5);
   EXPECT_EQ(gl.CallsTo("glViewport"), Lines{"glViewport(0, 0, 40, 24)"});
   EXPECT_EQ(
@@ -225,7 +220,7 @@ TEST_F(CallsTest, FromSetUpToRelease) {
       CallsIn(CompiledProgram(1, "6914fa4b") + CompiledProgram(2, "e7375baf") +
               BlurUniforms(1, "0.0714286") + BlurUniforms(2, "0.166667") + "glUseProgram(null)"));
   gl.Clear();
-  InitFor(1, 3, 8);
+  InitFor(1, 3, 8.9f);
   EXPECT_EQ(AfterSurface(gl),
             CallsIn(CompiledProgram(3, "1fad996d") + "glUseProgram(program3);" +
                     Uniform(3, "glUniform1i(colorTexture, 0)") +
@@ -237,7 +232,7 @@ TEST_F(CallsTest, FromSetUpToRelease) {
   for (const int effect : {0, 1}) {
     MakeCurrent();
     gl.Clear();
-    Process(effect, RandomPixels(14, 6, 5));
+    EXPECT_EQ(Process(effect, RandomPixels(14, 6, 5)).width, 14);
     EXPECT_EQ(gl.Calls(), effect == 0 ? RunCalls(gl, 2, {2, 1, 2, 1}) : RunCalls(gl, 3, {3, 3, 3}));
   }
   const std::string released[] = {MakeCurrentCalls(2) + ReleaseProgram(1) + ReleaseProgram(2),
@@ -247,6 +242,9 @@ TEST_F(CallsTest, FromSetUpToRelease) {
     InitFor(effect, 0, 5);
     const Lines wanted = CallsIn(released[effect]), again = gl.Calls();
     EXPECT_TRUE(std::equal(wanted.begin(), wanted.end(), again.begin())) << effect;
+    gl.Clear();
+    EXPECT_EQ(Process(effect, RandomPixels(14, 6, 5)).width, 14);
+    EXPECT_EQ(gl.Calls(), RunCalls(gl, 4 + effect, {})) << "no passes";
   }
   // A blur that gets no surface any more releases itself, once more in between than filters do.
   Effects().refuses = true;
@@ -259,11 +257,26 @@ TEST_F(CallsTest, FromSetUpToRelease) {
   EXPECT_EQ(gl.Calls(), CallsIn(MakeCurrentCalls(5) + ReleaseProgram(6)));
 }
 
+TEST_F(CallsTest, ABlurTakesMoreSamplesOfALargerRadius) {
+  const GlewCalls entries;
+  for (const auto& [radius, wanted] : {std::pair{1.0f, "steps, 0); radius, 1); bloom, 1)"},
+                                       {3.3f, "steps, 2); radius, 3.3); bloom, 0.2)"},
+                                       {10.0f, "steps, 7); radius, 10); bloom, 0.0666667)"},
+                                       {40.0f, "steps, 19); radius, 40); bloom, 0.025641)"}}) {
+    GlRecorder gl(GlRecorder::kPlatform);
+    InitFor(0, 1, radius);
+    Lines values;
+    for (const std::string& call : gl.CallsTo("glUniform1")) {
+      values.push_back(call.substr(call.find('(') + 1));
+    }
+    EXPECT_EQ(Lines(values.begin() + 2, values.begin() + 5), CallsIn(wanted));
+  }
+}
+
 TEST_F(CallsTest, UniformsAreSetWhereTheyAreAndEffectsReleasedInTheirOrder) {
   const Replaced<PFNGLGETUNIFORMLOCATIONPROC> replaced(__glewGetUniformLocation, NoLocation);
   const GlewCalls entries;
-  GlRecorder gl;
-  gl.LogPlatform(true);
+  GlRecorder gl(GlRecorder::kPlatform);
   InitFor(0, 2, 5);
   InitFor(1, 3, 8);
   EXPECT_EQ(gl.CallsTo("glGetUniformLocation").size(), 13u);

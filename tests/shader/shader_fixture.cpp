@@ -11,7 +11,6 @@
 #include <random>
 #include <sstream>
 
-#include "buffer/GL3Buffer.h"
 #include "hostkit/services/current_driver.h"
 #include "tests/support/next_symbol.h"
 #include "tests/support/platform_calls.h"
@@ -49,24 +48,12 @@ HByteBlock* HBitmapNode::CreateByteBlock(int wrap, int* flags, int bgr) {
   return next(this, wrap, flags, bgr);
 }
 
-int Pixels::At(int x, int y, int c) const {
-  const int column = std::clamp(x, 0, width - 1), row = std::clamp(y, 0, height - 1);
-  return bytes.at((static_cast<std::size_t>(row) * width + column) * 4 + c);
-}
-
 Pixels RandomPixels(int width, int height, unsigned seed) {
   std::mt19937 random(seed);
   Pixels pixels{width, height,
                 std::vector<std::uint8_t>(static_cast<std::size_t>(width * height) * 4)};
   for (std::uint8_t& byte : pixels.bytes) byte = static_cast<std::uint8_t>(random() >> 24);
   return pixels;
-}
-
-void ExpectNear(const Pixels& actual, const Pixels& wanted, int tolerance) {
-  ASSERT_EQ(actual.bytes.size(), wanted.bytes.size());
-  for (std::size_t i = 0; i < wanted.bytes.size(); ++i) {
-    ASSERT_NEAR(actual.bytes[i], wanted.bytes[i], tolerance) << "byte " << i;
-  }
 }
 
 GABuffer* EffectDriver::CreateBuffer(RenderInfo* info, int mode, int compatibleDC) {
@@ -86,7 +73,7 @@ void ShaderFixture::SetUp() {
   hostkit::SetDriver(m_effects.get());
   ASSERT_EQ(m_effects->Initialize(), 1);
   m_program = MakeProgram();
-  ASSERT_EQ(NewLogLines(), std::vector<std::string>{"TIME"});
+  ASSERT_EQ(NewLogLines(), Lines{"TIME"});
 }
 
 void ShaderFixture::TearDown() {
@@ -138,13 +125,13 @@ Pixels ShaderFixture::Result(const HBitmapNode& bitmap) {
   return pixels;
 }
 
-std::vector<std::string> ShaderFixture::NewLogLines() {
+Lines ShaderFixture::NewLogLines() {
   std::ifstream file(m_folder + "/GPUShader.log", std::ios::binary);
   std::ostringstream text;
   text << file.rdbuf();
   std::istringstream fresh(text.str().substr(std::min(m_logRead, text.str().size())));
   m_logRead = text.str().size();
-  std::vector<std::string> lines;
+  Lines lines;
   for (std::string line; std::getline(fresh, line);) {
     std::tm time{};
     const char* end = strptime(line.c_str(), "%a %b %e %H:%M:%S %Y", &time);

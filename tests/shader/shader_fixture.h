@@ -2,14 +2,8 @@
 // test's own.
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <memory>
-#include <string>
 #include <utility>
-#include <vector>
 
-#include "driver/GL3Driver.h"
 #include "shader/Gl3ShaderProgram.h"
 #include "tests/support/driver_fixture.h"
 
@@ -18,12 +12,12 @@ struct Pixels {
   int width = 0, height = 0;
   std::vector<std::uint8_t> bytes;
 
-  /// Channel `c` of a pixel, or of the nearest one on the edge.
-  int At(int x, int y, int c) const;
+  /// Channel `c` of a pixel.
+  int At(int x, int y, int c) const {
+    return bytes.at((static_cast<std::size_t>(y) * width + x) * 4 + c);
+  }
 };
 Pixels RandomPixels(int width, int height, unsigned seed);
-/// Every byte within `tolerance`.
-void ExpectNear(const Pixels& actual, const Pixels& wanted, int tolerance);
 
 /// Effects never release their surfaces: the test's driver does. Can make them fail.
 class EffectDriver : public GL3GADriver {
@@ -69,7 +63,7 @@ class ShaderFixture : public DriverFixture {
   /// The newest "ColorAlpha" buffer as bytes.
   static Pixels Result(const HBitmapNode& bitmap);
   /// The log's lines since the last call, without line ends and the time stamp's content.
-  std::vector<std::string> NewLogLines();
+  Lines NewLogLines();
   const std::string& Folder() const { return m_folder; }
 
   RenderInfo m_info;

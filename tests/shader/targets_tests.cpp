@@ -11,7 +11,6 @@
 #include <new>
 #include <thread>
 #include <tuple>
-#include <vector>
 
 #include "platform/gl.h"
 #include "shader/Gl3ShaderMain.h"
@@ -260,6 +259,26 @@ TEST_F(TargetsTest, EveryMergeOfModeZeroAddsABuffer) {
     }
     EXPECT_EQ(buffers, calls);
     EXPECT_EQ(Result(*bitmap).bytes, picture.bytes) << "the newest is found";
+  }
+}
+
+TEST_F(TargetsTest, OtherModesPutColoursOverTheSourceButForBlackOnes) {
+  Pixels picture = RandomPixels(16, 8, 3);
+  constexpr std::size_t kWhite = 16 * 4 * 4;  // bytes
+  std::fill_n(picture.bytes.begin(), kWhite, std::uint8_t{255});
+  for (const int effect : {0, 1}) {
+    const TestBitmap source(new HBitmapNode(16, 8)), destination(new HBitmapNode(16, 8));
+    Program().MergeBuffers(nullptr, source.get(), picture.bytes.data(), 0, 0, 0, 16, 8);
+    // A blur without passes; a negative.
+    ASSERT_EQ(Init(effect, 1, static_cast<float>(effect), 2, 16, 8), 1);
+    ASSERT_EQ(Program().Process(effect, source.get(), destination.get(), 0), 1);
+    EXPECT_EQ(destination->GetBufferHead(), nullptr);
+    EXPECT_EQ(source->GetBufferHead()->Next(), nullptr);
+    const Pixels result = Result(*source);
+    for (std::size_t i = 0; i < picture.bytes.size(); ++i) {
+      const bool turned = effect == 1 && i >= kWhite && i % 4 != 3;
+      ASSERT_EQ(result.bytes.at(i), turned ? 255 - picture.bytes[i] : picture.bytes[i]) << i;
+    }
   }
 }
 

@@ -6,11 +6,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <map>
 #include <utility>
-
-#include "buffer/GL3Color.h"
 
 void DrawingFixture::SetUp() {
   DriverFixture::SetUp();
@@ -25,19 +22,6 @@ void DrawingFixture::SetUp() {
 void DrawingFixture::TearDown() {
   m_target.reset();
   DriverFixture::TearDown();
-}
-
-std::array<int, 3> DrawingFixture::ColorAt(int x, int y) {
-  const float column = kOriginX + (static_cast<float>(x) + 0.5f) * kScaleX;
-  const float row = kOriginY - (static_cast<float>(y) + 0.5f) * kScaleY;
-  const std::array<int, 4> pixel = m_target->Pixel(static_cast<int>(column), static_cast<int>(row));
-  return {pixel[0], pixel[1], pixel[2]};
-}
-
-GAColor Rgb(int red, int green, int blue) {
-  return GAColor(
-      new GL3Color(ColorBuf{static_cast<std::uint8_t>(red), static_cast<std::uint8_t>(green),
-                            static_cast<std::uint8_t>(blue), 255}));
 }
 
 AttrProperty Material(float red, float green, float blue, float transparency) {
@@ -109,19 +93,14 @@ std::unique_ptr<GL3GATexture> SolidTexture(std::array<int, 4> rgba) {
   return texture;
 }
 
+std::string Bind(const GL3GATexture& texture) {
+  return fmt::format("glBindTexture(GL_TEXTURE_2D, {})", texture.m_texture);
+}
+
 LightList::LightList(std::vector<GALight> lights)
     : m_lights(std::move(lights)), m_nodes(m_lights.size()) {
   for (std::size_t i = 0; i < m_nodes.size(); ++i) {
     m_nodes[i].light = &m_lights[i];
     if (i > 0) m_nodes[i - 1].next = &m_nodes[i];
   }
-}
-
-testing::AssertionResult Near(const std::array<int, 3>& actual, const std::array<int, 3>& wanted) {
-  for (std::size_t i = 0; i < 3; ++i) {
-    if (std::abs(actual.at(i) - wanted.at(i)) <= 1) continue;
-    return testing::AssertionFailure()
-           << testing::PrintToString(actual) << " instead of " << testing::PrintToString(wanted);
-  }
-  return testing::AssertionSuccess();
 }

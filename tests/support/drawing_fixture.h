@@ -2,19 +2,12 @@
 // what hosts draw.
 #pragma once
 
-#include <array>
 #include <initializer_list>
-#include <memory>
 #include <string>
-#include <vector>
 
-#include "buffer/GL3Buffer.h"
-#include "displaylist/GL3DisplayL.h"
 #include "host/VornPoly.h"
 #include "tests/support/driver_fixture.h"
 #include "texture/GL3Texture.h"
-
-using Lines = std::vector<std::string>;
 
 /// A driver and a black target with depth buffer, scene projection and current context. Nothing
 /// about it is even, so that what is exchanged or forgotten shows: the picture is oblong, a view
@@ -32,18 +25,12 @@ class DrawingFixture : public DriverFixture {
 
   OffscreenTarget& Target() { return *m_target; }
   RenderInfo& Info() { return m_target->info; }
-  GL3GABuffer& Buffer() { return static_cast<GL3GABuffer&>(*m_target->buffer); }
-  GL3DisplayList& List() { return static_cast<GL3DisplayList&>(*m_target->list); }
-  void ResetTarget() { m_target.reset(); }
-  /// Red, green, blue in the middle of a view unit.
-  std::array<int, 3> ColorAt(int x, int y);
+  GL3GABuffer& Buffer() { return *m_target->buffer; }
+  GL3DisplayList& List() { return *m_target->list; }
 
  private:
   std::unique_ptr<OffscreenTarget> m_target;
 };
-
-/// An opaque colour, 0 to 255 a channel; made without a driver, for members of fixtures.
-GAColor Rgb(int red, int green, int blue);
 
 /// A material without highlight and ambient light of its own. Under the headlight a channel that is
 /// 0 or 1 shows so, whatever the scene's ambient light; that is part of its ambient colour.
@@ -55,7 +42,7 @@ GAVertex Facing(float x, float y, float z, float u = 0, float v = 0);
 /// A vertex in which every value differs, also from those of other numbers (below 10): position
 /// (n, 10 + n, -20 - n), normal (30 + n, …), texture coordinates (60 + n, 70 + n).
 GAVertex Numbered(int number);
-/// What GlRecorder::LogVertices tells of numbered vertices that were drawn: ", {(…), (…)}", each
+/// What GlRecorder::kVertices tells of numbered vertices that were drawn: ", {(…), (…)}", each
 /// with position, normal and, when asked for, texture coordinates.
 std::string NumberedText(std::initializer_list<int> numbers, bool textured);
 
@@ -73,6 +60,9 @@ VornPoly Polygon(const GAColor& color, float z, float depthKey = 0);
 /// A 4 x 4 texture of one colour.
 std::unique_ptr<GL3GATexture> SolidTexture(std::array<int, 4> rgba);
 
+/// The call that binds a texture.
+std::string Bind(const GL3GATexture& texture);
+
 /// Host lights as a list, in order.
 class LightList {
  public:
@@ -83,6 +73,3 @@ class LightList {
   std::vector<GALight> m_lights;
   std::vector<LightListNode> m_nodes;
 };
-
-/// Channels that differ by one at most, as blending and rasterising round.
-testing::AssertionResult Near(const std::array<int, 3>& actual, const std::array<int, 3>& wanted);

@@ -1,25 +1,26 @@
-// A driver, initialised and current, and off-screen drawing on it.
+// A driver, initialised and current, and targets to draw into.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdint>
 #include <memory>
 
+#include "buffer/GL3Buffer.h"
+#include "displaylist/GL3DisplayL.h"
+#include "driver/GL3Driver.h"
 #include "host/Bitmap.h"
-#include "host/DisplayList.h"
-#include "host/GABuffer.h"
-#include "host/GADriver.h"
-#include "host/RenderInfo.h"
 #include "hostkit/services/bitmap_ptr.h"
-#include "hostkit/services/host_heaps.h"
-#include "platform/platform.h"
+#include "tests/support/gl_recorder.h"
 
-/// An off-screen buffer with a display list that draws into it. The view is parallel, its units are
-/// pixels with the origin in the middle of the picture and y up until SetView; z from -1 (near) to
-/// -1000 is visible, and objects lie in view space as they are.
+/// A buffer with depth, off-screen unless its mode says otherwise, and a display list that draws
+/// into it. The view is parallel, its units are pixels with the origin in the middle of the picture
+/// and y up until SetView; z from -1 (near) to -1000 is visible, and objects lie in view space as
+/// they are.
 struct OffscreenTarget {
-  OffscreenTarget(GADriver* driver, int width, int height);
+  OffscreenTarget(GADriver* driver, int width, int height, int mode = GL3GABuffer::kOffScreen,
+                  CWnd* view = nullptr);
   OffscreenTarget(const OffscreenTarget&) = delete;
   OffscreenTarget& operator=(const OffscreenTarget&) = delete;
 
@@ -32,17 +33,13 @@ struct OffscreenTarget {
   /// Draws what waits in the display list, then the transparent polygons.
   void End();
 
-  /// Red, green, blue, alpha at a pixel, the origin at the top left.
-  std::array<int, 4> Pixel(int x, int y);
-  /// Window depth there, 0 near to 1 far.
-  float Depth(int x, int y);
-  /// Pixels that are not of the given colour.
-  int CountOther(std::array<int, 3> color);
+  /// What lies in the buffer, rows from the top, 0xRRGGBB.
+  std::vector<std::uint32_t> Drawn();
 
   RenderInfo info;
   SceneRecord scene;
-  std::unique_ptr<GABuffer> buffer;  ///< Null when the driver could not make one.
-  std::unique_ptr<DisplayList> list;
+  std::unique_ptr<GL3GABuffer> buffer;  ///< Null when the driver could not make one.
+  std::unique_ptr<GL3DisplayList> list;
   bool ready = false;  ///< Whether the buffer has a surface.
 };
 
@@ -50,6 +47,12 @@ using TestBitmap = hostkit::BitmapPtr;
 
 /// A bitmap with a "Color" buffer, one colour throughout.
 TestBitmap SolidBitmap(int width, int height, std::array<int, 4> rgba);
+
+/// A colour, 0 to 255 a channel; made without a driver, for members of fixtures.
+GAColor Rgb(int red, int green, int blue, int alpha = 255);
+
+/// How many blocks of the host's heaps and objects of the platform layer are alive, a line a kind.
+Lines Alive();
 
 /// Makes a driver for each test, makes it the host's and initialises it. A test that draws names
 /// this as its fixture; one that looks at initialisation itself derives and overrides SetUp. A test
@@ -61,12 +64,10 @@ class DriverFixture : public testing::Test {
   void TearDown() override;
 
   /// A new driver as the current one, not initialised; the one before is deleted.
-  GADriver* RemakeDriver();
-  GADriver* Driver() const { return m_driver.get(); }
-  GAColor Color(int red, int green, int blue, int alpha = 255) const;
+  GL3GADriver* RemakeDriver();
+  GL3GADriver* Driver() const { return m_driver.get(); }
 
  private:
-  hostkit::HeapCounts m_heaps = hostkit::CountHeaps();
-  platform::HandleCounts m_handles = platform::CountHandles();
-  std::unique_ptr<GADriver> m_driver;
+  const Lines m_alive = Alive();
+  std::unique_ptr<GL3GADriver> m_driver;
 };

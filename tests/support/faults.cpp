@@ -9,6 +9,7 @@
 #include <cstring>
 #include <limits>
 #include <map>
+#include <mutex>
 
 #include "host/Heaps.h"
 #include "hostkit/services/ext_heap.h"
@@ -19,7 +20,6 @@
 #include "platform/mfc.h"
 #include "platform/win32.h"
 #include "tests/support/gl_names.h"
-#include "tests/support/heap_blocks.h"
 #include "tests/support/next_symbol.h"
 #include "tests/support/platform_calls.h"
 
@@ -60,6 +60,23 @@ bool MustFail(FaultPoint which) {
   return fails;
 }
 
+/// Where blocks begin and how many bytes they have.
+struct Blocks {
+  std::mutex mutex;
+  std::map<const char*, std::size_t> sizes;
+};
+
+Blocks& TheBlocks() {
+  static auto* const blocks = new Blocks;  // heaps are used until the process ends
+  return *blocks;
+}
+
+void NoteBlock(const void* block, std::size_t bytes) {
+  if (!block) return;
+  const std::lock_guard lock(TheBlocks().mutex);
+  TheBlocks().sizes[static_cast<const char*>(block)] = bytes;
+}
+
 int KeepMessage(const char* text, unsigned int) {
   State().messages.emplace_back(text);
   return 1;
@@ -76,12 +93,6 @@ AGLPixelFormat aglChoosePixelFormat(const void* devices, GLint deviceCount,
   PlatformCall call("aglChoosePixelFormat", AglList(attributes) + of);
   const bool fails = MustFail(FaultPoint::kAglChoosePixelFormat);
   return call.Returns(fails ? nullptr : next(devices, deviceCount, attributes));
-}
-
-AGLContext aglCreateContext(AGLPixelFormat format, AGLContext share) {
-  static auto* const next = NextSymbol<decltype(aglCreateContext)>("aglCreateContext");
-  PlatformCall call("aglCreateContext", format, share);
-  return call.Returns(MustFail(FaultPoint::kAglCreateContext) ? nullptr : next(format, share));
 }
 
 GLboolean aglCreatePBuffer(GLint width, GLint height, GLenum target, GLenum internalFormat,
@@ -119,11 +130,21 @@ CGLError CGLCreateContext(CGLPixelFormatObj format, CGLContextObj share, CGLCont
   return error;
 }
 
-HDC GetDC(HWND window) {
-  static auto* const next = NextSymbol<decltype(GetDC)>("GetDC");
-  PlatformCall call("GetDC", window);
-  return call.Returns(MustFail(FaultPoint::kGetDC) ? nullptr : next(window));
-}
+// What answers a handle, or null when it fails: result type, name, parameters, arguments as they
+// are passed, and as they are logged.
+#define GL3_FAULTY_HANDLE(result, name, point, parameters, arguments, ...)       \
+  result name parameters {                                                       \
+    static auto* const next = NextSymbol<decltype(name)>(#name);                 \
+    PlatformCall call(#name __VA_OPT__(, ) __VA_ARGS__);                         \
+    return call.Returns(MustFail(FaultPoint::point) ? nullptr : next arguments); \
+  }
+GL3_FAULTY_HANDLE(AGLContext, aglCreateContext, kAglCreateContext, (AGLPixelFormat a, AGLContext b),
+                  (a, b), a, b)
+GL3_FAULTY_HANDLE(HDC, GetDC, kGetDC, (HWND a), (a), a)
+GL3_FAULTY_HANDLE(CFURLRef, CFURLCreateFromFSRef, kCFURLCreateFromFSRef,
+                  (CFAllocatorRef a, const FSRef* b), (a, b))
+GL3_FAULTY_HANDLE(CFBundleRef, CFBundleCreate, kCFBundleCreate, (CFAllocatorRef a, CFURLRef b),
+                  (a, b), b)
 
 OSErr FindFolder(std::int16_t domain, std::uint32_t folderType, unsigned char create,
                  std::int16_t* volume, std::int32_t* folder) {
@@ -144,19 +165,6 @@ OSErr FSpMakeFSRef(const FSSpec* spec, FSRef* ref) {
   const PlatformCall call("FSpMakeFSRef");
   return MustFail(FaultPoint::kFSpMakeFSRef) ? OSErr{fnfErr} : next(spec, ref);
 }
-
-CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef* ref) {
-  static auto* const next = NextSymbol<decltype(CFURLCreateFromFSRef)>("CFURLCreateFromFSRef");
-  PlatformCall call("CFURLCreateFromFSRef");
-  const bool fails = MustFail(FaultPoint::kCFURLCreateFromFSRef);
-  return call.Returns(fails ? nullptr : next(allocator, ref));
-}
-
-CFBundleRef CFBundleCreate(CFAllocatorRef allocator, CFURLRef url) {
-  static auto* const next = NextSymbol<decltype(CFBundleCreate)>("CFBundleCreate");
-  PlatformCall call("CFBundleCreate", url);
-  return call.Returns(MustFail(FaultPoint::kCFBundleCreate) ? nullptr : next(allocator, url));
-}
 }
 
 // C++ functions are looked up by their mangled names.
@@ -170,15 +178,14 @@ unsigned int InitializeGlew() {
   return result;
 }
 
-void* AllocGAssist(std::size_t size) {
-  static auto* const next = NextSymbol<decltype(AllocGAssist)>("_Z12AllocGAssistm");
-  return MustFail(FaultPoint::kAllocGAssist) ? nullptr : next(size);
-}
-
-void* AllocOGL(std::size_t size) {
-  static auto* const next = NextSymbol<decltype(AllocOGL)>("_Z8AllocOGLm");
-  return MustFail(FaultPoint::kAllocOGL) ? nullptr : next(size);
-}
+#define GL3_FAULTY_HEAP(name, mangled)                             \
+  void* name(std::size_t size) {                                   \
+    static auto* const next = NextSymbol<decltype(name)>(mangled); \
+    return MustFail(FaultPoint::k##name) ? nullptr : next(size);   \
+  }
+GL3_FAULTY_HEAP(AllocGAssist, "_Z12AllocGAssistm")
+GL3_FAULTY_HEAP(AllocOGL, "_Z8AllocOGLm")
+GL3_FAULTY_HEAP(AllocString, "_Z11AllocStringm")
 
 void* AllocExt(std::size_t size) {
   static auto* const next = NextSymbol<decltype(AllocExt)>("_Z8AllocExtm");
@@ -195,11 +202,6 @@ void* AllocExt(std::size_t size) {
   return State().lastExt;
 }
 
-void* AllocString(std::size_t size) {
-  static auto* const next = NextSymbol<decltype(AllocString)>("_Z11AllocStringm");
-  return MustFail(FaultPoint::kAllocString) ? nullptr : next(size);
-}
-
 void* hostkit::AllocExtPicture(std::size_t size) {
   static auto* const next = NextSymbol<decltype(AllocExtPicture)>("_ZN7hostkit15AllocExtPictureEm");
   void* block = MustFail(FaultPoint::kAllocBitmap) ? nullptr : next(size);
@@ -209,8 +211,21 @@ void* hostkit::AllocExtPicture(std::size_t size) {
 
 void FreeExt(void* block) {
   static auto* const next = NextSymbol<decltype(FreeExt)>("_Z7FreeExtPv");
-  ForgetBlock(block);
+  {
+    const std::lock_guard lock(TheBlocks().mutex);
+    TheBlocks().sizes.erase(static_cast<const char*>(block));
+  }
   next(block);
+}
+
+std::string PlaceInBlock(const void* address) {
+  const auto* place = static_cast<const char*>(address);
+  const std::lock_guard lock(TheBlocks().mutex);
+  auto block = TheBlocks().sizes.upper_bound(place);
+  if (block == TheBlocks().sizes.begin()) return "pointer";
+  --block;
+  const auto offset = static_cast<std::size_t>(place - block->first);
+  return offset < block->second ? fmt::format("+{} of {}", offset, block->second) : "pointer";
 }
 
 Faults::Faults() {
@@ -227,11 +242,6 @@ Faults::~Faults() {
 void Faults::Fail(FaultPoint point, int nth, int count) {
   At(point).firstFailure = At(point).calls + nth;
   At(point).lastFailure = At(point).firstFailure + count - 1;
-}
-
-void Faults::FailAlways(FaultPoint point) {
-  At(point).firstFailure = At(point).calls + 1;
-  At(point).lastFailure = std::numeric_limits<int>::max();
 }
 
 int Faults::Calls(FaultPoint point) const {

@@ -42,7 +42,7 @@ class Faults {
   /// The `nth` call from now on (1 is the next) and `count - 1` more after it fail.
   void Fail(FaultPoint point, int nth = 1, int count = 1);
   /// Every call from now on fails.
-  void FailAlways(FaultPoint point);
+  void FailAlways(FaultPoint point) { Fail(point, 1, 1 << 30); }
   /// Calls of `point` since construction, failed ones included.
   int Calls(FaultPoint point) const;
   /// The failures among them.
@@ -62,3 +62,7 @@ class Faults {
   /// Texts of the message boxes since construction.
   const std::vector<std::string>& Messages() const;
 };
+
+/// Where an address lies in a block that the general heap gave: "+offset of size" in bytes, or
+/// "pointer" beyond. For logs of calls.
+std::string PlaceInBlock(const void* address);

@@ -14,8 +14,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "tests/support/faults.h"
 #include "tests/support/gl_names.h"
-#include "tests/support/heap_blocks.h"
 #include "tests/support/next_symbol.h"
 
 namespace {
@@ -33,13 +33,11 @@ constexpr GLenum kArrayKinds[] = {GL_VERTEX_ARRAY, GL_NORMAL_ARRAY, GL_TEXTURE_C
 
 struct Recording {
   bool on = false;
-  bool indices = false;
-  bool vertices = false;
+  int details = 0;
   std::map<GLenum, Array> arrays;
   const void* firstArray = nullptr;  // the first pointer since the last draw
-  bool platform = false;
   int pauses = 0;
-  std::vector<std::string> calls;
+  Lines calls;
   std::map<const void*, std::string> handles;
   std::map<std::string, int> handlesOfKind;
   std::map<GLenum, const char*> strings;
@@ -59,7 +57,7 @@ bool IsRecording() {
 
 std::string Floats(const GLfloat* values, int count) {
   if (!values) return "null";
-  std::vector<std::string> texts;
+  Lines texts;
   for (int i = 0; i < count; ++i) texts.push_back(fmt::format("{:g}", values[i]));
   return fmt::format("{{{}}}", fmt::join(texts, ", "));
 }
@@ -76,8 +74,6 @@ std::string DescribeNumber(char kind, Number value) {
       return BlendFactorName(word);
     case 'm':
       return AttribMaskName(word);
-    case 'b':
-      return word ? "GL_TRUE" : "GL_FALSE";
     case 'f':
       return fmt::format("{:g}", static_cast<double>(value));
     default:
@@ -111,7 +107,7 @@ std::string Describe(char kind, Argument argument) {
 template <typename... Arguments>
 void Log(const char* name, const char* kinds, Arguments... arguments) {
   if (!IsRecording()) return;
-  std::vector<std::string> texts;
+  Lines texts;
   ((texts.push_back(Describe(*kinds++, arguments))), ...);
   State().calls.push_back(fmt::format("{}({})", name, fmt::join(texts, ", ")));
 }
@@ -127,7 +123,7 @@ std::vector<unsigned> Indices(GLsizei count, GLenum type, const void* indices) {
 
 /// A vertex as the GL reads it: the members of the enabled arrays, in the order of kArrayKinds.
 std::string Vertex(unsigned index) {
-  std::vector<std::string> members;
+  Lines members;
   for (const GLenum kind : kArrayKinds) {
     const Array& array = State().arrays[kind];
     if (!array.enabled) continue;
@@ -147,9 +143,10 @@ std::string Vertex(unsigned index) {
 std::string DrawnElements(GLsizei count, GLenum type, const void* indices) {
   const std::vector<unsigned> values = Indices(count, type, indices);
   std::string text;
-  if (State().indices) text += fmt::format(", {{{}}}", fmt::join(values, ", "));
-  if (!State().vertices) return text;
-  std::vector<std::string> vertices;
+  if (State().details & GlRecorder::kIndices)
+    text += fmt::format(", {{{}}}", fmt::join(values, ", "));
+  if (!(State().details & GlRecorder::kVertices)) return text;
+  Lines vertices;
   for (const unsigned index : values) vertices.push_back(Vertex(index));
   return text + fmt::format(", {{{}}}", fmt::join(vertices, ", "));
 }
@@ -174,6 +171,15 @@ void NoteArray(const char* name, GLenum kind, Array array) {
                                       array.stride, ArrayPlace(array.first, array.stride)));
 }
 
+/// Gives a test's answer, which may be none; false when the GL is to answer.
+template <typename Value>
+bool Answered(const std::map<GLenum, std::optional<Value>>& answers, GLenum name, Value* value) {
+  const auto found = answers.find(name);
+  if (found == answers.end()) return false;
+  if (found->second) *value = *found->second;
+  return true;
+}
+
 }  // namespace
 
 extern "C" {
@@ -188,19 +194,15 @@ extern "C" {
 #define GL3_LOG(name, kinds, arguments) Log(#name, kinds GL3_UNWRAP arguments)
 #include "tests/support/gl_calls.inc"
 
-void glEnableClientState(GLenum kind) {
-  static auto* const next = NextSymbol<decltype(glEnableClientState)>("glEnableClientState");
-  Log("glEnableClientState", "e", kind);
-  State().arrays[kind].enabled = true;
-  next(kind);
-}
-
-void glDisableClientState(GLenum kind) {
-  static auto* const next = NextSymbol<decltype(glDisableClientState)>("glDisableClientState");
-  Log("glDisableClientState", "e", kind);
-  State().arrays[kind].enabled = false;
-  next(kind);
-}
+#define GL3_CLIENT_STATE(name, on)                               \
+  void name(GLenum kind) {                                       \
+    static auto* const next = NextSymbol<decltype(name)>(#name); \
+    Log(#name, "e", kind);                                       \
+    State().arrays[kind].enabled = on;                           \
+    next(kind);                                                  \
+  }
+GL3_CLIENT_STATE(glEnableClientState, true)
+GL3_CLIENT_STATE(glDisableClientState, false)
 
 #define GL3_ARRAY_CALL(kind, name, size, parameters, arguments)   \
   void name parameters {                                          \
@@ -241,23 +243,13 @@ const GLubyte* glGetString(GLenum name) {
 void glGetIntegerv(GLenum name, GLint* values) {
   static auto* const next = NextSymbol<decltype(glGetIntegerv)>("glGetIntegerv");
   Log("glGetIntegerv", "e", name);
-  const auto found = State().integers.find(name);
-  if (found == State().integers.end()) {
-    next(name, values);
-  } else if (found->second) {
-    *values = *found->second;
-  }
+  if (!Answered(State().integers, name, values)) next(name, values);
 }
 
 void glGetFloatv(GLenum name, GLfloat* values) {
   static auto* const next = NextSymbol<decltype(glGetFloatv)>("glGetFloatv");
   Log("glGetFloatv", "e", name);
-  const auto found = State().floats.find(name);
-  if (found == State().floats.end()) {
-    next(name, values);
-  } else if (found->second) {
-    *values = *found->second;
-  }
+  if (!Answered(State().floats, name, values)) next(name, values);
 }
 
 GLboolean glIsEnabled(GLenum capability) {
@@ -283,27 +275,28 @@ void glGetTexLevelParameteriv(GLenum target, GLint level, GLenum name, GLint* va
 }
 }
 
-GlRecorder::GlRecorder() {
+GlRecorder::GlRecorder(int details) {
   State() = Recording();
   State().on = true;
+  State().details = details;
 }
 
 GlRecorder::~GlRecorder() {
   State() = Recording();
 }
 
-const std::vector<std::string>& GlRecorder::Calls() const {
+const Lines& GlRecorder::Calls() const {
   return State().calls;
 }
 
-std::vector<std::string> GlRecorder::Names() const {
-  std::vector<std::string> names;
+Lines GlRecorder::Names() const {
+  Lines names;
   for (const std::string& call : Calls()) names.push_back(call.substr(0, call.find('(')));
   return names;
 }
 
-std::vector<std::string> GlRecorder::CallsTo(const std::string& prefix) const {
-  std::vector<std::string> calls;
+Lines GlRecorder::CallsTo(const std::string& prefix) const {
+  Lines calls;
   for (const std::string& call : Calls()) {
     if (call.starts_with(prefix)) calls.push_back(call);
   }
@@ -318,15 +311,6 @@ int GlRecorder::Count(const std::string& name) const {
 
 void GlRecorder::Clear() {
   State().calls.clear();
-}
-void GlRecorder::LogIndices(bool on) {
-  State().indices = on;
-}
-void GlRecorder::LogVertices(bool on) {
-  State().vertices = on;
-}
-void GlRecorder::LogPlatform(bool on) {
-  State().platform = on;
 }
 void GlRecorder::OverrideString(GLenum name, const char* text) {
   State().strings[name] = text;
@@ -348,9 +332,9 @@ void GlRecorder::OverrideTexLevel(GLenum target, GLenum name, const std::vector<
   State().texLevels[{target, name}].assign(answers.begin(), answers.end());
 }
 
-std::vector<std::string> CallsIn(const std::string& text) {
+Lines CallsIn(const std::string& text) {
   constexpr const char* kBlanks = " \n";
-  std::vector<std::string> calls;
+  Lines calls;
   std::istringstream stream(text);
   for (std::string call; std::getline(stream, call, ';');) {
     const std::size_t first = call.find_first_not_of(kBlanks);
@@ -361,7 +345,7 @@ std::vector<std::string> CallsIn(const std::string& text) {
 }
 
 bool IsRecordingPlatform() {
-  return IsRecording() && State().platform;
+  return IsRecording() && (State().details & GlRecorder::kPlatform);
 }
 void RecordLine(const std::string& line) {
   State().calls.push_back(line);

@@ -9,6 +9,9 @@
 
 #include "platform/gl.h"
 
+/// Calls, or other texts, in order.
+using Lines = std::vector<std::string>;
+
 /// Records from construction to destruction; at most one lives at a time. A call is a line such as
 ///   glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {1, 0.5, 0, 1})
 /// with floats as "%g". A client array's place is its distance in bytes from the first array of the
@@ -17,29 +20,31 @@
 /// again when the recorder goes.
 class GlRecorder {
  public:
-  GlRecorder();
+  /// What the log tells beyond the calls and their arguments.
+  enum Detail {
+    /// The indices of glDrawElements.
+    kIndices = 1,
+    /// Each vertex that glDrawElements draws, as "(position | normal | texture coordinates |
+    /// colour)", without the arrays that are not enabled.
+    kVertices = 2,
+    /// The calls of the platform layer (see platform_calls.h), such as
+    ///   aglCreateContext(format1, context1) = context2
+    kPlatform = 4,
+  };
+  explicit GlRecorder(int details = 0);
   ~GlRecorder();
   GlRecorder(const GlRecorder&) = delete;
   GlRecorder& operator=(const GlRecorder&) = delete;
 
   /// Every call since the start or the last Clear, in order.
-  const std::vector<std::string>& Calls() const;
+  const Lines& Calls() const;
   /// The names of those calls alone.
-  std::vector<std::string> Names() const;
+  Lines Names() const;
   /// The calls whose line begins with `prefix`.
-  std::vector<std::string> CallsTo(const std::string& prefix) const;
+  Lines CallsTo(const std::string& prefix) const;
   /// How many calls there were to the function called `name`.
   int Count(const std::string& name) const;
   void Clear();
-
-  /// glDrawElements also tells its indices.
-  void LogIndices(bool on);
-  /// glDrawElements also tells each vertex that it draws, as "(position | normal | texture
-  /// coordinates | colour)", without the arrays that are not enabled.
-  void LogVertices(bool on);
-  /// The log also tells the calls of the platform layer (see platform_calls.h), such as
-  ///   aglCreateContext(format1, context1) = context2
-  void LogPlatform(bool on);
 
   /// glGetString(name) answers `text`; null is an answer too. What pauses, as the platform layer
   /// does, is told the truth.
@@ -57,7 +62,7 @@ class GlRecorder {
 };
 
 /// Calls listed in a text, each ended by ';' but for the last, to compare a log with.
-std::vector<std::string> CallsIn(const std::string& text);
+Lines CallsIn(const std::string& text);
 
 /// For definitions outside gl_recorder.cpp: whether the platform's calls are wanted in the log just
 /// now, and adding a line to it.

@@ -150,10 +150,10 @@ hardening() {
   done
 }
 breach "binaries look for libraries at fixed places of their own, and are built to resist" < <(hardening)
-for binary in "$lib"/OpenGL3.so "$lib"/gl3-import "$bin"/gl3 "$lib"/libgl3{platform,fonts,services,pictures,scene,import,isolated,feed,frame,effects,base,options,work}.so; do
+for binary in "$bin"/gl3 "$lib"/OpenGL3.so "$lib"/gl3-import "$lib"/libgl3{platform,fonts,services,confine,pictures,scene,import,isolated,feed,frame,effects,base,options,work}.so; do
   breach "neither the module nor gl3 links Qt ($binary)" < <(loads "$binary" libQt)
 done
-for binary in "$lib"/OpenGL3.so "$bin"/gl3 "$lib"/libgl3{services,pictures,scene,isolated,feed,frame,effects,work}.so; do
+for binary in "$bin"/gl3 "$lib"/OpenGL3.so "$lib"/libgl3{services,confine,pictures,scene,isolated,feed,frame,effects,work}.so; do
   breach "whoever imports no models links no importer ($binary)" < <(loads "$binary" libassimp)
 done
 

@@ -1,5 +1,5 @@
 // Calls of the platform layer as lines of GlRecorder's log. For the definitions that stand in front
-// of the layer's; a test asks for the lines with GlRecorder::LogPlatform.
+// of the layer's; a test asks for the lines with GlRecorder::kPlatform.
 #pragma once
 
 #include <fmt/format.h>

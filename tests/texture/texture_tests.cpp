@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "driver/GL3Driver.h"
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/faults.h"
 #include "tests/support/gl_names.h"
@@ -10,16 +9,11 @@
 #include "tests/support/next_symbol.h"
 #include "tests/support/platform_calls.h"
 
-// In front of the host kit's. The tests here have them told among the platform's calls.
-
-namespace {
-bool g_tellsHostCalls = false;
-}
+// In front of the host kit's: told among the platform's calls.
 
 HBitmapNode* HBitmapNode::ScaleBitmap(int width, int height) {
   using Function = HBitmapNode*(HBitmapNode*, int, int);
   static auto* const next = NextSymbol<Function>("_ZN11HBitmapNode11ScaleBitmapEii");
-  if (!g_tellsHostCalls) return next(this, width, height);
   const PlatformCall call("ScaleBitmap", width, height);
   return next(this, width, height);
 }
@@ -27,21 +21,18 @@ HBitmapNode* HBitmapNode::ScaleBitmap(int width, int height) {
 HByteBlock* HBitmapNode::CreateByteBlock(int wrap, int* flags, int bgr) {
   using Function = HByteBlock*(HBitmapNode*, int, int*, int);
   static auto* const next = NextSymbol<Function>("_ZN11HBitmapNode15CreateByteBlockEiPii");
-  if (!g_tellsHostCalls) return next(this, wrap, flags, bgr);
   const PlatformCall call("CreateByteBlock", wrap, *flags, bgr);
   return next(this, wrap, flags, bgr);
 }
 
 void HTreeObject::DeleteHandle() {
   static auto* const next = NextSymbol<void(HTreeObject*)>("_ZN11HTreeObject12DeleteHandleEv");
-  if (!g_tellsHostCalls) return next(this);
   const PlatformCall call("ReleaseScaled");
   next(this);
 }
 
 void HByteBlock::DeleteHandle() {
   static auto* const next = NextSymbol<void(HByteBlock*)>("_ZN10HByteBlock12DeleteHandleEv");
-  if (!g_tellsHostCalls) return next(this);
   const PlatformCall call("ReleaseBytes");
   next(this);
 }
@@ -141,8 +132,7 @@ class TextureTest : public DrawingFixture {
   void SetOptions(const std::vector<Option>& options) {
     for (const Option option : {Option::kAnisotropicWanted, Option::kPowerOfTwoTextures,
                                 Option::kBgrBitmaps, Option::kCompressTextures}) {
-      static_cast<GL3GADriver&>(*Driver()).SetOption(
-          option, std::count(options.begin(), options.end(), option) > 0);
+      Driver()->SetOption(option, std::count(options.begin(), options.end(), option) > 0);
     }
   }
   /// What `work` calls, with the target's context current before. `own`: the driver's is then.
@@ -154,10 +144,7 @@ class TextureTest : public DrawingFixture {
     }
     const AGLContext former = GL3GADriver::m_prevcontext;
     gl.Clear();
-    gl.LogPlatform(true);
-    g_tellsHostCalls = true;
     work();
-    g_tellsHostCalls = false;
     EXPECT_EQ(GL3GADriver::m_prevcontext, own ? GL3GADriver::m_context : former);
     return gl.Calls();
   }
@@ -214,7 +201,7 @@ TEST_F(TextureTest, SurfacesArePicturesAtTheirRoundedSize) {
     const TestBitmap bitmap = NumberedBitmap(c.bitmap, opaque);
     GL3GATexture texture;
     texture.m_flags = opaque ? 0x83 : 0x82;  // another answer, and bits that are not its own
-    GlRecorder gl;
+    GlRecorder gl(GlRecorder::kPlatform);
     gl.OverrideTexLevel(GL_TEXTURE_2D, GL_TEXTURE_COMPRESSED, {c.compressed});
     const Lines calls =
         CallsOf(gl, true, [&] { EXPECT_EQ(texture.MakeGATexture(bitmap.get(), c.wrap, 5, 6), 1); });
@@ -249,7 +236,7 @@ TEST_F(TextureTest, WhatTheGLLacksIsDoneWithout) {
   for (GLboolean* flag : flags) *flag = GL_FALSE;
   const TestBitmap bitmap = NumberedBitmap({48, 9}, true);
   GL3GATexture texture;
-  GlRecorder gl;
+  GlRecorder gl(GlRecorder::kPlatform);
   const Lines calls = CallsOf(gl, true, [&] { texture.MakeGATexture(bitmap.get(), 1, 0, 0); });
   for (GLboolean* flag : flags) *flag = GL_TRUE;
   EXPECT_EQ(calls, CallsIn(Scaling({64, 8}) + "CreateByteBlock(1, 0, 0);" + kMakeCurrent +
@@ -267,7 +254,7 @@ TEST_F(TextureTest, ARefusedSizeIsHalvedOnce) {
   for (const GLint answer : {0, GL_RGBA}) {
     GL3GATexture texture;
     texture.m_flags = 0x82;
-    GlRecorder gl;
+    GlRecorder gl(GlRecorder::kPlatform);
     gl.OverrideTexLevel(GL_PROXY_TEXTURE_2D, GL_TEXTURE_INTERNAL_FORMAT, {answer});
     const Lines calls =
         CallsOf(gl, true, [&] { EXPECT_EQ(texture.MakeGATexture(bitmap.get(), 3, 0, 0), 1); });
@@ -311,7 +298,7 @@ TEST_F(TextureTest, PlanesAreInterleavedRowByRow) {
   texture.m_width = 3;
   texture.m_height = 2;
   texture.m_flags = 0x82;
-  GlRecorder gl;
+  GlRecorder gl(GlRecorder::kPlatform);
   const Lines calls = CallsOf(gl, true, [&] { EXPECT_EQ(texture.MakeGATexture(planes), 1); });
   EXPECT_EQ(calls, CallsIn(kMakeCurrent + NewTexture(texture, "GL_REPEAT") +
                            Upload("GL_RGBA8", {3, 2}, "GL_RGBA") + kUnbind));
@@ -335,7 +322,7 @@ TEST_F(TextureTest, ShaderInputsAreMadeInTheContextOfTheCaller) {
     const TestBitmap bitmap = NumberedBitmap({18, 5}, opaque);
     GL3GATexture texture;
     texture.m_flags = opaque ? 0x83 : 0x82;
-    GlRecorder gl;
+    GlRecorder gl(GlRecorder::kPlatform);
     const Lines calls =
         CallsOf(gl, false, [&] { EXPECT_EQ(texture.MakeGATextureForShader(bitmap.get()), 1); });
     const char* format = opaque ? "GL_RGB" : "GL_BGRA";
@@ -364,7 +351,7 @@ TEST_F(TextureTest, NamesAreCountedAndFreedOnce) {
       ASSERT_TRUE(glIsTexture(name));
       const int now = former ? former : static_cast<int>(name);
       EXPECT_EQ(GL3GATexture::m_maxlist, now);
-      GlRecorder gl;
+      GlRecorder gl(GlRecorder::kPlatform);
       const Lines freed = CallsIn(kMakeCurrent + fmt::format("glDeleteTextures(1, {{{}}})", name));
       if (former) {
         EXPECT_EQ(CallsOf(gl, true, [&] { texture->FreeGATexture(); }), freed);

@@ -4,12 +4,13 @@
 
 #include <EGL/egl.h>
 
-#include <array>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
+#include <set>
 #include <utility>
 
-#include "driver/GL3Driver.h"
 #include "platform/platform.h"
 #include "tests/support/gl_recorder.h"
 #include "tests/support/next_symbol.h"
@@ -35,9 +36,9 @@ class WindowTest : public WindowFixture {
   /// Draws the test frame, brings it to the front and compares all that the screen shows.
   void ExpectTestFrame(const CWnd& window, WindowTarget& target) {
     target.DrawTestFrame();
-    const Frame drawn = target.Drawn();
+    const std::vector<std::uint32_t> drawn = target.Drawn();
     ASSERT_EQ(target.buffer->BlitToFront(nullptr, 0, 0), 1);
-    const Frame shown = Shown(window);
+    const std::vector<std::uint32_t> shown = Shown(window);
     const auto width = static_cast<std::size_t>(target.info.imageWidth);
     const auto height = static_cast<std::size_t>(target.info.imageHeight);
     ASSERT_EQ(shown.size(), width * height);
@@ -65,17 +66,16 @@ std::pair<EGLint, EGLint> SurfaceSize() {
 TEST_F(WindowTest, FramesComeToTheFrontWhileTheWindowIsResized) {
   for (const int mode : {2, 3}) {
     TestWindow view(kShown, 10, 20, 64, 48);
-    WindowTarget target(Driver(), &view, mode);
     g_swapInterval = -1;
-    for (int i = 0; i <= 10; i++) {
-      const std::array<int, 2> size = {i % 2 ? 37 + i * 29 : 260 - i * 17, 31 + (i * 53) % 211};
-      if (i > 0) view.MoveWindow(10 + i, 20, size[0], size[1]);
+    WindowTarget target(Driver(), &view, mode);
+    ASSERT_NO_FATAL_FAILURE(ExpectTestFrame(view, target)) << "mode " << mode;
+    for (int i = 1; i <= 10; i++) {
+      const std::pair size(i % 2 ? 37 + i * 29 : 260 - i * 17, 31 + (i * 53) % 211);
+      view.MoveWindow(10 + i, 20, size.first, size.second);
       target.Fit();
       ASSERT_NO_FATAL_FAILURE(ExpectTestFrame(view, target)) << "mode " << mode << " size " << i;
-      if (i == 0) continue;
-      EXPECT_EQ(target.info.imageWidth, size[0]);
-      EXPECT_EQ(target.info.imageHeight, size[1]);
-      EXPECT_EQ(SurfaceSize(), std::pair(size[0], size[1]));
+      EXPECT_EQ(std::pair(target.info.imageWidth, target.info.imageHeight), size);
+      EXPECT_EQ(SurfaceSize(), size);
     }
     EXPECT_EQ(g_swapInterval, 1);
   }
@@ -99,19 +99,15 @@ TEST_F(WindowTest, AViewInAFrameShowsOnlyItself) {
   EXPECT_TRUE(Other().IsShown(number));
 
   WindowTarget target(Driver(), &view, 3);
-  GlRecorder recorder;
-  recorder.LogPlatform(true);
-  HandleLabel(GL3GADriver::m_context, "driver");
-  target.Fit();
-  EXPECT_EQ(recorder.CallsTo("aglSetInteger(context1, AGL_BUFFER_RECT"),
-            Lines{"aglSetInteger(context1, AGL_BUFFER_RECT, {20, 142, 64, 48})"});
   ExpectTestFrame(view, target);
   frame.MoveWindow(0, 0, 100, 70);
   view.MoveWindow(7, 3, 80, 60);
-  recorder.Clear();
+  GlRecorder recorder(GlRecorder::kPlatform);
+  HandleLabel(target.buffer->Context(), "context");
+  target.buffer->OnSize();
+  EXPECT_EQ(recorder.CallsTo("aglSetInteger"),
+            Lines{"aglSetInteger(context1, AGL_BUFFER_RECT, {7, 7, 80, 60})"});
   target.Fit();
-  EXPECT_EQ(recorder.CallsTo("aglSetInteger(context2, AGL_BUFFER_RECT"),
-            Lines{"aglSetInteger(context2, AGL_BUFFER_RECT, {7, 7, 80, 60})"});
   ExpectTestFrame(view, target);
   AfxShowWindow(&frame, SW_HIDE);
   EXPECT_FALSE(Other().IsShown(number));
@@ -121,7 +117,6 @@ TEST_F(WindowTest, BuffersWithAndWithoutDepthTakeTurnsOnOneWindow) {
   TestWindow view(kShown, 0, 0, 64, 48);
   WindowTarget first(Driver(), &view, 2);
   WindowTarget second(Driver(), &view, 3);
-  first.Fit(true);
   second.Fit(false);
   for (WindowTarget* target : {&second, &first, &second}) ExpectTestFrame(view, *target);
   first.Fit(false);
@@ -136,7 +131,6 @@ TEST_F(WindowTest, ABufferOutlivesItsWindow) {
   for (const int mode : {2, 3}) {
     TestWindow view(kShown, 0, 0, 64, 48);
     WindowTarget target(Driver(), &view, mode);
-    target.Fit();
     ExpectTestFrame(view, target);
     const unsigned long number = platform::NativeWindow(view.GetSafeHwnd());
     EXPECT_TRUE(view.DestroyWindow());
@@ -179,27 +173,25 @@ TEST_F(WindowTest, AnAdoptedWindowStaysItsMakers) {
   ASSERT_TRUE(view.Attach(platform::AdoptWindow(number, &reason))) << reason;
   EXPECT_EQ(platform::AdoptWindow(number), view.m_hWnd);
   EXPECT_FALSE(CWnd().Attach(view.m_hWnd)) << "it has an object";
-  WindowTarget target(Driver(), &view, 2);
-  target.Fit();
-  ExpectTestFrame(view, target);
+  std::optional<WindowTarget> target;
+  target.emplace(Driver(), &view, 2);
+  ExpectTestFrame(view, *target);
   view.MoveWindow(0, 0, 99, 99);
   EXPECT_EQ(Shown(view).size(), 50u * 40);
   Other().Resize(number, 77, 33);
-  target.Fit();
-  ExpectTestFrame(view, target);
+  target->Fit();
+  ExpectTestFrame(view, *target);
   EXPECT_EQ(Shown(view).size(), 77u * 33);
 
   EXPECT_TRUE(view.DestroyWindow());
   EXPECT_TRUE(Other().Exists(number));
   ASSERT_TRUE(view.Attach(platform::AdoptWindow(number, &reason))) << reason << ", once more";
-  target.list.reset();
-  target.buffer.reset();
-  target.Fit();
-  ExpectTestFrame(view, target);
+  target.emplace(Driver(), &view, 2);
+  ExpectTestFrame(view, *target);
 
   Other().Destroy(number);
-  target.DrawTestFrame();
-  target.buffer->BlitToFront(nullptr, 0, 0);
+  target->DrawTestFrame();
+  target->buffer->BlitToFront(nullptr, 0, 0);
   EXPECT_EQ(aglGetError(), static_cast<GLenum>(AGL_BAD_DRAWABLE)) << "its maker ended it";
   EXPECT_EQ(view.m_hWnd, nullptr);
 }
@@ -223,7 +215,6 @@ TEST_F(WindowTest, ItsEndIsNoticedByWhoeverAsksFirst) {
     CWnd view;
     ASSERT_TRUE(view.Attach(platform::AdoptWindow(number)));
     WindowTarget target(Driver(), &view, 3);
-    target.Fit();
     Other().Destroy(number);
     one(view, target);
     EXPECT_EQ(view.m_hWnd, nullptr);
@@ -256,11 +247,48 @@ TEST_F(WindowTest, PopupsStayOffTheScreen) {
   TestWindow inside(WS_CHILD | kShown, 1, 1, 8, 8, &popup);
   EXPECT_EQ(platform::NativeWindow(inside.m_hWnd), 0u);
   WindowTarget target(Driver(), &popup, 3);
-  target.Fit();
   target.DrawTestFrame();
   target.buffer->BlitToFront(nullptr, 0, 0);
   const PixMapHandle map = GetPortPixMap(CheckoutPort(GetDC(popup.m_hWnd), 0));
   EXPECT_EQ(*reinterpret_cast<std::uint32_t*>(GetPixBaseAddr(map)), 0xFFFF0000u);
+}
+
+using TextTest = DriverFixture;  // a hidden window does
+
+TEST_F(TextTest, KnowsLatin1AndIsWholeOverAnything) {
+  constexpr int kSide = 40;
+  TestWindow view(WS_POPUP, 0, 0, kSide, kSide);
+  WindowTarget target(Driver(), &view, 3);
+  struct Ink {
+    int left = kSide, top = kSide, bottom = 0, count = 0;
+  };
+  GAColor grey = Rgb(90, 90, 90);
+  std::set<std::vector<std::uint32_t>> different;
+  const auto write = [&](const std::string& text) {
+    target.Begin();
+    target.buffer->AfxFillRect(0, 0, kSide, kSide, -2, grey);  // nearer than text
+    target.buffer->TextOutA(10, 10, text.c_str(), Rgb(0x32, 0x64, 0xC8), 0);
+    const std::vector<std::uint32_t> frame = target.Drawn();
+    different.insert(frame);
+    Ink ink;
+    for (int i = 0; i < kSide * kSide; i++) {
+      if (frame.at(static_cast<std::size_t>(i)) != 0x3264C8) continue;
+      ink = {std::min(ink.left, i % kSide), std::min(ink.top, i / kSide), i / kSide, ink.count + 1};
+    }
+    return ink;
+  };
+  const Ink plain = write("A"), dotted = write("\xC4");
+  EXPECT_EQ(plain.bottom, 20) << "above the baseline, which lies 11 below the place";
+  EXPECT_LT(dotted.top, plain.top) << "the dots of the umlaut";
+  EXPECT_EQ(dotted.bottom, plain.bottom);
+  EXPECT_GT(write("\xC7").bottom, write("C").bottom) << "the cedilla";
+  for (int code = 0xA1; code <= 0xFF; code++) {
+    const bool mayBeEmpty = code == 0xAD;  // the soft hyphen
+    EXPECT_TRUE(mayBeEmpty || write(std::string(1, static_cast<char>(code))).count > 0) << code;
+  }
+  EXPECT_GE(different.size(), 90u);
+  EXPECT_EQ(write("\xA0 ").count, 0);
+  EXPECT_GT(write(" A").left, plain.left) << "a blank moves on";
 }
 
 /// In a process of its own: windows were asked for, and no server answers.
