@@ -1,18 +1,12 @@
-// Moves of the random host that concern a shader program: effects as hosts ask for them, and the
-// operations of the module's class that effects are made of.
+// Moves of the random host that concern a shader program: effects as hosts ask for them.
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <iterator>
-#include <limits>
-#include <string>
 #include <vector>
 
-#include "platform/gl.h"
 #include "platform/win32.h"
-#include "shader/Gl3ShaderMain.h"
 #include "shader/Gl3ShaderMainRun.h"
-#include "shader/Gl3ShaderMainSources.h"
 #include "tests/fuzz/host_player.h"
 
 namespace {
@@ -144,84 +138,6 @@ void RunEffect(HostPlayer& host) {
   host.CheckErrors();
 }
 
-void UploadPicture(HostPlayer& host) {
-  const PlayedBitmap picture = Picture(host, PictureSize(host));
-  const bool without = host.input.Below(16) == 15;
-  HBitmapNode* const bitmap = without ? nullptr : picture.get();
-  PlayedProgram& played = Program(host);
-  if (!GL3GADriver::m_context) return;  // its caller sees to a context
-  host.driver->MakeCurrent();
-  GLuint names[2] = {0, 0};
-  int pixels = -1;
-  names[0] = played.program->CreateTextureForShader(bitmap, pixels);
-  Require(names[0] ? pixels > 0 : pixels >= 0, "a texture without its size");
-  float smallest = 0, largest = 0;
-  names[1] = played.program->CreateDepthTextureForShader(bitmap, smallest, largest);
-  Require(smallest <= largest || smallest == std::numeric_limits<float>::max(),
-          "a range of depths the wrong way round");
-  glDeleteTextures(2, names);
-  host.CheckErrors();
-}
-
-void MergePixels(HostPlayer& host) {
-  PlayedProgram& played = Program(host);
-  const PlayedProgram::Size size = PictureSize(host);
-  const PlayedBitmap source = Picture(host, host.input.Flag() ? size : PictureSize(host));
-  const PlayedBitmap destination = Picture(host, {});
-  const int mode = host.input.Below(3);
-  const auto [width, height] = Shortened(size);
-  const auto bytes = static_cast<std::size_t>(std::max(width, 0)) *
-                     static_cast<std::size_t>(std::max(height, 0)) * 4;
-  std::vector<unsigned char> rgba(bytes, host.input.Byte());
-  for (std::size_t i = 0; i < std::min<std::size_t>(bytes, 8); ++i) rgba[i] = host.input.Byte();
-  Require(played.program->MergeBuffers(source.get(), destination.get(), rgba.data(), mode, 0, 0,
-                                       width, height) == 1,
-          "a merge failed");
-  const HBitmapBuffer* merged = destination->FindBuffer("ColorAlpha");
-  Require(mode != 0 || bytes == 0 || (merged && merged->Width() == width), "nothing was merged");
-}
-
-/// From whole sources, broken ones and none.
-void CompileShaders(HostPlayer& host) {
-  const std::string broken = "void main() {" + host.input.Text(6);
-  const char* const sources[] = {kFilterSource, kBlurVerticalSource, "void main() {}", "",
-                                 broken.c_str()};
-  const char* const vertexSource = host.input.OneOf(sources);
-  const char* const fragmentSource = host.input.OneOf(sources);
-  const int parts = host.input.Below(4);
-  const float value = host.input.Float();
-  PlayedProgram& played = Program(host);
-  if (!GL3GADriver::m_context) return;  // its caller sees to a context
-  host.driver->MakeCurrent();
-  GL3GAShaderProgram& shader = *played.program;
-  GLuint vertex = parts & 1 ? shader.LoadShaderFromSource(vertexSource, GL_VERTEX_SHADER) : 0;
-  GLuint fragment = parts & 2 ? shader.LoadShaderFromSource(fragmentSource, GL_FRAGMENT_SHADER) : 0;
-  GLuint program = shader.CreateProgramFromShaders(vertex, fragment);
-  if (program) {
-    glUseProgram(program);
-    for (const char* name : {"radius", "e_step", "bloom"}) SetUniform(program, name, value);
-    for (const char* name : {"steps", "filterNumber"}) SetUniform(program, name, Truncated(value));
-    glUseProgram(0);
-  }
-  Require(shader.LoadShaderFromFile("/dev/null/no-such-file", GL_FRAGMENT_SHADER) == 0,
-          "a shader from no file");
-  DeleteProgram(program, {&vertex, &fragment});
-  host.CheckErrors();
-}
-
-/// The effect that is switched off, by its own class.
-void Occlude(HostPlayer& host) {
-  const PlayedBitmap source = Picture(host, Shortened(PictureSize(host)));
-  const PlayedBitmap destination = Picture(host, {});
-  if (!GL3GADriver::m_context) return;  // its caller sees to a context
-  host.driver->MakeCurrent();
-  HBitmapNode* const target = host.input.Flag() ? nullptr : destination.get();
-  RenderInfo info;
-  SSAOShader occlusion(&info);
-  occlusion.ProcessShader(source.get(), target, host.input.Float());
-  host.CheckErrors();
-}
-
 }  // namespace
 
 /// The log is beside the program, and each set-up of an effect adds to it; in front of the layer's
@@ -239,6 +155,5 @@ GABuffer* PlayedDriver::CreateBuffer(RenderInfo* info, int mode, int compatibleD
 }
 
 Moves EffectMoves() {
-  return {InitEffect,    RunEffect,   MakeProgram,    DropProgram,
-          UploadPicture, MergePixels, CompileShaders, Occlude};
+  return {InitEffect, RunEffect, MakeProgram, DropProgram};
 }
