@@ -3,12 +3,9 @@
 #include <cmath>
 #include <utility>
 
-#include "host/GABuffer.h"
 #include "host/GADriver.h"
 #include "hostkit/feed/seen_surfaces.h"
-#include "hostkit/frame/frame_painter.h"
 #include "hostkit/frame/ground_grid.h"
-#include "hostkit/frame/off_screen_surface.h"
 #include "tests/hostkit/frame/frame_fixture.h"
 
 using Imath::M44f;
@@ -161,25 +158,5 @@ TEST_F(Frames, DepthIsTheDistanceAtPixelCentres) {
       EXPECT_GT(lines, 25);
       EXPECT_EQ(points, 1);
     }
-  }
-}
-
-// What the renderer itself says about the depth of a pixel.
-TEST_F(Frames, DepthAgreesWithTheDepthBuffer) {
-  hostkit::Scene scene = SceneOf({Material(1, 1, 1)}, Sphere(0));
-  const hostkit::View view = NearView();
-  m_settings.depth = true;
-  auto picture = Render(scene, view);
-  std::string error;
-  const auto painter = hostkit::FramePainter::Create(s_module->Driver(), scene, &error);
-  hostkit::OffScreenSurface surface(s_module->Driver());
-  ASSERT_TRUE(painter && surface.Ensure(80, 80, &error)) << error;
-  painter->Begin(m_settings, view);
-  painter->Paint(surface.Target(), {0, 0, 80, 80}, m_settings.background);
-  for (int i = 25; i < 56; i += 5) {
-    const float window = surface.Target().buffer->GetZValue(i, 79 - 42);
-    const float n = view.nearDistance, f = view.farDistance;
-    const float depth = n * f / (f - window * (f - n));
-    EXPECT_NEAR(DepthAt(picture, i, 42), depth, 0.003f) << i;
   }
 }
