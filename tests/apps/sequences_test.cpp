@@ -11,10 +11,10 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/common/png_pixels.h"
 #include "tests/apps/report_outline.h"
 #include "tests/support/common/gl3_process.h"
 #include "tests/support/common/holds.h"
+#include "tests/support/common/png_pixels.h"
 
 namespace fs = std::filesystem;
 
