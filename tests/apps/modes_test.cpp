@@ -59,7 +59,7 @@ TEST_F(Modes, AddWhatIsAskedForAndRepeatIt) {
     seen.push_back(Render(more).at("G"));
     EXPECT_EQ(std::count(seen.begin(), seen.end(), seen.back()), 1) << more;
   }
-  EXPECT_EQ(Render("--text 'a\nb'"), Render("--text a,8,8 --text b,8,22"));
+  EXPECT_EQ(Render("--text a --text 'b\nc'"), Render("--text a,8,8 --text b,8,22 --text c,8,36"));
   Done("render squares.obj -o logo.png -s 20x20");
   const std::vector<float> all =
       Render(

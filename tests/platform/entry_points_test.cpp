@@ -101,7 +101,7 @@ TEST(GlewDeathTest, OnlyTheMissingGlxDisplayIsExcusedAndOnlyWithEntryPoints) {
   EXPECT_EXIT(ReportGlewErrors(), testing::ExitedWithCode(0), "errors 4 0 0 1");
 }
 
-TEST_F(EntryPoints, FontListsMoveTheRasterPositionAndKeepTheStateOfPixels) {
+TEST_F(EntryPoints, FontListsDrawAtTheRasterPositionAndMoveOn) {
   const AGLContext context = MakeContext();
   EXPECT_FALSE(aglUseFont(context, 3, 0, 10, 0, 256, 10000)) << "it is not current";
   EXPECT_EQ(aglGetError(), static_cast<GLenum>(AGL_BAD_STATE));
@@ -119,9 +119,20 @@ TEST_F(EntryPoints, FontListsMoveTheRasterPositionAndKeepTheStateOfPixels) {
   glViewport(0, 0, 64, 32);
   glMatrixMode(GL_PROJECTION);
   glOrtho(0, 64, 0, 32, -1, 1);
+  Fill(0, 0, 64, 32, kBlack);
+  glColor3f(0, 1, 0);
   glRasterPos2i(8, 12);
   glListBase(10000);
   glCallLists(2, GL_UNSIGNED_BYTE, "L_");
+  // L's stem is unbroken and its foot goes to the right, whatever the state of pixels was.
+  int stem = 0;
+  for (int x = 8; x < 12 && stem == 0; x++) {
+    while (PixelAt(x, 12 + stem) == kGreen) stem++;
+    if (stem > 0) {
+      EXPECT_EQ(PixelAt(x + 2, 12), kGreen);
+    }
+  }
+  EXPECT_GE(stem, 6);
   GLfloat position[4] = {0, 0, 0, 0};
   glGetFloatv(GL_CURRENT_RASTER_POSITION, position);
   EXPECT_GT(position[0], 14);

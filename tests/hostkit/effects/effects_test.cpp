@@ -201,7 +201,8 @@ TEST_F(Effects, KeepAlphaOrPutThePictureOnBlack) {
 
   picture = OnePixel(1, 0.2f, 0, half);
   EXPECT_NEAR(apply({Call("tint")}, &picture).first[3], half, 0.004);
-  EXPECT_EQ(apply({Call("sobel")}, &picture).first[3], 1);
+  apply({Call("sobel")}, &picture);
+  EXPECT_FALSE(picture.hasAlpha);
   picture = OnePixel(3, 0.2f, 0, half);
   EXPECT_TRUE(apply({Call("erode")}, &picture).second) << "a colour above 1 was cut";
   picture = OnePixel(0.5f, 0.5f, 0.5f, 0);

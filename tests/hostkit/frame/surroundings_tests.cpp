@@ -121,8 +121,11 @@ TEST_F(Frames, TheGridLiesUnderTheModel) {
 }
 
 TEST_F(Frames, DepthIsTheDistanceAtPixelCentres) {
+  const M44f turn = M44f().rotate(V3f(0.5f, 1.1f, 0));
+  V3f n;  // the square's normal
+  turn.multDirMatrix(V3f(0, 0, 1), n);
   hostkit::Scene scene = SceneOf({Material(1, 1, 1), Material(1, 1, 1, 0.5f)}, Square(0),
-                                 M44f().scale(V3f(0.8f)) * M44f().rotate(V3f(0, 1.1f, 0)));
+                                 M44f().scale(V3f(0.8f)) * turn);
   Add(scene, Square(1), M44f().scale(V3f(0.2f)) * At(0, 0.5f, 1));  // glass
   hostkit::SceneMesh line;
   line.positions = {V3f(-1, -0.9f, 0), V3f(1, -0.9f, 1), V3f(0.02f, -1.22f, -1)};
@@ -139,11 +142,13 @@ TEST_F(Frames, DepthIsTheDistanceAtPixelCentres) {
       g_maxSurface = side;
       m_settings.fog.on = side == 50;  // another unit of the view; the same distances
       auto picture = Render(scene, view);
-      for (int x = 35; x < 46; ++x) {
-        // The square: z = -tan(1.1) x. Perspective: x = right * (3 - z).
-        const float right = (static_cast<float>(x) + 0.5f - 40) * slope, t = std::tan(1.1f);
-        const float expected = isParallel ? 3 + t * right : 3 / (1 - t * right);
-        EXPECT_NEAR(DepthAt(picture, x, 40), expected, 1e-4f) << x;
+      for (int x = 35; x < 44; ++x) {
+        // The square: n * place = 0. Perspective: place = (right t, up t, 3 - t), at distance t.
+        const float right = (static_cast<float>(x) - 39.5f) * slope;
+        const float up = (36.5f - static_cast<float>(x)) * slope;
+        const float sum = n.x * right + n.y * up;
+        const float expected = isParallel ? 3 + sum / n.z : 3 * n.z / (n.z - sum);
+        EXPECT_NEAR(DepthAt(picture, x, x + 3), expected, 1e-4f) << x;
       }
       EXPECT_EQ(DepthAt(picture, 2, 2), hostkit::kNothingSeen);
       EXPECT_NEAR(DepthAt(picture, 40, isParallel ? 30 : 12), 2, 1e-5f) << "glass";
