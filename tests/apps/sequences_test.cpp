@@ -11,9 +11,10 @@
 #include <string>
 #include <vector>
 
-#include "tests/apps/png_pixels.h"
 #include "tests/apps/report_outline.h"
 #include "tests/support/common/gl3_process.h"
+#include "tests/support/common/holds.h"
+#include "tests/support/common/png_pixels.h"
 
 namespace fs = std::filesystem;
 
@@ -53,12 +54,10 @@ class Sequences : public Gl3Test {
   }
 
   /// Renders small pictures and expects no word.
-  void Render(Arguments arguments) const {
-    arguments.insert(arguments.begin(), "render");
-    arguments.insert(arguments.end(), {"-s", "96x64", "--antialias", "1"});
-    const Gl3Result result = Run(arguments);
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.out + result.err, "");
+  void Render(Gl3Words words) const {
+    words.insert(words.begin(), "render");
+    words.insert(words.end(), {"-s", "96x64", "--antialias", "1"});
+    EXPECT_EQ(Done(words), "");
   }
   Pixels Png(const std::string& name) const { return ReadPng(Path(name)); }
   /// Names of pictures.
@@ -71,63 +70,52 @@ class Sequences : public Gl3Test {
 };
 
 TEST_F(Sequences, ShowTheAnimationAtTheirFramesTimes) {
-  Render({"moving.gltf", "-o", "f##.png", "--frames", "1-9x4", "--fps", "8", "--no-background",
-          "--camera", "Eye"});
+  const std::string clear = "moving.gltf --no-background ", seen = clear + "--camera Eye ";
+  Render(seen + "-o f##.png --frames 1-9x4 --fps 8");
   EXPECT_EQ(Pictures(), (std::set<std::string>{"f01.png", "f05.png", "f09.png"}));
   const double first = Png("f01.png").Middle(), last = Png("f09.png").Middle();
   EXPECT_LT(first, 0.45);
   EXPECT_NEAR(Png("f05.png").Middle(), 0.5, 0.01);
   EXPECT_NEAR(last, 1 - first, 0.01);
-  Render({"moving.gltf", "-o", "still.png", "--no-background", "--camera", "Eye"});
-  EXPECT_EQ(Png("still.png").rgba, Png("f01.png").rgba);
-  Render({"moving.gltf", "-o", "one.png", "--no-background", "--camera", "Eye", "--frames", "9",
-          "--animation", "none"});
-  EXPECT_EQ(Png("one.png").rgba, Png("f01.png").rgba);
+  for (const std::string still : {"", "--frames 9 --animation none"}) {
+    Render(seen + "-o still.png " + still);
+    EXPECT_EQ(Png("still.png").rgba, Png("f01.png").rgba) << still;
+  }
   // Without a camera the view holds the whole way, and stands still.
-  Render({"moving.gltf", "-o", "w#_%d.png", "--frames", "1,9", "--fps", "8", "--no-background"});
+  Render(clear + "-o w#_%d.png --frames 1,9 --fps 8");
   EXPECT_LT(Png("w#_1.png").Middle(), 0.45);
   EXPECT_GT(Png("w#_9.png").Middle(), 0.55);
 }
 
 TEST_F(Sequences, TurnTheCameraAroundTheModel) {
-  Render({"squares.obj", "-o", "t%d.png", "--turntable", "4", "--view", "front"});
+  Render("squares.obj -o t%d.png --turntable 4 --view front");
   EXPECT_EQ(Pictures(), (std::set<std::string>{"t1.png", "t2.png", "t3.png", "t4.png"}));
   EXPECT_NE(Png("t1.png").rgba, Png("t2.png").rgba);
   EXPECT_NE(Png("t1.png").rgba, Png("t3.png").rgba);
   // What is drawn of a turn is the same whatever else is drawn.
-  Render(
-      {"squares.obj", "-o", "three.png", "--turntable", "4", "--view", "front", "--frames", "3"});
+  Render("squares.obj -o three.png --turntable 4 --view front --frames 3");
   EXPECT_EQ(Png("three.png").rgba, Png("t3.png").rgba);
   // From the right after a quarter: counter-clockwise from above.
-  const Arguments at = {"squares.obj", "--target", "0,0,0", "--no-background"};
-  Arguments turned = at, right = at;
-  turned.insert(turned.end(),
-                {"-o", "turned.png", "--eye", "0,1,9", "--turntable", "4", "--frames", "2"});
-  right.insert(right.end(), {"-o", "right.png", "--eye", "9,1,0"});
-  Render(turned);
-  Render(right);
+  const std::string at = "squares.obj --target 0,0,0 --no-background ";
+  Render(at + "-o turned.png --eye 0,1,9 --turntable 4 --frames 2");
+  Render(at + "-o right.png --eye 9,1,0");
   EXPECT_NEAR(Png("turned.png").Middle(), Png("right.png").Middle(), 0.005);
 }
 
 TEST_F(Sequences, OfSeveralCamerasGoByTheirNames) {
-  Render({"moving.gltf", "-o", "{camera}_##.png", "--camera", "all", "--frames", "1-2"});
+  Render("moving.gltf -o {camera}_##.png --camera all --frames 1-2");
   EXPECT_EQ(Pictures(),
             (std::set<std::string>{"Eye_01.png", "Eye_02.png", "a_b_01.png", "a_b_02.png"}));
-  Render({"moving.gltf", "-o", "%c.png", "--camera", "a/b", "--camera", "Eye"});
+  Render("moving.gltf -o %c.png --camera a/b --camera Eye");
   EXPECT_NE(Png("Eye.png").rgba, Png("a_b.png").rgba);
 }
 
 TEST_F(Sequences, AreGoneOnWithAndShared) {
-  const Arguments all = {"render", "squares.obj", "-o",    "s##.png", "--turntable",
-                         "6",      "-s",          "33x21", "--json"};
-  const auto render = [&](const Arguments& more) {
-    Arguments arguments = all;
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    const Gl3Result result = Run(arguments);
-    EXPECT_EQ(result.status, 0) << result.err;
-    return nlohmann::json::parse(result.out);
+  const auto render = [&](const std::string& more) {
+    return nlohmann::json::parse(
+        Done("render squares.obj -o s##.png --turntable 6 -s 33x21 --json " + more));
   };
-  nlohmann::json some = render({"--chunk", "2/4", "--fps", "8", "--effect", "tint"});
+  nlohmann::json some = render("--chunk 2/4 --fps 8 --effect tint");
   EXPECT_TRUE(some["software"].is_boolean());
   some.erase("software");
   const char* const outline = R"({"models": ["squares.obj"], "output": "s##.png", "width": 33,
@@ -142,60 +130,44 @@ TEST_F(Sequences, AreGoneOnWithAndShared) {
   EXPECT_EQ(Outline(some), nlohmann::json::parse(outline));
   EXPECT_EQ(Pictures(), (std::set<std::string>{"s02.png", "s06.png"}));
   Write("s03.png", "");  // no picture
-  const auto rest = render({"--skip-existing"});
+  const auto rest = render("--skip-existing");
   EXPECT_EQ(rest["skipped"], 2);
   ASSERT_EQ(rest["frames"].size(), 4u);
   EXPECT_EQ(rest["frames"][1]["output"], "s03.png");
   EXPECT_GT(rest["frames"][1]["milliseconds"]["total"], 0);
   EXPECT_EQ(Pictures().size(), 6u);
-  const auto nothing = render({"--skip-existing"});
+  const auto nothing = render("--skip-existing");
   EXPECT_EQ(nothing["skipped"], 6);
   EXPECT_EQ(nothing["milliseconds"]["start"], 0) << "nobody waits for a driver that is not needed";
 }
 
 TEST_F(Sequences, RefuseWhatMeansNothing) {
-  const struct {
-    Arguments more;
-    Arguments parts;
-  } cases[] = {
-      {{"-o", "x.png", "--frames", "1-2"}, {"x.png", "####"}},
-      {{"-o", "x%d.png"}, {"x%d.png", "--turntable"}},
-      {{"-o", "x##.png", "--frames", "1-2", "--animation", "Run"}, {"--animation", "Run", "Go"}},
-      {{"-o", "x##.bmp", "--frames", "1-2"}, {"x01.bmp", ".png"}},
-  };
-  for (const auto& [more, parts] : cases) {
-    Arguments arguments = {"render", "moving.gltf"};
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    ExpectRefused(arguments, 2, parts);
-  }
-  ExpectRefused({"render", "moving.gltf", "-o", "no/x##.png", "--frames", "1-2"}, 5,
-                {"no/x01.png"});
+  ExpectRefused("render moving.gltf -o x##.png --frames 1-2 --animation Run", 2,
+                {"--animation", "Run", "Go"});
   // A camera's folder, which is known when the model is: not after the other camera's pictures.
   fs::create_directory(Path("Eye"));
-  ExpectRefused(
-      {"render", "moving.gltf", "-o", "{camera}/##.png", "--camera", "all", "--frames", "1-2"}, 5,
-      {"a_b", "create it first"});
+  ExpectRefused("render moving.gltf -o {camera}/##.png --camera all --frames 1-2", 5,
+                {"a_b", "create it first"});
   EXPECT_TRUE(fs::is_empty(Path("Eye")));
 }
 
 TEST_F(Sequences, ThatCannotBeWrittenToTheEndKeepWhatIsThere) {
   fs::create_directory(Path("x02.png"));
-  const Gl3Result result =
-      Run({"render", "squares.obj", "-o", "x##.png", "--turntable", "3", "-s", "32x32"});
+  const Gl3Result result = Run("render squares.obj -o x##.png --turntable 3 -s 32x32");
   EXPECT_EQ(result.status, 5);
-  EXPECT_NE(result.err.find("gl3: x02.png: "), std::string::npos) << result.err;
-  EXPECT_NE(LastLine(result.err).find("1 of 3 pictures"), std::string::npos) << result.err;
+  EXPECT_TRUE(Holds(result.err, {"gl3: x02.png: "}));
+  EXPECT_TRUE(Holds(LastLine(result.err), {"1 of 3 pictures"}));
   EXPECT_EQ(Pictures(), (std::set<std::string>{"x01.png", "x02.png"}));
 }
 
 TEST_F(Sequences, ThatAreEndedLeaveWholePicturesOnly) {
-  const Arguments arguments = {"render", "squares.obj", "-o",      "k###.png", "--turntable",
-                               "400",    "-s",          "320x240", "-v",       "--skip-existing"};
   for (int i = 0; i < 8; ++i) {
     SCOPED_TRACE(i);
     const int signals[] = {SIGINT, SIGTERM, SIGKILL};
     const int signal = signals[i % 3];
-    Gl3Process process(m_work, m_logs, arguments);
+    Gl3Process process(
+        m_work, m_logs,
+        "render squares.obj -o k###.png --turntable 400 -s 320x240 -v --skip-existing");
     ASSERT_TRUE(process.WaitFor("written in"));
     usleep(static_cast<useconds_t>(i) * 1700);
     const pid_t child = process.Child();
@@ -210,28 +182,25 @@ TEST_F(Sequences, ThatAreEndedLeaveWholePicturesOnly) {
     const std::string oneLess = "gl3: " + std::to_string(pictures.size() - 1) + " of 400 pictures";
     const std::string last = LastLine(result.err);
     EXPECT_TRUE(last.starts_with(count) || last.starts_with(oneLess)) << last;
-    EXPECT_NE(last.find("--skip-existing"), std::string::npos);
+    EXPECT_TRUE(Holds(last, {"--skip-existing"}));
   }
 }
 
 TEST_F(Sequences, ACrashNamesTheFrame) {
-  Gl3Process process(
-      m_work, m_logs,
-      {"render", "squares.obj", "-o", "k##.png", "--turntable", "90", "-s", "1500x1500", "-v"});
+  Gl3Process process(m_work, m_logs,
+                     "render squares.obj -o k##.png --turntable 90 -s 1500x1500 -v");
   ASSERT_TRUE(process.WaitFor("k02.png: written"));
   ASSERT_GT(process.Child(), 0);
   kill(process.Child(), SIGABRT);
   const Gl3Result result = process.Finish();
   EXPECT_NE(result.status, 0);
-  EXPECT_NE(result.err.find("gl3: frame "), std::string::npos) << result.err;
-  EXPECT_NE(result.err.find("crashed"), std::string::npos) << result.err;
-  EXPECT_NE(LastLine(result.err).find(" of 90 pictures are there"), std::string::npos);
+  EXPECT_TRUE(Holds(result.err, {"gl3: frame ", "crashed"}));
+  EXPECT_TRUE(Holds(LastLine(result.err), {" of 90 pictures are there"}));
 }
 
 TEST_F(Sequences, TheTimeLimitCountsFromPictureToPicture) {
   Gl3Process process(m_work, m_logs,
-                     {"render", "squares.obj", "-o", "k###.png", "--turntable", "200", "-s",
-                      "64x64", "-v", "--timeout", "3"});
+                     "render squares.obj -o k###.png --turntable 200 -s 64x64 -v --timeout 3");
   for (const char* step : {"k001.png: written", "k100.png: written"}) {
     ASSERT_TRUE(process.WaitFor(step));
     const pid_t child = process.Child();

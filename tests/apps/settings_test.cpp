@@ -4,9 +4,11 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/common/gl3_process.h"
+#include "tests/support/common/holds.h"
 
 namespace fs = std::filesystem;
 
@@ -16,14 +18,8 @@ class SettingsVerb : public Gl3Test {
  protected:
   SettingsVerb() { m_setup.environment = {"GL3_REGISTRY=" + Path("registry.ini").string()}; }
 
-  /// What `gl3 settings` with more arguments prints, without a word on standard error.
-  std::string Told(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), "settings");
-    const Gl3Result result = Run(arguments, m_setup);
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.err, "");
-    return result.out;
-  }
+  /// What `gl3 settings` with more words prints, without a word on standard error.
+  std::string Told(const std::string& line) const { return Done("settings " + line, m_setup); }
   std::string FileText() const {
     std::ostringstream text;
     text << std::ifstream(Path("registry.ini")).rdbuf();
@@ -35,29 +31,26 @@ class SettingsVerb : public Gl3Test {
 
 TEST_F(SettingsVerb, StoresWhatIsReadBackAndKeepsTheRest) {
   Write("registry.ini", "; mine\n[Elsewhere]\nOther = 7\n");
-  EXPECT_EQ(Told({"get", "Max Vertices"}), "12000000\n");
-  const std::vector<std::vector<std::string>> changes = {{"set", "max", "VERTICES", "34"},
-                                                         {"set", "Antialias", "on"},
-                                                         {"set", "OpenMP Threads", "4"},
-                                                         {"set", "Polygonmode", "1"},
-                                                         {"set", "Polygonmode", "default"}};
-  for (const auto& change : changes) EXPECT_EQ(Told(change), "");
-  const std::vector<std::pair<const char*, const char*>> wanted = {{"Max Vertices", "34\n"},
-                                                                   {"Antialias", "1\n"},
-                                                                   {"OpenMP Threads", "4\n"},
-                                                                   {"Polygonmode", "0\n"}};
-  for (const auto& [key, value] : wanted) EXPECT_EQ(Told({"get", key}), value);
-  EXPECT_EQ(FileText().find("Polygonmode"), std::string::npos);
-  for (const char* line : {"; mine", "Other = 7", "Antialias = 1", "[General]"}) {
-    EXPECT_NE(FileText().find(line), std::string::npos) << line << " is not in " << FileText();
+  EXPECT_EQ(Told("get 'Max Vertices'"), "12000000\n");
+  for (const char* change : {"max VERTICES 34", "Antialias on", "'OpenMP Threads' 4",
+                             "Polygonmode 1", "Polygonmode default"}) {
+    EXPECT_EQ(Told(std::string("set ") + change), "");
   }
+  for (const auto& [key, value] : {std::pair("Max Vertices", "34\n"),
+                                   {"Antialias", "1\n"},
+                                   {"OpenMP Threads", "4\n"},
+                                   {"Polygonmode", "0\n"}}) {
+    EXPECT_EQ(Told(std::string("get ") + key), value);
+  }
+  EXPECT_FALSE(Holds(FileText(), {"Polygonmode"}));
+  EXPECT_TRUE(Holds(FileText(), {"; mine", "Other = 7", "Antialias = 1", "[General]"}));
 }
 
 TEST_F(SettingsVerb, ListsEveryKeyWithItsState) {
   Write("registry.ini", "[OpenGL3]\nMax Vertices = many\nAntialias = 3\n");
-  const Gl3Result result = Run({"settings", "--json"}, m_setup);
+  const Gl3Result result = Run("settings --json", m_setup);
   EXPECT_EQ(result.status, 0);
-  EXPECT_NE(result.err.find("Max Vertices: \"many\" is not a whole number"), std::string::npos);
+  EXPECT_TRUE(Holds(result.err, {"Max Vertices: \"many\" is not a whole number"}));
   EXPECT_EQ(result.err.find('\n'), result.err.size() - 1) << "told once: " << result.err;
   const auto json = nlohmann::json::parse(result.out);
   EXPECT_EQ(json["writable"], true);
@@ -67,39 +60,36 @@ TEST_F(SettingsVerb, ListsEveryKeyWithItsState) {
     EXPECT_EQ(setting["section"], setting["key"] == "OpenMP Threads" ? "General" : "OpenGL3");
     EXPECT_EQ(setting["value"], setting["key"] == "Antialias" ? 3 : setting["default"].get<int>());
   }
-  const std::string text = Run({"settings", "list"}, m_setup).out;
-  for (const char* part : {"[General]", "Antialias                         = 3", "1 to 256"}) {
-    EXPECT_NE(text.find(part), std::string::npos) << part << " is not in " << text;
-  }
+  EXPECT_TRUE(Holds(Run("settings list", m_setup).out,
+                    {"[General]", "Antialias                         = 3", "1 to 256"}));
 }
 
 TEST_F(SettingsVerb, RefusesWhatDoesNotExist) {
-  const struct {
-    std::vector<std::string> arguments;
-    std::vector<std::string> parts;
-  } cases[] = {
-      {{"settings", "lst"}, {"lst", "did you mean list?"}},
-      {{"settings", "list", "Antialias"}, {"gl3 settings get"}},
-      {{"settings", "get"}, {"key is missing"}},
-      {{"settings", "set", "Antialias"}, {"value is missing", "KEY VALUE"}},
-      {{"settings", "get", "Max", "Vertice"}, {"'Max Vertice'", "did you mean 'Max Vertices'?"}},
-      {{"settings", "set", "Antialias", "2"}, {"Antialias", "0 (off) or 1 (on)"}},
-      {{"settings", "set", "Max Vertices", "-1"}, {"-1", "1 to 2147483647"}},
-      {{"settings", "set", "Max Vertices", "9999999999"}, {"9999999999", "1 to 2147483647"}},
-      {{"settings", "set", "OpenMP Threads", "4.0"}, {"4.0", "1 to 256"}},
-      {{"settings", "--page", "list"}, {"excludes --page"}},
+  const std::pair<const char*, std::vector<std::string>> cases[] = {
+      {"lst", {"lst", "did you mean list?"}},
+      {"list Antialias", {"gl3 settings get"}},
+      {"get", {"key is missing"}},
+      {"set Antialias", {"value is missing", "KEY VALUE"}},
+      {"get Max Vertice", {"'Max Vertice'", "did you mean 'Max Vertices'?"}},
+      {"set Antialias 2", {"Antialias", "0 (off) or 1 (on)"}},
+      {"set 'Max Vertices' -1", {"-1", "1 to 2147483647"}},
+      {"set 'Max Vertices' 9999999999", {"9999999999", "1 to 2147483647"}},
+      {"set 'OpenMP Threads' 4.0", {"4.0", "1 to 256"}},
+      {"--page list", {"excludes --page"}},
   };
-  for (const auto& [arguments, parts] : cases) ExpectRefused(arguments, 2, parts, m_setup);
+  for (const auto& [line, parts] : cases) {
+    ExpectRefused(std::string("settings ") + line, 2, parts, m_setup);
+  }
 }
 
 TEST_F(SettingsVerb, SaysWhereNothingCanBeStored) {
   Write("file", "");
   m_setup.environment = {"GL3_REGISTRY=" + Path("file/below.ini").string()};
-  ExpectRefused({"settings", "set", "Antialias", "1"}, 5, {"file/below.ini", "; "}, m_setup);
-  EXPECT_NE(Run({"settings"}, m_setup).out.find("cannot be changed"), std::string::npos);
+  ExpectRefused("settings set Antialias 1", 5, {"file/below.ini", "; "}, m_setup);
+  EXPECT_TRUE(Holds(Run("settings", m_setup).out, {"cannot be changed"}));
   m_setup.environment = {"GL3_REGISTRY=", "XDG_CONFIG_HOME=", "HOME="};
-  ExpectRefused({"settings", "set", "Antialias", "1"}, 5, {"neither", "set GL3_REGISTRY"}, m_setup);
-  EXPECT_EQ(Told({"get", "Antialias"}), "0\n");
+  ExpectRefused("settings set Antialias 1", 5, {"neither", "set GL3_REGISTRY"}, m_setup);
+  EXPECT_EQ(Told("get Antialias"), "0\n");
 }
 
 TEST_F(SettingsVerb, AndTheVerbViewStartTheViewer) {
@@ -111,11 +101,10 @@ TEST_F(SettingsVerb, AndTheVerbViewStartTheViewer) {
   };
   addViewer(m_base / "elsewhere");
   m_setup.environment.push_back("PATH=" + (m_base / "elsewhere").string());
-  ExpectRefused({"settings", "--page"}, 1, {"gl3-view is not installed", "; "}, m_setup);
+  ExpectRefused("settings --page", 1, {"gl3-view is not installed", "; "}, m_setup);
   addViewer(m_base / "copy/bin");
-  EXPECT_EQ(Told({"--page"}), "1: --settings\n");
-  EXPECT_EQ(Run({"view", "--device", "cpu", "a b.glb", "-o"}, m_setup).out,
-            "4: --device cpu a b.glb -o\n");
+  EXPECT_EQ(Told("--page"), "1: --settings\n");
+  EXPECT_EQ(Run("view --device cpu 'a b.glb' -o", m_setup).out, "4: --device cpu a b.glb -o\n");
 }
 
 }  // namespace

@@ -35,13 +35,14 @@ Inputs Seeds() {
   // BeginScene with colour 0, as projection 0, two lights and the second material.
   const std::string begin("\0\0\0\2\0\1\1", 7);
   const std::string end(2, '\1');
-  for (int number = 0; number < HostPlayer::kMoveCount; ++number) {
+  const int moves = static_cast<int>(TameMoves().size() + WildMoves().size());
+  for (int number = 0; number < moves; ++number) {
     // The move in the middle of a scene, with values of all kinds; then on the edge of what there
     // is: the largest and the smallest int, NaN, infinity.
     const auto move = static_cast<char>(number);
     std::string values;
     for (int i = 0; i < 60; ++i) values += static_cast<char>(i * 29 + move * 5);
-    seeds.push_back(tame + begin + move + values.substr(0, 20) + end);
+    seeds.push_back(tame + begin + move + values.substr(0, 24) + end);
     seeds.push_back(wild + begin + move + values + end);
     for (char edge : {'\x87', '\x80', '\xC0', '\xC1'}) {
       seeds.push_back(wild + begin + move + std::string(70, edge) + move);
@@ -51,9 +52,9 @@ Inputs Seeds() {
   for (const char effect : {'\0', '\1'}) {
     for (const char mode : {'\0', '\1'}) {
       const std::string name{'\0', effect}, picture{'\0', mode, '\0', '\x63'};
-      seeds.push_back(tame + static_cast<char>(HostPlayer::kInitEffect) + name +
-                      std::string{'\0', '\1', '\x8', mode, '\1'} +
-                      static_cast<char>(HostPlayer::kInitEffect + 1) + name + picture + picture);
+      seeds.push_back(tame + static_cast<char>(kInitEffect) + name +
+                      std::string{'\0', '\1', '\x8', mode, '\1'} + static_cast<char>(kRunEffect) +
+                      name + picture + picture);
     }
   }
   return seeds;
@@ -62,8 +63,8 @@ Inputs Seeds() {
 Inputs Regressions() {
   return {
       // Text at the largest coordinates.
-      "0100000000001000004141414141878700",
+      "0100000000000f00000000000000000000008787000000000000004141414141",
       // A blit into a picture of the largest size.
-      "0100000000000e0000000000000000000000000000000000878700001201",
+      "010000000000070000000000000000000000000000000000878700000a01",
   };
 }

@@ -10,7 +10,6 @@
 
 #include <array>
 #include <deque>
-#include <functional>
 #include <memory>
 #include <vector>
 
@@ -59,102 +58,46 @@ struct ReleaseBitmap {
 };
 using PlayedBitmap = std::unique_ptr<HBitmapNode, ReleaseBitmap>;
 
-class HostPlayer {
- public:
-  static const int kMoveCount;
-  static const int kInitEffect;  // its number; RunEffect is the next
-
-  /// Makes the driver that one player after the other uses: making it costs more than most games.
-  static void MakeSharedDriver();
-
-  explicit HostPlayer(Input& input);
+/// What the host has, and the values that its calls take.
+struct HostPlayer {
+  explicit HostPlayer(Input& from);
   HostPlayer(const HostPlayer&) = delete;
   HostPlayer& operator=(const HostPlayer&) = delete;
   ~HostPlayer();
 
+  /// Makes the driver that one player after the other uses: making it costs more than most games.
+  static void MakeSharedDriver();
   /// Plays until the input is used up.
   void Play();
-
- private:
-  using Move = void (HostPlayer::*)();
-  using Things = std::vector<std::function<void()>>;
-  static void Do(int which, const Things& things) { things[static_cast<std::size_t>(which)](); }
-  void DoOne(const Things& things) { Do(m_input.Below(static_cast<int>(things.size())), things); }
-
-  // host_player.cpp: the driver, what buffers and lists are made of, and what must hold.
-  void ChooseSettings();
-  void RestartDriver();
-  void ChooseBuffer();
   void RemakeBuffer();
-  void MakeList();
-  void DropList();
-  void ChangeColor();
-  void ChangeMaterial();
-  void ChangeLight();
-  void MakeTexture();
-  void FreeTexture();
-  void DeleteTexture();
-  void CheckErrors();
+  /// A tame host causes no GL error. A wild one hands the GL values that it refuses, calls it
+  /// between the vertices of an open block, and draws where there is no surface; nothing else goes
+  /// wrong.
+  void CheckErrors() const;
 
-  // host_player_buffers.cpp
-  void Reallocate();
-  void ChangeView();
-  void BeginScene();
-  void EndScene();
-  void SetFog();
-  void Overlay();
-  void ReadBack();
-  void BlitSomething();
-  void QueueRecords();
-  void SetBufferState();
-
-  // host_player_lists.cpp: state, and what is drawn vertex by vertex.
-  void SetListState();
-  void Prepare();
-  void Instruct();
-  void AddVertices();
-  void AddPoints();
-
-  // host_player_shapes.cpp: adders that take shapes and arrays.
-  void AddLines();
-  void AddLineArrays();
-  void AddShadedLines();
-  void AddRectangles();
-  void AddCurves();
-  void AddPolygons();
-  void AddTriangles();
-  void AddPolyline();
-  void AddFan();
-  void AddIndexedLists();
-
-  // host_player_effects.cpp: the shader program, and what its class does for the effects.
-  void MakeProgram();
-  void DropProgram();
-  void InitEffect();
-  void RunEffect();
-  void UploadPicture();
-  void MergePixels();
-  void CompileShaders();
-  void Occlude();
-
-  static const Move kMoves[];
-  static const int kTameMoves;  // how many of them leave no open block behind
-
-  PlayedBuffer& Here() { return m_buffers[m_here]; }
+  PlayedBuffer& Here() { return buffers[here]; }
   GL3GABuffer& Buffer() { return static_cast<GL3GABuffer&>(*Here().buffer); }
+  void MakeList();
   /// One of the buffer's lists; made when there is none.
   DisplayList& List();
-  GAColor& Color() { return m_colors[static_cast<std::size_t>(m_input.Below(4))]; }
+  template <class T, std::size_t kCount>
+  T& OneOf(std::array<T, kCount>& things) {
+    return things[static_cast<std::size_t>(input.Below(static_cast<int>(kCount)))];
+  }
+  /// One of the values; for tame hosts one of the first `tame`.
+  template <class T, std::size_t kCount>
+  const T& FirstOf(const T (&values)[kCount], int tame) {
+    return values[input.Below(input.IsTame() ? tame : static_cast<int>(kCount))];
+  }
+  GAColor& Color() { return OneOf(colors); }
   AttrProperty* Material();
   LightListNode* Lights();
   GL3GATexture* Texture();
-  /// One of the shader programs; made when it is not there.
-  PlayedProgram& Program();
-  PlayedBitmap Picture(PlayedProgram::Size size);
-  PlayedProgram::Size PictureSize();
-  Vector Point() { return {m_input.Float(), m_input.Float(), m_input.Float()}; }
+  Vector Point() { return {input.Float(), input.Float(), input.Float()}; }
   /// A screen coordinate.
-  int Pixel() { return m_input.IsTame() ? m_input.Below(16) : m_input.Int(); }
+  int Pixel() { return input.IsTame() ? input.Below(16) : input.Int(); }
+  /// A picture's side.
+  int Side();
   /// A number that GL wants positive.
   float Positive();
   /// A count that a call may be given: now and then 0 or negative.
@@ -164,15 +107,53 @@ class HostPlayer {
   std::vector<GAVertex> Vertices(int count);
   std::vector<unsigned short> Indices(int count, int vertices);
 
-  static PlayedDriver* m_driver;  // stays when the process ends
-  Input& m_input;
-  std::array<PlayedBuffer, 3> m_buffers;
-  std::size_t m_here = 0;
-  std::array<GAColor, 4> m_colors;
-  std::array<AttrProperty, 4> m_materials;
-  std::array<GALight, 6> m_lights;
-  LightOwner m_owner;
-  std::deque<std::array<LightListNode, 6>> m_lightLists;  // queued records keep pointers
-  std::array<std::unique_ptr<GL3GATexture>, 4> m_textures;
-  std::array<PlayedProgram, 2> m_programs;
+  static inline PlayedDriver* driver = nullptr;  // stays when the process ends
+  Input& input;
+  std::array<PlayedBuffer, 3> buffers;
+  std::size_t here = 0;
+  std::array<GAColor, 4> colors;
+  std::array<AttrProperty, 4> materials;
+  std::array<GALight, 6> lights;
+  LightOwner owner;
+  std::deque<std::array<LightListNode, 6>> lightLists;  // queued records keep pointers
+  std::array<std::unique_ptr<GL3GATexture>, 4> textures;
+  std::array<PlayedProgram, 2> programs;
 };
+
+/// Values for a call.
+struct Hand {
+  HostPlayer& host;
+  DisplayList& list;
+  Vector a, b, c;
+  float number;
+  int x1, y1, x2, y2, across, down;
+  GAColor &color, &other;
+  bool flag;
+};
+using Call = void (*)(Hand& hand);
+
+/// A call or a few that belong together.
+using Move = void (*)(HostPlayer& host);
+using Moves = std::vector<Move>;
+
+/// The move that does one of a table's calls.
+template <const auto& kCalls>
+void CallOneOf(HostPlayer& host) {
+  const Call call = host.input.OneOf(kCalls);
+  Input& in = host.input;
+  Hand hand = {host,       host.List(),  host.Point(), host.Point(), host.Point(),
+               in.Float(), host.Pixel(), host.Pixel(), host.Pixel(), host.Pixel(),
+               in.Int(),   in.Int(),     host.Color(), host.Color(), in.Flag()};
+  call(hand);
+}
+
+/// The moves that leave no block of vertices open. These come first, for seeds to find them.
+enum SeededMove : int { kBeginScene, kEndScene, kInitEffect, kRunEffect };
+Moves TameMoves();
+Moves BufferMoves();  // BeginScene and EndScene first
+Moves EffectMoves();  // InitEffect and RunEffect first
+Moves ListMoves();
+/// Those of wild hosts alone.
+Moves WildMoves();
+Moves WildBufferMoves();
+Moves WildListMoves();

@@ -1,19 +1,12 @@
-// Moves of the random host that concern a shader program: effects as hosts ask for them, and the
-// operations of the module's class that effects are made of.
+// Moves of the random host that concern a shader program: effects as hosts ask for them.
 #include <algorithm>
-#include <climits>
 #include <cmath>
 #include <cstring>
 #include <iterator>
-#include <limits>
-#include <string>
 #include <vector>
 
-#include "platform/gl.h"
 #include "platform/win32.h"
-#include "shader/Gl3ShaderMain.h"
 #include "shader/Gl3ShaderMainRun.h"
-#include "shader/Gl3ShaderMainSources.h"
 #include "tests/fuzz/host_player.h"
 
 namespace {
@@ -24,6 +17,125 @@ enum Effect : int { kBlur = 0, kFilter = 1 };
 
 PlayedProgram::Size Shortened(PlayedProgram::Size size) {
   return {std::min(size.width, kLongest), std::min(size.height, kLongest)};
+}
+
+/// A long side never meets another one.
+PlayedProgram::Size PictureSize(HostPlayer& host) {
+  const int width = host.Side(), height = host.Side();
+  return {width, width < kLongest ? height : std::min(height, 1)};
+}
+
+/// With one buffer or two of some kind, mostly of the picture's size and with storage.
+PlayedBitmap Picture(HostPlayer& host, PlayedProgram::Size size) {
+  constexpr struct {
+    const char* name;
+    HBitmapBuffer::ChannelType type;
+    int channels, elementSize;
+  } kKinds[] = {{"Color", HBitmapBuffer::kByteChannel, 4, 1},
+                {"ColorAlpha", HBitmapBuffer::kHalfChannel, 4, 2},
+                {"Depth", HBitmapBuffer::kFloatChannel, 1, 4},
+                {"Color", HBitmapBuffer::kByteChannel, 3, 1},
+                {"Color", HBitmapBuffer::kHalfChannel, 2, 2}};
+  PlayedBitmap bitmap(new HBitmapNode(size.width, size.height));
+  for (int left = 1 + host.input.Below(2); left > 0; --left) {
+    const auto& kind = kKinds[host.input.Below(static_cast<int>(std::size(kKinds)))];
+    const int odd = host.input.Byte();
+    const bool isHuge = size.width > kLongest || size.height > kLongest;
+    const PlayedProgram::Size own = odd % 8 == 7 || isHuge ? PlayedProgram::Size{5, 3} : size;
+    HBitmapBuffer* const buffer =
+        kind.channels == 4
+            ? bitmap->CreateRGBABuffer(kind.name, kind.type, own.width, own.height)
+            : new HBitmapBuffer(kind.name, kind.type, kind.channels, own.width, own.height);
+    bitmap->AddBuffer(buffer);
+    const int shade = host.input.Byte();
+    if (odd / 8 % 8 == 7 || !buffer->AllocateData(0)) continue;  // without storage
+    std::memset(buffer->Data(), shade,
+                static_cast<std::size_t>(buffer->RowStep()) *
+                    static_cast<std::size_t>(own.height * kind.elementSize));
+  }
+  return bitmap;
+}
+
+/// One of the shader programs; made when it is not there.
+PlayedProgram& Program(HostPlayer& host) {
+  PlayedProgram& played = host.OneOf(host.programs);
+  if (played.program) return played;
+  played.sizes = {};
+  played.program.reset(
+      static_cast<GL3GAShaderProgram*>(host.driver->CreateShaderProgram(&played.info)));
+  Require(played.program != nullptr, "no shader program");
+  return played;
+}
+
+/// With its surfaces, or these wait until the same place is used for another program.
+void DropProgram(HostPlayer& host) {
+  PlayedProgram& played = host.OneOf(host.programs);
+  played.program.reset();
+  if (host.input.Flag()) played.surfaces.clear();
+}
+
+/// Over one that is there, too.
+void MakeProgram(HostPlayer& host) {
+  DropProgram(host);
+  Program(host);
+  GL3GADriver::m_azprocessor = 1 + host.input.Below(5);
+  GL3GADriver::m_useopenmp = host.input.Flag();
+}
+
+void InitEffect(HostPlayer& host) {
+  constexpr std::size_t kMostSurfaces = 4;  // each is a context
+  constexpr float kSides[][2] = {{16, 16},       {8, 4},     {4, 40},    {1, 1},
+                                 {3, 5},         {20, 12},   {0, 0},     {-4, 8},
+                                 {5, -1},        {70000, 1}, {1, 70000}, {16777216, 16777216},
+                                 {NAN, INFINITY}};
+  constexpr float kRadii[] = {1, 2.5f, 10, 0.25f, 100, 0, -1, NAN, INFINITY, 1e20f};
+  constexpr int kTameSides = 6, kTameRadii = 5, kFilters = 9;
+  PlayedProgram& played = Program(host);
+  if (played.surfaces.size() >= kMostSurfaces) {
+    played.program.reset();
+    played.surfaces.clear();
+    return;
+  }
+  const bool tame = host.input.IsTame();
+  const int effect = tame ? host.input.Below(2) : host.input.Below(5) - 1;
+  const auto& sides = host.FirstOf(kSides, kTameSides);
+  const float radius = host.FirstOf(kRadii, kTameRadii);
+  const float filter = tame ? static_cast<float>(host.input.Below(kFilters)) : host.input.Float();
+  float parameters[] = {static_cast<float>(host.input.Below(3)),
+                        tame ? static_cast<float>(host.input.Below(4)) : host.input.Float(),
+                        effect == kBlur ? radius : filter, sides[0], sides[1]};
+  played.info.imageWidth = Truncated(sides[0]);
+  played.info.imageHeight = Truncated(sides[1]);
+  host.driver->keeper = &played.surfaces;
+  const int made = played.program->Init(effect, parameters, 5);
+  host.driver->keeper = nullptr;
+  Require(made == 1 || !tame, "an effect was refused");
+  host.CheckErrors();
+  if (made == 1) {
+    played.sizes.at(static_cast<std::size_t>(effect)) = {played.info.imageWidth,
+                                                         played.info.imageHeight};
+  }
+}
+
+/// Tame hosts hand over pictures of the size that they told.
+void RunEffect(HostPlayer& host) {
+  PlayedProgram& played = Program(host);
+  const bool tame = host.input.IsTame();
+  const int effect = tame ? host.input.Below(2) : host.input.Below(5) - 1;
+  const bool isKnown = effect == kBlur || effect == kFilter;
+  const PlayedProgram::Size told =
+      isKnown ? Shortened(played.sizes.at(static_cast<std::size_t>(effect)))
+              : PlayedProgram::Size();
+  const bool fits = tame || host.input.Flag();
+  const PlayedBitmap source = Picture(host, fits ? told : PictureSize(host));
+  const PlayedBitmap other = Picture(host, told);
+  HBitmapNode* const destinations[] = {other.get(), source.get(), nullptr};
+  HBitmapNode* const destination = host.input.OneOf(destinations);
+  const bool without = !tame && host.input.Below(16) == 15;
+  const int done = played.program->Process(effect, without ? nullptr : source.get(), destination,
+                                           host.input.Float());
+  Require(done == 0 || (isKnown && !without), "an effect ran that cannot");
+  host.CheckErrors();
 }
 
 }  // namespace
@@ -42,203 +154,6 @@ GABuffer* PlayedDriver::CreateBuffer(RenderInfo* info, int mode, int compatibleD
   return buffer;
 }
 
-PlayedProgram& HostPlayer::Program() {
-  PlayedProgram& played = m_programs[static_cast<std::size_t>(m_input.Below(2))];
-  if (played.program) return played;
-  played.sizes = {};
-  played.program.reset(
-      static_cast<GL3GAShaderProgram*>(m_driver->CreateShaderProgram(&played.info)));
-  Require(played.program != nullptr, "no shader program");
-  return played;
-}
-
-/// Over one that is there, too.
-void HostPlayer::MakeProgram() {
-  DropProgram();
-  Program();
-  GL3GADriver::m_azprocessor = 1 + m_input.Below(5);
-  GL3GADriver::m_useopenmp = m_input.Flag();
-}
-
-/// With its surfaces, or these wait until the same place is used for another program.
-void HostPlayer::DropProgram() {
-  PlayedProgram& played = m_programs[static_cast<std::size_t>(m_input.Below(2))];
-  played.program.reset();
-  if (m_input.Flag()) played.surfaces.clear();
-}
-
-void HostPlayer::InitEffect() {
-  constexpr std::size_t kMostSurfaces = 4;  // each is a context
-  constexpr float kSides[][2] = {{16, 16},       {8, 4},     {4, 40},    {1, 1},
-                                 {3, 5},         {20, 12},   {0, 0},     {-4, 8},
-                                 {5, -1},        {70000, 1}, {1, 70000}, {16777216, 16777216},
-                                 {NAN, INFINITY}};
-  constexpr float kRadii[] = {1, 2.5f, 10, 0.25f, 100, 0, -1, NAN, INFINITY, 1e20f};
-  constexpr int kTameSides = 6, kTameRadii = 5, kFilters = 9;
-  PlayedProgram& played = Program();
-  if (played.surfaces.size() >= kMostSurfaces) {
-    played.program.reset();
-    played.surfaces.clear();
-    return;
-  }
-  const bool tame = m_input.IsTame();
-  const int effect = tame ? m_input.Below(2) : m_input.Below(5) - 1;
-  const auto& sides =
-      kSides[m_input.Below(tame ? kTameSides : static_cast<int>(std::size(kSides)))];
-  const auto radius = static_cast<std::size_t>(
-      m_input.Below(tame ? kTameRadii : static_cast<int>(std::size(kRadii))));
-  const float filter = tame ? static_cast<float>(m_input.Below(kFilters)) : m_input.Float();
-  float parameters[] = {static_cast<float>(m_input.Below(3)),
-                        tame ? static_cast<float>(m_input.Below(4)) : m_input.Float(),
-                        effect == kBlur ? kRadii[radius] : filter, sides[0], sides[1]};
-  played.info.imageWidth = Truncated(sides[0]);
-  played.info.imageHeight = Truncated(sides[1]);
-  m_driver->keeper = &played.surfaces;
-  const int made = played.program->Init(effect, parameters, 5);
-  m_driver->keeper = nullptr;
-  Require(made == 1 || !tame, "an effect was refused");
-  CheckErrors();
-  if (made == 1) {
-    played.sizes.at(static_cast<std::size_t>(effect)) = {played.info.imageWidth,
-                                                         played.info.imageHeight};
-  }
-}
-
-/// Tame hosts hand over pictures of the size that they told.
-void HostPlayer::RunEffect() {
-  PlayedProgram& played = Program();
-  const bool tame = m_input.IsTame();
-  const int effect = tame ? m_input.Below(2) : m_input.Below(5) - 1;
-  const bool isKnown = effect == kBlur || effect == kFilter;
-  const PlayedProgram::Size told =
-      isKnown ? Shortened(played.sizes.at(static_cast<std::size_t>(effect)))
-              : PlayedProgram::Size();
-  const bool fits = tame || m_input.Flag();
-  const PlayedBitmap source = Picture(fits ? told : PictureSize());
-  const PlayedBitmap other = Picture(told);
-  HBitmapNode* const destinations[] = {other.get(), source.get(), nullptr};
-  HBitmapNode* const destination = m_input.OneOf(destinations);
-  const bool without = !tame && m_input.Below(16) == 15;
-  const int done = played.program->Process(effect, without ? nullptr : source.get(), destination,
-                                           m_input.Float());
-  Require(done == 0 || (isKnown && !without), "an effect ran that cannot");
-  CheckErrors();
-}
-
-void HostPlayer::UploadPicture() {
-  const PlayedBitmap picture = Picture(PictureSize());
-  const bool without = m_input.Below(16) == 15;
-  HBitmapNode* const bitmap = without ? nullptr : picture.get();
-  PlayedProgram& played = Program();
-  if (!GL3GADriver::m_context) return;  // its caller sees to a context
-  m_driver->MakeCurrent();
-  GLuint names[2] = {0, 0};
-  int pixels = -1;
-  names[0] = played.program->CreateTextureForShader(bitmap, pixels);
-  Require(names[0] ? pixels > 0 : pixels >= 0, "a texture without its size");
-  float smallest = 0, largest = 0;
-  names[1] = played.program->CreateDepthTextureForShader(bitmap, smallest, largest);
-  Require(smallest <= largest || smallest == std::numeric_limits<float>::max(),
-          "a range of depths the wrong way round");
-  glDeleteTextures(2, names);
-  CheckErrors();
-}
-
-void HostPlayer::MergePixels() {
-  PlayedProgram& played = Program();
-  const PlayedProgram::Size size = PictureSize();
-  const PlayedBitmap source = Picture(m_input.Flag() ? size : PictureSize());
-  const PlayedBitmap destination = Picture({});
-  const int mode = m_input.Below(3);
-  const auto [width, height] = Shortened(size);
-  const auto bytes = static_cast<std::size_t>(std::max(width, 0)) *
-                     static_cast<std::size_t>(std::max(height, 0)) * 4;
-  std::vector<unsigned char> rgba(bytes, m_input.Byte());
-  for (std::size_t i = 0; i < std::min<std::size_t>(bytes, 8); ++i) rgba[i] = m_input.Byte();
-  Require(played.program->MergeBuffers(source.get(), destination.get(), rgba.data(), mode, 0, 0,
-                                       width, height) == 1,
-          "a merge failed");
-  const HBitmapBuffer* merged = destination->FindBuffer("ColorAlpha");
-  Require(mode != 0 || bytes == 0 || (merged && merged->Width() == width), "nothing was merged");
-}
-
-/// From whole sources, broken ones and none.
-void HostPlayer::CompileShaders() {
-  const std::string broken = "void main() {" + m_input.Text(6);
-  const char* const sources[] = {kFilterSource, kBlurVerticalSource, "void main() {}", "",
-                                 broken.c_str()};
-  const char* const vertexSource = m_input.OneOf(sources);
-  const char* const fragmentSource = m_input.OneOf(sources);
-  const int parts = m_input.Below(4);
-  const float value = m_input.Float();
-  PlayedProgram& played = Program();
-  if (!GL3GADriver::m_context) return;  // its caller sees to a context
-  m_driver->MakeCurrent();
-  GL3GAShaderProgram& shader = *played.program;
-  GLuint vertex = parts & 1 ? shader.LoadShaderFromSource(vertexSource, GL_VERTEX_SHADER) : 0;
-  GLuint fragment = parts & 2 ? shader.LoadShaderFromSource(fragmentSource, GL_FRAGMENT_SHADER) : 0;
-  GLuint program = shader.CreateProgramFromShaders(vertex, fragment);
-  if (program) {
-    glUseProgram(program);
-    for (const char* name : {"radius", "e_step", "bloom"}) SetUniform(program, name, value);
-    for (const char* name : {"steps", "filterNumber"}) SetUniform(program, name, Truncated(value));
-    glUseProgram(0);
-  }
-  Require(shader.LoadShaderFromFile("/dev/null/no-such-file", GL_FRAGMENT_SHADER) == 0,
-          "a shader from no file");
-  DeleteProgram(program, {&vertex, &fragment});
-  CheckErrors();
-}
-
-/// The effect that is switched off, by its own class.
-void HostPlayer::Occlude() {
-  const PlayedBitmap source = Picture(Shortened(PictureSize()));
-  const PlayedBitmap destination = Picture({});
-  if (!GL3GADriver::m_context) return;  // its caller sees to a context
-  m_driver->MakeCurrent();
-  HBitmapNode* const target = m_input.Flag() ? nullptr : destination.get();
-  RenderInfo info;
-  SSAOShader occlusion(&info);
-  occlusion.ProcessShader(source.get(), target, m_input.Float());
-  CheckErrors();
-}
-
-/// A long side never meets another one.
-PlayedProgram::Size HostPlayer::PictureSize() {
-  constexpr int kSides[] = {16, 1, 2, 3, 7, 17, 31, 16, 0, -1, kLongest, INT_MAX, INT_MIN};
-  const int known = m_input.IsTame() ? 8 : static_cast<int>(std::size(kSides));
-  const int width = kSides[m_input.Below(known)];
-  const int height = kSides[m_input.Below(known)];
-  return {width, width < kLongest ? height : std::min(height, 1)};
-}
-
-/// With one buffer or two of some kind, mostly of the picture's size and with storage.
-PlayedBitmap HostPlayer::Picture(PlayedProgram::Size size) {
-  constexpr struct {
-    const char* name;
-    HBitmapBuffer::ChannelType type;
-    int channels, elementSize;
-  } kKinds[] = {{"Color", HBitmapBuffer::kByteChannel, 4, 1},
-                {"ColorAlpha", HBitmapBuffer::kHalfChannel, 4, 2},
-                {"Depth", HBitmapBuffer::kFloatChannel, 1, 4},
-                {"Color", HBitmapBuffer::kByteChannel, 3, 1},
-                {"Color", HBitmapBuffer::kHalfChannel, 2, 2}};
-  PlayedBitmap bitmap(new HBitmapNode(size.width, size.height));
-  for (int left = 1 + m_input.Below(2); left > 0; --left) {
-    const auto& kind = kKinds[m_input.Below(static_cast<int>(std::size(kKinds)))];
-    const int odd = m_input.Byte();
-    const bool isHuge = size.width > kLongest || size.height > kLongest;
-    const PlayedProgram::Size own = odd % 8 == 7 || isHuge ? PlayedProgram::Size{5, 3} : size;
-    HBitmapBuffer* const buffer =
-        kind.channels == 4
-            ? bitmap->CreateRGBABuffer(kind.name, kind.type, own.width, own.height)
-            : new HBitmapBuffer(kind.name, kind.type, kind.channels, own.width, own.height);
-    bitmap->AddBuffer(buffer);
-    const int shade = m_input.Byte();
-    if (odd / 8 % 8 == 7 || !buffer->AllocateData(0)) continue;  // without storage
-    std::memset(buffer->Data(), shade,
-                static_cast<std::size_t>(buffer->RowStep()) *
-                    static_cast<std::size_t>(own.height * kind.elementSize));
-  }
-  return bitmap;
+Moves EffectMoves() {
+  return {InitEffect, RunEffect, MakeProgram, DropProgram};
 }

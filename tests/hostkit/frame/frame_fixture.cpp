@@ -38,6 +38,18 @@ Pixel At(const hostkit::Picture& picture, int x, int y) {
   return {values[2], values[1], values[0], values[3]};
 }
 
+int Different(const hostkit::Picture& a, const hostkit::Picture& b, float than) {
+  int count = 0;
+  for (int y = 0; y < a.bitmap->GetHeight(); ++y) {
+    for (int x = 0; x < a.bitmap->GetWidth(); ++x) {
+      const Pixel p = At(a, x, y), q = At(b, x, y);
+      count += std::max({std::abs(p.red - q.red), std::abs(p.green - q.green),
+                         std::abs(p.blue - q.blue)}) > than;
+    }
+  }
+  return count;
+}
+
 hostkit::SceneMaterial Material(float red, float green, float blue, float transparency) {
   hostkit::SceneMaterial material;
   material.surface.base = {AnimatableValue(red), AnimatableValue(green), AnimatableValue(blue)};

@@ -19,6 +19,9 @@ struct Pixel {
 /// A pixel of a picture's colours.
 Pixel At(const hostkit::Picture& picture, int x, int y);
 
+/// How many pixels of two pictures have colours that are farther apart.
+int Different(const hostkit::Picture& a, const hostkit::Picture& b, float than);
+
 hostkit::SceneMaterial Material(float red, float green, float blue, float transparency = 0);
 
 /// A square of side 2 around the origin that faces +z.

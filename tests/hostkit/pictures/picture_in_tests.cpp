@@ -3,13 +3,10 @@
 #include <OpenEXR/ImfStdIO.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstdint>
 #include <string>
 
-#include "hostkit/pictures/picture.h"
 #include "hostkit/pictures/picture_in.h"
-#include "tests/support/common/temp_folder.h"
+#include "tests/support/common/holds.h"
 
 namespace {
 
@@ -36,30 +33,20 @@ TEST_F(PicturesIn, HdrRowsMustBeWhole) {
   EXPECT_EQ(Load(start + row + row), 8) << m_error;
   for (std::size_t cut = 1; cut < row.size(); ++cut) {
     EXPECT_EQ(Load(start + row + row.substr(0, cut)), 0) << cut;
-    EXPECT_NE(m_error.find("ends early"), std::string::npos) << m_error;
+    EXPECT_TRUE(Holds(m_error, {"ends early"}));
   }
   const std::string flat(8 * 2 * 4, '\x80');
   EXPECT_EQ(Load(start + flat), 8) << m_error;
 }
 
 TEST_F(PicturesIn, JpegTablesMustHaveRoom) {
-  const TempFolder folder;
-  const std::string path = folder.Path("a.jpg");
-  hostkit::Picture picture{hostkit::BitmapPtr(new HBitmapNode(9, 9)), false};
-  auto* colors = picture.bitmap->CreateRGBABuffer("ColorAlpha", HBitmapBuffer::kHalfChannel, 9, 9);
-  picture.bitmap->AddBuffer(colors);
-  colors->AllocateData(0);
-  std::fill_n(static_cast<std::uint16_t*>(colors->GetData(0)), 9 * 9 * 4, 0);
-  ASSERT_TRUE(hostkit::WritePicture(path, picture, {}, {}, &m_error)) << m_error;
-  EXPECT_NE(hostkit::LoadPicture(path, &m_error), nullptr) << m_error;
-
   // One more code than there is room for, alone and behind other segments.
   const std::string table = std::string("\xFF\xC4\0\x13\0\xFF\2", 7) + std::string(14, '\0');
   const std::string comment("\xFF\xFE\0\5\xFF\xC4\0", 7);
   EXPECT_EQ(Load("\xFF\xD8" + table), 0);
-  EXPECT_NE(m_error.find("tables"), std::string::npos) << m_error;
+  EXPECT_TRUE(Holds(m_error, {"tables"}));
   EXPECT_EQ(Load("\xFF\xFF\xD8" + comment + "\xFF" + table), 0);
-  EXPECT_NE(m_error.find("tables"), std::string::npos) << m_error;
+  EXPECT_TRUE(Holds(m_error, {"tables"}));
 }
 
 /// 3 x 2 pixels.
@@ -88,9 +75,9 @@ TEST_F(PicturesIn, ExrHeadersMustBeWhole) {
     return file;
   };
   EXPECT_EQ(Load(changed("box2i", 0, 15)), 0);
-  EXPECT_NE(m_error.find("header"), std::string::npos) << m_error;
+  EXPECT_TRUE(Holds(m_error, {"header"}));
   EXPECT_EQ(Load(changed("chlist", 0x40, 1)), 0);
-  EXPECT_NE(m_error.find("header"), std::string::npos) << m_error;
+  EXPECT_TRUE(Holds(m_error, {"header"}));
 }
 
 TEST_F(PicturesIn, PicturesBeyondTheRoomForThemAreNotDecoded) {
@@ -111,7 +98,7 @@ TEST_F(PicturesIn, PicturesBeyondTheRoomForThemAreNotDecoded) {
 TEST_F(PicturesIn, MessagesDoNotQuoteTheFile) {
   const std::string header("\0\0\0\x0DIHDR\0\0\0\1\0\0\0\1\x08\2\0\0\0\0\0\0\0", 25);
   EXPECT_EQ(Load("\x89PNG\r\n\x1a\n" + header + std::string("\0\0\0\0N\nA\x1b\0\0\0\0", 12)), 0);
-  EXPECT_NE(m_error.find("N?A?"), std::string::npos) << m_error;
+  EXPECT_TRUE(Holds(m_error, {"N?A?"}));
 }
 
 }  // namespace

@@ -203,64 +203,54 @@ TEST_F(Bitmap, HalfAndDepthBuffersScaleInTheirRange) {
   }
 }
 
-TEST_F(Bitmap, ByteBlocksFollowTransparencyAndOrder) {
-  // Every width from 1 to 9 meets the ends of the word-wise loops; the transparent pixel is last.
-  for (int width = 1; width <= 9; ++width) {
-    for (bool transparent : {false, true}) {
-      const Node node = MakeNode(width, 3, [&](int x, int y) {
-        const bool last = x == width - 1 && y == 2;
-        return Rgba{static_cast<unsigned char>(10 * x + y), 77, static_cast<unsigned char>(250 - x),
-                    static_cast<unsigned char>(transparent && last ? 254 : 255)};
-      });
-      for (int bgr : {0, 1}) {
-        int flags = transparent ? 4 : 5;
-        const Block block(node->CreateByteBlock(1, &flags, bgr));
-        const int bytes = block->GetBytesPerPixel();
-        EXPECT_EQ(bytes, transparent ? 4 : 3);
-        EXPECT_EQ(flags, transparent ? 5 : 4);
-        for (int i = 0; i < width * 3; ++i) {
-          const Rgba pixel = PixelOf(*node, i % width, i / width);
-          const unsigned char* packed = block->GetByteBlock() + i * bytes;
-          EXPECT_EQ(packed[bgr ? 2 : 0], pixel[0]);
-          EXPECT_EQ(packed[1], pixel[1]);
-          EXPECT_EQ(packed[bgr ? 0 : 2], pixel[2]);
-          if (bytes == 4) {
-            EXPECT_EQ(packed[3], pixel[3]);
-          }
-        }
+/// Compares byte blocks, in both orders, of a bitmap of that kind whose last pixel is transparent
+/// or none.
+void ExpectByteBlocks(Type type, int channels, int width, bool isTransparent) {
+  SCOPED_TRACE(testing::Message() << type << " " << channels << " " << width << isTransparent);
+  const bool isGray = channels < 3, hasAlpha = channels % 2 == 0;
+  const int count = width * 3;
+  const auto valueOf = [&](int i, int c) {
+    if (!hasAlpha || c < channels - 1) return (10 * i + 7 * c) % 250;
+    return isTransparent && i == count - 1 ? 254 : 255;
+  };
+  const Node node(new HBitmapNode(width, 3));
+  auto* buffer = new HBitmapBuffer("Color", type, channels, width, 3);
+  node->AddBuffer(buffer);
+  ASSERT_EQ(buffer->AllocateData(0), 1);
+  for (int i = 0; i < count * channels; ++i) {
+    const int value = valueOf(i / channels, i % channels);
+    const float share = static_cast<float>(value) / 255;
+    if (type == Type::kByteChannel) static_cast<Byte*>(buffer->Data())[i] = Byte(value);
+    if (type == Type::kHalfChannel) static_cast<Imath::half*>(buffer->Data())[i] = share;
+    if (type == Type::kFloatChannel) static_cast<float*>(buffer->Data())[i] = share;
+  }
+  for (const int bgr : {0, 1}) {
+    int flags = hasAlpha && isTransparent ? 4 : 5;
+    const Block block(node->CreateByteBlock(1, &flags, bgr));
+    const int bytes = hasAlpha && isTransparent ? 4 : 3;
+    ASSERT_EQ(block->GetBytesPerPixel(), bytes);
+    EXPECT_EQ(flags, bytes == 4 ? 5 : 4);
+    // Floats have blue first.
+    const bool isTurned = (type != Type::kByteChannel) != (bgr == 1);
+    std::vector<int> expected;
+    for (int i = 0; i < count; ++i) {
+      for (int c : {isTurned ? 2 : 0, 1, isTurned ? 0 : 2}) {
+        expected.push_back(valueOf(i, isGray ? 0 : c));
       }
+      if (bytes == 4) expected.push_back(valueOf(i, channels - 1));
     }
+    const Byte* packed = block->GetByteBlock();
+    EXPECT_EQ(std::vector<int>(packed, packed + count * bytes), expected) << bgr;
   }
 }
 
-TEST_F(Bitmap, ByteBlocksComeOfEveryLayout) {
+TEST_F(Bitmap, ByteBlocksComeOfEveryLayoutAndFollowTransparency) {
   for (const Type type : {Type::kByteChannel, Type::kHalfChannel, Type::kFloatChannel}) {
     for (const int channels : {1, 2, 3, 4}) {
-      const Node node(new HBitmapNode(3, 2));
-      auto* buffer = new HBitmapBuffer("Color", type, channels, 3, 2);
-      node->AddBuffer(buffer);
-      ASSERT_EQ(buffer->AllocateData(0), 1);
-      for (int i = 0; i < 3 * 2 * channels; ++i) {
-        const auto value = static_cast<float>(10 * i) / 255;
-        if (type == Type::kByteChannel) static_cast<Byte*>(buffer->Data())[i] = Byte(10 * i);
-        if (type == Type::kHalfChannel) static_cast<Imath::half*>(buffer->Data())[i] = value;
-        if (type == Type::kFloatChannel) static_cast<float*>(buffer->Data())[i] = value;
-      }
-      const bool isGray = channels < 3, hasAlpha = channels % 2 == 0;
-      for (const int bgr : {0, 1}) {
-        const Block block(node->CreateByteBlock(0, nullptr, bgr));
-        ASSERT_EQ(block->GetBytesPerPixel(), hasAlpha ? 4 : 3);
-        // Floats have blue first.
-        const bool isTurned = (type != Type::kByteChannel) != (bgr == 1);
-        for (int i = 0; i < 3 * 2; ++i) {
-          const Byte* packed = block->GetByteBlock() + i * block->GetBytesPerPixel();
-          const int first = 10 * channels * i;
-          EXPECT_EQ(packed[0], first + (isGray || !isTurned ? 0 : 20)) << type << channels << bgr;
-          EXPECT_EQ(packed[1], first + (isGray ? 0 : 10));
-          EXPECT_EQ(packed[2], first + (isGray || isTurned ? 0 : 20));
-          if (hasAlpha) {
-            EXPECT_EQ(packed[3], first + 10 * (channels - 1));
-          }
+      // Every width from 1 to 9 meets the ends of the word-wise loops.
+      for (int width = 1; width <= 9; ++width) {
+        for (const bool isTransparent : {false, true}) {
+          ExpectByteBlocks(type, channels, width, isTransparent);
         }
       }
     }

@@ -11,8 +11,11 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <iomanip>
 #include <sstream>
 #include <thread>
+
+#include "tests/support/common/holds.h"
 
 namespace fs = std::filesystem;
 
@@ -79,13 +82,18 @@ void Nap() {
 
 }  // namespace
 
-Gl3Process::Gl3Process(const fs::path& folder, const fs::path& logs,
-                       const std::vector<std::string>& arguments, const Gl3Setup& setup)
+Gl3Words::Gl3Words(const std::string& line) {
+  std::istringstream stream(line);
+  for (std::string word; stream >> std::quoted(word, '\'');) push_back(word);
+}
+
+Gl3Process::Gl3Process(const fs::path& folder, const fs::path& logs, const Gl3Words& words,
+                       const Gl3Setup& setup)
     : m_logs(logs) {
   fs::remove(logs / "out");
   fs::remove(logs / "err");
   m_process = fork();
-  if (m_process == 0) Become(folder, logs, arguments, setup);
+  if (m_process == 0) Become(folder, logs, words, setup);
 }
 
 Gl3Process::~Gl3Process() {
@@ -148,22 +156,27 @@ std::set<std::string> Gl3Test::Names() const {
   return names;
 }
 
-Gl3Result Gl3Test::Run(const std::vector<std::string>& arguments, const Gl3Setup& setup) const {
-  return Gl3Process(m_work, m_logs, arguments, setup).Finish();
+Gl3Result Gl3Test::Run(const Gl3Words& words, const Gl3Setup& setup) const {
+  return Gl3Process(m_work, m_logs, words, setup).Finish();
 }
 
-void Gl3Test::ExpectRefused(const std::vector<std::string>& arguments, int status,
+std::string Gl3Test::Done(const Gl3Words& words, const Gl3Setup& setup) const {
+  const Gl3Result result = Run(words, setup);
+  EXPECT_EQ(result.status, 0) << fmt::format("gl3 {}", fmt::join(words, " "));
+  EXPECT_EQ(result.err, "") << fmt::format("gl3 {}", fmt::join(words, " "));
+  return result.out;
+}
+
+void Gl3Test::ExpectRefused(const Gl3Words& words, int status,
                             const std::vector<std::string>& parts, const Gl3Setup& setup) const {
-  SCOPED_TRACE(fmt::format("gl3 {}", fmt::join(arguments, " ")));
+  SCOPED_TRACE(fmt::format("gl3 {}", fmt::join(words, " ")));
   const std::set<std::string> before = Names();
-  const Gl3Result result = Run(arguments, setup);
+  const Gl3Result result = Run(words, setup);
   EXPECT_EQ(result.status, status);
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(result.err.compare(0, 5, "gl3: "), 0) << result.err;
   EXPECT_EQ(result.err.find('\n'), result.err.size() - 1) << result.err;
-  for (const std::string& part : parts) {
-    EXPECT_NE(result.err.find(part), std::string::npos) << part << " is not in: " << result.err;
-  }
+  EXPECT_TRUE(Holds(result.err, parts));
   EXPECT_EQ(Names(), before);
 }
 

@@ -10,6 +10,15 @@
 #include <string>
 #include <vector>
 
+/// The words that gl3 is called with. In a line they are parted by blanks; those between
+/// apostrophes may hold some.
+struct Gl3Words : std::vector<std::string> {
+  using std::vector<std::string>::vector;
+  Gl3Words(const std::vector<std::string>& words) : vector(words) {}
+  Gl3Words(const std::string& line);
+  Gl3Words(const char* line) : Gl3Words(std::string(line)) {}
+};
+
 struct Gl3Result {
   int status = -1;  ///< Exit status, or 128 and the signal that ended it.
   std::string out, err;
@@ -28,7 +37,7 @@ class Gl3Process {
  public:
   /// Starts it with `folder` as its working directory; `logs` is a folder for what it prints.
   Gl3Process(const std::filesystem::path& folder, const std::filesystem::path& logs,
-             const std::vector<std::string>& arguments, const Gl3Setup& setup = {});
+             const Gl3Words& words, const Gl3Setup& setup = {});
   ~Gl3Process();
   Gl3Process(const Gl3Process&) = delete;
   Gl3Process& operator=(const Gl3Process&) = delete;
@@ -55,11 +64,13 @@ class Gl3Test : public testing::Test {
   void Write(const std::string& name, const std::string& text) const;
   /// Names of everything in the working folder, hidden files too.
   std::set<std::string> Names() const;
-  Gl3Result Run(const std::vector<std::string>& arguments, const Gl3Setup& setup = {}) const;
+  Gl3Result Run(const Gl3Words& words, const Gl3Setup& setup = {}) const;
+  /// Runs, and expects success without a word on standard error. Returns standard output.
+  std::string Done(const Gl3Words& words, const Gl3Setup& setup = {}) const;
   /// Runs, and expects the status, nothing on standard output, one line on standard error that
   /// holds every one of `parts`, and no change in the working folder.
-  void ExpectRefused(const std::vector<std::string>& arguments, int status,
-                     const std::vector<std::string>& parts, const Gl3Setup& setup = {}) const;
+  void ExpectRefused(const Gl3Words& words, int status, const std::vector<std::string>& parts,
+                     const Gl3Setup& setup = {}) const;
 
   std::filesystem::path m_base, m_work, m_logs;
 };

@@ -8,6 +8,7 @@
 struct Pixels {
   int width = 0, height = 0;
   std::vector<unsigned char> rgba;
+  int channels = 4;  ///< That the file has.
 
   /// Sum of channel `c` over the columns from `left` up to `right`.
   double Sum(int c, int left, int right) const;

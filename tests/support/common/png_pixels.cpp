@@ -1,5 +1,5 @@
 // PNG files as pixels.
-#include "tests/apps/png_pixels.h"
+#include "tests/support/common/png_pixels.h"
 
 #include <png.h>
 
@@ -40,8 +40,11 @@ Pixels ReadPng(const std::filesystem::path& path) {
   if (!png_image_begin_read_from_file(&image, path.c_str())) {
     throw std::runtime_error(path.string() + " is no PNG file");
   }
+  Pixels pixels{static_cast<int>(image.width),
+                static_cast<int>(image.height),
+                {},
+                static_cast<int>(PNG_IMAGE_SAMPLE_CHANNELS(image.format))};
   image.format = PNG_FORMAT_RGBA;
-  Pixels pixels{static_cast<int>(image.width), static_cast<int>(image.height), {}};
   pixels.rgba.resize(PNG_IMAGE_SIZE(image));
   if (!png_image_finish_read(&image, nullptr, pixels.rgba.data(), 0, nullptr)) {
     throw std::runtime_error(path.string() + " is not whole");
