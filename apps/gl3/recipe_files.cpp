@@ -42,7 +42,7 @@ RecipeFiles::RecipeFiles(std::string picture, bool isConfined, FileHash hash)
 std::string RecipeFiles::Find(const std::string& name, const std::string& hash,
                               const std::string& option) {
   const fs::path plain = fs::path(name).lexically_normal();
-  const std::string path = plain.has_parent_path() ? name : Choose(plain.string(), hash);
+  std::string path = plain.has_parent_path() ? name : Choose(plain.string(), hash);
   if (path.empty()) {
     m_missing.Add(name, option);
   } else if (IsBelowPicture(path)) {
@@ -55,7 +55,7 @@ std::string RecipeFiles::Find(const std::string& name, const std::string& hash,
 
 /// Empty when there is none.
 std::string RecipeFiles::Choose(const std::string& name, const std::string& hash) const {
-  const std::string beside = (fs::path(m_folder) / name).string();
+  std::string beside = (fs::path(m_folder) / name).string();
   if (!IsFile(beside)) return IsFile(name) ? name : "";
   if (m_isConfined || beside == name || !IsFile(name)) return beside;
   return m_hash(beside) != hash && m_hash(name) == hash ? name : beside;

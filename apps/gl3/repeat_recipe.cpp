@@ -220,7 +220,7 @@ Outcome RepeatRecipe(const OptionParser& given, const std::string& recipe, FileH
   RecipeFiles files(picture, options->run.confined, hash);
   const Words models = FindModels(kept.Values(""), InputsOf(entries), &files);
   kept.Replace("--overlay", FindOverlays(kept.Values("--overlay"), &files));
-  const Outcome judged = files.Judge();
+  Outcome judged = files.Judge();
   if (judged.status != kDone) return judged;
   Words all = Merge(*words, kept.OptionWords(), models);
   if (!parser.Parse(all, &error)) {
