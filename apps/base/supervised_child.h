@@ -22,7 +22,7 @@ struct Limits {
   /// Memory of the child's own in bytes; 0: none.
   std::uint64_t maxMemory = DefaultMaxMemory();
 
-  /// Three quarters of the machine's memory.
+  /// Three quarters of the machine's memory, or of the control group's limit where that is less.
   static std::uint64_t DefaultMaxMemory();
 };
 
