@@ -10,8 +10,8 @@
 
 #include "apps/base/command_words.h"
 #include "apps/options/render_options.h"
-#include "tests/apps/png_pixels.h"
 #include "tests/support/common/gl3_process.h"
+#include "tests/support/common/png_pixels.h"
 
 namespace fs = std::filesystem;
 
