@@ -43,7 +43,35 @@ TEST_F(Faults, ACrashIsBlamedOnWhatWasDone) {
   ExpectChildSignalled(kImporting, SIGSEGV, 3, "large.obj: importing it");
   ExpectChildSignalled(kImporting, SIGABRT, 3, "large.obj: importing it crashed");
   ExpectChildSignalled("OpenGL: drawing", SIGABRT, 1, "crashed");
-  ExpectChildSignalled("out.png: writing it", SIGKILL, 1, "out.png: writing it crashed");
+  ExpectChildSignalled("out.png: writing it", SIGKILL, 1,
+                       "out.png: writing it was killed from outside");
+}
+
+TEST_F(Faults, WhatEndsTheImporterIsTold) {
+  const struct {
+    int signal, status;
+    const char* part;
+  } kEnds[] = {{SIGABRT, 3, "large.obj: importing it crashed (Aborted); the file is damaged"},
+               {SIGKILL, 1, "large.obj: importing it was killed from outside"}};
+  for (const auto& each : kEnds) {
+    Gl3Process process(m_work, m_logs, "render large.obj -o out.png -v");
+    ASSERT_TRUE(process.WaitFor(kImporting));
+    ASSERT_GT(process.Importer(), 0);
+    kill(process.Importer(), each.signal);
+    const Gl3Result result = process.Finish();
+    EXPECT_EQ(result.status, each.status) << result.err;
+    EXPECT_TRUE(Holds(LastLine(result.err), {each.part, "; "}));
+  }
+  Gl3Process process(m_work, m_logs, "render large.obj -o out.png -v");
+  ASSERT_TRUE(process.WaitFor(kImporting));
+  const pid_t importer = process.Importer();
+  kill(process.Child(), SIGKILL);
+  process.Finish();
+  // A process that nobody has waited for yet has no program any more.
+  const std::string program = "/proc/" + std::to_string(importer) + "/exe";
+  for (int i = 0; i < 1000 && fs::exists(program); ++i) usleep(1000);
+  EXPECT_FALSE(fs::exists(program)) << "it ends with whom it works for";
+  EXPECT_EQ(Names(), std::set<std::string>{"large.obj"});
 }
 
 TEST_F(Faults, AStallEndsAtTheTimeLimit) {

@@ -141,11 +141,11 @@ hardening() {
   done
   # Functions that such code calls; not every library has a use for both.
   for binary in "$lib"/OpenGL3.so "$lib"/gl3-import "$lib"/libgl3{import,pictures,scene,base,work}.so; do
-    nm -D --undefined-only "$binary" | grep -q ' __stack_chk_fail' ||
+    nm -D --undefined-only "$binary" | grep -c >/dev/null ' __stack_chk_fail' ||
       echo "$binary: no -fstack-protector-strong"
   done
   for binary in "$lib"/OpenGL3.so "$lib"/libgl3{platform,base,work}.so; do
-    nm -D --undefined-only "$binary" | grep -qE ' __(mem|snprintf|fprintf)[a-z]*_chk' ||
+    nm -D --undefined-only "$binary" | grep -E >/dev/null ' __(mem|snprintf|fprintf)[a-z]*_chk' ||
       echo "$binary: no _FORTIFY_SOURCE"
   done
 }

@@ -27,6 +27,7 @@ struct RenderReport {
   std::string platform, device;
   bool software = false;
   /// Milliseconds. `start` is display, module and driver; `total` the whole run in the child.
+  /// Milliseconds. Of the import, what was waited for beyond the start of OpenGL.
   double start = 0, import = 0, upload = 0, draw = 0, readBack = 0, effects = 0, write = 0;
   double total = 0;
   std::vector<std::string> warnings;

@@ -50,6 +50,14 @@ void Nap() {
   std::this_thread::sleep_for(std::chrono::milliseconds(2));
 }
 
+/// 0 when there is none.
+pid_t FirstChild(pid_t process) {
+  std::ifstream file(fmt::format("/proc/{0}/task/{0}/children", process));
+  pid_t child = 0;
+  file >> child;
+  return child;
+}
+
 /// In the new process: makes the setup real, then becomes gl3.
 [[noreturn]] void Become(const fs::path& folder, const fs::path& logs,
                          const std::vector<std::string>& arguments, const Gl3Setup& setup) {
@@ -113,10 +121,11 @@ bool Gl3Process::WaitFor(const std::string& text) {
 }
 
 pid_t Gl3Process::Child() const {
-  std::ifstream file(fmt::format("/proc/{0}/task/{0}/children", m_process));
-  pid_t child = 0;
-  file >> child;
-  return child;
+  return FirstChild(m_process);
+}
+
+pid_t Gl3Process::Importer() const {
+  return FirstChild(Child());
 }
 
 void Gl3Process::Signal(int number) {

@@ -46,6 +46,8 @@ class Gl3Process {
   bool WaitFor(const std::string& text);
   /// Its child process, 0 when there is none.
   pid_t Child() const;
+  /// The process that the child has import for it, 0 when there is none.
+  pid_t Importer() const;
   void Signal(int number);
   Gl3Result Finish();
 
