@@ -34,7 +34,7 @@ constexpr int kTickMilliseconds = 50;
 constexpr double kProgressAfterSeconds = 1;
 constexpr double kLongestCleanUpSeconds = 5;
 // Bytes of what a child says: a report with a line for each picture, and one line of the others.
-constexpr std::size_t kLongestMessage = std::size_t{256} << 20, kLongestLine = 4096;
+constexpr std::size_t kLongestMessage = std::size_t{64} << 20, kLongestLine = 4096;
 
 /// What a phase that does not come to its end means.
 struct PhaseMeaning {
@@ -170,7 +170,9 @@ bool Supervisor::ReadPipe() {
   const ssize_t count = read(m_pipe, block, sizeof block);
   if (count <= 0) return false;
   m_unread.append(block, static_cast<std::size_t>(count));
-  for (std::string message; TakeMessage(&m_unread, &message);) {
+  // Long messages come in many blocks, which are not gone through again with each.
+  const bool hasEnd = std::memchr(block, '\0', static_cast<std::size_t>(count));
+  for (std::string message; hasEnd && TakeMessage(&m_unread, &message);) {
     if (!Handle(message)) EndNonsense();
   }
   if (m_unread.size() > kLongestMessage) EndNonsense();

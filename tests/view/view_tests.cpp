@@ -281,6 +281,22 @@ TEST_F(ViewTest, TheReportCanBeCopied) {
   QTest::keyClick(dialog, Qt::Key_Escape);
 }
 
+TEST_F(ViewTest, NamesOutOfModelsAreNoHtml) {
+  QFile material(Path("named.mtl"));
+  ASSERT_TRUE(material.open(QIODevice::WriteOnly));
+  material.write("newmtl m\nmap_Kd <b>bold</b>.png\n");
+  material.close();
+  QFile model(Path("named.obj"));
+  ASSERT_TRUE(model.open(QIODevice::WriteOnly));
+  model.write("mtllib named.mtl\nusemtl m\nv 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nf 1/1 2/1 3/1\n");
+  model.close();
+  Open(model.fileName());
+  QString tips;
+  for (const QLabel* label : m_window->findChildren<QLabel*>()) tips += label->toolTip();
+  EXPECT_TRUE(tips.contains("&lt;b&gt;bold")) << tips.toStdString();
+  EXPECT_FALSE(tips.contains("<b>")) << tips.toStdString();
+}
+
 TEST_F(ViewTest, StoppedLoadingLeavesTheModelAndSaysNothing) {
   Open(Path("cube.obj"));
   const hostkit::Scene* const model = View().Scene();
