@@ -106,6 +106,7 @@ int main(int argc, char** argv) {
   const std::vector<std::string> models(argv + hostkit::kFirstModelArgument, argv + argc);
   const bool isConfined = std::strcmp(argv[2], hostkit::kConfinedWord) == 0;
   hostkit::ImportOptions options;
+  options.leavesMemory = true;
   if (isConfined) options.reach = hostkit::FileReach::kFolder;
   ConfineTo(models, isConfined, options);
   const std::unique_ptr<hostkit::Scene> scene = ImportAll(models, options);

@@ -126,10 +126,12 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
   return nullptr;
 }
 
-std::unique_ptr<Scene> Import(const std::string& path, FileReach reach, std::string* error) {
-  const ModelFiles files(path, reach);
+std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& options,
+                              std::string* error) {
+  const ModelFiles files(path, options.reach);
   auto scene = std::make_unique<Scene>();
-  Assimp::Importer importer;
+  auto owner = std::make_unique<Assimp::Importer>();
+  Assimp::Importer& importer = options.leavesMemory ? *owner.release() : *owner;
   ImportContext context;
   context.source = ReadSource(importer, files, &scene->warnings, error);
   if (!context.source) return nullptr;
@@ -156,7 +158,7 @@ std::unique_ptr<Scene> ImportModel(const std::string& path, std::string* error,
                                    const ImportOptions& options) {
   error->clear();
   try {
-    return CheckFile(path, error) ? Import(path, options.reach, error) : nullptr;
+    return CheckFile(path, error) ? Import(path, options, error) : nullptr;
   } catch (const std::bad_alloc&) {
     *error = fmt::format("{}: not enough memory for it; use a smaller model", path);
   } catch (const std::exception& problem) {

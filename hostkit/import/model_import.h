@@ -18,6 +18,9 @@ enum class FileReach {
 
 struct ImportOptions {
   FileReach reach = FileReach::kNeighbours;
+  /// The process ends soon after: what the import library took is not given back, which takes it
+  /// time with many small blocks.
+  bool leavesMemory = false;
 };
 
 /// Reads a model file of any format that the import library knows, with its external pictures.
