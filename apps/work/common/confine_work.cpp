@@ -1,6 +1,8 @@
 // What processes give up that draw what strangers made, or read it.
 #include "apps/work/common/confine_work.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
@@ -17,9 +19,32 @@ namespace {
 namespace fs = std::filesystem;
 
 // Devices of drivers, and memory that they share with them. What is not there counts for nothing.
-constexpr const char* kDevices[] = {"/dev/null", "/dev/zero", "/dev/dri",    "/dev/kfd",
+constexpr const char* kDevices[] = {"/dev/null", "/dev/zero",  "/dev/dri",    "/dev/kfd",
                                     "/dev/shm",  "/dev/mali0", "/dev/udmabuf"};
 constexpr const char* kDevicePrefix = "/dev/nvidia";  // and a number, or what it is for
+
+// Of the system: libraries, drivers and their configuration, fonts, what the kernel tells.
+constexpr const char* kSystem[] = {"/usr",
+                                   "/bin",
+                                   "/lib",
+                                   "/lib64",
+                                   "/etc",
+                                   "/opt",
+                                   "/sys",
+                                   "/proc/self",
+                                   "/proc/cpuinfo",
+                                   "/proc/stat",
+                                   "/proc/sys",
+                                   "/proc/meminfo",
+                                   "/proc/driver",
+                                   "/dev/urandom",
+                                   "/dev/random",
+                                   "/nix/store",
+                                   "/var/cache/fontconfig",
+                                   "/run/opengl-driver"};
+constexpr const char* kPathVariables[] = {"GL3_MODULE_PATH", "LD_LIBRARY_PATH",
+                                          "LIBGL_DRIVERS_PATH", "__EGL_VENDOR_LIBRARY_DIRS",
+                                          "FONTCONFIG_PATH"};
 
 std::string Environment(const char* name) {
   const char* value = std::getenv(name);
@@ -71,28 +96,50 @@ void AddDevices(std::vector<std::string>* writable) {
   }
 }
 
+/// What a driver and fonts are made of, and where each variable says that more of it is.
+void AddReadable(const std::vector<std::string>& inputs, const std::string& module,
+                 std::vector<std::string>* readable) {
+  readable->insert(readable->end(), inputs.begin(), inputs.end());
+  readable->push_back(module);
+  readable->insert(readable->end(), std::begin(kSystem), std::end(kSystem));
+  std::error_code code;
+  const fs::path program = fs::read_symlink("/proc/self/exe", code);
+  readable->push_back(program.parent_path().string());
+  readable->push_back((program.parent_path() / "../lib/gl3").string());
+  for (const char* name : kPathVariables) {
+    std::string paths = Environment(name);
+    while (!paths.empty()) {
+      const std::size_t end = std::min(paths.find(':'), paths.size());
+      readable->push_back(paths.substr(0, end));
+      paths.erase(0, end + 1);
+    }
+  }
+}
+
 Outcome Judge(const hostkit::ConfineResult& lacks, bool mustBe) {
   const std::string& lack = lacks.files.empty() ? lacks.calls : lacks.files;
   if (!mustBe || lack.empty()) return {};
-  return {kRunFailed, "--confined: " + lack +
-                          "; use a newer kernel, or leave --confined and GL3_CONFINED out for files "
-                          "that you trust"};
+  return {kRunFailed,
+          "--confined: " + lack +
+              "; use a newer kernel, or leave --confined and GL3_CONFINED out for files "
+              "that you trust"};
 }
 
 }  // namespace
 
-Outcome ConfineDrawing(const std::vector<std::string>& outputs, bool mustBe) {
+Outcome ConfineDrawing(const WorkFiles& files, const std::string& module, bool mustBe) {
   if (kIsSanitized) return {};  // leaks are looked for from a process of their own
   hostkit::Confinement confinement;
-  confinement.readsEverything = true;
-  for (const std::string& output : outputs) AddOutput(output, &confinement.writable);
+  confinement.readsEverything = !mustBe;
+  if (mustBe) AddReadable(files.inputs, module, &confinement.readable);
+  for (const std::string& output : files.outputs) AddOutput(output, &confinement.writable);
   AddCaches(&confinement.writable);
   AddDevices(&confinement.writable);
   const fs::path settings = hostkit::RegistryPath();
   if (!settings.empty()) confinement.writable.push_back(settings.parent_path().string());
   const bool showsWindows = Environment("GL3_PLATFORM") == "x11";
-  confinement.sockets = showsWindows ? hostkit::Confinement::Sockets::kLocal
-                                     : hostkit::Confinement::Sockets::kRefuse;
+  confinement.sockets =
+      showsWindows ? hostkit::Confinement::Sockets::kLocal : hostkit::Confinement::Sockets::kRefuse;
   return Judge(hostkit::Confine(confinement), mustBe);
 }
 

@@ -8,12 +8,18 @@
 
 namespace gl3 {
 
+/// The files of a run. Outputs as OutputPattern takes them; empty ones count for nothing.
+struct WorkFiles {
+  std::vector<std::string> inputs, outputs;
+};
+
 /// Confines this process, before it has threads or OpenGL, to what drawing needs: it starts no
 /// programs, opens no connections but one to an X server where GL3_PLATFORM asks for that, and
-/// writes `outputs` (see OutputPattern; empty ones count for nothing), the settings, the driver's
-/// caches and devices alone. It may read what its user may: drivers look for much. With `mustBe` it
-/// fails where the kernel lacks what it takes; else what can be had is taken.
-Outcome ConfineDrawing(const std::vector<std::string>& outputs, bool mustBe);
+/// writes the outputs, the settings, the driver's caches and devices alone. It may read what its
+/// user may, since drivers are found in many places. With `mustBe` it reads the inputs, the module
+/// `module` (empty: where it is looked for), what belongs to the system and to this program, and
+/// nothing else, and fails where the kernel lacks what that takes.
+Outcome ConfineDrawing(const WorkFiles& files, const std::string& module, bool mustBe);
 
 /// Confines this process to reading one file.
 Outcome ConfineReading(const std::string& file, bool mustBe);

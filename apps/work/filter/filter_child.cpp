@@ -65,7 +65,8 @@ void FilterRun::Warn(const std::string& text, bool ofClipping) {
 
 Outcome FilterRun::StartDriver() {
   const FilterOptions& options = m_job.options;
-  Outcome outcome = ConfineDrawing(m_job.outputs, options.run.confined);
+  Outcome outcome =
+      ConfineDrawing({options.inputs, m_job.outputs}, options.run.module, options.run.confined);
   if (outcome.status != kDone) return outcome;
   m_line.Enter(Phase::kStart, "OpenGL");
   const Stopwatch watch;

@@ -42,6 +42,7 @@ class RenderRun {
 
  private:
   void StartImport();
+  Outcome Confine() const;
   Outcome StartDriver();
   Outcome LoadFrameSettings();
   Outcome FinishImport();
@@ -108,6 +109,14 @@ void RenderRun::StartImport() {
   limits.confined = m_options.run.confined;
   limits.showsMessages = true;  // standard error is silenced here unless the user wants all
   m_import = std::make_unique<hostkit::ImportProcess>(m_options.models, limits);
+}
+
+Outcome RenderRun::Confine() const {
+  WorkFiles files = {m_options.models, {m_options.output, m_options.drawing.depth}};
+  for (const OverlayOption& overlay : m_options.drawing.overlays) {
+    files.inputs.push_back(overlay.path);
+  }
+  return ConfineDrawing(files, m_options.run.module, m_options.run.confined);
 }
 
 Outcome RenderRun::LoadFrameSettings() {
@@ -286,7 +295,7 @@ Outcome RenderRun::Run(std::string* result) {
     m_line.Note(m_options.output + ": all of it is there");
   } else {
     StartImport();  // before this process may start no other
-    outcome = ConfineDrawing({m_options.output, m_options.drawing.depth}, m_options.run.confined);
+    outcome = Confine();
     // Without a driver, nobody waits for the import of a large model.
     if (outcome.status == kDone) outcome = StartDriver();
     if (outcome.status == kDone) outcome = LoadFrameSettings();
