@@ -6,6 +6,7 @@
 #include <iterator>
 #include <system_error>
 
+#include "apps/base/file_checks.h"
 #include "apps/options/output_pattern.h"
 #include "hostkit/confine/confine.h"
 #include "hostkit/confine/sanitized.h"
@@ -17,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 
 // Devices of drivers, and memory that they share with them. What is not there counts for nothing.
-constexpr const char* kDevices[] = {"/dev/null", "/dev/zero", "/dev/dri",    "/dev/kfd",
+constexpr const char* kDevices[] = {"/dev/null", "/dev/zero",  "/dev/dri",    "/dev/kfd",
                                     "/dev/shm",  "/dev/mali0", "/dev/udmabuf"};
 constexpr const char* kDevicePrefix = "/dev/nvidia";  // and a number, or what it is for
 
@@ -37,7 +38,9 @@ void AddOutput(const std::string& output, std::vector<std::string>* writable) {
     writable->push_back(folder.empty() ? "." : folder);
     return;
   }
-  const fs::path target = fs::weakly_canonical(fs::absolute(pattern.Expand(0, ""), code), code);
+  // Of a link to what is not there yet, the library knows only the link.
+  const fs::path named = LinkTarget(fs::absolute(pattern.Expand(0, ""), code));
+  const fs::path target = fs::weakly_canonical(named, code);
   if (target.empty()) return;
   if (!fs::is_directory(target, code)) writable->push_back(target.string());
   writable->push_back(target.parent_path().string());
@@ -74,9 +77,10 @@ void AddDevices(std::vector<std::string>* writable) {
 Outcome Judge(const hostkit::ConfineResult& lacks, bool mustBe) {
   const std::string& lack = lacks.files.empty() ? lacks.calls : lacks.files;
   if (!mustBe || lack.empty()) return {};
-  return {kRunFailed, "--confined: " + lack +
-                          "; use a newer kernel, or leave --confined and GL3_CONFINED out for files "
-                          "that you trust"};
+  return {kRunFailed,
+          "--confined: " + lack +
+              "; use a newer kernel, or leave --confined and GL3_CONFINED out for files "
+              "that you trust"};
 }
 
 }  // namespace
@@ -91,8 +95,8 @@ Outcome ConfineDrawing(const std::vector<std::string>& outputs, bool mustBe) {
   const fs::path settings = hostkit::RegistryPath();
   if (!settings.empty()) confinement.writable.push_back(settings.parent_path().string());
   const bool showsWindows = Environment("GL3_PLATFORM") == "x11";
-  confinement.sockets = showsWindows ? hostkit::Confinement::Sockets::kLocal
-                                     : hostkit::Confinement::Sockets::kRefuse;
+  confinement.sockets =
+      showsWindows ? hostkit::Confinement::Sockets::kLocal : hostkit::Confinement::Sockets::kRefuse;
   return Judge(hostkit::Confine(confinement), mustBe);
 }
 
