@@ -15,15 +15,20 @@ namespace {
 namespace fs = std::filesystem;
 
 /// The folder that the picture file grows in: that of what a link points to.
-fs::path FolderOf(fs::path path) {
+fs::path FolderOf(const std::string& path) {
+  const fs::path folder = LinkTarget(path).parent_path();
+  return folder.empty() ? fs::path(".") : folder;
+}
+
+}  // namespace
+
+fs::path LinkTarget(fs::path path) {
   std::error_code error;
   for (int links = 0; links < 40 && fs::is_symlink(path, error); ++links) {
     path = path.parent_path() / fs::read_symlink(path, error);
   }
-  return path.parent_path().empty() ? fs::path(".") : path.parent_path();
+  return path;
 }
-
-}  // namespace
 
 Outcome CheckInput(const std::string& path) {
   struct stat status;

@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <filesystem>
 #include <string>
 
 #include "apps/base/messages.h"
@@ -16,6 +17,9 @@ Outcome CheckInput(const std::string& path);
 /// Whether a picture is there already, so that --skip-existing leaves it out. Pictures appear
 /// whole; an empty file is none.
 bool IsThere(const std::string& path);
+
+/// Where a chain of links ends, whether something is there or not; `path` when it is no link.
+std::filesystem::path LinkTarget(std::filesystem::path path);
 
 /// Removes what process `writer` left of `path` when it was ended in mid-write. Picture files grow
 /// under a temporary name in the same folder.

@@ -70,11 +70,13 @@ std::string LastPart(const std::string& path) {
 }  // namespace
 
 /// The library tries a name that it does not get again in other shapes: below other folders, with
-/// fewer "..", and with its end cut off. They get no lines of their own.
+/// fewer "..", and with its end cut off, at the name of a folder too. They get no lines of their
+/// own.
 bool ModelIo::IsTold(const std::string& reference) const {
   const std::string shape = WithoutUps(reference), name = LastPart(shape);
   return std::any_of(m_told.begin(), m_told.end(), [&](const std::string& told) {
-    return told.starts_with(shape) || LastPart(told).starts_with(name);
+    return told.starts_with(shape) || LastPart(told).starts_with(name) ||
+           told.find("/" + name + "/") != std::string::npos;
   });
 }
 

@@ -146,6 +146,17 @@ std::string SizeRefusal(long long width, long long height, std::uint64_t mostByt
       height);
 }
 
+std::pair<long long, long long> PngSize(std::string_view file) {
+  constexpr std::size_t kWidthAt = 16, kHeightAt = 20;
+  if (!file.starts_with("\x89PNG\r\n\x1a\n")) return {0, 0};
+  const auto number = [file](std::size_t at) {  // of four bytes, the highest first
+    long long value = 0;
+    for (std::size_t i = at; i < at + 4; ++i) value = value << 8 | ByteAt(file, i);
+    return value;
+  };
+  return {number(kWidthAt), number(kHeightAt)};
+}
+
 std::string NoMemoryText(int width, int height) {
   return fmt::format("no memory for {} x {} pixels; scale it down", width, height);
 }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace hostkit {
 
@@ -14,6 +15,9 @@ constexpr int kLargestSide = 32768;
 /// Why a picture of this size is not read, with the remedy; "" where it is. `mostBytes` is the room
 /// that its user has for it, at four bytes a pixel.
 std::string SizeRefusal(long long width, long long height, std::uint64_t mostBytes);
+/// The width and height that a PNG file's header tells, however large; zeros for files of other
+/// kinds. The decoder takes those that are too large for it for no picture at all.
+std::pair<long long, long long> PngSize(std::string_view file);
 /// Why there is no bitmap of this size, with the remedy.
 std::string NoMemoryText(int width, int height);
 

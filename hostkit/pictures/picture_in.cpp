@@ -134,7 +134,10 @@ BitmapPtr LoadPictureFromMemory(const unsigned char* bytes, std::size_t size,
   const int length = static_cast<int>(size);
   int width = 0, height = 0, channels = 0;
   if (!stbi_info_from_memory(bytes, length, &width, &height, &channels)) {
-    return Fail(error, fmt::format("{}: not an {} picture; convert it to one", name, kFormats));
+    const auto [toldWidth, toldHeight] = PngSize(file);
+    std::string why = SizeRefusal(toldWidth, toldHeight, mostBytes);
+    if (why.empty()) why = fmt::format("not an {} picture; convert it to one", kFormats);
+    return Fail(error, fmt::format("{}: {}", name, why));
   }
   const std::string refusal = SizeRefusal(width, height, mostBytes);
   if (!refusal.empty()) return Fail(error, fmt::format("{}: {}", name, refusal));

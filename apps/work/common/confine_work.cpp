@@ -8,6 +8,7 @@
 #include <iterator>
 #include <system_error>
 
+#include "apps/base/file_checks.h"
 #include "apps/options/output_pattern.h"
 #include "hostkit/confine/confine.h"
 #include "hostkit/confine/sanitized.h"
@@ -62,7 +63,9 @@ void AddOutput(const std::string& output, std::vector<std::string>* writable) {
     writable->push_back(folder.empty() ? "." : folder);
     return;
   }
-  const fs::path target = fs::weakly_canonical(fs::absolute(pattern.Expand(0, ""), code), code);
+  // Of a link to what is not there yet, the library knows only the link.
+  const fs::path named = LinkTarget(fs::absolute(pattern.Expand(0, ""), code));
+  const fs::path target = fs::weakly_canonical(named, code);
   if (target.empty()) return;
   if (!fs::is_directory(target, code)) writable->push_back(target.string());
   writable->push_back(target.parent_path().string());
