@@ -64,16 +64,14 @@ bool IsOurFault(const std::string& report) {
 }
 
 void TellOf(const hostkit::Scene& scene, const std::string& suffix) {
-  const std::size_t counts[] = {scene.meshes.size(),       scene.instances.size(),
-                                scene.materials.size(),    scene.images.size(),
-                                scene.cameras.size(),      scene.lights.size(),
-                                scene.warnings.size(),     scene.motion.animations.size(),
-                                scene.motion.nodes.size(), scene.TriangleCount()};
-  std::string kind;
-  for (const std::size_t count : counts) {
-    kind += static_cast<char>('a' + std::bit_width(count));
-    Tell(suffix + std::to_string(kind.size()) + kind.back());
-  }
+  const std::size_t counts[] = {
+      scene.meshes.size(),       scene.instances.size(),
+      scene.images.size(),       scene.cameras.size() + scene.lights.size(),
+      scene.motion.nodes.size(), scene.warnings.size(),
+      scene.TriangleCount()};
+  std::string event = suffix;
+  for (const std::size_t count : counts)
+    Tell(event += static_cast<char>('a' + std::bit_width(count)));
 }
 
 }  // namespace

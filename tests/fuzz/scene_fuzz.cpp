@@ -1,5 +1,6 @@
 // Fuzzes the scene that an importing process hands over: its bytes are refused with one line that
-// says why, or there is a scene that can be posed, measured and drawn in every mode.
+// says why, or there is a scene that can be posed, measured and drawn in
+// whatever mode.
 #include <algorithm>
 #include <cstring>
 #include <memory>
@@ -20,7 +21,9 @@ namespace {
 
 using hostkit::DrawMode;
 using hostkit::Scene;
-constexpr std::size_t kDamageAt = 10;  // in an input: how many patches there are
+constexpr int kModes = static_cast<int>(DrawMode::kPoints) + 1;
+// In an input: how it is drawn, and how many patches there are.
+constexpr std::size_t kModeAt = 1, kDamageAt = 11;
 
 using Bytes = std::vector<unsigned char>;
 
@@ -81,6 +84,7 @@ void Pose(Scene& scene, const std::string& name) {
 hostkit::FrameSettings Settings(Input& input) {
   hostkit::FrameSettings settings;
   settings.width = settings.height = 32;
+  settings.mode = static_cast<DrawMode>(input.Below(kModes));
   settings.samplesPerSide = 1 + input.Below(2);
   settings.transparentBackground = input.Flag();
   settings.lights = static_cast<hostkit::LightSet>(input.Below(4));
@@ -93,18 +97,15 @@ hostkit::FrameSettings Settings(Input& input) {
   return settings;
 }
 
-/// Frames of every mode, from where all is seen and from the scene's cameras.
-void Draw(const Scene& scene, const hostkit::SceneReach& reach, hostkit::FrameSettings settings) {
+/// Draws a frame from where all is seen and one from each of the scene's cameras.
+void Draw(const Scene& scene, const hostkit::SceneReach& reach,
+          const hostkit::FrameSettings& settings) {
   std::vector<hostkit::SceneCamera> cameras = scene.cameras;
-  for (const bool parallel : {false, true}) {
-    cameras.push_back(hostkit::FitCamera(reach.points, {1, 1, 2}, 0.7f, 1, parallel));
-  }
+  cameras.push_back(hostkit::FitCamera(reach.points, {1, 1, 2}, 0.7f, 1, settings.depth));
   std::string error;
   auto renderer = hostkit::FrameRenderer::Create(Driver(), scene, &error);
   Require(renderer != nullptr, "a sound scene is not drawn: " + error);
-  for (int mode = 0; mode <= static_cast<int>(DrawMode::kPoints); ++mode) {
-    settings.mode = static_cast<DrawMode>(mode);
-    const hostkit::SceneCamera& camera = cameras[static_cast<std::size_t>(mode) % cameras.size()];
+  for (const hostkit::SceneCamera& camera : cameras) {
     const hostkit::Picture picture =
         renderer->Render(settings, hostkit::ViewFor(camera, reach.bounds), &error);
     Require(picture.bitmap && error.empty(), "a frame is not drawn: " + error);
@@ -152,6 +153,7 @@ Inputs Seeds() {
       for (const int step : {0, 7, 61, 131, 193}) {
         std::string input(1, tame);
         for (int i = 0; i < 700; ++i) input += static_cast<char>(i * step);
+        input[kModeAt] = static_cast<char>(seeds.size() % kModes);
         input[kDamageAt] = damage;
         seeds.push_back(input);
       }
