@@ -23,6 +23,12 @@ V3f Between(const V3f& a, const V3f& b, float share) {
   return a + (b - a) * share;
 }
 
+/// The point in the space that `matrix` leads to; `fallback` where that is beyond the numbers.
+V3f PlacedOr(const V3f& point, const M44f& matrix, const V3f& fallback) {
+  const V3f placed = point * matrix;
+  return IsFinite(placed) ? placed : fallback;
+}
+
 Quatf Between(const Quatf& a, const Quatf& b, float share) {
   return Imath::slerpShortestArc(a, b, share);
 }
@@ -100,7 +106,7 @@ void PoseScene(Scene& scene, const std::vector<int>& animations, double seconds)
     const M44f& matrix = toWorld[static_cast<std::size_t>(moving.node)];
     SceneCamera& camera = scene.cameras[static_cast<std::size_t>(moving.camera)];
     if (!IsFinite(matrix)) continue;
-    camera.eye = moving.eye * matrix;
+    camera.eye = PlacedOr(moving.eye, matrix, camera.eye);
     camera.forward = TurnedOr(moving.forward, matrix, camera.forward);
     const V3f up = TurnedOr(moving.up, matrix, camera.up);
     if (up.cross(camera.forward).length() > 1e-4f) camera.up = up;
@@ -109,7 +115,7 @@ void PoseScene(Scene& scene, const std::vector<int>& animations, double seconds)
     const M44f& matrix = toWorld[static_cast<std::size_t>(moving.node)];
     SceneLight& light = scene.lights[static_cast<std::size_t>(moving.light)];
     if (!IsFinite(matrix)) continue;
-    light.position = moving.position * matrix;
+    light.position = PlacedOr(moving.position, matrix, light.position);
     light.direction = TurnedOr(moving.direction, matrix, light.direction);
   }
 }

@@ -35,3 +35,8 @@ void Require(bool holds, const std::string& what) {
   std::fprintf(stderr, "fuzz: %s\n", what.c_str());
   std::abort();
 }
+
+void RequireOneLine(const std::string& message) {
+  Require(!message.empty(), "a failure without a message");
+  Require(message.find('\n') == std::string::npos, "a message of two lines: " + message);
+}

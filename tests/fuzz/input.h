@@ -42,6 +42,8 @@ class Input {
 
 /// Ends the process, for the fuzzer to keep the input, when something does not hold.
 void Require(bool holds, const std::string& what);
+/// The same for a message that is not one line of text.
+void RequireOneLine(const std::string& message);
 
 /// The fuzzer, called by libFuzzer or by the replay.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);

@@ -14,11 +14,6 @@ using hostkit::Settings;
 constexpr const char* kFile = "registry.ini";
 constexpr const char* kAside = "registry.ini.broken";
 
-void RequireOneLine(const std::string& error) {
-  Require(!error.empty(), "a failure without a message");
-  Require(error.find('\n') == std::string::npos, "a message of two lines: " + error);
-}
-
 /// Stores a value into the file, which holds `before`, and reads it back. Storing it again settles
 /// line ends and empty lines, and changes nothing from then on.
 void Store(TempFolder& folder, const std::string& section, const std::string& key, int value,
