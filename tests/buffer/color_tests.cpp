@@ -2,8 +2,11 @@
 #include "buffer/GL3Color.h"
 
 #include <limits>
+#include <utility>
 
+#include "hostkit/services/current_driver.h"
 #include "tests/support/driver_fixture.h"
+#include "tests/support/faults.h"
 
 namespace {
 
@@ -87,7 +90,26 @@ TEST_F(DriverColorTest, HandlesCopyTheColour) {
   EXPECT_EQ(Bytes(*first.Native()), (std::array<int, 4>{10, 20, 30, 40}));
   EXPECT_EQ(Bytes(*copy.Native()), (std::array<int, 4>{1, 2, 3, 4}));
 
-  const GAColor empty;
+  GAColor moved(std::move(copy));
+  EXPECT_EQ(copy.Native(), nullptr);
+  copy = moved;
+  GAColor& self = copy;
+  copy = self;
+  EXPECT_EQ(Bytes(*copy.Native()), Bytes(*moved.Native()));
+  {
+    Faults faults;  // without memory it keeps its colour
+    faults.FailAlways(FaultPoint::kAllocGAssist);
+    moved = first;
+    EXPECT_EQ(Bytes(*moved.Native()), (std::array<int, 4>{1, 2, 3, 4}));
+    EXPECT_EQ(GAColor(first).Native(), nullptr);
+  }
+  GAColor empty;
+  copy = empty;
+  EXPECT_EQ(copy.Native(), nullptr);
+  hostkit::SetDriver(nullptr);
+  EXPECT_EQ(GAColor(first).Native(), nullptr);
+  empty.Set(1, 2, 3, 4);
+  EXPECT_EQ(empty.Native(), nullptr);
   const std::unique_ptr<GANativeColor> fromEmpty(Driver()->CreateColor(empty));
   EXPECT_EQ(Floats(*fromEmpty), (std::array<float, 4>{0, 0, 0, 1}));
 

@@ -16,8 +16,8 @@
 #include "buffer/GL3Buffer.h"
 #include "displaylist/GL3DisplayL.h"
 #include "driver/GL3Driver.h"
-#include "host/Bitmap.h"
 #include "host/RenderInfo.h"
+#include "hostkit/services/bitmap_ptr.h"
 #include "shader/Gl3ShaderProgram.h"
 #include "tests/fuzz/input.h"
 #include "texture/GL3Texture.h"
@@ -52,11 +52,6 @@ struct PlayedProgram {
   std::unique_ptr<GL3GAShaderProgram> program;
   std::array<Size, 2> sizes;  ///< That blur and filter are set up for; 0: they are not.
 };
-
-struct ReleaseBitmap {
-  void operator()(HBitmapNode* bitmap) const { bitmap->DeleteHandle(); }
-};
-using PlayedBitmap = std::unique_ptr<HBitmapNode, ReleaseBitmap>;
 
 /// What the host has, and the values that its calls take.
 struct HostPlayer {

@@ -115,7 +115,7 @@ constexpr Call kOverlays[] = {
 void ReadBack(HostPlayer& host) {
   const int width = host.input.IsTame() ? host.input.Below(40) : std::min(host.input.Int(), 60);
   const int height = host.input.Below(40);
-  const PlayedBitmap node(new HBitmapNode(width, height));
+  const hostkit::BitmapPtr node(new HBitmapNode(width, height));
   Require(host.Buffer().FillBitmapNode(node.get(), host.input.Flag()) == 1,
           "nothing was read back");
   const HBitmapBuffer* buffer = node->FindBuffer("ColorAlpha");
@@ -248,7 +248,7 @@ void MakeTexture(HostPlayer& host) {
     texture->MakeGATexture(planes.data());
     return;
   }
-  const PlayedBitmap bitmap(new HBitmapNode(width, height));
+  const hostkit::BitmapPtr bitmap(new HBitmapNode(width, height));
   HRGBABuffer* pixels =
       bitmap->CreateRGBABuffer("Color", HBitmapBuffer::kByteChannel, width, height);
   bitmap->AddBuffer(pixels);

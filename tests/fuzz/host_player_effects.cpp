@@ -26,7 +26,7 @@ PlayedProgram::Size PictureSize(HostPlayer& host) {
 }
 
 /// With one buffer or two of some kind, mostly of the picture's size and with storage.
-PlayedBitmap Picture(HostPlayer& host, PlayedProgram::Size size) {
+hostkit::BitmapPtr Picture(HostPlayer& host, PlayedProgram::Size size) {
   constexpr struct {
     const char* name;
     HBitmapBuffer::ChannelType type;
@@ -36,7 +36,7 @@ PlayedBitmap Picture(HostPlayer& host, PlayedProgram::Size size) {
                 {"Depth", HBitmapBuffer::kFloatChannel, 1, 4},
                 {"Color", HBitmapBuffer::kByteChannel, 3, 1},
                 {"Color", HBitmapBuffer::kHalfChannel, 2, 2}};
-  PlayedBitmap bitmap(new HBitmapNode(size.width, size.height));
+  hostkit::BitmapPtr bitmap(new HBitmapNode(size.width, size.height));
   for (int left = 1 + host.input.Below(2); left > 0; --left) {
     const auto& kind = kKinds[host.input.Below(static_cast<int>(std::size(kKinds)))];
     const int odd = host.input.Byte();
@@ -127,8 +127,8 @@ void RunEffect(HostPlayer& host) {
       isKnown ? Shortened(played.sizes.at(static_cast<std::size_t>(effect)))
               : PlayedProgram::Size();
   const bool fits = tame || host.input.Flag();
-  const PlayedBitmap source = Picture(host, fits ? told : PictureSize(host));
-  const PlayedBitmap other = Picture(host, told);
+  const hostkit::BitmapPtr source = Picture(host, fits ? told : PictureSize(host));
+  const hostkit::BitmapPtr other = Picture(host, told);
   HBitmapNode* const destinations[] = {other.get(), source.get(), nullptr};
   HBitmapNode* const destination = host.input.OneOf(destinations);
   const bool without = !tame && host.input.Below(16) == 15;

@@ -3,11 +3,15 @@
 
 #include <EGL/egl.h>
 
+#include <utility>
+#include <vector>
+
 #include "tests/support/next_symbol.h"
 
 namespace {
 int g_makeCurrentCalls = 0;
 bool g_refuse = false;
+std::vector<AGLContext> g_made;
 }  // namespace
 
 // In front of the library's own.
@@ -33,6 +37,7 @@ AGLContext MakeContext(int depthBits, AGLContext share) {
   const GLint attributes[] = {AGL_RGBA, AGL_DEPTH_SIZE, depthBits, AGL_NONE};
   const AGLContext context = aglCreateContext(aglChoosePixelFormat(nullptr, 0, attributes), share);
   EXPECT_NE(context, nullptr) << platform::DescribeDisplay().reason;
+  g_made.push_back(context);
   return context;
 }
 
@@ -40,6 +45,18 @@ AGLPbuffer MakePbuffer(int width, int height) {
   AGLPbuffer pbuffer = nullptr;
   EXPECT_TRUE(aglCreatePBuffer(width, height, GL_TEXTURE_RECTANGLE_EXT, GL_RGBA, 0, &pbuffer));
   return pbuffer;
+}
+
+AGLContext MakeCurrentContext(int width, int height, int depthBits) {
+  const AGLContext context = MakeContext(depthBits);
+  EXPECT_TRUE(aglSetPBuffer(context, MakePbuffer(width, height), 0, 0, 0));
+  EXPECT_TRUE(aglSetCurrentContext(context));
+  return context;
+}
+
+void ExpectError(GLboolean result, GLenum error) {
+  EXPECT_FALSE(result);
+  EXPECT_EQ(aglGetError(), error);
 }
 
 void Fill(int x, int y, int width, int height, const Rgb& color) {
@@ -61,9 +78,8 @@ Rgb PixelAt(int x, int y) {
 void PlatformTest::TearDown() {
   aglSetCurrentContext(nullptr);
   EXPECT_EQ(aglGetError(), static_cast<GLenum>(AGL_NO_ERROR));
+  for (const AGLContext context : std::exchange(g_made, {})) aglDestroyContext(context);
+  aglGetError();  // of those that the test has destroyed
   const platform::HandleCounts left = platform::CountHandles();
-  EXPECT_EQ(left.contexts, 0);
-  EXPECT_EQ(left.pbuffers, 0);
-  EXPECT_EQ(left.windows, 0);
-  EXPECT_EQ(left.deviceContexts, 0);
+  EXPECT_EQ(left.contexts + left.pbuffers + left.windows + left.deviceContexts, 0);
 }

@@ -11,15 +11,9 @@ namespace {
 
 using Contexts = PlatformTest;
 
-void ExpectError(GLboolean result, GLenum error) {
-  EXPECT_FALSE(result);
-  EXPECT_EQ(aglGetError(), error);
-}
-
 TEST_F(Contexts, BindingWhatIsBoundCallsNoEgl) {
   const AGLContext context = MakeContext();
-  const AGLPbuffer first = MakePbuffer(8, 8);
-  const AGLPbuffer second = MakePbuffer(8, 8);
+  const AGLPbuffer first = MakePbuffer(8, 8), second = MakePbuffer(8, 8);
   int calls = MakeCurrentCalls();
   EXPECT_TRUE(aglSetPBuffer(context, first, 0, 0, 0));
   EXPECT_EQ(MakeCurrentCalls(), calls) << "a context that is not current is left alone";
@@ -86,7 +80,6 @@ TEST_F(Contexts, BadHandlesGiveErrorsAndChangeNothing) {
   ExpectError(aglEnable(context, 12345), AGL_BAD_ENUM);
   Fill(0, 0, 4, 4, kGreen);
   EXPECT_EQ(PixelAt(2, 2), kGreen) << "the drawable is still set";
-  EXPECT_TRUE(aglDestroyContext(context));
 }
 
 TEST_F(Contexts, ShareObjectsOnlyWithThoseTheyWereMadeWith) {
@@ -102,7 +95,6 @@ TEST_F(Contexts, ShareObjectsOnlyWithThoseTheyWereMadeWith) {
   EXPECT_TRUE(glIsTexture(texture));
   ASSERT_TRUE(aglSetCurrentContext(alone));
   EXPECT_FALSE(glIsTexture(texture));
-  for (const AGLContext context : {driver, sharing, alone}) aglDestroyContext(context);
 }
 
 TEST_F(Contexts, PbufferDiesWithTheLastContextItWasSetOn) {
@@ -118,9 +110,7 @@ TEST_F(Contexts, PbufferDiesWithTheLastContextItWasSetOn) {
   EXPECT_EQ(PixelAt(0, 0), kRed);
   EXPECT_TRUE(aglDestroyContext(first));
   EXPECT_EQ(platform::CountHandles().pbuffers, 0);
-  const AGLContext third = MakeContext();
-  ExpectError(aglSetPBuffer(third, pbuffer, 0, 0, 0), AGL_BAD_DRAWABLE);
-  EXPECT_TRUE(aglDestroyContext(third));
+  ExpectError(aglSetPBuffer(MakeContext(), pbuffer, 0, 0, 0), AGL_BAD_DRAWABLE);
 }
 
 TEST_F(Contexts, PbuffersReachTheLimitAndNotBeyond) {
@@ -131,42 +121,24 @@ TEST_F(Contexts, PbuffersReachTheLimitAndNotBeyond) {
     ExpectError(aglCreatePBuffer(width, height, 0, 0, 0, &pbuffer), AGL_BAD_VALUE);
     EXPECT_EQ(pbuffer, nullptr);
   }
-  const AGLContext context = MakeContext();
-  ASSERT_TRUE(aglSetPBuffer(context, MakePbuffer(limit, 2), 0, 0, 0));
-  ASSERT_TRUE(aglSetCurrentContext(context));
+  MakeCurrentContext(limit, 2);
   glViewport(0, 0, limit, 2);
   Fill(0, 0, limit, 2, kBlack);
   glColor3f(0, 1, 0);
   glRectf(-1, -1, 1, 1);
   EXPECT_EQ(PixelAt(0, 0), kGreen);
   EXPECT_EQ(PixelAt(limit - 1, 1), kGreen);
-  EXPECT_TRUE(aglDestroyContext(context));
 }
 
 TEST_F(Contexts, CglRestoresAnAglContextWithItsDrawable) {
-  const AGLContext context = MakeContext();
-  ASSERT_TRUE(aglSetPBuffer(context, MakePbuffer(4, 4), 0, 0, 0));
-  ASSERT_TRUE(aglSetCurrentContext(context));
+  const AGLContext context = MakeCurrentContext();
   Fill(0, 0, 4, 4, kGreen);
   const CGLContextObj before = CGLGetCurrentContext();
   ASSERT_NE(before, nullptr);
   EXPECT_EQ(CGLEnable(before, kCGLCEMPEngine), kCGLNoError);
 
   const int mask = static_cast<int>(CGDisplayIDToOpenGLDisplayMask(CGMainDisplayID()));
-  const CGLPixelFormatAttribute attributes[] = {kCGLPFADisplayMask,
-                                                mask,
-                                                kCGLPFAColorSize,
-                                                24,
-                                                kCGLPFAAlphaSize,
-                                                8,
-                                                kCGLPFAAccelerated,
-                                                kCGLPFADoubleBuffer,
-                                                kCGLPFAMinimumPolicy,
-                                                kCGLPFASampleBuffers,
-                                                1,
-                                                kCGLPFASamples,
-                                                4,
-                                                static_cast<CGLPixelFormatAttribute>(0)};
+  const CGLPixelFormatAttribute attributes[] = {kCGLPFADisplayMask, mask, kCGLPFASamples, 4, 0};
   CGLPixelFormatObj format = nullptr;
   int count = 0;
   ASSERT_EQ(CGLChoosePixelFormat(attributes, &format, &count), kCGLNoError);
@@ -183,7 +155,6 @@ TEST_F(Contexts, CglRestoresAnAglContextWithItsDrawable) {
   EXPECT_EQ(CGLSetCurrentContext(before), kCGLNoError);
   EXPECT_EQ(aglGetCurrentContext(), context);
   EXPECT_EQ(PixelAt(3, 3), kGreen);
-  EXPECT_TRUE(aglDestroyContext(context));
 
   const CGLPixelFormatAttribute otherDisplay[] = {kCGLPFADisplayMask, mask << 1, 0};
   EXPECT_NE(CGLChoosePixelFormat(otherDisplay, &format, &count), kCGLNoError);
@@ -194,12 +165,8 @@ TEST_F(Contexts, CglRestoresAnAglContextWithItsDrawable) {
 
 TEST_F(Contexts, DepthIsAWishAndSamplesComeUnaskedToNobody) {
   for (const int wish : {0, 16, 32}) {
-    const AGLContext context = MakeContext(wish);
-    ASSERT_TRUE(aglSetPBuffer(context, MakePbuffer(4, 4), 0, 0, 0));
-    ASSERT_TRUE(aglSetCurrentContext(context));
-    GLint depth = -1;
-    GLint samples = -1;
-    GLint alpha = -1;
+    MakeCurrentContext(4, 4, wish);
+    GLint depth = -1, samples = -1, alpha = -1;
     glGetIntegerv(GL_DEPTH_BITS, &depth);
     glGetIntegerv(GL_SAMPLES, &samples);
     glGetIntegerv(GL_ALPHA_BITS, &alpha);
@@ -209,7 +176,6 @@ TEST_F(Contexts, DepthIsAWishAndSamplesComeUnaskedToNobody) {
     EXPECT_GE(depth, std::min(wish, 24));
     EXPECT_EQ(samples, 0);
     EXPECT_EQ(alpha, 8);
-    EXPECT_TRUE(aglDestroyContext(context));
   }
 }
 
@@ -241,8 +207,6 @@ TEST_F(Contexts, NothingIsCurrentWhenBindingFails) {
   EXPECT_EQ(platform::CurrentRenderer(), "");
   Fill(0, 0, 1, 1, kRed);  // GL calls do nothing, and do not crash
   EXPECT_TRUE(aglSetCurrentContext(good));
-  EXPECT_TRUE(aglDestroyContext(good));
-  EXPECT_TRUE(aglDestroyContext(refused));
 }
 
 TEST_F(Contexts, AThreadThatEndsLetsGoOfItsContext) {
@@ -255,7 +219,6 @@ TEST_F(Contexts, AThreadThatEndsLetsGoOfItsContext) {
   EXPECT_EQ(aglGetCurrentContext(), nullptr);
   EXPECT_TRUE(aglSetCurrentContext(context));
   EXPECT_EQ(PixelAt(0, 0), kRed);
-  EXPECT_TRUE(aglDestroyContext(context));
 }
 
 }  // namespace

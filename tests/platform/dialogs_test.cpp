@@ -130,15 +130,10 @@ TEST_F(Dialogs, WhatIsHiddenDisabledOrBelowTakesNoInput) {
 }
 
 /// Writes down what it is told.
-class NotingView : public DialogView {
+class NotingView : public ScriptedView {
  public:
-  NotingView() : m_previous(SetDialogView(this)) {}
-  ~NotingView() override { SetDialogView(m_previous); }
+  using ScriptedView::ScriptedView;
   void Open(DialogModel&) override { notes.emplace_back("open"); }
-  void Run(DialogModel& dialog) override {
-    dialog.Click(kMore);
-    dialog.Confirm();
-  }
   void Close(DialogModel&) override { notes.emplace_back("close"); }
   void Changed(DialogModel&, const DialogControl& control, ControlChange change,
                int item) override {
@@ -149,13 +144,10 @@ class NotingView : public DialogView {
   void Ended(DialogModel&) override { notes.emplace_back("ended"); }
   void ShowBusy(bool busy) override { notes.emplace_back(busy ? "busy" : "idle"); }
   Lines notes;
-
- private:
-  DialogView* m_previous;
 };
 
 TEST_F(Dialogs, TellTheirViewEveryChangeOnce) {
-  NotingView view;
+  NotingView view({ClickStep(kMore), ConfirmStep()});
   TestDialog dialog;
   dialog.onMore = [](TestDialog& shown) {
     const CWaitCursor busy, stillBusy;

@@ -103,8 +103,7 @@ TEST(GlewDeathTest, OnlyTheMissingGlxDisplayIsExcusedAndOnlyWithEntryPoints) {
 
 TEST_F(EntryPoints, FontListsDrawAtTheRasterPositionAndMoveOn) {
   const AGLContext context = MakeContext();
-  EXPECT_FALSE(aglUseFont(context, 3, 0, 10, 0, 256, 10000)) << "it is not current";
-  EXPECT_EQ(aglGetError(), static_cast<GLenum>(AGL_BAD_STATE));
+  ExpectError(aglUseFont(context, 3, 0, 10, 0, 256, 10000), AGL_BAD_STATE);  // it is not current
   ASSERT_TRUE(aglSetPBuffer(context, MakePbuffer(64, 32), 0, 0, 0));
   ASSERT_TRUE(aglSetCurrentContext(context));
   glPixelStorei(GL_UNPACK_ALIGNMENT, 8);
@@ -138,15 +137,12 @@ TEST_F(EntryPoints, FontListsDrawAtTheRasterPositionAndMoveOn) {
   EXPECT_GT(position[0], 14);
   EXPECT_LT(position[0], 24);
   EXPECT_EQ(position[1], 12);
-  EXPECT_FALSE(aglUseFont(context, 3, 0, 0, 0, 256, 10000));
-  EXPECT_EQ(aglGetError(), static_cast<GLenum>(AGL_BAD_VALUE));
-  EXPECT_TRUE(aglDestroyContext(context));
+  ExpectError(aglUseFont(context, 3, 0, 0, 0, 256, 10000), AGL_BAD_VALUE);
 }
 
 /// Text in a process of its own, and whether its lists are there all the same.
 void UseFontTwice() {
-  const AGLContext context = MakeContext();
-  aglSetCurrentContext(context);
+  const AGLContext context = MakeCurrentContext();
   const bool used =
       aglUseFont(context, 3, 0, 10, 0, 256, 10000) && aglUseFont(context, 3, 0, 12, 0, 256, 20000);
   std::fprintf(stderr, "used %d list %d", used, glIsList(20255));

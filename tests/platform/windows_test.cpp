@@ -48,10 +48,9 @@ TEST_F(Windows, SwapShowsTheFrameTopRowFirst) {
   glPixelStorei(GL_PACK_ROW_LENGTH, 99);
   glPixelStorei(GL_PACK_SKIP_ROWS, 7);
   glPixelTransferf(GL_RED_BIAS, 1);
-  GLuint buffer = 0;
+  GLuint buffer = 0, framebuffer = 0;
   glGenBuffers(1, &buffer);
   glBindBuffer(GL_PIXEL_PACK_BUFFER, buffer);
-  GLuint framebuffer = 0;
   glGenFramebuffers(1, &framebuffer);
   glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
   EXPECT_EQ(Shown(port, 0, 0), 0u);
@@ -68,7 +67,6 @@ TEST_F(Windows, SwapShowsTheFrameTopRowFirst) {
   EXPECT_EQ(value, static_cast<GLint>(framebuffer));
   EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
   glBindFramebuffer(GL_FRAMEBUFFER, 0);
-  EXPECT_TRUE(aglDestroyContext(context));
 }
 
 TEST_F(Windows, ContextFitsAResizedWindowWhenItIsUpdated) {
@@ -95,12 +93,10 @@ TEST_F(Windows, ContextFitsAResizedWindowWhenItIsUpdated) {
   EXPECT_EQ(Shown(port, 0, 0), kShownGreen);
   window.MoveWindow(0, 0, 0, 7);
   EXPECT_EQ((*GetGWorldPixMap(port))->bounds.right, 6) << "no such size: it stays as it was";
-  EXPECT_TRUE(aglDestroyContext(context));
 }
 
 TEST_F(Windows, EverythingOfAWindowDiesWithIt) {
-  CWnd window;
-  CWnd inside;
+  CWnd window, inside;
   ASSERT_TRUE(Create(window, 10, 20, 4, 4));
   ASSERT_TRUE(Create(inside, 1, 2, 2, 2, window.GetSafeHwnd()));
   CRect rect;
@@ -144,11 +140,9 @@ TEST_F(Windows, EverythingOfAWindowDiesWithIt) {
   CheckinPort(dc, 32768);
   Fill(0, 0, 1, 1, kRed);
   EXPECT_TRUE(aglSetCurrentContext(context));
-  EXPECT_FALSE(aglSetDrawable(context, port));
-  EXPECT_EQ(aglGetError(), static_cast<GLenum>(AGL_BAD_DRAWABLE));
+  ExpectError(aglSetDrawable(context, port), AGL_BAD_DRAWABLE);
   aglSwapBuffers(context);
-  EXPECT_EQ(aglGetError(), static_cast<GLenum>(AGL_BAD_DRAWABLE));
-  EXPECT_TRUE(aglDestroyContext(context));
+  ExpectError(GL_FALSE, AGL_BAD_DRAWABLE);
 }
 
 TEST_F(Windows, BadWindowsAreNotMade) {

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <numbers>
 #include <stdexcept>
 #include <string>
@@ -113,14 +112,25 @@ M44f At(float x, float y, float z) {
   return M44f().translate(V3f(x, y, z));
 }
 
-hostkit::View FrontView(float fromZ) {
+hostkit::View EyeView(float z, float nearDistance, float farDistance) {
   hostkit::View view;
-  view.camera.eye = {0, 0, fromZ};
+  view.camera.eye = {0, 0, z};
+  view.nearDistance = nearDistance;
+  view.farDistance = farDistance;
+  return view;
+}
+
+hostkit::View FrontView(float fromZ) {
+  hostkit::View view = EyeView(fromZ, 1, 20);
   view.camera.forward = {0, 0, fromZ > 0 ? -1.0f : 1.0f};
   view.camera.parallelHeight = 4;
-  view.nearDistance = 1;
-  view.farDistance = 20;
   return view;
+}
+
+void PutPicture(hostkit::Scene& scene, hostkit::BitmapPtr bitmap) {
+  scene.images.resize(1);
+  scene.images[0].bitmap = std::move(bitmap);
+  scene.materials.at(0).image = 0;
 }
 
 void Frames::SetUpTestSuite() {
@@ -144,10 +154,5 @@ hostkit::Picture Frames::Render(const hostkit::Scene& scene, const hostkit::View
   renderer->Render(m_settings, view, &error);
   auto picture = renderer->Render(m_settings, view, &error);
   if (!picture.bitmap) throw std::runtime_error(error);
-  if (const char* folder = std::getenv("GL3_TEST_PICTURES")) {  // to look at them
-    std::string name = testing::UnitTest::GetInstance()->current_test_info()->name();
-    hostkit::WritePicture(std::string(folder) + "/" + name + std::to_string(m_count++) + ".png",
-                          picture, {}, {}, &error);
-  }
   return picture;
 }

@@ -42,6 +42,12 @@ Imath::M44f At(float x, float y, float z);
 /// From z = 10 down the z axis, four units high, parallel: a pixel of a 80 x 80 frame is 0.05.
 hostkit::View FrontView(float fromZ = 10);
 
+/// In perspective from (0, 0, z) down the z axis.
+hostkit::View EyeView(float z, float nearDistance, float farDistance);
+
+/// Puts a picture on the scene's first material.
+void PutPicture(hostkit::Scene& scene, hostkit::BitmapPtr bitmap);
+
 /// The largest side of surfaces that renderers find, 8192 at each test's start.
 extern int g_maxSurface;
 
@@ -53,13 +59,10 @@ class Frames : public testing::Test {
   void SetUp() override;
   void TearDown() override { g_maxSurface = 8192; }
 
-  /// Draws two frames and hands out the second: nothing may be left over from the first. Writes it
-  /// to the folder GL3_TEST_PICTURES, when that is set. Throws when it cannot be drawn.
+  /// Draws two frames and hands out the second: nothing may be left over from the first.
+  /// Throws when it cannot be drawn.
   hostkit::Picture Render(const hostkit::Scene& scene, const hostkit::View& view = FrontView());
 
   static inline std::unique_ptr<hostkit::LoadedModule> s_module;
   hostkit::FrameSettings m_settings;
-
- private:
-  int m_count = 0;
 };

@@ -134,10 +134,7 @@ TEST_F(Frames, TilesAreSeamless) {
   hostkit::Scene scene = SceneOf({Material(1, 0.5f, 0.2f), Material(0.2f, 0.5f, 1, 0.4f)},
                                  Sphere(0), At(0.3f, 0.1f, -4));
   Add(scene, Sphere(1), At(-0.5f, -0.2f, -3));
-  hostkit::View view;
-  view.camera.eye = {0, 0, 0.5f};
-  view.nearDistance = 0.5f;
-  view.farDistance = 10;
+  const hostkit::View view = EyeView(0.5f, 0.5f, 10);
   m_settings.width = 83;
   m_settings.height = 61;
   m_settings.samplesPerSide = 2;
@@ -150,18 +147,15 @@ TEST_F(Frames, TilesAreSeamless) {
 }
 
 TEST_F(Frames, VertexColorsAreLit) {
-  hostkit::Scene scene;
-  scene.materials = {Material(1, 1, 1)};
   // More triangles than 16-bit indices reach at once.
-  hostkit::SceneMesh sphere = Sphere(0, 88);
-  Add(scene, sphere);
+  hostkit::Scene scene = SceneOf({Material(1, 1, 1)}, Sphere(0, 88));
   m_settings.lights = hostkit::LightSet::kThreePoint;
   scene.materials[0].surface.roughness = AnimatableValue(3.0f);
   scene.materials[0].surface.specularFactor = AnimatableValue(0.5f);
   scene.materials[0].surface.specularSource = AttrProperty::kFromBaseColor;
   auto plain = Render(scene);
   // Nearly white: lit on the processor, and the same to the eye as what OpenGL lights.
-  scene.meshes[0].colors.assign(sphere.positions.size(), {255, 255, 255, 255});
+  scene.meshes[0].colors.assign(scene.meshes[0].positions.size(), {255, 255, 255, 255});
   scene.meshes[0].colors[0] = {254, 255, 255, 255};
   auto colored = Render(scene);
   for (int i = 24; i < 57; ++i) {
@@ -176,8 +170,7 @@ TEST_F(Frames, VertexColorsAreLit) {
   scene.materials = {Material(1, 1, 1)};
   m_settings.lights = hostkit::LightSet::kHeadlight;
   const unsigned char texel[] = {128, 128, 128, 255};
-  scene.images.resize(1);
-  scene.images[0].bitmap = hostkit::BitmapFromRgba(texel, 1, 1);
+  PutPicture(scene, hostkit::BitmapFromRgba(texel, 1, 1));
   for (int textured = 0; textured < 2; ++textured) {
     scene.materials[0].image = textured - 1;
     float bright = textured ? 0.5f : 1;
@@ -194,9 +187,7 @@ TEST_F(Frames, VertexColorsAreLit) {
 }
 
 TEST_F(Frames, TexturesLieTheRightWayAndCutOut) {
-  hostkit::Scene scene;
-  scene.materials = {Material(1, 1, 1)};
-  scene.materials[0].image = 0;
+  hostkit::Scene scene = SceneOf({Material(1, 1, 1)}, Square(0));
   // Row 0, at v = 0 and so at the bottom of the square: red, green. Above: blue, clear.
   const unsigned char quarters[4][4] = {
       {255, 0, 0, 255}, {0, 255, 0, 255}, {0, 0, 255, 255}, {0, 0, 0, 0}};
@@ -204,11 +195,8 @@ TEST_F(Frames, TexturesLieTheRightWayAndCutOut) {
   for (int i = 0; i < 64; ++i) {
     std::copy_n(quarters[i / 32 * 2 + i % 8 / 4], 4, texels[i / 8][i % 8]);
   }
-  hostkit::SceneImage image;
-  image.bitmap = hostkit::BitmapFromRgba(texels[0][0], 8, 8);
-  image.repeat = false;
-  scene.images.push_back(std::move(image));
-  Add(scene, Square(0));
+  PutPicture(scene, hostkit::BitmapFromRgba(texels[0][0], 8, 8));
+  scene.images[0].repeat = false;
   std::fill_n(m_settings.background, 3, 1.0f);
   auto picture = Render(scene);
   EXPECT_GT(At(picture, 22, 57).red, At(picture, 22, 57).green + 0.9f);

@@ -18,14 +18,12 @@ namespace {
 hostkit::SceneMesh Cube(int material) {
   hostkit::SceneMesh cube;
   cube.material = material;
-  const M44f sides[] = {M44f(),
-                        M44f().rotate(V3f(0, 1.5707963f, 0)),
-                        M44f().rotate(V3f(0, 3.1415927f, 0)),
-                        M44f().rotate(V3f(0, -1.5707963f, 0)),
-                        M44f().rotate(V3f(1.5707963f, 0, 0)),
-                        M44f().rotate(V3f(-1.5707963f, 0, 0))};
+  constexpr float kQuarter = 1.5707963f;
+  const V3f turns[] = {{0, 0, 0},         {0, kQuarter, 0}, {0, 2 * kQuarter, 0},
+                       {0, -kQuarter, 0}, {kQuarter, 0, 0}, {-kQuarter, 0, 0}};
   const hostkit::SceneMesh square = Square(material);
-  for (const M44f& side : sides) {
+  for (const V3f& turn : turns) {
+    const M44f side = M44f().rotate(turn);
     const auto first = static_cast<std::uint32_t>(cube.positions.size());
     for (const V3f& p : square.positions) {
       cube.positions.push_back((p + V3f(0, 0, 1)) * side);
@@ -98,9 +96,7 @@ TEST_F(Frames, FlatTrianglesHaveOneColor) {
     for (int x = 0; x < 8; ++x) std::fill_n(row[x], 4, x < 4 ? 0 : 255);
     for (int x = 0; x < 4; ++x) row[x][3] = 255;
   }
-  scene.images.resize(1);
-  scene.images[0].bitmap = hostkit::BitmapFromRgba(texels[0][0], 8, 8);
-  scene.materials[0].image = 0;
+  PutPicture(scene, hostkit::BitmapFromRgba(texels[0][0], 8, 8));
   picture = Render(scene);
   EXPECT_NEAR(At(picture, 57, 57).red, 0.75f, 0.1f);
   EXPECT_NEAR(At(picture, 22, 22).red, 0.3f, 0.1f);
@@ -133,6 +129,11 @@ TEST_F(Frames, LinesShowTheFormAndHideWhatIsBehind) {
   m_settings.mode = DrawMode::kLines;
   m_settings.lineColor = ColorBuf{255, 0, 0, 255};
   hostkit::Scene scene = SceneOf({Material(1, 1, 1)}, Cube(0), M44f().rotate(V3f(0, 0.4f, 0)));
+  const auto across = [](const hostkit::Picture& picture) {
+    float sum = 0;
+    for (int x = 0; x < 80; ++x) sum += At(picture, x, 45).red;
+    return sum;
+  };
   for (float fogFar : {0.0f, 12.0f}) {
     m_settings.fog.on = fogFar > 0;
     m_settings.fog.farDistance = 100 * fogFar;  // hardly any, but white
@@ -140,21 +141,16 @@ TEST_F(Frames, LinesShowTheFormAndHideWhatIsBehind) {
     for (int samples : {1, 2, 4}) {
       m_settings.samplesPerSide = samples;
       auto picture = Render(scene);
-      // Across the middle: two silhouettes and the vertical edge between the faces that are seen;
-      // neither the hidden edge nor the diagonals.
-      float sum = 0;
-      for (int x = 0; x < 80; ++x) sum += At(picture, x, 45).red;
-      EXPECT_NEAR(sum, 3, 0.3f) << samples;
+      // Two silhouettes and the vertical edge between the faces that are seen; neither the hidden
+      // edge nor the diagonals.
+      EXPECT_NEAR(across(picture), 3, 0.3f) << samples;
       EXPECT_EQ(At(picture, 30, 30).blue, 1) << "filled with the background, fog or not";
     }
   }
   m_settings.fog = {};
   m_settings.samplesPerSide = 1;
   m_settings.creaseDegrees = 95;  // none of the cube's, but its outline
-  float sum = 0;
-  auto picture = Render(scene);
-  for (int x = 0; x < 80; ++x) sum += At(picture, x, 45).red;
-  EXPECT_NEAR(sum, 2, 0.2f);
+  EXPECT_NEAR(across(Render(scene)), 2, 0.2f);
 
   // A ball has nothing but an outline, and is as clear as the background inside.
   scene.instances.clear();
@@ -162,7 +158,7 @@ TEST_F(Frames, LinesShowTheFormAndHideWhatIsBehind) {
   Add(scene, Square(0), M44f().scale(V3f(0.5f)) * At(0, 0, -2));
   m_settings.transparentBackground = true;
   m_settings.creaseDegrees = 30;
-  picture = Render(scene);
+  const auto picture = Render(scene);
   EXPECT_EQ(At(picture, 40, 30).alpha, 0);  // the square's edge is hidden
   EXPECT_EQ(At(picture, 40, 40).alpha, 0);
   const int drawn = CountPixels(picture, 80, [](const Pixel& p) { return p.alpha > 0.5f; });
@@ -190,11 +186,7 @@ TEST_F(Frames, MarkersStandOnAllVertices) {
   hostkit::Scene scene = SceneOf({Material(0, 1, 0)}, Sphere(0, 8));
   m_settings.controlPointSize = 2;
   m_settings.controlPointColor = {255, 0, 0, 255};
-  hostkit::View near;
-  near.camera.eye = {0, 0, 4};
-  near.nearDistance = 2;
-  near.farDistance = 6;
-  for (const hostkit::View& view : {FrontView(), near}) {
+  for (const hostkit::View& view : {FrontView(), EyeView(4, 2, 6)}) {
     g_maxSurface = 8192;
     m_settings.samplesPerSide = 2;
     auto whole = Render(scene, view);

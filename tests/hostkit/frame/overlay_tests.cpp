@@ -27,18 +27,12 @@ hostkit::BitmapPtr Stripes(int width, int height) {
   return hostkit::BitmapFromRgba(rgba.data(), width, height);
 }
 
-hostkit::Scene BackWall() {
-  hostkit::Scene scene = SceneOf({Material(0, 0, 1)}, Square(0),
-                                 At(0, 0, 8.9f));  // at the front plane, whatever overlays it
-  return scene;
+hostkit::Scene BackWall() {  // at the front plane, whatever overlays it
+  return SceneOf({Material(0, 0, 1)}, Square(0), At(0, 0, 8.9f));
 }
 
 hostkit::View Perspective() {
-  hostkit::View view;
-  view.camera.eye = {0, 0, 10};
-  view.nearDistance = 1;
-  view.farDistance = 20;
-  return view;
+  return EyeView(10, 1, 20);
 }
 
 }  // namespace
@@ -141,12 +135,8 @@ TEST_F(Frames, OverlaysAreTheSameOnASurface) {
 
 // Whatever memory runs out for, there is a whole frame or an error.
 TEST_F(Frames, PicturesForWhichMemoryRunsOutAreNotLeftOut) {
-  hostkit::Scene scene;
-  scene.materials = {Material(1, 1, 1)};
-  scene.materials[0].image = 0;
-  scene.images.resize(1);
-  scene.images[0].bitmap = Stripes(8, 8);
-  Add(scene, Square(0), At(0, 0, 8));
+  hostkit::Scene scene = SceneOf({Material(1, 1, 1)}, Square(0), At(0, 0, 8));
+  PutPicture(scene, Stripes(8, 8));
   m_settings.overlays = {{Stripes(80, 20), 0, 0, 1}};
   m_settings.depth = true;
   const hostkit::Picture whole = Render(scene);

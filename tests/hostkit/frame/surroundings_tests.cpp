@@ -20,11 +20,7 @@ float DepthAt(const hostkit::Picture& picture, int x, int y) {
 
 // Half a unit from the near plane, a small model's view: 40 degrees high.
 hostkit::View NearView() {
-  hostkit::View view;
-  view.camera.eye = {0, 0, 3};
-  view.nearDistance = 0.5f;
-  view.farDistance = 8;
-  return view;
+  return EyeView(3, 0.5f, 8);
 }
 
 }  // namespace
@@ -132,8 +128,7 @@ TEST_F(Frames, DepthIsTheDistanceAtPixelCentres) {
   line.lines = {0, 1};
   line.points = {2};
   Add(scene, line);
-  hostkit::View parallel = FrontView(3);
-  for (const hostkit::View& view : {NearView(), parallel}) {
+  for (const hostkit::View& view : {NearView(), FrontView(3)}) {
     const bool isParallel = view.camera.parallelHeight > 0;
     const float slope = isParallel ? 0.05f : std::tan(0.35f) / 40;  // of a pixel, at distance 1
     m_settings.depth = true;

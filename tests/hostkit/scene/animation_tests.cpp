@@ -2,17 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <memory>
 #include <numbers>
 #include <string>
 #include <vector>
 
-#include "hostkit/import/model_import.h"
 #include "hostkit/scene/node_animation.h"
-#include "hostkit/scene/scene_merge.h"
 #include "samples/orrery.h"
-#include "samples/small_models.h"
-#include "tests/support/common/temp_folder.h"
+#include "tests/hostkit/import/import_fixture.h"
 
 namespace {
 
@@ -21,17 +17,10 @@ using Imath::M44f;
 using Imath::V3f;
 using Imath::V4f;
 
+using Animation = Import;
+
 constexpr float kPi = std::numbers::pi_v<float>;
 constexpr float kNear = 1e-4f;
-
-std::unique_ptr<Scene> Import(const samples::Document& document) {
-  const TempFolder folder;
-  folder.Write("a.glb", samples::ToGlb(document));
-  std::string error;
-  std::unique_ptr<Scene> scene = hostkit::ImportModel(folder.Path("a.glb"), &error);
-  EXPECT_TRUE(scene) << error;
-  return scene;
-}
 
 M44f At(const V3f& place) {
   return M44f().setTranslation(place);
@@ -71,15 +60,14 @@ void ExpectNear(const V3f& value, const V3f& expected) {
   EXPECT_TRUE(value.equalWithAbsError(expected, kNear)) << value << " is not " << expected;
 }
 
-TEST(Animation, MovesInstancesThroughTheTreeOfNodes) {
-  const auto scene = Import(Arm());
-  ASSERT_TRUE(scene);
-  EXPECT_EQ(scene->motion.nodes.size(), 2u) << "nodes that lie still are folded away";
-  ASSERT_EQ(scene->instances.size(), 2u);
-  const std::vector<int> swing = hostkit::FindAnimations(*scene, "");
+TEST_F(Animation, MovesInstancesThroughTheTreeOfNodes) {
+  Scene scene = ReadGlb(Arm());
+  EXPECT_EQ(scene.motion.nodes.size(), 2u) << "nodes that lie still are folded away";
+  ASSERT_EQ(scene.instances.size(), 2u);
+  const std::vector<int> swing = hostkit::FindAnimations(scene, "");
   ASSERT_EQ(swing.size(), 1u);
-  EXPECT_EQ(scene->motion.animations[0].name, "swing");
-  EXPECT_DOUBLE_EQ(scene->motion.animations[0].duration, 3);
+  EXPECT_EQ(scene.motion.animations[0].name, "swing");
+  EXPECT_DOUBLE_EQ(scene.motion.animations[0].duration, 3);
 
   const float h = std::sqrt(0.5f);
   const struct {
@@ -96,79 +84,75 @@ TEST(Animation, MovesInstancesThroughTheTreeOfNodes) {
   };
   for (const auto& [time, hand, size] : cases) {
     SCOPED_TRACE(time);
-    hostkit::PoseScene(*scene, swing, time);
-    ExpectNear(PlaceOf(*scene, 0), hand);
+    hostkit::PoseScene(scene, swing, time);
+    ExpectNear(PlaceOf(scene, 0), hand);
     V3f across;
-    scene->instances[0].toWorld.multDirMatrix(V3f(0, 1, 0), across);
+    scene.instances[0].toWorld.multDirMatrix(V3f(0, 1, 0), across);
     EXPECT_NEAR(across.length(), size, kNear);
-    ExpectNear(PlaceOf(*scene, 1), {-5, 10, 0});
+    ExpectNear(PlaceOf(scene, 1), {-5, 10, 0});
   }
   // The turn is at an even pace along the arc, where straight quaternions would lag behind.
-  hostkit::PoseScene(*scene, swing, 1.5);
+  hostkit::PoseScene(scene, swing, 1.5);
   V3f along;
-  scene->instances[0].toWorld.multDirMatrix(V3f(1, 0, 0), along);
+  scene.instances[0].toWorld.multDirMatrix(V3f(1, 0, 0), along);
   EXPECT_NEAR(std::atan2(-along.z, along.x), kPi / 8, kNear);
 
-  hostkit::PoseScene(*scene, {}, 2);
-  ExpectNear(PlaceOf(*scene, 0), {2, 10, 1});
+  hostkit::PoseScene(scene, {}, 2);
+  ExpectNear(PlaceOf(scene, 0), {2, 10, 1});
 }
 
-TEST(Animation, TakesCamerasAndLightsAlong) {
-  const auto scene = Import(Arm());
-  ASSERT_TRUE(scene);
-  hostkit::PoseScene(*scene, hostkit::FindAnimations(*scene, "swing"), 3);
+TEST_F(Animation, TakesCamerasAndLightsAlong) {
+  Scene scene = ReadGlb(Arm());
+  hostkit::PoseScene(scene, hostkit::FindAnimations(scene, "swing"), 3);
   // The hand is at (1, 10, -2), three times as large, and its z axis points along x.
-  ExpectNear(scene->cameras.at(0).eye, {1 + 9, 10, -2});
-  ExpectNear(scene->cameras[0].forward, {-1, 0, 0});
-  ExpectNear(scene->cameras[0].up, {0, 1, 0});
-  ExpectNear(scene->lights.at(0).position, {1, 13, -2});
+  ExpectNear(scene.cameras.at(0).eye, {1 + 9, 10, -2});
+  ExpectNear(scene.cameras[0].forward, {-1, 0, 0});
+  ExpectNear(scene.cameras[0].up, {0, 1, 0});
+  ExpectNear(scene.lights.at(0).position, {1, 13, -2});
 }
 
-TEST(Animation, IsFoundByNameInEveryMergedModel) {
-  const auto scene = Import(Arm());
-  ASSERT_TRUE(scene);
-  EXPECT_EQ(hostkit::FindAnimations(*scene, "nod"), std::vector<int>{1});
-  EXPECT_TRUE(hostkit::FindAnimations(*scene, "Nod").empty());
-  hostkit::AppendScene(*scene, std::move(*Import(Arm())));
-  EXPECT_EQ(hostkit::FindAnimations(*scene, ""), (std::vector<int>{0, 2}));
-  EXPECT_EQ(hostkit::FindAnimations(*scene, "nod"), (std::vector<int>{1, 3}));
-  hostkit::PoseScene(*scene, hostkit::FindAnimations(*scene, ""), 3);
-  ExpectNear(PlaceOf(*scene, 0), {1, 10, -2});
-  ExpectNear(PlaceOf(*scene, 2), {1, 10, -2});
-  ExpectNear(scene->cameras.at(1).eye, scene->cameras[0].eye);
-  ExpectNear(scene->lights.at(1).position, scene->lights[0].position);
+TEST_F(Animation, IsFoundByNameInEveryMergedModel) {
+  Scene scene = ReadGlb(Arm());
+  EXPECT_EQ(hostkit::FindAnimations(scene, "nod"), std::vector<int>{1});
+  EXPECT_TRUE(hostkit::FindAnimations(scene, "Nod").empty());
+  hostkit::AppendScene(scene, ReadGlb(Arm()));
+  EXPECT_EQ(hostkit::FindAnimations(scene, ""), (std::vector<int>{0, 2}));
+  EXPECT_EQ(hostkit::FindAnimations(scene, "nod"), (std::vector<int>{1, 3}));
+  hostkit::PoseScene(scene, hostkit::FindAnimations(scene, ""), 3);
+  ExpectNear(PlaceOf(scene, 0), {1, 10, -2});
+  ExpectNear(PlaceOf(scene, 2), {1, 10, -2});
+  ExpectNear(scene.cameras.at(1).eye, scene.cameras[0].eye);
+  ExpectNear(scene.lights.at(1).position, scene.lights[0].position);
   // The second model alone moves.
-  hostkit::PoseScene(*scene, {3}, 1);
-  ExpectNear(PlaceOf(*scene, 0), {2, 10, 1});
-  ExpectNear(PlaceOf(*scene, 2), {2, 9, 0});
+  hostkit::PoseScene(scene, {3}, 1);
+  ExpectNear(PlaceOf(scene, 0), {2, 10, 1});
+  ExpectNear(PlaceOf(scene, 2), {2, 9, 0});
 }
 
-TEST(Animation, ReachHoldsEveryMomentOfIt) {
-  const auto scene = Import(samples::Orrery());
-  ASSERT_TRUE(scene);
-  const auto orbits = hostkit::FindAnimations(*scene, "Orbits");
-  const hostkit::SceneReach reach = hostkit::MeasureReach(*scene, orbits);
+TEST_F(Animation, ReachHoldsEveryMomentOfIt) {
+  Scene scene = ReadGlb(samples::Orrery());
+  const auto orbits = hostkit::FindAnimations(scene, "Orbits");
+  const hostkit::SceneReach reach = hostkit::MeasureReach(scene, orbits);
   Imath::Box3f grown = reach.bounds;  // between the moments that were looked at
   grown.min -= V3f(0.05f);
   grown.max += V3f(0.05f);
   for (int i = 0; i <= 40; ++i) {
-    hostkit::PoseScene(*scene, orbits, i * 0.1);
-    const Imath::Box3f bounds = scene->Bounds();
+    hostkit::PoseScene(scene, orbits, i * 0.1);
+    const Imath::Box3f bounds = scene.Bounds();
     EXPECT_TRUE(grown.intersects(bounds.min) && grown.intersects(bounds.max)) << i;
   }
   EXPECT_LT(reach.bounds.max.x, 3.1f) << "2.2 + 0.5 for the arms, and the moon's size";
   EXPECT_GT(reach.bounds.max.x, 2.4f);
 }
 
-TEST(Animation, KeysThatAreNoNumbersAreLeftOut) {
+TEST_F(Animation, KeysThatAreNoNumbersAreLeftOut) {
   samples::Document document = Arm();
   const float nan = std::nanf("");
   document.animations = {
       {"broken", {{3, "translation", {0, 1, 2}, {{0, 0, 1, 0}, {nan, 0, 0, 0}, {0, 2, 1, 0}}}}}};
-  const auto scene = Import(document);
-  ASSERT_TRUE(scene);
-  hostkit::PoseScene(*scene, {0}, 1);
-  ExpectNear(PlaceOf(*scene, 0), {2, 11, 1});
+  Scene scene = ReadGlb(document);
+  hostkit::PoseScene(scene, {0}, 1);
+  ExpectNear(PlaceOf(scene, 0), {2, 11, 1});
 }
 
 }  // namespace

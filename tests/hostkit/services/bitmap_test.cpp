@@ -12,7 +12,7 @@
 #include <memory>
 #include <vector>
 
-#include "host/Bitmap.h"
+#include "hostkit/services/bitmap_ptr.h"
 #include "hostkit/services/host_heaps.h"
 #include "tests/support/common/heap_faults.h"
 
@@ -22,28 +22,17 @@ using Type = HBitmapBuffer::ChannelType;
 using Byte = unsigned char;
 using Rgba = std::array<Byte, 4>;
 
-struct Releaser {
-  template <typename T>
-  void operator()(T* object) const {
-    object->DeleteHandle();
-  }
+using Node = hostkit::BitmapPtr;
+struct BlockRelease {
+  void operator()(HByteBlock* block) const { block->DeleteHandle(); }
 };
-using Node = std::unique_ptr<HBitmapNode, Releaser>;
-using Block = std::unique_ptr<HByteBlock, Releaser>;
+using Block = std::unique_ptr<HByteBlock, BlockRelease>;
 
 /// A bitmap with a "Color" buffer filled by `pixel`.
 Node MakeNode(int width, int height, const std::function<Rgba(int, int)>& pixel) {
-  Node node(new HBitmapNode(width, height));
-  HRGBABuffer* buffer = node->CreateRGBABuffer("Color", Type::kByteChannel, width, height);
-  node->AddBuffer(buffer);
-  EXPECT_EQ(buffer->AllocateData(0), 1);
-  for (int y = 0; y < height; ++y) {
-    auto* row = static_cast<unsigned char*>(buffer->GetData(y));
-    for (int x = 0; x < width; ++x) {
-      const Rgba value = pixel(x, y);
-      std::copy(value.begin(), value.end(), row + 4 * x);
-    }
-  }
+  Node node = hostkit::NewByteBitmap(width, height);
+  auto* values = static_cast<Rgba*>(node->GetBufferHead()->Data());
+  for (int i = 0; i < width * height; ++i) values[i] = pixel(i % width, i / width);
   return node;
 }
 
@@ -56,12 +45,11 @@ Rgba PixelOf(const HBitmapNode& node, int x, int y) {
 
 class Bitmap : public testing::Test {
  protected:
-  void SetUp() override { m_before = hostkit::CountHeaps(); }
-  void TearDown() override {
+  ~Bitmap() override {
     EXPECT_EQ(hostkit::CountHeaps().ext.blocks, m_before.ext.blocks);
     EXPECT_EQ(hostkit::CountHeaps().string.blocks, m_before.string.blocks);
   }
-  hostkit::HeapCounts m_before;
+  const hostkit::HeapCounts m_before = hostkit::CountHeaps();
 };
 
 TEST_F(Bitmap, BufferSizesAreChecked) {

@@ -1,4 +1,4 @@
-// Heaps, strings and colour handles: what they hold, and what they do when memory runs out.
+// Heaps and strings: what they hold, and what they do when memory runs out.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,13 +9,10 @@
 #include <utility>
 #include <vector>
 
-#include "host/Colors.h"
 #include "host/Heaps.h"
 #include "host/String.h"
-#include "hostkit/services/current_driver.h"
 #include "hostkit/services/ext_heap.h"
 #include "hostkit/services/host_heaps.h"
-#include "tests/hostkit/services/fake_driver.h"
 #include "tests/support/common/heap_faults.h"
 
 namespace {
@@ -164,61 +161,6 @@ TEST(String, IsEmptyWithoutMemory) {
   EXPECT_TRUE(text.IsEmpty());
   other = String("ghi");
   EXPECT_TRUE(other.IsEmpty());
-}
-
-class ColorHandle : public testing::Test {
- protected:
-  void SetUp() override { m_previous = hostkit::SetDriver(&m_driver); }
-  void TearDown() override {
-    EXPECT_EQ(FakeColor::live, 0);
-    hostkit::SetDriver(m_previous);
-  }
-  static unsigned char Red(const GAColor& color) {
-    return color.Native() ? color.Native()->Red() : 0;
-  }
-
-  FakeDriver m_driver;
-  GADriver* m_previous = nullptr;
-};
-
-TEST_F(ColorHandle, CopiesMakeColoursAndMovesDoNot) {
-  GAColor a;
-  a.Set(1, 2, 3, 4);
-  ASSERT_EQ(FakeColor::live, 1);
-  GAColor b(a);
-  EXPECT_EQ(FakeColor::live, 2);
-  b.Set(9, 2, 3, 4);
-  EXPECT_EQ(Red(a), 1);
-  GAColor c(std::move(b));
-  EXPECT_EQ(b.Native(), nullptr);
-  EXPECT_EQ(FakeColor::live, 2);
-  a = c;
-  EXPECT_EQ(Red(a), 9);
-  GAColor& self = a;
-  a = self;
-  EXPECT_EQ(Red(a), 9);
-  EXPECT_EQ(FakeColor::live, 2);
-  a = b;
-  EXPECT_EQ(a.Native(), nullptr);
-  EXPECT_EQ(GAColor(b).Native(), nullptr);
-  EXPECT_EQ(FakeColor::live, 1);
-}
-
-TEST_F(ColorHandle, KeepsItsColourWhenNoneCanBeMade) {
-  GAColor a, b;
-  a.Set(1, 0, 0, 0);
-  b.Set(2, 0, 0, 0);
-  m_driver.exhausted = true;
-  a = b;
-  EXPECT_EQ(Red(a), 1);
-  EXPECT_EQ(GAColor(b).Native(), nullptr);
-  GAColor empty;
-  empty.Set(1, 2, 3, 4);
-  EXPECT_EQ(empty.Native(), nullptr);
-  hostkit::SetDriver(nullptr);
-  EXPECT_EQ(GAColor(b).Native(), nullptr);
-  empty.Set(1, 2, 3, 4);
-  EXPECT_EQ(empty.Native(), nullptr);
 }
 
 }  // namespace
