@@ -121,7 +121,6 @@ TEST_F(Attacks, NamesOfFilesThatAreNotTheModels) {
     pictures.parts.push_back("it names " + name + ", which " + why);
     names.push_back(name);
   }
-  // Of those that only seem to be missing, refusals tell no more.
   Try({"colours",
        GltfOfColors("up/secret.txt"),
        Ends::kRefused,
