@@ -5,14 +5,15 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <bit>
-#include <cctype>
 #include <filesystem>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "hostkit/isolated/import_process.h"
+#include "hostkit/scene/scene_bytes.h"
 #include "samples/small_models.h"
 #include "tests/fuzz/input.h"
 #include "tests/support/common/temp_folder.h"
@@ -37,41 +38,11 @@ void Tell(const std::string& event) {
 void Tell(const std::string&) {}
 #endif
 
-/// Standard error of this process, and of those that it starts, goes into a file meanwhile.
-class ErrorsInto {
- public:
-  explicit ErrorsInto(const std::string& path) {
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0600);
-    Require(file >= 0 && m_errors >= 0 && dup2(file, 2) == 2, "errors cannot be kept");
-    close(file);
-  }
-  ~ErrorsInto() {
-    dup2(m_errors, 2);
-    close(m_errors);
-  }
-  ErrorsInto(const ErrorsInto&) = delete;
-  ErrorsInto& operator=(const ErrorsInto&) = delete;
-
- private:
-  const int m_errors = fcntl(2, F_DUPFD_CLOEXEC, 3);
-};
-
 /// Whether a sanitizer tells of a fault of ours: the first of the libraries on its stack is.
 bool IsOurFault(const std::string& report) {
   const std::size_t ours = report.find("libgl3"), theirs = report.find("libassimp");
   return report.find("runtime error: ") != std::string::npos ||
          (report.find("ERROR: AddressSanitizer") != std::string::npos && ours < theirs);
-}
-
-void TellOf(const hostkit::Scene& scene, const std::string& suffix) {
-  const std::size_t counts[] = {
-      scene.meshes.size(),       scene.instances.size(),
-      scene.images.size(),       scene.cameras.size() + scene.lights.size(),
-      scene.motion.nodes.size(), scene.warnings.size(),
-      scene.TriangleCount()};
-  std::string event = suffix;
-  for (const std::size_t count : counts)
-    Tell(event += static_cast<char>('a' + std::bit_width(count)));
 }
 
 }  // namespace
@@ -85,33 +56,31 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   limits.seconds = 20;
   limits.memory = 2ull << 30;
   limits.showsMessages = true;
+  // The process has this one's standard error, which goes into a file meanwhile.
+  const int errors = fcntl(2, F_DUPFD_CLOEXEC, 3);
+  const int file =
+      open(folder.Path(kReport).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+  Require(errors >= 0 && file >= 0 && dup2(file, 2) == 2, "errors cannot be kept");
+  hostkit::ImportProcess process({folder.Path(name)}, limits);
   std::unique_ptr<hostkit::Scene> scene;
   std::string error;
-  ImportEnd end = ImportEnd::kFailed;
-  double milliseconds = 0;
-  {
-    const ErrorsInto report(folder.Path(kReport));
-    hostkit::ImportProcess process({folder.Path(name)}, limits);
-    end = process.Finish({}, &scene, &error);
-    milliseconds = process.Milliseconds();
-  }
+  const ImportEnd end = process.Finish({}, &scene, &error);
+  dup2(errors, 2);
+  close(errors);
+  close(file);
   const std::string report = folder.Read(kReport);
   fs::remove(folder.Path(name));
   Require(!IsOurFault(report), report);
-  Require(milliseconds < 2000 * limits.seconds, "it went on beyond its limit");
+  Require(process.Milliseconds() < 2000 * limits.seconds, "it went on beyond its limit");
   Require(end == ImportEnd::kDone || end == ImportEnd::kUnreadable, "it failed: " + error);
   Require((end == ImportEnd::kDone) == (scene != nullptr), "no scene, or one with an error");
   if (scene) {
-    TellOf(*scene, suffix);
+    Tell(suffix + std::to_string(hostkit::CountSceneBytes(*scene) / 64));
     return 0;
   }
   RequireOneLine(error);
   Require(error.starts_with(folder.Path(name) + ": "), "a message without the name: " + error);
-  // Without names and numbers out of the file.
-  std::replace_if(
-      error.begin(), error.end(),
-      [](char c) { return !std::isalpha(static_cast<unsigned char>(c)); }, ' ');
-  Tell(suffix + error.substr(folder.Path(name).size(), 60));
+  Tell(suffix + error.substr(folder.Path(name).size(), 24));
   return 0;
 }
 

@@ -22,8 +22,8 @@ namespace {
 using hostkit::DrawMode;
 using hostkit::Scene;
 constexpr int kModes = static_cast<int>(DrawMode::kPoints) + 1;
-// In an input: how it is drawn, and how many patches there are.
-constexpr std::size_t kModeAt = 1, kDamageAt = 11;
+// The first bytes of an input tell what is damaged, the one after the next how the scene is drawn.
+constexpr std::size_t kDamageBytes = 14, kModeAt = kDamageBytes + 1;
 
 using Bytes = std::vector<unsigned char>;
 
@@ -44,30 +44,19 @@ GADriver* Driver() {
   return module->Driver();
 }
 
-/// A number that is put over bytes of the scene, and where.
-struct Patch {
-  std::size_t at;
-  std::uint32_t value;
-};
-
-std::vector<Patch> Patches(Input& input) {
+/// Up to three numbers that mean much go over the bytes, which then may lose their end.
+Bytes Damaged(Bytes bytes, Input input) {
   constexpr std::uint32_t kValues[] = {0,          1,          0xFFFFFFFF, 0x7F800000,
                                        0x7FC00000, 0x80000000, 0x7FFFFFFF, 0x00010000};
-  std::vector<Patch> patches(static_cast<std::size_t>(std::max(input.Below(8) - 4, 0)));
-  for (Patch& patch : patches) {
-    patch.at = (std::size_t{input.Byte()} << 8 | input.Byte()) * 4;
-    patch.value = input.Flag() ? input.OneOf(kValues) : input.Byte();
+  const int count = input.Below(8) - 4;
+  for (int i = 0; i < count; ++i) {
+    const std::size_t at = (std::size_t{input.Byte()} << 8 | input.Byte()) * 4 % bytes.size();
+    const std::uint32_t value = input.Flag() ? input.OneOf(kValues) : input.Byte();
+    std::memcpy(&bytes[at], &value, std::min(sizeof value, bytes.size() - at));
   }
-  return patches;
-}
-
-void Damage(Bytes& bytes, const std::vector<Patch>& patches, std::size_t cut) {
-  bytes.resize(bytes.size() - std::min(cut, bytes.size()));
-  for (const Patch& patch : patches) {
-    if (bytes.empty()) return;
-    const std::size_t at = patch.at % bytes.size();
-    std::memcpy(&bytes[at], &patch.value, std::min(sizeof patch.value, bytes.size() - at));
-  }
+  const int cut = input.Below(255) - 235;
+  if (count > 0 && cut > 0) bytes.resize(bytes.size() - static_cast<std::size_t>(cut));
+  return bytes;
 }
 
 /// Plays each animation; whatever it does, the scene stays one that may be drawn.
@@ -109,18 +98,21 @@ void Draw(const Scene& scene, const hostkit::SceneReach& reach,
     const hostkit::Picture picture =
         renderer->Render(settings, hostkit::ViewFor(camera, reach.bounds), &error);
     Require(picture.bitmap && error.empty(), "a frame is not drawn: " + error);
+    const HBitmapBuffer* depths = picture.bitmap->FindBuffer("Depth");
+    for (int i = 0; depths && i < settings.width * settings.height; ++i) {
+      Require(static_cast<const float*>(depths->Data())[i] >= 0, "no distance");
+    }
   }
 }
 
 void Play(Input input) {
+  const std::string damage = input.Text(kDamageBytes);
   if (input.Flag()) input.BeTame();
   const hostkit::FrameSettings settings = Settings(input);
-  const std::vector<Patch> patches = Patches(input);
-  const std::size_t cut = patches.empty() ? 0 : std::size_t(std::max(input.Below(200) - 180, 0));
   const Bytes sound = BytesOf(MakeScene(input));
-  Bytes bytes = sound;
-  Damage(bytes, patches, cut);
-  const bool isDamaged = !patches.empty();
+  const Bytes bytes =
+      Damaged(sound, {reinterpret_cast<const std::uint8_t*>(damage.data()), damage.size()});
+  const bool isDamaged = bytes != sound;
   std::string why;
   const std::unique_ptr<Scene> scene = hostkit::ReadScene(bytes.data(), bytes.size(), &why);
   Require(scene || isDamaged, "a sound scene is refused: " + why);
@@ -146,17 +138,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 }
 
 Inputs Seeds() {
-  // Wild and tame; as it is and damaged; with bytes that run through all values in steps.
   Inputs seeds;
-  for (const char tame : {'\0', '\1'}) {
-    for (const char damage : {'\0', '\5'}) {
-      for (const int step : {0, 7, 61, 131, 193}) {
-        std::string input(1, tame);
-        for (int i = 0; i < 700; ++i) input += static_cast<char>(i * step);
-        input[kModeAt] = static_cast<char>(seeds.size() % kModes);
-        input[kDamageAt] = damage;
-        seeds.push_back(input);
-      }
+  for (const char damages : {'\0', '\5'}) {
+    for (const int step : {0, 7, 60, 61, 131, 160, 193, 255}) {
+      std::string input(1, damages);
+      for (int i = 1; i < 700; ++i) input += static_cast<char>(i * step);
+      input[kModeAt] = static_cast<char>(seeds.size() % kModes);
+      seeds.push_back(input);
     }
   }
   return seeds;

@@ -17,9 +17,21 @@ float Number(Input& input) {
   return std::isfinite(number) ? number : 3e38f;
 }
 
-V3f Vector(Input& input) {
-  const float x = Number(input), y = Number(input);
-  return {x, y, Number(input)};
+/// A vector, quaternion or matrix.
+template <class Value>
+Value Numbers(Input& input) {
+  Value value;
+  float numbers[sizeof(Value) / sizeof(float)];
+  for (float& number : numbers) number = Number(input);
+  std::memcpy(static_cast<void*>(&value), numbers, sizeof numbers);
+  return value;
+}
+
+template <class Value>
+std::vector<Value> Many(Input& input, std::size_t count) {
+  std::vector<Value> values(count);
+  for (Value& value : values) value = Numbers<Value>(input);
+  return values;
 }
 
 int Index(Input& input, std::size_t count) {
@@ -27,32 +39,19 @@ int Index(Input& input, std::size_t count) {
 }
 
 M44f Matrix(Input& input) {
-  M44f matrix;
-  switch (input.Below(6)) {
-    case 0:
-      break;
-    case 1:
-      matrix.setScale(Vector(input));
-      break;
-    case 2:
-      matrix = M44f(0.0f);
-      break;
-    case 3:
-      for (int i = 0; i < 16; ++i) matrix[i / 4][i % 4] = Number(input);
-      break;
-    default:
-      matrix.setTranslation(Vector(input));
-  }
-  return matrix;
+  const int kind = input.Below(6);
+  if (kind == 0) return M44f(0.0f);
+  if (kind == 1) return Numbers<M44f>(input);
+  if (kind == 2) return M44f().setScale(Numbers<V3f>(input));
+  return kind == 3 ? M44f() : M44f().setTranslation(Numbers<V3f>(input));
 }
 
 hostkit::SceneImage Image(Input& input) {
   constexpr int kSides[] = {1, 2, 3, 7, 64, 100, 257};
   hostkit::SceneImage image;
   image.repeat = input.Flag();
-  const int width = input.OneOf(kSides), height = input.OneOf(kSides);
+  const int width = input.OneOf(kSides), height = input.OneOf(kSides), value = input.Byte();
   image.bitmap = hostkit::NewByteBitmap(width, height);
-  const int value = input.Byte();
   auto* colors = static_cast<HRGBABuffer*>(image.bitmap->FindBuffer("Color"));
   for (int y = 0; y < height; ++y) {
     std::memset(colors->GetData(y), value ^ y, static_cast<std::size_t>(width) * 4);
@@ -68,12 +67,11 @@ hostkit::SceneMaterial Material(Input& input, std::size_t images) {
   surface.ambientSource = input.OneOf(kSources);
   surface.specularSource = input.OneOf(kSources);
   for (AnimatableColor* color : {&surface.base, &surface.ambient, &surface.specular}) {
-    const float red = Number(input), green = Number(input);
-    *color = {AnimatableValue(red), AnimatableValue(green), AnimatableValue(Number(input))};
+    *color = {Number(input), Number(input), Number(input)};
   }
   for (AnimatableValue* value : {&surface.ambientFactor, &surface.roughness,
                                  &surface.specularFactor, &surface.transparency}) {
-    *value = AnimatableValue(Number(input));
+    *value = Number(input);
   }
   return material;
 }
@@ -85,16 +83,13 @@ std::vector<std::uint32_t> Indices(Input& input, int each, std::size_t vertices)
 }
 
 hostkit::SceneMesh Mesh(Input& input, std::size_t materials) {
-  constexpr int kCounts[] = {0, 1, 2, 3, 4, 5, 8, 21};
+  constexpr std::size_t kCounts[] = {0, 1, 2, 3, 4, 5, 8, 21};
   hostkit::SceneMesh mesh;
   mesh.material = Index(input, materials);
-  mesh.positions.resize(static_cast<std::size_t>(input.OneOf(kCounts)));
-  for (V3f& position : mesh.positions) position = Vector(input);
-  const std::size_t count = mesh.positions.size();
-  if (input.Flag()) mesh.normals.resize(count);
-  for (V3f& normal : mesh.normals) normal = Vector(input);
-  if (input.Flag()) mesh.uvs.resize(count);
-  for (Imath::V2f& uv : mesh.uvs) uv = {Number(input), Number(input)};
+  const std::size_t count = input.OneOf(kCounts);
+  mesh.positions = Many<V3f>(input, count);
+  if (input.Flag()) mesh.normals = Many<V3f>(input, count);
+  if (input.Flag()) mesh.uvs = Many<Imath::V2f>(input, count);
   if (input.Flag()) mesh.colors.resize(count);
   for (ColorBuf& color : mesh.colors) color = {input.Byte(), 2, 3, input.Byte()};
   mesh.colorsHaveAlpha = input.Flag();
@@ -105,45 +100,30 @@ hostkit::SceneMesh Mesh(Input& input, std::size_t materials) {
 }
 
 hostkit::SceneCamera Camera(Input& input) {
-  constexpr float kFields[] = {0.7f, 1e-40f, 1e-4f, 3.1415925f},
-                  kHeights[] = {0, 0, 2, 1e-40f, 3e38f};
-  hostkit::SceneCamera camera;
-  if (input.Flag()) return camera;
-  camera.eye = Vector(input);
-  camera.forward = Vector(input);
-  camera.up = Vector(input);
-  camera.verticalFov = input.OneOf(kFields);
-  camera.parallelHeight = input.OneOf(kHeights);
-  return camera;
+  constexpr float kFields[] = {0.7f, 1e-40f, 1e-4f, 3.1415925f};
+  constexpr float kHeights[] = {0, 0, 2, 1e-40f, 3e38f};
+  if (input.Flag()) return {};
+  const V3f eye = Numbers<V3f>(input), forward = Numbers<V3f>(input), up = Numbers<V3f>(input);
+  return {"", eye, forward, up, input.OneOf(kFields), input.OneOf(kHeights)};
 }
 
 hostkit::SceneLight Light(Input& input) {
   constexpr float kAngles[] = {0, 1e-40f, 45, 90}, kSoftness[] = {0, 1e-40f, 10};
-  hostkit::SceneLight light;
-  light.type = input.Below(3);
-  light.position = Vector(input);
-  light.direction = Vector(input);
-  for (float* value : {&light.red, &light.green, &light.blue, &light.intensity}) {
-    *value = Number(input);
-  }
+  hostkit::SceneLight light{"", input.Below(3), Numbers<V3f>(input), Numbers<V3f>(input)};
+  light.red = Number(input);
+  light.intensity = Number(input);
   light.coneAngle = input.OneOf(kAngles);
   light.coneSoftness = input.OneOf(kSoftness);
   light.range = std::abs(Number(input));
   return light;
 }
 
-Quatf Rotation(Input& input) {
-  const float real = Number(input);
-  return {real, Vector(input)};
-}
-
 template <class Value>
-void AddKeys(std::vector<hostkit::AnimationKey<Value>>& keys, Input& input,
-             Value (*value)(Input& input)) {
+void AddKeys(Input& input, std::vector<hostkit::AnimationKey<Value>>& keys) {
   constexpr double kSteps[] = {1, 0.25, 1e-300, 1e300};
   double time = Number(input);
-  for (int count = input.Below(4); count > 0; --count) {
-    keys.push_back({time, value(input)});
+  for (int i = input.Below(4); i > 0; --i) {
+    keys.push_back({time, Numbers<Value>(input)});
     time = std::max(time + input.OneOf(kSteps), std::nextafter(time, HUGE_VAL));
   }
 }
@@ -151,17 +131,15 @@ void AddKeys(std::vector<hostkit::AnimationKey<Value>>& keys, Input& input,
 hostkit::SceneAnimation Animation(Input& input, const hostkit::SceneMotion& motion) {
   constexpr const char* kNames[] = {"", "walk", "walk\n"};
   constexpr double kDurations[] = {1, 0, 1e-310, 1e308};
-  hostkit::SceneAnimation animation;
-  animation.name = input.OneOf(kNames);
-  animation.model = Index(input, static_cast<std::size_t>(motion.models));
-  animation.duration = input.OneOf(kDurations);
-  animation.channels.resize(static_cast<std::size_t>(input.Below(3)));
-  for (hostkit::NodeChannel& channel : animation.channels) {
+  hostkit::SceneAnimation animation{
+      input.OneOf(kNames), input.Below(motion.models), input.OneOf(kDurations), {}};
+  for (int i = input.Below(3); i > 0; --i) {
+    hostkit::NodeChannel& channel = animation.channels.emplace_back();
     channel.node = Index(input, motion.nodes.size());
-    channel.rest = {Vector(input), Rotation(input), Vector(input)};
-    AddKeys(channel.translations, input, &Vector);
-    AddKeys(channel.rotations, input, &Rotation);
-    AddKeys(channel.scales, input, &Vector);
+    channel.rest = {Numbers<V3f>(input), Numbers<Quatf>(input), Numbers<V3f>(input)};
+    AddKeys(input, channel.translations);
+    AddKeys(input, channel.rotations);
+    AddKeys(input, channel.scales);
   }
   return animation;
 }
@@ -169,29 +147,29 @@ hostkit::SceneAnimation Animation(Input& input, const hostkit::SceneMotion& moti
 void AddMotion(Input& input, Scene& scene) {
   hostkit::SceneMotion& motion = scene.motion;
   motion.models = 1 + input.Below(3);
-  for (int i = 0, count = input.Below(4); i < count; ++i) {
+  const int nodes = input.Below(4);
+  for (int i = 0; i < nodes; ++i) {
     motion.nodes.push_back({input.Below(i + 1) - 1, Matrix(input), Matrix(input)});
   }
-  if (motion.nodes.empty()) return;
-  const std::size_t nodes = motion.nodes.size();
+  if (nodes == 0) return;
   for (int i = input.Below(4); i > 0; --i) motion.animations.push_back(Animation(input, motion));
-  for (std::size_t i = 0; i < std::min<std::size_t>(scene.instances.size(), 3); ++i) {
-    motion.instances.push_back({static_cast<int>(i), Index(input, nodes), Matrix(input)});
+  const auto each = [](const auto& parts) { return std::min(static_cast<int>(parts.size()), 3); };
+  for (int i = 0; i < each(scene.instances); ++i) {
+    motion.instances.push_back({i, input.Below(nodes), Matrix(input)});
   }
-  for (std::size_t i = 0; i < scene.cameras.size(); ++i) {
-    const int node = Index(input, nodes);
+  for (int i = 0; i < each(scene.cameras); ++i) {
     motion.cameras.push_back(
-        {static_cast<int>(i), node, Vector(input), Vector(input), Vector(input)});
+        {i, input.Below(nodes), Numbers<V3f>(input), Numbers<V3f>(input), Numbers<V3f>(input)});
   }
-  for (std::size_t i = 0; i < scene.lights.size(); ++i) {
-    const int node = Index(input, nodes);
-    motion.lights.push_back({static_cast<int>(i), node, Vector(input), Vector(input)});
+  for (int i = 0; i < each(scene.lights); ++i) {
+    motion.lights.push_back({i, input.Below(nodes), Numbers<V3f>(input), Numbers<V3f>(input)});
   }
 }
 
 }  // namespace
 
 Scene MakeScene(Input& input) {
+  constexpr int kInstances[] = {1, 0, 2, 3, 100}, kLights[] = {0, 1, 3, 9};
   Scene scene;
   for (int i = input.Below(3); i > 0; --i) scene.images.push_back(Image(input));
   for (int i = 1 + input.Below(2); i > 0; --i) {
@@ -200,12 +178,10 @@ Scene MakeScene(Input& input) {
   for (int i = 1 + input.Below(3); i > 0; --i) {
     scene.meshes.push_back(Mesh(input, scene.materials.size()));
   }
-  constexpr int kInstances[] = {1, 0, 2, 3, 100};
   for (int i = input.OneOf(kInstances); i > 0; --i) {
     scene.instances.push_back({Index(input, scene.meshes.size()), Matrix(input)});
   }
   for (int i = input.Below(4); i > 0; --i) scene.cameras.push_back(Camera(input));
-  constexpr int kLights[] = {0, 1, 3, 9};
   for (int i = input.OneOf(kLights); i > 0; --i) scene.lights.push_back(Light(input));
   AddMotion(input, scene);
   return scene;
