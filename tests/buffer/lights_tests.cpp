@@ -163,7 +163,7 @@ TEST_F(LightsTest, LightsBeyondTheMaximumAreLeftOut) {
   for (int i = 0; i < 5; ++i) lights[static_cast<std::size_t>(i)].red = static_cast<float>(i);
   LightList list(lights);
   GlRecorder gl;
-  gl.OverrideInteger(GL_MAX_LIGHTS, 3);
+  gl.OverrideNumber(GL_MAX_LIGHTS, 3);
   Buffer().SetupLights(list.Head());
   EXPECT_EQ(gl.Count("glLightfv"), 9);
   EXPECT_EQ(SetOn(gl, "GL_LIGHT2")[1], "GL_DIFFUSE, {2, 1, 1, 1})");
@@ -177,7 +177,7 @@ TEST_F(LightsTest, LightsBeyondTheMaximumAreLeftOut) {
 TEST_F(LightsTest, WithoutAKnownMaximumOnlyTheHeadlightIsLoaded) {
   LightList list(std::vector<GALight>(2));
   GlRecorder gl;
-  gl.IgnoreInteger(GL_MAX_LIGHTS);
+  gl.OverrideNumber(GL_MAX_LIGHTS, {});
   Buffer().SetupLights(list.Head());
   EXPECT_EQ(SetAtAll(gl), 0);
   Buffer().SetupLights(nullptr);
@@ -192,7 +192,7 @@ TEST_F(LightsTest, WhereThereAreNoLightsNoneIsLoaded) {
   for (const int maximum : {0, -5}) {
     OffscreenTarget other(Driver(), 8, 8);
     GlRecorder gl;
-    gl.OverrideInteger(GL_MAX_LIGHTS, maximum);
+    gl.OverrideNumber(GL_MAX_LIGHTS, maximum);
     other.buffer->SetupLights(nullptr);
     EXPECT_EQ(gl.CallsTo("glEnable(GL_LIGHT0"), Lines{"glEnable(GL_LIGHT0)"});
     EXPECT_EQ(SetAtAll(gl), 0);

@@ -67,8 +67,7 @@ TEST_F(ReadBackTest, RowsInEitherOrderAndTheCallsForThem) {
   EXPECT_EQ(Buffer().FillBitmapNode(topDown.get(), 0), 1);
   Lines wanted = store;
   wanted.insert(wanted.end(), {top, bottom});
-  EXPECT_EQ(recorder.Calls(), wanted);
-  recorder.Clear();
+  EXPECT_EQ(recorder.Take(), wanted);
   EXPECT_EQ(Buffer().FillBitmapNode(bottomUp.get(), 1), 1);
   wanted = store;
   wanted.insert(wanted.end(), {bottom, top});

@@ -40,8 +40,7 @@ TEST_F(AdderTest, TransparentTrianglesAndQuadsAreQueued) {
   List().SetDefaultColor(m_red);
   GlRecorder gl;
   EXPECT_EQ(draw(1, {0, 1, 2}), 0);
-  EXPECT_EQ(gl.Calls(), Lines{"glColor4fv({1, 0, 0, 1})"});
-  gl.Clear();
+  EXPECT_EQ(gl.Take(), Lines{"glColor4fv({1, 0, 0, 1})"});
   List().FlushArrays();
   EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_TRIANGLES, 21, GL_UNSIGNED_INT)"});
   MakeTransparent();
@@ -85,9 +84,8 @@ TEST_F(AdderTest, PolylinesGoAroundTheOpenBlock) {
   Faults faults;
   faults.Fail(FaultPoint::kAllocOGL);
   for (const int mode : {0x8002, 0xC002}) {  // the fading one has no room
-    gl.Clear();
     List().AddTransformedQuad(m_ends, mode, 1);
-    EXPECT_EQ(gl.Calls(), CallsIn(R"(
+    EXPECT_EQ(gl.Take(), CallsIn(R"(
         glLineWidth(5); glEnd(); glBegin(GL_LINE_STRIP); glNormal3fv({0.1, 0.2, 0.3});
         glVertex3fv({1, 2, -3}); glNormal3fv({0.4, 0.5, 0.6}); glVertex3fv({4, 5, -6}); glEnd();
         glBegin(GL_POINTS); glLineWidth(1))"));
@@ -138,12 +136,11 @@ TEST_F(AdderTest, FadingPolylinesFadeTheColorInForce) {
   List().PrepForPoints();
   gl.Clear();
   List().AddTransformedQuad(m_ends, 0xC002, 0);
-  EXPECT_EQ(gl.Calls(),
+  EXPECT_EQ(gl.Take(),
             CallsIn("glGetMaterialfv(GL_FRONT, GL_DIFFUSE, pointer); glLineWidth(5); glEnd();" +
                     strip("0.1, 0.2, 0.3, 0.375", "0.1, 0.2, 0.3, 0.25") + "glBegin(GL_POINTS);" +
                     diffuse("0.1, 0.2, 0.3, 0.5") + "glLineWidth(1)"));
   GL3GABuffer::m_maxtransparentpolys = 0;
-  gl.Clear();
   List().AddTransformedQuad(m_ends, 0xC002, 0);
   EXPECT_EQ(gl.Count("glGetMaterialfv"), 0);
 }
@@ -155,7 +152,7 @@ TEST_F(AdderTest, ColoredQuadsReadTheirRecordsInTheirOwnOrder) {
   List().PrepForPoints();
   GlRecorder gl;
   List().AddTransformedQuad(m_v, colors, 1);
-  EXPECT_EQ(gl.Calls(), CallsIn(R"(
+  EXPECT_EQ(gl.Take(), CallsIn(R"(
       glEnd(); glBegin(GL_TRIANGLE_STRIP);
       glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {1, 0.5, 0.25, 1});
       glTexCoord2fv({60, 70}); glNormal3fv({30, 40, 50}); glVertex3fv({0, 10, -20});
@@ -164,7 +161,6 @@ TEST_F(AdderTest, ColoredQuadsReadTheirRecordsInTheirOwnOrder) {
       glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, {1, 0.5, 0.375, 1});
       glTexCoord2fv({63, 73}); glNormal3fv({33, 43, 53}); glVertex3fv({3, 13, -23});
       glEnd(); glBegin(GL_POINTS))"));
-  gl.Clear();
   List().AddTransformedQuad(m_v, colors, 0);
   EXPECT_EQ(gl.Count("glTexCoord2fv"), 0);
   EXPECT_EQ(gl.Count("glVertex3fv"), 4);
@@ -196,10 +192,9 @@ TEST_F(AdderTest, LongFansAreDrawnVertexByVertex) {
   EXPECT_EQ(gl.Count("glEnd"), 0);
   gl.Clear();
   List().AddIndexedTriangleFan(m_v, 3, indices.data(), 3, 1);
-  EXPECT_EQ(gl.Calls(), CallsIn(IndexedDraw("vnt", 32,
-                                            "GL_TRIANGLE_FAN, 3, GL_UNSIGNED_SHORT" +
-                                                NumberedText({2, 1, 0}, true))));
-  gl.Clear();
+  EXPECT_EQ(gl.Take(), CallsIn(IndexedDraw("vnt", 32,
+                                           "GL_TRIANGLE_FAN, 3, GL_UNSIGNED_SHORT" +
+                                               NumberedText({2, 1, 0}, true))));
   List().AddIndexedTriangleFan(m_v, 3, indices.data(), 100, 1);
   const Lines& calls = gl.Calls();
   ASSERT_EQ(calls.size(), 304u);
@@ -358,23 +353,18 @@ TEST_F(AdderTest, RectanglesKeepTheOpenBlock) {
   };
   const char *const red = "{1, 0, 0, 1}", *const other = "{0.2, 0.4, 0.6, 0.8}";
   GlRecorder gl;
-  const auto calls = [&] {
-    Lines all = gl.Calls();
-    gl.Clear();
-    return all;
-  };
   List().AddRectangle(1, 2, 30, 40, -1);  // on the front plane
-  EXPECT_EQ(calls(), wanted(red, "-1.005").first);
+  EXPECT_EQ(gl.Take(), wanted(red, "-1.005").first);
   for (const char* z : {"-0.5", "-2"}) {
     List().AddRectangle(1, 2, 30, 40, std::strtof(z, nullptr));
-    EXPECT_EQ(calls(), wanted(red, z).first);
+    EXPECT_EQ(gl.Take(), wanted(red, z).first);
   }
   List().AddRectangle(1, 2, 30, 40, -1, mixed);
-  EXPECT_EQ(calls(), wanted(other, "-1").first);
+  EXPECT_EQ(gl.Take(), wanted(other, "-1").first);
   List().AddSolidRectangle(1, 2, 30, 40, -1);
-  EXPECT_EQ(calls(), wanted(red, "-1").second);
+  EXPECT_EQ(gl.Take(), wanted(red, "-1").second);
   List().AddSolidRectangle(1, 2, 30, 40, -1, mixed);
-  EXPECT_EQ(calls(), wanted(other, "-1").second);
+  EXPECT_EQ(gl.Take(), wanted(other, "-1").second);
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 // State switches of the display list: what each sends, closes, flushes and remembers.
 #include <algorithm>
-#include <functional>
-#include <tuple>
 #include <utility>
 
 #include "platform/platform.h"
@@ -197,104 +195,6 @@ TEST_F(StateTest, VerticesGoIntoTheOpenBlock) {
       glColor4fv({0.2, 0.4, 0.6, 0.8}); glVertex3fv({7, 8, 9});
       glColor4fv({1, 0, 0, 1}); glVertex3fv({6, 7, 8});
       glColor4fv({0.2, 0.4, 0.6, 0.8}); glVertex3fv({9, 7, 8}))"));
-}
-
-/// Every operation that leaves it to its caller to make the context current. Points have been
-/// prepared for, and the screen's projection is in force.
-void CallTheOthers(GL3DisplayList& l, GAColor& color) {
-  AttrProperty material = Material(1, 0, 0);
-  GAVertex v[4];
-  GALitVertex lit[4];
-  GAShadedLineVertex shaded[2];
-  RGBFloat colors[4];
-  Vector p[2];
-  VornPoly polygon;
-  unsigned short indices[3] = {0, 1, 2};
-  l.SetProjection(0);
-  l.PrepForPoints();
-  l.SetMaterial(&material, 0);
-  l.SetDefaultColor(color);
-  l.AddOGLVertex(p[0], color);
-  l.AddTransformedVertex(p[0]);
-  l.AddTransformedVertex(p[0], color);
-  l.AddTransformedVertex(p[0], color, Vector2());
-  l.TransformAndAddVertex(p[0], color);
-  l.AddTransformedPoint(p[0]);
-  l.AddTransformedPoint(p[0], color);
-  l.AddTransformedLine(p[0], p[1]);
-  l.AddTransformedLine(p[0], p[1], color);
-  l.AddTransformedLineRef(p[0], p[1]);
-  l.AddTransformedLineRef(p[0], p[1], color);
-  l.AddTransformedLine(p[0], color, p[1], color);
-  l.AddTransformedLineList(p, 2);
-  l.AddTransformedLineList(p, p, 2, color, color);
-  l.AddTransformedShadedLineList(shaded, 2, 1);
-  l.AddRectangle(0, 0, 1, 1, -9);
-  l.AddRectangle(0, 0, 1, 1, -9, color);
-  l.AddSolidRectangle(0, 0, 1, 1, -9);
-  l.AddSolidRectangle(0, 0, 1, 1, -9, color);
-  l.AddCP(p[0], 1, color);
-  l.AddTransformedPolygon(polygon, 1);
-  l.AddTransformedPolygons(&polygon, 1, 1);
-  l.AddTransformedTri(v, 1);
-  for (const int mode : {0, 1, 2, 0x8002, 0xC002}) l.AddTransformedQuad(v, mode, 0);
-  l.AddTransformedQuad(v, colors, 1);
-  l.AddTransformedQuad(lit);
-  l.AddIndexedTriangleFan(v, 4, indices, 3, 1);
-  l.FlushArrays();
-  l.AddTransformedLine(p[0], p[1]);
-  l.EndInstructions();
-  l.Execute(), l.AddLine(1, 2), l.AddPoint(1);
-  l.SetMaterial(nullptr, 0);
-}
-
-TEST_F(StateTest, OperationsMakeTheirContextCurrentWhereTheyMust) {
-  OffscreenTarget other(Driver(), 8, 8);
-  using List = GL3DisplayList;
-  List* const lists[] = {&this->List(), other.list.get()};
-  GL3GABuffer* const buffers[] = {&Buffer(), other.buffer.get()};
-  const auto texture = SolidTexture({255, 0, 0, 255});
-  std::vector<GALitVertex> ends;
-  std::vector<unsigned> pairs;
-  GALitVertex lit[4];
-  GALitVertexWT wt[4];
-  unsigned short indices[3] = {0, 1, 2};
-  enum Makes { kNever, kUnlessItIs, kAlways };
-  const std::tuple<const char*, Makes, std::function<void(List&)>> operations[] = {
-      {"MakeCurrent", kUnlessItIs, [&](List& l) { l.MakeCurrent(); }},
-      {"OnSize", kUnlessItIs, [&](List& l) { l.OnSize(); }},
-      {"SetTexture", kUnlessItIs, [&](List& l) { l.SetTexture(texture.get()); }},
-      {"SetTexture(null)", kUnlessItIs, [&](List& l) { l.SetTexture(nullptr); }},
-      {"SetDepthFunc", kUnlessItIs, [&](List& l) { l.SetDepthFunc(6); }},
-      {"SetProjection", kUnlessItIs, [&](List& l) { l.SetProjection(0); }},
-      {"SetupLights", kUnlessItIs, [&](List& l) { l.SetupLights(nullptr); }},
-      {"PrepForLines", kUnlessItIs, [&](List& l) { l.PrepForLines(); }},
-      {"PrepForPolygons", kUnlessItIs, [&](List& l) { l.PrepForPolygons(); }},
-      {"PrepForPolygonArray", kUnlessItIs, [&](List& l) { l.PrepForPolygonArray(); }},
-      {"BeginInstructions", kUnlessItIs, [&](List& l) { l.BeginInstructions(); }},
-      {"ExecuteInstructions", kUnlessItIs, [&](List& l) { l.ExecuteInstructions(); }},
-      {"indexed lines", kUnlessItIs, [&](List& l) { l.AddIndexedLineList(ends, pairs); }},
-      {"list", kUnlessItIs, [&](List& l) { l.AddIndexedLitTriangleList(lit, 4, indices, 3, 0); }},
-      {"listWT", kUnlessItIs,
-       [&](List& l) { l.AddIndexedLitTriangleListWT(wt, 4, indices, 3, 0); }},
-      {"FlushTransparentPolys", kAlways, [&](List& l) { l.FlushTransparentPolys(); }},
-      {"others", kNever, [&](List& l) { CallTheOthers(l, m_white); }}};
-  for (const auto& [name, makes, operate] : operations) {
-    for (List* list : lists) list->PrepForPolygonArray(), list->PrepForPoints();  // opens a block
-    for (const int turn : {0, 1}) {
-      buffers[1 - turn]->MakeCurrent(0);
-      GlRecorder gl(GlRecorder::kPlatform);
-      operate(*lists[turn]);
-      EXPECT_EQ(gl.Count("aglSetCurrentContext"), makes == kNever ? 0 : 1) << name;
-      EXPECT_EQ(GL3GADriver::m_prevcontext, buffers[makes == kNever ? 1 - turn : turn]->Context());
-      if (makes == kNever) continue;
-      EXPECT_TRUE(gl.Calls().front().starts_with("aglGetVirtualScreen("))
-          << name;  // before all else
-      gl.Clear();
-      operate(*lists[turn]);
-      EXPECT_EQ(gl.Count("aglSetCurrentContext"), makes == kAlways ? 1 : 0) << name;
-    }
-  }
 }
 
 TEST_F(StateTest, AListEndsNoContextOfItsBuffer) {

@@ -69,8 +69,8 @@ TEST_F(InitializeTest, CallsInOrder) {
 TEST_F(InitializeTest, SuccessFillsStateAndLimits) {
   const Faults faults;
   GlRecorder recorder;
-  recorder.OverrideInteger(GL_MAX_TEXTURE_SIZE, 1234);
-  recorder.OverrideFloat(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, 2.5f);
+  recorder.OverrideNumber(GL_MAX_TEXTURE_SIZE, 1234);
+  recorder.OverrideNumber(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, 2.5f);
   char pixels[4];
   PixMap map{pixels, 0xD5A7, {3, 5, 47, 105}};
   const PixMapOverride answer(&map);

@@ -51,12 +51,12 @@ TEST_F(ReportTest, SayWhatTheGLSays) {
   recorder.OverrideString(GL_RENDERER, "A Renderer/7");
   recorder.OverrideString(GL_VERSION, "2.1 Old");
   recorder.OverrideString(GL_SHADING_LANGUAGE_VERSION, "1.20");
-  recorder.OverrideInteger(GL_MAX_TEXTURE_SIZE, 2147483647);
-  recorder.OverrideInteger(GL_MAX_TEXTURE_UNITS, 6);
-  recorder.OverrideInteger(GL_MAX_TEXTURE_STACK_DEPTH, 11);
-  recorder.OverrideFloat(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, 2.5f);
-  recorder.OverrideInteger(GL_MAX_ELEMENTS_INDICES, 4567);
-  recorder.IgnoreInteger(GL_MAX_ELEMENTS_VERTICES);
+  recorder.OverrideNumber(GL_MAX_TEXTURE_SIZE, 2147483647);
+  recorder.OverrideNumber(GL_MAX_TEXTURE_UNITS, 6);
+  recorder.OverrideNumber(GL_MAX_TEXTURE_STACK_DEPTH, 11);
+  recorder.OverrideNumber(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, 2.5f);
+  recorder.OverrideNumber(GL_MAX_ELEMENTS_INDICES, 4567);
+  recorder.OverrideNumber(GL_MAX_ELEMENTS_VERTICES, {});
   const std::string header =
       "OpenGL3\nVendor: Some Vendor\nRenderer: A Renderer/7\nVersion: 2.1 Old"
       "\nShadingLanguageVersion: 1.20";
@@ -73,9 +73,9 @@ TEST_F(ReportTest, SayWhatTheGLSays) {
   const auto expectAnisotropy = [this](const char* text) {
     EXPECT_NE(Extended().find(std::string("ANISOTROPY_EXT  : ") + text + "\n"), std::string::npos);
   };
-  recorder.OverrideFloat(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, 16);
+  recorder.OverrideNumber(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, 16);
   expectAnisotropy("16");
-  recorder.IgnoreFloat(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT);
+  recorder.OverrideNumber(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, {});
   expectAnisotropy("0");
   // What the GL does not tell is left out.
   recorder.OverrideString(GL_RENDERER, nullptr);

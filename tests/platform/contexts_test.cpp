@@ -138,7 +138,20 @@ TEST_F(Contexts, CglRestoresAnAglContextWithItsDrawable) {
   EXPECT_EQ(CGLEnable(before, kCGLCEMPEngine), kCGLNoError);
 
   const int mask = static_cast<int>(CGDisplayIDToOpenGLDisplayMask(CGMainDisplayID()));
-  const CGLPixelFormatAttribute attributes[] = {kCGLPFADisplayMask, mask, kCGLPFASamples, 4, 0};
+  const CGLPixelFormatAttribute attributes[] = {kCGLPFADisplayMask,
+                                                mask,
+                                                kCGLPFAColorSize,
+                                                24,
+                                                kCGLPFAAlphaSize,
+                                                8,
+                                                kCGLPFAAccelerated,
+                                                kCGLPFADoubleBuffer,
+                                                kCGLPFAMinimumPolicy,
+                                                kCGLPFASampleBuffers,
+                                                1,
+                                                kCGLPFASamples,
+                                                4,
+                                                0};
   CGLPixelFormatObj format = nullptr;
   int count = 0;
   ASSERT_EQ(CGLChoosePixelFormat(attributes, &format, &count), kCGLNoError);

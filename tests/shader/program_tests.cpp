@@ -6,7 +6,6 @@
 #include <array>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 
 #include "host/Heaps.h"
 #include "platform/gl.h"
@@ -86,6 +85,8 @@ class ProgramTest : public ShaderFixture {
     }
     return alive;
   }
+
+  float m_parameters[5] = {0, 1, 8, 8, 8};
 };
 
 TEST_F(ProgramTest, EffectsByNumber) {
@@ -116,8 +117,7 @@ TEST_F(ProgramTest, EffectsWithoutMemoryAreMissing) {
   EXPECT_EQ(Effects().CreateShaderProgram(&m_info), nullptr);
   faults.Fail(FaultPoint::kAllocGAssist, 2, 2);  // blur and filters
   const auto program = MakeProgram();
-  float parameters[5] = {0, 1, 8, 8, 8};
-  for (int effect = 0; effect < 3; ++effect) EXPECT_EQ(program->Init(effect, parameters, 5), 0);
+  for (int effect = 0; effect < 3; ++effect) EXPECT_EQ(program->Init(effect, m_parameters, 5), 0);
 }
 
 TEST_F(ProgramTest, FailuresOfSetUpEndTheEffect) {
@@ -147,9 +147,8 @@ TEST_F(ProgramTest, FailuresOfSetUpEndTheEffect) {
     Effects().refuses = !each.source;
     Faults faults;
     if (each.nthSource < 0) faults.Fail(FaultPoint::kAllocGAssist);
-    float parameters[5] = {0, 1, 8, 8, 8};
     EXPECT_EQ(WithSource(each.nthSource, each.source,
-                         [&] { return program->Init(each.effect, parameters, 5); }),
+                         [&] { return program->Init(each.effect, m_parameters, 5); }),
               0);
     std::string log;
     for (const std::string& line : NewLogLines()) log += line + "\n";
@@ -158,7 +157,7 @@ TEST_F(ProgramTest, FailuresOfSetUpEndTheEffect) {
     const std::string tail = star < each.log.size() ? each.log.substr(star + 1) : "";
     EXPECT_TRUE(log.starts_with(head) && log.ends_with(tail)) << log << "\nwanted: " << each.log;
     EXPECT_EQ(log.size() > head.size() + tail.size(), star < each.log.size()) << log;
-    EXPECT_EQ(program->Init(each.effect, parameters, 5), 0) << "gone for good";
+    EXPECT_EQ(program->Init(each.effect, m_parameters, 5), 0) << "gone for good";
     EXPECT_EQ(NewLogLines(), Lines());
     // A program that could not be linked stays, and keeps its shader.
     const std::size_t left = each.source == kUnlinkable ? 2 : 0;
@@ -172,12 +171,11 @@ TEST_F(ProgramTest, EffectsThatFailOrWereNeverSetUpDoNotRun) {
   MiscShader filter(&m_info);
   const TestBitmap bitmap = SolidBitmap(8, 8, {9, 9, 9, 9});
   EXPECT_EQ(blur.ProcessShader(bitmap.get(), bitmap.get()), 0);
-  float parameters[5] = {0, 1, 8, 8, 8};
-  EXPECT_EQ(unknown.InitShader(parameters, 5), 0) << "nobody tells the size of the output";
+  EXPECT_EQ(unknown.InitShader(m_parameters, 5), 0) << "nobody tells the size of the output";
   for (const bool refuses : {false, true}) {
     Effects().refuses = refuses;
-    EXPECT_EQ(blur.InitShader(parameters, 5), refuses ? 0 : 1);
-    EXPECT_EQ(filter.InitShader(parameters, 5), refuses ? 0 : 1);
+    EXPECT_EQ(blur.InitShader(m_parameters, 5), refuses ? 0 : 1);
+    EXPECT_EQ(filter.InitShader(m_parameters, 5), refuses ? 0 : 1);
     EXPECT_EQ(blur.IsOperational(), refuses ? 0 : 1);
     EXPECT_EQ(filter.IsOperational(), refuses ? 0 : 1);
   }
@@ -247,8 +245,8 @@ TEST_F(ProgramTest, ProgramsFromSources) {
 
 TEST_F(ProgramTest, FilesThatOpenAreErrorsAndOthersNothing) {
   MakeCurrent();
-  const std::string path = Folder() + "/shader.frag";
-  std::ofstream(path) << kSound;
+  const std::string path = Folder().Path("shader.frag");
+  Folder().Write("shader.frag", kSound);
   EXPECT_EQ(TimesOpen(path), 0);
   EXPECT_EQ(Program().LoadShaderFromFile(path.c_str(), GL_FRAGMENT_SHADER), 0u);
   EXPECT_EQ(TimesOpen(path), 1) << "deliberately: it is left open";
@@ -260,16 +258,13 @@ TEST_F(ProgramTest, FilesThatOpenAreErrorsAndOthersNothing) {
 }
 
 TEST_F(ProgramTest, LogLines) {
-  const auto log = [&] {
-    std::ifstream file(Folder() + "/GPUShader.log");
-    return std::string(std::istreambuf_iterator<char>(file), {}).substr(25);
-  };
+  const auto log = [&] { return Folder().Read("GPUShader.log").substr(25); };
   EXPECT_EQ(log(), "") << "one stamp of 25 characters";
   Program().WriteLog("abc");
   Program().WriteLog("end\n");
   Program().WriteLog("a\nb");
   EXPECT_EQ(log(), "---abc\n---end\n---a\nb");
-  std::filesystem::remove(Folder() + "/GPUShader.log");
+  std::filesystem::remove(Folder().Path("GPUShader.log"));
   MakeProgram();
   EXPECT_EQ(log(), "") << "made anew, with its stamp";
 
@@ -283,18 +278,12 @@ TEST_F(ProgramTest, LogLines) {
 
 TEST_F(ProgramTest, TwoProcessesLoseNoLine) {
   constexpr int kLines = 300;
-  std::vector<pid_t> children;
   for (const char* name : {"first", "second"}) {
-    children.push_back(fork());
-    if (children.back() != 0) continue;
+    if (fork() != 0) continue;
     for (int i = 0; i < kLines; ++i) Program().WriteLog((name + std::to_string(i)).c_str());
     _exit(0);
   }
-  for (const pid_t child : children) {
-    int status = -1;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
-  }
+  for (int status = -1; wait(&status) > 0;) EXPECT_EQ(status, 0);
   Lines lines = NewLogLines(), wanted;
   for (int i = 0; i < kLines; ++i) {
     for (const char* name : {"---first", "---second"}) wanted.push_back(name + std::to_string(i));

@@ -6,8 +6,6 @@
 #include <algorithm>
 #include <cstring>
 #include <ctime>
-#include <filesystem>
-#include <fstream>
 #include <random>
 #include <sstream>
 
@@ -64,11 +62,7 @@ GABuffer* EffectDriver::CreateBuffer(RenderInfo* info, int mode, int compatibleD
 }
 
 void ShaderFixture::SetUp() {
-  m_folder = testing::TempDir() + "gl3_shader_" +
-             testing::UnitTest::GetInstance()->current_test_info()->name();
-  std::filesystem::remove_all(m_folder);
-  std::filesystem::create_directories(m_folder);
-  SetProgramPath(m_folder + "/host");
+  SetProgramPath(m_folder.Path("host"));
   m_effects = std::make_unique<EffectDriver>();
   hostkit::SetDriver(m_effects.get());
   ASSERT_EQ(m_effects->Initialize(), 1);
@@ -82,7 +76,6 @@ void ShaderFixture::TearDown() {
   hostkit::SetDriver(nullptr);
   m_effects.reset();
   SetProgramPath("");
-  std::filesystem::remove_all(m_folder);
   DriverFixture::TearDown();
 }
 
@@ -126,11 +119,9 @@ Pixels ShaderFixture::Result(const HBitmapNode& bitmap) {
 }
 
 Lines ShaderFixture::NewLogLines() {
-  std::ifstream file(m_folder + "/GPUShader.log", std::ios::binary);
-  std::ostringstream text;
-  text << file.rdbuf();
-  std::istringstream fresh(text.str().substr(std::min(m_logRead, text.str().size())));
-  m_logRead = text.str().size();
+  const std::string text = m_folder.Read("GPUShader.log");
+  std::istringstream fresh(text.substr(std::min(m_logRead, text.size())));
+  m_logRead = text.size();
   Lines lines;
   for (std::string line; std::getline(fresh, line);) {
     std::tm time{};

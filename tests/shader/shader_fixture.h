@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "shader/Gl3ShaderProgram.h"
+#include "tests/support/common/temp_folder.h"
 #include "tests/support/driver_fixture.h"
 
 /// Red, green, blue, alpha bytes, the top row first.
@@ -64,12 +65,12 @@ class ShaderFixture : public DriverFixture {
   static Pixels Result(const HBitmapNode& bitmap);
   /// The log's lines since the last call, without line ends and the time stamp's content.
   Lines NewLogLines();
-  const std::string& Folder() const { return m_folder; }
+  const TempFolder& Folder() const { return m_folder; }
 
   RenderInfo m_info;
 
  private:
-  std::string m_folder;
+  TempFolder m_folder;
   std::size_t m_logRead = 0;
   std::unique_ptr<EffectDriver> m_effects;
   std::unique_ptr<GL3GAShaderProgram> m_program;

@@ -43,15 +43,18 @@ class TargetsTest : public ShaderFixture {
     EXPECT_EQ(pixels, w * h);
     return {w, h};
   }
+  static TestBitmap DepthBitmap(const std::vector<float>& depths, int width) {
+    const int height = static_cast<int>(depths.size()) / width;
+    TestBitmap bitmap(new HBitmapNode(width, height));
+    bitmap->AddBuffer(new HBitmapBuffer("Depth", HBitmapBuffer::kFloatChannel, 1, width, height));
+    bitmap->GetBufferHead()->AllocateData(0);
+    std::copy(depths.begin(), depths.end(), static_cast<float*>(bitmap->GetBufferHead()->Data()));
+    return bitmap;
+  }
   /// The texels of a depth texture, and the range.
   std::vector<float> DepthTexels(const std::vector<float>& depths, int width, float& smallest,
                                  float& largest) {
-    const int height = static_cast<int>(depths.size()) / width;
-    const TestBitmap bitmap(new HBitmapNode(width, height));
-    auto* buffer = new HBitmapBuffer("Depth", HBitmapBuffer::kFloatChannel, 1, width, height);
-    bitmap->AddBuffer(buffer);
-    buffer->AllocateData(0);
-    std::memcpy(buffer->Data(), depths.data(), depths.size() * sizeof(float));
+    const TestBitmap bitmap = DepthBitmap(depths, width);
     const GLuint texture = Program().CreateDepthTextureForShader(bitmap.get(), smallest, largest);
     std::vector<float> texels(depths.size(), -1);
     glBindTexture(GL_TEXTURE_2D, texture);
@@ -114,11 +117,7 @@ TEST_F(TargetsTest, DepthTexturesHoldTheLastDepthThroughout) {
 
 TEST_F(TargetsTest, DepthsOfAnySizeAreScaledToTheTexture) {
   MakeCurrent();
-  const TestBitmap bitmap(new HBitmapNode(9, 3));
-  auto* buffer = new HBitmapBuffer("Depth", HBitmapBuffer::kFloatChannel, 1, 9, 3);
-  bitmap->AddBuffer(buffer);
-  buffer->AllocateData(0);
-  std::fill_n(static_cast<float*>(buffer->Data()), 9 * 3, 5.0f);
+  const TestBitmap bitmap = DepthBitmap(std::vector<float>(9 * 3, 5), 9);
   float smallest = 0, largest = 0;
   GlRecorder gl;
   const GLuint texture = Program().CreateDepthTextureForShader(bitmap.get(), smallest, largest);

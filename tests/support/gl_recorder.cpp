@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <deque>
 #include <map>
-#include <optional>
 #include <sstream>
 #include <type_traits>
 #include <utility>
@@ -41,8 +40,7 @@ struct Recording {
   std::map<const void*, std::string> handles;
   std::map<std::string, int> handlesOfKind;
   std::map<GLenum, const char*> strings;
-  std::map<GLenum, std::optional<GLint>> integers;
-  std::map<GLenum, std::optional<GLfloat>> floats;
+  std::map<GLenum, std::optional<double>> numbers;
   std::map<std::pair<GLenum, GLenum>, std::deque<GLint>> texLevels;
 };
 
@@ -173,10 +171,10 @@ void NoteArray(const char* name, GLenum kind, Array array) {
 
 /// Gives a test's answer, which may be none; false when the GL is to answer.
 template <typename Value>
-bool Answered(const std::map<GLenum, std::optional<Value>>& answers, GLenum name, Value* value) {
-  const auto found = answers.find(name);
-  if (found == answers.end()) return false;
-  if (found->second) *value = *found->second;
+bool Answered(GLenum name, Value* value) {
+  const auto found = State().numbers.find(name);
+  if (found == State().numbers.end()) return false;
+  if (found->second) *value = static_cast<Value>(*found->second);
   return true;
 }
 
@@ -243,13 +241,13 @@ const GLubyte* glGetString(GLenum name) {
 void glGetIntegerv(GLenum name, GLint* values) {
   static auto* const next = NextSymbol<decltype(glGetIntegerv)>("glGetIntegerv");
   Log("glGetIntegerv", "e", name);
-  if (!Answered(State().integers, name, values)) next(name, values);
+  if (!Answered(name, values)) next(name, values);
 }
 
 void glGetFloatv(GLenum name, GLfloat* values) {
   static auto* const next = NextSymbol<decltype(glGetFloatv)>("glGetFloatv");
   Log("glGetFloatv", "e", name);
-  if (!Answered(State().floats, name, values)) next(name, values);
+  if (!Answered(name, values)) next(name, values);
 }
 
 GLboolean glIsEnabled(GLenum capability) {
@@ -312,22 +310,15 @@ int GlRecorder::Count(const std::string& name) const {
 void GlRecorder::Clear() {
   State().calls.clear();
 }
+Lines GlRecorder::Take() {
+  return std::exchange(State().calls, {});
+}
 void GlRecorder::OverrideString(GLenum name, const char* text) {
   State().strings[name] = text;
 }
-void GlRecorder::OverrideInteger(GLenum name, GLint value) {
-  State().integers[name] = value;
+void GlRecorder::OverrideNumber(GLenum name, std::optional<double> value) {
+  State().numbers[name] = value;
 }
-void GlRecorder::IgnoreInteger(GLenum name) {
-  State().integers[name] = std::nullopt;
-}
-void GlRecorder::OverrideFloat(GLenum name, GLfloat value) {
-  State().floats[name] = value;
-}
-void GlRecorder::IgnoreFloat(GLenum name) {
-  State().floats[name] = std::nullopt;
-}
-
 void GlRecorder::OverrideTexLevel(GLenum target, GLenum name, const std::vector<GLint>& answers) {
   State().texLevels[{target, name}].assign(answers.begin(), answers.end());
 }

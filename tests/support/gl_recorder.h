@@ -4,6 +4,7 @@
 // here; each forwards to the real GL. Entry points that GLEW loads are not recorded.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,17 +46,15 @@ class GlRecorder {
   /// How many calls there were to the function called `name`.
   int Count(const std::string& name) const;
   void Clear();
+  /// The calls, of which none is kept.
+  Lines Take();
 
   /// glGetString(name) answers `text`; null is an answer too. What pauses, as the platform layer
   /// does, is told the truth.
   void OverrideString(GLenum name, const char* text);
-  /// glGetIntegerv(name) answers `value`.
-  void OverrideInteger(GLenum name, GLint value);
-  /// glGetIntegerv(name) writes nothing, as for an enumerant that the GL does not know.
-  void IgnoreInteger(GLenum name);
-  /// The same for glGetFloatv.
-  void OverrideFloat(GLenum name, GLfloat value);
-  void IgnoreFloat(GLenum name);
+  /// glGetIntegerv or glGetFloatv(name) answers `value`; without one it writes nothing, as for an
+  /// enumerant that the GL does not know.
+  void OverrideNumber(GLenum name, std::optional<double> value);
   /// The next calls of glGetTexLevelParameteriv(target, …, name) answer these values one by one;
   /// later ones are answered by the GL.
   void OverrideTexLevel(GLenum target, GLenum name, const std::vector<GLint>& answers);

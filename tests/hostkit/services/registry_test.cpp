@@ -69,10 +69,7 @@ class Registry : public testing::Test {
     const std::string output = testing::internal::GetCapturedStderr();
     testing::internal::CaptureStderr();
     int count = 0;
-    for (std::size_t at = output.find(text); at != std::string::npos;
-         at = output.find(text, at + 1)) {
-      ++count;
-    }
+    for (std::size_t at = 0; (at = output.find(text, at)) != std::string::npos; ++at) ++count;
     return count;
   }
 
@@ -215,18 +212,12 @@ TEST_F(Registry, RefusesNamesThatTheFileCannotHold) {
 class ReadOnly {
  public:
   explicit ReadOnly(const std::string& folder) : m_folder(folder), m_user(geteuid()) {
-    if (m_user != 0) {
-      fs::permissions(m_folder, fs::perms(0555));
-    } else {
-      EXPECT_EQ(seteuid(65534), 0);
-    }
+    if (m_user != 0) fs::permissions(m_folder, fs::perms(0555));
+    EXPECT_EQ(seteuid(m_user != 0 ? m_user : 65534), 0);
   }
   ~ReadOnly() {
-    if (m_user != 0) {
-      fs::permissions(m_folder, fs::perms(0755));
-    } else {
-      EXPECT_EQ(seteuid(m_user), 0);
-    }
+    EXPECT_EQ(seteuid(m_user), 0);
+    if (m_user != 0) fs::permissions(m_folder, fs::perms(0755));
   }
 
  private:
@@ -308,25 +299,14 @@ TEST_F(Registry, FindsItsPlaceInTheEnvironment) {
 
 TEST_F(Registry, WritersAtOnceLoseNothing) {
   constexpr int kWriters = 4, kKeys = 25;
-  std::vector<pid_t> writers;
   for (int writer = 0; writer < kWriters; ++writer) {
-    const pid_t child = fork();
-    if (child == 0) {
-      for (int key = 0; key < kKeys; ++key) {
-        Set(("W" + std::to_string(writer) + " K" + std::to_string(key)).c_str(), key);
-      }
-      _exit(hostkit::RegistryError().empty() ? 0 : 1);
-    }
-    writers.push_back(child);
+    if (fork() != 0) continue;
+    for (int key = 0; key < kKeys; ++key) Set(fmt::format("W{} K{}", writer, key).c_str(), key);
+    _exit(hostkit::RegistryError().empty() ? 0 : 1);
   }
-  for (pid_t writer : writers) {
-    int status = 0;
-    ASSERT_EQ(waitpid(writer, &status, 0), writer);
-    EXPECT_EQ(status, 0);
-  }
+  for (int status = -1; wait(&status) > 0;) EXPECT_EQ(status, 0);
   for (int i = 0; i < kWriters * kKeys; ++i) {
-    const std::string key = "W" + std::to_string(i / kKeys) + " K" + std::to_string(i % kKeys);
-    EXPECT_EQ(Get(key.c_str()), i % kKeys) << key;
+    EXPECT_EQ(Get(fmt::format("W{} K{}", i / kKeys, i % kKeys).c_str()), i % kKeys) << i;
   }
 }
 
