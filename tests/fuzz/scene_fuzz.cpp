@@ -22,11 +22,11 @@ namespace {
 
 using hostkit::DrawMode;
 using hostkit::Scene;
+using Bytes = std::vector<unsigned char>;
+
 constexpr int kModes = static_cast<int>(DrawMode::kPoints) + 1;
 // The first bytes of an input tell what is damaged, the one after the next how the scene is drawn.
 constexpr std::size_t kDamageBytes = 14, kModeAt = kDamageBytes + 1;
-
-using Bytes = std::vector<unsigned char>;
 
 Bytes BytesOf(const Scene& scene) {
   Bytes bytes(hostkit::CountSceneBytes(scene));
@@ -37,8 +37,7 @@ Bytes BytesOf(const Scene& scene) {
 /// The module's driver, one for all inputs, which goes with the process.
 GADriver* Driver() {
   static hostkit::LoadedModule* const module = [] {
-    // Else Mesa's software renderer visits every texel under a pixel: 20 s with coordinates of
-    // 1e20.
+    // Else Mesa's software renderer visits every texel under a pixel, which took 20 s a frame.
     hostkit::OverrideRegistryValue("OpenGL3", "Anisotropic", 0);
     std::string error;
     auto loaded = hostkit::LoadedModule::Load(GL3_LIB_DIR "/OpenGL3.so", &error);
