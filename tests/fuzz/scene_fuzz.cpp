@@ -14,6 +14,7 @@
 #include "hostkit/scene/scene_check.h"
 #include "hostkit/services/host_heaps.h"
 #include "hostkit/services/module_loader.h"
+#include "hostkit/services/registry.h"
 #include "platform/platform.h"
 #include "tests/fuzz/scene_maker.h"
 
@@ -21,11 +22,11 @@ namespace {
 
 using hostkit::DrawMode;
 using hostkit::Scene;
+using Bytes = std::vector<unsigned char>;
+
 constexpr int kModes = static_cast<int>(DrawMode::kPoints) + 1;
 // The first bytes of an input tell what is damaged, the one after the next how the scene is drawn.
 constexpr std::size_t kDamageBytes = 14, kModeAt = kDamageBytes + 1;
-
-using Bytes = std::vector<unsigned char>;
 
 Bytes BytesOf(const Scene& scene) {
   Bytes bytes(hostkit::CountSceneBytes(scene));
@@ -36,6 +37,8 @@ Bytes BytesOf(const Scene& scene) {
 /// The module's driver, one for all inputs, which goes with the process.
 GADriver* Driver() {
   static hostkit::LoadedModule* const module = [] {
+    // Else Mesa's software renderer visits every texel under a pixel, which took 20 s a frame.
+    hostkit::OverrideRegistryValue("OpenGL3", "Anisotropic", 0);
     std::string error;
     auto loaded = hostkit::LoadedModule::Load(GL3_LIB_DIR "/OpenGL3.so", &error);
     Require(loaded && loaded->Driver()->Initialize(), "no driver: " + error);

@@ -353,4 +353,10 @@ TEST_F(Import, GzipStreamsAreUnpackedAsFarAsTheyMay) {
   EXPECT_EQ(hostkit::ArchiveFault(file.Get(), 1000, 3 * mebibyte), "") << "cut, and no more";
 }
 
+TEST_F(Import, FilesThatEndInTheirHeaderAreRefused) {
+  const std::string refusal =
+      Refusal(Write("a.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty floatt x\nend_he"));
+  EXPECT_NE(refusal.find("it ends too early"), std::string::npos) << refusal;
+}
+
 }  // namespace
