@@ -35,7 +35,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Folders beside a model's that exporters put pictures into, and LightWave the objects of scenes.
+/// Folders beside a model's that exporters put pictures into, and the objects of scenes.
 constexpr const char* kNeighbourNames[] = {"textures", "texture",   "tex",          "images",
                                            "image",    "img",       "maps",         "map",
                                            "material", "materials", "sourceimages", "objects"};
@@ -219,7 +219,7 @@ ModelFiles::Reference ModelFiles::TakeApart(const std::string& reference) const 
     plain.erase(0, 2);
     taken.isAbsolute = true;
   }
-  // Two slashes in front are Blender's way to say "beside this file".
+  // Two slashes in front are some exporters' way to say "beside this file".
   taken.isAbsolute = taken.isAbsolute || (plain.starts_with('/') && !plain.starts_with("//"));
   if (plain.size() >= PATH_MAX || plain.find('\0') != std::string::npos) return taken;
   for (std::string& part : Split(plain)) {
