@@ -77,6 +77,7 @@ std::string SystemError(const char* what, int code) {
 int Spawn(const std::vector<std::string>& words, int progress, int memory, bool showsMessages,
           pid_t* process) {
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);
   posix_spawn_file_actions_t actions;
@@ -153,7 +154,7 @@ std::string ImportProcess::Start() {
   const int progress = LiftedAbove(line[1]);
   m_memory = LiftedAbove(memfd_create("scene", MFD_CLOEXEC | MFD_ALLOW_SEALING));
   if (progress < 0 || m_memory < 0) {
-    const std::string why = SystemError("no shared memory can be made", errno);
+    std::string why = SystemError("no shared memory can be made", errno);
     if (progress >= 0) close(progress);
     return why;
   }
