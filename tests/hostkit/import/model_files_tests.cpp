@@ -311,7 +311,7 @@ TEST(SourceChecks, NothingIsMissingAfterwards) {
 /// Of ZIP files: numbers, low byte first.
 std::string Bytes(std::uint64_t value, int count) {
   std::string bytes;
-  for (int i = 0; i < count; ++i) bytes += static_cast<char>(value >> (8 * i));
+  for (; count > 0; --count, value >>= 8) bytes += static_cast<char>(value);
   return bytes;
 }
 
