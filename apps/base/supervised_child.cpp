@@ -33,7 +33,7 @@ using Clock = std::chrono::steady_clock;
 constexpr int kTickMilliseconds = 50;
 constexpr double kProgressAfterSeconds = 1;
 constexpr double kLongestCleanUpSeconds = 5;
-// Bytes of what a child says: a report with a line for each picture, and one line of the others.
+// Bytes of what a child says: all pieces of a report together, its result, and a line of the rest.
 constexpr std::size_t kLongestMessage = std::size_t{64} << 20, kLongestLine = 4096;
 
 /// What a phase that does not come to its end means.
@@ -139,7 +139,9 @@ class Supervisor {
   std::size_t m_done = 0, m_total = 0, m_doneAtFirst = 0;
   Clock::time_point m_firstProgress;
   std::string m_next;
-  int m_askedToEnd = 0;  // a signal, or 0
+  int m_askedToEnd = 0;         // a signal, or 0
+  std::size_t m_toldBytes = 0;  // of pieces for whoever started the work
+  bool m_talksNonsense = false;
   bool m_finished = false;
   int m_status = kRunFailed;  // what the child said at its finish
   Clock::time_point m_finishedAt;
@@ -172,10 +174,11 @@ bool Supervisor::ReadPipe() {
   m_unread.append(block, static_cast<std::size_t>(count));
   // Long messages come in many blocks, which are not gone through again with each.
   const bool hasEnd = std::memchr(block, '\0', static_cast<std::size_t>(count));
-  for (std::string message; hasEnd && TakeMessage(&m_unread, &message);) {
-    if (!Handle(message)) EndNonsense();
+  for (std::string message; hasEnd && !m_talksNonsense && TakeMessage(&m_unread, &message);) {
+    m_talksNonsense = !Handle(message) || m_toldBytes > kLongestMessage;
   }
-  if (m_unread.size() > kLongestMessage) EndNonsense();
+  m_talksNonsense = m_talksNonsense || m_unread.size() > kLongestMessage;
+  if (m_talksNonsense) EndNonsense();
   return true;
 }
 
@@ -201,6 +204,7 @@ bool Supervisor::Handle(const std::string& message) {
       PrintError(line);
       return true;
     case 'T':
+      m_toldBytes += text.size();
       if (m_told) m_told->parts.push_back(text);
       return true;
     case 'R':
@@ -213,7 +217,9 @@ bool Supervisor::Handle(const std::string& message) {
   }
 }
 
+/// Nothing that it says from here on counts, and neither does what it said of its finish.
 void Supervisor::EndNonsense() {
+  m_unread.clear();
   m_finished = false;
   End("said what makes no sense", "do not trust the file");
 }

@@ -10,9 +10,9 @@
 
 #include "apps/base/file_checks.h"
 #include "apps/options/output_pattern.h"
+#include "host/Services.h"
 #include "hostkit/confine/confine.h"
 #include "hostkit/confine/sanitized.h"
-#include "hostkit/services/registry.h"
 
 namespace gl3 {
 namespace {
@@ -138,8 +138,8 @@ Outcome ConfineDrawing(const WorkFiles& files, const std::string& module, bool m
   for (const std::string& output : files.outputs) AddOutput(output, &confinement.writable);
   AddCaches(&confinement.writable);
   AddDevices(&confinement.writable);
-  const fs::path settings = hostkit::RegistryPath();
-  if (!settings.empty()) confinement.writable.push_back(settings.parent_path().string());
+  // Settings are read while a damaged file can be set aside still; drawing changes none.
+  GetRegistryValue("OpenGL3", "", 0);
   const bool showsWindows = Environment("GL3_PLATFORM") == "x11";
   confinement.sockets =
       showsWindows ? hostkit::Confinement::Sockets::kLocal : hostkit::Confinement::Sockets::kRefuse;

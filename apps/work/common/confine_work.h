@@ -15,7 +15,7 @@ struct WorkFiles {
 
 /// Confines this process, before it has threads or OpenGL, to what drawing needs: it starts no
 /// programs, opens no connections but one to an X server where GL3_PLATFORM asks for that, and
-/// writes the outputs, the settings, the driver's caches and devices alone. It may read what its
+/// writes the outputs, the driver's caches and devices alone. It may read what its
 /// user may, since drivers are found in many places. With `mustBe` it reads the inputs, the module
 /// `module` (empty: where it is looked for), what belongs to the system and to this program, and
 /// nothing else, and fails where the kernel lacks what that takes.
