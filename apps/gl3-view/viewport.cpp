@@ -121,6 +121,7 @@ float Viewport::Aspect() const {
 void Viewport::Changed() {
   m_refined.reset();
   m_rest.stop();
+  m_isStale = true;
   update();
 }
 
@@ -170,6 +171,7 @@ bool Viewport::PaintScene() {
 }
 
 bool Viewport::DrawFrame() {
+  m_isStale = false;
   std::string error;
   const bool ready = EnsureSurface(&error);
   bool isWhole = true;

@@ -85,8 +85,8 @@ class Viewport : public QWidget {
 
   /// Draws now. Returns false when that is impossible; the listener then heard why.
   bool DrawFrame();
-  /// Whether the refined frame is still to come.
-  bool IsAtRest() const { return !m_rest.isActive(); }
+  /// Whether the window shows all that it will show unless something changes.
+  bool IsAtRest() const { return !m_isStale && !m_rest.isActive(); }
 
   QSize sizeHint() const override { return {960, 640}; }
 
@@ -126,6 +126,7 @@ class Viewport : public QWidget {
   std::unique_ptr<gl3::EffectStage> m_effects;
   std::unique_ptr<PictureShow> m_refined;  // null while it is out of date
   double m_refineMilliseconds = 0;
+  bool m_isStale = true;  // something changed since a frame was drawn
   QTimer m_rest;
   std::string m_lastTrouble;
   QPoint m_pressed, m_last;  // of the mouse, in widget pixels

@@ -85,6 +85,7 @@ void ViewTest::Open(const QString& file) {
 
 void ViewTest::Rest() {
   QCoreApplication::processEvents();
+  View().DrawFrame();  // the toolkit asks for it some milliseconds later
   ASSERT_TRUE(QTest::qWaitFor([this] { return View().IsAtRest(); }, kPatience));
   View().DrawFrame();
 }
