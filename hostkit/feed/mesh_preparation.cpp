@@ -135,7 +135,8 @@ bool PreparedScene::PrepareMesh(GADriver* driver, const Scene& scene, const Scen
     // The renderer's clamped textures have a clear red border, which shows at the edges of a
     // picture that ends with its surface. So a clamped picture repeats, with the coordinates held
     // half a pixel off its edges; only where coordinates leave the picture does it get the border.
-    bool border = !image.repeat && !AreInside(mesh.uvs);
+    const bool isClamped = image.wrapU == PictureWrap::kClamp;
+    bool border = isClamped && !AreInside(mesh.uvs);
     prepared.texture = TextureOf(driver, image, index, border);
     if (image.bitmap && !prepared.texture) {
       *error = fmt::format(
@@ -143,7 +144,7 @@ bool PreparedScene::PrepareMesh(GADriver* driver, const Scene& scene, const Scen
           image.name);
       return false;
     }
-    if (!image.repeat && !border && image.bitmap) {
+    if (isClamped && !border && image.bitmap) {
       prepared.uvMin = V2f(0.5f / static_cast<float>(image.bitmap->GetWidth()),
                            0.5f / static_cast<float>(image.bitmap->GetHeight()));
       prepared.uvMax = V2f(1) - prepared.uvMin;

@@ -12,9 +12,12 @@ namespace {
 // Sides are cut into so many parts, and one sample is taken in each upright small triangle.
 constexpr int kParts = 4;
 
-int Texel(float coordinate, int size, bool repeat) {
+int Texel(float coordinate, int size, PictureWrap wrap) {
   if (!std::isfinite(coordinate)) return 0;
-  if (repeat) coordinate -= std::floor(coordinate);
+  if (wrap == PictureWrap::kRepeat) coordinate -= std::floor(coordinate);
+  if (wrap == PictureWrap::kMirror) {
+    coordinate = std::abs(coordinate - 2 * std::round(coordinate / 2));
+  }
   return static_cast<int>(
       std::clamp(coordinate * static_cast<float>(size), 0.0f, static_cast<float>(size - 1)));
 }
@@ -35,9 +38,9 @@ ColorBuf MeanOverTriangle(const SceneImage& image, const Imath::V2f (&uvs)[3]) {
       const float t = (static_cast<float>(j) + 1 / 3.0f) / kParts;
       const Imath::V2f uv = uvs[0] * (1 - s - t) + uvs[1] * s + uvs[2] * t;
       const auto* texel = static_cast<const unsigned char*>(colors->Data()) +
-                          static_cast<std::ptrdiff_t>(Texel(uv.y, colors->Height(), image.repeat)) *
+                          static_cast<std::ptrdiff_t>(Texel(uv.y, colors->Height(), image.wrapV)) *
                               colors->RowStep() +
-                          static_cast<std::ptrdiff_t>(Texel(uv.x, colors->Width(), image.repeat)) *
+                          static_cast<std::ptrdiff_t>(Texel(uv.x, colors->Width(), image.wrapU)) *
                               colors->PixelStep();
       for (int c = 0; c < 3; ++c) sum[c] += texel[c];
       sum[3] += colors->Channels() > 3 ? texel[3] : 255;

@@ -195,11 +195,12 @@ void MotionImport::AddChannel(const aiNodeAnim& source, double ticksPerSecond,
   aiQuaternion rotation;
   node->mTransformation.Decompose(scale, rotation, translation);
   channel.rest = {ToValue(translation), ToValue(rotation), ToValue(scale)};
-  CopyKeys(source.mPositionKeys, source.mNumPositionKeys, ticksPerSecond, channel.translations);
-  CopyKeys(source.mRotationKeys, source.mNumRotationKeys, ticksPerSecond, channel.rotations);
-  CopyKeys(source.mScalingKeys, source.mNumScalingKeys, ticksPerSecond, channel.scales);
-  animation.duration = std::max({animation.duration, LastTime(channel.translations),
-                                 LastTime(channel.rotations), LastTime(channel.scales)});
+  CopyKeys(source.mPositionKeys, source.mNumPositionKeys, ticksPerSecond,
+           channel.translations.keys);
+  CopyKeys(source.mRotationKeys, source.mNumRotationKeys, ticksPerSecond, channel.rotations.keys);
+  CopyKeys(source.mScalingKeys, source.mNumScalingKeys, ticksPerSecond, channel.scales.keys);
+  animation.duration = std::max({animation.duration, LastTime(channel.translations.keys),
+                                 LastTime(channel.rotations.keys), LastTime(channel.scales.keys)});
   animation.channels.push_back(std::move(channel));
 }
 

@@ -1,10 +1,10 @@
 // What the parts of the model importer share while they turn one file into a scene.
 #pragma once
 
-#include <algorithm>
 #include <string>
 #include <utility>
 
+#include "hostkit/import/import_pictures.h"
 #include "hostkit/scene/scene.h"
 
 struct aiScene;
@@ -28,12 +28,7 @@ struct ImportContext {
   bool IsGltf() const { return format == SourceFormat::kGltf2; }
 
   /// Adds a warning line, once however often it is given.
-  void Warn(std::string line) const {
-    auto& warnings = scene->warnings;
-    if (std::find(warnings.begin(), warnings.end(), line) == warnings.end()) {
-      warnings.push_back(std::move(line));
-    }
-  }
+  void Warn(std::string line) const { AddWarning(*scene, std::move(line)); }
 };
 
 }  // namespace hostkit

@@ -8,14 +8,21 @@
 #include <Imath/ImathVec.h>
 #include <assimp/GltfMaterial.h>
 #include <assimp/scene.h>
+#include <assimp/texture.h>
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "hostkit/import/import_pictures.h"
+#include "hostkit/pictures/picture_guards.h"
+#include "hostkit/pictures/picture_in.h"
 #include "hostkit/services/pixel_values.h"
 
 namespace hostkit {
@@ -181,6 +188,12 @@ aiTextureType BaseTextureType(const aiMaterial& material) {
   return aiTextureType_NONE;
 }
 
+PictureWrap WrapOf(aiTextureMapMode mode) {
+  if (mode == aiTextureMapMode_Mirror) return PictureWrap::kMirror;
+  const bool isClamped = mode == aiTextureMapMode_Clamp || mode == aiTextureMapMode_Decal;
+  return isClamped ? PictureWrap::kClamp : PictureWrap::kRepeat;
+}
+
 Imath::M33f Moved(float x, float y) {
   return Imath::M33f().setTranslation(Imath::V2f(x, y));
 }
@@ -206,6 +219,43 @@ Imath::M33f UvTransform(const aiUVTransform& given) {
   return flip * Moved(-0.5f, -0.5f) * turn * Moved(0.5f, 0.5f) * scale * move * flip;
 }
 
+BitmapPtr BitmapFromTexels(const aiTexture& texture, std::uint64_t mostBytes,
+                           const std::string& name, std::string* error) {
+  const std::string refusal = SizeRefusal(texture.mWidth, texture.mHeight, mostBytes);
+  if (!refusal.empty()) {
+    *error = fmt::format("{}: {}", name, refusal);
+    return nullptr;
+  }
+  const std::size_t count = static_cast<std::size_t>(texture.mWidth) * texture.mHeight;
+  std::vector<unsigned char> rgba;
+  rgba.reserve(count * 4);
+  for (std::size_t i = 0; i < count; ++i) {
+    const aiTexel& texel = texture.pcData[i];
+    rgba.insert(rgba.end(), {texel.r, texel.g, texel.b, texel.a});
+  }
+  BitmapPtr bitmap = BitmapFromRgba(rgba.data(), static_cast<int>(texture.mWidth),
+                                    static_cast<int>(texture.mHeight));
+  if (!bitmap) *error = fmt::format("{}: no memory for the picture; scale it down", name);
+  return bitmap;
+}
+
+/// The picture of that name, in the model or in a file near it.
+int PictureIndex(const ImportContext& context, const std::string& reference, const PictureUse& use,
+                 PictureStore& pictures) {
+  const aiTexture* texture = context.source->GetEmbeddedTexture(reference.c_str());
+  if (!texture || !texture->pcData) return pictures.IndexOf(reference, use);
+  if (texture->mHeight == 0) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(texture->pcData);
+    return pictures.IndexOfEmbedded(texture, reference, use,
+                                    EncodedPicture(bytes, texture->mWidth));
+  }
+  const PictureLoader load = [texture](const std::string& shown, std::uint64_t mostBytes,
+                                       std::string* error) {
+    return BitmapFromTexels(*texture, mostBytes, shown, error);
+  };
+  return pictures.IndexOfEmbedded(texture, reference, use, load);
+}
+
 int BasePicture(const ImportContext& context, const aiMaterial& material, PictureUse use,
                 PictureStore& pictures, MaterialTraits& traits) {
   const aiTextureType type = BaseTextureType(material);
@@ -220,8 +270,9 @@ int BasePicture(const ImportContext& context, const aiMaterial& material, Pictur
   if (material.Get(AI_MATKEY_UVTRANSFORM(type, 0), transform) == aiReturn_SUCCESS) {
     traits.uvTransform = context.IsGltf() ? GltfUvTransform(transform) : UvTransform(transform);
   }
-  use.repeat = modes[0] != aiTextureMapMode_Clamp && modes[0] != aiTextureMapMode_Decal;
-  return pictures.IndexOf(path.C_Str(), use);
+  use.wrapU = WrapOf(modes[0]);
+  use.wrapV = WrapOf(modes[1]);
+  return PictureIndex(context, path.C_Str(), use, pictures);
 }
 
 /// Whether a material says no more than that there is none. The import library makes such ones for
@@ -279,7 +330,7 @@ float DisplayFromLinear(float linear) {
 std::vector<MaterialTraits> ImportMaterials(const ImportContext& context, const ModelFiles& files) {
   const aiScene& source = *context.source;
   std::vector<MaterialTraits> traits(source.mNumMaterials);
-  PictureStore pictures(context, files);
+  PictureStore pictures(*context.scene, files);
   context.scene->materials.reserve(source.mNumMaterials);
   for (unsigned i = 0; i < source.mNumMaterials; ++i) {
     context.scene->materials.push_back(

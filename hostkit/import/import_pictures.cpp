@@ -1,41 +1,19 @@
 // Pictures of a model: embedded in it, or in files near it.
 #include "hostkit/import/import_pictures.h"
 
-#include <assimp/scene.h>
-#include <assimp/texture.h>
 #include <fmt/format.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
-#include "hostkit/pictures/picture_guards.h"
 #include "hostkit/pictures/picture_in.h"
 
 namespace hostkit {
 namespace {
-
-BitmapPtr BitmapFromTexels(const aiTexture& texture, std::uint64_t mostBytes,
-                           const std::string& name, std::string* error) {
-  const std::string refusal = SizeRefusal(texture.mWidth, texture.mHeight, mostBytes);
-  if (!refusal.empty()) {
-    *error = fmt::format("{}: {}", name, refusal);
-    return nullptr;
-  }
-  const std::size_t count = static_cast<std::size_t>(texture.mWidth) * texture.mHeight;
-  std::vector<unsigned char> rgba;
-  rgba.reserve(count * 4);
-  for (std::size_t i = 0; i < count; ++i) {
-    const aiTexel& texel = texture.pcData[i];
-    rgba.insert(rgba.end(), {texel.r, texel.g, texel.b, texel.a});
-  }
-  BitmapPtr bitmap = BitmapFromRgba(rgba.data(), static_cast<int>(texture.mWidth),
-                                    static_cast<int>(texture.mHeight));
-  if (!bitmap) *error = fmt::format("{}: no memory for the picture; scale it down", name);
-  return bitmap;
-}
 
 /// All bytes of a file; false when it is shorter by now than it was, or cannot be read.
 bool ReadWhole(const OpenedFile& file, std::vector<unsigned char>* bytes) {
@@ -64,13 +42,11 @@ void ApplyAlpha(const HBitmapNode& bitmap, const PictureUse& use) {
   }
   if (anyAlpha) return;
   // A picture that is invisible everywhere has an alpha channel that was never filled.
-  ApplyAlpha(bitmap, {AlphaUse::kIgnore, 0, true});
+  ApplyAlpha(bitmap, {AlphaUse::kIgnore, 0});
 }
 
-}  // namespace
-
-BitmapPtr PictureStore::LoadFile(const OpenedFile& file, const std::string& name,
-                                 std::string* error) const {
+BitmapPtr LoadFile(const OpenedFile& file, const std::string& name, std::uint64_t mostBytes,
+                   std::string* error) {
   if (file.size > kLargestPictureFile) {
     *error =
         fmt::format("{}: {} bytes are too many for a picture; the limit is {} MiB; scale it down",
@@ -82,64 +58,86 @@ BitmapPtr PictureStore::LoadFile(const OpenedFile& file, const std::string& name
     *error = fmt::format("{}: reading stopped half-way; check the disk", name);
     return nullptr;
   }
-  return LoadPictureFromMemory(bytes.data(), bytes.size(), name, error, nullptr, m_bytesLeft);
+  return LoadPictureFromMemory(bytes.data(), bytes.size(), name, error, nullptr, mostBytes);
 }
 
-BitmapPtr PictureStore::LoadEmbedded(const aiTexture& texture, const std::string& name,
-                                     std::string* error) const {
-  if (texture.mHeight > 0) return BitmapFromTexels(texture, m_bytesLeft, name, error);
-  return LoadPictureFromMemory(reinterpret_cast<const unsigned char*>(texture.pcData),
-                               texture.mWidth, name, error, nullptr, m_bytesLeft);
+}  // namespace
+
+void AddWarning(Scene& scene, std::string line) {
+  std::vector<std::string>& warnings = scene.warnings;
+  if (std::find(warnings.begin(), warnings.end(), line) == warnings.end()) {
+    warnings.push_back(std::move(line));
+  }
+}
+
+PictureLoader EncodedPicture(const unsigned char* bytes, std::size_t size) {
+  return [bytes, size](const std::string& shown, std::uint64_t mostBytes, std::string* error) {
+    return LoadPictureFromMemory(bytes, size, shown, error, nullptr, mostBytes);
+  };
 }
 
 std::string PictureStore::NotFoundText(const std::string& reference, FileFault fault) const {
   if (fault != FileFault::kMissing) return m_files.FaultText(reference, fault);
   return fmt::format(
       "{}: its picture {} was not found; put it beside the model or in a folder \"textures\" there",
-      m_context.path, NameForMessage(reference));
+      m_files.ModelPath(), NameForMessage(reference));
 }
 
-int PictureStore::Add(const std::string& reference, const PictureUse& use) {
-  const aiTexture* embedded = m_context.source->GetEmbeddedTexture(reference.c_str());
-  if (embedded && !embedded->pcData) embedded = nullptr;
-  const OpenedFile file = embedded ? OpenedFile() : m_files.Open(reference);
-  if (!embedded && !file.IsOpen()) {
-    m_context.Warn(NotFoundText(reference, file.fault));
+int PictureStore::AddFile(const std::string& reference, const PictureUse& use) {
+  const OpenedFile file = m_files.Open(reference);
+  if (!file.IsOpen()) {
+    AddWarning(m_scene, NotFoundText(reference, file.fault));
     return -1;
   }
-  const auto [entry, isNew] = m_loaded.try_emplace({embedded, file.id, use}, -1);
+  const PictureLoader load = [&file](const std::string& shown, std::uint64_t mostBytes,
+                                     std::string* error) {
+    return LoadFile(file, shown, mostBytes, error);
+  };
+  return Add({nullptr, file.id, use}, reference,
+             fmt::format("{}: its picture {}", m_files.ModelPath(), NameForMessage(reference)),
+             load);
+}
+
+int PictureStore::Add(const Key& key, const std::string& name, const std::string& shown,
+                      const PictureLoader& load) {
+  const auto [entry, isNew] = m_loaded.try_emplace(key, -1);
   if (!isNew) return entry->second;
   if (m_loaded.size() > kMostPictures) {
-    m_context.Warn(
-        fmt::format("{}: it has more than {} pictures; the others are left out; use fewer",
-                    m_context.path, kMostPictures));
+    AddWarning(m_scene,
+               fmt::format("{}: it has more than {} pictures; the others are left out; use fewer",
+                           m_files.ModelPath(), kMostPictures));
     return -1;
   }
-  const std::string shown = NameForMessage(reference);
+  const PictureUse& use = std::get<PictureUse>(key);
   std::string error;
   SceneImage image;
-  image.name = reference;
-  image.repeat = use.repeat;
-  image.bitmap =
-      embedded ? LoadEmbedded(*embedded, fmt::format("{}: picture {} in it", m_context.path, shown),
-                              &error)
-               : LoadFile(file, fmt::format("{}: its picture {}", m_context.path, shown), &error);
+  image.name = name;
+  image.wrapU = use.wrapU;
+  image.wrapV = use.wrapV;
+  image.isNearest = use.isNearest;
+  image.bitmap = load(shown, m_bytesLeft, &error);
   if (!image.bitmap) {
-    m_context.Warn(std::move(error));
+    AddWarning(m_scene, std::move(error));
     return -1;
   }
   m_bytesLeft -= std::uint64_t{4} * static_cast<unsigned>(image.bitmap->GetWidth()) *
                  static_cast<unsigned>(image.bitmap->GetHeight());
   ApplyAlpha(*image.bitmap, use);
-  entry->second = static_cast<int>(m_context.scene->images.size());
-  m_context.scene->images.push_back(std::move(image));
+  entry->second = static_cast<int>(m_scene.images.size());
+  m_scene.images.push_back(std::move(image));
   return entry->second;
 }
 
 int PictureStore::IndexOf(const std::string& reference, const PictureUse& use) {
   const auto [entry, isNew] = m_indices.try_emplace({reference, use}, -1);
-  if (isNew) entry->second = Add(reference, use);
+  if (isNew) entry->second = AddFile(reference, use);
   return entry->second;
+}
+
+int PictureStore::IndexOfEmbedded(const void* key, const std::string& name, const PictureUse& use,
+                                  const PictureLoader& load) {
+  return Add({key, FileId(), use}, name,
+             fmt::format("{}: picture {} in it", m_files.ModelPath(), NameForMessage(name)), load);
 }
 
 }  // namespace hostkit

@@ -4,16 +4,15 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <tuple>
 #include <utility>
 
-#include "hostkit/import/import_context.h"
 #include "hostkit/import/model_files.h"
+#include "hostkit/scene/scene.h"
 #include "hostkit/services/bitmap_ptr.h"
-
-struct aiTexture;
 
 namespace hostkit {
 
@@ -27,7 +26,8 @@ enum class AlphaUse {
 struct PictureUse {
   AlphaUse alpha = AlphaUse::kBlend;
   float cutoff = 0.5f;  ///< For kMask, 0 to 1.
-  bool repeat = true;   ///< False: clamped at its edges.
+  PictureWrap wrapU = PictureWrap::kRepeat, wrapV = PictureWrap::kRepeat;
+  bool isNearest = false;
 
   // NOLINTNEXTLINE(modernize-use-nullptr): the check trips over what the compiler generates.
   auto operator<=>(const PictureUse&) const = default;
@@ -38,29 +38,42 @@ constexpr std::uint64_t kMostPictureBytes = std::uint64_t{2} << 30;    ///< Deco
 constexpr std::size_t kMostPictures = 4096;                            ///< Tried, broken ones too.
 constexpr std::uint64_t kLargestPictureFile = std::uint64_t{1} << 30;  ///< Bytes of one file.
 
+/// Adds a warning line to the scene, once however often it is given.
+void AddWarning(Scene& scene, std::string line);
+
+/// Makes a picture that lies in a model, of at most `mostBytes` once decoded. On failure returns
+/// null with one line in `*error` that begins with `shown`.
+using PictureLoader =
+    std::function<BitmapPtr(const std::string& shown, std::uint64_t mostBytes, std::string* error)>;
+
+/// A loader of an encoded picture: PNG, JPEG and whatever else is known. The bytes are not owned.
+PictureLoader EncodedPicture(const unsigned char* bytes, std::size_t size);
+
 /// Loads each picture once for each use of it, under however many names.
 class PictureStore {
  public:
   /// Neither is owned, and both must outlive the store.
-  PictureStore(const ImportContext& context, const ModelFiles& files,
-               std::uint64_t mostBytes = kMostPictureBytes)
-      : m_context(context), m_files(files), m_bytesLeft(mostBytes) {}
+  PictureStore(Scene& scene, const ModelFiles& files, std::uint64_t mostBytes = kMostPictureBytes)
+      : m_scene(scene), m_files(files), m_bytesLeft(mostBytes) {}
 
-  /// Index into Scene::images of the picture that a material calls `reference`; -1 with a warning
-  /// in the scene when it cannot be had, or would be too much.
+  /// Index into Scene::images of the picture in a file that a material calls `reference`; -1 with a
+  /// warning in the scene when it cannot be had, or would be too much.
   int IndexOf(const std::string& reference, const PictureUse& use);
 
- private:
-  /// A picture in the model, or null and a file; and what is made of it.
-  using Key = std::tuple<const aiTexture*, FileId, PictureUse>;
+  /// The same for a picture in the model, which `key` tells from others, and `name` in messages.
+  int IndexOfEmbedded(const void* key, const std::string& name, const PictureUse& use,
+                      const PictureLoader& load);
 
-  int Add(const std::string& reference, const PictureUse& use);
-  BitmapPtr LoadFile(const OpenedFile& file, const std::string& name, std::string* error) const;
-  BitmapPtr LoadEmbedded(const aiTexture& texture, const std::string& name,
-                         std::string* error) const;
+ private:
+  /// The key of a picture in the model, or null and a file; and what is made of it.
+  using Key = std::tuple<const void*, FileId, PictureUse>;
+
+  int AddFile(const std::string& reference, const PictureUse& use);
+  int Add(const Key& key, const std::string& name, const std::string& shown,
+          const PictureLoader& load);
   std::string NotFoundText(const std::string& reference, FileFault fault) const;
 
-  const ImportContext& m_context;
+  Scene& m_scene;
   const ModelFiles& m_files;
   std::uint64_t m_bytesLeft;
   std::map<std::pair<std::string, PictureUse>, int> m_indices;

@@ -34,7 +34,8 @@ Quatf Between(const Quatf& a, const Quatf& b, float share) {
 }
 
 template <class Value>
-Value ValueAt(const std::vector<AnimationKey<Value>>& keys, double seconds, const Value& rest) {
+Value ValueAt(const KeyTrack<Value>& track, double seconds, const Value& rest) {
+  const std::vector<AnimationKey<Value>>& keys = track.keys;
   if (keys.empty()) return rest;
   const auto after =
       std::upper_bound(keys.begin(), keys.end(), seconds,

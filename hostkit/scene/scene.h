@@ -20,17 +20,32 @@
 
 namespace hostkit {
 
+/// How a picture goes on beyond its edges, along one texture coordinate.
+enum class PictureWrap : std::uint8_t {
+  kRepeat,
+  kMirror,  ///< Every second copy is mirrored.
+  kClamp,   ///< The colour of its edge goes on for ever.
+};
+
 /// A picture that materials use. Row 0 of the bitmap is at texture coordinate v = 0.
 struct SceneImage {
   std::string name;
   BitmapPtr bitmap;
-  bool repeat = true;  ///< False: clamped at its edges.
+  PictureWrap wrapU = PictureWrap::kRepeat, wrapV = PictureWrap::kRepeat;
+  bool isNearest = false;  ///< Its texels are shown as squares instead of blending.
 };
 
 struct SceneMaterial {
   std::string name;
   AttrProperty surface;
   int image = -1;  ///< Index into Scene::images of the base colour, or -1.
+  /// Above 0: where the product of the material's, the picture's and the vertex's alpha is below
+  /// it, nothing is drawn, and the rest is opaque.
+  float alphaCutoff = 0;
+  bool isUnlit = false;           ///< Shown in its base colour exactly, whatever the lights.
+  bool showsBacks = true;         ///< False: triangles are not seen from behind.
+  float emission[3] = {0, 0, 0};  ///< Display-referred light of its own, added to what is lit.
+  int emissionImage = -1;  ///< Multiplies `emission`: index into Scene::images, or -1. Same uvs.
 };
 
 /// Triangles that share a material. All vertex arrays but `positions` may be empty; those that are

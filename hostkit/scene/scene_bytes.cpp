@@ -15,7 +15,7 @@ namespace {
 // Arrays begin at multiples of this, so that copying them in and out is aligned.
 constexpr std::size_t kAlignment = 16;
 // The first bytes: a mark and the number of this form of writing.
-constexpr std::uint64_t kMark = 0x33656E6563736C67;  // "glscene3"
+constexpr std::uint64_t kMark = 0x34656E6563736C67;  // "glscene4"
 
 std::size_t RoundUp(std::size_t size) {
   return (size + kAlignment - 1) / kAlignment * kAlignment;
@@ -204,6 +204,13 @@ void TransferMesh(Stream& stream, Part& mesh) {
 }
 
 template <class Stream, class Part>
+void TransferTrack(Stream& stream, Part& track) {
+  stream.Number(track.curve);
+  stream.Array(track.keys);
+  stream.Array(track.tangents);
+}
+
+template <class Stream, class Part>
 void TransferAnimation(Stream& stream, Part& animation) {
   stream.Text(animation.name);
   stream.Number(animation.model);
@@ -211,10 +218,32 @@ void TransferAnimation(Stream& stream, Part& animation) {
   stream.List(animation.channels, [&](auto& channel) {
     stream.Number(channel.node);
     stream.Number(channel.rest);
-    stream.Array(channel.translations);
-    stream.Array(channel.rotations);
-    stream.Array(channel.scales);
+    TransferTrack(stream, channel.translations);
+    TransferTrack(stream, channel.rotations);
+    TransferTrack(stream, channel.scales);
   });
+  stream.List(animation.weights, [&](auto& channel) {
+    stream.Number(channel.deformation);
+    stream.Number(channel.curve);
+    stream.Array(channel.times);
+    stream.Array(channel.values);
+  });
+}
+
+template <class Stream, class Part>
+void TransferDeformation(Stream& stream, Part& deformation) {
+  stream.Number(deformation.mesh);
+  stream.Array(deformation.positions);
+  stream.Array(deformation.normals);
+  stream.List(deformation.targets, [&](auto& target) {
+    stream.Array(target.positions);
+    stream.Array(target.normals);
+  });
+  stream.Array(deformation.weights);
+  stream.Array(deformation.joints);
+  stream.Number(deformation.influences);
+  stream.Array(deformation.vertexJoints);
+  stream.Array(deformation.vertexWeights);
 }
 
 template <class Stream, class Part>
@@ -225,6 +254,7 @@ void TransferMotion(Stream& stream, Part& motion) {
   stream.Array(motion.instances);
   stream.Array(motion.cameras);
   stream.Array(motion.lights);
+  stream.List(motion.deformations, [&](auto& one) { TransferDeformation(stream, one); });
   stream.List(motion.warnings, [&](auto& line) { stream.Text(line); });
 }
 
@@ -255,12 +285,19 @@ void Transfer(Stream& stream, Part& scene) {
   stream.List(scene.images, [&](auto& image) {
     stream.Text(image.name);
     stream.Picture(image.bitmap);
-    stream.Flag(image.repeat);
+    stream.Number(image.wrapU);
+    stream.Number(image.wrapV);
+    stream.Flag(image.isNearest);
   });
   stream.List(scene.materials, [&](auto& material) {
     stream.Text(material.name);
     TransferSurface(stream, material.surface);
     stream.Number(material.image);
+    stream.Number(material.alphaCutoff);
+    stream.Flag(material.isUnlit);
+    stream.Flag(material.showsBacks);
+    for (auto& component : material.emission) stream.Number(component);
+    stream.Number(material.emissionImage);
   });
   stream.List(scene.meshes, [&](auto& mesh) { TransferMesh(stream, mesh); });
   stream.Array(scene.instances);

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <vector>
 
 #include "host/Lights.h"
@@ -21,6 +22,7 @@ using Imath::V3f;
 constexpr int kLargestSide = 32768;
 constexpr float kWidestCone = 90, kLargestSoftness = 10;
 constexpr float kWidestView = 3.1415926f;
+constexpr int kMostInfluences = 64;  // of joints on a vertex
 
 /// Whether all of `count` floats are finite. By their bits, which compilers turn into wide steps.
 bool AreFinite(const void* floats, std::size_t count) {
@@ -55,8 +57,12 @@ bool IsAbsentOr(const std::vector<Vector>& values, std::size_t count) {
   return values.empty() || values.size() == count;
 }
 
+bool IsWrap(PictureWrap wrap) {
+  return wrap <= PictureWrap::kClamp;
+}
+
 bool IsSound(const SceneImage& image, const Scene&) {
-  if (!image.bitmap) return false;
+  if (!image.bitmap || !IsWrap(image.wrapU) || !IsWrap(image.wrapV)) return false;
   const HBitmapNode& bitmap = *image.bitmap;
   return bitmap.GetWidth() > 0 && bitmap.GetWidth() <= kLargestSide && bitmap.GetHeight() > 0 &&
          bitmap.GetHeight() <= kLargestSide && bitmap.FindBuffer("Color");
@@ -71,8 +77,12 @@ bool IsSound(const SceneMaterial& material, const Scene& scene) {
   }
   const float values[] = {surface.ambientFactor.Current(), surface.roughness.Current(),
                           surface.specularFactor.Current(), surface.transparency.Current()};
-  return AreFinite(values, std::size(values)) &&
-         (material.image == -1 || IsIndex(material.image, scene.images.size()));
+  const auto isPicture = [&](int image) {
+    return image == -1 || IsIndex(image, scene.images.size());
+  };
+  return AreFinite(values, std::size(values)) && std::isfinite(material.alphaCutoff) &&
+         AreFinite(material.emission, std::size(material.emission)) && isPicture(material.image) &&
+         isPicture(material.emissionImage);
 }
 
 bool IsSound(const SceneMesh& mesh, const Scene& scene) {
@@ -112,17 +122,72 @@ bool AreKeysSound(const std::vector<AnimationKey<Value>>& keys) {
   return true;
 }
 
+template <class Value>
+bool IsTrackSound(const KeyTrack<Value>& track) {
+  const bool isCubic = track.curve == KeyCurve::kCubic;
+  return track.curve <= KeyCurve::kCubic && AreKeysSound(track.keys) &&
+         track.tangents.size() == (isCubic ? track.keys.size() : 0) &&
+         std::all_of(track.tangents.begin(), track.tangents.end(),
+                     [](const KeyTangents<Value>& t) { return IsFinite(t.in) && IsFinite(t.out); });
+}
+
+bool IsChannelSound(const NodeChannel& channel, const SceneMotion& motion) {
+  return IsIndex(channel.node, motion.nodes.size()) && IsFinite(channel.rest.translation) &&
+         IsFinite(channel.rest.rotation) && IsFinite(channel.rest.scale) &&
+         IsTrackSound(channel.translations) && IsTrackSound(channel.rotations) &&
+         IsTrackSound(channel.scales);
+}
+
+bool IsChannelSound(const WeightChannel& channel, const SceneMotion& motion) {
+  if (!IsIndex(channel.deformation, motion.deformations.size())) return false;
+  const std::size_t targets =
+      motion.deformations[static_cast<std::size_t>(channel.deformation)].targets.size();
+  const std::size_t each = channel.curve == KeyCurve::kCubic ? 3 * targets : targets;
+  const std::vector<double>& times = channel.times;
+  return channel.curve <= KeyCurve::kCubic && channel.values.size() == times.size() * each &&
+         AreFinite(channel.values) &&
+         std::all_of(times.begin(), times.end(), [](double time) { return std::isfinite(time); }) &&
+         std::adjacent_find(times.begin(), times.end(), std::greater_equal<>()) == times.end();
+}
+
 bool IsSound(const SceneAnimation& animation, const Scene& scene) {
-  const SceneMotion& motion = scene.motion;
-  return IsIndex(animation.model, static_cast<std::size_t>(motion.models)) &&
+  const auto isSound = [&](const auto& channel) { return IsChannelSound(channel, scene.motion); };
+  return IsIndex(animation.model, static_cast<std::size_t>(scene.motion.models)) &&
          std::isfinite(animation.duration) && animation.duration >= 0 &&
-         std::all_of(
-             animation.channels.begin(), animation.channels.end(), [&](const NodeChannel& channel) {
-               return IsIndex(channel.node, motion.nodes.size()) &&
-                      IsFinite(channel.rest.translation) && IsFinite(channel.rest.rotation) &&
-                      IsFinite(channel.rest.scale) && AreKeysSound(channel.translations) &&
-                      AreKeysSound(channel.rotations) && AreKeysSound(channel.scales);
-             });
+         std::all_of(animation.channels.begin(), animation.channels.end(), isSound) &&
+         std::all_of(animation.weights.begin(), animation.weights.end(), isSound);
+}
+
+bool AreJointsSound(const SceneDeformation& deformation, const SceneMotion& motion) {
+  const std::size_t count =
+      deformation.positions.size() *
+      static_cast<std::size_t>(std::clamp(deformation.influences, 0, kMostInfluences));
+  const auto isJoint = [&](const SceneJoint& joint) {
+    return (joint.node == -1 || IsIndex(joint.node, motion.nodes.size())) && IsFinite(joint.toNode);
+  };
+  const auto isInfluence = [&](std::uint16_t joint) { return joint < deformation.joints.size(); };
+  return deformation.influences >= 0 && deformation.influences <= kMostInfluences &&
+         (deformation.influences == 0) == deformation.joints.empty() &&
+         deformation.vertexJoints.size() == count && deformation.vertexWeights.size() == count &&
+         AreFinite(deformation.vertexWeights) &&
+         std::all_of(deformation.joints.begin(), deformation.joints.end(), isJoint) &&
+         std::all_of(deformation.vertexJoints.begin(), deformation.vertexJoints.end(), isInfluence);
+}
+
+bool IsSound(const SceneDeformation& deformation, const Scene& scene) {
+  if (!IsIndex(deformation.mesh, scene.meshes.size())) return false;
+  const SceneMesh& mesh = scene.meshes[static_cast<std::size_t>(deformation.mesh)];
+  const std::size_t count = mesh.positions.size();
+  const auto isTarget = [count](const MorphTarget& target) {
+    return target.positions.size() == count && IsAbsentOr(target.normals, count) &&
+           AreFinite(target.positions) && AreFinite(target.normals);
+  };
+  return deformation.positions.size() == count &&
+         deformation.normals.size() == mesh.normals.size() && AreFinite(deformation.positions) &&
+         AreFinite(deformation.normals) &&
+         std::all_of(deformation.targets.begin(), deformation.targets.end(), isTarget) &&
+         deformation.weights.size() == deformation.targets.size() &&
+         AreFinite(deformation.weights) && AreJointsSound(deformation, scene.motion);
 }
 
 bool IsSound(const MovingInstance& moving, const Scene& scene) {
@@ -182,7 +247,8 @@ bool CheckScene(const Scene& scene, std::string* why) {
          AreSound(motion.animations, "animation", scene, why) &&
          AreSound(motion.instances, "moving instance", scene, why) &&
          AreSound(motion.cameras, "moving camera", scene, why) &&
-         AreSound(motion.lights, "moving light", scene, why);
+         AreSound(motion.lights, "moving light", scene, why) &&
+         AreSound(motion.deformations, "deformation", scene, why);
 }
 
 }  // namespace hostkit

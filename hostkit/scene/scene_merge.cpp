@@ -20,12 +20,14 @@ void MoveAppend(std::vector<T>& to, std::vector<T>&& from) {
 /// To be called before the rest of the scenes is merged: indices go by what `scene` has.
 void AppendMotion(const Scene& scene, SceneMotion& motion, SceneMotion&& other) {
   const int nodes = static_cast<int>(motion.nodes.size());
+  const int deformations = static_cast<int>(motion.deformations.size());
   for (SceneNode& node : other.nodes) {
     if (node.parent >= 0) node.parent += nodes;
   }
   for (SceneAnimation& animation : other.animations) {
     animation.model += motion.models;
     for (NodeChannel& channel : animation.channels) channel.node += nodes;
+    for (WeightChannel& channel : animation.weights) channel.deformation += deformations;
   }
   for (MovingInstance& moving : other.instances) {
     moving.instance += static_cast<int>(scene.instances.size());
@@ -39,12 +41,19 @@ void AppendMotion(const Scene& scene, SceneMotion& motion, SceneMotion&& other) 
     moving.light += static_cast<int>(scene.lights.size());
     moving.node += nodes;
   }
+  for (SceneDeformation& deformation : other.deformations) {
+    deformation.mesh += static_cast<int>(scene.meshes.size());
+    for (SceneJoint& joint : deformation.joints) {
+      if (joint.node >= 0) joint.node += nodes;
+    }
+  }
   motion.models += other.models;
   MoveAppend(motion.nodes, std::move(other.nodes));
   MoveAppend(motion.animations, std::move(other.animations));
   MoveAppend(motion.instances, std::move(other.instances));
   MoveAppend(motion.cameras, std::move(other.cameras));
   MoveAppend(motion.lights, std::move(other.lights));
+  MoveAppend(motion.deformations, std::move(other.deformations));
   MoveAppend(motion.warnings, std::move(other.warnings));
 }
 
@@ -57,6 +66,7 @@ void AppendScene(Scene& scene, Scene&& other) {
   const int meshes = static_cast<int>(scene.meshes.size());
   for (SceneMaterial& material : other.materials) {
     if (material.image >= 0) material.image += images;
+    if (material.emissionImage >= 0) material.emissionImage += images;
   }
   for (SceneMesh& mesh : other.meshes) mesh.material += materials;
   for (SceneInstance& instance : other.instances) instance.mesh += meshes;

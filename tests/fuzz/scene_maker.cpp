@@ -49,7 +49,9 @@ M44f Matrix(Input& input) {
 hostkit::SceneImage Image(Input& input) {
   constexpr int kSides[] = {1, 2, 3, 7, 64, 100, 257};
   hostkit::SceneImage image;
-  image.repeat = input.Flag();
+  image.wrapU = static_cast<hostkit::PictureWrap>(input.Below(3));
+  image.wrapV = static_cast<hostkit::PictureWrap>(input.Below(3));
+  image.isNearest = input.Flag();
   const int width = input.OneOf(kSides), height = input.OneOf(kSides), value = input.Byte();
   image.bitmap = hostkit::NewByteBitmap(width, height);
   auto* colors = static_cast<HRGBABuffer*>(image.bitmap->FindBuffer("Color"));
@@ -63,6 +65,11 @@ hostkit::SceneMaterial Material(Input& input, std::size_t images) {
   constexpr std::uint32_t kSources[] = {0, AttrProperty::kFromBaseColor, 0xFFFFFFFF};
   hostkit::SceneMaterial material;
   material.image = Index(input, images + 1) - 1;
+  material.emissionImage = Index(input, images + 1) - 1;
+  material.alphaCutoff = Number(input);
+  material.isUnlit = input.Flag();
+  material.showsBacks = input.Flag();
+  for (float& component : material.emission) component = Number(input);
   AttrProperty& surface = material.surface;
   surface.ambientSource = input.OneOf(kSources);
   surface.specularSource = input.OneOf(kSources);
@@ -119,12 +126,17 @@ hostkit::SceneLight Light(Input& input) {
 }
 
 template <class Value>
-void AddKeys(Input& input, std::vector<hostkit::AnimationKey<Value>>& keys) {
+void AddKeys(Input& input, hostkit::KeyTrack<Value>& track) {
   constexpr double kSteps[] = {1, 0.25, 1e-300, 1e300};
   double time = Number(input);
   for (int i = input.Below(4); i > 0; --i) {
-    keys.push_back({time, Numbers<Value>(input)});
+    track.keys.push_back({time, Numbers<Value>(input)});
     time = std::max(time + input.OneOf(kSteps), std::nextafter(time, HUGE_VAL));
+  }
+  track.curve = static_cast<hostkit::KeyCurve>(input.Below(3));
+  if (track.curve != hostkit::KeyCurve::kCubic) return;
+  for (std::size_t i = 0; i < track.keys.size(); ++i) {
+    track.tangents.push_back({Numbers<Value>(input), Numbers<Value>(input)});
   }
 }
 
@@ -132,7 +144,7 @@ hostkit::SceneAnimation Animation(Input& input, const hostkit::SceneMotion& moti
   constexpr const char* kNames[] = {"", "walk", "walk\n"};
   constexpr double kDurations[] = {1, 0, 1e-310, 1e308};
   hostkit::SceneAnimation animation{
-      input.OneOf(kNames), input.Below(motion.models), input.OneOf(kDurations), {}};
+      input.OneOf(kNames), input.Below(motion.models), input.OneOf(kDurations), {}, {}};
   for (int i = input.Below(3); i > 0; --i) {
     hostkit::NodeChannel& channel = animation.channels.emplace_back();
     channel.node = Index(input, motion.nodes.size());

@@ -196,7 +196,7 @@ TEST_F(Frames, TexturesLieTheRightWayAndCutOut) {
     std::copy_n(quarters[i / 32 * 2 + i % 8 / 4], 4, texels[i / 8][i % 8]);
   }
   PutPicture(scene, hostkit::BitmapFromRgba(texels[0][0], 8, 8));
-  scene.images[0].repeat = false;
+  scene.images[0].wrapU = scene.images[0].wrapV = hostkit::PictureWrap::kClamp;
   std::fill_n(m_settings.background, 3, 1.0f);
   auto picture = Render(scene);
   EXPECT_GT(At(picture, 22, 57).red, At(picture, 22, 57).green + 0.9f);

@@ -24,7 +24,6 @@
 #include "hostkit/import/archive_check.h"
 #include "hostkit/import/beneath.h"
 #include "hostkit/import/import_checks.h"
-#include "hostkit/import/import_context.h"
 #include "hostkit/import/import_pictures.h"
 #include "hostkit/import/model_files.h"
 #include "tests/hostkit/import/import_fixture.h"
@@ -268,17 +267,12 @@ TEST_F(Import, PicturesBeyondTheirNumberAreNotTried) {
 }
 
 TEST_F(Import, PicturesBeyondTheirSizeAreLeftOut) {
-  aiScene source;
   Scene scene;
-  hostkit::ImportContext context;
-  context.source = &source;
-  context.path = m_folder.Path("m.obj");
-  context.scene = &scene;
-  const ModelFiles files(context.path, FileReach::kFolder);
-  hostkit::PictureStore store(context, files, 35);  // 16 each
+  const ModelFiles files(m_folder.Path("m.obj"), FileReach::kFolder);
+  hostkit::PictureStore store(scene, files, 35);  // 16 each
   Write("a.png", FourColorsPng());
   Write("b.png", FourColorsPng());
-  const hostkit::PictureUse plain, opaque{hostkit::AlphaUse::kIgnore, 0, true};
+  const hostkit::PictureUse plain, opaque{hostkit::AlphaUse::kIgnore, 0};
   EXPECT_EQ(store.IndexOf("a.png", plain), 0);
   EXPECT_EQ(store.IndexOf("./a.png", opaque), 1);
   EXPECT_EQ(store.IndexOf("A.PNG", plain), 0);

@@ -40,7 +40,7 @@ Scene OneOfEverything() {
   Scene scene;
   hostkit::SceneImage& image = scene.images.emplace_back();
   image.name = "picture";
-  image.repeat = false;
+  image.wrapV = hostkit::PictureWrap::kClamp;
   image.bitmap = hostkit::NewByteBitmap(3, 2);
   auto* colors = static_cast<HRGBABuffer*>(image.bitmap->FindBuffer("Color"));
   for (int i = 0; i < 24; ++i) {
@@ -66,10 +66,20 @@ Scene OneOfEverything() {
   hostkit::NodeChannel channel;
   channel.node = 1;
   channel.rest = {{1, 2, 3}, {4, 5, 6, 7}, {8, 9, 10}};
-  channel.translations = {{0.5, {1, 2, 3}}, {1.5, {4, 5, 6}}};
-  channel.rotations = {{0.25, {1, 0, 0, 0}}};
-  channel.scales = {{0.75, {7, 8, 9}}};
-  motion.animations.push_back({"walk", 1, 1.5, {channel}});
+  channel.translations.keys = {{0.5, {1, 2, 3}}, {1.5, {4, 5, 6}}};
+  channel.rotations.keys = {{0.25, {1, 0, 0, 0}}};
+  channel.scales = {hostkit::KeyCurve::kCubic, {{0.75, {7, 8, 9}}}, {{{1, 2, 3}, {4, 5, 6}}}};
+  motion.deformations = {{0,
+                          mesh.positions,
+                          mesh.normals,
+                          {{mesh.normals, mesh.normals}},
+                          {0.5f},
+                          {{1, Placement(7)}},
+                          1,
+                          {0, 0, 0},
+                          {1, 1, 1}}};
+  const hostkit::WeightChannel weights{0, hostkit::KeyCurve::kStep, {0.5, 1}, {0, 1}};
+  motion.animations.push_back({"walk", 1, 1.5, {channel}, {weights}});
   motion.instances = {{0, 1, Placement(6)}};
   motion.cameras = {{0, 1, {1, 2, 3}, {4, 5, 6}, {7, 8, 9}}};
   motion.lights = {{0, 0, {1, 2, 3}, {4, 5, 6}}};
@@ -122,9 +132,19 @@ TEST(SceneBytes, BringTheWholeSceneBack) {
   }
   surface.ambientSource = 0, shows("ambient source");
   surface.specularSource = 0, shows("specular source");
-  images[0].repeat = true, shows("repeat");
+  images[0].wrapU = images[0].wrapV, shows("wrap of u");
+  images[0].wrapV = hostkit::PictureWrap::kMirror, shows("wrap of v");
+  images[0].isNearest = true, shows("filter");
+  for (float* value :
+       {&materials[0].alphaCutoff, &materials[0].emission[0], &materials[0].emission[2]}) {
+    *value = -1;
+    shows("a material");
+  }
+  materials[0].isUnlit = true, shows("unlit");
+  materials[0].showsBacks = false, shows("backs");
+  materials[0].emissionImage = 0, shows("emission");
   meshes[0].colorsHaveAlpha = false, shows("alpha");
-  motion.animations[0].channels[0].rotations[0].time = 0, shows("rotations");
+  motion.animations[0].channels[0].rotations.keys[0].time = 0, shows("rotations");
   ++*static_cast<unsigned char*>(images[0].bitmap->GetBufferHead()->Data()), shows("pixels");
 }
 
@@ -160,9 +180,12 @@ TEST(SceneCheck, NamesWhatIsNotSound) {
       {"picture 0",
        {GL3_SLIP(images[0].bitmap = nullptr),
         GL3_SLIP(images[0].bitmap = hostkit::NewHalfBitmap(3, 2)),
-        GL3_SLIP(images[0].bitmap = hostkit::NewByteBitmap(32769, 1))}},
+        GL3_SLIP(images[0].bitmap = hostkit::NewByteBitmap(32769, 1)),
+        GL3_SLIP(images[0].wrapU = static_cast<hostkit::PictureWrap>(3))}},
       {"material 0",
        {GL3_SLIP(materials[0].image = 1), GL3_SLIP(materials[0].image = -2),
+        GL3_SLIP(materials[0].emissionImage = 1), GL3_SLIP(materials[0].alphaCutoff = kNan),
+        GL3_SLIP(materials[0].emission[1] = kInfinite),
         GL3_SLIP(materials[0].surface.base.green = kNan),
         GL3_SLIP(materials[0].surface.roughness = kInfinite)}},
       {"mesh 0",
@@ -189,12 +212,29 @@ TEST(SceneCheck, NamesWhatIsNotSound) {
        {GL3_SLIP(motion.animations[0].model = 2), GL3_SLIP(motion.animations[0].duration = -1),
         GL3_SLIP(motion.animations[0].channels[0].node = 2),
         GL3_SLIP(motion.animations[0].channels[0].rest.scale.x = kNan),
-        GL3_SLIP(motion.animations[0].channels[0].translations[1].time = 0.5),
-        GL3_SLIP(motion.animations[0].channels[0].scales[0].value.x = kNan)}},
+        GL3_SLIP(motion.animations[0].channels[0].translations.keys[1].time = 0.5),
+        GL3_SLIP(motion.animations[0].channels[0].scales.keys[0].value.x = kNan),
+        GL3_SLIP(motion.animations[0].channels[0].scales.tangents[0].out.z = kNan),
+        GL3_SLIP(motion.animations[0].channels[0].scales.tangents.clear()),
+        GL3_SLIP(motion.animations[0].weights[0].deformation = 1),
+        GL3_SLIP(motion.animations[0].weights[0].values.pop_back()),
+        GL3_SLIP(motion.animations[0].weights[0].times[1] = 0.5)}},
       {"moving instance 0",
        {GL3_SLIP(motion.instances[0].instance = 1), GL3_SLIP(motion.instances[0].node = 2)}},
       {"moving camera 0", {GL3_SLIP(motion.cameras[0].camera = 1)}},
       {"moving light 0", {GL3_SLIP(motion.lights[0].light = 1)}},
+      {"deformation 0",
+       {GL3_SLIP(motion.deformations[0].mesh = 1),
+        GL3_SLIP(motion.deformations[0].positions.pop_back()),
+        GL3_SLIP(motion.deformations[0].normals.clear()),
+        GL3_SLIP(motion.deformations[0].targets[0].positions.pop_back()),
+        GL3_SLIP(motion.deformations[0].targets[0].normals[2].x = kNan),
+        GL3_SLIP(motion.deformations[0].weights[0] = kInfinite),
+        GL3_SLIP(motion.deformations[0].joints[0].node = 2),
+        GL3_SLIP(motion.deformations[0].joints.clear()),
+        GL3_SLIP(motion.deformations[0].influences = 2),
+        GL3_SLIP(motion.deformations[0].vertexJoints[2] = 1),
+        GL3_SLIP(motion.deformations[0].vertexWeights[1] = kNan)}},
       {"no model", {GL3_SLIP(motion.models = 0)}},
   };
   for (const auto& [part, slips] : kSlips) {

@@ -1,0 +1,26 @@
+// What the readers of single formats are given.
+#pragma once
+
+#include <string>
+
+#include "hostkit/import/import_pictures.h"
+#include "hostkit/import/model_files.h"
+#include "hostkit/import/model_import.h"
+#include "hostkit/scene/scene.h"
+
+namespace hostkit {
+
+/// One model on its way into a scene.
+struct ModelSource {
+  const ModelFiles& files;  ///< Opens the model itself, and what it names.
+  const ImportOptions& options;
+  Scene& scene;            ///< Empty at first.
+  PictureStore& pictures;  ///< Adds to the scene's images.
+};
+
+/// Reads the model into the scene. False with one line in `*error`, which names the file, the
+/// reason and the remedy. What is left out or approximated is a warning in the scene. May throw
+/// std::bad_alloc. The file is a stranger's.
+using ReadModel = bool (*)(const ModelSource& source, std::string* error);
+
+}  // namespace hostkit
