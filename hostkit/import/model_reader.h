@@ -19,8 +19,9 @@ struct ModelSource {
 };
 
 /// Reads the model into the scene. False with one line in `*error`, which names the file, the
-/// reason and the remedy. What is left out or approximated is a warning in the scene. May throw
-/// std::bad_alloc. The file is a stranger's.
+/// reason and the remedy, or with an empty one where the file is for the import library to read,
+/// and the scene is empty still. What is left out or approximated is a warning in the scene. May
+/// throw std::bad_alloc. The file is a stranger's.
 using ReadModel = bool (*)(const ModelSource& source, std::string* error);
 
 }  // namespace hostkit
