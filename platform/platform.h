@@ -78,6 +78,10 @@ std::string CurrentVersion();
 /// The longest side that an off-screen surface can have, in pixels; 0 when there is no display.
 int MaxPbufferSize();
 
+/// Whether an off-screen surface can have these sides, in pixels. Memory for one so large may still
+/// be missing. For sides that the system promises this costs nothing, unlike MaxPbufferSize.
+bool IsPbufferSize(int width, int height);
+
 /// Live objects of the layer, for leak checks.
 struct HandleCounts {
   int contexts = 0, pbuffers = 0, windows = 0, deviceContexts = 0;
