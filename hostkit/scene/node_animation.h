@@ -30,7 +30,7 @@ void PoseScene(Scene& scene, const std::vector<int>& animations, double seconds)
 /// The space that a scene takes.
 struct SceneReach {
   std::vector<Imath::V3f> points;  ///< As ExtremePoints.
-  Imath::Box3f bounds;
+  Imath::Box3f bounds;             ///< Of all of it, in world space.
 };
 
 /// The space that the scene takes while the animations run from their beginning to their end, found
