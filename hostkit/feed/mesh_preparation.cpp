@@ -9,6 +9,7 @@
 #include "host/Animation.h"
 #include "host/Colors.h"
 #include "host/GADriver.h"
+#include "hostkit/scene/deform.h"
 #include "hostkit/scene/vertex_places.h"
 
 namespace hostkit {
@@ -46,11 +47,13 @@ bool AreIndicesGood(const SceneMesh& mesh) {
 }
 
 // Closed means that each directed edge is met by as many edges the other way. Vertices at one place
-// count as one: seams of normals and texture coordinates are no openings.
-bool IsClosed(const SceneMesh& mesh) {
+// count as one: seams of normals and texture coordinates are no openings. Of a mesh that joints
+// move `positions` are those before anything acts, as it may be posed with all of them at one
+// place.
+bool IsClosed(const SceneMesh& mesh, const std::vector<Imath::V3f>& positions) {
   if (mesh.triangles.size() / 3 > kMaxTrianglesToInspect) return true;
   std::size_t placeCount = 0;
-  const std::vector<std::uint32_t> places = NumberPlaces(mesh.positions, &placeCount);
+  const std::vector<std::uint32_t> places = NumberPlaces(positions, &placeCount);
   std::vector<std::uint64_t> edges, opposite;
   edges.reserve(mesh.triangles.size());
   opposite.reserve(mesh.triangles.size());
@@ -100,7 +103,8 @@ GATexture* PreparedScene::TextureOf(GADriver* driver, const SceneImage& image, i
   std::unique_ptr<GATexture>& texture = m_textures[{index, border}];
   if (texture || !image.bitmap) return texture.get();
   texture.reset(driver->CreateTexture());
-  if (texture && !texture->MakeGATexture(image.bitmap.get(), border ? 1 : 0, 0, 0)) texture.reset();
+  const int wrap = border ? GATexture::kBorder : GATexture::kRepeat;
+  if (texture && !texture->MakeGATexture(image.bitmap.get(), wrap, 0, 0)) texture.reset();
   return texture.get();
 }
 
@@ -152,7 +156,10 @@ bool PreparedScene::PrepareMesh(GADriver* driver, const Scene& scene, const Scen
     bool hasAlpha = m_imageHasAlpha[static_cast<std::size_t>(index)];
     if (prepared.texture && hasAlpha) prepared.transparent = true;
   }
-  if (prepared.transparent) prepared.closed = IsClosed(mesh);
+  const SceneDeformation* deformation = m_deformations[m_meshes.size()];
+  if (prepared.transparent) {
+    prepared.closed = IsClosed(mesh, deformation ? deformation->positions : mesh.positions);
+  }
   m_meshes.push_back(prepared);
   return true;
 }
@@ -160,6 +167,7 @@ bool PreparedScene::PrepareMesh(GADriver* driver, const Scene& scene, const Scen
 bool PreparedScene::Prepare(GADriver* driver, const Scene& scene, std::string* error) {
   for (const SceneMaterial& material : scene.materials) m_materials.push_back(material.surface);
   for (const SceneImage& image : scene.images) m_imageHasAlpha.push_back(HasAlpha(image));
+  m_deformations = DeformationsByMesh(scene);
   for (const SceneMesh& mesh : scene.meshes) {
     if (!PrepareMesh(driver, scene, mesh, error)) return false;
   }

@@ -47,6 +47,7 @@ class PreparedScene {
   std::vector<PreparedMesh> m_meshes;
   std::map<std::pair<int, bool>, std::unique_ptr<GATexture>> m_textures;  // by image and border
   std::vector<bool> m_imageHasAlpha;
+  std::vector<const SceneDeformation*> m_deformations;  // by mesh; while preparing
 };
 
 }  // namespace hostkit

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <utility>
 
+#include "hostkit/import/import_deformations.h"
 #include "hostkit/import/import_normals.h"
 #include "hostkit/import/surface_colors.h"
 #include "hostkit/import/vertex_checks.h"
@@ -92,7 +93,9 @@ void CopyColors(const aiColor4D* source, std::size_t count, SceneMesh& mesh) {
   }
 }
 
-SceneMesh ImportMesh(const aiMesh& source, const MaterialTraits& traits, std::size_t* dropped) {
+/// `*copies` gets what MakeNormals tells of vertices that it adds.
+SceneMesh ImportMesh(const aiMesh& source, const MaterialTraits& traits, std::size_t* dropped,
+                     std::vector<std::uint32_t>* copies) {
   SceneMesh mesh;
   mesh.name = source.mName.C_Str();
   mesh.material = static_cast<int>(source.mMaterialIndex);
@@ -114,7 +117,7 @@ SceneMesh ImportMesh(const aiMesh& source, const MaterialTraits& traits, std::si
     mesh.normals = CopyVectors(source.mNormals, count);
     RepairNormals(mesh);
   } else if (!mesh.triangles.empty()) {
-    MakeNormals(mesh);
+    *copies = MakeNormals(mesh);
   }
   return mesh;
 }
@@ -146,7 +149,8 @@ std::vector<int> ImportMeshes(const ImportContext& context,
     const aiMesh& from = *source.mMeshes[m];
     const bool hasMaterial = from.mMaterialIndex < traits.size();
     const MaterialTraits& its = hasMaterial ? traits[from.mMaterialIndex] : standIn;
-    SceneMesh mesh = ImportMesh(from, its, &dropped);
+    std::vector<std::uint32_t> copies;
+    SceneMesh mesh = ImportMesh(from, its, &dropped, &copies);
     if (mesh.triangles.empty() && mesh.lines.empty() && mesh.points.empty()) continue;
     if (!hasMaterial) mesh.material = 0;
     if (scene.materials.empty()) scene.materials.push_back(StandInMaterial());
@@ -155,6 +159,7 @@ std::vector<int> ImportMeshes(const ImportContext& context,
     }
     indices[m] = static_cast<int>(scene.meshes.size());
     scene.meshes.push_back(std::move(mesh));
+    ImportDeformation(context, from, copies, indices[m]);
   }
   if (dropped > 0) {
     context.Warn(

@@ -28,6 +28,7 @@
 #include "hostkit/import/model_files.h"
 #include "hostkit/import/model_io.h"
 #include "hostkit/import/model_reader.h"
+#include "hostkit/scene/node_animation.h"
 
 namespace hostkit {
 namespace {
@@ -160,10 +161,12 @@ bool ReadByLibrary(const ModelSource& source, std::string* error) {
   context.format = FormatOf(importer);
   context.scene = &source.scene;
   const std::vector<MaterialTraits> traits = ImportMaterials(context, source.pictures);
-  const std::vector<const aiNode*> nodes = ImportInstances(context, ImportMeshes(context, traits));
+  const std::vector<int> meshes = ImportMeshes(context, traits);
+  const std::vector<const aiNode*> nodes = ImportInstances(context, meshes);
   if (source.scene.instances.empty()) return true;
   ImportCameras(context);
-  ImportMotion(context, nodes, ImportLights(context));
+  ImportMotion(context, meshes, nodes, ImportLights(context));
+  SettleAtRest(source.scene);
   return true;
 }
 

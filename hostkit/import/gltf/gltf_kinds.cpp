@@ -100,7 +100,8 @@ unsigned KindOf(const Json& value) {
   if (value.is_number()) return kNumber;
   if (value.is_string()) return kText;
   if (value.is_boolean()) return kFlag;
-  return value.is_array() ? kList : value.is_object() ? kObject : 0;
+  if (value.is_array()) return kList;
+  return value.is_object() ? unsigned{kObject} : 0;
 }
 
 /// The kinds that a member of that name may have; 0 of names that the format does not know.

@@ -128,11 +128,10 @@ bool Read(const ModelSource& source, std::string* error) {
   Meshes meshes(document, buffers, accessors, materials);
   Deformations deformations(document, accessors, meshes, tree, hooks, moved.weights);
   Instances(document, accessors, meshes, tree, hooks, deformations).AddAll();
-  PoseScene(scene, {}, 0);
+  AddAnimations(document, accessors, tree, hooks, deformations);
+  SettleAtRest(scene);
   AddCameras(document, tree, hooks);
   AddLights(document, tree, hooks);
-  AddAnimations(document, accessors, tree, hooks, deformations);
-  // What no animation moves stands as it was posed.
   if (scene.motion.animations.empty()) scene.motion = {};
   document.TellNotes();
   return true;
