@@ -6,7 +6,12 @@
 namespace hostkit {
 
 /// Values of DisplayList::SetDepthFunc.
-enum DepthFunction : int { kDepthTestOn = 1, kNormalBlending = 3, kLightingOff = 5 };
+enum DepthFunction : int {
+  kDepthTestOn = 1,
+  kAdditiveBlending = 2,
+  kNormalBlending = 3,
+  kLightingOff = 5
+};
 
 /// Begins instructions with scene projection, depth test, blending, and without lighting.
 inline void BeginUnlit(DisplayList* list) {

@@ -12,7 +12,9 @@
 
 namespace hostkit {
 
-/// What of the surfaces is drawn. A scene's own lines and points are drawn in every mode.
+/// What of the surfaces is drawn. A scene's own lines and points are drawn in every mode. Triangles
+/// that are not seen from behind are left out there, and lines do not show their edges nor are
+/// hidden by them; wireframe and points have no behind, and show all.
 enum class DrawMode {
   kShaded,
   kFlat,       ///< One colour a triangle: its picture's mean, lit at its middle by its own normal.
@@ -70,6 +72,8 @@ struct FrameSettings {
   LightSet lights = LightSet::kAuto;
 
   DrawMode mode = DrawMode::kShaded;
+  /// Also shows triangles from behind whose material says that they are not seen from there.
+  bool showsAllBacks = false;
   /// Of wireframe and lines. Empty: the material's in wireframe, and in lines black or white,
   /// whatever stands out from the background.
   std::optional<ColorBuf> lineColor;

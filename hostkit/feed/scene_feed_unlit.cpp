@@ -11,8 +11,8 @@ namespace {
 
 using Imath::V3f;
 
-unsigned char Times(float factor, unsigned char value) {
-  return static_cast<unsigned char>(std::clamp(factor * value, 0.0f, 255.0f) + 0.5f);
+unsigned char Times(float factor, unsigned char value, float more = 0) {
+  return static_cast<unsigned char>(std::clamp(factor * value + more, 0.0f, 255.0f) + 0.5f);
 }
 
 }  // namespace
@@ -32,24 +32,34 @@ void SceneFeed::FeedUnlit() {
   // The fill of lines has the background's colour, near and far.
   const bool clearFill = settings.mode == DrawMode::kLines && settings.fog.on;
   if (clearFill) m_view.info->buffer->SetFogState(0);
+  const bool hasPictures = HasPictures();
   for (const SceneInstance& instance : m_scene.instances) {
-    if (IsFedUnlit(instance) && Place(instance)) FeedUnlitInstance(instance);
+    if (!IsFedUnlit(instance)) continue;
+    const UvMap* const uvs = m_prepared.Mesh(instance.mesh).Uvs();
+    if (hasPictures ? PlaceWithPictures(instance, uvs) : Place(instance)) {
+      FeedUnlitInstance(instance);
+    }
   }
   UseTexture(nullptr);
   m_list->FlushArrays();
+  if (hasPictures && m_prepared.HasGlow(false)) FeedGlow(false);
   if (clearFill) m_view.info->buffer->SetFogState(1);
   if (settings.controlPointSize > 0) FeedControlPoints();
   m_lines.Draw(m_list);
   if (!m_points.empty()) FeedPoints();
   if (!m_sorted.empty()) FeedSorted();
+  if (hasPictures && m_prepared.HasGlow(true)) FeedGlow(true);
+}
+
+bool SceneFeed::HasPictures() const {
+  const DrawMode mode = m_view.settings->mode;
+  return mode == DrawMode::kShaded || mode == DrawMode::kDriverWireframe;
 }
 
 bool SceneFeed::IsFedUnlit(const SceneInstance& instance) const {
   const SceneMesh& mesh = m_scene.meshes[static_cast<std::size_t>(instance.mesh)];
   if (!mesh.lines.empty() || !mesh.points.empty()) return true;
-  const DrawMode mode = m_view.settings->mode;
-  const bool areFacesLit = mode == DrawMode::kShaded || mode == DrawMode::kDriverWireframe;
-  if (areFacesLit && !m_prepared.Mesh(instance.mesh).perVertexColors) return false;
+  if (HasPictures() && !m_prepared.Mesh(instance.mesh).perVertexColors) return false;
   return !mesh.triangles.empty();
 }
 
@@ -65,6 +75,7 @@ void SceneFeed::FeedUnlitInstance(const SceneInstance& instance) {
         FeedFlatTriangles();
         break;
       case DrawMode::kLines:
+        FindFacesAway();
         FeedFill();
         FeedEdges(instance.mesh);
         break;
@@ -86,22 +97,33 @@ ColorBuf SceneFeed::LitColor(std::uint32_t vertex, bool facesAway) {
   m_isLit[facesAway][vertex] = 1;
   const GAVertex& v = m_vertices[vertex];
   V3f outwards(v.nx, v.ny, v.nz);
-  color = m_lighting.Light({v.x, v.y, v.z}, facesAway ? -outwards : outwards,
-                           m_placed.mesh->colors[vertex]);
+  color = m_lighting.Light({v.x, v.y, v.z}, facesAway ? -outwards : outwards, ColorOf(vertex));
+  return color;
+}
+
+/// The colour that a vertex has of its own; white where colours are in the material.
+ColorBuf SceneFeed::ColorOf(std::uint32_t vertex) const {
+  const PreparedMesh& prepared = *m_placed.prepared;
+  const std::vector<ColorBuf>& colors = m_placed.mesh->colors;
+  if (!prepared.perVertexColors) return {255, 255, 255, 255};
+  ColorBuf color =
+      vertex < colors.size() ? colors[vertex] : prepared.cuts->made[vertex - colors.size()].color;
+  if (prepared.leastAlpha > 0) color.alpha = 255;
   return color;
 }
 
 void SceneFeed::FeedColoredTriangles() {
   const PreparedMesh& prepared = *m_placed.prepared;
-  m_lighting.SetMaterial(*prepared.material);
+  m_lighting.SetMaterial(*prepared.picturedSurface, prepared.isUnlit, prepared.picturedEmission);
   for (int side = 0; side < 2; ++side) {
     m_lit[side].resize(m_vertices.size());
     m_isLit[side].assign(m_vertices.size(), 0);
   }
-  for (std::size_t i = 0; i < m_placed.mesh->triangles.size(); i += 3) {
+  for (std::size_t i = 0; i < m_placed.triangles->size(); i += 3) {
     Corners corners = CornersOf(i);
     bool facesAway = FacesAway(m_vertices[corners.index[0]], m_vertices[corners.index[1]],
                                m_vertices[corners.index[2]]);
+    if (facesAway && m_placed.hidesBacks) continue;
     if (facesAway && prepared.transparent && prepared.closed) continue;  // as the queue does
     SortedTriangle triangle{0, prepared.texture, {}};
     for (int k = 0; k < 3; ++k) {
@@ -171,20 +193,18 @@ void SceneFeed::FeedSorted() {
   m_list->FlushArrays();
 }
 
-// Lines and points are not lit: the material's base colour times the vertex's.
+// Lines and points are not lit: the material's base colour times the vertex's, and its emission.
 GALitVertex SceneFeed::FlatVertex(std::uint32_t vertex) const {
-  const AttrProperty& material = *m_placed.prepared->material;
-  const SceneMesh& mesh = *m_placed.mesh;
-  // Equal colours are in the material already.
-  ColorBuf color{255, 255, 255, 255};
-  if (m_placed.prepared->perVertexColors) color = mesh.colors[vertex];
+  const AttrProperty& material = *m_placed.prepared->surface;
+  const V3f emission = m_placed.prepared->emission * 255;
+  const ColorBuf color = ColorOf(vertex);
   const GAVertex& v = m_vertices[vertex];
   return {v.x,
           v.y,
           v.z,
-          Times(material.base.red.Current(), color.red),
-          Times(material.base.green.Current(), color.green),
-          Times(material.base.blue.Current(), color.blue),
+          Times(material.base.red.Current(), color.red, emission.x),
+          Times(material.base.green.Current(), color.green, emission.y),
+          Times(material.base.blue.Current(), color.blue, emission.z),
           Times(1 - material.transparency.Current(), color.alpha)};
 }
 

@@ -7,13 +7,12 @@
 #include "host/Animation.h"
 #include "host/Colors.h"
 #include "host/GABuffer.h"
+#include "hostkit/feed/surface_looks.h"
 #include "hostkit/services/pixel_values.h"
 
 namespace hostkit {
 namespace {
 
-// Light from everywhere, as a share of the base colour, so that what no light reaches is not black.
-constexpr float kAmbientAmount = 0.25f;
 // View units that the far end of a linear fog is to be away, and what may be seen at most: products
 // of three coordinates must stay floats.
 constexpr float kFogUnits = 1 << 20, kMostUnits = 1 << 24;
