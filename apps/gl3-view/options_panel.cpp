@@ -65,6 +65,7 @@ void OptionsPanel::AddSurfaces(QFormLayout* form) {
                         const QColor read(values.value(0));
                         color->SetColor(read.isValid() ? read : kBackground);
                       }});
+  AddFlag(form, "Bac&kfaces", "--backfaces");
   AddSpin(form, "&Antialias", "--antialias", 1, 4, 2);
 }
 
@@ -137,6 +138,16 @@ void OptionsPanel::AddSpin(QFormLayout* form, const QString& label, const QStrin
                       [spin, standard](const QStringList& values) {
                         spin->setValue(values.isEmpty() ? standard : values.first().toInt());
                       }});
+}
+
+void OptionsPanel::AddFlag(QFormLayout* form, const QString& label, const QString& option) {
+  auto* const box = new QCheckBox(this);
+  box->setObjectName(option);
+  form->addRow(label, box);
+  connect(box, &QCheckBox::toggled, this, [this] { Changed(); });
+  m_fields.push_back({option,
+                      [box] { return box->isChecked() ? QStringList{QString()} : QStringList(); },
+                      [box](const QStringList& values) { box->setChecked(!values.isEmpty()); }});
 }
 
 /// An option whose value may be left out: a check box, and a field for the value.

@@ -47,6 +47,7 @@ class OptionsPanel : public QWidget {
                 const QStringList& names);
   void AddSpin(QFormLayout* form, const QString& label, const QString& option, int least, int most,
                int standard);
+  void AddFlag(QFormLayout* form, const QString& label, const QString& option);
   void AddSwitch(QFormLayout* form, const QString& label, const QString& option,
                  const QString& standard, const QString& hint);
   void AddList(QFormLayout* form, const QString& label, const QString& option,

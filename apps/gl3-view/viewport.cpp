@@ -272,6 +272,7 @@ void Viewport::Select(int x, int y, bool add) {
   settings.width = m_surface->Width();
   settings.height = m_surface->Height();
   settings.mode = m_settings.mode;
+  settings.showsAllBacks = m_settings.showsAllBacks;
   if (!candidates.empty()) m_scene->Paint(*m_surface, settings, view);
   const auto seen = std::find_if(candidates.begin(), candidates.end(),
                                  [&](const PickedVertex& vertex) { return IsSeen(vertex, view); });

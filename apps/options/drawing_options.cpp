@@ -84,6 +84,10 @@ void AddModeOptions(const OptionParser& parser, DrawingOptions* options) {
              "lines: open edges, creases and outlines; what is behind is hidden\n"
              "points: every vertex, lit",
              ChoiceReader(kModes, "a known mode", &options->mode));
+  parser.AddFlag("--backfaces",
+                 "Show triangles from behind, too, whose material is single-sided\n"
+                 "(default: as the model says)",
+                 &options->backfaces);
   parser.Add(
       "--crease", "DEG",
       "For lines: triangles that meet at a larger angle have an edge, 0 to\n180 (default 30)",

@@ -32,6 +32,7 @@ struct TextOption {
 struct DrawingOptions {
   hostkit::LightSet lights = hostkit::LightSet::kAuto;
   hostkit::DrawMode mode = hostkit::DrawMode::kShaded;
+  bool backfaces = false;  ///< Also those that their materials do not show.
   std::optional<float> creaseDegrees;
   std::optional<ColorBuf> lineColor;
   int pointSize = 1;

@@ -103,6 +103,7 @@ Outcome MakeFrameSettings(const RenderOptions& options, FrameSettings* settings)
   std::copy_n(options.background, 3, settings->background);
   settings->transparentBackground = options.transparentBackground;
   settings->lights = drawing.lights;
+  settings->showsAllBacks = drawing.backfaces;
   settings->lineColor = drawing.lineColor;
   settings->creaseDegrees = drawing.creaseDegrees.value_or(settings->creaseDegrees);
   settings->pointSize = drawing.pointSize;
