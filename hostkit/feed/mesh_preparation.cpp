@@ -11,6 +11,7 @@
 #include "host/Animation.h"
 #include "host/Colors.h"
 #include "hostkit/feed/surface_looks.h"
+#include "hostkit/scene/deform.h"
 #include "hostkit/scene/vertex_places.h"
 
 namespace hostkit {
@@ -34,11 +35,13 @@ bool AreIndicesGood(const SceneMesh& mesh) {
 }
 
 // Closed means that each directed edge is met by as many edges the other way. Vertices at one place
-// count as one: seams of normals and texture coordinates are no openings.
-bool IsClosed(const SceneMesh& mesh) {
+// count as one: seams of normals and texture coordinates are no openings. Of a mesh that joints
+// move `positions` are those before anything acts, as it may be posed with all of them at one
+// place.
+bool IsClosed(const SceneMesh& mesh, const std::vector<V3f>& positions) {
   if (mesh.triangles.size() / 3 > kMaxTrianglesToInspect) return true;
   std::size_t placeCount = 0;
-  const std::vector<std::uint32_t> places = NumberPlaces(mesh.positions, &placeCount);
+  const std::vector<std::uint32_t> places = NumberPlaces(positions, &placeCount);
   std::vector<std::uint64_t> edges, opposite;
   edges.reserve(mesh.triangles.size());
   opposite.reserve(mesh.triangles.size());
@@ -122,8 +125,8 @@ void PreparedScene::CutOff(const Subject& subject, PreparedMesh* prepared) {
     if (!differ) alpha *= static_cast<float>(colors[0].alpha) / 255;
   }
   const float least = std::ceil(255 * cutoff / std::max(alpha, 1e-6f) - kAlphaSlack);
-  prepared->isInvisible = least > 255;
-  prepared->leastAlpha = static_cast<int>(std::clamp(least, 1.0f, 255.0f));
+  prepared->isInvisible = !(least <= 255);
+  prepared->leastAlpha = prepared->isInvisible ? 255 : std::max(static_cast<int>(least), 1);
   prepared->material = Keep(*prepared->material);
   prepared->material->transparency = AnimatableValue(0.0f);
 }
@@ -256,7 +259,10 @@ bool PreparedScene::PrepareMesh(const Scene& scene, const SceneMesh& mesh, std::
     return false;
   }
   ChooseCuts(subject, &prepared);
-  if (prepared.transparent) prepared.closed = IsClosed(mesh);
+  const SceneDeformation* deformation = m_deformations[m_meshes.size()];
+  if (prepared.transparent) {
+    prepared.closed = IsClosed(mesh, deformation ? deformation->positions : mesh.positions);
+  }
   m_meshes.push_back(std::move(prepared));
   return true;
 }
@@ -264,6 +270,7 @@ bool PreparedScene::PrepareMesh(const Scene& scene, const SceneMesh& mesh, std::
 bool PreparedScene::Prepare(GADriver* driver, const Scene& scene, std::string* error) {
   for (const SceneMaterial& material : scene.materials) m_materials.push_back(material.surface);
   m_pictures.Begin(driver, scene);
+  m_deformations = DeformationsByMesh(scene);
   for (const SceneMesh& mesh : scene.meshes) {
     if (!PrepareMesh(scene, mesh, error)) return false;
   }

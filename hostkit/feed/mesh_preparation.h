@@ -96,6 +96,7 @@ class PreparedScene {
   PreparedPictures m_pictures;
   std::deque<AttrProperty> m_materials;  // the scene's first, then those made from them
   std::vector<PreparedMesh> m_meshes;
+  std::vector<const SceneDeformation*> m_deformations;  // by mesh; while preparing
   bool m_hasGlow[2] = {false, false};
 };
 

@@ -44,7 +44,7 @@ std::vector<Tap> TapsOf(const AxisLayout& axis, int texels, PictureWrap wrap, bo
 }
 
 unsigned char Rounded(float value) {
-  return static_cast<unsigned char>(std::clamp(value, 0.0f, 255.0f) + 0.5f);
+  return value > 0 ? static_cast<unsigned char>(std::min(value, 255.0f) + 0.5f) : 0;
 }
 
 void Blend(const PictureTexels& texels, const Tap& u, const Tap& v, unsigned char* to) {

@@ -96,7 +96,8 @@ std::unique_ptr<PreparedTexture> PreparedPictures::New(const TextureRecipe& reci
     made->hasAlpha = mix.color && HasAlpha(recipe.color);
   }
   made->texture.reset(m_driver->CreateTexture());
-  if (!made->texture || !made->texture->MakeGATexture(bitmap, 0, 0, 0)) return nullptr;
+  if (!made->texture || !made->texture->MakeGATexture(bitmap, GATexture::kRepeat, 0, 0))
+    return nullptr;
   return made;
 }
 

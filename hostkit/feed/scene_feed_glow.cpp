@@ -1,6 +1,5 @@
 // Feeds a scene to a display list: light of surfaces' own that is added to what is drawn of them.
 #include "host/GABuffer.h"
-#include "hostkit/feed/draw_state.h"
 #include "hostkit/feed/scene_feed.h"
 
 namespace hostkit {
@@ -15,9 +14,9 @@ void SceneFeed::FeedGlow(bool transparent) {
   GABuffer& buffer = *m_view.info->buffer;
   if (transparent) {
     m_list->FlushTransparentPolys();
-    m_list->SetDepthFunc(kLightingOff);
+    m_list->SetDepthFunc(DisplayList::kLightingOff);
   }
-  m_list->SetDepthFunc(kAdditiveBlending);
+  m_list->SetDepthFunc(DisplayList::kAdditiveBlending);
   if (m_view.settings->fog.on) buffer.SetFogColor({});
   m_list->SetupLights(m_view.lights);
   for (const SceneInstance& instance : m_scene.instances) {
@@ -32,7 +31,7 @@ void SceneFeed::FeedGlow(bool transparent) {
   UseTexture(nullptr);
   m_list->EndInstructions();
   m_list->BeginInstructions();
-  m_list->SetDepthFunc(kNormalBlending);
+  m_list->SetDepthFunc(DisplayList::kNormalBlending);
   if (m_view.settings->fog.on) buffer.SetFogState(1);
 }
 
@@ -52,7 +51,7 @@ void SceneFeed::FeedGlowTriangles() {
     record[0] = a;
     record[1] = swapped ? c : b;
     record[3] = swapped ? b : c;
-    m_list->AddTransformedTri(record, 0);
+    m_list->AddTransformedTri(record, DisplayList::kDrawAsOpaque);
   }
 }
 

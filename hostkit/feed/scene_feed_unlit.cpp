@@ -12,7 +12,8 @@ namespace {
 using Imath::V3f;
 
 unsigned char Times(float factor, unsigned char value, float more = 0) {
-  return static_cast<unsigned char>(std::clamp(factor * value + more, 0.0f, 255.0f) + 0.5f);
+  const float product = factor * value + more;
+  return product > 0 ? static_cast<unsigned char>(std::min(product, 255.0f) + 0.5f) : 0;
 }
 
 }  // namespace
@@ -177,7 +178,7 @@ void SceneFeed::AddPolygon(const GALitVertexWT* corners) {
     *uvs[k] = {c.u, c.v};
     colors[k]->Set(c.red, c.green, c.blue, c.alpha);
   }
-  m_list->AddTransformedPolygon(m_polygon, 0);
+  m_list->AddTransformedPolygon(m_polygon, DisplayList::kDrawAsOpaque);
 }
 
 void SceneFeed::FeedSorted() {

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <utility>
 
+#include "hostkit/import/import_deformations.h"
 #include "hostkit/import/import_normals.h"
 #include "hostkit/scene/scene.h"
 #include "hostkit/services/pixel_values.h"
@@ -124,8 +125,10 @@ void CopyColors(const ImportContext& context, const aiColor4D* source, std::size
   }
 }
 
+/// `*copies` gets what MakeNormals tells of vertices that it adds.
 SceneMesh ImportMesh(const ImportContext& context, const aiMesh& source,
-                     const MaterialTraits& traits, std::size_t* dropped) {
+                     const MaterialTraits& traits, std::size_t* dropped,
+                     std::vector<std::uint32_t>* copies) {
   SceneMesh mesh;
   mesh.name = source.mName.C_Str();
   mesh.material = static_cast<int>(source.mMaterialIndex);
@@ -147,7 +150,7 @@ SceneMesh ImportMesh(const ImportContext& context, const aiMesh& source,
     mesh.normals = CopyVectors(source.mNormals, count);
     RepairNormals(mesh);
   } else if (!mesh.triangles.empty()) {
-    MakeNormals(mesh);
+    *copies = MakeNormals(mesh);
   }
   return mesh;
 }
@@ -179,7 +182,8 @@ std::vector<int> ImportMeshes(const ImportContext& context,
     const aiMesh& from = *source.mMeshes[m];
     const bool hasMaterial = from.mMaterialIndex < traits.size();
     const MaterialTraits& its = hasMaterial ? traits[from.mMaterialIndex] : standIn;
-    SceneMesh mesh = ImportMesh(context, from, its, &dropped);
+    std::vector<std::uint32_t> copies;
+    SceneMesh mesh = ImportMesh(context, from, its, &dropped, &copies);
     if (mesh.triangles.empty() && mesh.lines.empty() && mesh.points.empty()) continue;
     if (!hasMaterial) mesh.material = 0;
     if (scene.materials.empty()) scene.materials.push_back(StandInMaterial());
@@ -188,6 +192,7 @@ std::vector<int> ImportMeshes(const ImportContext& context,
     }
     indices[m] = static_cast<int>(scene.meshes.size());
     scene.meshes.push_back(std::move(mesh));
+    ImportDeformation(context, from, copies, indices[m]);
   }
   if (dropped > 0) {
     context.Warn(

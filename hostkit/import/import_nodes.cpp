@@ -29,12 +29,6 @@ V3f ToVector(const aiVector3D& v) {
   return {v.x, v.y, v.z};
 }
 
-/// Column vectors to row vectors: transposed.
-M44f ToMatrix(const aiMatrix4x4& m) {
-  return {m.a1, m.b1, m.c1, m.d1, m.a2, m.b2, m.c2, m.d2,
-          m.a3, m.b3, m.c3, m.d3, m.a4, m.b4, m.c4, m.d4};
-}
-
 M44f NodeToWorld(const aiNode* node) {
   M44f toWorld;
   for (; node; node = node->mParent) toWorld *= ToMatrix(node->mTransformation);
@@ -169,6 +163,12 @@ void Expose(bool isPhysical, std::vector<SceneLight>& lights) {
 }
 
 }  // namespace
+
+M44f ToMatrix(const aiMatrix4x4& m) {
+  // Transposed.
+  return {m.a1, m.b1, m.c1, m.d1, m.a2, m.b2, m.c2, m.d2,
+          m.a3, m.b3, m.c3, m.d3, m.a4, m.b4, m.c4, m.d4};
+}
 
 M44f MatrixOf(const aiNode& node) {
   return ToMatrix(node.mTransformation);

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "hostkit/scene/directions.h"
@@ -87,7 +88,8 @@ void Repeat(std::vector<T>& values, std::size_t index) {
 /// Gives each corner a vertex with its normal; `chain` links the vertices that one was split into.
 class CornerVertices {
  public:
-  explicit CornerVertices(SceneMesh& mesh) : m_mesh(mesh), m_chain(mesh.positions.size(), kUnused) {
+  explicit CornerVertices(SceneMesh& mesh)
+      : m_mesh(mesh), m_count(mesh.positions.size()), m_chain(m_count, kUnused) {
     m_mesh.normals.assign(mesh.positions.size(), kAnyDirection);
   }
 
@@ -105,6 +107,9 @@ class CornerVertices {
     return candidate;
   }
 
+  /// By added vertex: the one that was split.
+  std::vector<std::uint32_t> TakeCopies() { return std::move(m_copies); }
+
  private:
   static constexpr std::uint32_t kUnused = 0xffffffff;
   static constexpr std::uint32_t kEnd = 0xfffffffe;
@@ -117,16 +122,19 @@ class CornerVertices {
     m_mesh.normals.push_back(normal);
     m_chain[vertex] = added;
     m_chain.push_back(kEnd);
+    m_copies.push_back(vertex < m_count ? vertex : m_copies[vertex - m_count]);
     return added;
   }
 
   SceneMesh& m_mesh;
+  std::size_t m_count;  // of vertices before any was split
   std::vector<std::uint32_t> m_chain;
+  std::vector<std::uint32_t> m_copies;
 };
 
 }  // namespace
 
-void MakeNormals(SceneMesh& mesh) {
+std::vector<std::uint32_t> MakeNormals(SceneMesh& mesh) {
   const std::size_t triangleCount = mesh.triangles.size() / 3;
   std::vector<V3f> areas, facings;
   areas.reserve(triangleCount);
@@ -146,6 +154,7 @@ void MakeNormals(SceneMesh& mesh) {
     const V3f normal = CornerNormal(areas, facings, i / 3, triangles);
     mesh.triangles[i] = corners.VertexFor(mesh.triangles[i], normal);
   }
+  return corners.TakeCopies();
 }
 
 void RepairNormals(SceneMesh& mesh) {

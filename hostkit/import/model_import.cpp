@@ -25,6 +25,7 @@
 #include "hostkit/import/import_nodes.h"
 #include "hostkit/import/model_files.h"
 #include "hostkit/import/model_io.h"
+#include "hostkit/scene/node_animation.h"
 
 namespace hostkit {
 namespace {
@@ -139,7 +140,8 @@ std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& opti
   context.format = FormatOf(importer);
   context.scene = scene.get();
   const std::vector<MaterialTraits> traits = ImportMaterials(context, files);
-  const std::vector<const aiNode*> nodes = ImportInstances(context, ImportMeshes(context, traits));
+  const std::vector<int> meshes = ImportMeshes(context, traits);
+  const std::vector<const aiNode*> nodes = ImportInstances(context, meshes);
   if (scene->instances.empty()) {
     // A warning that says why is worth more than the plain fact.
     *error = scene->warnings.empty()
@@ -148,7 +150,7 @@ std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& opti
     return nullptr;
   }
   ImportCameras(context);
-  ImportMotion(context, nodes, ImportLights(context));
+  ImportMotion(context, meshes, nodes, ImportLights(context));
   return scene;
 }
 
@@ -158,7 +160,9 @@ std::unique_ptr<Scene> ImportModel(const std::string& path, std::string* error,
                                    const ImportOptions& options) {
   error->clear();
   try {
-    return CheckFile(path, error) ? Import(path, options, error) : nullptr;
+    std::unique_ptr<Scene> scene = CheckFile(path, error) ? Import(path, options, error) : nullptr;
+    if (scene) SettleAtRest(*scene);
+    return scene;
   } catch (const std::bad_alloc&) {
     *error = fmt::format("{}: not enough memory for it; use a smaller model", path);
   } catch (const std::exception& problem) {

@@ -230,6 +230,21 @@ bool AreNodesSound(const std::vector<SceneNode>& nodes, std::string* why) {
   return true;
 }
 
+/// Whether no two deformations move one mesh: they may be worked out at the same time.
+bool AreDeformationsApart(const std::vector<SceneDeformation>& deformations, std::size_t meshes,
+                          std::string* why) {
+  std::vector<bool> isMoved(meshes);
+  for (std::size_t i = 0; i < deformations.size(); ++i) {
+    const auto mesh = static_cast<std::size_t>(deformations[i].mesh);
+    if (isMoved[mesh]) {
+      *why = fmt::format("its deformation {} is of a mesh that has one already", i);
+      return false;
+    }
+    isMoved[mesh] = true;
+  }
+  return true;
+}
+
 }  // namespace
 
 bool CheckScene(const Scene& scene, std::string* why) {
@@ -248,7 +263,8 @@ bool CheckScene(const Scene& scene, std::string* why) {
          AreSound(motion.instances, "moving instance", scene, why) &&
          AreSound(motion.cameras, "moving camera", scene, why) &&
          AreSound(motion.lights, "moving light", scene, why) &&
-         AreSound(motion.deformations, "deformation", scene, why);
+         AreSound(motion.deformations, "deformation", scene, why) &&
+         AreDeformationsApart(motion.deformations, scene.meshes.size(), why);
 }
 
 }  // namespace hostkit

@@ -68,7 +68,8 @@ class RenderRun {
   std::unique_ptr<hostkit::ImportProcess> m_import;
   std::unique_ptr<DriverSession> m_session;
   std::unique_ptr<hostkit::Scene> m_scene;
-  std::vector<int> m_animations;  // that are played
+  std::unique_ptr<hostkit::ScenePoser> m_poser;  // of that scene
+  std::vector<int> m_animations;                 // that are played
   std::vector<Shot> m_shots;
   std::unique_ptr<CameraChooser> m_cameras;
   Imath::Box3f m_bounds;  // of the scene as it is posed
@@ -179,6 +180,7 @@ Outcome RenderRun::Plan() {
   if (outcome.status == kDone) outcome = CheckFolders(m_shots);
   if (outcome.status != kDone) return outcome;
   const hostkit::SceneReach reach = hostkit::MeasureReach(*m_scene, m_animations);
+  m_poser = std::make_unique<hostkit::ScenePoser>(*m_scene);
   m_bounds = reach.bounds;
   m_cameras = std::make_unique<CameraChooser>(m_options, reach);
   m_recipe.inputs = DescribeInputs(m_options.models);
@@ -201,8 +203,9 @@ Outcome RenderRun::Draw(const Shot& shot, hostkit::SceneCamera* camera, hostkit:
   if (!m_animations.empty()) {
     // Not told to the renderer: it keeps the bounds of the animation's beginning for its grid and
     // lights, which would otherwise jump from frame to frame.
-    hostkit::PoseScene(*m_scene, m_animations, shot.time);
-    if (!m_scene->motion.instances.empty()) m_bounds = m_scene->Bounds();
+    m_poser->Pose(m_animations, shot.time);
+    const hostkit::SceneMotion& motion = m_scene->motion;
+    if (!motion.instances.empty() || !motion.deformations.empty()) m_bounds = m_scene->Bounds();
   }
   *camera = m_cameras->Choose(*m_scene, shot.camera, shot.frame);
   std::string error;
