@@ -103,7 +103,8 @@ GATexture* PreparedScene::TextureOf(GADriver* driver, const SceneImage& image, i
   std::unique_ptr<GATexture>& texture = m_textures[{index, border}];
   if (texture || !image.bitmap) return texture.get();
   texture.reset(driver->CreateTexture());
-  if (texture && !texture->MakeGATexture(image.bitmap.get(), border ? 1 : 0, 0, 0)) texture.reset();
+  const int wrap = border ? GATexture::kBorder : GATexture::kRepeat;
+  if (texture && !texture->MakeGATexture(image.bitmap.get(), wrap, 0, 0)) texture.reset();
   return texture.get();
 }
 

@@ -181,7 +181,7 @@ void SceneFeed::FeedLitTriangles() {
     if (turned != transparent) {
       for (int k : {0, 1, 3}) SetNormal(record[k], -Normal(record[k]));
     }
-    m_list->AddTransformedTri(record, 1);
+    m_list->AddTransformedTri(record, DisplayList::kCheckTransparency);
     if ((i / 3 + 1) % kTrianglesAPiece == 0) m_list->FlushArrays();
   }
 }

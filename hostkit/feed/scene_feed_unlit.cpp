@@ -155,7 +155,7 @@ void SceneFeed::AddPolygon(const GALitVertexWT* corners) {
     *uvs[k] = {c.u, c.v};
     colors[k]->Set(c.red, c.green, c.blue, c.alpha);
   }
-  m_list->AddTransformedPolygon(m_polygon, 0);
+  m_list->AddTransformedPolygon(m_polygon, DisplayList::kDrawAsOpaque);
 }
 
 void SceneFeed::FeedSorted() {

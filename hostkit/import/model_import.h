@@ -16,8 +16,9 @@ enum class FileReach {
   kFolder,      ///< Below the model's folder alone.
 };
 
+/// How a model is imported.
 struct ImportOptions {
-  FileReach reach = FileReach::kNeighbours;
+  FileReach reach = FileReach::kNeighbours;  ///< Which files it may name.
   /// The process ends soon after: what the import library took is not given back, which takes it
   /// time with many small blocks.
   bool leavesMemory = false;

@@ -35,11 +35,11 @@ struct ImportLimits {
 
 /// How an import ended.
 enum class ImportEnd {
-  kDone,
+  kDone,         ///< There is a scene.
   kUnreadable,   ///< A model cannot be read, or importing it crashed or went beyond a limit.
   kNotConfined,  ///< The kernel lacks what `confined` asks for.
   kFailed,       ///< No fault of a model: the process could not be started, or was killed.
-  kCancelled,
+  kCancelled,    ///< As ImportLimits::cancelled asked.
 };
 
 /// An import that goes on beside what else is done. To be used by one thread.

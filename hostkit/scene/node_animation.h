@@ -48,7 +48,7 @@ void SettleAtRest(Scene& scene);
 /// The space that a scene takes.
 struct SceneReach {
   std::vector<Imath::V3f> points;  ///< As ExtremePoints.
-  Imath::Box3f bounds;
+  Imath::Box3f bounds;             ///< Of all of it, in world space.
 };
 
 /// The space that the scene takes while the animations run from their beginning to their end, found
