@@ -34,7 +34,7 @@ Sequences: -o holds #### or %04d for the frame's number and {camera} or %c for t
 camera's name (%% for a percent sign). The model is loaded once. Pictures appear
 whole or not at all, so a run that was ended goes on with --skip-existing; it asks
 only whether a picture is there, not how it was made. What moves in the model moves
-with the frames, skins and shape keys excepted.
+with the frames.
 --like repeats the options of the recipe in a picture, and what the command line
 says comes first. Of a picture out of a sequence that frame alone is drawn, unless
 --frames or --turntable asks for more. It repeats neither -o nor --module nor what
