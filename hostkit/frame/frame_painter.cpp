@@ -20,14 +20,25 @@ constexpr float kFogUnits = 1 << 20, kMostUnits = 1 << 24;
 
 constexpr float kIdentity[12] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
 
+// A view that reaches less far than this or farther counts in units of its own: products of three
+// coordinates must stay floats, and large enough to tell them from nothing.
+constexpr float kLeastReach = 1.0f / (1 << 16), kMostReach = 1 << 26;
+
+// The view units of a world unit that the size of the view alone asks for.
+float UnitForReach(float farDistance) {
+  if (farDistance >= kLeastReach && farDistance <= kMostReach) return 1;
+  return std::exp2(-std::round(std::log2(farDistance)));
+}
+
 // How many view units to count for a world unit. Two of the renderer's habits want an answer: it
 // cuts the distances of linear fog to whole view units, which would move the fog of a model of a
 // few metres; and it takes a density of exactly 1 for the wish for linear fog.
 float UnitFor(const Fog& fog, float farDistance) {
-  if (!fog.on) return 1;
-  if (fog.exponential) return fog.density == 1 ? 2.0f : 1.0f;
+  const float unit = UnitForReach(farDistance);
+  if (!fog.on) return unit;
+  if (fog.exponential) return fog.density == unit ? 2 * unit : unit;
   const float most = std::min(kFogUnits / fog.farDistance, kMostUnits / farDistance);
-  return std::exp2(std::floor(std::log2(std::max(most, 1.0f))));
+  return std::exp2(std::floor(std::log2(std::max(most, std::min(unit, 1.0f)))));
 }
 
 ColorBuf ToBytes(const float* color) {

@@ -25,6 +25,7 @@
 #include "hostkit/import/import_nodes.h"
 #include "hostkit/import/model_files.h"
 #include "hostkit/import/model_io.h"
+#include "hostkit/scene/recentre.h"
 
 namespace hostkit {
 namespace {
@@ -138,6 +139,8 @@ std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& opti
   context.path = path;
   context.format = FormatOf(importer);
   context.scene = scene.get();
+  ExactPlaces places;
+  context.places = &places;
   const std::vector<MaterialTraits> traits = ImportMaterials(context, files);
   const std::vector<const aiNode*> nodes = ImportInstances(context, ImportMeshes(context, traits));
   if (scene->instances.empty()) {
@@ -149,7 +152,10 @@ std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& opti
   }
   ImportCameras(context);
   ImportMotion(context, nodes, ImportLights(context));
-  return scene;
+  std::string why;
+  if (Recentre(*scene, places, &why)) return scene;
+  *error = fmt::format("{}: {}", path, why);
+  return nullptr;
 }
 
 }  // namespace
