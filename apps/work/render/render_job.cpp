@@ -15,6 +15,7 @@
 #include "apps/work/common/stopwatch.h"
 #include "apps/work/render/effect_stage.h"
 #include "apps/work/render/frame_setup.h"
+#include "apps/work/render/nothing_seen.h"
 #include "apps/work/render/render_camera.h"
 #include "apps/work/render/render_recipe.h"
 #include "apps/work/render/render_report.h"
@@ -206,8 +207,11 @@ Outcome RenderRun::Draw(const Shot& shot, hostkit::SceneCamera* camera, hostkit:
   }
   *camera = m_cameras->Choose(*m_scene, shot.camera, shot.frame);
   std::string error;
-  *picture = m_renderer->Render(m_settings, hostkit::ViewFor(*camera, m_bounds), &error);
+  const hostkit::View view = hostkit::ViewFor(*camera, m_bounds);
+  *picture = m_renderer->Render(m_settings, view, &error);
   if (!picture->bitmap) return {kRunFailed, error};
+  const std::string lack = NothingSeen(*m_scene, m_settings, view, *picture);
+  if (!lack.empty()) Warn(shot.output + ": " + lack);
   const Stopwatch effectsWatch;
   if (!m_effects.Apply(m_session->Driver(), m_options.effects.calls, picture, &error)) {
     return {kRunFailed, error};
