@@ -94,7 +94,9 @@ void AddModeOptions(const OptionParser& parser, DrawingOptions* options) {
              "For wireframe and lines (default: the material's; for lines black or\n"
              "white, whatever stands out from the background)",
              LineColorReader(&options->lineColor));
-  parser.Add("--point-size", "N", "Pixels, 1 to 64, of all points (default 1)",
+  parser.Add("--point-size", "N",
+             "Pixels, 1 to 64, of all points (default: by their number and spacing,\n"
+             "so that they can be seen); round from 3 on with --antialias 2 and more",
              IntegerReader(1, 64, &options->pointSize));
   parser.Add("--fog", "FOG",
              "NEAR,FAR[,COLOR]: from clear to fog alone between these distances;\n"

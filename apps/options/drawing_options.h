@@ -34,7 +34,7 @@ struct DrawingOptions {
   hostkit::DrawMode mode = hostkit::DrawMode::kShaded;
   std::optional<float> creaseDegrees;
   std::optional<ColorBuf> lineColor;
-  int pointSize = 1;
+  int pointSize = 0;  ///< 0: by their number and spacing.
   hostkit::Fog fog;
   bool hasFogColor = false;  ///< Else fog has the background's.
   hostkit::GroundGrid grid;

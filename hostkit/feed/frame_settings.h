@@ -74,7 +74,9 @@ struct FrameSettings {
   /// whatever stands out from the background.
   std::optional<ColorBuf> lineColor;
   float creaseDegrees = 30;  ///< Of lines: faces that meet at a larger angle have an edge.
-  int pointSize = 1;         ///< Pixels, of all points.
+  /// Pixels, of all points; 0 chooses by their number and spacing. Points of three pixels and more
+  /// are round where a pixel has several samples, else square.
+  int pointSize = 0;
 
   Fog fog;
   GroundGrid grid;

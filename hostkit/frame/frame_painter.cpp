@@ -56,7 +56,12 @@ View Scaled(const View& view, float unit) {
 }  // namespace
 
 FramePainter::FramePainter(GADriver* driver, const Scene& scene)
-    : m_scene(scene), m_bounds(scene.Bounds()), m_feed(scene, m_prepared), m_overlays(driver) {
+    : m_scene(scene),
+      m_bounds(scene.Bounds()),
+      m_points(SpreadOfPoints(scene)),
+      m_vertices(SpreadOfVertices(scene, m_bounds)),
+      m_feed(scene, m_prepared),
+      m_overlays(driver) {
   m_record.ambientAmount = kAmbientAmount;
 }
 
@@ -79,6 +84,11 @@ void FramePainter::Begin(const FrameSettings& settings, const View& view) {
   m_worldToView = WorldToView(view.camera);
   if (m_unit != 1) m_worldToView *= Imath::M44f().setScale(m_unit);
   m_rig.Build(m_scene, settings.lights, view.camera, m_bounds, m_unit);
+  m_pointSize = static_cast<float>(settings.pointSize);
+  if (settings.pointSize == 0) {
+    const bool areVertices = settings.mode == DrawMode::kPoints;
+    m_pointSize = PointSizeFor(areVertices ? m_vertices : m_points, view, settings.height);
+  }
   const int side = settings.samplesPerSide;
   FillRenderInfo(m_view, settings.width * side, settings.height * side, &m_picture);
 
@@ -104,7 +114,8 @@ void FramePainter::Clear(const PaintTarget& target, const float* background) {
 }
 
 FeedView FramePainter::ViewOf(const PaintTarget& target, const float* background) {
-  return {m_worldToView, m_rig.Head(), target.info, &m_picture, m_settings, ToBytes(background)};
+  return {m_worldToView, m_rig.Head(),        target.info, &m_picture,
+          m_settings,    ToBytes(background), m_pointSize};
 }
 
 void FramePainter::ApplyFog(GABuffer& buffer) const {
