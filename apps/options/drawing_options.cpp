@@ -115,8 +115,8 @@ void AddAnnotationOptions(const OptionParser& parser, DrawingOptions* options) {
   parser.BeginGroup("Annotations");
   parser.AddOptionalValue(
       "--grid", "SPACING",
-      "A grid on the ground, x axis red, z axis blue; --grid=0.5 sets the\n"
-      "spacing (default: one that suits the model)",
+      "A grid on the ground, axis x red, y green, z blue; --grid=0.5 sets\n"
+      "the spacing (default: one that suits the model)",
       [=](const std::string& t, std::string* e) { return ReadGrid(t, &options->grid, e); });
   parser.AddOptionalValue("--control-points", "SIZE",
                           "Markers on all vertices; --control-points=5 sets half their side in\n"

@@ -9,6 +9,7 @@
 #include "host/Bitmap.h"
 #include "host/Colors.h"
 #include "hostkit/feed/light_sets.h"
+#include "hostkit/scene/up_axis.h"
 
 namespace hostkit {
 
@@ -51,8 +52,8 @@ struct OverlayPicture {
   float alpha = 1;  ///< 0 (nothing) to 1, times the picture's own.
 };
 
-/// Lines in the plane y = bottom of the model, with the world's x axis in red and z axis in blue
-/// where they cross it.
+/// Lines in the plane at the bottom of the model, at multiples of the spacing in the file's
+/// coordinates, with the axes x in red, y in green and z in blue where they lie in it.
 struct GroundGrid {
   bool on = false;
   float spacing =
@@ -80,6 +81,7 @@ struct FrameSettings {
 
   Fog fog;
   GroundGrid grid;
+  std::optional<UpAxis> upAxis;  ///< Of the grid; empty: the scene's.
   /// Markers on all vertices: half their side in pixels, 0 for none.
   int controlPointSize = 0;
   ColorBuf controlPointColor{255, 170, 0, 255};

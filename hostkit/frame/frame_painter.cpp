@@ -76,7 +76,7 @@ void FramePainter::Begin(const FrameSettings& settings, const View& view) {
   m_settings = &settings;
   View seen = view;
   if (settings.grid.on) {
-    m_grid.Build(settings.grid, m_bounds);
+    m_grid.Build(settings.grid, m_bounds, settings.upAxis.value_or(m_scene.upAxis), m_scene.origin);
     seen = m_grid.Reach(seen);
   }
   m_unit = UnitFor(settings.fog, seen.farDistance);

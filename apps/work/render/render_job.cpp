@@ -181,7 +181,7 @@ Outcome RenderRun::Plan() {
   if (outcome.status != kDone) return outcome;
   const hostkit::SceneReach reach = hostkit::MeasureReach(*m_scene, m_animations);
   m_bounds = reach.bounds;
-  m_cameras = std::make_unique<CameraChooser>(m_options, reach);
+  m_cameras = std::make_unique<CameraChooser>(m_options, *m_scene, reach);
   m_recipe.inputs = DescribeInputs(m_options.models);
   for (const std::string& warning : CompareInputs(m_options, m_recipe.inputs)) Warn(warning);
   return {};
@@ -239,7 +239,8 @@ Outcome RenderRun::Write(const Shot& shot, const hostkit::SceneCamera& camera,
                          const hostkit::Picture& picture) {
   m_line.Enter(Phase::kWrite, shot.output);
   const Stopwatch watch;
-  const hostkit::Recipe recipe = MakeRecipe(m_recipe, m_options, shot, DescribeCamera(camera));
+  const hostkit::Recipe recipe =
+      MakeRecipe(m_recipe, m_options, shot, DescribeCamera(camera, m_scene->origin));
   std::string error;
   hostkit::PictureOptions pictureOptions;
   pictureOptions.jpegQuality = m_options.jpegQuality;
