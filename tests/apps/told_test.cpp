@@ -93,9 +93,9 @@ TEST_F(Told, APictureThatShowsNothing) {
     }
   }
   const Gl3Result turn =
-      Run("render cameras.gltf -o p_#.png -s 16x16 --eye 0,0,3 --target 0,0,9 --turntable 4");
-  EXPECT_EQ(turn.err.rfind("gl3: p_1.png: nothing of the model is in view; ", 0), 0u);
-  EXPECT_NE(turn.err.find("gl3: 3 more like: p_1.png: "), std::string::npos) << turn.err;
+      Run("render cameras.gltf -o p_##.png -s 16x16 --eye 0,0,3 --target 0,0,9 --turntable 4");
+  EXPECT_EQ(turn.err.rfind("gl3: p_01.png: nothing of the model is in view; ", 0), 0u);
+  EXPECT_NE(turn.err.find("gl3: 3 more like: p_01.png: "), std::string::npos) << turn.err;
 }
 
 /// Three triangles of which no two sides look alike, in a world with another axis up: `axes` are
