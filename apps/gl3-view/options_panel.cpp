@@ -70,7 +70,8 @@ void OptionsPanel::AddSurfaces(QFormLayout* form) {
 }
 
 void OptionsPanel::AddHelpers(QFormLayout* form) {
-  AddSpin(form, "Point &size", "--point-size", 1, 64, 1);
+  AddCombo(form, "&Up axis", "--up-axis", {"auto", "+X", "-X", "+Y", "-Y", "+Z", "-Z"});
+  AddSpin(form, "Point &size", "--point-size", 0, 64, 0)->setSpecialValueText("automatic");
   AddSwitch(form, "Gri&d", "--grid", "", "spacing");
   AddSwitch(form, "&Control points", "--control-points", "", "size");
 }
@@ -122,8 +123,8 @@ void OptionsPanel::AddCombo(QFormLayout* form, const QString& label, const QStri
                       }});
 }
 
-void OptionsPanel::AddSpin(QFormLayout* form, const QString& label, const QString& option,
-                           int least, int most, int standard) {
+QSpinBox* OptionsPanel::AddSpin(QFormLayout* form, const QString& label, const QString& option,
+                                int least, int most, int standard) {
   auto* const spin = new QSpinBox(this);
   spin->setObjectName(option);
   spin->setRange(least, most);
@@ -138,6 +139,7 @@ void OptionsPanel::AddSpin(QFormLayout* form, const QString& label, const QStrin
                       [spin, standard](const QStringList& values) {
                         spin->setValue(values.isEmpty() ? standard : values.first().toInt());
                       }});
+  return spin;
 }
 
 void OptionsPanel::AddFlag(QFormLayout* form, const QString& label, const QString& option) {

@@ -33,6 +33,7 @@ struct FeedView {
   const RenderInfo* picture = nullptr;      ///< The same for a surface that held all the picture.
   const FrameSettings* settings = nullptr;  ///< Must live until the frame is drawn.
   ColorBuf background;                      ///< What the surface was cleared with.
+  float pointSize = 1;                      ///< Pixels.
 };
 
 /// Walks a scene's instances once a frame. Arrays keep their capacity from frame to frame. Scene
@@ -104,7 +105,7 @@ class SceneFeed {
   void FeedSorted();
   void CollectLines();
   void FeedPoints();
-  void FeedSquares(int width);
+  void FeedShapes(float width, bool isRound);
 
   void FeedFlatTriangles();
   ColorBuf FaceColor(std::size_t triangle, const Corners& corners) const;
@@ -150,7 +151,8 @@ class SceneFeed {
   std::vector<std::uint32_t> m_order;
   WideLines m_lines;
   std::vector<GALitVertex> m_points;
-  std::vector<unsigned short> m_squareIndices;
+  std::vector<unsigned short> m_shapeIndices;
+  std::size_t m_shapeCorners = 0;  // that these are for
   SceneEdges m_edges;
   std::vector<unsigned char> m_facesAway;  // by triangle of the instance at hand
   VornPoly m_polygon;                      // kept for its colour handles

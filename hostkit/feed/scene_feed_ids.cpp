@@ -65,7 +65,7 @@ void SceneFeed::FeedLineIds(SeenSurfaces* seen) {
 }
 
 void SceneFeed::FeedPointIds(SeenSurfaces* seen) {
-  const float half = kHalfSample * static_cast<float>(m_view.settings->pointSize);
+  const float half = kHalfSample * m_view.pointSize;
   for (std::uint32_t vertex : m_placed.mesh->points) {
     if (seen->IsFull()) return;
     const V3f p = PlacedAt(vertex);

@@ -1,6 +1,8 @@
 // Feeds a scene to a display list: triangles that bring their colours along, lines, and points.
 #include <algorithm>
+#include <cmath>
 #include <numeric>
+#include <span>
 #include <utility>
 
 #include "host/GABuffer.h"
@@ -216,11 +218,14 @@ void SceneFeed::CollectLines() {
   }
 }
 
-// The renderer's points are one sample; wider ones are squares.
+// The renderer's points are one sample; wider ones are squares, or octagons where averaging samples
+// smooths their edges.
 void SceneFeed::FeedPoints() {
-  const int width = m_view.settings->samplesPerSide * m_view.settings->pointSize;
+  constexpr float kLeastRound = 3;  // pixels
+  const int side = m_view.settings->samplesPerSide;
+  const float width = std::round(static_cast<float>(side) * m_view.pointSize);
   if (width > 1) {
-    FeedSquares(width);
+    FeedShapes(width, side > 1 && m_view.pointSize >= kLeastRound);
     return;
   }
   m_list->PrepForPoints();
@@ -231,31 +236,43 @@ void SceneFeed::FeedPoints() {
   m_list->PrepForPolygonArray();  // ends the points
 }
 
-void SceneFeed::FeedSquares(int width) {
-  constexpr std::size_t kSquares = 65536 / 4;  // in one call with 16-bit indices
-  if (m_squareIndices.empty()) {
-    for (unsigned first = 0; first < kSquares * 4; first += 4) {
-      for (unsigned corner : {0u, 1u, 2u, 0u, 2u, 3u}) {
-        m_squareIndices.push_back(static_cast<unsigned short>(first + corner));
+void SceneFeed::FeedShapes(float width, bool isRound) {
+  // Corners in half widths; the octagon has the area of the circle.
+  static constexpr float kLong = 0.9737f, kShort = 0.4033f;
+  static constexpr std::pair<float, float> kSquare[] = {{-1, -1}, {1, -1}, {1, 1}, {-1, 1}};
+  static constexpr std::pair<float, float> kOctagon[] = {
+      {-kShort, -kLong}, {kShort, -kLong}, {kLong, -kShort}, {kLong, kShort},
+      {kShort, kLong},   {-kShort, kLong}, {-kLong, kShort}, {-kLong, -kShort}};
+  const std::span<const std::pair<float, float>> corners =
+      isRound ? std::span<const std::pair<float, float>>(kOctagon) : kSquare;
+  const std::size_t count = corners.size(), shapes = 65536 / count;  // in one call, 16-bit indices
+  if (m_shapeCorners != count) {
+    m_shapeCorners = count;
+    m_shapeIndices.clear();
+    for (std::size_t first = 0; first < shapes * count; first += count) {
+      for (std::size_t corner = 2; corner < count; ++corner) {
+        for (const std::size_t index : {first, first + corner - 1, first + corner}) {
+          m_shapeIndices.push_back(static_cast<unsigned short>(index));
+        }
       }
     }
   }
-  const float half = static_cast<float>(width) / 2;
+  const float half = width / 2;
   for (std::size_t i = 0; i < m_points.size();) {
     m_colored.clear();
-    for (; i < m_points.size() && m_colored.size() < kSquares * 4; ++i) {
+    for (; i < m_points.size() && m_colored.size() < shapes * count; ++i) {
       GALitVertex corner = m_points[i];
       const V3f middle = TowardsEye({corner.x, corner.y, corner.z}, half, *m_view.info);
       const float h = half * SampleSizeAt(middle.z, *m_view.info);
       corner.z = middle.z;
-      for (const auto& [x, y] : {std::pair{-h, -h}, {h, -h}, {h, h}, {-h, h}}) {
-        corner.x = middle.x + x;
-        corner.y = middle.y + y;
+      for (const auto& [x, y] : corners) {
+        corner.x = middle.x + x * h;
+        corner.y = middle.y + y * h;
         m_colored.push_back(corner);
       }
     }
-    m_list->AddIndexedLitTriangleList(m_colored.data(), m_colored.size(), m_squareIndices.data(),
-                                      m_colored.size() / 4 * 6, 0);
+    m_list->AddIndexedLitTriangleList(m_colored.data(), m_colored.size(), m_shapeIndices.data(),
+                                      m_colored.size() / count * (count - 2) * 3, 0);
   }
   m_colored.clear();
 }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "hostkit/import/import_pictures.h"
+#include "hostkit/scene/recentre.h"
 #include "hostkit/scene/scene.h"
 
 struct aiScene;
@@ -24,6 +25,7 @@ struct ImportContext {
   std::string path;                 ///< Of the model file.
   SourceFormat format = SourceFormat::kOther;
   Scene* scene = nullptr;
+  ExactPlaces* places = nullptr;  ///< Of what is in the scene.
 
   bool IsGltf() const { return format == SourceFormat::kGltf2; }
 

@@ -26,6 +26,7 @@
 #include "hostkit/import/model_files.h"
 #include "hostkit/import/model_io.h"
 #include "hostkit/scene/node_animation.h"
+#include "hostkit/scene/recentre.h"
 
 namespace hostkit {
 namespace {
@@ -139,6 +140,8 @@ std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& opti
   context.path = path;
   context.format = FormatOf(importer);
   context.scene = scene.get();
+  ExactPlaces places;
+  context.places = &places;
   const std::vector<MaterialTraits> traits = ImportMaterials(context, files);
   const std::vector<int> meshes = ImportMeshes(context, traits);
   const std::vector<const aiNode*> nodes = ImportInstances(context, meshes);
@@ -151,7 +154,10 @@ std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& opti
   }
   ImportCameras(context);
   ImportMotion(context, meshes, nodes, ImportLights(context));
-  return scene;
+  std::string why;
+  if (Recentre(*scene, places, &why)) return scene;
+  *error = fmt::format("{}: {}", path, why);
+  return nullptr;
 }
 
 }  // namespace

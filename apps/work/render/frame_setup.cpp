@@ -110,6 +110,7 @@ Outcome MakeFrameSettings(const RenderOptions& options, FrameSettings* settings)
   settings->fog = drawing.fog;
   if (!drawing.hasFogColor) std::copy_n(options.background, 3, settings->fog.color);
   settings->grid = drawing.grid;
+  settings->upAxis = options.upAxis;
   settings->controlPointSize = drawing.controlPointSize;
   settings->depth = !drawing.depth.empty();
   AddTexts(drawing.texts, settings);

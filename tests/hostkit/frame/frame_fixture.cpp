@@ -146,6 +146,7 @@ void Frames::SetUpTestSuite() {
 void Frames::SetUp() {
   m_settings.width = m_settings.height = 80;
   m_settings.lights = hostkit::LightSet::kHeadlight;
+  m_settings.pointSize = 1;
   std::fill_n(m_settings.background, 3, 0.0f);
   m_settings.background[2] = 1;
 }
