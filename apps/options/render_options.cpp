@@ -151,6 +151,9 @@ void AddPictureOptions(const OptionParser& parser, RenderOptions* options) {
 
 void AddCameraOptions(const OptionParser& parser, RenderOptions* options) {
   parser.BeginGroup("Camera");
+  parser.AddText("--scene", "NAME",
+                 "Which of several scenes that a glTF file holds (default: its own\nchoice)",
+                 &options->scene);
   const Option view =
       parser.Add("--view", "VIEW",
                  "front, back, left, right, top, bottom, iso, or a direction X,Y,Z\n"

@@ -21,6 +21,7 @@ namespace gl3 {
 struct RenderOptions {
   std::vector<std::string> models;         ///< Files, merged into one scene in this order.
   std::string output;                      ///< With places for frame and camera: see OutputPattern.
+  std::string scene;                       ///< Of each model, by name; empty: its own choice.
   std::string like;                        ///< A picture whose recipe is repeated; empty: none.
   RecipeKind recipe = RecipeKind::kNames;  ///< Of the pictures that are written.
 

@@ -16,7 +16,6 @@ namespace hostkit {
 enum class SourceFormat {
   kOther,
   kCollada,   ///< The outer cone angle of a spot is made up; the inner one is the file's.
-  kGltf2,     ///< Linear colours, physical light units, half cone angles.
   kIrrlicht,  ///< Cameras give the vertical field of view times the aspect.
 };
 
@@ -26,8 +25,6 @@ struct ImportContext {
   SourceFormat format = SourceFormat::kOther;
   Scene* scene = nullptr;
   ExactPlaces* places = nullptr;  ///< Of what is in the scene.
-
-  bool IsGltf() const { return format == SourceFormat::kGltf2; }
 
   /// Adds a warning line, once however often it is given.
   void Warn(std::string line) const { AddWarning(*scene, std::move(line)); }

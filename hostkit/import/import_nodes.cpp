@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "host/Lights.h"
+#include "hostkit/import/import_views.h"
 #include "hostkit/import/model_files.h"
 #include "hostkit/scene/directions.h"
 #include "hostkit/scene/scene.h"
@@ -57,8 +58,8 @@ float VerticalFov(const ImportContext& context, const aiCamera& camera) {
   // its default, taken for degrees.
   if (context.format == SourceFormat::kCollada && given < 0.014f) return kUsual;
   float fov = 0;
-  if (context.IsGltf() || context.format == SourceFormat::kIrrlicht) {
-    // These give the vertical angle times the aspect instead of the horizontal angle.
+  if (context.format == SourceFormat::kIrrlicht) {
+    // It gives the vertical angle times the aspect instead of the horizontal angle.
     fov = given / (hasAspect ? camera.mAspect : 1);
   } else {
     // The rest give the full horizontal angle, whatever the import library's manual says.
@@ -66,11 +67,6 @@ float VerticalFov(const ImportContext& context, const aiCamera& camera) {
     fov = 2 * std::atan(std::tan(std::min(given, kWidest) / 2) / aspect);
   }
   return std::isfinite(fov) && fov > 0 ? std::clamp(fov, kNarrowest, kWidest) : kUsual;
-}
-
-/// What can be up for a camera that looks along `forward`.
-V3f UpFor(const V3f& forward) {
-  return std::abs(forward.y) < 0.9f ? V3f(0, 1, 0) : V3f(0, 0, -1);
 }
 
 SceneCamera ImportCamera(const ImportContext& context, const aiCamera& source) {
@@ -91,21 +87,12 @@ SceneCamera ImportCamera(const ImportContext& context, const aiCamera& source) {
   return camera;
 }
 
-/// Softness that makes the light's fall towards the edge of its cone like the file's, where it
-/// begins at the inner angle: OpenGL's exponent, 12.8 a unit of softness, acts on the whole cone.
-float ConeSoftness(float inner, float outer) {
-  if (!(inner < outer) || outer > 1.55f) return 0;
-  const float exponentToEdge = std::log(0.05f) / std::log(std::cos(outer));
-  return std::clamp(exponentToEdge * (1 - inner / outer) / 12.8f, 0.0f, 10.0f);
-}
-
 void SetCone(const ImportContext& context, const aiLight& source, SceneLight& light) {
-  // glTF gives angles from the axis, the others from edge to edge.
-  const float toHalf = context.IsGltf() ? 1.0f : 0.5f;
+  constexpr float kToHalf = 0.5f;  // angles go from edge to edge
   const bool hasOuter = context.format != SourceFormat::kCollada;
-  float outer = (hasOuter ? source.mAngleOuterCone : source.mAngleInnerCone) * toHalf;
+  float outer = (hasOuter ? source.mAngleOuterCone : source.mAngleInnerCone) * kToHalf;
   if (!(outer > 0) || outer > std::numbers::pi_v<float> / 2) outer = std::numbers::pi_v<float> / 4;
-  const float inner = std::clamp(source.mAngleInnerCone * toHalf, 0.0f, outer);
+  const float inner = std::clamp(source.mAngleInnerCone * kToHalf, 0.0f, outer);
   light.coneAngle = outer * kDegrees;
   light.coneSoftness = ConeSoftness(inner, outer);
 }
@@ -122,13 +109,6 @@ int LightType(const aiLight& source) {
     default:
       return -1;  // Ambient light is the renderer's setting, not a light.
   }
-}
-
-/// Attenuation of the file's light at a distance, without units.
-float FileAttenuation(const aiLight& source, float distance) {
-  const float divisor = source.mAttenuationConstant + source.mAttenuationLinear * distance +
-                        source.mAttenuationQuadratic * distance * distance;
-  return divisor > 0 && std::isfinite(divisor) ? 1 / divisor : 1;
 }
 
 /// A light with `intensity` as the brightness that the file gives it at `middle`, and its place in
@@ -151,25 +131,9 @@ bool ImportLight(const ImportContext& context, const aiLight& source, const V3d&
   light->direction = TurnedOr(ToVector(source.mDirection), toWorld, {0, -1, 0});
   if (light->type == GALight::kSpot) SetCone(context, source, *light);
   if (light->type == GALight::kDirectional) return true;
-  // The renderer's attenuation, 1 / (0.8333 + 0.3126 (d / range)^2), is 1 at 0.73 ranges.
   const float distance = std::max(static_cast<float>((*position - middle).length()), 1e-18f);
-  light->range = distance / 0.73f;
-  if (context.IsGltf()) light->intensity *= FileAttenuation(source, distance);
+  light->range = RangeFor(distance);
   return light->intensity > 0 && std::isfinite(light->intensity);
-}
-
-/// Files in physical units mean an exposure that they do not tell: the brightest light becomes 1.
-/// Others are dimmed where they would burn out. Several lights together reach at most 1.8.
-void Expose(bool isPhysical, std::vector<SceneLight>& lights) {
-  constexpr float kMostTogether = 1.8f;
-  float brightest = 0, sum = 0;
-  for (const SceneLight& light : lights) {
-    brightest = std::max(brightest, light.intensity);
-    sum += light.intensity;
-  }
-  float scale = std::min(1 / brightest, kMostTogether / sum);
-  if (!isPhysical) scale = std::min(scale, 1.0f);
-  for (SceneLight& light : lights) light.intensity *= scale;
 }
 
 }  // namespace
@@ -237,7 +201,7 @@ std::vector<const aiLight*> ImportLights(const ImportContext& context) {
       sources.push_back(context.source->mLights[i]);
     }
   }
-  if (!context.scene->lights.empty()) Expose(context.IsGltf(), context.scene->lights);
+  Expose(false, context.scene->lights);
   return sources;
 }
 

@@ -81,6 +81,12 @@ struct SceneCamera {
   Imath::V3f up{0, 1, 0};        ///< Not along `forward`.
   float verticalFov = 0.7f;      ///< Radians; used when `parallelHeight` is 0.
   float parallelHeight = 0;      ///< Height of the view in world units; above 0 means parallel.
+  /// Width by height of what must be seen: narrower pictures show more above and below. 0: whatever
+  /// the picture has.
+  float aspect = 0;
+  /// What is nearer or farther than these, in world units along the line of sight, is cut away; 0:
+  /// nothing is.
+  float nearCut = 0, farCut = 0;
 };
 
 /// A light of a file.

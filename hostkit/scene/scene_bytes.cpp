@@ -266,6 +266,9 @@ void TransferCamera(Stream& stream, Part& camera) {
   stream.Number(camera.up);
   stream.Number(camera.verticalFov);
   stream.Number(camera.parallelHeight);
+  stream.Number(camera.aspect);
+  stream.Number(camera.nearCut);
+  stream.Number(camera.farCut);
 }
 
 template <class Stream, class Part>

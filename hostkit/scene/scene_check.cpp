@@ -101,7 +101,9 @@ bool IsSound(const SceneInstance& instance, const Scene& scene) {
 bool IsSound(const SceneCamera& camera, const Scene&) {
   return IsFinite(camera.eye) && IsFinite(camera.forward) && IsFinite(camera.up) &&
          camera.verticalFov > 0 && camera.verticalFov <= kWidestView &&
-         camera.parallelHeight >= 0 && std::isfinite(camera.parallelHeight);
+         camera.parallelHeight >= 0 && std::isfinite(camera.parallelHeight) && camera.aspect >= 0 &&
+         std::isfinite(camera.aspect) && camera.nearCut >= 0 && std::isfinite(camera.nearCut) &&
+         camera.farCut >= 0 && std::isfinite(camera.farCut);
 }
 
 bool IsSound(const SceneLight& light, const Scene&) {

@@ -110,7 +110,7 @@ void RenderRun::StartImport() {
   limits.memory = m_options.run.limits.maxMemory;
   limits.confined = m_options.run.confined;
   limits.showsMessages = true;  // standard error is silenced here unless the user wants all
-  m_import = std::make_unique<hostkit::ImportProcess>(m_options.models, limits);
+  m_import = std::make_unique<hostkit::ImportProcess>(m_options.models, limits, m_options.scene);
 }
 
 Outcome RenderRun::Confine() const {
