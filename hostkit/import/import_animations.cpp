@@ -90,6 +90,7 @@ class MotionImport {
   void MarkAnimated(const aiAnimation& animation);
   const aiNode* Find(const aiString& name) const;
   int Hang(const aiNode* node, M44f* toNode);
+  Imath::M44d ExactWay(const aiNode* node) const;
   int Keep(const aiNode* node);
   SceneJoint JointAt(const aiNode* node, const M44f& toJoint);
   void HangJoints(const aiMesh& source, const aiNode* own, SceneDeformation& deformation);
@@ -141,6 +142,15 @@ int MotionImport::Hang(const aiNode* node, M44f* toNode) {
   return -1;
 }
 
+/// The way that Hang tells, in doubles.
+Imath::M44d MotionImport::ExactWay(const aiNode* node) const {
+  Imath::M44d way;
+  for (; node && !m_animated.count(node); node = node->mParent) {
+    way *= Imath::M44d(MatrixOf(*node));
+  }
+  return way;
+}
+
 /// Adds an animated node with those above it, once.
 int MotionImport::Keep(const aiNode* node) {
   // From the lowest that is not there yet; a loop, since files may nest deeply.
@@ -159,6 +169,7 @@ int MotionImport::Keep(const aiNode* node) {
     kept.toParentNode = FiniteOr(kept.toParentNode, M44f());
     m_animated[chain.back()] = static_cast<int>(m_motion.nodes.size());
     m_motion.nodes.push_back(kept);
+    m_context.places->nodes.push_back(ExactWay(chain.back()->mParent));
   }
   return m_animated[node];
 }

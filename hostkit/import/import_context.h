@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "hostkit/import/import_pictures.h"
+#include "hostkit/scene/recentre.h"
 #include "hostkit/scene/scene.h"
 
 struct aiScene;
@@ -23,6 +24,7 @@ struct ImportContext {
   std::string path;                 ///< Of the model file.
   SourceFormat format = SourceFormat::kOther;
   Scene* scene = nullptr;
+  ExactPlaces* places = nullptr;  ///< Of what is in the scene.
 
   /// Adds a warning line, once however often it is given.
   void Warn(std::string line) const { AddWarning(*scene, std::move(line)); }

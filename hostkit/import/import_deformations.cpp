@@ -98,31 +98,32 @@ void AddInfluences(const ImportContext& context, const aiMesh& source,
   }
 }
 
-/// The way from a mesh's own vectors to those of a shape; `areDifferences`: the shape has that way
-/// itself. Zero where it is not finite.
-std::vector<V3f> Differences(const aiVector3D* shape, const aiVector3D* own, std::size_t count,
-                             bool areDifferences) {
+/// The way from a mesh's own vectors to those of a shape; zero where it is not finite.
+std::vector<V3f> Differences(const aiVector3D* shape, const aiVector3D* own, std::size_t count) {
   std::vector<V3f> differences;
   differences.reserve(count);
   for (std::size_t i = 0; i < count; ++i) {
-    V3f difference(shape[i].x, shape[i].y, shape[i].z);
-    if (!areDifferences) difference -= V3f(own[i].x, own[i].y, own[i].z);
+    const aiVector3D way = shape[i] - own[i];
+    const V3f difference(way.x, way.y, way.z);
     differences.push_back(IsFinite(difference) ? difference : V3f(0.0f));
   }
   return differences;
 }
 
-/// The weight of a shape at rest. The import library gives 1 where a COLLADA or FBX file has 0, and
-/// for all shapes of some.
-float RestWeight(float given) {
-  return given == 1 || !std::isfinite(given) ? 0 : given;
+/// The weight of a shape at rest. For most shapes of FBX files the import library gives 1, whatever
+/// they say, which is mostly 0.
+float RestWeight(const ImportContext& context, float given) {
+  if (!std::isfinite(given)) return 0;
+  if (given != 1) return given;
+  context.Warn(
+      fmt::format("{}: shapes count for nothing at rest, since their weights there cannot "
+                  "be read; give them keys, or export it as glTF",
+                  context.path));
+  return 0;
 }
 
 void AddTargets(const ImportContext& context, const aiMesh& source, SceneDeformation& deformation) {
   const std::size_t count = source.mNumVertices;
-  // Only COLLADA's shapes come as the file has them.
-  const bool areDifferences =
-      context.format == SourceFormat::kCollada && source.mMethod == aiMorphingMethod_MORPH_RELATIVE;
   for (unsigned t = 0; t < source.mNumAnimMeshes; ++t) {
     const aiAnimMesh* shape = source.mAnimMeshes[t];
     const bool isGood = shape && shape->mVertices && shape->mNumVertices == count;
@@ -133,9 +134,9 @@ void AddTargets(const ImportContext& context, const aiMesh& source, SceneDeforma
       target.positions.resize(count, V3f(0.0f));
       continue;
     }
-    target.positions = Differences(shape->mVertices, source.mVertices, count, areDifferences);
+    target.positions = Differences(shape->mVertices, source.mVertices, count);
     if (!shape->mNormals || !source.mNormals) continue;
-    target.normals = Differences(shape->mNormals, source.mNormals, count, areDifferences);
+    target.normals = Differences(shape->mNormals, source.mNormals, count);
   }
 }
 

@@ -163,9 +163,9 @@ std::vector<int> ImportMeshes(const ImportContext& context,
   }
   if (dropped > 0) {
     context.Warn(
-        fmt::format("{}: {} faces left out, since they use vertices that are not finite; repair "
-                    "the model where it was made",
-                    context.path, dropped));
+        fmt::format("{}: {} faces left out, since they use vertices that are not finite or "
+                    "beyond {:g}; repair the model where it was made",
+                    context.path, dropped, kLargestCoordinate));
   }
   return indices;
 }

@@ -21,23 +21,29 @@
 namespace hostkit {
 namespace {
 
+using Imath::M44d;
 using Imath::M44f;
+using Imath::V3d;
 using Imath::V3f;
 
 constexpr float kDegrees = 180 / std::numbers::pi_v<float>;
+
+V3d ToExact(const aiVector3D& v) {
+  return {v.x, v.y, v.z};
+}
 
 V3f ToVector(const aiVector3D& v) {
   return {v.x, v.y, v.z};
 }
 
-M44f NodeToWorld(const aiNode* node) {
-  M44f toWorld;
-  for (; node; node = node->mParent) toWorld *= ToMatrix(node->mTransformation);
-  return IsFinite(toWorld) ? toWorld : M44f();
+M44d NodeToWorld(const aiNode* node) {
+  M44d toWorld;
+  for (; node; node = node->mParent) toWorld *= M44d(ToMatrix(node->mTransformation));
+  return IsFinite(M44f(toWorld)) ? toWorld : M44d();
 }
 
 /// The placement of the node that carries the camera or light of this name.
-M44f PlacementOf(const ImportContext& context, const aiString& name) {
+M44d PlacementOf(const ImportContext& context, const aiString& name) {
   const aiNode* root = context.source->mRootNode;
   return NodeToWorld(root ? root->FindNode(name) : nullptr);
 }
@@ -66,8 +72,10 @@ float VerticalFov(const ImportContext& context, const aiCamera& camera) {
 SceneCamera ImportCamera(const ImportContext& context, const aiCamera& source) {
   SceneCamera camera;
   camera.name = source.mName.C_Str();
-  const M44f toWorld = PlacementOf(context, source.mName);
-  camera.eye = ToVector(source.mPosition) * toWorld;
+  const M44d exact = PlacementOf(context, source.mName);
+  const M44f toWorld(exact);
+  context.places->cameras.push_back(ToExact(source.mPosition) * exact);
+  camera.eye = V3f(context.places->cameras.back());
   camera.forward = TurnedOr(ToVector(source.mLookAt), toWorld, {0, 0, -1});
   camera.up = TurnedOr(ToVector(source.mUp), toWorld, {0, 1, 0});
   if (camera.up.cross(camera.forward).length() < 1e-4f) camera.up = UpFor(camera.forward);
@@ -103,10 +111,10 @@ int LightType(const aiLight& source) {
   }
 }
 
-/// A light with `intensity` as the brightness that the file gives it at `middle`; false when it
-/// cannot be used.
-bool ImportLight(const ImportContext& context, const aiLight& source, const V3f& middle,
-                 SceneLight* light) {
+/// A light with `intensity` as the brightness that the file gives it at `middle`, and its place in
+/// `*position`; false when it cannot be used.
+bool ImportLight(const ImportContext& context, const aiLight& source, const V3d& middle,
+                 SceneLight* light, V3d* position) {
   light->type = LightType(source);
   const aiColor3D& color = source.mColorDiffuse;
   const float brightest = std::max({color.r, color.g, color.b});
@@ -116,12 +124,14 @@ bool ImportLight(const ImportContext& context, const aiLight& source, const V3f&
   light->green = std::max(color.g / brightest, 0.0f);
   light->blue = std::max(color.b / brightest, 0.0f);
   light->intensity = brightest;
-  const M44f toWorld = PlacementOf(context, source.mName);
-  light->position = ToVector(source.mPosition) * toWorld;
+  const M44d exact = PlacementOf(context, source.mName);
+  const M44f toWorld(exact);
+  *position = ToExact(source.mPosition) * exact;
+  light->position = V3f(*position);
   light->direction = TurnedOr(ToVector(source.mDirection), toWorld, {0, -1, 0});
   if (light->type == GALight::kSpot) SetCone(context, source, *light);
   if (light->type == GALight::kDirectional) return true;
-  const float distance = std::max((light->position - middle).length(), 1e-4f);
+  const float distance = std::max(static_cast<float>((*position - middle).length()), 1e-18f);
   light->range = RangeFor(distance);
   return light->intensity > 0 && std::isfinite(light->intensity);
 }
@@ -143,11 +153,12 @@ std::vector<const aiNode*> ImportInstances(const ImportContext& context,
   std::vector<const aiNode*> nodes;
   if (!context.source->mRootNode) return nodes;
   // A stack of our own: files may nest deeper than the program's stack is.
-  std::vector<std::pair<const aiNode*, M44f>> pending{{context.source->mRootNode, M44f()}};
+  std::vector<std::pair<const aiNode*, M44d>> pending{{context.source->mRootNode, M44d()}};
   while (!pending.empty()) {
     const auto [node, parentToWorld] = pending.back();
     pending.pop_back();
-    const M44f toWorld = ToMatrix(node->mTransformation) * parentToWorld;
+    const M44d exact = M44d(ToMatrix(node->mTransformation)) * parentToWorld;
+    const M44f toWorld(exact);
     if (!IsFinite(toWorld)) {
       context.Warn(
           fmt::format("{}: node {} left out with all below it, since its placement is not "
@@ -159,12 +170,13 @@ std::vector<const aiNode*> ImportInstances(const ImportContext& context,
       const unsigned mesh = node->mMeshes[i];
       if (mesh < meshes.size() && meshes[mesh] >= 0) {
         context.scene->instances.push_back({meshes[mesh], toWorld});
+        context.places->instances.push_back(exact);
         nodes.push_back(node);
       }
     }
     // Importers may leave gaps among the children (RAW files with colours do).
     for (unsigned i = node->mNumChildren; i > 0; --i) {
-      if (node->mChildren[i - 1]) pending.emplace_back(node->mChildren[i - 1], toWorld);
+      if (node->mChildren[i - 1]) pending.emplace_back(node->mChildren[i - 1], exact);
     }
   }
   return nodes;
@@ -178,10 +190,13 @@ void ImportCameras(const ImportContext& context) {
 
 std::vector<const aiLight*> ImportLights(const ImportContext& context) {
   std::vector<const aiLight*> sources;
-  const V3f middle = context.scene->Bounds().center();
+  if (context.source->mNumLights == 0) return sources;
+  const V3d middle = ExactBounds(*context.scene, *context.places).center();
   for (unsigned i = 0; i < context.source->mNumLights; ++i) {
     SceneLight light;
-    if (ImportLight(context, *context.source->mLights[i], middle, &light)) {
+    V3d position;
+    if (ImportLight(context, *context.source->mLights[i], middle, &light, &position)) {
+      context.places->lights.push_back(position);
       context.scene->lights.push_back(std::move(light));
       sources.push_back(context.source->mLights[i]);
     }

@@ -29,6 +29,7 @@
 #include "hostkit/import/model_io.h"
 #include "hostkit/import/model_reader.h"
 #include "hostkit/scene/node_animation.h"
+#include "hostkit/scene/recentre.h"
 
 namespace hostkit {
 namespace {
@@ -160,6 +161,7 @@ bool ReadByLibrary(const ModelSource& source, std::string* error) {
   context.path = path;
   context.format = FormatOf(importer);
   context.scene = &source.scene;
+  context.places = &source.places;
   const std::vector<MaterialTraits> traits = ImportMaterials(context, source.pictures);
   const std::vector<int> meshes = ImportMeshes(context, traits);
   const std::vector<const aiNode*> nodes = ImportInstances(context, meshes);
@@ -185,12 +187,17 @@ std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& opti
   const ModelFiles files(path, options.reach);
   auto scene = std::make_unique<Scene>();
   PictureStore pictures(*scene, files);
-  const ModelSource source{files, options, *scene, pictures};
+  ExactPlaces places;
+  const ModelSource source{files, options, *scene, pictures, places};
   const ReadModel reader = ReaderOf(path);
   bool isRead = reader && reader(source, error);
   const bool isLibrarys = !isRead && error->empty();
   if (isLibrarys) isRead = ReadByLibrary(source, error);
-  return isRead && HasContent(*scene, path, error) ? std::move(scene) : nullptr;
+  if (!isRead || !HasContent(*scene, path, error)) return nullptr;
+  std::string why;
+  if (Recentre(*scene, places, &why)) return scene;
+  *error = fmt::format("{}: {}", path, why);
+  return nullptr;
 }
 
 }  // namespace

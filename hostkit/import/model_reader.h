@@ -6,6 +6,7 @@
 #include "hostkit/import/import_pictures.h"
 #include "hostkit/import/model_files.h"
 #include "hostkit/import/model_import.h"
+#include "hostkit/scene/recentre.h"
 #include "hostkit/scene/scene.h"
 
 namespace hostkit {
@@ -16,6 +17,7 @@ struct ModelSource {
   const ImportOptions& options;
   Scene& scene;            ///< Empty at first.
   PictureStore& pictures;  ///< Adds to the scene's images.
+  ExactPlaces& places;     ///< What the reader composes in doubles; may stay empty.
 };
 
 /// Reads the model into the scene. False with one line in `*error`, which names the file, the

@@ -65,8 +65,7 @@ V3d Corner(const Box3f& box, int i) {
 Box3f BoxToFit(const Box3f& bounds) {
   if (!IsBoxUsable(bounds)) return {V3f(-0.5f), V3f(0.5f)};
   V3f center = bounds.center();
-  float least = std::max(center.length() * 1e-5f, 1e-6f);
-  if ((bounds.max - bounds.min).length() > least) return bounds;
+  if ((bounds.max - bounds.min).length() > center.length() * 1e-5f) return bounds;
   float half = std::max(center.length() * 1e-3f, 0.5f);
   return {center - V3f(half), center + V3f(half)};
 }

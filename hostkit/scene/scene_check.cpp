@@ -255,6 +255,10 @@ bool CheckScene(const Scene& scene, std::string* why) {
     *why = "it is of no model";
     return false;
   }
+  if (!std::isfinite(scene.origin.length2()) || scene.upAxis > UpAxis::kMinusZ) {
+    *why = "its world is not sound";
+    return false;
+  }
   return AreSound(scene.images, "picture", scene, why) &&
          AreSound(scene.materials, "material", scene, why) &&
          AreSound(scene.meshes, "mesh", scene, why) &&
