@@ -9,9 +9,6 @@ namespace {
 
 using Imath::V3f;
 
-// Beyond this the squares that lengths are made of leave the range of a float.
-constexpr float kLargestCoordinate = 1e18f;
-
 bool CanBeDrawn(const V3f& position) {
   // False for NaN, too.
   return std::abs(position.x) < kLargestCoordinate && std::abs(position.y) < kLargestCoordinate &&

@@ -7,6 +7,9 @@
 
 namespace hostkit {
 
+/// Beyond this the squares that lengths are made of leave the range of a float.
+constexpr float kLargestCoordinate = 1e18f;
+
 /// Tells which positions are not finite, or too far away for their squares to be, and moves them
 /// onto one that can be drawn, so that they do not count in any bounds. Empty when all are good.
 std::vector<bool> TakeOutBadPositions(std::vector<Imath::V3f>& positions);
