@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 
@@ -98,13 +99,20 @@ class MotionImport {
   void AddChannel(const aiNodeAnim& source, double ticksPerSecond, SceneAnimation& animation);
   void AddWeights(const aiMeshMorphAnim& source, double ticksPerSecond, SceneAnimation& animation);
 
+  // From a node that is not animated to the nearest one above it that is.
+  struct Way {
+    int node = -1;  // its index among the kept, -1: the world
+    M44f toNode;
+  };
+
   const ImportContext& m_context;
   SceneMotion& m_motion;
   std::unordered_map<std::string, const aiNode*> m_byName;
   std::unordered_map<const aiNode*, int> m_animated;  // to their index among the kept, or -1
-  std::vector<int> m_deformed;                        // by mesh, its deformation or -1
-  std::vector<const aiMesh*> m_sources;               // by deformation
-  std::vector<const aiNode*> m_places;                // by deformation, where its mesh hangs
+  std::unordered_map<const aiNode*, Way> m_ways;
+  std::vector<int> m_deformed;           // by mesh, its deformation or -1
+  std::vector<const aiMesh*> m_sources;  // by deformation
+  std::vector<const aiNode*> m_places;   // by deformation, where its mesh hangs
 };
 
 /// The first node of each name, in the order that the import library itself looks for names.
@@ -133,12 +141,20 @@ void MotionImport::MarkAnimated(const aiAnimation& animation) {
 /// The nearest animated node at or above `node`, and in `*toNode` the way to its space; -1 when
 /// there is none.
 int MotionImport::Hang(const aiNode* node, M44f* toNode) {
-  *toNode = M44f();
-  for (; node; node = node->mParent) {
-    if (m_animated.count(node)) return Keep(node);
-    *toNode *= MatrixOf(*node);
+  // What is found out is kept for every node on the way: files may nest deeply.
+  std::vector<const aiNode*> chain;
+  while (node && !m_animated.count(node) && !m_ways.count(node)) {
+    chain.push_back(node);
+    node = node->mParent;
   }
-  return -1;
+  Way way;
+  if (node) way = m_animated.count(node) ? Way{Keep(node), M44f()} : m_ways[node];
+  for (; !chain.empty(); chain.pop_back()) {
+    way.toNode = MatrixOf(*chain.back()) * way.toNode;
+    m_ways.emplace(chain.back(), way);
+  }
+  *toNode = way.toNode;
+  return way.node;
 }
 
 /// Adds an animated node with those above it, once.
@@ -281,11 +297,12 @@ void MotionImport::AddChannel(const aiNodeAnim& source, double ticksPerSecond,
 
 /// Keys name the node of their mesh, some with a number behind it, or the mesh.
 bool MotionImport::IsOf(const aiString& keys, std::size_t deformation) const {
-  const std::string name = keys.C_Str();
+  const std::string_view name = keys.C_Str();
   if (name == m_sources[deformation]->mName.C_Str()) return true;
   const aiNode* place = m_places[deformation];
-  const std::string node = place ? place->mName.C_Str() : "";
-  return !node.empty() && (name == node || name.starts_with(node + "*"));
+  const std::string_view node = place ? place->mName.C_Str() : "";
+  if (node.empty() || !name.starts_with(node)) return false;
+  return name.size() == node.size() || name[node.size()] == '*';
 }
 
 void MotionImport::AddWeights(const aiMeshMorphAnim& source, double ticksPerSecond,
