@@ -129,7 +129,8 @@ std::vector<Side> SidesOf(const SceneMesh& mesh, const std::vector<V3f>& positio
 V3f NormalOf(const SceneMesh& mesh, std::uint32_t triangle) {
   const std::uint32_t* corners = mesh.triangles.data() + 3 * static_cast<std::size_t>(triangle);
   const V3f& a = mesh.positions[corners[0]];
-  return (mesh.positions[corners[1]] - a).cross(mesh.positions[corners[2]] - a).normalized();
+  const Imath::V3d across(mesh.positions[corners[1]] - a), along(mesh.positions[corners[2]] - a);
+  return V3f(across.cross(along).normalized());
 }
 
 }  // namespace

@@ -101,7 +101,9 @@ bool IsSound(const SceneInstance& instance, const Scene& scene) {
 bool IsSound(const SceneCamera& camera, const Scene&) {
   return IsFinite(camera.eye) && IsFinite(camera.forward) && IsFinite(camera.up) &&
          camera.verticalFov > 0 && camera.verticalFov <= kWidestView &&
-         camera.parallelHeight >= 0 && std::isfinite(camera.parallelHeight);
+         camera.parallelHeight >= 0 && std::isfinite(camera.parallelHeight) && camera.aspect >= 0 &&
+         std::isfinite(camera.aspect) && camera.nearCut >= 0 && std::isfinite(camera.nearCut) &&
+         camera.farCut >= 0 && std::isfinite(camera.farCut);
 }
 
 bool IsSound(const SceneLight& light, const Scene&) {
@@ -251,6 +253,10 @@ bool CheckScene(const Scene& scene, std::string* why) {
   const SceneMotion& motion = scene.motion;
   if (motion.models < 1) {
     *why = "it is of no model";
+    return false;
+  }
+  if (!std::isfinite(scene.origin.length2()) || scene.upAxis > UpAxis::kMinusZ) {
+    *why = "its world is not sound";
     return false;
   }
   return AreSound(scene.images, "picture", scene, why) &&
