@@ -65,6 +65,19 @@ class Dialogs : public testing::Test {
   CDynLinkLibrary m_library{m_module};
 };
 
+TEST_F(Dialogs, CarryDataInAndWhenConfirmedOut) {
+  TestDialog dialog;
+  dialog.on = 1;
+  DialogControl field;
+  for (const bool confirmed : {false, true}) {
+    const ScriptedView view({ReadStep(kField, &field), CheckStep(kSwitch, false),
+                             confirmed ? ConfirmStep() : CancelStep()});
+    EXPECT_EQ(dialog.DoModal(), confirmed ? IDOK : IDCANCEL);
+    EXPECT_EQ(field.text, "before");
+    EXPECT_EQ(dialog.on, confirmed ? 0 : 1);
+  }
+}
+
 TEST_F(Dialogs, NobodyToAnswerCountsAsCancelled) {
   testing::internal::CaptureStderr();
   EXPECT_EQ(TestDialog().DoModal(), IDCANCEL);
