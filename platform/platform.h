@@ -80,6 +80,10 @@ std::string CurrentVersion();
 /// The longest side that an off-screen surface can have, in pixels; 0 when there is no display.
 int MaxPbufferSize();
 
+/// Whether an off-screen surface can have these sides, in pixels. Memory for one so large may still
+/// be missing. For sides that the system promises this costs nothing, unlike MaxPbufferSize.
+bool IsPbufferSize(int width, int height);
+
 /// Live objects of the layer, for leak checks.
 struct HandleCounts {
   /// How many of each kind live.

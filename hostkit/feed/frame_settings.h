@@ -9,10 +9,13 @@
 #include "host/Bitmap.h"
 #include "host/Colors.h"
 #include "hostkit/feed/light_sets.h"
+#include "hostkit/scene/up_axis.h"
 
 namespace hostkit {
 
-/// What of the surfaces is drawn. A scene's own lines and points are drawn in every mode.
+/// What of the surfaces is drawn. A scene's own lines and points are drawn in every mode. Triangles
+/// that are not seen from behind are left out there, and lines do not show their edges nor are
+/// hidden by them; wireframe and points have no behind, and show all.
 enum class DrawMode {
   kShaded,     ///< Lit, with pictures.
   kFlat,       ///< One colour a triangle: its picture's mean, lit at its middle by its own normal.
@@ -55,8 +58,8 @@ struct OverlayPicture {
   float alpha = 1;  ///< 0 (nothing) to 1, times the picture's own.
 };
 
-/// Lines in the plane y = bottom of the model, with the world's x axis in red and z axis in blue
-/// where they cross it.
+/// Lines in the plane at the bottom of the model, at multiples of the spacing in the file's
+/// coordinates, with the axes x in red, y in green and z in blue where they lie in it.
 struct GroundGrid {
   bool on = false;  ///< Whether there is any.
   /// World units; 0 chooses 1, 2 or 5 times a power of ten by the model's size.
@@ -76,14 +79,19 @@ struct FrameSettings {
   LightSet lights = LightSet::kAuto;  ///< Which lights it is drawn with.
 
   DrawMode mode = DrawMode::kShaded;  ///< What of the surfaces is drawn.
+  /// Also shows triangles from behind whose material says that they are not seen from there.
+  bool showsAllBacks = false;
   /// Of wireframe and lines. Empty: the material's in wireframe, and in lines black or white,
   /// whatever stands out from the background.
   std::optional<ColorBuf> lineColor;
   float creaseDegrees = 30;  ///< Of lines: faces that meet at a larger angle have an edge.
-  int pointSize = 1;         ///< Pixels, of all points.
+  /// Pixels, of all points; 0 chooses by their number and spacing. Points of three pixels and more
+  /// are round where a pixel has several samples, else square.
+  int pointSize = 0;
 
-  Fog fog;          ///< None at first.
-  GroundGrid grid;  ///< None at first.
+  Fog fog;                       ///< None at first.
+  GroundGrid grid;               ///< None at first.
+  std::optional<UpAxis> upAxis;  ///< Of the grid; empty: the scene's.
   /// Markers on all vertices: half their side in pixels, 0 for none.
   int controlPointSize = 0;
   ColorBuf controlPointColor{255, 170, 0, 255};  ///< Of those markers.

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "hostkit/import/import_context.h"
-#include "hostkit/import/model_files.h"
+#include "hostkit/import/import_pictures.h"
 #include "hostkit/scene/scene.h"
 
 namespace hostkit {
@@ -16,19 +16,12 @@ namespace hostkit {
 struct MaterialTraits {
   int uvChannel = 0;
   Imath::M33f uvTransform;  ///< For row vectors (u, v, 1) with v = 0 at the image's top row.
-  bool ignoresVertexAlpha = false;
   /// The file has no material: vertex colours then stand for themselves.
   bool isStandIn = false;
 };
 
-/// Fills Scene::materials and Scene::images, those out of `files`; the result has one entry a
+/// Fills Scene::materials, and Scene::images by way of `pictures`; the result has one entry a
 /// material of the source.
-std::vector<MaterialTraits> ImportMaterials(const ImportContext& context, const ModelFiles& files);
-
-/// A light grey for meshes of files that have no materials.
-SceneMaterial StandInMaterial();
-
-/// Linear light to display-referred (sRGB), 0 to 1.
-float DisplayFromLinear(float linear);
+std::vector<MaterialTraits> ImportMaterials(const ImportContext& context, PictureStore& pictures);
 
 }  // namespace hostkit

@@ -1,10 +1,11 @@
-// Model files into scenes, read by assimp.
+// Model files into scenes, by readers of their formats or else by assimp.
 #include "hostkit/import/model_import.h"
 
 #include <assimp/importerdesc.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 #include <fmt/format.h>
+#include <strings.h>
 
 #include <assimp/Importer.hpp>
 #include <cstddef>
@@ -17,6 +18,7 @@
 #include <vector>
 
 #include "hostkit/import/archive_check.h"
+#include "hostkit/import/gltf/gltf_reader.h"
 #include "hostkit/import/import_animations.h"
 #include "hostkit/import/import_checks.h"
 #include "hostkit/import/import_context.h"
@@ -25,6 +27,9 @@
 #include "hostkit/import/import_nodes.h"
 #include "hostkit/import/model_files.h"
 #include "hostkit/import/model_io.h"
+#include "hostkit/import/model_reader.h"
+#include "hostkit/scene/node_animation.h"
+#include "hostkit/scene/recentre.h"
 
 namespace hostkit {
 namespace {
@@ -78,7 +83,6 @@ SourceFormat FormatOf(const Assimp::Importer& importer) {
   if (!info) return SourceFormat::kOther;
   constexpr std::pair<const char*, SourceFormat> kKnown[] = {
       {"Collada Importer", SourceFormat::kCollada},
-      {"glTF2 Importer", SourceFormat::kGltf2},
       {"Irrlicht Scene Reader", SourceFormat::kIrrlicht}};
   for (const auto& [name, format] : kKnown) {
     if (std::strcmp(info->mName, name) == 0) return format;
@@ -126,30 +130,73 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
   return nullptr;
 }
 
+/// The readers of single formats; other files are the import library's.
+constexpr std::pair<const char*, ReadModel> kReaders[] = {
+    {".glb", ReadGltf},
+    {".gltf", ReadGltf},
+    {".vrm", ReadGltf},
+};
+
+ReadModel ReaderOf(const std::string& path) {
+  const std::string suffix = fs::path(path).extension().string();
+  for (const auto& [known, reader] : kReaders) {
+    if (strcasecmp(known, suffix.c_str()) == 0) return reader;
+  }
+  return nullptr;
+}
+
+/// As ReadModel, by the import library.
+bool ReadByLibrary(const ModelSource& source, std::string* error) {
+  const std::string& path = source.files.ModelPath();
+  if (!source.options.scene.empty()) {
+    *error = fmt::format("{}: has no scenes to choose {} from; leave the choice out", path,
+                         NameForMessage(source.options.scene));
+    return false;
+  }
+  auto owner = std::make_unique<Assimp::Importer>();
+  Assimp::Importer& importer = source.options.leavesMemory ? *owner.release() : *owner;
+  ImportContext context;
+  context.source = ReadSource(importer, source.files, &source.scene.warnings, error);
+  if (!context.source) return false;
+  context.path = path;
+  context.format = FormatOf(importer);
+  context.scene = &source.scene;
+  context.places = &source.places;
+  const std::vector<MaterialTraits> traits = ImportMaterials(context, source.pictures);
+  const std::vector<int> meshes = ImportMeshes(context, traits);
+  const std::vector<const aiNode*> nodes = ImportInstances(context, meshes);
+  if (source.scene.instances.empty()) return true;
+  ImportCameras(context);
+  ImportMotion(context, meshes, nodes, ImportLights(context));
+  return true;
+}
+
+/// Whether there is something to draw; else says why not.
+bool HasContent(const Scene& scene, const std::string& path, std::string* error) {
+  if (!scene.instances.empty()) return true;
+  // A warning that says why is worth more than the plain fact.
+  *error = scene.warnings.empty()
+               ? fmt::format("{}: holds nothing to draw; export it again with its geometry", path)
+               : scene.warnings.back() + "; nothing is left to draw";
+  return false;
+}
+
 std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& options,
                               std::string* error) {
   const ModelFiles files(path, options.reach);
   auto scene = std::make_unique<Scene>();
-  auto owner = std::make_unique<Assimp::Importer>();
-  Assimp::Importer& importer = options.leavesMemory ? *owner.release() : *owner;
-  ImportContext context;
-  context.source = ReadSource(importer, files, &scene->warnings, error);
-  if (!context.source) return nullptr;
-  context.path = path;
-  context.format = FormatOf(importer);
-  context.scene = scene.get();
-  const std::vector<MaterialTraits> traits = ImportMaterials(context, files);
-  const std::vector<const aiNode*> nodes = ImportInstances(context, ImportMeshes(context, traits));
-  if (scene->instances.empty()) {
-    // A warning that says why is worth more than the plain fact.
-    *error = scene->warnings.empty()
-                 ? fmt::format("{}: holds nothing to draw; export it again with its geometry", path)
-                 : scene->warnings.back() + "; nothing is left to draw";
-    return nullptr;
-  }
-  ImportCameras(context);
-  ImportMotion(context, nodes, ImportLights(context));
-  return scene;
+  PictureStore pictures(*scene, files);
+  ExactPlaces places;
+  const ModelSource source{files, options, *scene, pictures, places};
+  const ReadModel reader = ReaderOf(path);
+  bool isRead = reader && reader(source, error);
+  const bool isLibrarys = !isRead && error->empty();
+  if (isLibrarys) isRead = ReadByLibrary(source, error);
+  if (!isRead || !HasContent(*scene, path, error)) return nullptr;
+  std::string why;
+  if (Recentre(*scene, places, &why)) return scene;
+  *error = fmt::format("{}: {}", path, why);
+  return nullptr;
 }
 
 }  // namespace
@@ -158,7 +205,9 @@ std::unique_ptr<Scene> ImportModel(const std::string& path, std::string* error,
                                    const ImportOptions& options) {
   error->clear();
   try {
-    return CheckFile(path, error) ? Import(path, options, error) : nullptr;
+    std::unique_ptr<Scene> scene = CheckFile(path, error) ? Import(path, options, error) : nullptr;
+    if (scene) SettleAtRest(*scene);
+    return scene;
   } catch (const std::bad_alloc&) {
     *error = fmt::format("{}: not enough memory for it; use a smaller model", path);
   } catch (const std::exception& problem) {

@@ -1,7 +1,8 @@
 // A model in memory, as the importer makes it and the renderer feeds it to a display list.
 //
-// World space is right-handed with y up; units are the file's. Matrices act on column vectors in
-// the text below; Imath stores them for row vectors (point * matrix).
+// World space is right-handed; units, axes and what is up are the file's. Far from its origin the
+// scene is moved to its own middle: see Scene::origin. Matrices act on column vectors in the text
+// below; Imath stores them for row vectors (point * matrix).
 #pragma once
 
 #include <Imath/ImathBox.h>
@@ -16,6 +17,7 @@
 #include "host/AttrProperty.h"
 #include "host/Colors.h"
 #include "hostkit/scene/scene_motion.h"
+#include "hostkit/scene/up_axis.h"
 #include "hostkit/services/bitmap_ptr.h"
 
 namespace hostkit {
@@ -79,6 +81,12 @@ struct SceneCamera {
   Imath::V3f up{0, 1, 0};        ///< Not along `forward`.
   float verticalFov = 0.7f;      ///< Radians; used when `parallelHeight` is 0.
   float parallelHeight = 0;      ///< Height of the view in world units; above 0 means parallel.
+  /// Width by height of what must be seen: narrower pictures show more above and below. 0: whatever
+  /// the picture has.
+  float aspect = 0;
+  /// What is nearer or farther than these, in world units along the line of sight, is cut away; 0:
+  /// nothing is.
+  float nearCut = 0, farCut = 0;
 };
 
 /// A light of a file.
@@ -105,6 +113,10 @@ struct Scene {
   std::vector<SceneLight> lights;        ///< Of the file.
   SceneMotion motion;                    ///< What moves.
   std::vector<std::string> warnings;  ///< One line each: textures that could not be read, and such.
+  /// What to add to coordinates of the scene's world for those of the file. Whole numbers or large
+  /// fractions of two, and 0 unless floats would show steps there.
+  Imath::V3d origin{0, 0, 0};
+  UpAxis upAxis = UpAxis::kPlusY;  ///< What the file's format says is up, y where it says nothing.
 
   /// Bounds of all instances in world space; empty when nothing is placed.
   Imath::Box3f Bounds() const;
