@@ -208,7 +208,9 @@ std::string Tour(GADriver* driver, const std::string& folder) {
 int main(int argc, char** argv) {
   std::string error;
   const auto module = hostkit::LoadedModule::Load(OPENGL3_MODULE, &error);
-  if (module && !module->Driver()->Initialize()) error = platform::DescribeDisplay().reason;
+  if (module && !module->Driver()->Initialize()) {
+    error = "no usable OpenGL: " + platform::DescribeDisplay().reason;
+  }
   if (error.empty()) error = Tour(module->Driver(), argc > 1 ? argv[1] : ".");
   if (!error.empty()) std::fprintf(stderr, "example_tour: %s\n", error.c_str());
   return error.empty() ? 0 : 1;
