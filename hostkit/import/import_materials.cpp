@@ -130,13 +130,11 @@ void SetPhysical(const Properties& properties, const aiMaterial& material, const
   SetMetalRough(surface, Mixed(base, DisplayColor(specular), metal), metal, Unit(1 - *glossiness));
 }
 
-void SetPhong(const Properties& properties, const Rgb& base, AttrProperty& surface) {
-  surface.base = ToColor(base);
-  float exponent = properties.Number(AI_MATKEY_SHININESS).value_or(0);
-  // An exponent that is no larger than 1 is taken for a share of 128.
-  if (exponent <= 1) exponent *= 128;
-  SetHighlight(surface, ToRgb(properties.Color(AI_MATKEY_COLOR_SPECULAR), {}),
-               properties.Number(AI_MATKEY_SHININESS_STRENGTH).value_or(1), exponent);
+void SetGivenPhong(const Properties& properties, const Rgb& base, AttrProperty& surface) {
+  const Rgb specular = ToRgb(properties.Color(AI_MATKEY_COLOR_SPECULAR), {});
+  SetPhong({base.red, base.green, base.blue}, {specular.red, specular.green, specular.blue},
+           properties.Number(AI_MATKEY_SHININESS_STRENGTH).value_or(1),
+           properties.Number(AI_MATKEY_SHININESS).value_or(0), surface);
 }
 
 /// 0 opaque to 1 invisible, of a glTF material.
@@ -304,7 +302,7 @@ SceneMaterial ImportMaterial(const ImportContext& context, const aiMaterial& sou
   if (isPhysical) {
     SetPhysical(properties, source, base, surface);
   } else {
-    SetPhong(properties, base, surface);
+    SetGivenPhong(properties, base, surface);
   }
   surface.transparency = context.IsGltf() ? GltfTransparency(properties, alphaMode == "BLEND")
                                           : Transparency(properties);
@@ -321,6 +319,20 @@ SceneMaterial StandInMaterial() {
   material.surface.base = ToColor({0.8f, 0.8f, 0.8f});
   SetHighlight(material.surface, {1, 1, 1}, 0.2f, 30);
   return material;
+}
+
+SceneMaterial ColorsOnlyMaterial() {
+  SceneMaterial material = StandInMaterial();
+  material.name = "vertex colours";
+  material.surface.base = {1, 1, 1};
+  return material;
+}
+
+void SetPhong(const Imath::V3f& base, const Imath::V3f& specular, float strength, float exponent,
+              AttrProperty& surface) {
+  surface.base = ToColor({base.x, base.y, base.z});
+  SetHighlight(surface, {specular.x, specular.y, specular.z}, strength,
+               exponent <= 1 ? exponent * 128 : exponent);
 }
 
 float DisplayFromLinear(float linear) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <Imath/ImathMatrix.h>
+#include <Imath/ImathVec.h>
 #include <assimp/material.h>
 
 #include <vector>
@@ -27,6 +28,15 @@ std::vector<MaterialTraits> ImportMaterials(const ImportContext& context, const 
 
 /// A light grey for meshes of files that have no materials.
 SceneMaterial StandInMaterial();
+
+/// The same in white, for vertex colours that stand for themselves.
+SceneMaterial ColorsOnlyMaterial();
+
+/// A surface of the Phong model, without transparency. Colours are display-referred; `strength` is
+/// a factor of the highlight's colour. An exponent that is no larger than 1 is taken for a share of
+/// 128, and 0 means no highlight.
+void SetPhong(const Imath::V3f& base, const Imath::V3f& specular, float strength, float exponent,
+              AttrProperty& surface);
 
 /// Linear light to display-referred (sRGB), 0 to 1.
 float DisplayFromLinear(float linear);

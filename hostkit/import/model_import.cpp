@@ -5,6 +5,7 @@
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 #include <fmt/format.h>
+#include <strings.h>
 
 #include <assimp/Importer.hpp>
 #include <cstddef>
@@ -25,6 +26,8 @@
 #include "hostkit/import/import_nodes.h"
 #include "hostkit/import/model_files.h"
 #include "hostkit/import/model_io.h"
+#include "hostkit/import/model_reader.h"
+#include "hostkit/import/ply/ply_reader.h"
 
 namespace hostkit {
 namespace {
@@ -60,15 +63,6 @@ std::string OneLine(std::string text) {
   }
   while (!text.empty() && (text.back() == ' ' || text.back() == '.')) text.pop_back();
   return text.empty() ? "the import library gives no reason" : text;
-}
-
-std::string DroppedText(const std::string& path, std::size_t count) {
-  return count == 1
-             ? fmt::format("{}: 1 face names vertices that its mesh does not have; it is left out",
-                           path)
-             : fmt::format(
-                   "{}: {} faces name vertices that their meshes do not have; they are left out",
-                   path, count);
 }
 
 SourceFormat FormatOf(const Assimp::Importer& importer) {
@@ -114,7 +108,7 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
   if (source) {
     // The importer owns it, and hands it out for reading only; nothing else refers to it yet.
     const std::size_t dropped = CheckSource(const_cast<aiScene&>(*source));
-    if (dropped > 0) warnings->push_back(DroppedText(path, dropped));
+    if (dropped > 0) warnings->push_back(MissingVerticesText(path, dropped));
     source = importer.ApplyPostProcessing(kSteps);
   }
   if (source) return source;
@@ -126,9 +120,41 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
   return nullptr;
 }
 
+/// The readers of single formats; other files are the import library's.
+constexpr std::pair<const char*, ReadModel> kReaders[] = {
+    {".ply", ReadPly},
+};
+
+ReadModel ReaderOf(const std::string& path) {
+  const std::string suffix = fs::path(path).extension().string();
+  for (const auto& [known, reader] : kReaders) {
+    if (strcasecmp(known, suffix.c_str()) == 0) return reader;
+  }
+  return nullptr;
+}
+
+/// Whether there is something to draw; else says why not.
+bool HasContent(const Scene& scene, const std::string& path, std::string* error) {
+  if (!scene.instances.empty()) return true;
+  // A warning that says why is worth more than the plain fact.
+  *error = scene.warnings.empty()
+               ? fmt::format("{}: holds nothing to draw; export it again with its geometry", path)
+               : scene.warnings.back() + "; nothing is left to draw";
+  return false;
+}
+
+std::unique_ptr<Scene> ImportWith(ReadModel read, const ModelFiles& files,
+                                  const ImportOptions& options, std::string* error) {
+  auto scene = std::make_unique<Scene>();
+  PictureStore pictures(*scene, files);
+  const bool isRead = read({files, options, *scene, pictures}, error);
+  return isRead && HasContent(*scene, files.ModelPath(), error) ? std::move(scene) : nullptr;
+}
+
 std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& options,
                               std::string* error) {
   const ModelFiles files(path, options.reach);
+  if (const ReadModel read = ReaderOf(path)) return ImportWith(read, files, options, error);
   auto scene = std::make_unique<Scene>();
   auto owner = std::make_unique<Assimp::Importer>();
   Assimp::Importer& importer = options.leavesMemory ? *owner.release() : *owner;
@@ -140,13 +166,7 @@ std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& opti
   context.scene = scene.get();
   const std::vector<MaterialTraits> traits = ImportMaterials(context, files);
   const std::vector<const aiNode*> nodes = ImportInstances(context, ImportMeshes(context, traits));
-  if (scene->instances.empty()) {
-    // A warning that says why is worth more than the plain fact.
-    *error = scene->warnings.empty()
-                 ? fmt::format("{}: holds nothing to draw; export it again with its geometry", path)
-                 : scene->warnings.back() + "; nothing is left to draw";
-    return nullptr;
-  }
+  if (!HasContent(*scene, path, error)) return nullptr;
   ImportCameras(context);
   ImportMotion(context, nodes, ImportLights(context));
   return scene;

@@ -1,0 +1,114 @@
+// What the readers of single formats share: a file's bytes, positions, and finished meshes.
+#include "hostkit/import/read_meshes.h"
+
+#include <Imath/ImathBox.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "hostkit/import/import_checks.h"
+#include "hostkit/import/import_normals.h"
+
+namespace hostkit {
+namespace {
+
+using Imath::V2f;
+using Imath::V3d;
+using Imath::V3f;
+
+/// Models that are further from the origin than this many times their own size are told from their
+/// middle: a float has 24 bits, and a picture wants twelve or more of them for the model itself.
+constexpr double kFarTimes = 1000;
+
+// Beyond this the squares that lengths are made of leave the range of a float.
+constexpr double kLargestCoordinate = 1e18;
+
+bool CanBeDrawn(const V3d& position) {
+  // False for NaN, too.
+  return std::abs(position.x) < kLargestCoordinate && std::abs(position.y) < kLargestCoordinate &&
+         std::abs(position.z) < kLargestCoordinate;
+}
+
+/// The point that positions are told from: a sum of it and a position is exact in a float's terms.
+V3d OriginOf(const Imath::Box3d& bounds) {
+  if (bounds.isEmpty()) return V3d(0.0);
+  const V3d middle = bounds.center();
+  const double size = bounds.size().length();
+  return size > 0 && middle.length() > kFarTimes * size ? V3d(V3f(middle)) : V3d(0.0);
+}
+
+}  // namespace
+
+bool ReadWhole(const OpenedFile& file, FileBytes* bytes) {
+  bytes->bytes.reset(new char[file.size]);
+  bytes->size = file.size;
+  for (std::size_t done = 0; done < bytes->size;) {
+    const ssize_t count = pread(file.file.Get(), bytes->bytes.get() + done, bytes->size - done,
+                                static_cast<off_t>(done));
+    if (count <= 0) return false;
+    done += static_cast<std::size_t>(count);
+  }
+  return true;
+}
+
+bool ReadModelFile(const ModelSource& source, FileBytes* bytes, std::string* error) {
+  const OpenedFile file = source.files.OpenModel();
+  const std::string& path = source.files.ModelPath();
+  if (!file.IsOpen()) {
+    *error = fmt::format("{}: cannot be opened; check its permissions", path);
+  } else if (!ReadWhole(file, bytes)) {
+    *error = fmt::format("{}: reading stopped half-way; check the disk", path);
+  }
+  return error->empty();
+}
+
+PlacedPositions PlacePositions(const std::vector<V3d>& positions) {
+  PlacedPositions placed;
+  Imath::Box3d bounds;
+  for (std::size_t i = 0; i < positions.size(); ++i) {
+    if (CanBeDrawn(positions[i])) {
+      bounds.extendBy(positions[i]);
+      continue;
+    }
+    if (placed.bad.empty()) placed.bad.resize(positions.size());
+    placed.bad[i] = true;
+  }
+  const V3d origin = OriginOf(bounds);
+  placed.toWorld.setTranslation(V3f(origin));
+  placed.positions.reserve(positions.size());
+  for (const V3d& position : positions) placed.positions.emplace_back(position - origin);
+  const V3f good(bounds.isEmpty() ? V3d(0.0) : bounds.min - origin);
+  for (std::size_t i = 0; i < placed.bad.size(); ++i) {
+    if (placed.bad[i]) placed.positions[i] = good;
+  }
+  return placed;
+}
+
+void LeftOut::Tell(const ModelSource& source) const {
+  const std::string& path = source.files.ModelPath();
+  if (missing > 0) AddWarning(source.scene, MissingVerticesText(path, missing));
+  if (unusable > 0) AddWarning(source.scene, UnusableVerticesText(path, unusable));
+}
+
+void AddMesh(const ModelSource& source, SceneMesh mesh, const Imath::M44f& toWorld) {
+  if (mesh.triangles.empty() && mesh.lines.empty() && mesh.points.empty()) return;
+  if (!mesh.normals.empty()) {
+    RepairNormals(mesh);
+  } else if (!mesh.triangles.empty()) {
+    MakeNormals(mesh);
+  }
+  mesh.colorsHaveAlpha = std::any_of(mesh.colors.begin(), mesh.colors.end(),
+                                     [](const ColorBuf& color) { return color.alpha < 255; });
+  source.scene.instances.push_back({static_cast<int>(source.scene.meshes.size()), toWorld});
+  source.scene.meshes.push_back(std::move(mesh));
+}
+
+V2f TopDown(double u, double v) {
+  const V2f uv(static_cast<float>(u), static_cast<float>(1 - v));
+  return std::isfinite(uv.x) && std::isfinite(uv.y) ? uv : V2f(0, 0);
+}
+
+}  // namespace hostkit
