@@ -27,6 +27,7 @@
 #include "hostkit/import/model_files.h"
 #include "hostkit/import/model_io.h"
 #include "hostkit/import/model_reader.h"
+#include "hostkit/import/obj/obj_reader.h"
 #include "hostkit/import/ply/ply_reader.h"
 
 namespace hostkit {
@@ -122,6 +123,7 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
 
 /// The readers of single formats; other files are the import library's.
 constexpr std::pair<const char*, ReadModel> kReaders[] = {
+    {".obj", ReadObj},
     {".ply", ReadPly},
 };
 
