@@ -29,6 +29,7 @@
 #include "hostkit/import/model_reader.h"
 #include "hostkit/import/obj/obj_reader.h"
 #include "hostkit/import/ply/ply_reader.h"
+#include "hostkit/import/stl/stl_reader.h"
 
 namespace hostkit {
 namespace {
@@ -125,6 +126,7 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
 constexpr std::pair<const char*, ReadModel> kReaders[] = {
     {".obj", ReadObj},
     {".ply", ReadPly},
+    {".stl", ReadStl},
 };
 
 ReadModel ReaderOf(const std::string& path) {
