@@ -77,7 +77,7 @@ void Run(const Options& options, Report& report) {
     const BitmapPtr picture = MakePicture(each.width, each.height);
     HostSurface surface(module.Driver(), each.width, each.height);
     const std::unique_ptr<GATexture> texture(module.Driver()->CreateTexture());
-    if (!texture || !texture->MakeGATexture(picture.get(), 0, 0, 0)) {
+    if (!texture || !texture->MakeGATexture(picture.get(), GATexture::kRepeat, 0, 0)) {
       throw std::runtime_error("a texture could not be made");
     }
     BareSurface bare(each.width, each.height);

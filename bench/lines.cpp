@@ -73,7 +73,7 @@ void Measure(GADriver* driver, const Form& form, std::size_t count, const Option
   color.Set(kRed, kGreen, kBlue, 255);
   const auto draw = [&](GABuffer&, DisplayList& list) {
     list.BeginInstructions();
-    list.SetDepthFunc(5);  // lighting off
+    list.SetDepthFunc(DisplayList::kLightingOff);
     form.add(list, segments, color);
     list.EndInstructions();
   };

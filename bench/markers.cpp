@@ -52,7 +52,7 @@ void Run(const Options& options, Report& report) {
     HostSurface surface(module.Driver(), kWidth, kHeight);
     const auto draw = [&](GABuffer&, DisplayList& list) {
       list.BeginInstructions();
-      list.SetDepthFunc(5);  // lighting off
+      list.SetDepthFunc(DisplayList::kLightingOff);
       for (const Vector& place : places) list.AddCP(place, kSize, color);
       list.EndInstructions();
     };

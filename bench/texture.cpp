@@ -61,7 +61,7 @@ void Measure(GADriver* driver, int side, bool transparent, const Options& option
                        glFinish();
                      },
                      [&] {
-                       if (!texture->MakeGATexture(picture.get(), 0, 0, 0)) {
+                       if (!texture->MakeGATexture(picture.get(), GATexture::kRepeat, 0, 0)) {
                          report.Fail("a texture could not be made");
                        }
                        glFinish();

@@ -57,7 +57,6 @@ class GL3GABuffer : public GABuffer {
     kLightingOn = 32,
     kSmoothingOn = 64,
   };
-  enum Mode : std::int32_t { kOffScreen = 1, kKeepContext = 2 };
   enum MatrixMode : std::int32_t { kUnknownMatrix = -1, kProjection = 0, kModelView = 2 };
   enum MaterialParameter { kDiffuse, kAmbient, kShininess, kSpecular, kMaterialParameters };
 

@@ -117,28 +117,28 @@ void GL3DisplayList::SetDepthFunc(int function) {
   MakeCurrent();
   CloseBlock();
   switch (function) {
-    case 0:
+    case kDepthTestOff:
       if (!m_buffer->HasState(GL3GABuffer::kDepthTestOn)) break;
       glDisable(GL_DEPTH_TEST);
       m_buffer->SetState(GL3GABuffer::kDepthTestOn, false);
       break;
-    case 1:
+    case kDepthTestOn:
       if (m_buffer->HasState(GL3GABuffer::kDepthTestOn)) break;
       glEnable(GL_DEPTH_TEST);
       m_buffer->SetState(GL3GABuffer::kDepthTestOn, true);
       break;
-    case 2:
+    case kAdditiveBlending:
       glBlendFunc(GL_SRC_ALPHA, GL_ONE);
       break;
-    case 3:
+    case kNormalBlending:
       glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
       break;
-    case 4:
+    case kLightingOn:
       glEnable(GL_LIGHTING);
       glEnable(GL_LIGHT0);
       m_buffer->SetState(GL3GABuffer::kLightingOn, true);
       break;
-    case 5:
+    case kLightingOff:
       glDisable(GL_LIGHTING);
       glDisable(GL_LIGHT0);
       m_buffer->SetState(GL3GABuffer::kLightingOn, false);

@@ -4,17 +4,6 @@
 #include "buffer/GL3Color.h"
 #include "displaylist/GL3DisplayL.h"
 
-namespace {
-
-// What the mode of AddTransformedQuad(GAVertex*, int, int) means.
-constexpr int kQuadBatched = 0;
-constexpr int kQuadDefaultColor = 2;
-constexpr int kQuadPolylineBit = 0x8000;
-constexpr int kQuadFadingBit = 0x4000;
-constexpr int kQuadCountMask = 0x3FFF;
-
-}  // namespace
-
 void GL3DisplayList::AddTransformedTri(GAVertex* v, int checkTransparency) {
   // The third element of the record belongs to another triangle and is never read.
   const GAVertex& a = v[0];
@@ -40,10 +29,10 @@ void GL3DisplayList::AppendQuad(const GAVertex* v, bool textured) {
 }
 
 void GL3DisplayList::AddTransformedQuad(GAVertex* v, int mode, int textured) {
-  if (mode & kQuadPolylineBit) {
+  if (mode & kQuadPolyline) {
     const int count = mode & kQuadCountMask;
     // The answer only chooses the form of the line: nothing is queued.
-    const bool fading = (mode & kQuadFadingBit) && m_buffer->MakeRoomForTransparentPolys(count - 1);
+    const bool fading = (mode & kQuadFading) && m_buffer->MakeRoomForTransparentPolys(count - 1);
     fading ? DrawFadingPolyline(v, count) : DrawPolyline(v, count);
     return;
   }

@@ -2,6 +2,8 @@
 #pragma once
 
 /// Where an animated value takes its numbers from. Owned by the host, which also owns the clock.
+/// Asked on the thread that brings the value up to date: the drawing thread, where the module does
+/// (of fog distances alone).
 class AnimationChannel {
  public:
   virtual ~AnimationChannel() = default;
@@ -15,12 +17,15 @@ class AnimationChannel {
 /// that it was brought up to date with last.
 class AnimatableValue {
  public:
+  /// A number that stays as it is.
   AnimatableValue(float value = 0) : m_current(value) {}
-  /// `channel` is not owned and must outlive the value.
+  /// Follows `channel`, which is not owned and must outlive the value; null for one that stays.
+  /// Brought up to date at once.
   explicit AnimatableValue(const AnimationChannel* channel) : m_channel(channel) {
     BringUpToDate();
   }
 
+  /// The value that was taken last.
   float Current() const { return m_current; }
   /// Takes the channel's value at `time` in seconds.
   void UpdateFor(double time) {
@@ -30,6 +35,7 @@ class AnimatableValue {
   void BringUpToDate() {
     if (m_channel) UpdateFor(m_channel->CurrentTime());
   }
+  /// Whether it follows a channel.
   bool IsAnimated() const { return m_channel != nullptr; }
 
  private:
@@ -39,5 +45,6 @@ class AnimatableValue {
 
 /// A colour of three values that are animated each on its own.
 struct AnimatableColor {
+  /// Channels, 0 to 1 nominally.
   AnimatableValue red, green, blue;
 };

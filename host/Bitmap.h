@@ -5,7 +5,8 @@
 
 #include "host/String.h"
 
-/// Base of host objects that are released through their handle.
+/// Base of host objects that are released through their handle, and never by `delete`. One object
+/// is used by one thread at a time; the module uses them on the host's drawing thread.
 class HTreeObject {
  public:
   HTreeObject(const HTreeObject&) = delete;
@@ -15,12 +16,14 @@ class HTreeObject {
 
  protected:
   HTreeObject() = default;
+  /// For DeleteHandle.
   virtual ~HTreeObject();
 };
 
-/// Packed 8-bit pixels, rows tightly packed, top row first.
+/// Packed 8-bit pixels, rows tightly packed, top row first. Whoever asked for it releases it.
 class HByteBlock {
  public:
+  /// Takes ownership of `bytes`, which are from AllocExt; three or four of them make a pixel.
   HByteBlock(unsigned char* bytes, int bytesPerPixel)
       : m_bytes(bytes), m_bytesPerPixel(bytesPerPixel) {}
   HByteBlock(const HByteBlock&) = delete;
@@ -28,7 +31,9 @@ class HByteBlock {
 
   /// Releases the block with its bytes; the pointer is invalid afterwards.
   void DeleteHandle();
+  /// The first byte of the top row's first pixel. Owned by the block.
   unsigned char* GetByteBlock() const { return m_bytes; }
+  /// 3 (colours) or 4 (colours and alpha, which is not multiplied in).
   int GetBytesPerPixel() const { return m_bytesPerPixel; }
 
  private:
@@ -39,11 +44,20 @@ class HByteBlock {
 };
 
 /// One plane of a bitmap. Channel k of pixel (x, y) is element
-/// x * PixelStep() + y * RowStep() + k of Data(), the element being of the channel type.
+/// x * PixelStep() + y * RowStep() + k of Data(), the element being of the channel type. Row 0 is
+/// the top one.
 class HBitmapBuffer : public HTreeObject {
  public:
-  enum ChannelType : int { kByteChannel = 0, kFloatChannel = 1, kHalfChannel = 2 };
+  /// What an element is.
+  enum ChannelType : int {
+    kByteChannel = 0,   ///< 8 bits, 0 to 255 for 0 to 1.
+    kFloatChannel = 1,  ///< A float of 32 bits.
+    kHalfChannel = 2    ///< A float of 16 bits (IEEE 754 binary16), as unsigned 16-bit words.
+  };
 
+  /// A buffer without storage (AllocateData makes it): `channels` elements a pixel, `width` by
+  /// `height` pixels. Owned by the caller until HBitmapNode::AddBuffer takes it. A name for which
+  /// there is no memory becomes empty.
   HBitmapBuffer(const String& name, ChannelType type, int channels, int width, int height);
 
   /// Allocates storage, whose elements have any value until they are written: it may be that of a
@@ -51,17 +65,23 @@ class HBitmapBuffer : public HTreeObject {
   /// the size is not positive, and then Data() stays null. Storage is kept when present.
   int AllocateData(int);
 
+  /// "Color", "ColorAlpha", "Depth" or what the host likes; upper and lower case differ.
   const String& Name() const { return m_name; }
-  ChannelType Type() const { return m_type; }
-  int Channels() const { return m_channels; }
-  int Width() const { return m_width; }
-  int Height() const { return m_height; }
+  ChannelType Type() const { return m_type; }  ///< What an element is.
+  int Channels() const { return m_channels; }  ///< Elements a pixel.
+  int Width() const { return m_width; }        ///< Pixels.
+  int Height() const { return m_height; }      ///< Pixels.
+  /// Elements from a pixel to the one on its right.
   int PixelStep() const { return m_pixelStep; }
+  /// Elements from a pixel to the one below it; 0 for a row too long to be stored.
   int RowStep() const { return m_rowStep; }
+  /// The first element of the top row, null without storage. Owned by the buffer; stays in place.
   void* Data() const { return m_data; }
+  /// The buffer that was added to the bitmap after this one, null for the last.
   HBitmapBuffer* Next() const { return m_next; }
 
  protected:
+  /// Releases the storage. For DeleteHandle.
   ~HBitmapBuffer() override;
 
  private:
@@ -78,7 +98,8 @@ class HBitmapBuffer : public HTreeObject {
   HBitmapBuffer* m_next = nullptr;
 };
 
-/// Four channels. Bytes lie as red, green, blue, alpha; half floats as blue, green, red, alpha.
+/// Four channels. Bytes lie as red, green, blue, alpha; half floats (and floats) as blue, green,
+/// red, alpha.
 class HRGBABuffer : public HBitmapBuffer {
  public:
   using HBitmapBuffer::HBitmapBuffer;
@@ -88,21 +109,25 @@ class HRGBABuffer : public HBitmapBuffer {
 
 /// An image. "Color" (8-bit) is the picture a texture is made from, or "ColorAlpha" where there is
 /// no "Color" of the image's size; the renderer adds "ColorAlpha" (half-float colour with alpha).
-/// "Depth" (one float) holds the depths that go with a picture.
+/// "Depth" (one float) holds the depths that go with a picture. The module reads such a buffer
+/// where the host has put one there, for ambient occlusion, and never adds one: depths come a pixel
+/// at a time from GABuffer::GetZValue.
 class HBitmapNode : public HTreeObject {
  public:
+  /// An image without buffers, `width` by `height` pixels.
   HBitmapNode(int width, int height) : m_width(width), m_height(height) {}
 
-  int GetWidth() const { return m_width; }
-  int GetHeight() const { return m_height; }
+  int GetWidth() const { return m_width; }    ///< Pixels.
+  int GetHeight() const { return m_height; }  ///< Pixels.
 
   /// First buffer of the list, or null. Buffers stay owned by the bitmap.
   HBitmapBuffer* GetBufferHead() const { return m_head; }
-  /// A four-channel buffer without storage, owned by the caller until AddBuffer takes it.
+  /// A four-channel buffer without storage, owned by the caller until AddBuffer takes it. Null
+  /// without memory.
   HRGBABuffer* CreateRGBABuffer(String name, HBitmapBuffer::ChannelType type, int width,
                                 int height);
-  /// Appends `buffer` and takes ownership of it. Buffers of the same name stay beside it; one that
-  /// is in the list already stays where it is.
+  /// Appends `buffer`, of any size, and takes ownership of it; null adds nothing. Buffers of the
+  /// same name stay beside it; one that is in the list already stays where it is.
   void AddBuffer(HBitmapBuffer* buffer);
   /// The buffer called `name` that was added last, or null.
   HBitmapBuffer* FindBuffer(const String& name) const;
@@ -125,6 +150,7 @@ class HBitmapNode : public HTreeObject {
   HByteBlock* CreateByteBlock(int wrap, int* flags, int bgr);
 
  protected:
+  /// Releases the buffers. For DeleteHandle.
   ~HBitmapNode() override;
 
  private:

@@ -14,27 +14,59 @@ class HBitmapNode;
 /// binary interface between host and module. Operations return 1 for success and 0 for failure
 /// unless said otherwise. Pixel coordinates have their origin at the top left but for GetZValue.
 ///
-/// A frame: Reallocate and ComputeProjectionMatrices once a size, then Clear, SetProjection(1),
-/// fog, what display lists draw, EndScene, and FillBitmapNode or BlitToFront. Whatever draws or
-/// reads makes the context current; the exceptions are said. Before Reallocate succeeded there is
-/// no context, and operations do nothing that can be seen.
+/// A frame: Reallocate and ComputeProjectionMatrices once a size, then Clear,
+/// SetProjection(kSceneProjection), fog, what display lists draw, EndScene, and FillBitmapNode or
+/// BlitToFront. Whatever draws or reads makes the context current; the exceptions are said. Before
+/// Reallocate succeeded there is no context, and operations do nothing that can be seen.
+///
+/// Made by GADriver::CreateBuffer, deleted by the host after the display list that draws into it.
+/// Used on the host's drawing thread alone. Records and pointers are trusted: a buffer that was
+/// made without a RenderInfo may not be drawn into.
 class GABuffer : public GAssistObject {
  public:
+  /// Kinds of surface, for GADriver::CreateBuffer.
+  enum Mode : int {
+    kOnScreen = 0,   ///< In a window; a new context at each Reallocate. So is any number but these.
+    kOffScreen = 1,  ///< A surface in memory; a new context at each Reallocate.
+    kKeepContext = 2  ///< In a window; a later Reallocate keeps the context, with its state.
+  };
+  /// What Reallocate is asked for.
+  enum ReallocateOption : int {
+    kWithoutDepth = 0,  ///< No depth buffer, and no depth test.
+    kWithDepth = 1      ///< A depth buffer, and the depth test switched on.
+  };
+  /// What SetProjection loads.
+  enum Projection : int {
+    kScreenProjection = 0,  ///< Pixels, x to the right and y downwards from the top left.
+    kSceneProjection = 1    ///< View space, seen as RenderInfo says.
+  };
+  /// Order of rows, for FillBitmapNode.
+  enum RowOrder : int {
+    kTopRowFirst = 0,    ///< As all bitmaps of the host have them.
+    kBottomRowFirst = 1  ///< Upside down.
+  };
+
   virtual ~GABuffer() = default;
 
-  /// Makes or remakes surface and context, `width` by `height` pixels, with a depth buffer when bit
-  /// 0 of `options` is set; other bits have no meaning. Fog is off afterwards and the render state
-  /// is that of SetRenderState. ComputeProjectionMatrices has to follow. Mode 2 keeps a context
-  /// that it has, with its state, and fits it to the window. What the buffer remembers of materials
-  /// and lights stays also when the context is new: set others first, or use mode 2. 0 in mode 1
-  /// alone, when the GL has no such surface; then there is a context without one, and it may be
-  /// tried again.
+  /// Makes or remakes surface and context, `width` by `height` pixels (1 to 32767, and off screen
+  /// at most platform::MaxPbufferSize), with a depth buffer when bit 0 of `options` is set
+  /// (ReallocateOption); other bits have no meaning. Fog is off afterwards and the render state is
+  /// that of SetRenderState. ComputeProjectionMatrices has to follow. kKeepContext keeps a context
+  /// that it has, with its state, and fits it to the window.
+  ///
+  /// What the buffer remembers of materials and lights, and its display list of texturing and open
+  /// blocks, stays also when the context is new, and is wrong then: what equals it is not sent. So
+  /// a host makes a new buffer and a new list for each size, or uses kKeepContext.
+  ///
+  /// 0 in mode kOffScreen alone, when the GL has no such surface; then there is a context without
+  /// one, and it may be tried again. Other modes answer 1 also when there is no context.
   virtual int Reallocate(int width, int height, int options) = 0;
-  /// A surface for effects: on-screen, with depth, nothing but the viewport set up. An earlier
-  /// context is not released. For the module's own effects. Always 1.
+  /// A surface for effects, `width` by `height` pixels: on-screen, with depth, nothing but the
+  /// viewport set up. An earlier context is not released. For the module's own effects. Always 1.
   virtual int AllocateforShader(int width, int height) = 0;
-  /// What Clear fills with, in steps of 1/255, without alpha; an empty handle is black. Read-back
-  /// makes everything within 0.01 of it transparent. Makes no context current. Always 1.
+  /// What Clear fills with, in steps of 1/255, without alpha; an empty handle is black, and so it
+  /// begins. Read-back makes everything within 0.01 of it transparent, surfaces of that colour too.
+  /// `color` is read now. Makes no context current. Always 1.
   virtual int SetBackground(const GAColor& color) = 0;
   /// Releases surface, context and queue; Reallocate makes new ones. Always 1, also when there is
   /// nothing to release.
@@ -46,12 +78,13 @@ class GABuffer : public GAssistObject {
   /// 0 without bitmap or memory. Makes no context current.
   virtual int Blit(tagBITMAPINFO* info) = 0;
   /// A picture over the scene: `rect` in pixels, turned upright when its edges are exchanged, at
-  /// view depth `z`, tested against the scene's depths. The texture's part from (0, 0), its top
-  /// left, to `extent` is shown, times `alpha`, 0 to 1. Drawn in the projection that is loaded,
-  /// which must be the scene's. Always 1, also when nothing is drawn: rectangle outside the view,
-  /// texture null or empty, or z not between nearZ and farZ (0, for one). A `z` on one of those
-  /// planes is moved 0.005 inwards. Under perspective, nearer than -0.99 pixels are taken for view
-  /// units.
+  /// view depth `z`, tested against the scene's depths (at nearZ it is over everything). The
+  /// texture's part from (0, 0), its top left, to `extent` is shown, times `alpha`, 0 to 1: extent
+  /// (1, 1) is all of it. Drawn in the projection that is loaded, which must be the scene's, and
+  /// with the lighting and fog that are in force. Always 1, also when nothing is drawn: rectangle
+  /// outside the view, texture null or empty, or z not between nearZ and farZ (0, for one). A `z`
+  /// on one of those planes is moved 0.005 inwards. Under perspective, nearer than -0.99 pixels are
+  /// taken for view units. Texturing is off in the GL afterwards.
   virtual int TransparentBlit(GATexture*, CRect, float /*z*/, const Vector2& /*extent*/,
                               float /*alpha*/) {
     return 0;
@@ -62,27 +95,37 @@ class GABuffer : public GAssistObject {
   /// 0: frames are shown whole, by BlitToFront.
   virtual int RepaintFront(CRect, CWnd*, unsigned short, unsigned short) { return 0; }
   /// Reads the lower left part of the frame that `node` has the size of into a new buffer of it,
-  /// "ColorAlpha", half floats as blue, green, red, alpha, the top row first unless `bottomUp`.
-  /// Alpha is 0 where every channel is within 0.01 of the background, inclusive, else 1. A buffer
-  /// of that name stays beside the new one. 0 without memory; 1 and no buffer when the node has no
-  /// pixels.
+  /// "ColorAlpha", half floats as blue, green, red, alpha, the top row first unless `bottomUp`
+  /// (RowOrder). Alpha is keyed: 0 where every channel is within 0.01 of the background, inclusive,
+  /// whether or not something of that colour was drawn there, else 1; colours stay as they are. A
+  /// buffer of that name stays beside the new one (HBitmapNode::RemoveBuffers). Pixels beyond the
+  /// surface are black. Batches that were not flushed are not in the frame. 0 without memory; 1 and
+  /// no buffer when the node has no pixels.
   virtual int FillBitmapNode(HBitmapNode* node, int bottomUp) = 0;
-  /// Fills a rectangle of pixels, cut to the view's pixel rectangle, over everything that is there.
-  /// `z`: as in TransparentBlit, in the screen's projection. The scene's projection is loaded
-  /// afterwards. Always 1.
+  /// Fills a rectangle of pixels, cut to the view's pixel rectangle, over everything that is there,
+  /// blended by the colour's alpha. `z`: as in TransparentBlit, in the screen's projection. The
+  /// scene's projection is loaded afterwards. Always 1.
   virtual int AfxFillRect(int x, int y, int width, int height, float z, GAColor& color) = 0;
-  /// Writes a text, a byte a glyph in Latin-1, from (x + 1, y + 11) on, which is the left end of
-  /// its base line; over everything that is there. Nothing is written when that point is outside
-  /// the view. The last argument is not used. Glyphs are made with contexts of on-screen modes, and
-  /// shared: off screen nothing is written before some buffer of mode 0 or 2 had a Reallocate. The
+  /// Writes a text, a byte a glyph in Latin-1 (UTF-8 is not read as such), from (x + 1, y + 11) on,
+  /// in pixels, which is the left end of its base line: (x, y) is about the top left of its first
+  /// line. Glyphs are ten pixels high; there is one line, and a line end has no meaning. Over
+  /// everything that is there, in `color` with its alpha, or, with a texture or lighting on, in
+  /// what those make of it. Nothing is written when the base line's left end is outside the view,
+  /// however much of the text would be inside. The last argument is not used: 0.
+  ///
+  /// Glyphs are made with contexts of on-screen modes, and shared by all buffers of the driver: off
+  /// screen nothing is written before some buffer of mode kOnScreen or kKeepContext had a
+  /// Reallocate, which may be deleted again. Where there is no font, nothing is written. The
   /// scene's projection is loaded afterwards. Always 1; a null text writes nothing.
   virtual int TextOutA(int x, int y, const char* text, const GAColor& color, int) = 0;
-  /// Depth in window coordinates, 0 to 1, at a pixel counted from the lower left; -100000000 where
-  /// nothing can be read: outside, or without depth buffer or surface.
+  /// Depth in window coordinates, 0 (near plane) to 1 (far plane, or nothing), at a pixel counted
+  /// from the lower left, unlike all others: y is height - 1 - y from the top. -100000000 where
+  /// nothing can be read: outside, or without depth buffer or surface. Batches that were not
+  /// flushed and what is transparent and waits are not there yet.
   virtual float GetZValue(int x, int y) = 0;
   /// The state that a surface starts with: no lighting, no texture, no culling, depth test as
   /// Reallocate was asked, blending by alpha, filled or wire polygons and smoothing by the
-  /// settings.
+  /// settings. 1.
   virtual int SetRenderState() { return 1; }
   /// 1: nothing to copy, all buffers share their objects.
   virtual int CopyObjects(GABuffer* source, int) = 0;
@@ -92,21 +135,25 @@ class GABuffer : public GAssistObject {
   /// queue.
   virtual void EndScene() {}
   /// Computes the screen's and the scene's projection from the view's record; the scene's is loaded
-  /// afterwards. After every Reallocate and every change of the view.
+  /// afterwards. After every Reallocate, which leaves a new context without one, and every change
+  /// of the view. Before the first call both are zero: what is drawn with them cannot be seen.
   virtual void ComputeProjectionMatrices() {}
-  /// Loads a projection that was computed: 0 the screen's, in pixels with y downwards; else the
-  /// scene's, in view space.
+  /// Loads a projection that was computed (Projection): 0 the screen's, in pixels with y downwards;
+  /// else the scene's, in view space. In both, z is that of view space.
   virtual void SetProjection(int /*scene*/) {}
   /// 1 or 0. Also a way to make the context current that changes nothing.
   virtual int IsFogEnabled() { return 0; }
-  /// Fog with the scene record's colour and, at density 1, from its fogStart to its fogEnd, cut to
-  /// whole view units; at any other density it grows exponentially with it. Without a scene record
-  /// it is black.
+  /// Fog on (other than 0) or off. It has the scene record's colour and, at density 1, grows in a
+  /// straight line from its fogStart to its fogEnd, cut to whole view units; at any other density
+  /// exponentially: at distance d, exp(-density * d) of a thing's own colour remains. Without a
+  /// scene record it is black. The record is read now, and so is the density that was set last.
   virtual void SetFogState(int /*on*/) {}
-  /// The fog colour of whatever context is current, with its alpha, which is 1, in blue's place.
+  /// The fog colour of whatever context is current, with its alpha, which is 1, in blue's place:
+  /// the blue that was set cannot be asked for.
   virtual RGBFloat GetFogColor() { return {}; }
   /// Sets it in whatever context is current; SetFogState replaces it.
   virtual void SetFogColor(RGBFloat) {}
-  /// Takes effect at the next SetFogState: 1 means linear fog. Per view unit. Calls no GL.
+  /// Density of fog per view unit; exactly 1, as at first, means linear fog. Takes effect at the
+  /// next SetFogState. Calls no GL.
   virtual void SetFogDensity(float) {}
 };

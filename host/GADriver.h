@@ -16,10 +16,14 @@ struct RenderInfo;
 /// interface between host and module. Operations return 1 for success and 0 for failure; what the
 /// factories make belongs to the host, which deletes it before the driver. Called on the host's
 /// drawing thread; nothing is locked. One driver lives at a time: the module's classes share state,
-/// and find the driver through the host's GetDriver().
+/// and find the driver through the host's GetDriver(). Factories answer null when memory runs out.
 ///
 /// Life: made by CreateDriver, which reads the settings; Initialize; objects made, used, deleted;
 /// deleted itself. A change of settings in the registry reaches the next driver only.
+///
+/// Before Initialize, and after one that failed, these answer: IsOperational, IsSupportGPU,
+/// IsHardwareSupport, GetDriverInfo, GLGetLastError, CreatePropertyPage, and the colours. Buffers
+/// and display lists can be made, and show nothing; textures and effects may not be made or set up.
 class GADriver : public GAssistObject {
  public:
   virtual ~GADriver() = default;
@@ -38,6 +42,7 @@ class GADriver : public GAssistObject {
   /// Whether the last Initialize succeeded.
   virtual int IsOperational() = 0;
   /// A colour whose channels have no value yet. Colours need neither Initialize nor a context.
+  /// Owned by whom it is returned to, as a rule a GAColor; null without memory.
   virtual GANativeColor* CreateColor() = 0;
   /// Bytes, 0 to 255 a channel.
   virtual GANativeColor* CreateColor(const ColorBuf& color) = 0;
@@ -49,19 +54,22 @@ class GADriver : public GAssistObject {
   virtual GANativeColor* CreateColor(const GAColor& color) = 0;
   /// A frame buffer that has no surface yet: GABuffer::Reallocate makes it. `info` is the view that
   /// it draws; not owned, must outlive it, may be null only for a buffer that is never drawn into.
-  /// `mode`: 1 off-screen; 2 on-screen, context kept on resize; else on-screen, remade on resize.
-  /// On-screen buffers draw into info->viewWindow, or into the driver's hidden window where that is
-  /// null or has no window. With `compatibleDC` other than 0 the buffer gets a device context in
-  /// memory, which has no port to draw into: such a buffer draws in mode 1 alone.
+  /// `mode` (GABuffer::Mode): 1 off-screen; 2 on-screen, context kept on resize; else on-screen,
+  /// remade on resize. On-screen buffers draw into info->viewWindow, or into the driver's hidden
+  /// window where that is null or has no window. With `compatibleDC` other than 0 the buffer gets a
+  /// device context in memory, which has no port to draw into: such a buffer draws in mode 1 alone.
+  /// Hosts pass 0.
   virtual GABuffer* CreateBuffer(RenderInfo* info, int mode, int compatibleDC) = 0;
   /// An empty texture, to be filled by one of its makers.
   virtual GATexture* CreateTexture() = 0;
-  /// A display list that draws into info->buffer for all its life: set it first, and Reallocate
-  /// that buffer first, since the list remembers its context. One list a buffer; it must be deleted
-  /// before the buffer. `info` is not owned.
+  /// A display list that draws into info->buffer for all its life: set it first, never to null, and
+  /// Reallocate that buffer first, since the list remembers its context; info->buffer stays as it
+  /// is while the list lives. One list a buffer; it must be deleted before the buffer. `info` is
+  /// not owned and must outlive it.
   virtual DisplayList* CreateDisplayList(RenderInfo* info) = 0;
-  /// Effects on finished pictures. `info` is not owned and must outlive it; its image size is that
-  /// of the surfaces which effects draw with, and is read by Init.
+  /// Effects on finished pictures. `info` is not owned, may not be null and must outlive it; its
+  /// image size is that of the surfaces which effects draw with, and is read by
+  /// GAShaderProgram::Init.
   virtual GAShaderProgram* CreateShaderProgram(RenderInfo* info) = 0;
   /// The page of settings for the host's sheet; with `reduced` other than 0 it shows no options.
   /// The page comes from the general heap, unlike everything else.
@@ -82,6 +90,9 @@ class GADriver : public GAssistObject {
   virtual int IsSupportGPU() = 0;
 };
 
-/// The module's exported entry: a new driver, owned by the caller; null when memory runs out.
+/// The module's exported entry: a new driver, owned by the caller, who deletes it; null when memory
+/// runs out. The host makes it the answer of GetDriver() at once. A program does not link it:
+/// hostkit::LoadedModule, or dlsym, finds it.
 extern "C" GADriver* CreateDriver();
+/// Type of that entry.
 using CreateDriverFunction = GADriver* (*)();

@@ -1,4 +1,5 @@
 // The host's four heaps. Every block goes back through the free function of the heap it came from.
+// The module calls them on the host's drawing thread; those of the host kit may be called from any.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +7,7 @@
 /// Memory of the objects that are handed to the host: driver, colours, buffers, display lists,
 /// textures, shader programs. Returns null when there is none.
 void* AllocGAssist(std::size_t size);
-/// Null is harmless, here and below.
+/// Gives back what AllocGAssist returned. Null is harmless, here and below.
 void FreeGAssist(void* block);
 
 /// Memory of the transparent-polygon queue, which has to be filled with zeros. Null when there is
@@ -17,10 +18,12 @@ void FreeOGL();
 
 /// Blit memory, read-back rows, texture staging, and the pictures of bitmaps. Bytes of any value.
 void* AllocExt(std::size_t size);
+/// Gives back what AllocExt returned.
 void FreeExt(void* block);
 
 /// Text of String. Bytes of any value.
 void* AllocString(std::size_t size);
+/// Gives back what AllocString returned.
 void FreeString(void* block);
 
 /// Base of every class whose objects the host owns: they live on the GAssist heap, and `delete`
@@ -28,7 +31,9 @@ void FreeString(void* block);
 /// constructor that throws has its block freed before the exception passes on.
 class GAssistObject {
  public:
+  /// Null when the heap is exhausted.
   static void* operator new(std::size_t size) noexcept { return AllocGAssist(size); }
+  /// Null is harmless.
   static void operator delete(void* block) noexcept { FreeGAssist(block); }
 
  protected:

@@ -7,11 +7,15 @@
 class VornStream {
  public:
   virtual ~VornStream() = default;
+  /// Writes the text as it is.
   VornStream& operator<<(const String& text);
+  /// Writes NUL-terminated text as it is; null writes nothing.
   VornStream& operator<<(const char* text);
+  /// Applies a manipulator, such as nl.
   VornStream& operator<<(VornStream& (*manipulator)(VornStream&)) { return manipulator(*this); }
 
  protected:
+  /// Takes NUL-terminated text, never null.
   virtual void Write(const char* text) = 0;
 };
 
@@ -25,10 +29,13 @@ class FileStream : public VornStream {
   FileStream() = default;
   FileStream(const FileStream&) = delete;
   FileStream& operator=(const FileStream&) = delete;
+  /// Gives up what was not closed: the old file is kept.
   ~FileStream() override;
 
   /// What a file is opened for.
-  enum Mode : int { kWriteText = 0x20 };
+  enum Mode : int {
+    kWriteText = 0x20  ///< A new text file, or one in place of an old one.
+  };
 
   /// Starts writing to `path`. Returns 1, or 0 when the file cannot be made, for another mode, or
   /// when a file is open already.

@@ -9,8 +9,11 @@
 /// One triangle: positions in view space, colours, texture coordinates, and the key it is sorted
 /// by. Copying copies the three colour handles (three new native colours); moving is cheap.
 struct VornPoly {
+  /// Corners; counter-clockwise on the screen when it faces the viewer.
   Vector p0, p1, p2;
-  GAColor c0, c1, c2;  ///< An empty handle is opaque black.
+  /// Colours of the corners. An empty handle is opaque black.
+  GAColor c0, c1, c2;
+  /// Texture coordinates of the corners.
   Vector2 uv0, uv1, uv2;
   float depthKey = 0;  ///< Any unit: the smallest is drawn first.
 };

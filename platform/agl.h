@@ -11,36 +11,42 @@
 
 extern "C" {
 
+/// What the pixels of a drawable are like. Lives as long as the process.
 typedef struct OpaqueAGLPixelFormat* AGLPixelFormat;
+/// A rendering context, until aglDestroyContext.
 typedef struct OpaqueAGLContext* AGLContext;
+/// An off-screen surface; goes with the last living context that it was set on.
 typedef struct OpaqueAGLPbuffer* AGLPbuffer;
+/// A window's port.
 typedef CGrafPtr AGLDrawable;
 
+/// Attributes of pixel formats, and options of contexts (the last two).
 enum {
-  AGL_NONE = 0,
-  AGL_BUFFER_SIZE = 2,
-  AGL_RGBA = 4,
-  AGL_DOUBLEBUFFER = 5,
-  AGL_DEPTH_SIZE = 12,
-  AGL_PIXEL_SIZE = 50,
-  AGL_OFFSCREEN = 53,
-  AGL_ACCELERATED = 73,
-  AGL_BUFFER_RECT = 202,
-  AGL_SWAP_INTERVAL = 222,
+  AGL_NONE = 0,             ///< Ends a list.
+  AGL_BUFFER_SIZE = 2,      ///< Bits of a colour; a number follows.
+  AGL_RGBA = 4,             ///< Colours, no index into a palette.
+  AGL_DOUBLEBUFFER = 5,     ///< A front and a back buffer.
+  AGL_DEPTH_SIZE = 12,      ///< Bits of the depth buffer; a number follows.
+  AGL_PIXEL_SIZE = 50,      ///< Bits of a pixel; a number follows.
+  AGL_OFFSCREEN = 53,       ///< Accepted, without a meaning.
+  AGL_ACCELERATED = 73,     ///< Accepted, without a meaning.
+  AGL_BUFFER_RECT = 202,    ///< Accepted by aglEnable and aglSetInteger, without an effect.
+  AGL_SWAP_INTERVAL = 222,  ///< Vertical retraces a frame, for aglSetInteger.
 };
 
+/// Errors of aglGetError.
 enum {
-  AGL_NO_ERROR = 0,
-  AGL_BAD_ATTRIBUTE = 10000,
-  AGL_BAD_PIXELFMT = 10002,
-  AGL_BAD_CONTEXT = 10004,
-  AGL_BAD_DRAWABLE = 10005,
-  AGL_BAD_STATE = 10007,
-  AGL_BAD_VALUE = 10008,
-  AGL_BAD_MATCH = 10009,
-  AGL_BAD_ENUM = 10010,
-  AGL_BAD_POINTER = 10014,
-  AGL_BAD_ALLOC = 10016,
+  AGL_NO_ERROR = 0,           ///< All went well.
+  AGL_BAD_ATTRIBUTE = 10000,  ///< An attribute of pixel formats that there is not.
+  AGL_BAD_PIXELFMT = 10002,   ///< No live pixel format, or none to be had.
+  AGL_BAD_CONTEXT = 10004,    ///< No live context.
+  AGL_BAD_DRAWABLE = 10005,   ///< No live port or pbuffer.
+  AGL_BAD_STATE = 10007,      ///< Not now: the context is not current, for one.
+  AGL_BAD_VALUE = 10008,      ///< A number that cannot be.
+  AGL_BAD_MATCH = 10009,      ///< Context, format and drawable do not go together.
+  AGL_BAD_ENUM = 10010,       ///< An option that there is not.
+  AGL_BAD_POINTER = 10014,    ///< A null pointer.
+  AGL_BAD_ALLOC = 10016,      ///< No memory, or the system refused.
 };
 
 /// The first error since the last call on this thread; reading clears it.
@@ -64,6 +70,7 @@ GLboolean aglDestroyContext(AGLContext context);
 /// Makes a context current on the drawable that was set on it; null makes none current. A context
 /// that is current on its drawable already is not bound anew: no flush.
 GLboolean aglSetCurrentContext(AGLContext context);
+/// The context that is current on this thread; null when there is none of AGL's.
 AGLContext aglGetCurrentContext(void);
 
 /// Binds a window's port to a context; takes effect at once when the context is current. A window
@@ -74,15 +81,18 @@ GLboolean aglSetDrawable(AGLContext context, AGLDrawable drawable);
 /// end.
 GLboolean aglCreatePBuffer(GLint width, GLint height, GLenum target, GLenum internalFormat,
                            long maxLevel, AGLPbuffer* pbuffer);
-/// Binds a pbuffer to a context; takes effect at once when the context is current.
+/// Binds a pbuffer to a context; takes effect at once when the context is current. The last three
+/// arguments have no meaning.
 GLboolean aglSetPBuffer(AGLContext context, AGLPbuffer pbuffer, GLint face, GLint level,
                         GLint screen);
+/// 0: there is one screen. A dead handle leaves an error.
 GLint aglGetVirtualScreen(AGLContext context);
 
 /// Shows the back buffer of the context's window. The next frame begins with undefined pixels.
 void aglSwapBuffers(AGLContext context);
 /// Fits the context to its drawable after that changed its size.
 GLboolean aglUpdateContext(AGLContext context);
+/// Switches an option on.
 GLboolean aglEnable(AGLContext context, GLenum pname);
 /// AGL_BUFFER_RECT takes {x, y, width, height} of a view, with the origin at the lower left of the
 /// frame window that it lies in. It has no effect: a view is a window of its own, whose port is as

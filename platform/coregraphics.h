@@ -5,7 +5,9 @@
 
 extern "C" {
 
+/// A display's number.
 typedef std::uint32_t CGDirectDisplayID;
+/// Displays, a bit each.
 typedef std::uint32_t CGOpenGLDisplayMask;
 
 /// The main display, also where there is no screen. Callable from static initialisers.

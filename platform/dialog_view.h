@@ -37,24 +37,24 @@ namespace platform {
 
 /// A line of a list.
 struct ListItem {
-  std::string text;
+  std::string text;      ///< UTF-8.
   bool checked = false;  ///< Of check lists.
   bool enabled = true;   ///< Whether the user may change the check mark.
 };
 
 /// A control as it is now. Texts are UTF-8 and shown as they are: '&' has no meaning in them.
 struct DialogControl {
-  int id = kNoControlId;
-  ControlKind kind = ControlKind::kLabel;
-  int group = kNoGroup;
-  GridCell cell;
-  std::string text;
-  std::string toolTip;
-  char accessKey = 0;
-  bool visible = true;
-  bool enabled = true;
-  bool checked = false;  ///< Of check boxes.
-  std::vector<ListItem> items;
+  int id = kNoControlId;                   ///< As in the template.
+  ControlKind kind = ControlKind::kLabel;  ///< As in the template.
+  int group = kNoGroup;                    ///< As in the template.
+  GridCell cell;                           ///< As in the template.
+  std::string text;                        ///< What is shown.
+  std::string toolTip;                     ///< What is told of it; may be empty.
+  char accessKey = 0;                      ///< See DialogText.
+  bool visible = true;                     ///< Whether it is shown.
+  bool enabled = true;                     ///< Whether the user can use it.
+  bool checked = false;                    ///< Of check boxes.
+  std::vector<ListItem> items;             ///< Of lists.
 };
 
 /// A dialog, a page or a sheet as views see it: what there is, and what a user can do with it. What
@@ -62,6 +62,7 @@ struct DialogControl {
 /// a dialog that has ended) does nothing and answers false.
 class DialogModel {
  public:
+  /// UTF-8.
   virtual const std::string& Title() const = 0;
   /// In tab order. The controls stay in place as long as the dialog is there.
   virtual const std::vector<DialogControl>& Controls() const = 0;
@@ -99,7 +100,15 @@ class DialogModel {
   ~DialogModel() = default;
 };
 
-enum class ControlChange { kText, kChecked, kEnabled, kVisible, kItemAdded, kItemChanged };
+/// What of a control is different now.
+enum class ControlChange {
+  kText,        ///< Its text.
+  kChecked,     ///< Its check mark.
+  kEnabled,     ///< Whether it can be used.
+  kVisible,     ///< Whether it is shown.
+  kItemAdded,   ///< A list has one line more, at its end.
+  kItemChanged  ///< Text, mark or state of a line.
+};
 
 /// Shows dialogs, and tells them what the user does. Called on the thread that runs the dialog.
 class DialogView {

@@ -5,6 +5,7 @@
 #include <GL/glew.h>
 
 #ifndef GL_TEXTURE_RECTANGLE_EXT
+/// Target of rectangular textures, which AGL's pbuffers are asked for.
 #define GL_TEXTURE_RECTANGLE_EXT 0x84F5
 #endif
 

@@ -6,10 +6,12 @@
 /// A rectangle by its edges.
 class CRect : public tagRECT {
  public:
+  /// Empty, at the origin.
   CRect() : tagRECT{0, 0, 0, 0} {}
+  /// Left, top, right and bottom edge, in pixels as a rule.
   CRect(LONG l, LONG t, LONG r, LONG b) : tagRECT{l, t, r, b} {}
-  LONG Width() const { return right - left; }
-  LONG Height() const { return bottom - top; }
+  LONG Width() const { return right - left; }   ///< Negative when edges are exchanged.
+  LONG Height() const { return bottom - top; }  ///< Negative when edges are exchanged.
   /// Swaps edges so that neither width nor height is negative.
   void NormalizeRect();
 };
@@ -36,16 +38,19 @@ class CWnd {
   BOOL Attach(HWND window);
   /// Returns 0 when there is no window. One that was adopted stays with its maker.
   BOOL DestroyWindow();
+  /// The window's handle; null when there is none.
   HWND GetSafeHwnd() const { return m_hWnd; }
   /// Client area in client coordinates; empty when there is no window.
   void GetClientRect(RECT* rect) const;
   /// Moves client coordinates to those of the screen.
   void ClientToScreen(POINT* point) const;
+  /// The same for both corners.
   void ClientToScreen(RECT* rect) const;
   /// The object of the outermost window that this one lies in; null when there is no such window,
   /// or when it has no object.
   virtual CWnd* GetParentFrame() const;
-  /// Nothing changes when the size cannot be had, or when the window was adopted.
+  /// Gives the window a place in its parent, or on the screen, and a size of its client area, in
+  /// pixels. Nothing changes when the size cannot be had, or when the window was adopted.
   void MoveWindow(int x, int y, int width, int height);
   /// The user asks for the window to be closed: destroys it.
   virtual void OnClose();
@@ -63,8 +68,8 @@ class CWnd {
     kSettingsStored = 2,  ///< Of a settings sheet: a page of it has stored changed settings.
   };
 
-  HWND m_hWnd = nullptr;
-  DWORD m_nFlags = 0;
+  HWND m_hWnd = nullptr;  ///< Null without a window, also when it was closed.
+  DWORD m_nFlags = 0;     ///< Flags of the above.
 };
 
 /// A device context as an object; owns nothing.
@@ -72,7 +77,7 @@ class CDC {
  public:
   /// The object of a handle, null for a null or dead one. Lives as long as the device context.
   static CDC* FromHandle(HDC dc);
-  HDC m_hDC = nullptr;
+  HDC m_hDC = nullptr;  ///< Its handle.
 };
 
 /// Registers a window class of a style; the name stays valid. Cursor, brush and icon may be null.
@@ -81,6 +86,7 @@ const char* AfxRegisterWndClass(DWORD style, void* cursor, void* brush, void* ic
 void AfxShowWindow(CWnd* window, int command);
 /// The window that this one lies in, by its object or by handle; null when there is none.
 CWnd* AfxGetParent(const CWnd* window);
+/// The same by handle.
 HWND AfxGetParent(HWND window);
 
 /// Shows `text` in a modal box and returns the number of the button that ended it. What the box

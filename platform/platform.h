@@ -61,27 +61,35 @@ std::vector<DisplayChoice> ListDisplayDevices();
 
 /// What the GL says of itself.
 struct RendererReport {
+  /// GL_VENDOR and so on.
   std::string vendor, renderer, version, shadingLanguage;
-  int textureSize = 0;   ///< Pixels a side.
-  int viewportSize = 0;  ///< Pixels; the smaller side.
-  std::vector<std::string> extensions;
+  int textureSize = 0;                  ///< Pixels a side.
+  int viewportSize = 0;                 ///< Pixels; the smaller side.
+  std::vector<std::string> extensions;  ///< In the GL's order.
 };
 
 /// Asks a context of its own on the process's display, and leaves the current one current. Empty
 /// strings when there is no context to be had.
 RendererReport DescribeRenderer();
 
-/// GL_RENDERER and GL_VERSION of the current context; empty without one.
+/// GL_RENDERER of the current context; empty without one.
 std::string CurrentRenderer();
+/// GL_VERSION likewise.
 std::string CurrentVersion();
 
 /// The longest side that an off-screen surface can have, in pixels; 0 when there is no display.
 int MaxPbufferSize();
 
+/// Whether an off-screen surface can have these sides, in pixels. Memory for one so large may still
+/// be missing. For sides that the system promises this costs nothing, unlike MaxPbufferSize.
+bool IsPbufferSize(int width, int height);
+
 /// Live objects of the layer, for leak checks.
 struct HandleCounts {
+  /// How many of each kind live.
   int contexts = 0, pbuffers = 0, windows = 0, deviceContexts = 0;
 };
+/// Counts them.
 HandleCounts CountHandles();
 
 }  // namespace platform

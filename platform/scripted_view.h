@@ -13,18 +13,23 @@ namespace platform {
 
 /// One thing that a script does. `act` gets the dialog on top and answers whether it could be done.
 struct ScriptStep {
-  std::string what;  ///< For the message when it could not.
-  std::function<bool(DialogModel&)> act;
+  std::string what;                       ///< For the message when it could not.
+  std::function<bool(DialogModel&)> act;  ///< What is done.
 };
 
-/// The usual steps. Ids are looked for in the dialog on top, then in its page in front.
+/// Clicks a control. Ids are looked for in the dialog on top, then in its page in front.
 ScriptStep ClickStep(int id);
+/// Brings a check box into a state.
 ScriptStep CheckStep(int id, bool checked);
+/// Presses an access key.
 ScriptStep KeyStep(char key);
+/// Brings a page to the front.
 ScriptStep PageStep(int page);
 /// Copies a control as it is then; `*control` must live until the script is done.
 ScriptStep ReadStep(int id, DialogControl* control);
+/// Presses Enter.
 ScriptStep ConfirmStep();
+/// Presses Escape.
 ScriptStep CancelStep();
 /// Whatever the caller likes, with the dialog on top.
 ScriptStep DoStep(std::function<void(DialogModel&)> act);
@@ -35,7 +40,9 @@ ScriptStep DoStep(std::function<void(DialogModel&)> act);
 /// is the program's view while it lives, and restores the one before.
 class ScriptedView : public DialogView {
  public:
+  /// Becomes the program's view.
   explicit ScriptedView(std::vector<ScriptStep> steps);
+  /// Brings back the view before.
   ~ScriptedView() override;
   ScriptedView(const ScriptedView&) = delete;
   ScriptedView& operator=(const ScriptedView&) = delete;

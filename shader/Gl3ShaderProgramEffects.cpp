@@ -4,8 +4,6 @@
 
 namespace {
 
-enum EffectNumber : int { kBlur = 0, kFilter = 1, kOcclusion = 2 };
-
 /// Sets an effect up. One that fails is deleted, its pointer cleared.
 template <typename Effect>
 int InitEffect(Effect*& effect, float* parameters, int count) {

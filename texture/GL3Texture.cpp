@@ -38,9 +38,9 @@ GLuint MakeLinearTexture(GLint wrap) {
                            {GL_TEXTURE_WRAP_T, wrap}});
 }
 
-/// Repeated for wrap mode 0; else clamped, to red without alpha where the GL has borders.
+/// Repeated for that wrap mode; else clamped, to red without alpha where the GL has borders.
 GLuint MakeSurfaceTexture(int wrap) {
-  if (wrap == 0) return MakeLinearTexture(GL_REPEAT);
+  if (wrap == GATexture::kRepeat) return MakeLinearTexture(GL_REPEAT);
   if (!GLEW_ARB_texture_border_clamp) return MakeLinearTexture(GL_CLAMP);
   const GLuint texture = MakeLinearTexture(GL_CLAMP_TO_BORDER);
   const GLfloat border[4] = {1.0f, 0.0f, 0.0f, 0.0f};

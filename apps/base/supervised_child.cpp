@@ -24,6 +24,7 @@
 #include "apps/base/file_checks.h"
 #include "apps/base/memory_limit.h"
 #include "apps/base/text.h"
+#include "apps/base/warning_digest.h"
 
 namespace gl3 {
 namespace {
@@ -111,6 +112,7 @@ class Supervisor {
  private:
   bool ReadPipe();
   bool Handle(const std::string& message);
+  static void PrintWarnings(const std::vector<std::string>& lines);
   bool EnterPhase(const std::string& text);
   bool NoteFinish(const std::string& text);
   void EndNonsense();
@@ -140,6 +142,7 @@ class Supervisor {
   Clock::time_point m_firstProgress;
   std::string m_next;
   int m_askedToEnd = 0;         // a signal, or 0
+  WarningDigest m_warnings;     // that wait for something else to be said
   std::size_t m_toldBytes = 0;  // of pieces for whoever started the work
   bool m_talksNonsense = false;
   bool m_finished = false;
@@ -182,10 +185,15 @@ bool Supervisor::ReadPipe() {
   return true;
 }
 
+void Supervisor::PrintWarnings(const std::vector<std::string>& lines) {
+  for (const std::string& line : lines) PrintWarning(line);
+}
+
 /// What the child works on may have turned it against us: so what it says is looked at like a
 /// file. False for what no child says.
 bool Supervisor::Handle(const std::string& message) {
   if (message.empty()) return false;
+  if (message[0] != 'W') PrintWarnings(m_warnings.Take());
   const std::string text = message.substr(1);
   const std::string line = text.substr(0, kLongestLine);
   switch (message[0]) {
@@ -194,7 +202,7 @@ bool Supervisor::Handle(const std::string& message) {
     case 'G':
       return NoteProgress(line);
     case 'W':
-      PrintWarning(line);
+      m_warnings.Add(line);
       return true;
     case 'N':
       PrintNote(line);
@@ -339,6 +347,7 @@ int Supervisor::Conclude() {
   int status = 0;
   while (waitpid(m_child, &status, 0) < 0 && errno == EINTR) {
   }
+  PrintWarnings(m_warnings.TakeRest());
   int code = Meaning().status;
   if (m_finished) {
     // A crash in a driver's last clean-up changes nothing; a leak checker's verdict does.

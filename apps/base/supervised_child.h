@@ -35,6 +35,7 @@ class ParentLine {
   explicit ParentLine(int descriptor) : m_descriptor(descriptor) {}
   /// A phase begins; `subject` is the file that it is about, or "OpenGL".
   void Enter(Phase phase, const std::string& subject);
+  /// Those that follow on one another are told by kind: see WarningDigest.
   void Warn(const std::string& text) { Send('W', text); }
   void Note(const std::string& text) { Send('N', text); }
   /// Of `total` pictures `done` are there, and `next` (such as "frame 7") is begun, or nothing more

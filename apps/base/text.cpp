@@ -133,17 +133,22 @@ bool ParseInteger(const std::string& text, int* number) {
   return ParseWhole(text, number);
 }
 
-bool ParseTriple(const std::string& text, float triple[3]) {
+bool ParseTriple(const std::string& text, double triple[3]) {
   std::size_t begin = 0;
   for (int i = 0; i < 3; ++i) {
     const std::size_t comma = i < 2 ? text.find(',', begin) : text.size();
     if (comma == std::string::npos) return false;
-    double number = 0;
-    if (!ParseNumber(text.substr(begin, comma - begin), &number)) return false;
-    triple[i] = static_cast<float>(number);
-    if (!std::isfinite(triple[i])) return false;
+    if (!ParseNumber(text.substr(begin, comma - begin), &triple[i])) return false;
+    if (!std::isfinite(static_cast<float>(triple[i]))) return false;
     begin = comma + 1;
   }
+  return true;
+}
+
+bool ParseTriple(const std::string& text, float triple[3]) {
+  double exact[3];
+  if (!ParseTriple(text, exact)) return false;
+  std::transform(exact, exact + 3, triple, [](double value) { return static_cast<float>(value); });
   return true;
 }
 

@@ -28,7 +28,8 @@ std::string NearestName(const std::string& wrong, const std::vector<std::string>
 /// else. Numbers are finite.
 bool ParseNumber(const std::string& text, double* number);
 bool ParseInteger(const std::string& text, int* number);
-/// Three numbers with commas between.
+/// Three numbers with commas between, within the range of floats.
+bool ParseTriple(const std::string& text, double triple[3]);
 bool ParseTriple(const std::string& text, float triple[3]);
 /// A number of bytes with an optional K, M, G or T (of 1024), as in "1.5G" or "512 MiB".
 bool ParseBytes(const std::string& text, std::uint64_t* bytes);

@@ -107,6 +107,7 @@ int main(int argc, char** argv) {
   const bool isConfined = std::strcmp(argv[2], hostkit::kConfinedWord) == 0;
   hostkit::ImportOptions options;
   options.leavesMemory = true;
+  options.scene = argv[hostkit::kSceneArgument];
   if (isConfined) options.reach = hostkit::FileReach::kFolder;
   ConfineTo(models, isConfined, options);
   const std::unique_ptr<hostkit::Scene> scene = ImportAll(models, options);

@@ -22,6 +22,7 @@
 #include <QUrl>
 #include <utility>
 
+#include "apps/base/warning_digest.h"
 #include "apps/gl3-view/recent_files.h"
 #include "apps/gl3-view/render_command.h"
 #include "apps/gl3-view/report_dialog.h"
@@ -33,6 +34,7 @@ namespace view {
 namespace {
 
 constexpr int kMessageTime = 10000;  // milliseconds
+constexpr int kPlaceDigits = 10;     // of coordinates: millimetres over the whole earth
 
 struct StandardView {
   const char* text;
@@ -332,7 +334,9 @@ void MainWindow::Show(std::unique_ptr<hostkit::Scene> scene, const QStringList& 
                             .arg(locale.toString(static_cast<qlonglong>(model.meshes.size())))
                             .arg(locale.toString(static_cast<qlonglong>(model.instances.size()))));
   QStringList warnings;
-  for (const std::string& warning : model.warnings) warnings << QString::fromStdString(warning);
+  for (const std::string& line : gl3::DigestOf(model.warnings)) {
+    warnings << QString::fromStdString(line);
+  }
   m_modelLabel->setToolTip(PlainToolTip(warnings.join('\n')));
   if (!warnings.empty()) statusBar()->showMessage(warnings.first(), kMessageTime);
 }
@@ -357,12 +361,13 @@ void MainWindow::ShowFigures(const FrameFigures& figures) {
 void MainWindow::ShowSelection(const std::vector<PickedVertex>& selection) {
   if (selection.empty()) return m_selectionLabel->clear();
   const PickedVertex& last = selection.back();
+  const Imath::V3d place = m_viewport->Scene()->origin + Imath::V3d(last.place);
   m_selectionLabel->setText(QString("%1 selected, vertex %2 at %3, %4, %5")
                                 .arg(selection.size())
                                 .arg(last.vertex)
-                                .arg(last.place.x)
-                                .arg(last.place.y)
-                                .arg(last.place.z));
+                                .arg(place.x, 0, 'g', kPlaceDigits)
+                                .arg(place.y, 0, 'g', kPlaceDigits)
+                                .arg(place.z, 0, 'g', kPlaceDigits));
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {

@@ -65,11 +65,13 @@ void OptionsPanel::AddSurfaces(QFormLayout* form) {
                         const QColor read(values.value(0));
                         color->SetColor(read.isValid() ? read : kBackground);
                       }});
+  AddFlag(form, "Bac&kfaces", "--backfaces");
   AddSpin(form, "&Antialias", "--antialias", 1, 4, 2);
 }
 
 void OptionsPanel::AddHelpers(QFormLayout* form) {
-  AddSpin(form, "Point &size", "--point-size", 1, 64, 1);
+  AddCombo(form, "&Up axis", "--up-axis", {"auto", "+X", "-X", "+Y", "-Y", "+Z", "-Z"});
+  AddSpin(form, "Point &size", "--point-size", 0, 64, 0)->setSpecialValueText("automatic");
   AddSwitch(form, "Gri&d", "--grid", "", "spacing");
   AddSwitch(form, "&Control points", "--control-points", "", "size");
 }
@@ -121,8 +123,8 @@ void OptionsPanel::AddCombo(QFormLayout* form, const QString& label, const QStri
                       }});
 }
 
-void OptionsPanel::AddSpin(QFormLayout* form, const QString& label, const QString& option,
-                           int least, int most, int standard) {
+QSpinBox* OptionsPanel::AddSpin(QFormLayout* form, const QString& label, const QString& option,
+                                int least, int most, int standard) {
   auto* const spin = new QSpinBox(this);
   spin->setObjectName(option);
   spin->setRange(least, most);
@@ -137,6 +139,17 @@ void OptionsPanel::AddSpin(QFormLayout* form, const QString& label, const QStrin
                       [spin, standard](const QStringList& values) {
                         spin->setValue(values.isEmpty() ? standard : values.first().toInt());
                       }});
+  return spin;
+}
+
+void OptionsPanel::AddFlag(QFormLayout* form, const QString& label, const QString& option) {
+  auto* const box = new QCheckBox(this);
+  box->setObjectName(option);
+  form->addRow(label, box);
+  connect(box, &QCheckBox::toggled, this, [this] { Changed(); });
+  m_fields.push_back({option,
+                      [box] { return box->isChecked() ? QStringList{QString()} : QStringList(); },
+                      [box](const QStringList& values) { box->setChecked(!values.isEmpty()); }});
 }
 
 /// An option whose value may be left out: a check box, and a field for the value.

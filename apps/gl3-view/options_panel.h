@@ -9,6 +9,7 @@
 #include <vector>
 
 class QFormLayout;
+class QSpinBox;
 
 namespace view {
 
@@ -45,8 +46,9 @@ class OptionsPanel : public QWidget {
   void AddLists(QFormLayout* form);
   void AddCombo(QFormLayout* form, const QString& label, const QString& option,
                 const QStringList& names);
-  void AddSpin(QFormLayout* form, const QString& label, const QString& option, int least, int most,
-               int standard);
+  QSpinBox* AddSpin(QFormLayout* form, const QString& label, const QString& option, int least,
+                    int most, int standard);
+  void AddFlag(QFormLayout* form, const QString& label, const QString& option);
   void AddSwitch(QFormLayout* form, const QString& label, const QString& option,
                  const QString& standard, const QString& hint);
   void AddList(QFormLayout* form, const QString& label, const QString& option,

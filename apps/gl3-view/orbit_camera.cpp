@@ -15,6 +15,7 @@ using Imath::V3f;
 constexpr float kPi = 3.14159265f;
 constexpr float kDegreesPerRadian = 180 / kPi;
 // How near and how far the eye goes, in sizes of the subject.
+constexpr float kSmallestSubject = 1e-30f;
 constexpr float kNearest = 1e-4f, kNearestParallel = 3e-3f, kFarthest = 1e3f;
 // The narrowest field of view that the command line takes, in radians, with a little to spare.
 constexpr float kNarrowest = 0.101f / kDegreesPerRadian;
@@ -28,11 +29,31 @@ V3f Rotated(const V3f& v, const V3f& axis, float angle) {  // Rodrigues; unit ax
   return v * c + axis.cross(v) * s + axis * (axis.dot(v) * (1 - c));
 }
 
+/// A box given by two opposite corners, in a world with y up.
+Imath::Box3f Turned(const Imath::Box3f& corners, hostkit::UpAxis up) {
+  Imath::Box3f turned(ToYUp(up, corners.min));
+  turned.extendBy(ToYUp(up, corners.max));
+  return turned;
+}
+
 }  // namespace
 
-void OrbitCamera::SetSubject(const Imath::Box3f& bounds, std::vector<V3f> points) {
-  m_bounds = bounds.isEmpty() ? Imath::Box3f(V3f(-0.5f), V3f(0.5f)) : bounds;
-  m_points = std::move(points);
+void OrbitCamera::SetSubject(const Imath::Box3f& bounds, const std::vector<V3f>& points,
+                             const Imath::V3d& origin) {
+  m_origin = origin;
+  m_bounds = Imath::Box3f(V3f(-0.5f), V3f(0.5f));
+  if (!bounds.isEmpty()) m_bounds = Turned(bounds, m_upAxis);
+  m_points.clear();
+  for (const V3f& point : points) m_points.push_back(ToYUp(m_upAxis, point));
+}
+
+void OrbitCamera::SetUpAxis(hostkit::UpAxis up) {
+  const hostkit::UpAxis before = std::exchange(m_upAxis, up);
+  if (up == before) return;
+  const auto turn = [=](const V3f& point) { return ToYUp(up, FromYUp(before, point)); };
+  m_target = turn(m_target);
+  m_bounds = Turned({FromYUp(before, m_bounds.min), FromYUp(before, m_bounds.max)}, up);
+  for (V3f& point : m_points) point = turn(point);
 }
 
 void OrbitCamera::Fit(float aspect) {
@@ -58,16 +79,17 @@ void OrbitCamera::LookFrom(const V3f& direction, float aspect) {
 }
 
 void OrbitCamera::Take(const hostkit::SceneCamera& camera) {
-  m_back = -camera.forward.normalized();
-  const V3f right = camera.up.cross(m_back);
+  const V3f eye = ToYUp(m_upAxis, camera.eye);
+  m_back = -ToYUp(m_upAxis, camera.forward).normalized();
+  const V3f right = ToYUp(m_upAxis, camera.up).cross(m_back);
   if (right.length() < kVertical) return;
   m_up = m_back.cross(right.normalized());
   m_parallel = camera.parallelHeight > 0;
   if (!m_parallel) m_fov = camera.verticalFov;
   // It turns about what lies ahead of it, as far away as the subject's middle is.
-  const float ahead = (camera.eye - m_bounds.center()).dot(m_back);
+  const float ahead = (eye - m_bounds.center()).dot(m_back);
   const float distance = std::max(ahead, 0.01f * m_bounds.size().length());
-  m_target = camera.eye - m_back * distance;
+  m_target = eye - m_back * distance;
   m_distance = m_parallel ? camera.parallelHeight / (2 * std::tan(m_fov / 2)) : distance;
   KeepInReach();
 }
@@ -97,7 +119,7 @@ void OrbitCamera::Zoom(float factor) {
 }
 
 void OrbitCamera::KeepInReach() {
-  const float size = std::max(m_bounds.size().length(), 1e-6f);
+  const float size = std::max(m_bounds.size().length(), kSmallestSubject);
   const float nearest = m_parallel ? kNearestParallel : kNearest;
   m_distance = std::clamp(m_distance, size * nearest, size * kFarthest);
 }
@@ -112,9 +134,9 @@ void OrbitCamera::Fill(gl3::RenderOptions* options) const {
     fov = std::max(2 * std::atan(height / (2 * distance)), kNarrowest);
   }
   options->cameras.clear();
-  options->eye = m_target + m_back * distance;
-  options->target = m_target;
-  options->up = m_up;
+  options->eye = m_origin + Imath::V3d(FromYUp(m_upAxis, m_target + m_back * distance));
+  options->target = m_origin + Imath::V3d(FromYUp(m_upAxis, m_target));
+  options->up = Imath::V3d(FromYUp(m_upAxis, m_up));
   options->fieldOfView = fov * kDegreesPerRadian;
   options->parallel = m_parallel;
 }

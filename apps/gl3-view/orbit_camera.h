@@ -8,25 +8,31 @@
 
 #include "apps/options/render_options.h"
 #include "hostkit/scene/scene.h"
+#include "hostkit/scene/up_axis.h"
 
 namespace view {
 
-/// World space throughout; angles in radians. The camera is handed on as the options --eye,
+/// The scene's world space outside; angles in radians. The camera is handed on as the options
+/// --eye,
 /// --target, --up, --fov and --parallel, so that whoever is given these sees the very same.
 class OrbitCamera {
  public:
-  /// Tells what is looked at: its bounds (may be empty) and the points to fit (see ExtremePoints).
-  void SetSubject(const Imath::Box3f& bounds, std::vector<Imath::V3f> points);
+  /// Tells what is looked at: its bounds (may be empty), the points to fit (see ExtremePoints), and
+  /// the scene's origin.
+  void SetSubject(const Imath::Box3f& bounds, const std::vector<Imath::V3f>& points,
+                  const Imath::V3d& origin = Imath::V3d(0));
+  /// What is up in the world. The subject turns in front of the camera.
+  void SetUpAxis(hostkit::UpAxis up);
 
   /// Shows all of the subject from where the camera looks now, or from `direction` (from the
-  /// subject to the eye, need not be unit length). `aspect` is width by height.
+  /// subject to the eye, as if y were up, need not be unit length). `aspect` is width by height.
   void Fit(float aspect);
   void LookFrom(const Imath::V3f& direction, float aspect);
   /// Takes the place of a camera of the model.
   void Take(const hostkit::SceneCamera& camera);
 
-  /// Moves the eye about the target: to its right about the world's y axis, and towards its up as
-  /// far as straight above or below.
+  /// Moves the eye about the target: to its right about what is up in the world, and towards its
+  /// own up as far as straight above or below.
   void Orbit(float right, float up);
   /// Moves eye and target by shares of the height that is seen at the target.
   void Pan(float right, float up);
@@ -36,15 +42,18 @@ class OrbitCamera {
 
   void SetParallel(bool parallel) { m_parallel = parallel; }
   bool IsParallel() const { return m_parallel; }
-  const Imath::V3f& Target() const { return m_target; }
+  Imath::V3f Target() const { return FromYUp(m_upAxis, m_target); }
 
-  /// Writes the camera into `options`.
+  /// Writes the camera into `options`, in the file's coordinates.
   void Fill(gl3::RenderOptions* options) const;
 
  private:
   Imath::V3f Right() const { return m_up.cross(m_back); }
   void KeepInReach();
 
+  hostkit::UpAxis m_upAxis = hostkit::UpAxis::kPlusY;
+  Imath::V3d m_origin{0, 0, 0};
+  // All of these are in a world that was turned for y to be up.
   Imath::Box3f m_bounds;
   std::vector<Imath::V3f> m_points;
   Imath::V3f m_target{0, 0, 0};

@@ -9,8 +9,6 @@
 namespace view {
 namespace {
 
-// Values of the display list's SetDepthFunc.
-constexpr int kDepthTestOff = 0, kDepthTestOn = 1, kNormalBlending = 3, kLightingOff = 5;
 constexpr int kControlPointSize = 4;  // half a side, in pixels
 constexpr float kMarkerDistance = 10;
 
@@ -73,10 +71,10 @@ void PaintControlPoints(WindowSurface& surface, const hostkit::View& view,
   DisplayList* const list = surface.List();
   list->BeginInstructions();
   list->SetTexture(nullptr);
-  list->SetDepthFunc(kNormalBlending);
-  list->SetDepthFunc(kLightingOff);
-  list->SetDepthFunc(kDepthTestOff);
-  list->SetProjection(1);
+  list->SetDepthFunc(DisplayList::kNormalBlending);
+  list->SetDepthFunc(DisplayList::kLightingOff);
+  list->SetDepthFunc(DisplayList::kDepthTestOff);
+  list->SetProjection(GABuffer::kSceneProjection);
   for (const Imath::V3f& place : places) {
     const ScreenPoint at = projection.Project(place);
     if (!at.inView) continue;
@@ -85,7 +83,7 @@ void PaintControlPoints(WindowSurface& surface, const hostkit::View& view,
     list->AddCP(position, kControlPointSize, fill);
   }
   list->FlushArrays();
-  list->SetDepthFunc(kDepthTestOn);
+  list->SetDepthFunc(DisplayList::kDepthTestOn);
   list->EndInstructions();
 }
 

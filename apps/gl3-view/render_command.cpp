@@ -7,12 +7,13 @@
 
 #include "apps/base/command_words.h"
 #include "apps/options/option_parser.h"
+#include "apps/work/render/render_camera.h"
 
 namespace view {
 namespace {
 
-QString Triple(const Imath::V3f& v) {
-  return QString::fromStdString(fmt::format("{},{},{}", v.x, v.y, v.z));
+QString Triple(const Imath::V3d& v) {
+  return QString::fromStdString(gl3::FormatTriple(v));
 }
 
 }  // namespace
@@ -35,7 +36,7 @@ bool ReadChoices(const QStringList& arguments, gl3::RenderOptions* options, std:
 
 QStringList CameraArguments(const gl3::RenderOptions& options) {
   QStringList arguments = {"--eye", Triple(*options.eye), "--target", Triple(*options.target),
-                           "--up",  Triple(options.up),   "--fov"};
+                           "--up",  Triple(*options.up),  "--fov"};
   arguments << QString::fromStdString(fmt::format("{}", *options.fieldOfView));
   if (options.parallel) arguments << "--parallel";
   return arguments;

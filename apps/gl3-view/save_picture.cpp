@@ -129,7 +129,8 @@ bool SavePicture(Viewport& viewport, const QStringList& models, const QStringLis
   const hostkit::Picture picture = viewport.Render(options, &base.renderer, error);
   if (!picture.bitmap) return false;
   base.inputs = gl3::DescribeInputs(options.models);
-  const std::string camera = gl3::DescribeCamera(viewport.CameraFor(options));
+  const std::string camera =
+      gl3::DescribeCamera(viewport.CameraFor(options), viewport.Scene()->origin);
   return hostkit::WritePicture(path, picture, gl3::MakeRecipe(base, options, {}, camera),
                                {options.jpegQuality}, error);
 }

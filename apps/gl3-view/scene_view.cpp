@@ -20,7 +20,7 @@ std::unique_ptr<SceneView> SceneView::Create(GADriver* driver,
 }
 
 hostkit::View SceneView::ViewFor(const gl3::RenderOptions& options) const {
-  const gl3::CameraChooser chooser(options, {{}, m_bounds});
+  const gl3::CameraChooser chooser(options, *m_scene, {{}, m_bounds});
   return hostkit::ViewFor(chooser.Choose(*m_scene, -1, 1), m_bounds);
 }
 

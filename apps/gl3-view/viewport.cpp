@@ -72,7 +72,8 @@ bool Viewport::SetScene(std::shared_ptr<const hostkit::Scene> scene, std::string
   m_surface->Info()->scene = nullptr;  // the record of the one that goes
   m_scene = std::move(view);
   m_model = std::move(scene);
-  m_camera.SetSubject(m_scene->Bounds(), hostkit::ExtremePoints(*m_model));
+  m_camera.SetUpAxis(m_options.upAxis.value_or(m_model->upAxis));
+  m_camera.SetSubject(m_scene->Bounds(), hostkit::ExtremePoints(*m_model), m_model->origin);
   LookFrom(kFirstView);
   if (m_listener.selected) m_listener.selected(m_selection);
   return true;
@@ -87,6 +88,7 @@ bool Viewport::SetOptions(const gl3::RenderOptions& options, std::string* error)
   }
   m_options = options;
   m_settings = std::move(settings);
+  if (m_model) m_camera.SetUpAxis(m_options.upAxis.value_or(m_model->upAxis));
   Changed();
   return true;
 }
@@ -272,6 +274,7 @@ void Viewport::Select(int x, int y, bool add) {
   settings.width = m_surface->Width();
   settings.height = m_surface->Height();
   settings.mode = m_settings.mode;
+  settings.showsAllBacks = m_settings.showsAllBacks;
   if (!candidates.empty()) m_scene->Paint(*m_surface, settings, view);
   const auto seen = std::find_if(candidates.begin(), candidates.end(),
                                  [&](const PickedVertex& vertex) { return IsSeen(vertex, view); });

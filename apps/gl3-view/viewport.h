@@ -73,6 +73,7 @@ class Viewport : public QWidget {
   std::pair<float, float> SceneDistances() const;
   const OrbitCamera& Camera() const { return m_camera; }
   void Fit();
+  /// As OrbitCamera has it.
   void LookFrom(const Imath::V3f& direction);
   void TakeCamera(const hostkit::SceneCamera& camera);
   void SetParallel(bool parallel);

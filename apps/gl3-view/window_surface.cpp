@@ -5,12 +5,6 @@
 #include "platform/platform.h"
 
 namespace view {
-namespace {
-
-constexpr int kKeepContext = 2;  // kind of buffer: on a window, context kept when that is resized
-constexpr int kWithDepth = 1;    // option of Reallocate
-
-}  // namespace
 
 std::unique_ptr<WindowSurface> WindowSurface::Adopt(unsigned long number, GADriver* driver,
                                                     std::string* error) {
@@ -39,8 +33,8 @@ bool WindowSurface::Fit(std::string* error) {
     return false;
   }
   if (m_list && client.right == m_width && client.bottom == m_height) return true;
-  if (!m_buffer) m_buffer.reset(m_driver->CreateBuffer(&m_info, kKeepContext, 0));
-  if (!m_buffer || !m_buffer->Reallocate(client.right, client.bottom, kWithDepth)) {
+  if (!m_buffer) m_buffer.reset(m_driver->CreateBuffer(&m_info, GABuffer::kKeepContext, 0));
+  if (!m_buffer || !m_buffer->Reallocate(client.right, client.bottom, GABuffer::kWithDepth)) {
     *error = "OpenGL cannot draw into the window; see what `gl3 info --check` finds";
     return false;
   }

@@ -84,6 +84,10 @@ void AddModeOptions(const OptionParser& parser, DrawingOptions* options) {
              "lines: open edges, creases and outlines; what is behind is hidden\n"
              "points: every vertex, lit",
              ChoiceReader(kModes, "a known mode", &options->mode));
+  parser.AddFlag("--backfaces",
+                 "Show triangles from behind, too, whose material is single-sided\n"
+                 "(default: as the model says)",
+                 &options->backfaces);
   parser.Add(
       "--crease", "DEG",
       "For lines: triangles that meet at a larger angle have an edge, 0 to\n180 (default 30)",
@@ -94,7 +98,9 @@ void AddModeOptions(const OptionParser& parser, DrawingOptions* options) {
              "For wireframe and lines (default: the material's; for lines black or\n"
              "white, whatever stands out from the background)",
              LineColorReader(&options->lineColor));
-  parser.Add("--point-size", "N", "Pixels, 1 to 64, of all points (default 1)",
+  parser.Add("--point-size", "N",
+             "Pixels, 1 to 64, of all points (default: by their number and spacing,\n"
+             "so that they can be seen); round from 3 on with --antialias 2 and more",
              IntegerReader(1, 64, &options->pointSize));
   parser.Add("--fog", "FOG",
              "NEAR,FAR[,COLOR]: from clear to fog alone between these distances;\n"
@@ -113,8 +119,8 @@ void AddAnnotationOptions(const OptionParser& parser, DrawingOptions* options) {
   parser.BeginGroup("Annotations");
   parser.AddOptionalValue(
       "--grid", "SPACING",
-      "A grid on the ground, x axis red, z axis blue; --grid=0.5 sets the\n"
-      "spacing (default: one that suits the model)",
+      "A grid on the ground, axis x red, y green, z blue; --grid=0.5 sets\n"
+      "the spacing (default: one that suits the model)",
       [=](const std::string& t, std::string* e) { return ReadGrid(t, &options->grid, e); });
   parser.AddOptionalValue("--control-points", "SIZE",
                           "Markers on all vertices; --control-points=5 sets half their side in\n"

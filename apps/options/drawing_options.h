@@ -32,9 +32,10 @@ struct TextOption {
 struct DrawingOptions {
   hostkit::LightSet lights = hostkit::LightSet::kAuto;
   hostkit::DrawMode mode = hostkit::DrawMode::kShaded;
+  bool backfaces = false;  ///< Also those that their materials do not show.
   std::optional<float> creaseDegrees;
   std::optional<ColorBuf> lineColor;
-  int pointSize = 1;
+  int pointSize = 0;  ///< 0: by their number and spacing.
   hostkit::Fog fog;
   bool hasFogColor = false;  ///< Else fog has the background's.
   hostkit::GroundGrid grid;

@@ -9,10 +9,10 @@ namespace {
 constexpr int kMaxThreads = 256;
 
 constexpr const char* kFilterFooter = R"(
-Pictures come as EXR, PNG, JPEG, TGA, BMP or HDR. Effects work on display-referred
-colours from 0 to 1 with 8 bits a channel; what is above 1 is cut, with a warning.
-Alpha is kept, or filtered by sharpen, dilate and erode; effects that are called
-opaque show what was transparent on black.
+Pictures come as EXR, PNG, JPEG, WebP, TGA, BMP or HDR. Effects work on
+display-referred colours from 0 to 1 with 8 bits a channel; what is above 1 is cut,
+with a warning. Alpha is kept, or filtered by sharpen, dilate and erode; effects that
+are called opaque show what was transparent on black.
 
 OUT for several pictures: a folder that is there, or a name with %n for the
 picture's own name without suffix, or #### (or %04d) for a number from 1. A picture

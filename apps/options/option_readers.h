@@ -40,13 +40,13 @@ Reader ChoiceReader(const Choice<Value> (&choices)[count], const char* what, Val
   };
 }
 
-/// A point or direction, into anything that a vector can be assigned to.
+/// A point or direction, into anything that a vector of doubles can be assigned to.
 template <class Vector>
 Reader TripleReader(Vector* vector) {
   return [vector](const std::string& text, std::string* error) {
-    float triple[3];
+    double triple[3];
     if (ParseTriple(text, triple)) {
-      *vector = Imath::V3f(triple[0], triple[1], triple[2]);
+      *vector = Imath::V3d(triple[0], triple[1], triple[2]);
       return true;
     }
     *error = ShellQuote(text) + " is not a point; give three numbers such as 0,1.5,-4";

@@ -24,9 +24,18 @@ const NamedView kViews[] = {
     {"top", {0, 1, 0}},   {"bottom", {0, -1, 0}}, {"iso", {1, 1, 1}},
 };
 
+constexpr Choice<std::optional<hostkit::UpAxis>> kUpAxes[] = {
+    {"auto", std::nullopt},           {"+X", hostkit::UpAxis::kPlusX},
+    {"-X", hostkit::UpAxis::kMinusX}, {"+Y", hostkit::UpAxis::kPlusY},
+    {"-Y", hostkit::UpAxis::kMinusY}, {"+Z", hostkit::UpAxis::kPlusZ},
+    {"-Z", hostkit::UpAxis::kMinusZ},
+};
+
 constexpr const char* kRenderFooter = R"(
-World space is the file's: right-handed, y up, units as in the file. Colours are
-display-referred (sRGB), as the renderer draws them.
+World space is the file's: right-handed, axes and units as in the file. What is up
+is y, unless the format says otherwise or --up-axis does; it turns named views, the
+grid and the turntable, and moves nothing. Colours are display-referred (sRGB), as
+the renderer draws them.
 Without --camera, --eye or --view the whole model is shown from a three-quarter
 view. A camera of the file is used only when it is named.
 
@@ -34,7 +43,7 @@ Sequences: -o holds #### or %04d for the frame's number and {camera} or %c for t
 camera's name (%% for a percent sign). The model is loaded once. Pictures appear
 whole or not at all, so a run that was ended goes on with --skip-existing; it asks
 only whether a picture is there, not how it was made. What moves in the model moves
-with the frames, skins and shape keys excepted.
+with the frames.
 --like repeats the options of the recipe in a picture, and what the command line
 says comes first. Of a picture out of a sequence that frame alone is drawn, unless
 --frames or --turntable asks for more. It repeats neither -o nor --module nor what
@@ -47,6 +56,7 @@ Examples:
   gl3 render scene.dae -o shot.exr -s 1920x1080 --camera Camera01
   gl3 render part.stl -o icon.png -s 256x256 --no-background --view iso --parallel
   gl3 render room.obj lamp.glb -o room.jpg --eye 0,1.7,4 --target 0,1,0 --fov 60
+  gl3 render part.stl -o part.png --up-axis +Z --view front
   gl3 render part.stl -o drawing.png --mode lines --crease 20 --background white
   gl3 render house.glb -o plan.png --grid --text "South side,20,20" --overlay logo.png
   gl3 render town.glb -o town.exr --depth town.exr --fog 50,400,#a8b4c0
@@ -86,12 +96,14 @@ bool ReadView(const std::string& text, RenderOptions* options, std::string* erro
     names.emplace_back(view.name);
     if (text != view.name) continue;
     options->viewFrom = view.direction;
+    options->isViewNamed = true;
     return true;
   }
   float direction[3];
   if (ParseTriple(text, direction) &&
       std::any_of(direction, direction + 3, [](float value) { return value != 0; })) {
     options->viewFrom = {direction[0], direction[1], direction[2]};
+    options->isViewNamed = false;
     return true;
   }
   *error = fmt::format("{} is not a view; give {} or a direction X,Y,Z other than 0,0,0",
@@ -139,6 +151,9 @@ void AddPictureOptions(const OptionParser& parser, RenderOptions* options) {
 
 void AddCameraOptions(const OptionParser& parser, RenderOptions* options) {
   parser.BeginGroup("Camera");
+  parser.AddText("--scene", "NAME",
+                 "Which of several scenes that a glTF file holds (default: its own\nchoice)",
+                 &options->scene);
   const Option view =
       parser.Add("--view", "VIEW",
                  "front, back, left, right, top, bottom, iso, or a direction X,Y,Z\n"
@@ -160,8 +175,14 @@ void AddCameraOptions(const OptionParser& parser, RenderOptions* options) {
       .Add("--target", "X,Y,Z", "What --eye looks at (default: the middle of the model)",
            TripleReader(&options->target))
       .Need(eye);
-  parser.Add("--up", "X,Y,Z", "What is up for --eye (default 0,1,0)", TripleReader(&options->up))
+  parser
+      .Add("--up", "X,Y,Z", "What is up for --eye (default: that of --up-axis)",
+           TripleReader(&options->up))
       .Need(eye);
+  parser.Add("--up-axis", "AXIS",
+             "What is up in the model: +X, -X, +Y, -Y, +Z, -Z or auto (default:\n"
+             "what its format says, else +Y)",
+             ChoiceReader(kUpAxes, "an axis", &options->upAxis));
   parser.Add("--fov", "DEG",
              "Vertical field of view in degrees, 0.1 to 170 (default: the\ncamera's own, else 40)",
              [=](const std::string& t, std::string* e) { return ReadFov(t, options, e); });
@@ -185,14 +206,14 @@ namespace {
 
 Outcome CheckEye(const RenderOptions& options) {
   if (!options.eye) return {};
-  if (options.up == Imath::V3f(0))
+  if (options.up == Imath::V3d(0))
     return {kWrongUsage, "--up: 0,0,0 is no direction; give another"};
   if (!options.target) return {};
-  const Imath::V3f sight = *options.target - *options.eye;
-  if (sight == Imath::V3f(0)) {
+  const Imath::V3d sight = *options.target - *options.eye;
+  if (sight == Imath::V3d(0)) {
     return {kWrongUsage, "--target: it is where --eye is; move one of them"};
   }
-  if (sight.normalized().cross(options.up.normalized()).length() < 1e-5f) {
+  if (options.up && sight.normalized().cross(options.up->normalized()).length() < 1e-5) {
     return {kWrongUsage,
             "--up: it points along the line of sight; give another, such as --up 0,0,1"};
   }
@@ -202,9 +223,9 @@ Outcome CheckEye(const RenderOptions& options) {
 }  // namespace
 
 Outcome CheckRenderOptions(const RenderOptions& options) {
-  constexpr const char* kSee = " is required; gl3 render --help lists the options";
-  if (options.models.empty()) return {kWrongUsage, std::string("MODEL") + kSee};
-  if (options.output.empty()) return {kWrongUsage, std::string("--output") + kSee};
+  constexpr const char* kRequired = "{} is required; gl3 render --help lists the options";
+  if (options.models.empty()) return {kWrongUsage, fmt::format(kRequired, "MODEL")};
+  if (options.output.empty()) return {kWrongUsage, fmt::format(kRequired, "--output")};
   Outcome outcome = CheckEye(options);
   if (outcome.status != kDone) return outcome;
   outcome = CheckDrawingOptions(options.drawing);

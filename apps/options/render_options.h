@@ -14,12 +14,14 @@
 #include "apps/options/recipe_option.h"
 #include "apps/options/run_options.h"
 #include "apps/options/sequence_options.h"
+#include "hostkit/scene/up_axis.h"
 
 namespace gl3 {
 
 struct RenderOptions {
   std::vector<std::string> models;         ///< Files, merged into one scene in this order.
   std::string output;                      ///< With places for frame and camera: see OutputPattern.
+  std::string scene;                       ///< Of each model, by name; empty: its own choice.
   std::string like;                        ///< A picture whose recipe is repeated; empty: none.
   RecipeKind recipe = RecipeKind::kNames;  ///< Of the pictures that are written.
 
@@ -33,10 +35,12 @@ struct RenderOptions {
 
   /// Of the model's own, by name, or "all"; empty: see below.
   std::vector<std::string> cameras;
-  std::optional<Imath::V3f> eye;          ///< World space; empty: fitted to the model.
-  std::optional<Imath::V3f> target;       ///< Needs `eye`; empty: the middle of the model.
-  Imath::V3f up{0, 1, 0};                 ///< Used with `eye`.
+  std::optional<Imath::V3d> eye;     ///< In the file's coordinates; empty: fitted to the model.
+  std::optional<Imath::V3d> target;  ///< Likewise. Needs `eye`; empty: the middle of the model.
+  std::optional<Imath::V3d> up;      ///< Used with `eye`; empty: that of `upAxis`.
   Imath::V3f viewFrom{0.7f, 0.45f, 1.f};  ///< From the model to the eye, when it is fitted.
+  bool isViewNamed = true;  ///< `viewFrom` is meant for y up, and turns with `upAxis`.
+  std::optional<hostkit::UpAxis> upAxis;  ///< Empty: what the model's format says.
   std::optional<float> fieldOfView;       ///< Degrees, vertical; empty: the camera's own or 40.
   bool parallel = false;
 

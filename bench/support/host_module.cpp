@@ -12,7 +12,6 @@ namespace bench {
 namespace {
 
 constexpr float kIdentity[12] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
-constexpr int kWindowMode = 0, kOffScreenMode = 1, kWithDepth = 1;
 
 }  // namespace
 
@@ -45,8 +44,9 @@ HostSurface::HostSurface(GADriver* driver, int width, int height, CWnd* window) 
   m_info.viewBottom = -halfHeight;
   m_info.imageWidth = m_info.pixelRight = width;
   m_info.imageHeight = m_info.pixelBottom = height;
-  m_buffer.reset(driver->CreateBuffer(&m_info, window ? kWindowMode : kOffScreenMode, 0));
-  if (!m_buffer || !m_buffer->Reallocate(width, height, kWithDepth)) {
+  const int mode = window ? GABuffer::kOnScreen : GABuffer::kOffScreen;
+  m_buffer.reset(driver->CreateBuffer(&m_info, mode, 0));
+  if (!m_buffer || !m_buffer->Reallocate(width, height, GABuffer::kWithDepth)) {
     throw std::runtime_error("no surface can be made");
   }
   m_info.buffer = m_buffer.get();
@@ -60,7 +60,7 @@ void HostSurface::Begin() {
   black.Set(0, 0, 0, 255);
   m_buffer->SetBackground(black);
   m_buffer->Clear();
-  m_buffer->SetProjection(1);
+  m_buffer->SetProjection(GABuffer::kSceneProjection);
   m_buffer->BeginScene();
 }
 

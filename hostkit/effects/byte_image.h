@@ -11,11 +11,11 @@ namespace hostkit {
 /// A bitmap with one "Color" buffer: red, green, blue, alpha bytes, top row first. Without
 /// `hasAlpha` every alpha is 255.
 struct ByteImage {
-  BitmapPtr bitmap;
-  bool hasAlpha = false;
+  BitmapPtr bitmap;       ///< Null where there is no image.
+  bool hasAlpha = false;  ///< Whether any alpha may be below 255.
 
-  int Width() const { return bitmap->GetWidth(); }
-  int Height() const { return bitmap->GetHeight(); }
+  int Width() const { return bitmap->GetWidth(); }    ///< Pixels; the bitmap is there.
+  int Height() const { return bitmap->GetHeight(); }  ///< Pixels; the bitmap is there.
 };
 
 /// First byte of row `y` of a bitmap's "Color" buffer.

@@ -13,7 +13,7 @@ namespace hostkit {
 
 /// What became of one effect of a chain.
 struct EffectStep {
-  EffectTimes times;
+  EffectTimes times;    ///< What it took.
   int difference = -1;  ///< The largest one to the twin, in 1/255; -1 when it was not asked for.
 };
 

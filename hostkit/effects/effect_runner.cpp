@@ -25,9 +25,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int kOffScreen = 1;  // kind of buffer
-constexpr int kNewBuffer = 0;  // merge mode: the result goes into a buffer of its own
-
 double Milliseconds(Clock::time_point start, Clock::time_point end) {
   return std::chrono::duration<double, std::milli>(end - start).count();
 }
@@ -107,8 +104,8 @@ std::unique_ptr<EffectRunner> EffectRunner::Create(GADriver* driver,
 /// Asks a context of the driver's, on a small surface made for that.
 bool EffectRunner::ReadLimits(std::string* error) {
   RenderInfo info;
-  const std::unique_ptr<GABuffer> buffer(m_driver->CreateBuffer(&info, kOffScreen, 0));
-  if (!buffer || !buffer->Reallocate(4, 4, 0)) {
+  const std::unique_ptr<GABuffer> buffer(m_driver->CreateBuffer(&info, GABuffer::kOffScreen, 0));
+  if (!buffer || !buffer->Reallocate(4, 4, GABuffer::kWithoutDepth)) {
     *error = "no drawing surface can be made; see what gl3 info --check finds";
     return false;
   }
@@ -137,11 +134,15 @@ EffectRunner::Program* EffectRunner::MakeProgram(const EffectCall& call, int pas
   program->width = program->info.imageWidth = width;
   program->height = program->info.imageHeight = height;
   program->shader.reset(m_driver->CreateShaderProgram(&program->info));
-  const bool isBlur = call.kind->program == kBlurProgram;
-  // The module reads as many as the effect has, whatever the count: never fewer than five.
-  float parameters[8] = {static_cast<float>(kNewBuffer), static_cast<float>(passes),
-                         isBlur ? call.radius : static_cast<float>(call.kind->filter),
-                         static_cast<float>(width), static_cast<float>(height)};
+  const bool isBlur = call.kind->program == GAShaderProgram::kBlur;
+  // The module reads as many as the effect has, whatever the count. Filters have theirs at the same
+  // places, with their number where blur has its radius.
+  static_assert(int{GAShaderProgram::kFilterNumber} == int{GAShaderProgram::kBlurRadius} &&
+                int{GAShaderProgram::kFilterHeight} == int{GAShaderProgram::kBlurHeight});
+  float parameters[GAShaderProgram::kBlurParameters] = {
+      float{GAShaderProgram::kMergeNewBuffer}, static_cast<float>(passes),
+      isBlur ? call.radius : static_cast<float>(call.kind->filter), static_cast<float>(width),
+      static_cast<float>(height)};
   if (!program->shader || !program->shader->Init(call.kind->program, parameters,
                                                  static_cast<int>(std::size(parameters)))) {
     *error = fmt::format(

@@ -25,6 +25,7 @@ struct EffectTimes {
   double upload = 0, passes = 0, readBack = 0, merge = 0;
 };
 
+/// What an EffectRunner keeps to.
 struct EffectRunnerOptions {
   /// Sides of the largest window in pixels, a multiple of four from 8; also kept to what the GL
   /// allows. A window needs about 28 bytes a pixel.
@@ -44,6 +45,7 @@ class EffectRunner {
   /// Null with one line in `*error` when the device cannot run effects.
   static std::unique_ptr<EffectRunner> Create(GADriver* driver, const EffectRunnerOptions& options,
                                               std::string* error);
+  /// Releases the shader programs; the driver must be there still.
   ~EffectRunner();
   EffectRunner(const EffectRunner&) = delete;
   EffectRunner& operator=(const EffectRunner&) = delete;

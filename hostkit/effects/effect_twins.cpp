@@ -225,7 +225,7 @@ TwinPixels TwinFromBytes(const HBitmapNode& bitmap) {
 TwinPixels RunTwin(const EffectCall& call, TwinPixels pixels) {
   const std::vector<Tap> taps = BlurTaps(call.radius);
   for (int i = 0; i < static_cast<int>(call.passes); ++i) {
-    if (call.kind->program == kBlurProgram) {
+    if (call.kind->program == GAShaderProgram::kBlur) {
       pixels = BlurAcross(BlurDown(pixels, taps), taps);
     } else {
       pixels = FilterOnce(kFilters[call.kind->filter], pixels);
@@ -252,7 +252,7 @@ int LargestDifference(const TwinPixels& twin, const HBitmapNode& halves) {
 int DifferenceBound(const EffectCall& call) {
   const int passes = static_cast<int>(call.passes);
   // Two targets are written a pass, each rounded.
-  if (call.kind->program == kBlurProgram) return 2 * passes;
+  if (call.kind->program == GAShaderProgram::kBlur) return 2 * passes;
   // Weighted colours can lie half-way between two bytes, pass after pass; the other filters add up
   // whole bytes, whose sums and their roots never do.
   return call.kind->reach == 0 ? passes : 1;

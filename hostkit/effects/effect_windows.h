@@ -20,8 +20,10 @@ namespace hostkit {
 /// One window along one axis, in pixels of the picture. It may reach over the picture's end, where
 /// it is padded.
 struct WindowSpan {
+  /// Where it begins, and how long it is.
   int from = 0, length = 0;
-  int keepFrom = 0, keepTo = 0;  ///< What of the result counts.
+  /// What of the result counts.
+  int keepFrom = 0, keepTo = 0;
 };
 
 /// Windows along one axis. All are of one length.
@@ -30,6 +32,7 @@ struct AxisPlan {
   int passes = 0;                 ///< How many passes one round may have, at most what was asked.
 };
 
+/// How large windows are.
 enum class WindowFit {
   kOwn,     ///< The picture's size, rounded up to a multiple of four.
   kShared,  ///< A power of two, 1024 for large pictures (more for large reaches).
@@ -42,12 +45,18 @@ AxisPlan PlanAxis(int size, int limit, int reach, int passes, WindowFit fit = Wi
 /// The windows for fewer passes than PlanAxis allowed are the same, so both axes can take the
 /// smaller number.
 struct WindowPlan {
+  /// Along both axes.
   AxisPlan across, down;
+  /// How many passes one round may have.
   int Passes() const { return across.passes < down.passes ? across.passes : down.passes; }
+  /// Pixels of every window; the plan is not empty.
   int WindowWidth() const { return across.spans.front().length; }
+  /// Pixels of every window; the plan is not empty.
   int WindowHeight() const { return down.spans.front().length; }
+  /// Whether there is no way.
   bool IsEmpty() const { return across.spans.empty() || down.spans.empty(); }
 };
+/// A plan for a picture of `width` by `height` pixels; the rest as for PlanAxis.
 WindowPlan PlanWindows(int width, int height, int limit, int reach, int passes,
                        WindowFit fit = WindowFit::kOwn);
 

@@ -2,21 +2,19 @@
 #pragma once
 
 #include "host/DisplayList.h"
+#include "host/GABuffer.h"
 
 namespace hostkit {
-
-/// Values of DisplayList::SetDepthFunc.
-enum DepthFunction : int { kDepthTestOn = 1, kNormalBlending = 3, kLightingOff = 5 };
 
 /// Begins instructions with scene projection, depth test, blending, and without lighting.
 inline void BeginUnlit(DisplayList* list) {
   list->BeginInstructions();
-  list->SetProjection(1);
+  list->SetProjection(GABuffer::kSceneProjection);
   // After a scene with transparent surfaces the buffer takes lighting for switched on when it is
   // off; switching it off outright brings the two together.
-  list->SetDepthFunc(kLightingOff);
-  list->SetDepthFunc(kDepthTestOn);
-  list->SetDepthFunc(kNormalBlending);
+  list->SetDepthFunc(DisplayList::kLightingOff);
+  list->SetDepthFunc(DisplayList::kDepthTestOn);
+  list->SetDepthFunc(DisplayList::kNormalBlending);
 }
 
 }  // namespace hostkit

@@ -9,12 +9,15 @@
 #include "host/Bitmap.h"
 #include "host/Colors.h"
 #include "hostkit/feed/light_sets.h"
+#include "hostkit/scene/up_axis.h"
 
 namespace hostkit {
 
-/// What of the surfaces is drawn. A scene's own lines and points are drawn in every mode.
+/// What of the surfaces is drawn. A scene's own lines and points are drawn in every mode. Triangles
+/// that are not seen from behind are left out there, and lines do not show their edges nor are
+/// hidden by them; wireframe and points have no behind, and show all.
 enum class DrawMode {
-  kShaded,
+  kShaded,     ///< Lit, with pictures.
   kFlat,       ///< One colour a triangle: its picture's mean, lit at its middle by its own normal.
   kWireframe,  ///< Every edge once, unlit, in the material's colour; nothing hides anything.
   /// As shaded, for drivers that were made with the setting "Polygonmode", whose polygons are all
@@ -29,37 +32,43 @@ enum class DrawMode {
 /// Linear from `nearDistance` (clear) to `farDistance` (fog alone), or exponential: what is seen of
 /// a thing is exp(-density * distance). Distances in world units from the eye, along the view.
 struct Fog {
-  bool on = false, exponential = false;
-  float nearDistance = 0, farDistance = 1;
-  float density = 1;
+  bool on = false;             ///< Whether there is any.
+  bool exponential = false;    ///< By its density, or else linear.
+  float nearDistance = 0;      ///< Of linear fog.
+  float farDistance = 1;       ///< Of linear fog.
+  float density = 1;           ///< Of exponential fog, a world unit.
   float color[3] = {0, 0, 0};  ///< Display-referred, 0 to 1.
 };
 
 /// Text over the frame. `x` and `y` are pixels of the frame from its top left to the text's top
 /// left; the glyphs are ten pixels high whatever the frame's size. Latin-1.
 struct TextNote {
-  std::string text;
+  std::string text;  ///< One line, a byte a glyph.
+  /// Its place.
   int x = 0, y = 0;
-  ColorBuf color{255, 255, 255, 255};
+  ColorBuf color{255, 255, 255, 255};  ///< Of its glyphs.
 };
 
 /// A picture over the frame, pixel for pixel, its top left at (`x`, `y`). Row 0 of the bitmap's
 /// "Color" buffer is its top. Shared, since settings are copied and drawn by several.
 struct OverlayPicture {
-  std::shared_ptr<HBitmapNode> bitmap;
+  std::shared_ptr<HBitmapNode> bitmap;  ///< Never null.
+  /// Its place.
   int x = 0, y = 0;
   float alpha = 1;  ///< 0 (nothing) to 1, times the picture's own.
 };
 
-/// Lines in the plane y = bottom of the model, with the world's x axis in red and z axis in blue
-/// where they cross it.
+/// Lines in the plane at the bottom of the model, at multiples of the spacing in the file's
+/// coordinates, with the axes x in red, y in green and z in blue where they lie in it.
 struct GroundGrid {
-  bool on = false;
-  float spacing =
-      0;  ///< World units; 0 chooses 1, 2 or 5 times a power of ten by the model's size.
+  bool on = false;  ///< Whether there is any.
+  /// World units; 0 chooses 1, 2 or 5 times a power of ten by the model's size.
+  float spacing = 0;
 };
 
+/// Everything but the scene and where it is seen from.
 struct FrameSettings {
+  /// Pixels.
   int width = 1280, height = 720;
   int samplesPerSide = 1;  ///< Anti-aliasing: n x n samples a pixel, 1 to 4.
   /// Background, display-referred, 0 to 1. Unused when `transparentBackground` is set.
@@ -67,22 +76,27 @@ struct FrameSettings {
   /// Alpha tells what the scene covers. The scene is drawn on black and on white, so that glass
   /// and anti-aliased edges come out with their true coverage.
   bool transparentBackground = false;
-  LightSet lights = LightSet::kAuto;
+  LightSet lights = LightSet::kAuto;  ///< Which lights it is drawn with.
 
-  DrawMode mode = DrawMode::kShaded;
+  DrawMode mode = DrawMode::kShaded;  ///< What of the surfaces is drawn.
+  /// Also shows triangles from behind whose material says that they are not seen from there.
+  bool showsAllBacks = false;
   /// Of wireframe and lines. Empty: the material's in wireframe, and in lines black or white,
   /// whatever stands out from the background.
   std::optional<ColorBuf> lineColor;
   float creaseDegrees = 30;  ///< Of lines: faces that meet at a larger angle have an edge.
-  int pointSize = 1;         ///< Pixels, of all points.
+  /// Pixels, of all points; 0 chooses by their number and spacing. Points of three pixels and more
+  /// are round where a pixel has several samples, else square.
+  int pointSize = 0;
 
-  Fog fog;
-  GroundGrid grid;
+  Fog fog;                       ///< None at first.
+  GroundGrid grid;               ///< None at first.
+  std::optional<UpAxis> upAxis;  ///< Of the grid; empty: the scene's.
   /// Markers on all vertices: half their side in pixels, 0 for none.
   int controlPointSize = 0;
-  ColorBuf controlPointColor{255, 170, 0, 255};
-  std::vector<OverlayPicture> overlays;  ///< Drawn in this order, after the scene.
-  std::vector<TextNote> texts;           ///< Drawn in this order, after the overlays.
+  ColorBuf controlPointColor{255, 170, 0, 255};  ///< Of those markers.
+  std::vector<OverlayPicture> overlays;          ///< Drawn in this order, after the scene.
+  std::vector<TextNote> texts;                   ///< Drawn in this order, after the overlays.
   /// Also finds the distance of what is seen at each pixel's centre, for a "Depth" buffer.
   bool depth = false;
 };

@@ -15,6 +15,7 @@ namespace hostkit {
 /// taken.
 constexpr std::size_t kMaxLights = 8;
 
+/// Which lights.
 enum class LightSet {
   kAuto,        ///< The scene's own lights when it has any, else three-point.
   kScene,       ///< The scene's own lights alone.
@@ -27,6 +28,7 @@ enum class LightSet {
 /// or built anew; not copied, since the list points into it.
 class LightRig {
  public:
+  /// No lights: the headlight.
   LightRig() = default;
   LightRig(const LightRig&) = delete;
   LightRig& operator=(const LightRig&) = delete;
@@ -35,6 +37,7 @@ class LightRig {
   /// for a world unit.
   void Build(const Scene& scene, LightSet set, const SceneCamera& camera,
              const Imath::Box3f& bounds, float unit = 1);
+  /// The list, for DisplayList::SetupLights; owned by the rig.
   LightListNode* Head() { return m_nodes.empty() ? nullptr : &m_nodes.front(); }
 
  private:

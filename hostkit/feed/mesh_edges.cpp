@@ -10,6 +10,8 @@
 #include <cstddef>
 #include <unordered_map>
 
+#include "hostkit/scene/deform.h"
+
 namespace hostkit {
 namespace {
 
@@ -110,8 +112,8 @@ std::uint32_t NextCorner(std::uint32_t corner) {
   return corner % 3 == 2 ? corner - 2 : corner + 1;
 }
 
-std::vector<Side> SidesOf(const SceneMesh& mesh) {
-  const std::vector<std::uint32_t> places = PlacesOf(mesh.positions);
+std::vector<Side> SidesOf(const SceneMesh& mesh, const std::vector<V3f>& positions) {
+  const std::vector<std::uint32_t> places = PlacesOf(positions);
   std::vector<Side> sides;
   sides.reserve(mesh.triangles.size());
   for (std::uint32_t i = 0; i < mesh.triangles.size(); ++i) {
@@ -127,13 +129,15 @@ std::vector<Side> SidesOf(const SceneMesh& mesh) {
 V3f NormalOf(const SceneMesh& mesh, std::uint32_t triangle) {
   const std::uint32_t* corners = mesh.triangles.data() + 3 * static_cast<std::size_t>(triangle);
   const V3f& a = mesh.positions[corners[0]];
-  return (mesh.positions[corners[1]] - a).cross(mesh.positions[corners[2]] - a).normalized();
+  const Imath::V3d across(mesh.positions[corners[1]] - a), along(mesh.positions[corners[2]] - a);
+  return V3f(across.cross(along).normalized());
 }
 
 }  // namespace
 
-std::vector<MeshEdge> FindEdges(const SceneMesh& mesh) {
-  const std::vector<Side> sides = SidesOf(mesh);
+std::vector<MeshEdge> FindEdges(const SceneMesh& mesh, const SceneDeformation* deformation) {
+  const std::vector<Side> sides =
+      SidesOf(mesh, deformation ? deformation->positions : mesh.positions);
   std::vector<MeshEdge> edges;
   edges.reserve(sides.size() / 2 + 1);
   for (std::size_t i = 0; i < sides.size();) {
@@ -144,21 +148,34 @@ std::vector<MeshEdge> FindEdges(const SceneMesh& mesh) {
     edge.b = mesh.triangles[NextCorner(sides[i].corner)];
     edge.left = sides[i].corner / 3;
     if (end - i == 2) {
-      const std::uint32_t right = sides[i + 1].corner / 3;
-      edge.right = static_cast<std::int32_t>(right);
+      edge.right = static_cast<std::int32_t>(sides[i + 1].corner / 3);
       edge.oppositeWinding = sides[i].isReversed != sides[i + 1].isReversed;
-      const float cosine = NormalOf(mesh, edge.left).dot(NormalOf(mesh, right));
-      edge.cosine = edge.oppositeWinding ? cosine : -cosine;
     }
     edges.push_back(edge);
     i = end;
   }
+  MeasureAngles(mesh, edges);
   return edges;
 }
 
+void MeasureAngles(const SceneMesh& mesh, std::vector<MeshEdge>& edges) {
+  for (MeshEdge& edge : edges) {
+    if (edge.right < 0) continue;
+    const auto right = static_cast<std::uint32_t>(edge.right);
+    const float cosine = NormalOf(mesh, edge.left).dot(NormalOf(mesh, right));
+    edge.cosine = edge.oppositeWinding ? cosine : -cosine;
+  }
+}
+
 const std::vector<MeshEdge>& SceneEdges::OfMesh(const Scene& scene, int index) {
+  if (m_deformations.empty()) m_deformations = DeformationsByMesh(scene);
+  const auto at = static_cast<std::size_t>(index);
   const auto [found, isNew] = m_edges.try_emplace(index);
-  if (isNew) found->second = FindEdges(scene.meshes[static_cast<std::size_t>(index)]);
+  if (isNew) {
+    found->second = FindEdges(scene.meshes[at], m_deformations[at]);
+  } else if (m_deformations[at]) {
+    MeasureAngles(scene.meshes[at], found->second);
+  }
   return found->second;
 }
 

@@ -19,16 +19,23 @@ struct MeshEdge {
 };
 
 /// Every edge of the mesh's triangles once, in no order. Edges without length are left out.
-std::vector<MeshEdge> FindEdges(const SceneMesh& mesh);
+/// Which triangles share one goes by their vertices before `deformation` acts, where that moves the
+/// mesh; angles are those of the mesh as it is.
+std::vector<MeshEdge> FindEdges(const SceneMesh& mesh,
+                                const SceneDeformation* deformation = nullptr);
+
+/// Measures the angles at the edges of a mesh anew.
+void MeasureAngles(const SceneMesh& mesh, std::vector<MeshEdge>& edges);
 
 /// The edges of a scene's meshes, found when they are first asked for.
 class SceneEdges {
  public:
-  /// `index` names the mesh in `scene`, the same scene at every call.
+  /// `index` names the mesh in `scene`, the same scene at every call, posed as it may be.
   const std::vector<MeshEdge>& OfMesh(const Scene& scene, int index);
 
  private:
   std::map<int, std::vector<MeshEdge>> m_edges;
+  std::vector<const SceneDeformation*> m_deformations;  // by mesh
 };
 
 }  // namespace hostkit

@@ -4,37 +4,26 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <utility>
 
 #include "host/Animation.h"
 #include "host/Colors.h"
-#include "host/GADriver.h"
+#include "hostkit/feed/surface_looks.h"
+#include "hostkit/scene/deform.h"
 #include "hostkit/scene/vertex_places.h"
 
 namespace hostkit {
 namespace {
 
-using Imath::V2f;
+using Imath::V3f;
 
 // Larger transparent meshes count as closed without looking: that takes time, and the renderer's
 // queue holds a fraction of them.
 constexpr std::size_t kMaxTrianglesToInspect = 500000;
-
-bool HasAlpha(const SceneImage& image) {
-  HBitmapBuffer* colors = image.bitmap ? image.bitmap->FindBuffer("Color") : nullptr;
-  if (!colors || !colors->Data() || colors->Type() != HBitmapBuffer::kByteChannel ||
-      colors->Channels() < 4) {
-    return false;
-  }
-  for (int y = 0; y < colors->Height(); ++y) {
-    const auto* alpha = static_cast<const unsigned char*>(colors->Data()) +
-                        static_cast<std::ptrdiff_t>(y) * colors->RowStep() + 3;
-    for (int x = 0; x < colors->Width(); ++x, alpha += colors->PixelStep()) {
-      if (*alpha != 255) return true;
-    }
-  }
-  return false;
-}
+// Alphas that are this much below a cut-off are rounded ones of it, in steps of 1/255.
+constexpr float kAlphaSlack = 1e-3f;
 
 bool AreIndicesGood(const SceneMesh& mesh) {
   auto good = [&](const std::vector<std::uint32_t>& indices) {
@@ -46,11 +35,13 @@ bool AreIndicesGood(const SceneMesh& mesh) {
 }
 
 // Closed means that each directed edge is met by as many edges the other way. Vertices at one place
-// count as one: seams of normals and texture coordinates are no openings.
-bool IsClosed(const SceneMesh& mesh) {
+// count as one: seams of normals and texture coordinates are no openings. Of a mesh that joints
+// move `positions` are those before anything acts, as it may be posed with all of them at one
+// place.
+bool IsClosed(const SceneMesh& mesh, const std::vector<V3f>& positions) {
   if (mesh.triangles.size() / 3 > kMaxTrianglesToInspect) return true;
   std::size_t placeCount = 0;
-  const std::vector<std::uint32_t> places = NumberPlaces(mesh.positions, &placeCount);
+  const std::vector<std::uint32_t> places = NumberPlaces(positions, &placeCount);
   std::vector<std::uint64_t> edges, opposite;
   edges.reserve(mesh.triangles.size());
   opposite.reserve(mesh.triangles.size());
@@ -74,38 +65,169 @@ bool AreAllEqual(const std::vector<ColorBuf>& colors) {
   return std::all_of(colors.begin(), colors.end(), same);
 }
 
-AttrProperty Folded(const AttrProperty& material, const ColorBuf& color) {
-  AttrProperty folded = material;
-  folded.base.red = AnimatableValue(material.base.red.Current() * color.red / 255);
-  folded.base.green = AnimatableValue(material.base.green.Current() * color.green / 255);
-  folded.base.blue = AnimatableValue(material.base.blue.Current() * color.blue / 255);
-  float alpha = (1 - material.transparency.Current()) * color.alpha / 255;
-  folded.transparency = AnimatableValue(1 - alpha);
-  return folded;
+float AlphaOf(const AttrProperty& surface) {
+  return 1 - surface.transparency.Current();
 }
 
-// Whether all coordinates lie in [0, 1], a hair's breadth of rounding allowed.
-bool AreInside(const std::vector<V2f>& uvs) {
-  constexpr float kSlack = 1e-3f;
-  return std::all_of(uvs.begin(), uvs.end(), [](const V2f& uv) {
-    return uv.x >= -kSlack && uv.y >= -kSlack && uv.x <= 1 + kSlack && uv.y <= 1 + kSlack;
-  });
+// Where coordinates are held, those of some vertices lie beyond.
+void AddHoldLines(const SceneMesh& mesh, const UvMap& map, std::vector<CutLine>* lines) {
+  for (int i = 0; i < 2; ++i) {
+    for (const float at : {map.least[i], map.most[i]}) {
+      if (std::abs(at) > 1) continue;  // not held
+      const auto isBelow = [&](const Imath::V2f& uv) { return uv[i] < at; };
+      const auto below = std::count_if(mesh.uvs.begin(), mesh.uvs.end(), isBelow);
+      if (below == 0 || static_cast<std::size_t>(below) == mesh.uvs.size()) continue;
+      lines->push_back({i == 0 ? CutLine::kU : CutLine::kV, at});
+    }
+  }
 }
 
 }  // namespace
 
-/// Null without a picture, and when memory runs out.
-GATexture* PreparedScene::TextureOf(GADriver* driver, const SceneImage& image, int index,
-                                    bool border) {
-  std::unique_ptr<GATexture>& texture = m_textures[{index, border}];
-  if (texture || !image.bitmap) return texture.get();
-  texture.reset(driver->CreateTexture());
-  if (texture && !texture->MakeGATexture(image.bitmap.get(), border ? 1 : 0, 0, 0)) texture.reset();
-  return texture.get();
+struct PreparedScene::Subject {
+  const SceneMesh& mesh;
+  const SceneMaterial& material;
+  AttrProperty* surface;     // of the material
+  int image, emissionImage;  // those that are there and have coordinates, else -1
+
+  V3f Emission() const {
+    const float* const emission = material.emission;
+    return {emission[0], emission[1], emission[2]};
+  }
+};
+
+AttrProperty* PreparedScene::Keep(const AttrProperty& material) {
+  m_materials.push_back(material);
+  return &m_materials.back();
 }
 
-bool PreparedScene::PrepareMesh(GADriver* driver, const Scene& scene, const SceneMesh& mesh,
-                                std::string* error) {
+void PreparedScene::ChooseSurface(const Subject& subject, PreparedMesh* prepared) {
+  const SceneMesh& mesh = subject.mesh;
+  prepared->material = subject.surface;
+  if (mesh.positions.empty() || mesh.colors.size() != mesh.positions.size()) return;
+  prepared->perVertexColors = !AreAllEqual(mesh.colors);
+  if (!prepared->perVertexColors) {
+    prepared->material = Keep(TintedSurface(*subject.surface, mesh.colors.front()));
+  }
+}
+
+/// Turns alphas into seen and not seen. An alpha that all vertices have counts with the material's.
+void PreparedScene::CutOff(const Subject& subject, PreparedMesh* prepared) {
+  const float cutoff = subject.material.alphaCutoff;
+  if (!(cutoff > 0)) return;
+  float alpha = std::max(AlphaOf(*prepared->material), 1e-6f);
+  if (prepared->perVertexColors && subject.mesh.colorsHaveAlpha) {
+    const std::vector<ColorBuf>& colors = subject.mesh.colors;
+    const bool differ = std::any_of(colors.begin(), colors.end(), [&](const ColorBuf& color) {
+      return color.alpha != colors[0].alpha;
+    });
+    if (differ) prepared->leastVertexAlpha = 255 * cutoff / alpha - kAlphaSlack;
+    if (!differ) alpha *= static_cast<float>(colors[0].alpha) / 255;
+  }
+  const float least = std::ceil(255 * cutoff / std::max(alpha, 1e-6f) - kAlphaSlack);
+  prepared->isInvisible = !(least <= 255);
+  prepared->leastAlpha = prepared->isInvisible ? 255 : std::max(static_cast<int>(least), 1);
+  prepared->material = Keep(*prepared->material);
+  prepared->material->transparency = AnimatableValue(0.0f);
+}
+
+/// False when memory runs out.
+bool PreparedScene::ChoosePictures(const Subject& subject, PreparedMesh* prepared) {
+  prepared->transparent =
+      prepared->material->transparency.Current() != 0 ||
+      (prepared->perVertexColors && subject.mesh.colorsHaveAlpha && prepared->leastAlpha == 0);
+  if (subject.image < 0) return true;
+  const bool hasAlpha = m_pictures.HasAlpha(subject.image);
+  TextureRecipe recipe;
+  recipe.color = subject.image;
+  if (hasAlpha) recipe.leastAlpha = prepared->leastAlpha;
+  const PreparedTexture* texture = m_pictures.Make(recipe);
+  if (!texture) return false;
+  prepared->texture = texture->texture.get();
+  prepared->uvs = texture->uvs;
+  prepared->transparent = prepared->transparent || hasAlpha;
+  return true;
+}
+
+/// Makes what is seen of a surface beside light. False when memory runs out.
+bool PreparedScene::ChooseLook(const Subject& subject, PreparedMesh* prepared) {
+  AttrProperty& plain = *prepared->material;
+  prepared->surface = prepared->picturedSurface = &plain;
+  prepared->isUnlit = subject.material.isUnlit;
+  if (prepared->isUnlit) {
+    prepared->material = Keep(UnlitSurface(BaseColor(plain), AlphaOf(plain)));
+    return true;
+  }
+  const V3f emission = subject.Emission();
+  if (emission == V3f(0)) return true;
+  if (subject.emissionImage < 0) prepared->emission = emission;
+  if (prepared->texture || subject.emissionImage >= 0) {
+    const bool isBlended = prepared->transparent && prepared->leastAlpha == 0;
+    return isBlended ? MixEmission(subject, prepared) : AddGlow(subject, prepared);
+  }
+  prepared->picturedEmission = emission;
+  prepared->material = Keep(GlowingSurface(plain, emission));
+  return true;
+}
+
+/// Emission of what is blended: part of the picture.
+bool PreparedScene::MixEmission(const Subject& subject, PreparedMesh* prepared) {
+  TextureRecipe recipe;
+  recipe.color = subject.image;
+  recipe.glow = subject.emissionImage;
+  recipe.base = BaseColor(*prepared->surface);
+  recipe.emission = subject.Emission();
+  const PreparedTexture* texture = m_pictures.Make(recipe);
+  if (!texture) return false;
+  prepared->texture = texture->texture.get();
+  prepared->uvs = texture->uvs;
+  AttrProperty white = *prepared->surface;
+  white.base = {AnimatableValue(1.0f), AnimatableValue(1.0f), AnimatableValue(1.0f)};
+  prepared->material = Keep(white);
+  prepared->picturedSurface = prepared->material;
+  return true;
+}
+
+/// Emission of what is not: a light of its own, which is clear where the surface is cut out.
+bool PreparedScene::AddGlow(const Subject& subject, PreparedMesh* prepared) {
+  Glow& glow = prepared->glow;
+  m_hasGlow[prepared->transparent] = true;
+  TextureRecipe recipe;
+  recipe.base = V3f(0);
+  recipe.emission = V3f(1);
+  recipe.glow = subject.emissionImage;
+  V3f color = subject.Emission();
+  if (recipe.glow >= 0 && std::max({color.x, color.y, color.z}) > 1) {
+    std::swap(recipe.emission, color);  // more than white: the picture is brightened instead
+  } else if (recipe.glow >= 0 && !prepared->transparent && !m_pictures.HasAlpha(recipe.glow)) {
+    recipe = {};
+    recipe.color = subject.emissionImage;
+  }
+  if (prepared->transparent) {
+    recipe.color = subject.image;
+    recipe.leastAlpha = prepared->leastAlpha;
+  }
+  glow.material = Keep(UnlitSurface(color, 1));
+  if (recipe.color < 0 && recipe.glow < 0) return true;
+  const PreparedTexture* texture = m_pictures.Make(recipe);
+  if (!texture) return false;
+  glow.texture = texture->texture.get();
+  glow.uvs = texture->uvs;
+  return true;
+}
+
+/// Cuts the triangles where that makes a difference.
+void PreparedScene::ChooseCuts(const Subject& subject, PreparedMesh* prepared) {
+  std::vector<CutLine> lines;
+  if (prepared->leastVertexAlpha > 0) {
+    lines.push_back({CutLine::kAlpha, prepared->leastVertexAlpha, true});
+  }
+  if (prepared->texture) AddHoldLines(subject.mesh, prepared->uvs, &lines);
+  if (prepared->glow.texture) AddHoldLines(subject.mesh, prepared->glow.uvs, &lines);
+  if (!lines.empty()) prepared->cuts = CutMesh(subject.mesh, lines);
+}
+
+bool PreparedScene::PrepareMesh(const Scene& scene, const SceneMesh& mesh, std::string* error) {
   std::size_t count = mesh.positions.size();
   if (!AreIndicesGood(mesh) || mesh.material < 0 ||
       static_cast<std::size_t>(mesh.material) >= scene.materials.size()) {
@@ -115,53 +237,42 @@ bool PreparedScene::PrepareMesh(GADriver* driver, const Scene& scene, const Scen
         mesh.name);
     return false;
   }
-  const SceneMaterial& material = scene.materials[static_cast<std::size_t>(mesh.material)];
+  const auto index = static_cast<std::size_t>(mesh.material);
+  const SceneMaterial& material = scene.materials[index];
   PreparedMesh prepared;
-  prepared.material = &m_materials[static_cast<std::size_t>(mesh.material)];
   prepared.hasNormals = mesh.normals.size() == count;
   prepared.hasUvs = mesh.uvs.size() == count;
-  if (count > 0 && mesh.colors.size() == count) {
-    prepared.perVertexColors = !AreAllEqual(mesh.colors);
-    if (!prepared.perVertexColors) {
-      m_materials.push_back(Folded(*prepared.material, mesh.colors.front()));
-      prepared.material = &m_materials.back();
-    }
+  prepared.showsBacks = material.showsBacks;
+  const auto usable = [&](int image) {
+    return prepared.hasUvs && m_pictures.IsPicture(image) ? image : -1;
+  };
+  const Subject subject = {mesh, material, &m_materials[index], usable(material.image),
+                           usable(material.emissionImage)};
+  prepared.image = subject.image;
+  if (!material.isUnlit) prepared.emissionImage = subject.emissionImage;
+  ChooseSurface(subject, &prepared);
+  CutOff(subject, &prepared);
+  if (!ChoosePictures(subject, &prepared) || !ChooseLook(subject, &prepared)) {
+    *error = fmt::format(
+        "the pictures of material '{}' cannot be uploaded: memory ran out; use smaller ones",
+        material.name);
+    return false;
   }
-  prepared.transparent = prepared.material->transparency.Current() != 0 ||
-                         (prepared.perVertexColors && mesh.colorsHaveAlpha);
-  int index = material.image;
-  if (index >= 0 && static_cast<std::size_t>(index) < scene.images.size() && prepared.hasUvs) {
-    const SceneImage& image = scene.images[static_cast<std::size_t>(index)];
-    // The renderer's clamped textures have a clear red border, which shows at the edges of a
-    // picture that ends with its surface. So a clamped picture repeats, with the coordinates held
-    // half a pixel off its edges; only where coordinates leave the picture does it get the border.
-    const bool isClamped = image.wrapU == PictureWrap::kClamp;
-    bool border = isClamped && !AreInside(mesh.uvs);
-    prepared.texture = TextureOf(driver, image, index, border);
-    if (image.bitmap && !prepared.texture) {
-      *error = fmt::format(
-          "picture '{}' of the model cannot be uploaded: memory ran out; use a smaller one",
-          image.name);
-      return false;
-    }
-    if (isClamped && !border && image.bitmap) {
-      prepared.uvMin = V2f(0.5f / static_cast<float>(image.bitmap->GetWidth()),
-                           0.5f / static_cast<float>(image.bitmap->GetHeight()));
-      prepared.uvMax = V2f(1) - prepared.uvMin;
-    }
-    bool hasAlpha = m_imageHasAlpha[static_cast<std::size_t>(index)];
-    if (prepared.texture && hasAlpha) prepared.transparent = true;
+  ChooseCuts(subject, &prepared);
+  const SceneDeformation* deformation = m_deformations[m_meshes.size()];
+  if (prepared.transparent) {
+    prepared.closed = IsClosed(mesh, deformation ? deformation->positions : mesh.positions);
   }
-  if (prepared.transparent) prepared.closed = IsClosed(mesh);
-  m_meshes.push_back(prepared);
+  m_meshes.push_back(std::move(prepared));
   return true;
 }
 
 bool PreparedScene::Prepare(GADriver* driver, const Scene& scene, std::string* error) {
   for (const SceneMaterial& material : scene.materials) m_materials.push_back(material.surface);
-  for (const SceneImage& image : scene.images) m_imageHasAlpha.push_back(HasAlpha(image));
+  m_pictures.Begin(driver, scene);
+  m_deformations = DeformationsByMesh(scene);
   for (const SceneMesh& mesh : scene.meshes) {
-    if (!PrepareMesh(driver, scene, mesh, error)) return false;
+    if (!PrepareMesh(scene, mesh, error)) return false;
   }
   return std::all_of(scene.instances.begin(), scene.instances.end(), [&](const SceneInstance& i) {
     bool good = i.mesh >= 0 && static_cast<std::size_t>(i.mesh) < scene.meshes.size();

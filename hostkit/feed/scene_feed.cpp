@@ -1,7 +1,5 @@
-// Feeds a scene to a display list: placing meshes in view space, and the lit triangles.
+// Feeds a scene to a display list: the frame's course, and the lit triangles.
 #include "hostkit/feed/scene_feed.h"
-
-#include <algorithm>
 
 #include "hostkit/feed/draw_state.h"
 
@@ -14,13 +12,7 @@ namespace {
 // bare OpenGL so, and 1.17 in one piece (bench/opaque.cpp).
 constexpr std::size_t kTrianglesAPiece = 10000;
 
-using Imath::M44f;
-using Imath::V2f;
 using Imath::V3f;
-
-V3f Position(const GAVertex& v) {
-  return {v.x, v.y, v.z};
-}
 
 V3f Normal(const GAVertex& v) {
   return {v.nx, v.ny, v.nz};
@@ -31,14 +23,6 @@ void SetNormal(GAVertex& vertex, const V3f& normal) {
   vertex.ny = normal.y;
   vertex.nz = normal.z;
 }
-
-// The upper 3 x 3 of a matrix for row vectors, as rows.
-struct Rows {
-  V3f x, y, z;
-  explicit Rows(const M44f& m)
-      : x(m[0][0], m[0][1], m[0][2]), y(m[1][0], m[1][1], m[1][2]), z(m[2][0], m[2][1], m[2][2]) {}
-  float Determinant() const { return x.dot(y.cross(z)); }
-};
 
 }  // namespace
 
@@ -53,8 +37,7 @@ void SceneFeed::Prepare(DisplayList* list, const FeedView& view) {
 
 void SceneFeed::Draw(DisplayList* list, const FeedView& view) {
   Prepare(list, view);
-  const DrawMode mode = view.settings->mode;
-  if (mode == DrawMode::kShaded || mode == DrawMode::kDriverWireframe) {
+  if (HasPictures()) {
     FeedLit();
     // The end of the lit run draws what is batched, then turns lighting off. Not so SetDepthFunc,
     // which would also put out the headlight that the transparent queue is drawn with.
@@ -73,81 +56,13 @@ void SceneFeed::UseTexture(GATexture* texture) {
   m_texture = texture;
 }
 
-bool SceneFeed::Place(const SceneInstance& instance) {
-  m_placed.mesh = &m_scene.meshes[static_cast<std::size_t>(instance.mesh)];
-  m_placed.prepared = &m_prepared.Mesh(instance.mesh);
-  if (m_placed.mesh->positions.empty()) return false;
-  M44f toView = instance.toWorld * m_view.worldToView;
-  m_placed.mirrored = Rows(toView).Determinant() < 0;
-  PlaceVertices(toView);
-  if (!m_placed.prepared->hasNormals) MakeNormals();
-  return true;
-}
-
-void SceneFeed::PlaceVertices(const M44f& toView) {
-  const SceneMesh& mesh = *m_placed.mesh;
-  const PreparedMesh& prepared = *m_placed.prepared;
-  // Normals go with the cofactors, which are the inverse transpose but for a factor, and exist
-  // also for a matrix that flattens. The factor is negative for a mirroring.
-  Rows rows(toView);
-  float sign = m_placed.mirrored ? -1.0f : 1.0f;
-  V3f nx = rows.y.cross(rows.z) * sign, ny = rows.z.cross(rows.x) * sign,
-      nz = rows.x.cross(rows.y) * sign;
-  V3f origin(toView[3][0], toView[3][1], toView[3][2]);
-
-  m_vertices.resize(mesh.positions.size());
-  for (std::size_t i = 0; i < m_vertices.size(); ++i) {
-    GAVertex& to = m_vertices[i];
-    const V3f& p = mesh.positions[i];
-    V3f placed = rows.x * p.x + rows.y * p.y + rows.z * p.z + origin;
-    to.x = placed.x;
-    to.y = placed.y;
-    to.z = placed.z;
-    if (prepared.hasNormals) {
-      const V3f& n = mesh.normals[i];
-      SetNormal(to, (nx * n.x + ny * n.y + nz * n.z).normalized());
-    }
-    if (prepared.hasUvs) {
-      to.u = std::clamp(mesh.uvs[i].x, prepared.uvMin.x, prepared.uvMax.x);
-      to.v = std::clamp(mesh.uvs[i].y, prepared.uvMin.y, prepared.uvMax.y);
-    }
-  }
-}
-
-// Smooth normals from the triangles, each weighing as much as its area.
-void SceneFeed::MakeNormals() {
-  for (GAVertex& vertex : m_vertices) SetNormal(vertex, V3f(0));
-  for (std::size_t i = 0; i < m_placed.mesh->triangles.size(); i += 3) {
-    Corners corners = CornersOf(i);
-    V3f a = Position(m_vertices[corners.index[0]]);
-    V3f b = Position(m_vertices[corners.index[1]]);
-    V3f c = Position(m_vertices[corners.index[2]]);
-    V3f outwards = (b - a).cross(c - a);
-    for (std::uint32_t index : corners.index) {
-      GAVertex& vertex = m_vertices[index];
-      SetNormal(vertex, Normal(vertex) + outwards);
-    }
-  }
-  for (GAVertex& v : m_vertices) SetNormal(v, Normal(v).normalized());
-}
-
-SceneFeed::Corners SceneFeed::CornersOf(std::size_t triangle) const {
-  const std::uint32_t* from = m_placed.mesh->triangles.data() + triangle;
-  if (m_placed.mirrored) return {{from[0], from[2], from[1]}};
-  return {{from[0], from[1], from[2]}};
-}
-
-bool SceneFeed::FacesAway(const GAVertex& a, const GAVertex& b, const GAVertex& c) const {
-  V3f eyeSide = (Position(b) - Position(a)).cross(Position(c) - Position(a));
-  return m_view.info->perspective != 0 ? eyeSide.dot(Position(a)) >= 0 : eyeSide.z <= 0;
-}
-
 void SceneFeed::FeedLit() {
   m_list->SetupLights(m_view.lights);
   for (const SceneInstance& instance : m_scene.instances) {
     const PreparedMesh& prepared = m_prepared.Mesh(instance.mesh);
     const SceneMesh& mesh = m_scene.meshes[static_cast<std::size_t>(instance.mesh)];
-    if (prepared.perVertexColors || mesh.triangles.empty() || !Place(instance)) continue;
+    if (prepared.perVertexColors || mesh.triangles.empty()) continue;
+    if (!PlaceWithPictures(instance, prepared.Uvs())) continue;
     UseTexture(prepared.texture);
     m_list->SetMaterial(prepared.material, 0);
     FeedLitTriangles();
@@ -168,12 +83,15 @@ void SceneFeed::FeedLitTriangles() {
   const bool mayTurn = !transparent || !m_placed.prepared->closed;
   const GAVertex* vertices = m_vertices.data();
   GAVertex record[4];  // the renderer reads the first, second and fourth
-  for (std::size_t i = 0; i < m_placed.mesh->triangles.size(); i += 3) {
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < m_placed.triangles->size(); i += 3) {
     Corners corners = CornersOf(i);
     const GAVertex& a = vertices[corners.index[0]];
     const GAVertex& b = vertices[corners.index[1]];
     const GAVertex& c = vertices[corners.index[2]];
-    const bool turned = mayTurn && FacesAway(a, b, c);
+    const bool facesAway = (mayTurn || m_placed.hidesBacks) && FacesAway(a, b, c);
+    if (facesAway && m_placed.hidesBacks) continue;
+    const bool turned = mayTurn && facesAway;
     const bool swapped = turned == transparent;
     record[0] = a;
     record[1] = swapped ? c : b;
@@ -181,8 +99,8 @@ void SceneFeed::FeedLitTriangles() {
     if (turned != transparent) {
       for (int k : {0, 1, 3}) SetNormal(record[k], -Normal(record[k]));
     }
-    m_list->AddTransformedTri(record, 1);
-    if ((i / 3 + 1) % kTrianglesAPiece == 0) m_list->FlushArrays();
+    m_list->AddTransformedTri(record, DisplayList::kCheckTransparency);
+    if (++count % kTrianglesAPiece == 0) m_list->FlushArrays();
   }
 }
 

@@ -33,13 +33,15 @@ struct FeedView {
   const RenderInfo* picture = nullptr;      ///< The same for a surface that held all the picture.
   const FrameSettings* settings = nullptr;  ///< Must live until the frame is drawn.
   ColorBuf background;                      ///< What the surface was cleared with.
+  float pointSize = 1;                      ///< Pixels.
 };
 
 /// Walks a scene's instances once a frame. Arrays keep their capacity from frame to frame. Scene
 /// and prepared scene must outlive the feed.
 ///
-/// Bodies by theme: scene_feed.cpp (placing, lit triangles), scene_feed_unlit.cpp (coloured
-/// triangles, lines, points), scene_feed_modes.cpp (the other ways to draw), scene_feed_ids.cpp.
+/// Bodies by theme: scene_feed.cpp (lit triangles), scene_feed_places.cpp (placing),
+/// scene_feed_glow.cpp (light that is added), scene_feed_unlit.cpp (coloured triangles, lines,
+/// points), scene_feed_modes.cpp (the other ways to draw), scene_feed_ids.cpp.
 class SceneFeed {
  public:
   SceneFeed(const Scene& scene, const PreparedScene& prepared)
@@ -62,7 +64,9 @@ class SceneFeed {
   struct Placed {
     const SceneMesh* mesh = nullptr;
     const PreparedMesh* prepared = nullptr;
+    const std::vector<std::uint32_t>* triangles = nullptr;  // the mesh's, or its cuts'
     bool mirrored = false;  // its triangles turn the other way round
+    bool hidesBacks = false;
   };
   // Three vertices of m_vertices, counter-clockwise from outside.
   struct Corners {
@@ -76,8 +80,12 @@ class SceneFeed {
   };
 
   void Prepare(DisplayList* list, const FeedView& view);
-  bool Place(const SceneInstance& instance);  // false when there is nothing to draw in it
-  void PlaceVertices(const Imath::M44f& toView);
+  // Both are false when there is nothing to draw in it. Without a map, texture coordinates have any
+  // value.
+  bool Place(const SceneInstance& instance, const UvMap* uvs = nullptr);
+  bool PlaceWithPictures(const SceneInstance& instance, const UvMap* uvs);
+  void PlaceVertices(const Imath::M44f& toView, const UvMap* uvs);
+  void PlaceCuts(const UvMap* uvs);
   void MakeNormals();
   Corners CornersOf(std::size_t triangle) const;
   bool FacesAway(const GAVertex& a, const GAVertex& b, const GAVertex& c) const;
@@ -85,7 +93,10 @@ class SceneFeed {
 
   void FeedLit();
   void FeedLitTriangles();
+  void FeedGlow(bool transparent);
+  void FeedGlowTriangles();
   void FeedUnlit();
+  bool HasPictures() const;
   bool IsFedUnlit(const SceneInstance& instance) const;
   void FeedUnlitInstance(const SceneInstance& instance);
   void FeedColoredTriangles();
@@ -94,12 +105,15 @@ class SceneFeed {
   void FeedSorted();
   void CollectLines();
   void FeedPoints();
-  void FeedSquares(int width);
+  void FeedShapes(float width, bool isRound);
 
   void FeedFlatTriangles();
   ColorBuf FaceColor(std::size_t triangle, const Corners& corners) const;
+  Imath::V3f FaceGlow(std::size_t triangle) const;
+  ColorBuf PictureMean(int image, std::size_t triangle, int leastAlpha) const;
   void FeedFill();
   void FeedEdges(int mesh);
+  void FindFacesAway();
   bool IsDrawn(const MeshEdge& edge) const;
   void FeedVertices();
   void FeedControlPoints();
@@ -110,6 +124,7 @@ class SceneFeed {
   void AddId(const Imath::V3f& a, const Imath::V3f& b, const Imath::V3f& c, std::uint32_t id);
 
   ColorBuf LitColor(std::uint32_t vertex, bool facesAway);
+  ColorBuf ColorOf(std::uint32_t vertex) const;
   GALitVertex FlatVertex(std::uint32_t vertex) const;
   GALitVertex EdgeEnd(std::uint32_t vertex) const;
   void AddPolygon(const GALitVertexWT* corners);
@@ -136,7 +151,8 @@ class SceneFeed {
   std::vector<std::uint32_t> m_order;
   WideLines m_lines;
   std::vector<GALitVertex> m_points;
-  std::vector<unsigned short> m_squareIndices;
+  std::vector<unsigned short> m_shapeIndices;
+  std::size_t m_shapeCorners = 0;  // that these are for
   SceneEdges m_edges;
   std::vector<unsigned char> m_facesAway;  // by triangle of the instance at hand
   VornPoly m_polygon;                      // kept for its colour handles

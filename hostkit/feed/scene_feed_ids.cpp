@@ -38,7 +38,9 @@ void SceneFeed::AddId(const V3f& a, const V3f& b, const V3f& c, std::uint32_t id
 
 void SceneFeed::FeedTriangleIds(SeenSurfaces* seen) {
   const std::vector<std::uint32_t>& triangles = m_placed.mesh->triangles;
+  if (m_placed.hidesBacks) FindFacesAway();
   for (std::size_t i = 0; i < triangles.size() && !seen->IsFull(); i += 3) {
+    if (m_placed.hidesBacks && m_facesAway[i / 3]) continue;
     const V3f a = PlacedAt(triangles[i]), b = PlacedAt(triangles[i + 1]),
               c = PlacedAt(triangles[i + 2]);
     AddId(a, b, c, seen->AddTriangle(a, b, c));
@@ -63,7 +65,7 @@ void SceneFeed::FeedLineIds(SeenSurfaces* seen) {
 }
 
 void SceneFeed::FeedPointIds(SeenSurfaces* seen) {
-  const float half = kHalfSample * static_cast<float>(m_view.settings->pointSize);
+  const float half = kHalfSample * m_view.pointSize;
   for (std::uint32_t vertex : m_placed.mesh->points) {
     if (seen->IsFull()) return;
     const V3f p = PlacedAt(vertex);

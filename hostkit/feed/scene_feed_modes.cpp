@@ -37,35 +37,55 @@ ColorBuf Times(const ColorBuf& a, const ColorBuf& b) {
 
 }  // namespace
 
-// The colour of a triangle before light falls on it: its vertices' mean times its picture's.
-ColorBuf SceneFeed::FaceColor(std::size_t triangle, const Corners& corners) const {
+ColorBuf SceneFeed::PictureMean(int image, std::size_t triangle, int leastAlpha) const {
   const SceneMesh& mesh = *m_placed.mesh;
-  ColorBuf color = kWhite;
-  if (m_placed.prepared->perVertexColors) {
-    color = Mean(mesh.colors[corners.index[0]], mesh.colors[corners.index[1]],
-                 mesh.colors[corners.index[2]]);
-  }
-  const SceneMaterial& material = m_scene.materials[static_cast<std::size_t>(mesh.material)];
-  if (!m_placed.prepared->texture) return color;
-  const SceneImage& image = m_scene.images[static_cast<std::size_t>(material.image)];
   Imath::V2f uvs[3];
-  for (int k = 0; k < 3; ++k) uvs[k] = mesh.uvs[mesh.triangles[triangle + k]];
-  return Times(color, MeanOverTriangle(image, uvs));
+  for (std::size_t k = 0; k < 3; ++k) uvs[k] = mesh.uvs[mesh.triangles[triangle + k]];
+  return MeanOverTriangle(m_scene.images[static_cast<std::size_t>(image)], uvs, leastAlpha);
+}
+
+// The colour of a triangle before light falls on it: its vertices' mean times its picture's. Its
+// alpha is 0 where its vertices' alphas are cut off.
+ColorBuf SceneFeed::FaceColor(std::size_t triangle, const Corners& corners) const {
+  const PreparedMesh& prepared = *m_placed.prepared;
+  ColorBuf color = kWhite;
+  if (prepared.perVertexColors) {
+    const std::vector<ColorBuf>& colors = m_placed.mesh->colors;
+    color = Mean(colors[corners.index[0]], colors[corners.index[1]], colors[corners.index[2]]);
+    if (prepared.leastAlpha > 0) color.alpha = color.alpha < prepared.leastVertexAlpha ? 0 : 255;
+  }
+  if (prepared.image < 0) return color;
+  return Times(color, PictureMean(prepared.image, triangle, prepared.leastAlpha));
+}
+
+// What a triangle of a mesh with an emission picture shines with, from 0 to 1.
+V3f SceneFeed::FaceGlow(std::size_t triangle) const {
+  const ColorBuf mean = PictureMean(m_placed.prepared->emissionImage, triangle, 0);
+  const SceneMaterial& material =
+      m_scene.materials[static_cast<std::size_t>(m_placed.mesh->material)];
+  return V3f(mean.red * material.emission[0], mean.green * material.emission[1],
+             mean.blue * material.emission[2]) /
+         255;
 }
 
 void SceneFeed::FeedFlatTriangles() {
   const PreparedMesh& prepared = *m_placed.prepared;
-  m_lighting.SetMaterial(*prepared.material);
+  m_lighting.SetMaterial(*prepared.surface, prepared.isUnlit, prepared.emission);
   for (std::size_t i = 0; i < m_placed.mesh->triangles.size(); i += 3) {
     const Corners corners = CornersOf(i);
     const bool facesAway = FacesAway(m_vertices[corners.index[0]], m_vertices[corners.index[1]],
                                      m_vertices[corners.index[2]]);
+    if (facesAway && m_placed.hidesBacks) continue;
     if (facesAway && prepared.transparent && prepared.closed) continue;  // as the queue does
+    const ColorBuf faceColor = FaceColor(i, corners);
+    if (faceColor.alpha == 0) continue;
     const V3f a = PlacedAt(corners.index[0]), b = PlacedAt(corners.index[1]),
               c = PlacedAt(corners.index[2]);
     const V3f normal = (b - a).cross(c - a).normalized(), middle = (a + b + c) / 3;
-    const ColorBuf color =
-        m_lighting.Light(middle, facesAway ? -normal : normal, FaceColor(i, corners));
+    if (prepared.emissionImage >= 0) {
+      m_lighting.SetMaterial(*prepared.surface, false, FaceGlow(i));
+    }
+    const ColorBuf color = m_lighting.Light(middle, facesAway ? -normal : normal, faceColor);
     SortedTriangle triangle{-middle.z, nullptr, {}};
     const V3f* const places[] = {&a, &b, &c};
     for (int k = 0; k < 3; ++k) {
@@ -80,8 +100,10 @@ void SceneFeed::FeedFlatTriangles() {
 // Triangles in the background's colour, which hide what is behind them.
 void SceneFeed::FeedFill() {
   const ColorBuf& color = m_view.background;
-  for (const std::uint32_t vertex : m_placed.mesh->triangles) {
-    const V3f p = PlacedAt(vertex);
+  const std::vector<std::uint32_t>& triangles = m_placed.mesh->triangles;
+  for (std::size_t i = 0; i < triangles.size(); ++i) {
+    if (m_placed.hidesBacks && m_facesAway[i / 3]) continue;
+    const V3f p = PlacedAt(triangles[i]);
     m_colored.push_back({p.x, p.y, p.z, color.red, color.green, color.blue, 255});
     if (m_colored.size() == kColoredTriangles * 3) FlushColored();
   }
@@ -100,39 +122,47 @@ GALitVertex SceneFeed::EdgeEnd(std::uint32_t vertex) const {
 }
 
 bool SceneFeed::IsDrawn(const MeshEdge& edge) const {
-  if (m_view.settings->mode == DrawMode::kWireframe || edge.right < 0) return true;
+  if (m_view.settings->mode == DrawMode::kWireframe) return true;
+  const bool isLeftAway = m_facesAway[edge.left];
+  const bool isRightAway =
+      edge.right < 0 ? isLeftAway : m_facesAway[static_cast<std::size_t>(edge.right)];
+  if (m_placed.hidesBacks && isLeftAway && isRightAway) return false;
+  if (edge.right < 0) return true;
   const float crease = m_view.settings->creaseDegrees * std::numbers::pi_v<float> / 180;
   if (edge.cosine < std::cos(crease)) return true;
   // The outline: one of its triangles is seen from outside, the other one from inside.
-  const bool differ = m_facesAway[edge.left] != m_facesAway[static_cast<std::size_t>(edge.right)];
-  return differ == edge.oppositeWinding;
+  return (isLeftAway != isRightAway) == edge.oppositeWinding;
+}
+
+void SceneFeed::FindFacesAway() {
+  m_facesAway.resize(m_placed.mesh->triangles.size() / 3);
+  for (std::size_t i = 0; i < m_facesAway.size(); ++i) {
+    const Corners corners = CornersOf(3 * i);
+    m_facesAway[i] = FacesAway(m_vertices[corners.index[0]], m_vertices[corners.index[1]],
+                               m_vertices[corners.index[2]]);
+  }
 }
 
 void SceneFeed::FeedEdges(int mesh) {
-  const std::vector<std::uint32_t>& triangles = m_placed.mesh->triangles;
-  m_facesAway.resize(triangles.size() / 3);
-  if (m_view.settings->mode == DrawMode::kLines) {
-    for (std::size_t i = 0; i < m_facesAway.size(); ++i) {
-      m_facesAway[i] = FacesAway(m_vertices[triangles[3 * i]], m_vertices[triangles[3 * i + 1]],
-                                 m_vertices[triangles[3 * i + 2]]);
-    }
-  }
   for (const MeshEdge& edge : m_edges.OfMesh(m_scene, mesh)) {
     if (IsDrawn(edge)) m_lines.Add(EdgeEnd(edge.a), EdgeEnd(edge.b));
   }
 }
 
 void SceneFeed::FeedVertices() {
-  const SceneMesh& mesh = *m_placed.mesh;
-  m_lighting.SetMaterial(*m_placed.prepared->material);
+  const PreparedMesh& prepared = *m_placed.prepared;
+  m_lighting.SetMaterial(*prepared.surface, prepared.isUnlit, prepared.emission);
   const bool isParallel = m_view.info->perspective == 0;
   for (std::uint32_t i = 0; i < m_vertices.size(); ++i) {
+    if (prepared.leastVertexAlpha > 0 &&
+        m_placed.mesh->colors[i].alpha < prepared.leastVertexAlpha) {
+      continue;
+    }
     const GAVertex& v = m_vertices[i];
     const V3f place(v.x, v.y, v.z);
     V3f normal(v.nx, v.ny, v.nz);
     if (isParallel ? normal.z < 0 : normal.dot(place) > 0) normal = -normal;
-    const ColorBuf color = m_lighting.Light(
-        place, normal, m_placed.prepared->perVertexColors ? mesh.colors[i] : kWhite);
+    const ColorBuf color = m_lighting.Light(place, normal, ColorOf(i));
     m_points.push_back({v.x, v.y, v.z, color.red, color.green, color.blue, color.alpha});
   }
 }

@@ -1,6 +1,8 @@
 // Feeds a scene to a display list: triangles that bring their colours along, lines, and points.
 #include <algorithm>
+#include <cmath>
 #include <numeric>
+#include <span>
 #include <utility>
 
 #include "host/GABuffer.h"
@@ -11,8 +13,9 @@ namespace {
 
 using Imath::V3f;
 
-unsigned char Times(float factor, unsigned char value) {
-  return static_cast<unsigned char>(std::clamp(factor * value, 0.0f, 255.0f) + 0.5f);
+unsigned char Times(float factor, unsigned char value, float more = 0) {
+  const float product = factor * value + more;
+  return product > 0 ? static_cast<unsigned char>(std::min(product, 255.0f) + 0.5f) : 0;
 }
 
 }  // namespace
@@ -32,24 +35,34 @@ void SceneFeed::FeedUnlit() {
   // The fill of lines has the background's colour, near and far.
   const bool clearFill = settings.mode == DrawMode::kLines && settings.fog.on;
   if (clearFill) m_view.info->buffer->SetFogState(0);
+  const bool hasPictures = HasPictures();
   for (const SceneInstance& instance : m_scene.instances) {
-    if (IsFedUnlit(instance) && Place(instance)) FeedUnlitInstance(instance);
+    if (!IsFedUnlit(instance)) continue;
+    const UvMap* const uvs = m_prepared.Mesh(instance.mesh).Uvs();
+    if (hasPictures ? PlaceWithPictures(instance, uvs) : Place(instance)) {
+      FeedUnlitInstance(instance);
+    }
   }
   UseTexture(nullptr);
   m_list->FlushArrays();
+  if (hasPictures && m_prepared.HasGlow(false)) FeedGlow(false);
   if (clearFill) m_view.info->buffer->SetFogState(1);
   if (settings.controlPointSize > 0) FeedControlPoints();
   m_lines.Draw(m_list);
   if (!m_points.empty()) FeedPoints();
   if (!m_sorted.empty()) FeedSorted();
+  if (hasPictures && m_prepared.HasGlow(true)) FeedGlow(true);
+}
+
+bool SceneFeed::HasPictures() const {
+  const DrawMode mode = m_view.settings->mode;
+  return mode == DrawMode::kShaded || mode == DrawMode::kDriverWireframe;
 }
 
 bool SceneFeed::IsFedUnlit(const SceneInstance& instance) const {
   const SceneMesh& mesh = m_scene.meshes[static_cast<std::size_t>(instance.mesh)];
   if (!mesh.lines.empty() || !mesh.points.empty()) return true;
-  const DrawMode mode = m_view.settings->mode;
-  const bool areFacesLit = mode == DrawMode::kShaded || mode == DrawMode::kDriverWireframe;
-  if (areFacesLit && !m_prepared.Mesh(instance.mesh).perVertexColors) return false;
+  if (HasPictures() && !m_prepared.Mesh(instance.mesh).perVertexColors) return false;
   return !mesh.triangles.empty();
 }
 
@@ -65,6 +78,7 @@ void SceneFeed::FeedUnlitInstance(const SceneInstance& instance) {
         FeedFlatTriangles();
         break;
       case DrawMode::kLines:
+        FindFacesAway();
         FeedFill();
         FeedEdges(instance.mesh);
         break;
@@ -86,22 +100,33 @@ ColorBuf SceneFeed::LitColor(std::uint32_t vertex, bool facesAway) {
   m_isLit[facesAway][vertex] = 1;
   const GAVertex& v = m_vertices[vertex];
   V3f outwards(v.nx, v.ny, v.nz);
-  color = m_lighting.Light({v.x, v.y, v.z}, facesAway ? -outwards : outwards,
-                           m_placed.mesh->colors[vertex]);
+  color = m_lighting.Light({v.x, v.y, v.z}, facesAway ? -outwards : outwards, ColorOf(vertex));
+  return color;
+}
+
+/// The colour that a vertex has of its own; white where colours are in the material.
+ColorBuf SceneFeed::ColorOf(std::uint32_t vertex) const {
+  const PreparedMesh& prepared = *m_placed.prepared;
+  const std::vector<ColorBuf>& colors = m_placed.mesh->colors;
+  if (!prepared.perVertexColors) return {255, 255, 255, 255};
+  ColorBuf color =
+      vertex < colors.size() ? colors[vertex] : prepared.cuts->made[vertex - colors.size()].color;
+  if (prepared.leastAlpha > 0) color.alpha = 255;
   return color;
 }
 
 void SceneFeed::FeedColoredTriangles() {
   const PreparedMesh& prepared = *m_placed.prepared;
-  m_lighting.SetMaterial(*prepared.material);
+  m_lighting.SetMaterial(*prepared.picturedSurface, prepared.isUnlit, prepared.picturedEmission);
   for (int side = 0; side < 2; ++side) {
     m_lit[side].resize(m_vertices.size());
     m_isLit[side].assign(m_vertices.size(), 0);
   }
-  for (std::size_t i = 0; i < m_placed.mesh->triangles.size(); i += 3) {
+  for (std::size_t i = 0; i < m_placed.triangles->size(); i += 3) {
     Corners corners = CornersOf(i);
     bool facesAway = FacesAway(m_vertices[corners.index[0]], m_vertices[corners.index[1]],
                                m_vertices[corners.index[2]]);
+    if (facesAway && m_placed.hidesBacks) continue;
     if (facesAway && prepared.transparent && prepared.closed) continue;  // as the queue does
     SortedTriangle triangle{0, prepared.texture, {}};
     for (int k = 0; k < 3; ++k) {
@@ -155,7 +180,7 @@ void SceneFeed::AddPolygon(const GALitVertexWT* corners) {
     *uvs[k] = {c.u, c.v};
     colors[k]->Set(c.red, c.green, c.blue, c.alpha);
   }
-  m_list->AddTransformedPolygon(m_polygon, 0);
+  m_list->AddTransformedPolygon(m_polygon, DisplayList::kDrawAsOpaque);
 }
 
 void SceneFeed::FeedSorted() {
@@ -171,20 +196,18 @@ void SceneFeed::FeedSorted() {
   m_list->FlushArrays();
 }
 
-// Lines and points are not lit: the material's base colour times the vertex's.
+// Lines and points are not lit: the material's base colour times the vertex's, and its emission.
 GALitVertex SceneFeed::FlatVertex(std::uint32_t vertex) const {
-  const AttrProperty& material = *m_placed.prepared->material;
-  const SceneMesh& mesh = *m_placed.mesh;
-  // Equal colours are in the material already.
-  ColorBuf color{255, 255, 255, 255};
-  if (m_placed.prepared->perVertexColors) color = mesh.colors[vertex];
+  const AttrProperty& material = *m_placed.prepared->surface;
+  const V3f emission = m_placed.prepared->emission * 255;
+  const ColorBuf color = ColorOf(vertex);
   const GAVertex& v = m_vertices[vertex];
   return {v.x,
           v.y,
           v.z,
-          Times(material.base.red.Current(), color.red),
-          Times(material.base.green.Current(), color.green),
-          Times(material.base.blue.Current(), color.blue),
+          Times(material.base.red.Current(), color.red, emission.x),
+          Times(material.base.green.Current(), color.green, emission.y),
+          Times(material.base.blue.Current(), color.blue, emission.z),
           Times(1 - material.transparency.Current(), color.alpha)};
 }
 
@@ -195,11 +218,14 @@ void SceneFeed::CollectLines() {
   }
 }
 
-// The renderer's points are one sample; wider ones are squares.
+// The renderer's points are one sample; wider ones are squares, or octagons where averaging samples
+// smooths their edges.
 void SceneFeed::FeedPoints() {
-  const int width = m_view.settings->samplesPerSide * m_view.settings->pointSize;
+  constexpr float kLeastRound = 3;  // pixels
+  const int side = m_view.settings->samplesPerSide;
+  const float width = std::round(static_cast<float>(side) * m_view.pointSize);
   if (width > 1) {
-    FeedSquares(width);
+    FeedShapes(width, side > 1 && m_view.pointSize >= kLeastRound);
     return;
   }
   m_list->PrepForPoints();
@@ -210,31 +236,43 @@ void SceneFeed::FeedPoints() {
   m_list->PrepForPolygonArray();  // ends the points
 }
 
-void SceneFeed::FeedSquares(int width) {
-  constexpr std::size_t kSquares = 65536 / 4;  // in one call with 16-bit indices
-  if (m_squareIndices.empty()) {
-    for (unsigned first = 0; first < kSquares * 4; first += 4) {
-      for (unsigned corner : {0u, 1u, 2u, 0u, 2u, 3u}) {
-        m_squareIndices.push_back(static_cast<unsigned short>(first + corner));
+void SceneFeed::FeedShapes(float width, bool isRound) {
+  // Corners in half widths; the octagon has the area of the circle.
+  static constexpr float kLong = 0.9737f, kShort = 0.4033f;
+  static constexpr std::pair<float, float> kSquare[] = {{-1, -1}, {1, -1}, {1, 1}, {-1, 1}};
+  static constexpr std::pair<float, float> kOctagon[] = {
+      {-kShort, -kLong}, {kShort, -kLong}, {kLong, -kShort}, {kLong, kShort},
+      {kShort, kLong},   {-kShort, kLong}, {-kLong, kShort}, {-kLong, -kShort}};
+  const std::span<const std::pair<float, float>> corners =
+      isRound ? std::span<const std::pair<float, float>>(kOctagon) : kSquare;
+  const std::size_t count = corners.size(), shapes = 65536 / count;  // in one call, 16-bit indices
+  if (m_shapeCorners != count) {
+    m_shapeCorners = count;
+    m_shapeIndices.clear();
+    for (std::size_t first = 0; first < shapes * count; first += count) {
+      for (std::size_t corner = 2; corner < count; ++corner) {
+        for (const std::size_t index : {first, first + corner - 1, first + corner}) {
+          m_shapeIndices.push_back(static_cast<unsigned short>(index));
+        }
       }
     }
   }
-  const float half = static_cast<float>(width) / 2;
+  const float half = width / 2;
   for (std::size_t i = 0; i < m_points.size();) {
     m_colored.clear();
-    for (; i < m_points.size() && m_colored.size() < kSquares * 4; ++i) {
+    for (; i < m_points.size() && m_colored.size() < shapes * count; ++i) {
       GALitVertex corner = m_points[i];
       const V3f middle = TowardsEye({corner.x, corner.y, corner.z}, half, *m_view.info);
       const float h = half * SampleSizeAt(middle.z, *m_view.info);
       corner.z = middle.z;
-      for (const auto& [x, y] : {std::pair{-h, -h}, {h, -h}, {h, h}, {-h, h}}) {
-        corner.x = middle.x + x;
-        corner.y = middle.y + y;
+      for (const auto& [x, y] : corners) {
+        corner.x = middle.x + x * h;
+        corner.y = middle.y + y * h;
         m_colored.push_back(corner);
       }
     }
-    m_list->AddIndexedLitTriangleList(m_colored.data(), m_colored.size(), m_squareIndices.data(),
-                                      m_colored.size() / 4 * 6, 0);
+    m_list->AddIndexedLitTriangleList(m_colored.data(), m_colored.size(), m_shapeIndices.data(),
+                                      m_colored.size() / count * (count - 2) * 3, 0);
   }
   m_colored.clear();
 }

@@ -75,7 +75,9 @@ void VertexLighting::SetLights(const LightListNode* lights, float ambientAmount)
   }
 }
 
-void VertexLighting::SetMaterial(const AttrProperty& material) {
+void VertexLighting::SetMaterial(const AttrProperty& material, bool isUnlit, const V3f& emission) {
+  m_isUnlit = isUnlit;
+  m_emission = emission;
   m_base = ToV3f(material.base);
   m_ambientFromBase = material.ambientSource & AttrProperty::kFromBaseColor;
   m_ambient = ToV3f(material.ambient);
@@ -99,6 +101,8 @@ float VertexLighting::Falloff(const Source& source, float distance, const V3f& t
 ColorBuf VertexLighting::Light(const V3f& position, const V3f& normal,
                                const ColorBuf& color) const {
   V3f base = Mul(m_base, V3f(color.red, color.green, color.blue) / 255.0f);
+  const unsigned char alpha = ToByte(color.alpha / 255.0f * m_alpha);
+  if (m_isUnlit) return {ToByte(base.x), ToByte(base.y), ToByte(base.z), alpha};
   V3f ambient = (m_ambientFromBase ? base : m_ambient) * m_ambientFactor;
   float brightness = ambient.dot(V3f(0.3f, 0.59f, 0.11f));
   ambient += base * ((1 - brightness) * m_ambientAmount);
@@ -106,7 +110,7 @@ ColorBuf VertexLighting::Light(const V3f& position, const V3f& normal,
   V3f specular = (m_specularFromBase ? base : m_specular) * m_specularFactor;
   V3f toViewer = m_localViewer ? (-position).normalized() : V3f(0, 0, 1);
 
-  V3f sum = ambient, highlight(0);
+  V3f sum = ambient + m_emission, highlight(0);
   for (const Source& source : m_sources) {
     V3f toLight = source.directional ? source.position : source.position - position;
     float distance = source.directional ? 0 : toLight.length();
@@ -120,7 +124,7 @@ ColorBuf VertexLighting::Light(const V3f& position, const V3f& normal,
     highlight += Mul(specular, source.specular) * (std::pow(shine, m_shininess) * falloff);
   }
   sum += highlight;
-  return {ToByte(sum.x), ToByte(sum.y), ToByte(sum.z), ToByte(color.alpha / 255.0f * m_alpha)};
+  return {ToByte(sum.x), ToByte(sum.y), ToByte(sum.z), alpha};
 }
 
 }  // namespace hostkit

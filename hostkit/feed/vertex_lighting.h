@@ -19,7 +19,9 @@ class VertexLighting {
   /// `lights` as given to the display list: null is the headlight. `ambientAmount` is that of the
   /// scene record.
   void SetLights(const LightListNode* lights, float ambientAmount);
-  void SetMaterial(const AttrProperty& material);
+  /// `emission` is added to what light shows. An unlit material is seen in its base colour alone.
+  void SetMaterial(const AttrProperty& material, bool isUnlit = false,
+                   const Imath::V3f& emission = Imath::V3f(0));
 
   /// The colour of a vertex in view space; `normal` has unit length and points to the viewer's
   /// side. Alpha is the vertex's times the material's.
@@ -48,6 +50,8 @@ class VertexLighting {
   bool m_specularFromBase = false;
   float m_ambientFactor = 0, m_specularFactor = 0;
   float m_shininess = -1;  // below 0: no highlight
+  bool m_isUnlit = false;
+  Imath::V3f m_emission{0};
   float m_alpha = 1;
 };
 

@@ -7,27 +7,37 @@
 #include "host/Animation.h"
 #include "host/Colors.h"
 #include "host/GABuffer.h"
+#include "hostkit/feed/surface_looks.h"
 #include "hostkit/services/pixel_values.h"
 
 namespace hostkit {
 namespace {
 
-// Light from everywhere, as a share of the base colour, so that what no light reaches is not black.
-constexpr float kAmbientAmount = 0.25f;
 // View units that the far end of a linear fog is to be away, and what may be seen at most: products
 // of three coordinates must stay floats.
 constexpr float kFogUnits = 1 << 20, kMostUnits = 1 << 24;
 
 constexpr float kIdentity[12] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
 
+// A view that reaches less far than this or farther counts in units of its own: products of three
+// coordinates must stay floats, and large enough to tell them from nothing.
+constexpr float kLeastReach = 1.0f / (1 << 16), kMostReach = 1 << 26;
+
+// The view units of a world unit that the size of the view alone asks for.
+float UnitForReach(float farDistance) {
+  if (farDistance >= kLeastReach && farDistance <= kMostReach) return 1;
+  return std::exp2(-std::round(std::log2(farDistance)));
+}
+
 // How many view units to count for a world unit. Two of the renderer's habits want an answer: it
 // cuts the distances of linear fog to whole view units, which would move the fog of a model of a
 // few metres; and it takes a density of exactly 1 for the wish for linear fog.
 float UnitFor(const Fog& fog, float farDistance) {
-  if (!fog.on) return 1;
-  if (fog.exponential) return fog.density == 1 ? 2.0f : 1.0f;
+  const float unit = UnitForReach(farDistance);
+  if (!fog.on) return unit;
+  if (fog.exponential) return fog.density == unit ? 2 * unit : unit;
   const float most = std::min(kFogUnits / fog.farDistance, kMostUnits / farDistance);
-  return std::exp2(std::floor(std::log2(std::max(most, 1.0f))));
+  return std::exp2(std::floor(std::log2(std::max(most, std::min(unit, 1.0f)))));
 }
 
 ColorBuf ToBytes(const float* color) {
@@ -45,7 +55,12 @@ View Scaled(const View& view, float unit) {
 }  // namespace
 
 FramePainter::FramePainter(GADriver* driver, const Scene& scene)
-    : m_scene(scene), m_bounds(scene.Bounds()), m_feed(scene, m_prepared), m_overlays(driver) {
+    : m_scene(scene),
+      m_bounds(scene.Bounds()),
+      m_points(SpreadOfPoints(scene)),
+      m_vertices(SpreadOfVertices(scene, m_bounds)),
+      m_feed(scene, m_prepared),
+      m_overlays(driver) {
   m_record.ambientAmount = kAmbientAmount;
 }
 
@@ -60,7 +75,7 @@ void FramePainter::Begin(const FrameSettings& settings, const View& view) {
   m_settings = &settings;
   View seen = view;
   if (settings.grid.on) {
-    m_grid.Build(settings.grid, m_bounds);
+    m_grid.Build(settings.grid, m_bounds, settings.upAxis.value_or(m_scene.upAxis), m_scene.origin);
     seen = m_grid.Reach(seen);
   }
   m_unit = UnitFor(settings.fog, seen.farDistance);
@@ -68,6 +83,11 @@ void FramePainter::Begin(const FrameSettings& settings, const View& view) {
   m_worldToView = WorldToView(view.camera);
   if (m_unit != 1) m_worldToView *= Imath::M44f().setScale(m_unit);
   m_rig.Build(m_scene, settings.lights, view.camera, m_bounds, m_unit);
+  m_pointSize = static_cast<float>(settings.pointSize);
+  if (settings.pointSize == 0) {
+    const bool areVertices = settings.mode == DrawMode::kPoints;
+    m_pointSize = PointSizeFor(areVertices ? m_vertices : m_points, view, settings.height);
+  }
   const int side = settings.samplesPerSide;
   FillRenderInfo(m_view, settings.width * side, settings.height * side, &m_picture);
 
@@ -93,7 +113,8 @@ void FramePainter::Clear(const PaintTarget& target, const float* background) {
 }
 
 FeedView FramePainter::ViewOf(const PaintTarget& target, const float* background) {
-  return {m_worldToView, m_rig.Head(), target.info, &m_picture, m_settings, ToBytes(background)};
+  return {m_worldToView, m_rig.Head(),        target.info, &m_picture,
+          m_settings,    ToBytes(background), m_pointSize};
 }
 
 void FramePainter::ApplyFog(GABuffer& buffer) const {

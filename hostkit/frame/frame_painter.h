@@ -11,6 +11,7 @@
 #include "hostkit/feed/frame_settings.h"
 #include "hostkit/feed/light_sets.h"
 #include "hostkit/feed/mesh_preparation.h"
+#include "hostkit/feed/point_size.h"
 #include "hostkit/feed/scene_feed.h"
 #include "hostkit/feed/seen_surfaces.h"
 #include "hostkit/frame/ground_grid.h"
@@ -29,9 +30,9 @@ constexpr float kBlackBackground[3] = {0, 0, 0};
 /// A scene that was uploaded to a driver, and drawing it. A frame is Begin, Paint for each surface
 /// that holds a part of it, and for a viewer PaintOverlays. The driver must be operational, and
 /// neither it nor the scene may go before this. Instances and lights of the scene may change from
-/// frame to frame; grid and light ranges keep to the bounds that it had at Create. Between Paint
-/// and EndScene, which Paint calls, the buffer points to materials, lights and the scene record in
-/// here. One thread.
+/// frame to frame; grid, light ranges and the size of points that have none keep to what the scene
+/// was at Create. Between Paint and EndScene, which Paint calls, the buffer points to materials,
+/// lights and the scene record in here. One thread.
 class FramePainter {
  public:
   /// Uploads the scene's images as textures. On failure returns null with one line in `*error`.
@@ -71,6 +72,7 @@ class FramePainter {
 
   const Scene& m_scene;
   Imath::Box3f m_bounds;
+  PointSpread m_points, m_vertices;
   PreparedScene m_prepared;
   SceneFeed m_feed;
   OverlayPainter m_overlays;
@@ -82,6 +84,7 @@ class FramePainter {
   const FrameSettings* m_settings = nullptr;
   float m_unit = 1;  // view units in a world unit
   View m_view;       // in view units
+  float m_pointSize = 1;
   Imath::M44f m_worldToView;
   RenderInfo m_picture;  // as of a surface that held all of it
 };

@@ -47,6 +47,12 @@ struct Tiling {
 
 // Largest tiles whose samples fit on a surface, all alike; 0 when there is no surface.
 Tiling ChooseTiling(const FrameSettings& settings) {
+  const int width = settings.width * settings.samplesPerSide;
+  const int height = settings.height * settings.samplesPerSide;
+  if (std::max(width, height) <= kMaxSurfaceSide && long{width} * height <= kMaxSurfaceSamples &&
+      platform::IsPbufferSize(width, height)) {
+    return {settings.width, settings.height};
+  }
   int side = std::min(platform::MaxPbufferSize(), kMaxSurfaceSide) / settings.samplesPerSide;
   if (side <= 0) return {};
   long limit = kMaxSurfaceSamples / (settings.samplesPerSide * settings.samplesPerSide);

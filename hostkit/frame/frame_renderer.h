@@ -15,7 +15,8 @@ namespace hostkit {
 
 /// Milliseconds that the last frame took.
 struct FrameTimes {
-  double draw = 0, readBack = 0;  ///< Of all parts; depth counts as drawing.
+  /// Of all parts; depth counts as drawing.
+  double draw = 0, readBack = 0;
 };
 
 /// A scene that was uploaded to a driver. The driver must be operational, and neither it nor the
@@ -25,6 +26,7 @@ class FrameRenderer {
   /// Uploads the scene's images as textures. On failure returns null with one line in `*error`.
   static std::unique_ptr<FrameRenderer> Create(GADriver* driver, const Scene& scene,
                                                std::string* error);
+  /// Releases textures and surfaces; the driver must be there still.
   ~FrameRenderer();
 
   /// Draws a frame and reads it back, with a "Depth" buffer when the settings ask for it: the
@@ -35,7 +37,9 @@ class FrameRenderer {
   /// context.
   Picture Render(const FrameSettings& settings, const View& view, std::string* error);
 
+  /// How long Create took for the textures.
   double UploadMilliseconds() const;
+  /// What the last frame took.
   const FrameTimes& LastTimes() const;
   /// GL_RENDERER and GL_VERSION of the context that frames are drawn with.
   const std::string& RendererName() const;

@@ -12,7 +12,8 @@ namespace {
 
 using Imath::V3f;
 
-constexpr ColorBuf kGrey{128, 128, 128, 255}, kRed{210, 60, 60, 255}, kBlue{70, 100, 220, 255};
+constexpr ColorBuf kGrey{128, 128, 128, 255};
+constexpr ColorBuf kRed{210, 60, 60, 255}, kGreen{70, 160, 70, 255}, kBlue{70, 100, 220, 255};
 constexpr float kReach = 1.5f;     // of the model's larger extent
 constexpr float kMostLines = 500;  // to one side of the middle, each way
 // Lines are drawn in pieces, so that fog that is computed at their ends comes out right.
@@ -20,6 +21,10 @@ constexpr int kPieces = 16;
 
 GALitVertex At(const V3f& p, const ColorBuf& color) {
   return {p.x, p.y, p.z, color.red, color.green, color.blue, color.alpha};
+}
+
+ColorBuf ColorOfAxis(const V3f& run) {
+  return run.x != 0 ? kRed : run.y != 0 ? kGreen : kBlue;
 }
 
 /// Lines across one axis, each at its number times the spacing.
@@ -50,36 +55,41 @@ float GridSpacingFor(float extent) {
   return 0.5f * power;
 }
 
-void GridLines::Build(const GroundGrid& grid, const Imath::Box3f& bounds) {
+void GridLines::Build(const GroundGrid& grid, const Imath::Box3f& modelBounds, UpAxis up,
+                      const Imath::V3d& origin) {
   m_gridLines.clear();
   m_bounds.makeEmpty();
-  if (bounds.isEmpty()) return;
-  const V3f size = bounds.max - bounds.min, middle = bounds.center();
+  if (modelBounds.isEmpty()) return;
+  // As if y were up.
+  Imath::Box3f bounds(ToYUp(up, modelBounds.min));
+  bounds.extendBy(ToYUp(up, modelBounds.max));
+  const Imath::V3d from0 = ToYUp(up, origin), middle = from0 + Imath::V3d(bounds.center());
+  const V3f size = bounds.max - bounds.min;
   const float extent = std::max({size.x, size.z, size.y * 0.5f});
   const double spacing = grid.spacing > 0 ? grid.spacing : GridSpacingFor(extent);
   const double reach = std::min<double>(extent * kReach, kMostLines * spacing);
   const LineNumbers across = LinesAround(middle.x, reach, spacing),
                     along = LinesAround(middle.z, reach, spacing);
   if (across.count < 1 || along.count < 1) return;
-  const auto place = [spacing](const LineNumbers& lines, int i) {
-    return static_cast<float>((lines.first + i) * spacing);
-  };
+  const auto x = [&](int i) { return static_cast<float>((across.first + i) * spacing - from0.x); };
+  const auto z = [&](int i) { return static_cast<float>((along.first + i) * spacing - from0.z); };
   const float y = bounds.min.y;
-  const V3f from(place(across, 0), y, place(along, 0));
-  const V3f to(place(across, across.count - 1), y, place(along, along.count - 1));
+  const int lastX = across.count - 1, lastZ = along.count - 1;
+  const auto add = [&](const V3f& from, const V3f& to, bool isAxis, const V3f& run) {
+    m_gridLines.push_back(
+        {FromYUp(up, from), FromYUp(up, to), isAxis ? ColorOfAxis(FromYUp(up, run)) : kGrey});
+  };
   for (int i = 0; i < across.count; ++i) {
-    const float x = place(across, i);
-    m_gridLines.push_back({V3f(x, y, from.z), V3f(x, y, to.z), x == 0 ? kBlue : kGrey});
+    add(V3f(x(i), y, z(0)), V3f(x(i), y, z(lastZ)), across.first + i == 0, V3f(0, 0, 1));
   }
   for (int i = 0; i < along.count; ++i) {
-    const float z = place(along, i);
-    m_gridLines.push_back({V3f(from.x, y, z), V3f(to.x, y, z), z == 0 ? kRed : kGrey});
+    add(V3f(x(0), y, z(i)), V3f(x(lastX), y, z(i)), along.first + i == 0, V3f(1, 0, 0));
   }
   // The axes last: where lines cross at the same depth, the later one is seen.
   std::stable_partition(m_gridLines.begin(), m_gridLines.end(),
                         [](const Line& line) { return line.color.red == kGrey.red; });
-  m_bounds.extendBy(from);
-  m_bounds.extendBy(to);
+  m_bounds.extendBy(FromYUp(up, V3f(x(0), y, z(0))));
+  m_bounds.extendBy(FromYUp(up, V3f(x(lastX), y, z(lastZ))));
 }
 
 View GridLines::Reach(const View& view) const {

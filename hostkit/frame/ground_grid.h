@@ -13,6 +13,7 @@
 #include "hostkit/feed/frame_settings.h"
 #include "hostkit/feed/wide_lines.h"
 #include "hostkit/scene/camera.h"
+#include "hostkit/scene/up_axis.h"
 
 namespace hostkit {
 
@@ -21,10 +22,12 @@ float GridSpacingFor(float extent);
 
 class GridLines {
  public:
-  /// Lays the lines out under a model of these bounds, in world space: at multiples of the spacing,
-  /// half as far again as the model reaches. A spacing that would give thousands of lines reaches
-  /// less far. Nothing for empty bounds, and for those that are beyond counting lines.
-  void Build(const GroundGrid& grid, const Imath::Box3f& bounds);
+  /// Lays the lines out under a model of these bounds, in world space: at multiples of the spacing
+  /// from the file's origin, which is at -`origin`, half as far again as the model reaches. A
+  /// spacing that would give thousands of lines reaches less far. Nothing for empty bounds, and for
+  /// those that are beyond counting lines.
+  void Build(const GroundGrid& grid, const Imath::Box3f& bounds, UpAxis up = UpAxis::kPlusY,
+             const Imath::V3d& origin = Imath::V3d(0));
 
   /// `view` with its clipping planes moved so that the grid is seen, too.
   View Reach(const View& view) const;

@@ -6,12 +6,6 @@
 #include <utility>
 
 namespace hostkit {
-namespace {
-
-constexpr int kOffScreen = 1;  // kind of buffer
-constexpr int kWithDepth = 1;  // option of Reallocate
-
-}  // namespace
 
 bool OffScreenSurface::Ensure(int width, int height, std::string* error) {
   if (m_list && width == m_width && height == m_height) return true;
@@ -19,8 +13,8 @@ bool OffScreenSurface::Ensure(int width, int height, std::string* error) {
   // taking the lights and materials of the old one for sent.
   m_list.reset();
   m_buffer.reset();
-  m_buffer.reset(m_driver->CreateBuffer(&m_info, kOffScreen, 0));
-  if (!m_buffer || !m_buffer->Reallocate(width, height, kWithDepth)) {
+  m_buffer.reset(m_driver->CreateBuffer(&m_info, GABuffer::kOffScreen, 0));
+  if (!m_buffer || !m_buffer->Reallocate(width, height, GABuffer::kWithDepth)) {
     *error = fmt::format(
         "no drawing surface of {}x{} samples can be made: choose a smaller picture "
         "or fewer samples, or see what `gl3 info --check` finds",
@@ -40,7 +34,7 @@ bool OffScreenSurface::Ensure(int width, int height, std::string* error) {
 
 BitmapPtr OffScreenSurface::Read(int width, int height) {
   BitmapPtr bitmap(new HBitmapNode(width, height));
-  m_buffer->FillBitmapNode(bitmap.get(), 0);
+  m_buffer->FillBitmapNode(bitmap.get(), GABuffer::kTopRowFirst);
   HBitmapBuffer* colors = bitmap->FindBuffer("ColorAlpha");
   return colors && colors->Data() ? std::move(bitmap) : nullptr;
 }

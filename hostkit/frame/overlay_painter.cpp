@@ -7,14 +7,11 @@
 #include <iterator>
 #include <utility>
 
-#include "hostkit/feed/draw_state.h"
 #include "hostkit/pictures/picture_in.h"
 #include "hostkit/services/bitmap_ptr.h"
 
 namespace hostkit {
 namespace {
-
-constexpr int kOnScreen = 3;  // kind of buffer
 
 // Planes of the view that overlays are drawn in. The renderer moves what lies on the near plane
 // 0.005 away from it, which of this range is nothing: only what is cut by a scene's own near plane
@@ -121,9 +118,9 @@ bool OverlayPainter::Paint(const PaintTarget& target, const FrameSettings& setti
   if (buffer.IsFogEnabled()) buffer.SetFogState(0);
   target.list->BeginInstructions();
   target.list->SetTexture(nullptr);
-  target.list->SetDepthFunc(kNormalBlending);
-  target.list->SetDepthFunc(kLightingOff);
-  buffer.SetProjection(1);
+  target.list->SetDepthFunc(DisplayList::kNormalBlending);
+  target.list->SetDepthFunc(DisplayList::kLightingOff);
+  buffer.SetProjection(GABuffer::kSceneProjection);
   bool good = true;
   for (const OverlayPicture& picture : settings.overlays) {
     good = Blit(buffer, picture, left, top) && good;
@@ -141,8 +138,8 @@ bool OverlayPainter::Paint(const PaintTarget& target, const FrameSettings& setti
 void OverlayPainter::MakeFonts() {
   if (m_hasFonts) return;
   RenderInfo info;
-  const std::unique_ptr<GABuffer> buffer(m_driver->CreateBuffer(&info, kOnScreen, 0));
-  m_hasFonts = buffer && buffer->Reallocate(1, 1, 0);
+  const std::unique_ptr<GABuffer> buffer(m_driver->CreateBuffer(&info, GABuffer::kOnScreen, 0));
+  m_hasFonts = buffer && buffer->Reallocate(1, 1, GABuffer::kWithoutDepth);
 }
 
 }  // namespace hostkit

@@ -17,6 +17,7 @@
 #include <utility>
 
 #include "hostkit/import/import_nodes.h"
+#include "hostkit/import/import_shape_keys.h"
 #include "hostkit/scene/directions.h"
 #include "hostkit/scene/scene_motion.h"
 
@@ -38,6 +39,10 @@ Quatf ToValue(const aiQuaternion& q) {
   const Quatf quaternion(q.w, q.x, q.y, q.z);
   const float length = quaternion.length();
   return length > 0 && std::isfinite(length) ? quaternion / length : Quatf();
+}
+
+M44f FiniteOr(const M44f& matrix, const M44f& fallback) {
+  return IsFinite(matrix) ? matrix : fallback;
 }
 
 /// Keys in seconds, by time; unusable ones are left out, and of several at one time the last stays.
@@ -66,16 +71,18 @@ double LastTime(const std::vector<AnimationKey<Value>>& keys) {
 class MotionImport {
  public:
   explicit MotionImport(const ImportContext& context)
-      : m_context(context), m_motion(context.scene->motion) {
+      : m_context(context),
+        m_motion(context.scene->motion),
+        m_deformed(context.scene->meshes.size(), -1) {
     IndexNames();
     for (unsigned a = 0; a < Source().mNumAnimations; ++a) MarkAnimated(*Source().mAnimations[a]);
   }
 
+  void AddDeformations(const std::vector<int>& meshes, const std::vector<const aiNode*>& nodes);
   void AddInstances(const std::vector<const aiNode*>& nodes);
   void AddCameras();
   void AddLights(const std::vector<const aiLight*>& lights);
   void AddAnimations();
-  void AddWarnings();
 
  private:
   const aiScene& Source() const { return *m_context.source; }
@@ -83,13 +90,22 @@ class MotionImport {
   void MarkAnimated(const aiAnimation& animation);
   const aiNode* Find(const aiString& name) const;
   int Hang(const aiNode* node, M44f* toNode);
+  Imath::M44d ExactWay(const aiNode* node) const;
   int Keep(const aiNode* node);
+  SceneJoint JointAt(const aiNode* node, const M44f& toJoint);
+  void HangJoints(const aiMesh& source, const aiNode* own, SceneDeformation& deformation);
+  SceneDeformation* DeformationOf(std::size_t instance);
+  bool IsOf(const aiString& keys, std::size_t deformation) const;
   void AddChannel(const aiNodeAnim& source, double ticksPerSecond, SceneAnimation& animation);
+  void AddWeights(const aiMeshMorphAnim& source, double ticksPerSecond, SceneAnimation& animation);
 
   const ImportContext& m_context;
   SceneMotion& m_motion;
   std::unordered_map<std::string, const aiNode*> m_byName;
   std::unordered_map<const aiNode*, int> m_animated;  // to their index among the kept, or -1
+  std::vector<int> m_deformed;                        // by mesh, its deformation or -1
+  std::vector<const aiMesh*> m_sources;               // by deformation
+  std::vector<const aiNode*> m_places;                // by deformation, where its mesh hangs
 };
 
 /// The first node of each name, in the order that the import library itself looks for names.
@@ -126,6 +142,15 @@ int MotionImport::Hang(const aiNode* node, M44f* toNode) {
   return -1;
 }
 
+/// The way that Hang tells, in doubles.
+Imath::M44d MotionImport::ExactWay(const aiNode* node) const {
+  Imath::M44d way;
+  for (; node && !m_animated.count(node); node = node->mParent) {
+    way *= Imath::M44d(MatrixOf(*node));
+  }
+  return way;
+}
+
 /// Adds an animated node with those above it, once.
 int MotionImport::Keep(const aiNode* node) {
   // From the lowest that is not there yet; a loop, since files may nest deeply.
@@ -138,17 +163,78 @@ int MotionImport::Keep(const aiNode* node) {
   }
   for (; !chain.empty(); chain.pop_back()) {
     SceneNode kept;
-    kept.place = MatrixOf(*chain.back());
+    kept.place = FiniteOr(MatrixOf(*chain.back()), M44f());
     // Those above are there by now, so that this ends at once.
     kept.parent = Hang(chain.back()->mParent, &kept.toParentNode);
+    kept.toParentNode = FiniteOr(kept.toParentNode, M44f());
     m_animated[chain.back()] = static_cast<int>(m_motion.nodes.size());
     m_motion.nodes.push_back(kept);
+    m_context.places->nodes.push_back(ExactWay(chain.back()->mParent));
   }
   return m_animated[node];
 }
 
+/// A joint on a node, `toJoint` leading from the mesh to it. Without a node, or where the way is
+/// not finite, it leaves the mesh where it is.
+SceneJoint MotionImport::JointAt(const aiNode* node, const M44f& toJoint) {
+  SceneJoint joint;
+  M44f toNode;
+  if (node) joint.node = Hang(node, &toNode);
+  joint.toNode = toJoint * toNode;
+  return IsFinite(joint.toNode) ? joint : SceneJoint();
+}
+
+/// Bones name their nodes. A vertex without bones, or with one that is not there, moves with the
+/// node of the mesh, as if it had no skin.
+void MotionImport::HangJoints(const aiMesh& source, const aiNode* own,
+                              SceneDeformation& deformation) {
+  deformation.joints.back() = JointAt(own, M44f());
+  for (unsigned b = 0; b < source.mNumBones; ++b) {
+    const aiBone& bone = *source.mBones[b];
+    const aiNode* node = Find(bone.mName);
+    const M44f toBone = ToMatrix(bone.mOffsetMatrix);
+    const bool isGood = node && IsFinite(toBone);
+    deformation.joints[b] = isGood ? JointAt(node, toBone) : deformation.joints.back();
+  }
+}
+
+/// What moves the mesh of an instance; null when nothing does.
+SceneDeformation* MotionImport::DeformationOf(std::size_t instance) {
+  const int mesh = m_context.scene->instances[instance].mesh;
+  const int deformation = m_deformed[static_cast<std::size_t>(mesh)];
+  return deformation < 0 ? nullptr : &m_motion.deformations[static_cast<std::size_t>(deformation)];
+}
+
+void MotionImport::AddDeformations(const std::vector<int>& meshes,
+                                   const std::vector<const aiNode*>& nodes) {
+  std::vector<SceneDeformation>& deformations = m_motion.deformations;
+  m_sources.resize(deformations.size());
+  m_places.resize(deformations.size());
+  for (std::size_t d = 0; d < deformations.size(); ++d) {
+    m_deformed[static_cast<std::size_t>(deformations[d].mesh)] = static_cast<int>(d);
+  }
+  for (std::size_t m = 0; m < meshes.size(); ++m) {
+    const int deformation = meshes[m] < 0 ? -1 : m_deformed[static_cast<std::size_t>(meshes[m])];
+    if (deformation >= 0) m_sources[static_cast<std::size_t>(deformation)] = Source().mMeshes[m];
+  }
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    const SceneDeformation* deformation = DeformationOf(i);
+    if (!deformation) continue;
+    const aiNode*& place = m_places[static_cast<std::size_t>(deformation - deformations.data())];
+    if (!place) place = nodes[i];
+  }
+  for (std::size_t d = 0; d < deformations.size(); ++d) {
+    if (!deformations[d].joints.empty()) HangJoints(*m_sources[d], m_places[d], deformations[d]);
+  }
+}
+
 void MotionImport::AddInstances(const std::vector<const aiNode*>& nodes) {
   for (std::size_t i = 0; i < nodes.size(); ++i) {
+    if (const SceneDeformation* deformation = DeformationOf(i);
+        deformation && !deformation->joints.empty()) {
+      m_context.scene->instances[i].toWorld = M44f();  // its joints lead there
+      continue;
+    }
     MovingInstance moving;
     moving.instance = static_cast<int>(i);
     moving.node = Hang(nodes[i], &moving.toNode);
@@ -204,6 +290,28 @@ void MotionImport::AddChannel(const aiNodeAnim& source, double ticksPerSecond,
   animation.channels.push_back(std::move(channel));
 }
 
+/// Keys name the node of their mesh, some with a number behind it, or the mesh.
+bool MotionImport::IsOf(const aiString& keys, std::size_t deformation) const {
+  const std::string name = keys.C_Str();
+  if (name == m_sources[deformation]->mName.C_Str()) return true;
+  const aiNode* place = m_places[deformation];
+  const std::string node = place ? place->mName.C_Str() : "";
+  return !node.empty() && (name == node || name.starts_with(node + "*"));
+}
+
+void MotionImport::AddWeights(const aiMeshMorphAnim& source, double ticksPerSecond,
+                              SceneAnimation& animation) {
+  for (std::size_t d = 0; d < m_motion.deformations.size(); ++d) {
+    const std::vector<float>& rest = m_motion.deformations[d].weights;
+    if (rest.empty() || !IsOf(source.mName, d)) continue;
+    WeightChannel channel = ImportShapeKeys(source, ticksPerSecond, rest);
+    if (channel.times.empty()) continue;
+    channel.deformation = static_cast<int>(d);
+    animation.duration = std::max(animation.duration, channel.times.back());
+    animation.weights.push_back(std::move(channel));
+  }
+}
+
 void MotionImport::AddAnimations() {
   for (unsigned a = 0; a < Source().mNumAnimations; ++a) {
     const aiAnimation& source = *Source().mAnimations[a];
@@ -214,41 +322,26 @@ void MotionImport::AddAnimations() {
     for (unsigned c = 0; c < source.mNumChannels; ++c) {
       AddChannel(*source.mChannels[c], ticksPerSecond, animation);
     }
+    for (unsigned c = 0; c < source.mNumMorphMeshChannels; ++c) {
+      AddWeights(*source.mMorphMeshChannels[c], ticksPerSecond, animation);
+    }
     m_motion.animations.push_back(std::move(animation));
-  }
-}
-
-void MotionImport::AddWarnings() {
-  bool hasSkin = false, hasShapes = false;
-  for (unsigned m = 0; m < Source().mNumMeshes; ++m) {
-    hasSkin = hasSkin || Source().mMeshes[m]->mNumBones > 0;
-    hasShapes = hasShapes || Source().mMeshes[m]->mNumAnimMeshes > 0;
-  }
-  if (hasSkin) {
-    m_motion.warnings.push_back(
-        m_context.path +
-        ": skinned meshes are shown in their rest pose; export them baked to show "
-        "them move");
-  }
-  if (hasShapes) {
-    m_motion.warnings.push_back(
-        m_context.path +
-        ": shape keys are left out, and meshes that have them do not change; "
-        "export them baked to show them move");
   }
 }
 
 }  // namespace
 
-void ImportMotion(const ImportContext& context, const std::vector<const aiNode*>& instanceNodes,
+void ImportMotion(const ImportContext& context, const std::vector<int>& meshes,
+                  const std::vector<const aiNode*>& instanceNodes,
                   const std::vector<const aiLight*>& lights) {
-  if (context.source->mNumAnimations == 0) return;
+  const bool isDeformed = !context.scene->motion.deformations.empty();
+  if (context.source->mNumAnimations == 0 && !isDeformed) return;
   MotionImport motion(context);
+  motion.AddDeformations(meshes, instanceNodes);
   motion.AddInstances(instanceNodes);
   motion.AddCameras();
   motion.AddLights(lights);
   motion.AddAnimations();
-  motion.AddWarnings();
 }
 
 }  // namespace hostkit

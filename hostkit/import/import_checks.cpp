@@ -1,8 +1,8 @@
 // What the import library has read, looked over before anything follows its indices.
 //
 // The steps of the library take indices as they come: triangulating a polygon reads the vertices
-// that it names. Bones and shape keys are not followed by anything here; materials, the meshes of
-// nodes and pictures are, and are held against their counts where that is done.
+// that it names. Materials, the meshes of nodes, pictures, the vertices of bones and shapes are
+// held against their counts where they are followed.
 #include "hostkit/import/import_checks.h"
 
 #include <assimp/anim.h>
@@ -16,6 +16,8 @@
 
 #include <algorithm>
 #include <utility>
+
+#include "hostkit/import/vertex_checks.h"
 
 namespace hostkit {
 namespace {
@@ -82,12 +84,17 @@ std::size_t CheckSource(aiScene& source) {
   CloseGaps(source.mLights, source.mNumLights);
   CloseGaps(source.mAnimations, source.mNumAnimations);
   for (unsigned i = 0; i < source.mNumAnimations; ++i) {
-    CloseGaps(source.mAnimations[i]->mChannels, source.mAnimations[i]->mNumChannels);
+    aiAnimation& animation = *source.mAnimations[i];
+    CloseGaps(animation.mChannels, animation.mNumChannels);
+    CloseGaps(animation.mMorphMeshChannels, animation.mNumMorphMeshChannels);
   }
   std::size_t dropped = 0;
   for (unsigned i = 0; i < source.mNumMeshes; ++i) {
-    dropped += DropBadFaces(*source.mMeshes[i]);
-    TellKinds(*source.mMeshes[i]);
+    aiMesh& mesh = *source.mMeshes[i];
+    dropped += DropBadFaces(mesh);
+    TellKinds(mesh);
+    CloseGaps(mesh.mBones, mesh.mNumBones);
+    if (!mesh.mAnimMeshes) mesh.mNumAnimMeshes = 0;
   }
   return dropped;
 }
@@ -103,9 +110,9 @@ std::string MissingVerticesText(const std::string& path, std::size_t count) {
 
 std::string UnusableVerticesText(const std::string& path, std::size_t count) {
   return fmt::format(
-      "{}: {} faces left out, since they use vertices that are not finite; repair the model where "
-      "it was made",
-      path, count);
+      "{}: {} faces left out, since they use vertices that are not finite or beyond {:g}; repair "
+      "the model where it was made",
+      path, count, kLargestCoordinate);
 }
 
 }  // namespace hostkit

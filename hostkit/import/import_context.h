@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "hostkit/import/import_pictures.h"
+#include "hostkit/scene/recentre.h"
 #include "hostkit/scene/scene.h"
 
 struct aiScene;
@@ -15,7 +16,6 @@ namespace hostkit {
 enum class SourceFormat {
   kOther,
   kCollada,   ///< The outer cone angle of a spot is made up; the inner one is the file's.
-  kGltf2,     ///< Linear colours, physical light units, half cone angles.
   kIrrlicht,  ///< Cameras give the vertical field of view times the aspect.
 };
 
@@ -24,8 +24,7 @@ struct ImportContext {
   std::string path;                 ///< Of the model file.
   SourceFormat format = SourceFormat::kOther;
   Scene* scene = nullptr;
-
-  bool IsGltf() const { return format == SourceFormat::kGltf2; }
+  ExactPlaces* places = nullptr;  ///< Of what is in the scene.
 
   /// Adds a warning line, once however often it is given.
   void Warn(std::string line) const { AddWarning(*scene, std::move(line)); }

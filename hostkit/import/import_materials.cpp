@@ -21,35 +21,12 @@
 #include <vector>
 
 #include "hostkit/import/import_pictures.h"
+#include "hostkit/import/surface_colors.h"
 #include "hostkit/pictures/picture_guards.h"
 #include "hostkit/pictures/picture_in.h"
-#include "hostkit/services/pixel_values.h"
 
 namespace hostkit {
 namespace {
-
-struct Rgb {
-  float red = 0, green = 0, blue = 0;
-
-  float Largest() const { return std::max({red, green, blue}); }
-};
-
-Rgb Scaled(const Rgb& color, float factor) {
-  return {color.red * factor, color.green * factor, color.blue * factor};
-}
-
-Rgb Mixed(const Rgb& a, const Rgb& b, float t) {
-  return {std::lerp(a.red, b.red, t), std::lerp(a.green, b.green, t), std::lerp(a.blue, b.blue, t)};
-}
-
-/// 0 to 1; NaN becomes 0.
-float Unit(float value) {
-  return value > 0 ? std::min(value, 1.0f) : 0.0f;
-}
-
-AnimatableColor ToColor(const Rgb& color) {
-  return {Unit(color.red), Unit(color.green), Unit(color.blue)};
-}
 
 /// The properties of a material in the importer's own words.
 class Properties {
@@ -70,43 +47,12 @@ class Properties {
     return color;
   }
 
-  std::string Text(const char* key, unsigned type, unsigned index) const {
-    aiString text;
-    if (m_material.Get(key, type, index, text) != aiReturn_SUCCESS) return {};
-    return text.C_Str();
-  }
-
  private:
   const aiMaterial& m_material;
 };
 
 Rgb ToRgb(const std::optional<aiColor4D>& color, const Rgb& fallback) {
   return color ? Rgb{color->r, color->g, color->b} : fallback;
-}
-
-Rgb DisplayColor(const Rgb& color) {
-  return {DisplayFromLinear(color.red), DisplayFromLinear(color.green),
-          DisplayFromLinear(color.blue)};
-}
-
-/// A highlight by its Phong exponent and strength. The renderer turns roughness r into the
-/// exponent 45 / r, at most 128, and takes 0 for no highlight at all.
-void SetHighlight(AttrProperty& surface, const Rgb& color, float strength, float exponent) {
-  const bool visible = exponent > 0.5f && strength > 0 && color.Largest() > 0;
-  surface.specular = ToColor(color);
-  surface.specularFactor = visible ? Unit(strength) : 0.0f;
-  surface.roughness = visible ? 45.0f / exponent : 0.0f;
-}
-
-/// Metals reflect their surroundings, of which there are none here: most of the colour stays in
-/// the diffuse part, all the more the rougher the metal is, and the highlight takes the rest.
-void SetMetalRough(AttrProperty& surface, const Rgb& base, float metallic, float roughness) {
-  const float gloss = 1 - roughness;
-  const float width = std::max(roughness * roughness, 0.02f);
-  surface.base = ToColor(Scaled(base, 1 - 0.35f * metallic * gloss));
-  const Rgb tint = Mixed({1, 1, 1}, Mixed(base, {1, 1, 1}, 0.25f), metallic);
-  const float strength = std::lerp(0.08f + 0.5f * gloss, 0.3f + 0.7f * gloss, metallic);
-  SetHighlight(surface, tint, strength, 2 / (width * width) - 2);
 }
 
 void SetPhysical(const Properties& properties, const aiMaterial& material, const Rgb& base,
@@ -132,20 +78,10 @@ void SetPhysical(const Properties& properties, const aiMaterial& material, const
 
 void SetGivenPhong(const Properties& properties, const Rgb& base, AttrProperty& surface) {
   const Rgb specular = ToRgb(properties.Color(AI_MATKEY_COLOR_SPECULAR), {});
-  SetPhong({base.red, base.green, base.blue}, {specular.red, specular.green, specular.blue},
+  SetPhong(surface, {base.red, base.green, base.blue},
+           {specular.red, specular.green, specular.blue},
            properties.Number(AI_MATKEY_SHININESS_STRENGTH).value_or(1),
-           properties.Number(AI_MATKEY_SHININESS).value_or(0), surface);
-}
-
-/// 0 opaque to 1 invisible, of a glTF material.
-float GltfTransparency(const Properties& properties, bool blends) {
-  const auto base = properties.Color(AI_MATKEY_BASE_COLOR);
-  const auto diffuse = properties.Color(AI_MATKEY_COLOR_DIFFUSE);
-  const float alpha = base ? base->a : diffuse ? diffuse->a : 1;
-  const float clear = blends ? 1 - Unit(alpha) : 0;
-  // Transmission tints what is behind; blending can only thin the surface, which must stay seen.
-  const float transmission = Unit(properties.Number(AI_MATKEY_TRANSMISSION_FACTOR).value_or(0));
-  return std::max(clear, 0.75f * transmission);
+           properties.Number(AI_MATKEY_SHININESS).value_or(0));
 }
 
 float Transparency(const Properties& properties) {
@@ -155,27 +91,15 @@ float Transparency(const Properties& properties) {
   return opacity <= 0 ? 0 : 1 - opacity;
 }
 
-Rgb BaseColor(const ImportContext& context, const Properties& properties, bool hasPicture) {
+Rgb BaseColor(const Properties& properties, bool hasPicture) {
   Rgb base = ToRgb(properties.Color(AI_MATKEY_COLOR_DIFFUSE), {0.8f, 0.8f, 0.8f});
   base = ToRgb(properties.Color(AI_MATKEY_BASE_COLOR), base);
   const Rgb emissive = ToRgb(properties.Color(AI_MATKEY_COLOR_EMISSIVE), {});
   // A black surface that glows: the glow is the colour it is seen in.
   if (!hasPicture && base.Largest() < 0.05f && emissive.Largest() > base.Largest()) base = emissive;
-  if (context.IsGltf()) return DisplayColor(base);
-  // In other formats than glTF a picture on black counts for itself.
+  // A picture on black counts for itself.
   if (hasPicture && base.Largest() <= 0) return {1, 1, 1};
   return base;
-}
-
-PictureUse UseOfPicture(const ImportContext& context, const Properties& properties,
-                        const std::string& alphaMode) {
-  PictureUse use;
-  if (!context.IsGltf() || alphaMode == "BLEND") return use;
-  use.alpha = alphaMode == "MASK" ? AlphaUse::kMask : AlphaUse::kIgnore;
-  if (use.alpha == AlphaUse::kMask) {
-    use.cutoff = properties.Number(AI_MATKEY_GLTF_ALPHACUTOFF).value_or(0.5f);
-  }
-  return use;
 }
 
 /// The property that holds a material's base colour picture, aiTextureType_NONE when it has none.
@@ -196,18 +120,7 @@ Imath::M33f Moved(float x, float y) {
   return Imath::M33f().setTranslation(Imath::V2f(x, y));
 }
 
-/// Texture placement as KHR_texture_transform means it: scaled, turned about the image's top left
-/// corner, moved. The import library folds the move into terms for its own conventions, which it
-/// does not keep to itself; they are taken out again here.
-Imath::M33f GltfUvTransform(const aiUVTransform& given) {
-  const float c = std::cos(-given.mRotation), s = std::sin(-given.mRotation);
-  const float x = given.mScaling.x, y = given.mScaling.y;
-  const float moveU = given.mTranslation.x - 0.5f * x * (1 + s - c);
-  const float moveV = 0.5f * y * (s + c - 1) + 1 - y - given.mTranslation.y;
-  return {c * x, -s * x, 0, s * y, c * y, 0, moveU, moveV, 1};
-}
-
-/// Texture placement of other formats: turned about the image's middle, scaled, moved, with v
+/// Texture placement: turned about the image's middle, scaled, moved, with v
 /// upwards.
 Imath::M33f UvTransform(const aiUVTransform& given) {
   const Imath::M33f flip(1, 0, 0, 0, -1, 0, 0, 1, 1);
@@ -254,8 +167,8 @@ int PictureIndex(const ImportContext& context, const std::string& reference, con
   return pictures.IndexOfEmbedded(texture, reference, use, load);
 }
 
-int BasePicture(const ImportContext& context, const aiMaterial& material, PictureUse use,
-                PictureStore& pictures, MaterialTraits& traits) {
+int BasePicture(const ImportContext& context, const aiMaterial& material, PictureStore& pictures,
+                MaterialTraits& traits) {
   const aiTextureType type = BaseTextureType(material);
   if (type == aiTextureType_NONE) return -1;
   aiString path;
@@ -266,8 +179,9 @@ int BasePicture(const ImportContext& context, const aiMaterial& material, Pictur
   traits.uvChannel = static_cast<int>(channel);
   aiUVTransform transform;
   if (material.Get(AI_MATKEY_UVTRANSFORM(type, 0), transform) == aiReturn_SUCCESS) {
-    traits.uvTransform = context.IsGltf() ? GltfUvTransform(transform) : UvTransform(transform);
+    traits.uvTransform = UvTransform(transform);
   }
+  PictureUse use;
   use.wrapU = WrapOf(modes[0]);
   use.wrapV = WrapOf(modes[1]);
   return PictureIndex(context, path.C_Str(), use, pictures);
@@ -289,12 +203,10 @@ bool IsUnspecific(const SceneMaterial& material, const Rgb& base) {
 SceneMaterial ImportMaterial(const ImportContext& context, const aiMaterial& source,
                              PictureStore& pictures, MaterialTraits& traits) {
   const Properties properties(source);
-  const std::string alphaMode = properties.Text(AI_MATKEY_GLTF_ALPHAMODE);
   SceneMaterial material;
   material.name = source.GetName().C_Str();
-  material.image =
-      BasePicture(context, source, UseOfPicture(context, properties, alphaMode), pictures, traits);
-  const Rgb base = BaseColor(context, properties, material.image >= 0);
+  material.image = BasePicture(context, source, pictures, traits);
+  const Rgb base = BaseColor(properties, material.image >= 0);
   const bool isPhysical = properties.Number(AI_MATKEY_METALLIC_FACTOR) ||
                           properties.Number(AI_MATKEY_ROUGHNESS_FACTOR) ||
                           properties.Number(AI_MATKEY_GLOSSINESS_FACTOR);
@@ -304,45 +216,16 @@ SceneMaterial ImportMaterial(const ImportContext& context, const aiMaterial& sou
   } else {
     SetGivenPhong(properties, base, surface);
   }
-  surface.transparency = context.IsGltf() ? GltfTransparency(properties, alphaMode == "BLEND")
-                                          : Transparency(properties);
-  traits.ignoresVertexAlpha = context.IsGltf() && alphaMode != "BLEND";
-  traits.isStandIn = !context.IsGltf() && material.image < 0 && IsUnspecific(material, base);
+  surface.transparency = Transparency(properties);
+  traits.isStandIn = material.image < 0 && IsUnspecific(material, base);
   return traits.isStandIn ? StandInMaterial() : material;
 }
 
 }  // namespace
 
-SceneMaterial StandInMaterial() {
-  SceneMaterial material;
-  material.name = "default";
-  material.surface.base = ToColor({0.8f, 0.8f, 0.8f});
-  SetHighlight(material.surface, {1, 1, 1}, 0.2f, 30);
-  return material;
-}
-
-SceneMaterial ColorsOnlyMaterial() {
-  SceneMaterial material = StandInMaterial();
-  material.name = "vertex colours";
-  material.surface.base = {1, 1, 1};
-  return material;
-}
-
-void SetPhong(const Imath::V3f& base, const Imath::V3f& specular, float strength, float exponent,
-              AttrProperty& surface) {
-  surface.base = ToColor({base.x, base.y, base.z});
-  SetHighlight(surface, {specular.x, specular.y, specular.z}, strength,
-               exponent <= 1 ? exponent * 128 : exponent);
-}
-
-float DisplayFromLinear(float linear) {
-  return EncodeSrgb(Unit(linear));
-}
-
-std::vector<MaterialTraits> ImportMaterials(const ImportContext& context, const ModelFiles& files) {
+std::vector<MaterialTraits> ImportMaterials(const ImportContext& context, PictureStore& pictures) {
   const aiScene& source = *context.source;
   std::vector<MaterialTraits> traits(source.mNumMaterials);
-  PictureStore pictures(*context.scene, files);
   context.scene->materials.reserve(source.mNumMaterials);
   for (unsigned i = 0; i < source.mNumMaterials; ++i) {
     context.scene->materials.push_back(

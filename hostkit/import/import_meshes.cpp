@@ -13,7 +13,10 @@
 #include <utility>
 
 #include "hostkit/import/import_checks.h"
+#include "hostkit/import/import_deformations.h"
 #include "hostkit/import/import_normals.h"
+#include "hostkit/import/surface_colors.h"
+#include "hostkit/import/vertex_checks.h"
 #include "hostkit/scene/scene.h"
 #include "hostkit/services/pixel_values.h"
 
@@ -25,38 +28,10 @@ using Imath::V3f;
 
 static_assert(sizeof(aiVector3D) == sizeof(V3f));
 
-// Beyond this the squares that lengths are made of leave the range of a float.
-constexpr float kLargestCoordinate = 1e18f;
-
 std::vector<V3f> CopyVectors(const aiVector3D* source, std::size_t count) {
   std::vector<V3f> copy(count);
   if (count > 0) std::memcpy(static_cast<void*>(copy.data()), source, count * sizeof(V3f));
   return copy;
-}
-
-bool CanBeDrawn(const V3f& position) {
-  // False for NaN, too.
-  return std::abs(position.x) < kLargestCoordinate && std::abs(position.y) < kLargestCoordinate &&
-         std::abs(position.z) < kLargestCoordinate;
-}
-
-/// Tells which positions cannot be drawn and moves them onto one that can, so that they do not
-/// count in any bounds. Empty when all are good.
-std::vector<bool> TakeOutBadPositions(std::vector<V3f>& positions) {
-  std::vector<bool> bad;
-  V3f good(0.0f);
-  for (std::size_t i = 0; i < positions.size(); ++i) {
-    if (CanBeDrawn(positions[i])) {
-      good = positions[i];
-      continue;
-    }
-    if (bad.empty()) bad.resize(positions.size());
-    bad[i] = true;
-  }
-  for (std::size_t i = 0; i < bad.size(); ++i) {
-    if (bad[i]) positions[i] = good;
-  }
-  return bad;
 }
 
 /// Sorts the source's faces into triangles, lines and points. Those that name a vertex which is
@@ -106,26 +81,21 @@ std::vector<V2f> CopyUvs(const aiVector3D* source, std::size_t count,
 
 /// Vertex colours, display-referred. The import library leaves alpha 0 where a file has colours
 /// without alpha, so alpha counts only when some vertex has any.
-void CopyColors(const ImportContext& context, const aiColor4D* source, std::size_t count,
-                bool ignoresAlpha, SceneMesh& mesh) {
+void CopyColors(const aiColor4D* source, std::size_t count, SceneMesh& mesh) {
   bool hasAlpha = false;
-  for (std::size_t i = 0; !ignoresAlpha && !hasAlpha && i < count; ++i) hasAlpha = source[i].a > 0;
+  for (std::size_t i = 0; !hasAlpha && i < count; ++i) hasAlpha = source[i].a > 0;
   mesh.colors.reserve(count);
   for (std::size_t i = 0; i < count; ++i) {
-    aiColor4D color = source[i];
-    if (context.IsGltf()) {
-      color.r = DisplayFromLinear(color.r);
-      color.g = DisplayFromLinear(color.g);
-      color.b = DisplayFromLinear(color.b);
-    }
+    const aiColor4D& color = source[i];
     const std::uint8_t alpha = hasAlpha ? ToByte(color.a) : 255;
     mesh.colors.push_back({ToByte(color.r), ToByte(color.g), ToByte(color.b), alpha});
     mesh.colorsHaveAlpha = mesh.colorsHaveAlpha || alpha < 255;
   }
 }
 
-SceneMesh ImportMesh(const ImportContext& context, const aiMesh& source,
-                     const MaterialTraits& traits, std::size_t* dropped) {
+/// `*copies` gets what MakeNormals tells of vertices that it adds.
+SceneMesh ImportMesh(const aiMesh& source, const MaterialTraits& traits, std::size_t* dropped,
+                     std::vector<std::uint32_t>* copies) {
   SceneMesh mesh;
   mesh.name = source.mName.C_Str();
   mesh.material = static_cast<int>(source.mMaterialIndex);
@@ -141,13 +111,13 @@ SceneMesh ImportMesh(const ImportContext& context, const aiMesh& source,
     mesh.uvs = CopyUvs(source.mTextureCoords[channel], count, traits.uvTransform);
   }
   if (source.HasVertexColors(0)) {
-    CopyColors(context, source.mColors[0], count, traits.ignoresVertexAlpha, mesh);
+    CopyColors(source.mColors[0], count, mesh);
   }
   if (source.mNormals) {
     mesh.normals = CopyVectors(source.mNormals, count);
     RepairNormals(mesh);
   } else if (!mesh.triangles.empty()) {
-    MakeNormals(mesh);
+    *copies = MakeNormals(mesh);
   }
   return mesh;
 }
@@ -176,7 +146,8 @@ std::vector<int> ImportMeshes(const ImportContext& context,
     const aiMesh& from = *source.mMeshes[m];
     const bool hasMaterial = from.mMaterialIndex < traits.size();
     const MaterialTraits& its = hasMaterial ? traits[from.mMaterialIndex] : standIn;
-    SceneMesh mesh = ImportMesh(context, from, its, &dropped);
+    std::vector<std::uint32_t> copies;
+    SceneMesh mesh = ImportMesh(from, its, &dropped, &copies);
     if (mesh.triangles.empty() && mesh.lines.empty() && mesh.points.empty()) continue;
     if (!hasMaterial) mesh.material = 0;
     if (scene.materials.empty()) scene.materials.push_back(StandInMaterial());
@@ -185,6 +156,7 @@ std::vector<int> ImportMeshes(const ImportContext& context,
     }
     indices[m] = static_cast<int>(scene.meshes.size());
     scene.meshes.push_back(std::move(mesh));
+    ImportDeformation(context, from, copies, indices[m]);
   }
   if (dropped > 0) {
     context.Warn(UnusableVerticesText(context.path, dropped));

@@ -8,8 +8,9 @@
 
 namespace hostkit {
 
-/// Fills Scene::meshes. The result has one entry a mesh of the source: its index in the scene, or
-/// -1 when nothing of it can be drawn. Materials are there already, with their traits.
+/// Fills Scene::meshes, and the deformations of those that have any (see ImportDeformation). The
+/// result has one entry a mesh of the source: its index in the scene, or -1 when nothing of it can
+/// be drawn. Materials are there already, with their traits.
 std::vector<int> ImportMeshes(const ImportContext& context,
                               const std::vector<MaterialTraits>& traits);
 

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "host/Lights.h"
+#include "hostkit/import/import_views.h"
 #include "hostkit/import/model_files.h"
 #include "hostkit/scene/directions.h"
 #include "hostkit/scene/scene.h"
@@ -20,29 +21,29 @@
 namespace hostkit {
 namespace {
 
+using Imath::M44d;
 using Imath::M44f;
+using Imath::V3d;
 using Imath::V3f;
 
 constexpr float kDegrees = 180 / std::numbers::pi_v<float>;
+
+V3d ToExact(const aiVector3D& v) {
+  return {v.x, v.y, v.z};
+}
 
 V3f ToVector(const aiVector3D& v) {
   return {v.x, v.y, v.z};
 }
 
-/// Column vectors to row vectors: transposed.
-M44f ToMatrix(const aiMatrix4x4& m) {
-  return {m.a1, m.b1, m.c1, m.d1, m.a2, m.b2, m.c2, m.d2,
-          m.a3, m.b3, m.c3, m.d3, m.a4, m.b4, m.c4, m.d4};
-}
-
-M44f NodeToWorld(const aiNode* node) {
-  M44f toWorld;
-  for (; node; node = node->mParent) toWorld *= ToMatrix(node->mTransformation);
-  return IsFinite(toWorld) ? toWorld : M44f();
+M44d NodeToWorld(const aiNode* node) {
+  M44d toWorld;
+  for (; node; node = node->mParent) toWorld *= M44d(ToMatrix(node->mTransformation));
+  return IsFinite(M44f(toWorld)) ? toWorld : M44d();
 }
 
 /// The placement of the node that carries the camera or light of this name.
-M44f PlacementOf(const ImportContext& context, const aiString& name) {
+M44d PlacementOf(const ImportContext& context, const aiString& name) {
   const aiNode* root = context.source->mRootNode;
   return NodeToWorld(root ? root->FindNode(name) : nullptr);
 }
@@ -57,8 +58,8 @@ float VerticalFov(const ImportContext& context, const aiCamera& camera) {
   // its default, taken for degrees.
   if (context.format == SourceFormat::kCollada && given < 0.014f) return kUsual;
   float fov = 0;
-  if (context.IsGltf() || context.format == SourceFormat::kIrrlicht) {
-    // These give the vertical angle times the aspect instead of the horizontal angle.
+  if (context.format == SourceFormat::kIrrlicht) {
+    // It gives the vertical angle times the aspect instead of the horizontal angle.
     fov = given / (hasAspect ? camera.mAspect : 1);
   } else {
     // The rest give the full horizontal angle, whatever the import library's manual says.
@@ -68,16 +69,13 @@ float VerticalFov(const ImportContext& context, const aiCamera& camera) {
   return std::isfinite(fov) && fov > 0 ? std::clamp(fov, kNarrowest, kWidest) : kUsual;
 }
 
-/// What can be up for a camera that looks along `forward`.
-V3f UpFor(const V3f& forward) {
-  return std::abs(forward.y) < 0.9f ? V3f(0, 1, 0) : V3f(0, 0, -1);
-}
-
 SceneCamera ImportCamera(const ImportContext& context, const aiCamera& source) {
   SceneCamera camera;
   camera.name = source.mName.C_Str();
-  const M44f toWorld = PlacementOf(context, source.mName);
-  camera.eye = ToVector(source.mPosition) * toWorld;
+  const M44d exact = PlacementOf(context, source.mName);
+  const M44f toWorld(exact);
+  context.places->cameras.push_back(ToExact(source.mPosition) * exact);
+  camera.eye = V3f(context.places->cameras.back());
   camera.forward = TurnedOr(ToVector(source.mLookAt), toWorld, {0, 0, -1});
   camera.up = TurnedOr(ToVector(source.mUp), toWorld, {0, 1, 0});
   if (camera.up.cross(camera.forward).length() < 1e-4f) camera.up = UpFor(camera.forward);
@@ -89,21 +87,12 @@ SceneCamera ImportCamera(const ImportContext& context, const aiCamera& source) {
   return camera;
 }
 
-/// Softness that makes the light's fall towards the edge of its cone like the file's, where it
-/// begins at the inner angle: OpenGL's exponent, 12.8 a unit of softness, acts on the whole cone.
-float ConeSoftness(float inner, float outer) {
-  if (!(inner < outer) || outer > 1.55f) return 0;
-  const float exponentToEdge = std::log(0.05f) / std::log(std::cos(outer));
-  return std::clamp(exponentToEdge * (1 - inner / outer) / 12.8f, 0.0f, 10.0f);
-}
-
 void SetCone(const ImportContext& context, const aiLight& source, SceneLight& light) {
-  // glTF gives angles from the axis, the others from edge to edge.
-  const float toHalf = context.IsGltf() ? 1.0f : 0.5f;
+  constexpr float kToHalf = 0.5f;  // angles go from edge to edge
   const bool hasOuter = context.format != SourceFormat::kCollada;
-  float outer = (hasOuter ? source.mAngleOuterCone : source.mAngleInnerCone) * toHalf;
+  float outer = (hasOuter ? source.mAngleOuterCone : source.mAngleInnerCone) * kToHalf;
   if (!(outer > 0) || outer > std::numbers::pi_v<float> / 2) outer = std::numbers::pi_v<float> / 4;
-  const float inner = std::clamp(source.mAngleInnerCone * toHalf, 0.0f, outer);
+  const float inner = std::clamp(source.mAngleInnerCone * kToHalf, 0.0f, outer);
   light.coneAngle = outer * kDegrees;
   light.coneSoftness = ConeSoftness(inner, outer);
 }
@@ -122,17 +111,10 @@ int LightType(const aiLight& source) {
   }
 }
 
-/// Attenuation of the file's light at a distance, without units.
-float FileAttenuation(const aiLight& source, float distance) {
-  const float divisor = source.mAttenuationConstant + source.mAttenuationLinear * distance +
-                        source.mAttenuationQuadratic * distance * distance;
-  return divisor > 0 && std::isfinite(divisor) ? 1 / divisor : 1;
-}
-
-/// A light with `intensity` as the brightness that the file gives it at `middle`; false when it
-/// cannot be used.
-bool ImportLight(const ImportContext& context, const aiLight& source, const V3f& middle,
-                 SceneLight* light) {
+/// A light with `intensity` as the brightness that the file gives it at `middle`, and its place in
+/// `*position`; false when it cannot be used.
+bool ImportLight(const ImportContext& context, const aiLight& source, const V3d& middle,
+                 SceneLight* light, V3d* position) {
   light->type = LightType(source);
   const aiColor3D& color = source.mColorDiffuse;
   const float brightest = std::max({color.r, color.g, color.b});
@@ -142,33 +124,25 @@ bool ImportLight(const ImportContext& context, const aiLight& source, const V3f&
   light->green = std::max(color.g / brightest, 0.0f);
   light->blue = std::max(color.b / brightest, 0.0f);
   light->intensity = brightest;
-  const M44f toWorld = PlacementOf(context, source.mName);
-  light->position = ToVector(source.mPosition) * toWorld;
+  const M44d exact = PlacementOf(context, source.mName);
+  const M44f toWorld(exact);
+  *position = ToExact(source.mPosition) * exact;
+  light->position = V3f(*position);
   light->direction = TurnedOr(ToVector(source.mDirection), toWorld, {0, -1, 0});
   if (light->type == GALight::kSpot) SetCone(context, source, *light);
   if (light->type == GALight::kDirectional) return true;
-  // The renderer's attenuation, 1 / (0.8333 + 0.3126 (d / range)^2), is 1 at 0.73 ranges.
-  const float distance = std::max((light->position - middle).length(), 1e-4f);
-  light->range = distance / 0.73f;
-  if (context.IsGltf()) light->intensity *= FileAttenuation(source, distance);
+  const float distance = std::max(static_cast<float>((*position - middle).length()), 1e-18f);
+  light->range = RangeFor(distance);
   return light->intensity > 0 && std::isfinite(light->intensity);
 }
 
-/// Files in physical units mean an exposure that they do not tell: the brightest light becomes 1.
-/// Others are dimmed where they would burn out. Several lights together reach at most 1.8.
-void Expose(bool isPhysical, std::vector<SceneLight>& lights) {
-  constexpr float kMostTogether = 1.8f;
-  float brightest = 0, sum = 0;
-  for (const SceneLight& light : lights) {
-    brightest = std::max(brightest, light.intensity);
-    sum += light.intensity;
-  }
-  float scale = std::min(1 / brightest, kMostTogether / sum);
-  if (!isPhysical) scale = std::min(scale, 1.0f);
-  for (SceneLight& light : lights) light.intensity *= scale;
-}
-
 }  // namespace
+
+M44f ToMatrix(const aiMatrix4x4& m) {
+  // Transposed.
+  return {m.a1, m.b1, m.c1, m.d1, m.a2, m.b2, m.c2, m.d2,
+          m.a3, m.b3, m.c3, m.d3, m.a4, m.b4, m.c4, m.d4};
+}
 
 M44f MatrixOf(const aiNode& node) {
   return ToMatrix(node.mTransformation);
@@ -179,11 +153,12 @@ std::vector<const aiNode*> ImportInstances(const ImportContext& context,
   std::vector<const aiNode*> nodes;
   if (!context.source->mRootNode) return nodes;
   // A stack of our own: files may nest deeper than the program's stack is.
-  std::vector<std::pair<const aiNode*, M44f>> pending{{context.source->mRootNode, M44f()}};
+  std::vector<std::pair<const aiNode*, M44d>> pending{{context.source->mRootNode, M44d()}};
   while (!pending.empty()) {
     const auto [node, parentToWorld] = pending.back();
     pending.pop_back();
-    const M44f toWorld = ToMatrix(node->mTransformation) * parentToWorld;
+    const M44d exact = M44d(ToMatrix(node->mTransformation)) * parentToWorld;
+    const M44f toWorld(exact);
     if (!IsFinite(toWorld)) {
       context.Warn(
           fmt::format("{}: node {} left out with all below it, since its placement is not "
@@ -195,12 +170,13 @@ std::vector<const aiNode*> ImportInstances(const ImportContext& context,
       const unsigned mesh = node->mMeshes[i];
       if (mesh < meshes.size() && meshes[mesh] >= 0) {
         context.scene->instances.push_back({meshes[mesh], toWorld});
+        context.places->instances.push_back(exact);
         nodes.push_back(node);
       }
     }
     // Importers may leave gaps among the children (RAW files with colours do).
     for (unsigned i = node->mNumChildren; i > 0; --i) {
-      if (node->mChildren[i - 1]) pending.emplace_back(node->mChildren[i - 1], toWorld);
+      if (node->mChildren[i - 1]) pending.emplace_back(node->mChildren[i - 1], exact);
     }
   }
   return nodes;
@@ -214,15 +190,18 @@ void ImportCameras(const ImportContext& context) {
 
 std::vector<const aiLight*> ImportLights(const ImportContext& context) {
   std::vector<const aiLight*> sources;
-  const V3f middle = context.scene->Bounds().center();
+  if (context.source->mNumLights == 0) return sources;
+  const V3d middle = ExactBounds(*context.scene, *context.places).center();
   for (unsigned i = 0; i < context.source->mNumLights; ++i) {
     SceneLight light;
-    if (ImportLight(context, *context.source->mLights[i], middle, &light)) {
+    V3d position;
+    if (ImportLight(context, *context.source->mLights[i], middle, &light, &position)) {
+      context.places->lights.push_back(position);
       context.scene->lights.push_back(std::move(light));
       sources.push_back(context.source->mLights[i]);
     }
   }
-  if (!context.scene->lights.empty()) Expose(context.IsGltf(), context.scene->lights);
+  Expose(false, context.scene->lights);
   return sources;
 }
 

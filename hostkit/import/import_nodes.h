@@ -2,6 +2,7 @@
 #pragma once
 
 #include <Imath/ImathMatrix.h>
+#include <assimp/matrix4x4.h>
 
 #include <vector>
 
@@ -11,6 +12,9 @@ struct aiLight;
 struct aiNode;
 
 namespace hostkit {
+
+/// Column vectors to row vectors.
+Imath::M44f ToMatrix(const aiMatrix4x4& matrix);
 
 /// A node's placement in its parent's space.
 Imath::M44f MatrixOf(const aiNode& node);

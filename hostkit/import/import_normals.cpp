@@ -1,6 +1,7 @@
 // Normals for triangles that come without.
 #include "hostkit/import/import_normals.h"
 
+#include <Imath/ImathBox.h>
 #include <Imath/ImathVec.h>
 
 #include <algorithm>
@@ -8,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "hostkit/scene/directions.h"
@@ -28,21 +30,31 @@ constexpr std::uint32_t kMostAround = 512;
 constexpr float kCosSameNormal = 0.999f;  // corners closer than this share a vertex
 const V3f kAnyDirection(0, 1, 0);
 
-/// Twice the triangle's area long, on the side from which it is counter-clockwise.
-V3f AreaNormal(const SceneMesh& mesh, std::size_t triangle) {
+/// A power of two that brings the mesh to a size of about 1: squares of squares of coordinates, in
+/// whatever units, would leave the range of a float.
+float UnitOf(const SceneMesh& mesh) {
+  Imath::Box3f bounds;
+  for (const V3f& position : mesh.positions) bounds.extendBy(position);
+  const V3f size = bounds.isEmpty() ? V3f(0.0f) : bounds.size();
+  const float largest = std::max({size.x, size.y, size.z});
+  return largest > 0 && std::isfinite(largest) ? std::exp2(-std::round(std::log2(largest))) : 1;
+}
+
+/// Twice the triangle's area long in square units, on the side from which it is counter-clockwise.
+V3f AreaNormal(const SceneMesh& mesh, std::size_t triangle, float unit) {
   const std::uint32_t* corner = &mesh.triangles[3 * triangle];
   const V3f& a = mesh.positions[corner[0]];
-  return (mesh.positions[corner[1]] - a).cross(mesh.positions[corner[2]] - a);
+  return ((mesh.positions[corner[1]] - a) * unit).cross((mesh.positions[corner[2]] - a) * unit);
 }
 
 /// The direction that a triangle faces; zero when it is thin to the point of having none, where
 /// rounding alone would choose one.
-V3f FacingOf(const SceneMesh& mesh, std::size_t triangle, const V3f& areaNormal) {
+V3f FacingOf(const SceneMesh& mesh, std::size_t triangle, const V3f& areaNormal, float unit) {
   constexpr float kThinnest = 1e-6f;
   const std::uint32_t* corner = &mesh.triangles[3 * triangle];
   const V3f& a = mesh.positions[corner[0]];
-  const float longest = std::max((mesh.positions[corner[1]] - a).length2(),
-                                 (mesh.positions[corner[2]] - a).length2());
+  const float longest = std::max(((mesh.positions[corner[1]] - a) * unit).length2(),
+                                 ((mesh.positions[corner[2]] - a) * unit).length2());
   const float length = areaNormal.length();
   return length > kThinnest * longest && std::isfinite(length) ? areaNormal / length : V3f(0.0f);
 }
@@ -111,7 +123,8 @@ void Repeat(std::vector<T>& values, std::size_t index) {
 /// Gives each corner a vertex with its normal; `chain` links the vertices that one was split into.
 class CornerVertices {
  public:
-  explicit CornerVertices(SceneMesh& mesh) : m_mesh(mesh), m_chain(mesh.positions.size(), kUnused) {
+  explicit CornerVertices(SceneMesh& mesh)
+      : m_mesh(mesh), m_count(mesh.positions.size()), m_chain(m_count, kUnused) {
     m_mesh.normals.assign(mesh.positions.size(), kAnyDirection);
   }
 
@@ -129,6 +142,9 @@ class CornerVertices {
     return candidate;
   }
 
+  /// By added vertex: the one that was split.
+  std::vector<std::uint32_t> TakeCopies() { return std::move(m_copies); }
+
  private:
   static constexpr std::uint32_t kUnused = 0xffffffff;
   static constexpr std::uint32_t kEnd = 0xfffffffe;
@@ -141,23 +157,27 @@ class CornerVertices {
     m_mesh.normals.push_back(normal);
     m_chain[vertex] = added;
     m_chain.push_back(kEnd);
+    m_copies.push_back(vertex < m_count ? vertex : m_copies[vertex - m_count]);
     return added;
   }
 
   SceneMesh& m_mesh;
+  std::size_t m_count;  // of vertices before any was split
   std::vector<std::uint32_t> m_chain;
+  std::vector<std::uint32_t> m_copies;
 };
 
 }  // namespace
 
-void MakeNormals(SceneMesh& mesh) {
+std::vector<std::uint32_t> MakeNormals(SceneMesh& mesh) {
   const std::size_t triangleCount = mesh.triangles.size() / 3;
+  const float unit = UnitOf(mesh);
   std::vector<V3f> areas, facings;
   areas.reserve(triangleCount);
   facings.reserve(triangleCount);
   for (std::size_t t = 0; t < triangleCount; ++t) {
-    areas.push_back(AreaNormal(mesh, t));
-    facings.push_back(FacingOf(mesh, t, areas.back()));
+    areas.push_back(AreaNormal(mesh, t, unit));
+    facings.push_back(FacingOf(mesh, t, areas.back(), unit));
   }
   std::size_t placeCount = 0;
   const std::vector<std::uint32_t> places = NumberPlaces(mesh.positions, &placeCount);
@@ -174,6 +194,7 @@ void MakeNormals(SceneMesh& mesh) {
     if (normal == V3f(0.0f)) normal = CornerNormal(areas, facings, i / 3, around.At(place));
     mesh.triangles[i] = corners.VertexFor(mesh.triangles[i], normal);
   }
+  return corners.TakeCopies();
 }
 
 void RepairNormals(SceneMesh& mesh) {
@@ -185,9 +206,10 @@ void RepairNormals(SceneMesh& mesh) {
     anyBad = anyBad || normal == V3f(0.0f);
   }
   if (!anyBad) return;
+  const float unit = UnitOf(mesh);
   for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
     V3f& normal = mesh.normals[mesh.triangles[i]];
-    if (normal == V3f(0.0f)) normal = UnitOr(AreaNormal(mesh, i / 3), V3f(0.0f));
+    if (normal == V3f(0.0f)) normal = UnitOr(AreaNormal(mesh, i / 3, unit), V3f(0.0f));
   }
   for (V3f& normal : mesh.normals) {
     if (normal == V3f(0.0f)) normal = kAnyDirection;

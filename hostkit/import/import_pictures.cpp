@@ -2,10 +2,8 @@
 #include "hostkit/import/import_pictures.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <utility>
 #include <vector>
@@ -15,34 +13,19 @@
 namespace hostkit {
 namespace {
 
-/// All bytes of a file; false when it is shorter by now than it was, or cannot be read.
-bool ReadWhole(const OpenedFile& file, std::vector<unsigned char>* bytes) {
-  bytes->resize(file.size);
-  for (std::size_t done = 0; done < bytes->size();) {
-    const ssize_t count = pread(file.file.Get(), bytes->data() + done, bytes->size() - done,
-                                static_cast<off_t>(done));
-    if (count <= 0) return false;
-    done += static_cast<std::size_t>(count);
-  }
-  return true;
-}
-
-void ApplyAlpha(const HBitmapNode& bitmap, const PictureUse& use) {
+void ApplyAlpha(const HBitmapNode& bitmap, AlphaUse use) {
+  if (use == AlphaUse::kExact) return;
   auto* buffer = static_cast<HRGBABuffer*>(bitmap.FindBuffer("Color"));
-  const int cutoff = static_cast<int>(std::ceil(std::clamp(use.cutoff, 0.0f, 1.0f) * 255));
   bool anyAlpha = false;
   for (int y = 0; y < bitmap.GetHeight(); ++y) {
     auto* row = static_cast<unsigned char*>(buffer->GetData(y));
     for (int x = 0; x < bitmap.GetWidth(); ++x) {
       unsigned char& alpha = row[4 * x + 3];
-      if (use.alpha == AlphaUse::kIgnore) alpha = 255;
-      if (use.alpha == AlphaUse::kMask) alpha = alpha >= cutoff ? 255 : 0;
+      if (use == AlphaUse::kIgnore) alpha = 255;
       anyAlpha = anyAlpha || alpha != 0;
     }
   }
-  if (anyAlpha) return;
-  // A picture that is invisible everywhere has an alpha channel that was never filled.
-  ApplyAlpha(bitmap, {AlphaUse::kIgnore, 0});
+  if (!anyAlpha) ApplyAlpha(bitmap, AlphaUse::kIgnore);
 }
 
 BitmapPtr LoadFile(const OpenedFile& file, const std::string& name, std::uint64_t mostBytes,
@@ -132,7 +115,7 @@ int PictureStore::Add(const Key& key, const std::string& name, const std::string
   }
   m_bytesLeft -= std::uint64_t{4} * static_cast<unsigned>(image.bitmap->GetWidth()) *
                  static_cast<unsigned>(image.bitmap->GetHeight());
-  ApplyAlpha(*image.bitmap, use);
+  ApplyAlpha(*image.bitmap, use.alpha);
   entry->second = static_cast<int>(m_scene.images.size());
   m_scene.images.push_back(std::move(image));
   return entry->second;

@@ -18,14 +18,13 @@ namespace hostkit {
 
 /// What a material makes of a picture's alpha.
 enum class AlphaUse {
-  kBlend,   ///< As it is.
+  kBlend,   ///< As it is, but opaque where it is 0 everywhere: such a channel was never filled.
   kIgnore,  ///< Opaque.
-  kMask,    ///< 255 from the cut-off up, else 0.
+  kExact,   ///< As it is.
 };
 
 struct PictureUse {
   AlphaUse alpha = AlphaUse::kBlend;
-  float cutoff = 0.5f;  ///< For kMask, 0 to 1.
   PictureWrap wrapU = PictureWrap::kRepeat, wrapV = PictureWrap::kRepeat;
   bool isNearest = false;
 

@@ -7,6 +7,7 @@
 #include <strings.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -183,6 +184,17 @@ OpenedFile OpenBelow(int folder, const std::vector<std::string>& parts) {
 }
 
 }  // namespace
+
+bool ReadWhole(const OpenedFile& file, std::vector<unsigned char>* bytes) {
+  bytes->resize(file.size);
+  for (std::size_t done = 0; done < bytes->size();) {
+    const ssize_t count = pread(file.file.Get(), bytes->data() + done, bytes->size() - done,
+                                static_cast<off_t>(done));
+    if (count <= 0) return false;
+    done += static_cast<std::size_t>(count);
+  }
+  return true;
+}
 
 std::string NameForMessage(const std::string& name) {
   constexpr std::size_t kLongest = 200;  // bytes

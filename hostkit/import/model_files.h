@@ -39,6 +39,9 @@ struct OpenedFile {
   bool IsOpen() const { return file.IsOpen(); }
 };
 
+/// All bytes of a file; false when it is shorter by now than it was, or cannot be read.
+bool ReadWhole(const OpenedFile& file, std::vector<unsigned char>* bytes);
+
 /// A name out of a file as a message may show it: 200 bytes at most, without control characters.
 std::string NameForMessage(const std::string& name);
 

@@ -1,4 +1,4 @@
-// Model files into scenes, read by assimp.
+// Model files into scenes, by readers of their formats or else by assimp.
 #include "hostkit/import/model_import.h"
 
 #include <assimp/importerdesc.h>
@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "hostkit/import/archive_check.h"
+#include "hostkit/import/gltf/gltf_reader.h"
 #include "hostkit/import/import_animations.h"
 #include "hostkit/import/import_checks.h"
 #include "hostkit/import/import_context.h"
@@ -30,6 +31,8 @@
 #include "hostkit/import/obj/obj_reader.h"
 #include "hostkit/import/ply/ply_reader.h"
 #include "hostkit/import/stl/stl_reader.h"
+#include "hostkit/scene/node_animation.h"
+#include "hostkit/scene/recentre.h"
 
 namespace hostkit {
 namespace {
@@ -74,7 +77,6 @@ SourceFormat FormatOf(const Assimp::Importer& importer) {
   if (!info) return SourceFormat::kOther;
   constexpr std::pair<const char*, SourceFormat> kKnown[] = {
       {"Collada Importer", SourceFormat::kCollada},
-      {"glTF2 Importer", SourceFormat::kGltf2},
       {"Irrlicht Scene Reader", SourceFormat::kIrrlicht}};
   for (const auto& [name, format] : kKnown) {
     if (std::strcmp(info->mName, name) == 0) return format;
@@ -124,9 +126,8 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
 
 /// The readers of single formats; other files are the import library's.
 constexpr std::pair<const char*, ReadModel> kReaders[] = {
-    {".obj", ReadObj},
-    {".ply", ReadPly},
-    {".stl", ReadStl},
+    {".glb", ReadGltf}, {".gltf", ReadGltf}, {".obj", ReadObj},
+    {".ply", ReadPly},  {".stl", ReadStl},   {".vrm", ReadGltf},
 };
 
 ReadModel ReaderOf(const std::string& path) {
@@ -135,6 +136,35 @@ ReadModel ReaderOf(const std::string& path) {
     if (strcasecmp(known, suffix.c_str()) == 0) return reader;
   }
   return nullptr;
+}
+
+/// False, and says why, where a scene is chosen and the format has none.
+bool CheckChoice(const ModelSource& source, std::string* error) {
+  if (source.options.scene.empty()) return true;
+  *error = fmt::format("{}: has no scenes to choose {} from; leave the choice out",
+                       source.files.ModelPath(), NameForMessage(source.options.scene));
+  return false;
+}
+
+/// As ReadModel, by the import library.
+bool ReadByLibrary(const ModelSource& source, std::string* error) {
+  if (!CheckChoice(source, error)) return false;
+  auto owner = std::make_unique<Assimp::Importer>();
+  Assimp::Importer& importer = source.options.leavesMemory ? *owner.release() : *owner;
+  ImportContext context;
+  context.source = ReadSource(importer, source.files, &source.scene.warnings, error);
+  if (!context.source) return false;
+  context.path = source.files.ModelPath();
+  context.format = FormatOf(importer);
+  context.scene = &source.scene;
+  context.places = &source.places;
+  const std::vector<MaterialTraits> traits = ImportMaterials(context, source.pictures);
+  const std::vector<int> meshes = ImportMeshes(context, traits);
+  const std::vector<const aiNode*> nodes = ImportInstances(context, meshes);
+  if (source.scene.instances.empty()) return true;
+  ImportCameras(context);
+  ImportMotion(context, meshes, nodes, ImportLights(context));
+  return true;
 }
 
 /// Whether there is something to draw; else says why not.
@@ -147,33 +177,23 @@ bool HasContent(const Scene& scene, const std::string& path, std::string* error)
   return false;
 }
 
-std::unique_ptr<Scene> ImportWith(ReadModel read, const ModelFiles& files,
-                                  const ImportOptions& options, std::string* error) {
-  auto scene = std::make_unique<Scene>();
-  PictureStore pictures(*scene, files);
-  const bool isRead = read({files, options, *scene, pictures}, error);
-  return isRead && HasContent(*scene, files.ModelPath(), error) ? std::move(scene) : nullptr;
-}
-
 std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& options,
                               std::string* error) {
   const ModelFiles files(path, options.reach);
-  if (const ReadModel read = ReaderOf(path)) return ImportWith(read, files, options, error);
   auto scene = std::make_unique<Scene>();
-  auto owner = std::make_unique<Assimp::Importer>();
-  Assimp::Importer& importer = options.leavesMemory ? *owner.release() : *owner;
-  ImportContext context;
-  context.source = ReadSource(importer, files, &scene->warnings, error);
-  if (!context.source) return nullptr;
-  context.path = path;
-  context.format = FormatOf(importer);
-  context.scene = scene.get();
-  const std::vector<MaterialTraits> traits = ImportMaterials(context, files);
-  const std::vector<const aiNode*> nodes = ImportInstances(context, ImportMeshes(context, traits));
-  if (!HasContent(*scene, path, error)) return nullptr;
-  ImportCameras(context);
-  ImportMotion(context, nodes, ImportLights(context));
-  return scene;
+  PictureStore pictures(*scene, files);
+  ExactPlaces places;
+  const ModelSource source{files, options, *scene, pictures, places};
+  const ReadModel reader = ReaderOf(path);
+  if (reader != ReadGltf && !CheckChoice(source, error)) return nullptr;
+  bool isRead = reader && reader(source, error);
+  const bool isLibrarys = !isRead && error->empty();
+  if (isLibrarys) isRead = ReadByLibrary(source, error);
+  if (!isRead || !HasContent(*scene, path, error)) return nullptr;
+  std::string why;
+  if (Recentre(*scene, places, &why)) return scene;
+  *error = fmt::format("{}: {}", path, why);
+  return nullptr;
 }
 
 }  // namespace
@@ -182,7 +202,9 @@ std::unique_ptr<Scene> ImportModel(const std::string& path, std::string* error,
                                    const ImportOptions& options) {
   error->clear();
   try {
-    return CheckFile(path, error) ? Import(path, options, error) : nullptr;
+    std::unique_ptr<Scene> scene = CheckFile(path, error) ? Import(path, options, error) : nullptr;
+    if (scene) SettleAtRest(*scene);
+    return scene;
   } catch (const std::bad_alloc&) {
     *error = fmt::format("{}: not enough memory for it; use a smaller model", path);
   } catch (const std::exception& problem) {

@@ -11,36 +11,14 @@
 
 #include "hostkit/import/import_checks.h"
 #include "hostkit/import/import_normals.h"
+#include "hostkit/import/vertex_checks.h"
+#include "hostkit/scene/recentre.h"
 
 namespace hostkit {
-namespace {
 
 using Imath::V2f;
 using Imath::V3d;
 using Imath::V3f;
-
-/// Models that are further from the origin than this many times their own size are told from their
-/// middle: a float has 24 bits, and a picture wants twelve or more of them for the model itself.
-constexpr double kFarTimes = 1000;
-
-// Beyond this the squares that lengths are made of leave the range of a float.
-constexpr double kLargestCoordinate = 1e18;
-
-bool CanBeDrawn(const V3d& position) {
-  // False for NaN, too.
-  return std::abs(position.x) < kLargestCoordinate && std::abs(position.y) < kLargestCoordinate &&
-         std::abs(position.z) < kLargestCoordinate;
-}
-
-/// The point that positions are told from: a sum of it and a position is exact in a float's terms.
-V3d OriginOf(const Imath::Box3d& bounds) {
-  if (bounds.isEmpty()) return V3d(0.0);
-  const V3d middle = bounds.center();
-  const double size = bounds.size().length();
-  return size > 0 && middle.length() > kFarTimes * size ? V3d(V3f(middle)) : V3d(0.0);
-}
-
-}  // namespace
 
 bool ReadWhole(const OpenedFile& file, FileBytes* bytes) {
   bytes->bytes.reset(new char[file.size]);
@@ -65,7 +43,7 @@ bool ReadModelFile(const ModelSource& source, FileBytes* bytes, std::string* err
   return error->empty();
 }
 
-PlacedPositions PlacePositions(const std::vector<V3d>& positions) {
+PlacedPositions PlacePositions(const std::vector<V3d>& positions, Scene& scene) {
   PlacedPositions placed;
   Imath::Box3d bounds;
   for (std::size_t i = 0; i < positions.size(); ++i) {
@@ -76,11 +54,10 @@ PlacedPositions PlacePositions(const std::vector<V3d>& positions) {
     if (placed.bad.empty()) placed.bad.resize(positions.size());
     placed.bad[i] = true;
   }
-  const V3d origin = OriginOf(bounds);
-  placed.toWorld.setTranslation(V3f(origin));
+  if (!bounds.isEmpty()) scene.origin = MiddleToTake(bounds);
   placed.positions.reserve(positions.size());
-  for (const V3d& position : positions) placed.positions.emplace_back(position - origin);
-  const V3f good(bounds.isEmpty() ? V3d(0.0) : bounds.min - origin);
+  for (const V3d& position : positions) placed.positions.emplace_back(position - scene.origin);
+  const V3f good(bounds.isEmpty() ? V3d(0.0) : bounds.min - scene.origin);
   for (std::size_t i = 0; i < placed.bad.size(); ++i) {
     if (placed.bad[i]) placed.positions[i] = good;
   }
@@ -93,7 +70,7 @@ void LeftOut::Tell(const ModelSource& source) const {
   if (unusable > 0) AddWarning(source.scene, UnusableVerticesText(path, unusable));
 }
 
-void AddMesh(const ModelSource& source, SceneMesh mesh, const Imath::M44f& toWorld) {
+void AddMesh(Scene& scene, SceneMesh mesh) {
   if (mesh.triangles.empty() && mesh.lines.empty() && mesh.points.empty()) return;
   if (!mesh.normals.empty()) {
     RepairNormals(mesh);
@@ -102,8 +79,8 @@ void AddMesh(const ModelSource& source, SceneMesh mesh, const Imath::M44f& toWor
   }
   mesh.colorsHaveAlpha = std::any_of(mesh.colors.begin(), mesh.colors.end(),
                                      [](const ColorBuf& color) { return color.alpha < 255; });
-  source.scene.instances.push_back({static_cast<int>(source.scene.meshes.size()), toWorld});
-  source.scene.meshes.push_back(std::move(mesh));
+  scene.instances.push_back({static_cast<int>(scene.meshes.size()), {}});
+  scene.meshes.push_back(std::move(mesh));
 }
 
 V2f TopDown(double u, double v) {

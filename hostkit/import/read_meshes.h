@@ -1,7 +1,6 @@
 // What the readers of single formats share: a file's bytes, positions, and finished meshes.
 #pragma once
 
-#include <Imath/ImathMatrix.h>
 #include <Imath/ImathVec.h>
 
 #include <cstddef>
@@ -29,22 +28,21 @@ bool ReadWhole(const OpenedFile& file, FileBytes* bytes);
 /// The model's own bytes; false with a line in `*error`.
 bool ReadModelFile(const ModelSource& source, FileBytes* bytes, std::string* error);
 
-/// Positions of a file as the meshes have them, and the way back.
+/// Positions of a file as the meshes have them.
 struct PlacedPositions {
   std::vector<Imath::V3f> positions;
   /// Which cannot be drawn, being too large or no numbers; they lie at another one's place. Empty
   /// when all can.
   std::vector<bool> bad;
-  Imath::M44f toWorld;
 
   bool IsGood(std::uint32_t position) const {
     return position < positions.size() && (bad.empty() || !bad[position]);
   }
 };
 
-/// Makes them floats. Those of a model that lies far from the origin for its size, where floats
-/// are too coarse, are told from a point in its middle.
-PlacedPositions PlacePositions(const std::vector<Imath::V3d>& positions);
+/// Makes them floats. Of a model that lies far from the origin the middle is taken away first, and
+/// becomes the scene's origin.
+PlacedPositions PlacePositions(const std::vector<Imath::V3d>& positions, Scene& scene);
 
 /// How many faces, lines and points had to be left out of a model.
 struct LeftOut {
@@ -58,9 +56,9 @@ struct LeftOut {
   void Tell(const ModelSource& source) const;
 };
 
-/// Finishes a mesh and places it: normals are made where there are none and there are triangles,
-/// else repaired. A mesh of nothing is not added.
-void AddMesh(const ModelSource& source, SceneMesh mesh, const Imath::M44f& toWorld);
+/// Finishes a mesh and places it once: normals are made where there are none and there are
+/// triangles, else repaired. A mesh of nothing is not added.
+void AddMesh(Scene& scene, SceneMesh mesh);
 
 /// Texture coordinates with v = 0 at the image's top, of ones with v = 0 at its bottom; (0, 0)
 /// where they are no numbers.

@@ -130,8 +130,9 @@ int LiftedAbove(int descriptor) {
 
 }  // namespace
 
-ImportProcess::ImportProcess(std::vector<std::string> models, const ImportLimits& limits)
-    : m_models(std::move(models)), m_limits(limits) {
+ImportProcess::ImportProcess(std::vector<std::string> models, const ImportLimits& limits,
+                             std::string scene)
+    : m_models(std::move(models)), m_limits(limits), m_scene(std::move(scene)) {
   m_why = Start();
   if (!m_why.empty()) m_end = ImportEnd::kFailed;
 }
@@ -159,7 +160,7 @@ std::string ImportProcess::Start() {
     return why;
   }
   std::vector<std::string> words = {ProgramPath(), std::to_string(getpid()),
-                                    m_limits.confined ? kConfinedWord : kOpenWord};
+                                    m_limits.confined ? kConfinedWord : kOpenWord, m_scene};
   words.insert(words.end(), m_models.begin(), m_models.end());
   const int failure = Spawn(words, progress, m_memory, m_limits.showsMessages, &m_process);
   close(progress);

@@ -35,19 +35,21 @@ struct ImportLimits {
 
 /// How an import ended.
 enum class ImportEnd {
-  kDone,
+  kDone,         ///< There is a scene.
   kUnreadable,   ///< A model cannot be read, or importing it crashed or went beyond a limit.
   kNotConfined,  ///< The kernel lacks what `confined` asks for.
   kFailed,       ///< No fault of a model: the process could not be started, or was killed.
-  kCancelled,
+  kCancelled,    ///< As ImportLimits::cancelled asked.
 };
 
 /// An import that goes on beside what else is done. To be used by one thread.
 class ImportProcess {
  public:
-  /// Begins to import `models`, at least one, into one scene, in their order. The process ends with
-  /// the thread that calls this. What prevents its start is told by Finish.
-  ImportProcess(std::vector<std::string> models, const ImportLimits& limits);
+  /// Begins to import `models`, at least one, into one scene, in their order. Of those that hold
+  /// several scenes the one called `scene`; where it is empty, their own choice. The process ends
+  /// with the thread that calls this. What prevents its start is told by Finish.
+  ImportProcess(std::vector<std::string> models, const ImportLimits& limits,
+                std::string scene = {});
   /// Ends the process when it still runs.
   ~ImportProcess();
   ImportProcess(const ImportProcess&) = delete;
@@ -79,6 +81,7 @@ class ImportProcess {
 
   const std::vector<std::string> m_models;
   const ImportLimits m_limits;
+  const std::string m_scene;
   pid_t m_process = -1;
   int m_progress = -1;      // the reading end of what it tells
   int m_memory = -1;        // the shared memory

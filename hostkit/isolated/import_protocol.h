@@ -15,8 +15,9 @@ inline constexpr int kProgressDescriptor = 3, kMemoryDescriptor = 4;
 inline constexpr char kModelBegins = 'M', kSceneIsThere = 'S', kImportFailed = 'E',
                       kIsNotConfined = 'C';
 
-/// Its arguments, before the models: the process that started it, and one of these two words.
-inline constexpr int kFirstModelArgument = 3;
+/// Its arguments, before the models: the process that started it, one of these two words, and the
+/// name of the scene that is wanted of each model (empty: its own choice).
+inline constexpr int kSceneArgument = 3, kFirstModelArgument = 4;
 inline constexpr const char* kConfinedWord = "confined";
 inline constexpr const char* kOpenWord = "open";
 

@@ -13,16 +13,17 @@ namespace hostkit {
 /// first. Colours are premultiplied by alpha when `hasAlpha` is set; else alpha means nothing and
 /// the picture is opaque. A "Depth" buffer (float) may come along.
 struct Picture {
-  BitmapPtr bitmap;
-  bool hasAlpha = false;
+  BitmapPtr bitmap;       ///< Null where there is no picture.
+  bool hasAlpha = false;  ///< Whether alpha says what is covered.
 };
 
 /// How a picture was made: name and value pairs, kept as PNG text, EXR attributes and a JPEG
 /// comment. Names are like "gl3:command".
 using Recipe = std::vector<std::pair<std::string, std::string>>;
 
+/// How a picture is written.
 struct PictureOptions {
-  int jpegQuality = 92;
+  int jpegQuality = 92;  ///< 1 to 100.
   /// What of the picture is written; without colours the file must be an .exr and there be a depth.
   bool colors = true, depth = true;
 };

@@ -1,4 +1,4 @@
-// Picture files into host bitmaps, decoded by stb_image (OpenEXR elsewhere).
+// Picture files into host bitmaps, decoded by stb_image (OpenEXR and WebP elsewhere).
 #include "hostkit/pictures/picture_in.h"
 
 #include <fmt/format.h>
@@ -18,6 +18,7 @@
 
 #include "hostkit/pictures/picture_exr_in.h"
 #include "hostkit/pictures/picture_guards.h"
+#include "hostkit/pictures/picture_webp.h"
 
 #define STBI_NO_GIF
 #define STBI_NO_PIC
@@ -30,7 +31,7 @@
 namespace hostkit {
 namespace {
 
-constexpr const char* kFormats = "EXR, PNG, JPEG, TGA, BMP or HDR";
+constexpr const char* kFormats = "EXR, PNG, JPEG, WebP, TGA, BMP or HDR";
 
 BitmapPtr Fail(std::string* error, std::string message) {
   *error = std::move(message);
@@ -125,6 +126,11 @@ BitmapPtr LoadPictureFromMemory(const unsigned char* bytes, std::size_t size,
   if (IsExr(bytes, size)) {
     std::string reason;
     BitmapPtr bitmap = LoadExr(bytes, size, facts, mostBytes, &reason);
+    return bitmap ? std::move(bitmap) : Fail(error, fmt::format("{}: {}", name, reason));
+  }
+  if (IsWebp(bytes, size)) {
+    std::string reason;
+    BitmapPtr bitmap = LoadWebp(bytes, size, mostBytes, &reason);
     return bitmap ? std::move(bitmap) : Fail(error, fmt::format("{}: {}", name, reason));
   }
   const std::string_view file(reinterpret_cast<const char*>(bytes), size);

@@ -15,7 +15,7 @@ struct PictureFacts {
   bool wasLinear = false;  ///< Scene-linear light was encoded for display.
 };
 
-/// Reads EXR, PNG, JPEG, TGA, BMP, HDR (all 8-bit display-referred with straight alpha on arrival)
+/// Reads EXR, PNG, JPEG, WebP, TGA, BMP, HDR (all 8-bit display-referred with straight alpha on arrival)
 /// into a bitmap with one "Color" buffer. On failure returns null, and `*error` names the file, the
 /// reason and the remedy.
 BitmapPtr LoadPicture(const std::string& path, std::string* error, PictureFacts* facts = nullptr);

@@ -65,8 +65,7 @@ V3d Corner(const Box3f& box, int i) {
 Box3f BoxToFit(const Box3f& bounds) {
   if (!IsBoxUsable(bounds)) return {V3f(-0.5f), V3f(0.5f)};
   V3f center = bounds.center();
-  float least = std::max(center.length() * 1e-5f, 1e-6f);
-  if ((bounds.max - bounds.min).length() > least) return bounds;
+  if ((bounds.max - bounds.min).length() > center.length() * 1e-5f) return bounds;
   float half = std::max(center.length() * 1e-3f, 0.5f);
   return {center - V3f(half), center + V3f(half)};
 }
@@ -196,6 +195,13 @@ View ViewFor(const SceneCamera& camera, const Box3f& bounds) {
   if (!std::isfinite(farDistance) || farDistance <= 1e-30) return view;  // all of it is behind
   view.farDistance = static_cast<float>(farDistance);
   view.nearDistance = static_cast<float>(std::max(nearest - margin, farDistance / kMaxDepthRatio));
+  if (camera.farCut > 0 && camera.farCut < view.farDistance) {
+    view.farDistance = camera.farCut;
+    view.nearDistance = std::min(view.nearDistance, view.farDistance / 2);
+  }
+  view.nearDistance = std::max(view.nearDistance, camera.nearCut);
+  // Where all of it is nearer than that, planes still have a depth between them.
+  if (view.farDistance <= view.nearDistance) view.farDistance = 2 * view.nearDistance;
   return view;
 }
 
@@ -205,6 +211,8 @@ void FillRenderInfoWindow(const View& view, int width, int height, const PixelWi
   bool parallel = camera.parallelHeight > 0;
   double halfHeight = parallel ? camera.parallelHeight * 0.5
                                : view.nearDistance * std::tan(UsableFov(camera.verticalFov) * 0.5);
+  const double narrower = camera.aspect * static_cast<double>(height) / width;
+  if (narrower > 1) halfHeight *= narrower;
   double scale = height / (2 * halfHeight);  // the same both ways: pixels are square
   double originX = width * 0.5 - window.x, originY = height * 0.5 - window.y;
 

@@ -14,9 +14,9 @@ namespace hostkit {
 
 /// Where a frame is seen from, with its clipping planes.
 struct View {
-  SceneCamera camera;
+  SceneCamera camera;         ///< Its place and lens.
   float nearDistance = 0.1f;  ///< World units in front of the eye, above 0.
-  float farDistance = 1000;
+  float farDistance = 1000;   ///< World units in front of the eye, above nearDistance.
 };
 
 /// World to view space: the eye at the origin, looking down negative z, y up.

@@ -4,10 +4,12 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <vector>
 
 #include "hostkit/scene/camera.h"
+#include "hostkit/scene/extreme_vertices.h"
 #include "hostkit/scene/scene.h"
 
 namespace hostkit {
@@ -16,23 +18,9 @@ namespace {
 using Imath::M44f;
 using Imath::V3f;
 
-// Of a sphere they miss at most 8 percent of the radius, in the direction farthest from all.
-constexpr int kDirections = 48;
+constexpr int kDirections = 48;  // see SpreadDirections
 // Of larger meshes every nth vertex is looked at.
 constexpr std::size_t kMaxVerticesToInspect = 200000;
-
-// Directions spread evenly over the sphere, on a spiral of golden-angle steps.
-std::vector<V3f> Directions() {
-  const float goldenAngle = static_cast<float>(M_PI) * (3 - std::sqrt(5.0f));
-  std::vector<V3f> directions;
-  for (int i = 0; i < kDirections; ++i) {
-    const float y = 1 - (2 * static_cast<float>(i) + 1) / kDirections;
-    const float radius = std::sqrt(1 - y * y);
-    const float angle = goldenAngle * static_cast<float>(i);
-    directions.emplace_back(radius * std::cos(angle), y, radius * std::sin(angle));
-  }
-  return directions;
-}
 
 struct Extreme {
   float reach = -std::numeric_limits<float>::infinity();
@@ -62,9 +50,48 @@ void Extend(Extreme& extreme, const V3f& direction, const SceneMesh& mesh, const
 
 }  // namespace
 
+std::vector<V3f> SpreadDirections() {
+  // On a spiral of golden-angle steps.
+  const float goldenAngle = static_cast<float>(M_PI) * (3 - std::sqrt(5.0f));
+  std::vector<V3f> directions;
+  for (int i = 0; i < kDirections; ++i) {
+    const float y = 1 - (2 * static_cast<float>(i) + 1) / kDirections;
+    const float radius = std::sqrt(1 - y * y);
+    const float angle = goldenAngle * static_cast<float>(i);
+    directions.emplace_back(radius * std::cos(angle), y, radius * std::sin(angle));
+  }
+  return directions;
+}
+
+std::vector<std::uint32_t> ExtremeVertices(const std::vector<V3f>& positions,
+                                           const std::vector<std::uint16_t>& groups,
+                                           std::size_t groupCount, std::size_t step) {
+  struct Farthest {
+    float reach = -std::numeric_limits<float>::infinity();
+    std::uint32_t vertex = 0;
+  };
+  std::vector<bool> isExtreme(positions.size());
+  for (const V3f& direction : SpreadDirections()) {
+    std::vector<Farthest> farthest(groupCount);
+    for (std::size_t i = 0; i < positions.size(); i += step) {
+      const float along = direction.dot(positions[i]);
+      Farthest& best = farthest[groups[i]];
+      if (along > best.reach) best = {along, static_cast<std::uint32_t>(i)};
+    }
+    for (const Farthest& best : farthest) {
+      if (std::isfinite(best.reach)) isExtreme[best.vertex] = true;
+    }
+  }
+  std::vector<std::uint32_t> vertices;
+  for (std::uint32_t i = 0; i < isExtreme.size(); ++i) {
+    if (isExtreme[i]) vertices.push_back(i);
+  }
+  return vertices;
+}
+
 std::vector<V3f> ExtremePoints(const Scene& scene) {
   std::vector<V3f> points;
-  for (const V3f& direction : Directions()) {
+  for (const V3f& direction : SpreadDirections()) {
     Extreme extreme;
     for (const SceneInstance& instance : scene.instances) {
       const SceneMesh& mesh = scene.meshes[static_cast<std::size_t>(instance.mesh)];

@@ -2,49 +2,25 @@
 #include "hostkit/scene/node_animation.h"
 
 #include <Imath/ImathMatrix.h>
+#include <Imath/ImathVec.h>
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
-#include "hostkit/scene/camera.h"
 #include "hostkit/scene/directions.h"
+#include "hostkit/scene/key_curves.h"
 
 namespace hostkit {
 namespace {
 
 using Imath::M44f;
-using Imath::Quatf;
 using Imath::V3f;
-
-// Moments at which the reach of an animation is looked at; what it reaches between them is missed.
-constexpr int kMomentsToMeasure = 33;
-
-V3f Between(const V3f& a, const V3f& b, float share) {
-  return a + (b - a) * share;
-}
 
 /// The point in the space that `matrix` leads to; `fallback` where that is beyond the numbers.
 V3f PlacedOr(const V3f& point, const M44f& matrix, const V3f& fallback) {
   const V3f placed = point * matrix;
   return IsFinite(placed) ? placed : fallback;
-}
-
-Quatf Between(const Quatf& a, const Quatf& b, float share) {
-  return Imath::slerpShortestArc(a, b, share);
-}
-
-template <class Value>
-Value ValueAt(const KeyTrack<Value>& track, double seconds, const Value& rest) {
-  const std::vector<AnimationKey<Value>>& keys = track.keys;
-  if (keys.empty()) return rest;
-  const auto after =
-      std::upper_bound(keys.begin(), keys.end(), seconds,
-                       [](double time, const AnimationKey<Value>& key) { return time < key.time; });
-  if (after == keys.begin()) return keys.front().value;
-  if (after == keys.end()) return keys.back().value;
-  const auto before = after - 1;
-  const double share = (seconds - before->time) / (after->time - before->time);
-  return Between(before->value, after->value, static_cast<float>(share));
 }
 
 M44f ToMatrix(const NodePlace& place) {
@@ -75,6 +51,76 @@ std::vector<M44f> NodesToWorld(const SceneMotion& motion, const std::vector<int>
   return places;
 }
 
+void PlaceInstances(Scene& scene, const std::vector<M44f>& toWorld) {
+  for (const MovingInstance& moving : scene.motion.instances) {
+    const M44f placed = moving.toNode * toWorld[static_cast<std::size_t>(moving.node)];
+    if (IsFinite(placed))
+      scene.instances[static_cast<std::size_t>(moving.instance)].toWorld = placed;
+  }
+}
+
+void PlaceCameras(Scene& scene, const std::vector<M44f>& toWorld) {
+  for (const MovingCamera& moving : scene.motion.cameras) {
+    const M44f& matrix = toWorld[static_cast<std::size_t>(moving.node)];
+    SceneCamera& camera = scene.cameras[static_cast<std::size_t>(moving.camera)];
+    if (!IsFinite(matrix)) continue;
+    camera.eye = PlacedOr(moving.eye, matrix, camera.eye);
+    camera.forward = TurnedOr(moving.forward, matrix, camera.forward);
+    const V3f up = TurnedOr(moving.up, matrix, camera.up);
+    if (up.cross(camera.forward).length() > 1e-4f) camera.up = up;
+  }
+}
+
+void PlaceLights(Scene& scene, const std::vector<M44f>& toWorld) {
+  for (const MovingLight& moving : scene.motion.lights) {
+    const M44f& matrix = toWorld[static_cast<std::size_t>(moving.node)];
+    SceneLight& light = scene.lights[static_cast<std::size_t>(moving.light)];
+    if (!IsFinite(matrix)) continue;
+    light.position = PlacedOr(moving.position, matrix, light.position);
+    light.direction = TurnedOr(moving.direction, matrix, light.direction);
+  }
+}
+
+/// What moves the vertices of each deformation.
+std::vector<DeformationPose> PosesAt(const SceneMotion& motion, const std::vector<int>& animations,
+                                     double seconds, const std::vector<M44f>& toWorld) {
+  std::vector<DeformationPose> poses;
+  poses.reserve(motion.deformations.size());
+  for (const SceneDeformation& deformation : motion.deformations) {
+    DeformationPose& pose = poses.emplace_back();
+    pose.weights = deformation.weights;
+    pose.jointsToPosed.reserve(deformation.joints.size());
+    for (const SceneJoint& joint : deformation.joints) {
+      const bool hangs = joint.node >= 0;
+      pose.jointsToPosed.push_back(
+          hangs ? joint.toNode * toWorld[static_cast<std::size_t>(joint.node)] : joint.toNode);
+    }
+  }
+  for (const int animation : animations) {
+    for (const WeightChannel& channel :
+         motion.animations[static_cast<std::size_t>(animation)].weights) {
+      WeightsAt(channel, seconds, poses[static_cast<std::size_t>(channel.deformation)].weights);
+    }
+  }
+  return poses;
+}
+
+/// Which deformations an animation moves, whichever it is.
+std::vector<bool> FindMoved(const SceneMotion& motion) {
+  std::vector<bool> moved;
+  moved.reserve(motion.deformations.size());
+  for (const SceneDeformation& deformation : motion.deformations) {
+    moved.push_back(std::any_of(deformation.joints.begin(), deformation.joints.end(),
+                                [](const SceneJoint& joint) { return joint.node >= 0; }));
+  }
+  for (const SceneAnimation& animation : motion.animations) {
+    for (const WeightChannel& channel : animation.weights) {
+      moved[static_cast<std::size_t>(channel.deformation)] = true;
+    }
+  }
+  return moved;
+}
+
 }  // namespace
 
 std::vector<int> FindAnimations(const Scene& scene, const std::string& name) {
@@ -95,64 +141,45 @@ NodePlace PlaceAt(const NodeChannel& channel, double seconds) {
           ValueAt(channel.scales, seconds, channel.rest.scale)};
 }
 
-void PoseScene(Scene& scene, const std::vector<int>& animations, double seconds) {
-  const SceneMotion& motion = scene.motion;
-  const std::vector<M44f> toWorld = NodesToWorld(motion, animations, seconds);
-  for (const MovingInstance& moving : motion.instances) {
-    const M44f placed = moving.toNode * toWorld[static_cast<std::size_t>(moving.node)];
-    if (IsFinite(placed))
-      scene.instances[static_cast<std::size_t>(moving.instance)].toWorld = placed;
+void ScenePoser::Pose(const std::vector<int>& animations, double seconds) {
+  const std::vector<M44f> toWorld = NodesToWorld(m_scene.motion, animations, seconds);
+  PlaceInstances(m_scene, toWorld);
+  PlaceCameras(m_scene, toWorld);
+  PlaceLights(m_scene, toWorld);
+
+  const std::vector<SceneDeformation>& deformations = m_scene.motion.deformations;
+  std::vector<DeformationPose> poses = PosesAt(m_scene.motion, animations, seconds, toWorld);
+  std::vector<DeformedMesh> meshes;
+  for (std::size_t i = 0; i < deformations.size(); ++i) {
+    if (!m_poses.empty() && poses[i] == m_poses[i]) continue;
+    meshes.push_back({&deformations[i], &poses[i],
+                      &m_scene.meshes[static_cast<std::size_t>(deformations[i].mesh)]});
   }
-  for (const MovingCamera& moving : motion.cameras) {
-    const M44f& matrix = toWorld[static_cast<std::size_t>(moving.node)];
-    SceneCamera& camera = scene.cameras[static_cast<std::size_t>(moving.camera)];
-    if (!IsFinite(matrix)) continue;
-    camera.eye = PlacedOr(moving.eye, matrix, camera.eye);
-    camera.forward = TurnedOr(moving.forward, matrix, camera.forward);
-    const V3f up = TurnedOr(moving.up, matrix, camera.up);
-    if (up.cross(camera.forward).length() > 1e-4f) camera.up = up;
-  }
-  for (const MovingLight& moving : motion.lights) {
-    const M44f& matrix = toWorld[static_cast<std::size_t>(moving.node)];
-    SceneLight& light = scene.lights[static_cast<std::size_t>(moving.light)];
-    if (!IsFinite(matrix)) continue;
-    light.position = PlacedOr(moving.position, matrix, light.position);
-    light.direction = TurnedOr(moving.direction, matrix, light.direction);
-  }
+  DeformMeshes(meshes);
+  m_poses = std::move(poses);
 }
 
-SceneReach MeasureReach(Scene& scene, const std::vector<int>& animations) {
-  double duration = 0;
-  for (const int animation : animations) {
-    duration =
-        std::max(duration, scene.motion.animations[static_cast<std::size_t>(animation)].duration);
+void PoseScene(Scene& scene, const std::vector<int>& animations, double seconds) {
+  ScenePoser(scene).Pose(animations, seconds);
+}
+
+void SettleAtRest(Scene& scene) {
+  SceneMotion& motion = scene.motion;
+  if (motion.deformations.empty()) return;
+  PoseScene(scene, {}, 0);
+  const std::vector<bool> moved = FindMoved(motion);
+  std::vector<int> numbers;  // that they get; of those that go, any
+  std::vector<SceneDeformation> kept;
+  for (std::size_t i = 0; i < moved.size(); ++i) {
+    numbers.push_back(static_cast<int>(kept.size()));
+    if (moved[i]) kept.push_back(std::move(motion.deformations[i]));
   }
-  if (!animations.empty()) PoseScene(scene, animations, 0);
-  if (duration <= 0 || scene.motion.instances.empty()) {
-    return {ExtremePoints(scene), scene.Bounds()};
+  motion.deformations = std::move(kept);
+  for (SceneAnimation& animation : motion.animations) {
+    for (WeightChannel& channel : animation.weights) {
+      channel.deformation = numbers[static_cast<std::size_t>(channel.deformation)];
+    }
   }
-  // Each mesh by its own extreme points, so that looking again and again costs little.
-  Scene outline;
-  outline.motion = scene.motion;
-  outline.cameras = scene.cameras;
-  outline.lights = scene.lights;
-  outline.instances = scene.instances;
-  for (SceneMesh& mesh : scene.meshes) {
-    Scene alone;
-    alone.instances.resize(1);
-    alone.meshes.resize(1);
-    alone.meshes[0].positions.swap(mesh.positions);
-    outline.meshes.emplace_back().positions = ExtremePoints(alone);
-    alone.meshes[0].positions.swap(mesh.positions);
-  }
-  SceneReach reach;
-  for (int i = 0; i < kMomentsToMeasure; ++i) {
-    PoseScene(outline, animations, duration * i / (kMomentsToMeasure - 1));
-    const std::vector<V3f> points = ExtremePoints(outline);
-    reach.points.insert(reach.points.end(), points.begin(), points.end());
-  }
-  for (const V3f& point : reach.points) reach.bounds.extendBy(point);
-  return reach;
 }
 
 }  // namespace hostkit

@@ -1,7 +1,8 @@
 // A model in memory, as the importer makes it and the renderer feeds it to a display list.
 //
-// World space is right-handed with y up; units are the file's. Matrices act on column vectors in
-// the text below; Imath stores them for row vectors (point * matrix).
+// World space is right-handed; units, axes and what is up are the file's. Far from its origin the
+// scene is moved to its own middle: see Scene::origin. Matrices act on column vectors in the text
+// below; Imath stores them for row vectors (point * matrix).
 #pragma once
 
 #include <Imath/ImathBox.h>
@@ -16,29 +17,32 @@
 #include "host/AttrProperty.h"
 #include "host/Colors.h"
 #include "hostkit/scene/scene_motion.h"
+#include "hostkit/scene/up_axis.h"
 #include "hostkit/services/bitmap_ptr.h"
 
 namespace hostkit {
 
 /// How a picture goes on beyond its edges, along one texture coordinate.
 enum class PictureWrap : std::uint8_t {
-  kRepeat,
+  kRepeat,  ///< It begins anew.
   kMirror,  ///< Every second copy is mirrored.
   kClamp,   ///< The colour of its edge goes on for ever.
 };
 
 /// A picture that materials use. Row 0 of the bitmap is at texture coordinate v = 0.
 struct SceneImage {
-  std::string name;
-  BitmapPtr bitmap;
+  std::string name;  ///< Of the file, for messages.
+  BitmapPtr bitmap;  ///< With a "Color" buffer; null when it could not be read.
+  /// Across and up and down.
   PictureWrap wrapU = PictureWrap::kRepeat, wrapV = PictureWrap::kRepeat;
   bool isNearest = false;  ///< Its texels are shown as squares instead of blending.
 };
 
+/// What surfaces look like.
 struct SceneMaterial {
-  std::string name;
-  AttrProperty surface;
-  int image = -1;  ///< Index into Scene::images of the base colour, or -1.
+  std::string name;      ///< Of the file; may be empty.
+  AttrProperty surface;  ///< Colours, highlight and transparency.
+  int image = -1;        ///< Index into Scene::images of the base colour, or -1.
   /// Above 0: where the product of the material's, the picture's and the vertex's alpha is below
   /// it, nothing is drawn, and the rest is opaque.
   float alphaCutoff = 0;
@@ -51,8 +55,8 @@ struct SceneMaterial {
 /// Triangles that share a material. All vertex arrays but `positions` may be empty; those that are
 /// not have one entry a position. Front faces are counter-clockwise.
 struct SceneMesh {
-  std::string name;
-  std::vector<Imath::V3f> positions;
+  std::string name;                   ///< Of the file; may be empty.
+  std::vector<Imath::V3f> positions;  ///< In the mesh's own space.
   std::vector<Imath::V3f> normals;  ///< Unit length; the importer makes them where a file has none.
   std::vector<Imath::V2f> uvs;      ///< v = 0 is the image's row 0.
   std::vector<ColorBuf> colors;     ///< Multiplied into the material's base colour.
@@ -60,29 +64,38 @@ struct SceneMesh {
   std::vector<std::uint32_t> triangles;  ///< Three indices each.
   std::vector<std::uint32_t> lines;      ///< Two indices each.
   std::vector<std::uint32_t> points;     ///< One index each.
-  int material = 0;
+  int material = 0;                      ///< Index into Scene::materials.
 };
 
 /// One placement of a mesh.
 struct SceneInstance {
-  int mesh = 0;
-  Imath::M44f toWorld;
+  int mesh = 0;         ///< Index into Scene::meshes.
+  Imath::M44f toWorld;  ///< From the mesh's space.
 };
 
+/// A camera of a file, or of one's own.
 struct SceneCamera {
-  std::string name;
-  Imath::V3f eye{0, 0, 1};
+  std::string name;              ///< Of the file; may be empty.
+  Imath::V3f eye{0, 0, 1};       ///< World space.
   Imath::V3f forward{0, 0, -1};  ///< Unit length.
-  Imath::V3f up{0, 1, 0};
-  float verticalFov = 0.7f;  ///< Radians; used when `parallelHeight` is 0.
-  float parallelHeight = 0;  ///< Height of the view in world units; above 0 means parallel.
+  Imath::V3f up{0, 1, 0};        ///< Not along `forward`.
+  float verticalFov = 0.7f;      ///< Radians; used when `parallelHeight` is 0.
+  float parallelHeight = 0;      ///< Height of the view in world units; above 0 means parallel.
+  /// Width by height of what must be seen: narrower pictures show more above and below. 0: whatever
+  /// the picture has.
+  float aspect = 0;
+  /// What is nearer or farther than these, in world units along the line of sight, is cut away; 0:
+  /// nothing is.
+  float nearCut = 0, farCut = 0;
 };
 
+/// A light of a file.
 struct SceneLight {
-  std::string name;
-  int type = 0;  ///< As GALight::Type.
-  Imath::V3f position{0, 0, 0};
+  std::string name;                ///< Of the file; may be empty.
+  int type = 0;                    ///< As GALight::Type.
+  Imath::V3f position{0, 0, 0};    ///< World space.
   Imath::V3f direction{0, -1, 0};  ///< Unit length, the way the light travels.
+  /// Colour, 0 to 1 nominally.
   float red = 1, green = 1, blue = 1;
   float intensity = 1;     ///< 1 lights a facing surface fully.
   float coneAngle = 45;    ///< Degrees from the axis to the edge, as OpenGL's cut-off.
@@ -90,15 +103,20 @@ struct SceneLight {
   float range = 0;         ///< World units; 0 lets the renderer derive it from the scene's size.
 };
 
+/// Everything of a model.
 struct Scene {
-  std::vector<SceneImage> images;
+  std::vector<SceneImage> images;        ///< Pictures of materials.
   std::vector<SceneMaterial> materials;  ///< At least one when there is a mesh.
-  std::vector<SceneMesh> meshes;
-  std::vector<SceneInstance> instances;
-  std::vector<SceneCamera> cameras;
-  std::vector<SceneLight> lights;
-  SceneMotion motion;
+  std::vector<SceneMesh> meshes;         ///< Shapes, each of one material.
+  std::vector<SceneInstance> instances;  ///< What is placed in the world.
+  std::vector<SceneCamera> cameras;      ///< Of the file.
+  std::vector<SceneLight> lights;        ///< Of the file.
+  SceneMotion motion;                    ///< What moves.
   std::vector<std::string> warnings;  ///< One line each: textures that could not be read, and such.
+  /// What to add to coordinates of the scene's world for those of the file. Whole numbers or large
+  /// fractions of two, and 0 unless floats would show steps there.
+  Imath::V3d origin{0, 0, 0};
+  UpAxis upAxis = UpAxis::kPlusY;  ///< What the file's format says is up, y where it says nothing.
 
   /// Bounds of all instances in world space; empty when nothing is placed.
   Imath::Box3f Bounds() const;

@@ -15,7 +15,7 @@ namespace {
 // Arrays begin at multiples of this, so that copying them in and out is aligned.
 constexpr std::size_t kAlignment = 16;
 // The first bytes: a mark and the number of this form of writing.
-constexpr std::uint64_t kMark = 0x34656E6563736C67;  // "glscene4"
+constexpr std::uint64_t kMark = 0x35656E6563736C67;  // "glscene5"
 
 std::size_t RoundUp(std::size_t size) {
   return (size + kAlignment - 1) / kAlignment * kAlignment;
@@ -266,6 +266,9 @@ void TransferCamera(Stream& stream, Part& camera) {
   stream.Number(camera.up);
   stream.Number(camera.verticalFov);
   stream.Number(camera.parallelHeight);
+  stream.Number(camera.aspect);
+  stream.Number(camera.nearCut);
+  stream.Number(camera.farCut);
 }
 
 template <class Stream, class Part>
@@ -305,6 +308,8 @@ void Transfer(Stream& stream, Part& scene) {
   stream.List(scene.lights, [&](auto& light) { TransferLight(stream, light); });
   TransferMotion(stream, scene.motion);
   stream.List(scene.warnings, [&](auto& line) { stream.Text(line); });
+  stream.Number(scene.origin);
+  stream.Number(scene.upAxis);
 }
 
 template <class Sink>

@@ -101,7 +101,9 @@ bool IsSound(const SceneInstance& instance, const Scene& scene) {
 bool IsSound(const SceneCamera& camera, const Scene&) {
   return IsFinite(camera.eye) && IsFinite(camera.forward) && IsFinite(camera.up) &&
          camera.verticalFov > 0 && camera.verticalFov <= kWidestView &&
-         camera.parallelHeight >= 0 && std::isfinite(camera.parallelHeight);
+         camera.parallelHeight >= 0 && std::isfinite(camera.parallelHeight) && camera.aspect >= 0 &&
+         std::isfinite(camera.aspect) && camera.nearCut >= 0 && std::isfinite(camera.nearCut) &&
+         camera.farCut >= 0 && std::isfinite(camera.farCut);
 }
 
 bool IsSound(const SceneLight& light, const Scene&) {
@@ -230,12 +232,31 @@ bool AreNodesSound(const std::vector<SceneNode>& nodes, std::string* why) {
   return true;
 }
 
+/// Whether no two deformations move one mesh: they may be worked out at the same time.
+bool AreDeformationsApart(const std::vector<SceneDeformation>& deformations, std::size_t meshes,
+                          std::string* why) {
+  std::vector<bool> isMoved(meshes);
+  for (std::size_t i = 0; i < deformations.size(); ++i) {
+    const auto mesh = static_cast<std::size_t>(deformations[i].mesh);
+    if (isMoved[mesh]) {
+      *why = fmt::format("its deformation {} is of a mesh that has one already", i);
+      return false;
+    }
+    isMoved[mesh] = true;
+  }
+  return true;
+}
+
 }  // namespace
 
 bool CheckScene(const Scene& scene, std::string* why) {
   const SceneMotion& motion = scene.motion;
   if (motion.models < 1) {
     *why = "it is of no model";
+    return false;
+  }
+  if (!std::isfinite(scene.origin.length2()) || scene.upAxis > UpAxis::kMinusZ) {
+    *why = "its world is not sound";
     return false;
   }
   return AreSound(scene.images, "picture", scene, why) &&
@@ -248,7 +269,8 @@ bool CheckScene(const Scene& scene, std::string* why) {
          AreSound(motion.instances, "moving instance", scene, why) &&
          AreSound(motion.cameras, "moving camera", scene, why) &&
          AreSound(motion.lights, "moving light", scene, why) &&
-         AreSound(motion.deformations, "deformation", scene, why);
+         AreSound(motion.deformations, "deformation", scene, why) &&
+         AreDeformationsApart(motion.deformations, scene.meshes.size(), why);
 }
 
 }  // namespace hostkit

@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "hostkit/scene/recentre.h"
+
 namespace hostkit {
 namespace {
 
@@ -60,6 +62,7 @@ void AppendMotion(const Scene& scene, SceneMotion& motion, SceneMotion&& other) 
 }  // namespace
 
 void AppendScene(Scene& scene, Scene&& other) {
+  MoveScene(other, other.origin - scene.origin);
   AppendMotion(scene, scene.motion, std::move(other.motion));
   const int images = static_cast<int>(scene.images.size());
   const int materials = static_cast<int>(scene.materials.size());

@@ -5,7 +5,7 @@
 
 namespace hostkit {
 
-/// Moves everything of `other` into `scene`.
+/// Moves everything of `other` into `scene`, whose origin and axis that is up stay.
 void AppendScene(Scene& scene, Scene&& other);
 
 }  // namespace hostkit

@@ -5,7 +5,8 @@ class GADriver;
 
 namespace hostkit {
 
-/// Makes `driver` (not owned, may be null) the current driver and returns the one before.
+/// Makes `driver` (not owned, may be null) the current driver and returns the one before. A
+/// LoadedModule does so for its own driver as long as it lives. On the drawing thread.
 GADriver* SetDriver(GADriver* driver);
 
 }  // namespace hostkit

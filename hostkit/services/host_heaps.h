@@ -8,11 +8,13 @@ namespace hostkit {
 
 /// What one heap holds.
 struct HeapCount {
-  long blocks = 0;
+  long blocks = 0;        ///< That live.
   std::size_t bytes = 0;  ///< Usable size of those blocks.
 };
 
+/// The four heaps of host/Heaps.h.
 struct HeapCounts {
+  /// What each of them holds.
   HeapCount gassist, ogl, ext, string;
 };
 

@@ -11,17 +11,22 @@ namespace hostkit {
 
 /// A loaded module with its driver, which is the host's current driver for as long as this lives.
 /// The driver is destroyed and the module closed with it: objects of the driver must be gone then.
+/// One lives at a time, on the drawing thread.
 class LoadedModule {
  public:
   /// Loads the module file at `path` (see FindModule), calls its DllMain for process attach, and
   /// makes a driver, which is not initialised yet. On failure returns null, and `*error` tells the
   /// file, the missing symbol or other reason, and the remedy, in one line.
   static std::unique_ptr<LoadedModule> Load(const std::string& path, std::string* error);
+  /// Deletes the driver, makes the one before current, and calls DllMain for process detach. The
+  /// module's code stays in the process.
   ~LoadedModule();
   LoadedModule(const LoadedModule&) = delete;
   LoadedModule& operator=(const LoadedModule&) = delete;
 
+  /// The driver, never null. Not to be deleted.
   GADriver* Driver() const { return m_driver; }
+  /// As it was given to Load.
   const std::string& Path() const { return m_path; }
   /// An exported function by name, null when the module has none.
   void* Symbol(const char* name) const;

@@ -11,12 +11,14 @@ namespace hostkit {
 
 /// One setting of the registry. A switch has the values 0 (off) and 1 (on).
 struct ModuleSetting {
-  const char* section;
-  const char* key;
-  int standard;     ///< What holds while nothing is stored: the module's own default.
-  int least, most;  ///< What may be stored. The module copes with other values, see `meaning`.
-  const char* meaning;
+  const char* section;  ///< Of the registry: "OpenGL3", or "General" for the host's own.
+  const char* key;      ///< Name within the section.
+  int standard;         ///< What holds while nothing is stored: the module's own default.
+  /// What may be stored. The module copes with other values, see `meaning`.
+  int least, most;
+  const char* meaning;  ///< In English, for a user.
 
+  /// Whether its values are 0 and 1.
   bool IsSwitch() const { return least == 0 && most == 1; }
 };
 
@@ -26,6 +28,7 @@ const std::vector<ModuleSetting>& ModuleSettings();
 /// The setting of that key, whatever its case; null when there is none.
 const ModuleSetting* FindModuleSetting(std::string_view key);
 
+/// A setting as it is.
 struct SettingValue {
   int value = 0;        ///< What the module gets.
   bool stored = false;  ///< False: the standard value.

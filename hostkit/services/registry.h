@@ -6,7 +6,8 @@
 // a process killed in mid-write, sees the old settings or the new ones. Two processes that write at
 // once lose no key: each merges its change into what stands in the file under a lock.
 // A file that cannot be understood is reported once, moved aside as registry.ini.broken (.broken.2,
-// ... when that exists), and never overwritten.
+// ... when that exists), and never overwritten. GetRegistryValue and SetRegistryValue of
+// host/Services.h read and write it; these and what follows may be called from any thread.
 #pragma once
 
 #include <string>

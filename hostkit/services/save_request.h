@@ -11,13 +11,13 @@ namespace hostkit {
 
 /// What the module wants to know; see SaveRequest in host/Services.h.
 struct SaveQuestion {
-  String title;
-  String filter;      ///< Of its kinds of files the first is what the file will be.
-  String suggestion;  ///< The proposed name.
-  String extension;   ///< The handler adds it to a name that has none; without its dot.
-  String type;
-  int option = 0;
-  CWnd* parent = nullptr;
+  String title;            ///< Of the question's window.
+  String filter;           ///< Of its kinds of files the first is what the file will be.
+  String suggestion;       ///< The proposed name.
+  String extension;        ///< The handler adds it to a name that has none; without its dot.
+  String type;             ///< The kind of file by its short name.
+  int option = 0;          ///< The host's own number for the question.
+  CWnd* parent = nullptr;  ///< The window that it belongs to; may be null.
 };
 
 /// Puts the question to the user. Returns 1 and the chosen path in `*path` (never null), or 0 when

@@ -19,10 +19,11 @@ class SettingsSheet {
   /// later pages.
   explicit SettingsSheet(GADriver& driver, int reduced = 0);
 
+  /// How it ended.
   enum class Result {
     kConfirmed,  ///< Changed settings, if any, are in effect and stored.
-    kCancelled,
-    kFailed,  ///< The driver has no page, or its module does not carry the page's dialog.
+    kCancelled,  ///< Nothing has changed.
+    kFailed,     ///< The driver has no page, or its module does not carry the page's dialog.
   };
   /// Shows the sheet until the user has done with it. Once for each object.
   Result Run();

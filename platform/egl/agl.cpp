@@ -9,8 +9,8 @@
 
 #include "platform/egl/agl_error.h"
 #include "platform/egl/context.h"
-#include "platform/egl/limits.h"
 #include "platform/mfc/window.h"
+#include "platform/platform.h"
 
 namespace platform {
 namespace {

@@ -1,5 +1,5 @@
 // The largest off-screen surface, found by trying.
-#include "platform/egl/limits.h"
+#include "platform/platform.h"
 
 #include <EGL/egl.h>
 

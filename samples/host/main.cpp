@@ -17,7 +17,6 @@
 namespace {
 
 constexpr int kWidth = 640, kHeight = 360;
-constexpr int kOffScreen = 1, kWithDepth = 1;
 constexpr int kBoxes = 12;
 constexpr float kNoMotion[12] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
 
@@ -48,8 +47,8 @@ void AddSide(DisplayList& list, Vector center, Vector out, Vector u, Vector v, f
   };
   const GAVertex a = corner(-1, -1), b = corner(1, -1), c = corner(1, 1), d = corner(-1, 1);
   std::array<GAVertex, 4> first = {a, b, {}, c}, second = {a, c, {}, d};
-  list.AddTransformedTri(first.data(), 1);
-  list.AddTransformedTri(second.data(), 1);
+  list.AddTransformedTri(first.data(), DisplayList::kCheckTransparency);
+  list.AddTransformedTri(second.data(), DisplayList::kCheckTransparency);
 }
 
 void AddBox(DisplayList& list, Vector center, float angle, float half) {
@@ -98,8 +97,10 @@ int DrawTo(GADriver* driver, const std::string& path) {
   info.objectToView = kNoMotion;
   hostkit::FillRenderInfo(view, kWidth, kHeight, &info);
 
-  const std::unique_ptr<GABuffer> buffer(driver->CreateBuffer(&info, kOffScreen, 0));
-  if (!buffer || !buffer->Reallocate(kWidth, kHeight, kWithDepth)) return Fail("no surface");
+  const std::unique_ptr<GABuffer> buffer(driver->CreateBuffer(&info, GABuffer::kOffScreen, 0));
+  if (!buffer || !buffer->Reallocate(kWidth, kHeight, GABuffer::kWithDepth)) {
+    return Fail("no surface");
+  }
   info.buffer = buffer.get();
   const std::unique_ptr<DisplayList> list(driver->CreateDisplayList(&info));
   if (!list) return Fail("no display list");
@@ -116,7 +117,7 @@ int DrawTo(GADriver* driver, const std::string& path) {
 
   hostkit::Picture picture;
   picture.bitmap.reset(new HBitmapNode(kWidth, kHeight));
-  buffer->FillBitmapNode(picture.bitmap.get(), 0);
+  buffer->FillBitmapNode(picture.bitmap.get(), GABuffer::kTopRowFirst);
   std::string error;
   return hostkit::WritePicture(path, picture, {}, {}, &error) ? 0 : Fail(error);
 }

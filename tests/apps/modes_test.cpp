@@ -70,7 +70,7 @@ TEST_F(Modes, AddWhatIsAskedForAndRepeatIt) {
   EXPECT_EQ(ReadExr(Path("again.exr")).at("G"), all);
   // They stand where they are told to.
   Done(
-      "render squares.obj -o logo.png -s 20x12 --background red --eye 0,0,50 "
+      "render squares.obj -qo logo.png -s 20x12 --background red --eye 0,0,50 "
       "--target 0,0,99");  // nothing but red
   const Channels laid = Render("--overlay logo.png,7,40,0.25");
   for (int i = 0; i < kWidth * kHeight; ++i) {

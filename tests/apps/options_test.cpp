@@ -18,8 +18,9 @@ namespace {
 std::string Text(const ColorBuf& color) {
   return fmt::format("{},{},{},{}", color.red, color.green, color.blue, color.alpha);
 }
-std::string Text(const Imath::V3f& v) {
-  return fmt::format("{:.3g},{:.3g},{:.3g}", v.x, v.y, v.z);
+template <class Vector>
+std::string Text(const Vector& v) {
+  return fmt::format("{:.9g},{:.9g},{:.9g}", v.x, v.y, v.z);
 }
 
 std::vector<std::string> DrawingFields(const gl3::DrawingOptions& options) {
@@ -29,7 +30,7 @@ std::vector<std::string> DrawingFields(const gl3::DrawingOptions& options) {
                   static_cast<int>(options.mode)),
       fmt::format("crease {}", options.creaseDegrees.value_or(-1)),
       "lines " + (options.lineColor ? Text(*options.lineColor) : ""),
-      fmt::format("points {}", options.pointSize),
+      fmt::format("points {} backs {}", options.pointSize, options.backfaces),
       fmt::format("fog {} {} {}-{} {} {:.2f},{:.2f},{:.2f} {}", fog.on, fog.exponential,
                   fog.nearDistance, fog.farDistance, fog.density, fog.color[0], fog.color[1],
                   fog.color[2], options.hasFogColor),
@@ -60,8 +61,9 @@ std::vector<std::string> Fields(const gl3::RenderOptions& options) {
       fmt::format("cameras {}", fmt::join(options.cameras, "+")),
       "eye " + (options.eye ? Text(*options.eye) : ""),
       "target " + (options.target ? Text(*options.target) : ""),
-      "up " + Text(options.up),
-      "view " + Text(options.viewFrom),
+      "up " + (options.up ? Text(*options.up) : ""),
+      "view " + Text(options.viewFrom) + (options.isViewNamed ? "" : " as it is"),
+      fmt::format("axis {}", options.upAxis ? static_cast<int>(*options.upAxis) : -1),
       fmt::format("fov {} parallel {}", options.fieldOfView.value_or(0), options.parallel),
       fmt::format("frames {} turn {} fps {}", fmt::join(options.sequence.frames, ","),
                   options.sequence.turntable, options.sequence.framesPerSecond),
@@ -114,10 +116,14 @@ TEST(RenderOptions, BecomeWhatTheySay) {
       {"-s 8x9 -s 7x6 --background yellow --view top", "7x6; on 1.00,1.00,0.00 false; view 0,1,0"},
       {"--background magenta --view bottom", "on 1.00,0.00,1.00 false; view 0,-1,0"},
       {"--background gray --view iso", "on 0.50,0.50,0.50 false; view 1,1,1"},
-      {"--background transparent --view 0,0,-3", "on 0.16,0.17,0.19 true; view 0,0,-3"},
+      {"--background transparent --view 0,0,-3", "on 0.16,0.17,0.19 true; view 0,0,-3 as it is"},
       {"--no-background --camera a --camera b", "on 0.16,0.17,0.19 true; cameras a+b"},
       {"--eye 1,-2,3.5 --target 4,5,6 --up 0,0,7 --fov 0.1 --parallel",
        "eye 1,-2,3.5; target 4,5,6; up 0,0,7; fov 0.1 parallel true"},
+      {"--eye 500000.125,4649776.25,0.1 --up-axis -Z", "eye 500000.125,4649776.25,0.1; axis 5"},
+      {"--view 1,2,3 --view back", "view 0,0,-1"},
+      {"--up-axis=+X --up-axis=auto", ""},
+      {"--up-axis +X", "axis 0"},
       {"--fov 170 --frames 1-7x3 --fps 0.001",
        "fov 170 parallel false; frames 1,4,7 turn 0 fps 0.001"},
       {"--turntable 100000 --fps 100000 --animation Go --skip-existing --chunk 2/8",
@@ -132,7 +138,8 @@ TEST(RenderOptions, BecomeWhatTheySay) {
        "lights 2 mode 5; fog true true 0-1 0.25 0.00,0.00,0.00 false"},
       {"--mode lines --crease 180 --line-color 1,0.5,0 --fog exp:3,red",
        "lights 0 mode 4; crease 180; lines 255,128,0,255; fog true true 0-1 3 1.00,0.00,0.00 true"},
-      {"--crease 0 --point-size 64 --grid", "crease 0; points 64; grid true 0"},
+      {"--crease 0 --point-size 64 --backfaces --grid",
+       "crease 0; points 64 backs true; grid true 0"},
       {"--grid=0.25 --control-points", "grid true 0.25; markers 2"},
       {"--control-points=64 --depth z.EXR", "markers 64; depth z.EXR"},
       {"--overlay a,b.png --overlay c.png,7,-100000 --overlay d.png,3,4,0 --overlay d.png,3,4,0.25",
@@ -173,6 +180,7 @@ const Refusal kRefusals[] = {
     {"--eye 0,0,1 --view ", {"top"}, {"--view excludes --eye"}},
     {"--target ", {"0,0,1"}, {"--target requires --eye"}},
     {"--up ", {"0,0,1"}, {"--up requires --eye"}},
+    {"--up-axis ", {"Z", "+z", "''"}, {"auto, +X, -X"}},
     {"--fps ", {"0.0009", "100001"}, {"frames a second from 0.001 to 100000"}},
     {"--turntable ", {"0", "100001"}, {"1 to 100000"}},
     {"-o 'a##' --turntable 8 --frames ", {"0", "9"}, {"1 to 8"}},

@@ -141,7 +141,7 @@ Pairs ObjOf(const std::vector<std::string>& pictures, const std::string& a,
 
 std::string Little(std::uint64_t value, int count) {
   std::string bytes;
-  for (int i = 0; i < count; ++i) bytes += static_cast<char>(value >> (8 * i));
+  for (int i = 0; i < count; ++i, value >>= 8) bytes += static_cast<char>(value);
   return bytes;
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -156,6 +157,51 @@ hostkit::SceneAnimation Animation(Input& input, const hostkit::SceneMotion& moti
   return animation;
 }
 
+/// Of the mesh with that number.
+hostkit::SceneDeformation Deformation(Input& input, const Scene& scene, int index) {
+  const hostkit::SceneMesh& mesh = scene.meshes[static_cast<std::size_t>(index)];
+  const std::size_t count = mesh.positions.size();
+  hostkit::SceneDeformation deformation;
+  deformation.mesh = index;
+  deformation.positions = input.Flag() ? mesh.positions : Many<V3f>(input, count);
+  deformation.normals = Many<V3f>(input, mesh.normals.size());
+  for (int i = input.Below(3); i > 0; --i) {
+    hostkit::MorphTarget& target = deformation.targets.emplace_back();
+    target.positions = Many<V3f>(input, count);
+    if (input.Flag()) target.normals = Many<V3f>(input, count);
+    deformation.weights.push_back(Number(input));
+  }
+  const int joints = input.Below(4), nodes = static_cast<int>(scene.motion.nodes.size());
+  if (joints == 0) return deformation;
+  for (int i = 0; i < joints; ++i) {
+    deformation.joints.push_back({input.Below(nodes + 1) - 1, Matrix(input)});
+  }
+  deformation.influences = 1 + input.Below(5);
+  const std::size_t influences = count * static_cast<std::size_t>(deformation.influences);
+  for (std::size_t i = 0; i < influences; ++i) {
+    deformation.vertexJoints.push_back(static_cast<std::uint16_t>(input.Below(joints)));
+    deformation.vertexWeights.push_back(Number(input));
+  }
+  return deformation;
+}
+
+void AddDeformations(Input& input, Scene& scene) {
+  hostkit::SceneMotion& motion = scene.motion;
+  for (int m = 0; m < static_cast<int>(scene.meshes.size()); ++m) {
+    if (!input.Flag()) continue;
+    motion.deformations.push_back(Deformation(input, scene, m));
+    if (motion.animations.empty()) continue;
+    hostkit::WeightChannel channel;
+    channel.deformation = static_cast<int>(motion.deformations.size()) - 1;
+    channel.curve = static_cast<hostkit::KeyCurve>(input.Below(3));
+    const std::size_t each = channel.curve == hostkit::KeyCurve::kCubic ? 3 : 1;
+    for (int i = input.Below(4); i > 0; --i) channel.times.push_back(-i);
+    channel.values.resize(channel.times.size() * each * motion.deformations.back().targets.size());
+    for (float& value : channel.values) value = Number(input);
+    motion.animations[0].weights.push_back(std::move(channel));
+  }
+}
+
 void AddMotion(Input& input, Scene& scene) {
   hostkit::SceneMotion& motion = scene.motion;
   motion.models = 1 + input.Below(3);
@@ -196,5 +242,6 @@ Scene MakeScene(Input& input) {
   for (int i = input.Below(4); i > 0; --i) scene.cameras.push_back(Camera(input));
   for (int i = input.OneOf(kLights); i > 0; --i) scene.lights.push_back(Light(input));
   AddMotion(input, scene);
+  AddDeformations(input, scene);
   return scene;
 }

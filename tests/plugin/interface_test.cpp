@@ -36,9 +36,29 @@ GL3_SAME(As<Driver::kGL20, Driver::kGpuShaders>, Numbers<1, 2>);
 GL3_SAME(As<Buffer::kDepthWanted, Buffer::kOwnsWindow, Buffer::kFogOn, Buffer::kArraysPending,
             Buffer::kDepthTestOn, Buffer::kLightingOn, Buffer::kSmoothingOn>,
          Numbers<1, 2, 4, 8, 16, 32, 64>);
-GL3_SAME(As<Buffer::kOffScreen, Buffer::kKeepContext, Buffer::kUnknownMatrix, Buffer::kProjection,
-            Buffer::kModelView>,
-         Numbers<1, 2, -1, 0, 2>);
+GL3_SAME(As<Buffer::kUnknownMatrix, Buffer::kProjection, Buffer::kModelView>, Numbers<-1, 0, 2>);
+GL3_SAME(
+    As<GABuffer::kOnScreen, GABuffer::kOffScreen, GABuffer::kKeepContext, GABuffer::kWithoutDepth,
+       GABuffer::kWithDepth, GABuffer::kScreenProjection, GABuffer::kSceneProjection,
+       GABuffer::kTopRowFirst, GABuffer::kBottomRowFirst, GATexture::kRepeat, GATexture::kBorder>,
+    Numbers<0, 1, 2, 0, 1, 0, 1, 0, 1, 0, 1>);
+using List = DisplayList;
+GL3_SAME(As<List::kDepthTestOff, List::kDepthTestOn, List::kAdditiveBlending, List::kNormalBlending,
+            List::kLightingOn, List::kLightingOff, List::kDrawAsOpaque, List::kCheckTransparency>,
+         Numbers<0, 1, 2, 3, 4, 5, 0, 1>);
+GL3_SAME(As<List::kQuadBatched, List::kQuadSorted, List::kQuadDefaultColor, List::kQuadCountMask,
+            List::kQuadFading, List::kQuadPolyline>,
+         Numbers<0, 1, 2, 0x3FFF, 0x4000, 0x8000>);
+using Effects = GAShaderProgram;
+GL3_SAME(As<Effects::kBlur, Effects::kFilter, Effects::kOcclusion, Effects::kGrayscale,
+            Effects::kTint, Effects::kNegative, Effects::kSharpen, Effects::kDilate,
+            Effects::kErode, Effects::kLaplacian, Effects::kPrewitt, Effects::kSobel>,
+         Numbers<0, 1, 2, 0, 1, 2, 3, 4, 5, 6, 7, 8>);
+GL3_SAME(As<Effects::kMergeNewBuffer, Effects::kMergeOverSource, Effects::kBlurMerge,
+            Effects::kBlurPasses, Effects::kBlurRadius, Effects::kBlurWidth, Effects::kBlurHeight,
+            Effects::kFilterMerge, Effects::kFilterPasses, Effects::kFilterNumber,
+            Effects::kFilterWidth, Effects::kFilterHeight>,
+         Numbers<0, 1, 0, 1, 2, 3, 4, 0, 1, 2, 3, 4>);
 GL3_SAME(As<GALight::kPoint, GALight::kSpot, GALight::kDirectional>, Numbers<0, 1, 2>);
 GL3_SAME(As<AttrProperty::kFromBaseColor, RenderInfo::kFlatMaterials,
             LightingEnvironment::kAmbientColorMode, FileStream::kWriteText>,

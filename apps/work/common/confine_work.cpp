@@ -71,20 +71,18 @@ void AddOutput(const std::string& output, std::vector<std::string>* writable) {
   writable->push_back(target.parent_path().string());
 }
 
-/// Where drivers keep compiled shaders. The place is told them, or else they ask for the user's
-/// home by a socket, for which there is no permission.
+/// Drivers keep compiled shaders in a folder of gl3's own, unless they are told another one: what
+/// other programs keep, their shaders too, is not for a process that a stranger's file may lead.
 void AddCaches(std::vector<std::string>* writable) {
   const std::string home = Environment("HOME");
-  std::string cache = Environment("XDG_CACHE_HOME");
-  if (cache.empty() && !home.empty()) {
-    cache = home + "/.cache";
-    setenv("XDG_CACHE_HOME", cache.c_str(), 0);
-  }
+  std::string caches = Environment("XDG_CACHE_HOME");
+  if (caches.empty() && !home.empty()) caches = home + "/.cache";
+  const std::string own = caches.empty() ? "" : caches + "/gl3";
   std::error_code code;
-  if (!cache.empty()) fs::create_directory(cache, code);
-  for (const std::string& folder :
-       {cache, Environment("MESA_SHADER_CACHE_DIR"), Environment("__GL_SHADER_DISK_CACHE_PATH"),
-        home.empty() ? "" : home + "/.nv"}) {
+  if (!own.empty()) fs::create_directories(own, code);
+  for (const char* variable : {"MESA_SHADER_CACHE_DIR", "__GL_SHADER_DISK_CACHE_PATH"}) {
+    if (!own.empty()) setenv(variable, own.c_str(), 0);
+    const std::string folder = Environment(variable);
     if (!folder.empty()) writable->push_back(folder);
   }
 }

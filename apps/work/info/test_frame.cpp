@@ -20,7 +20,6 @@ namespace gl3 {
 namespace {
 
 constexpr int kSize = 64, kHalf = kSize / 2;
-constexpr int kOffScreen = 1, kWithDepth = 1;
 constexpr float kIdentity[12] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
 /// Of a channel, in 1/255: blending and conversion may round either way.
 constexpr int kTolerance = 1;
@@ -74,7 +73,7 @@ void AddSquare(DisplayList& list, const Square& square) {
   for (int i = 1; i < 3; ++i) {
     polygon.p1 = corners[i];
     polygon.p2 = corners[i + 1];
-    list.AddTransformedPolygon(polygon, 0);
+    list.AddTransformedPolygon(polygon, DisplayList::kDrawAsOpaque);
   }
 }
 
@@ -119,9 +118,10 @@ TestSurface::~TestSurface() = default;
 
 std::unique_ptr<TestSurface> TestSurface::Create(GADriver* driver) {
   std::unique_ptr<TestSurface> surface(new TestSurface);
-  surface->m_buffer.reset(driver->CreateBuffer(&surface->m_info, kOffScreen, 0));
-  if (!surface->m_buffer || !surface->m_buffer->Reallocate(kSize, kSize, kWithDepth))
+  surface->m_buffer.reset(driver->CreateBuffer(&surface->m_info, GABuffer::kOffScreen, 0));
+  if (!surface->m_buffer || !surface->m_buffer->Reallocate(kSize, kSize, GABuffer::kWithDepth)) {
     return nullptr;
+  }
   surface->m_info.buffer = surface->m_buffer.get();
   surface->m_list.reset(driver->CreateDisplayList(&surface->m_info));
   return surface->m_list ? std::move(surface) : nullptr;
@@ -131,7 +131,7 @@ void TestSurface::Draw() {
   m_buffer->ComputeProjectionMatrices();
   m_buffer->SetBackground(ToColor(kBackground));
   m_buffer->Clear();
-  m_buffer->SetProjection(1);
+  m_buffer->SetProjection(GABuffer::kSceneProjection);
   m_buffer->BeginScene();
   m_list->BeginInstructions();
   m_list->PrepForPolygonArray();

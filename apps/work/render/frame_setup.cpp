@@ -103,12 +103,14 @@ Outcome MakeFrameSettings(const RenderOptions& options, FrameSettings* settings)
   std::copy_n(options.background, 3, settings->background);
   settings->transparentBackground = options.transparentBackground;
   settings->lights = drawing.lights;
+  settings->showsAllBacks = drawing.backfaces;
   settings->lineColor = drawing.lineColor;
   settings->creaseDegrees = drawing.creaseDegrees.value_or(settings->creaseDegrees);
   settings->pointSize = drawing.pointSize;
   settings->fog = drawing.fog;
   if (!drawing.hasFogColor) std::copy_n(options.background, 3, settings->fog.color);
   settings->grid = drawing.grid;
+  settings->upAxis = options.upAxis;
   settings->controlPointSize = drawing.controlPointSize;
   settings->depth = !drawing.depth.empty();
   AddTexts(drawing.texts, settings);

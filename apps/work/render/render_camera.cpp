@@ -18,6 +18,7 @@ constexpr float kDefaultFov = 40;  // degrees
 constexpr double kFullTurn = 2 * 3.14159265358979323846;
 constexpr double kRadiansPerDegree = kFullTurn / 360;
 
+using Imath::V3d;
 using Imath::V3f;
 
 float Radians(float degrees) {
@@ -41,21 +42,6 @@ Outcome FindCamera(const std::string& name, const hostkit::Scene& scene, int* in
                            "the model has " + JoinNames(names)};
 }
 
-hostkit::SceneCamera CameraAtEye(const RenderOptions& options, const V3f& middle) {
-  hostkit::SceneCamera camera;
-  camera.eye = *options.eye;
-  const V3f sight = options.target.value_or(middle) - camera.eye;
-  if (sight.length() > 0) camera.forward = sight.normalized();
-  camera.up = options.up.normalized();
-  if (camera.forward.cross(camera.up).length() < 1e-5f) {
-    // Only without --target: looking at the middle of the model along what is up, as from straight
-    // above. Then -z is up, or y where that is the line of sight.
-    const V3f minusZ(0, 0, -1);
-    camera.up = camera.forward.cross(minusZ).length() < 0.5f ? V3f(0, 1, 0) : minusZ;
-  }
-  return camera;
-}
-
 /// How far in front of the eye the middle of the model lies.
 float DistanceTo(const V3f& middle, const hostkit::SceneCamera& camera) {
   const V3f way = middle - camera.eye;
@@ -64,8 +50,8 @@ float DistanceTo(const V3f& middle, const hostkit::SceneCamera& camera) {
   return way.length() > 0 ? way.length() : 1;
 }
 
-/// Points turned about the vertical line through `middle`, as often as a fitted frame takes to hold
-/// them in every position of a turn.
+/// Points of a world with y up turned about the vertical line through `middle`, as often as a
+/// fitted frame takes to hold them in every position of a turn.
 std::vector<V3f> Turned(const std::vector<V3f>& points, const V3f& middle) {
   constexpr int kPositions = 48;
   std::vector<V3f> turned;
@@ -111,14 +97,48 @@ Outcome FindCameras(const RenderOptions& options, const hostkit::Scene& scene,
   return {};
 }
 
-CameraChooser::CameraChooser(const RenderOptions& options, const hostkit::SceneReach& reach)
-    : m_options(options), m_middle(reach.bounds.isEmpty() ? V3f(0) : reach.bounds.center()) {
+CameraChooser::CameraChooser(const RenderOptions& options, const hostkit::Scene& scene,
+                             const hostkit::SceneReach& reach)
+    : m_options(options),
+      m_upAxis(options.upAxis.value_or(scene.upAxis)),
+      m_origin(scene.origin),
+      m_middle(reach.bounds.isEmpty() ? V3f(0) : reach.bounds.center()) {
   if (!options.cameras.empty() || options.eye) return;
   const float aspect = static_cast<float>(options.width) / static_cast<float>(options.height);
-  const bool turns = options.sequence.turntable > 1;
-  m_fitted = hostkit::FitCamera(
-      turns ? Turned(reach.points, m_middle) : reach.points, options.viewFrom,
-      Radians(options.fieldOfView.value_or(kDefaultFov)), aspect, options.parallel);
+  // Fitted with y up, and then turned to where it stands.
+  std::vector<V3f> points;
+  points.reserve(reach.points.size());
+  for (const V3f& point : reach.points) points.push_back(ToYUp(m_upAxis, point));
+  if (options.sequence.turntable > 1) points = Turned(points, ToYUp(m_upAxis, m_middle));
+  const V3f& from = options.viewFrom;
+  m_fitted = hostkit::FitCamera(points, options.isViewNamed ? from : ToYUp(m_upAxis, from),
+                                Radians(options.fieldOfView.value_or(kDefaultFov)), aspect,
+                                options.parallel);
+  for (V3f* v : {&m_fitted.eye, &m_fitted.forward, &m_fitted.up}) *v = FromYUp(m_upAxis, *v);
+}
+
+V3f CameraChooser::Up() const {
+  return m_options.up ? V3f(m_options.up->normalized()) : FromYUp(m_upAxis, V3f(0, 1, 0));
+}
+
+V3f CameraChooser::Target() const {
+  return m_options.eye && m_options.target ? V3f(*m_options.target - m_origin) : m_middle;
+}
+
+hostkit::SceneCamera CameraChooser::AtEye() const {
+  hostkit::SceneCamera camera;
+  camera.eye = V3f(*m_options.eye - m_origin);
+  const V3d sight = m_options.target ? *m_options.target - *m_options.eye
+                                     : V3d(m_middle) + m_origin - *m_options.eye;
+  if (sight.length() > 0) camera.forward = V3f(sight.normalized());
+  camera.up = Up();
+  if (camera.forward.cross(camera.up).length() < 1e-5f) {
+    // Looking along what is up, as from straight above: then the back of the model is up, or its
+    // top where that is the line of sight, which it is only for an --up of its own.
+    const V3f back = FromYUp(m_upAxis, V3f(0, 0, -1)), top = FromYUp(m_upAxis, V3f(0, 1, 0));
+    camera.up = camera.forward.cross(back).length() < 0.5f ? top : back;
+  }
+  return camera;
 }
 
 hostkit::SceneCamera CameraChooser::Standing(const hostkit::Scene& scene, int index) const {
@@ -129,13 +149,12 @@ hostkit::SceneCamera CameraChooser::Standing(const hostkit::Scene& scene, int in
     camera = scene.cameras[static_cast<std::size_t>(index)];
     if (m_options.fieldOfView) camera.verticalFov = fov;
   } else {
-    camera = CameraAtEye(m_options, m_middle);
+    camera = AtEye();
     camera.verticalFov = fov;
   }
   if (m_options.parallel && camera.parallelHeight <= 0) {
     // What the field of view covers at the target keeps its size.
-    const V3f target = m_options.eye ? m_options.target.value_or(m_middle) : m_middle;
-    camera.parallelHeight = 2 * DistanceTo(target, camera) * std::tan(camera.verticalFov / 2);
+    camera.parallelHeight = 2 * DistanceTo(Target(), camera) * std::tan(camera.verticalFov / 2);
   }
   return camera;
 }
@@ -145,20 +164,28 @@ hostkit::SceneCamera CameraChooser::Choose(const hostkit::Scene& scene, int inde
   hostkit::SceneCamera camera = Standing(scene, index);
   const int turntable = m_options.sequence.turntable;
   if (turntable > 1 && frame != 1) {
-    // --eye has an up of its own, which is 0,1,0 without it.
-    Orbit(m_middle, m_options.up.normalized(), kFullTurn * (frame - 1) / turntable, &camera);
+    Orbit(m_middle, Up(), kFullTurn * (frame - 1) / turntable, &camera);
   }
   return camera;
 }
 
-std::string DescribeCamera(const hostkit::SceneCamera& camera) {
-  const auto triple = [](const V3f& v) { return fmt::format("{},{},{}", v.x, v.y, v.z); };
+std::string FormatTriple(const V3d& v) {
+  std::string text;
+  for (int i = 0; i < 3; ++i) {
+    const auto rounded = static_cast<float>(v[i]);
+    text += (i > 0 ? "," : "") +
+            (rounded == v[i] ? fmt::format("{}", rounded) : fmt::format("{}", v[i]));
+  }
+  return text;
+}
+
+std::string DescribeCamera(const hostkit::SceneCamera& camera, const V3d& origin) {
   const std::string lens =
       camera.parallelHeight > 0
           ? fmt::format("height={}", camera.parallelHeight)
           : fmt::format("fov={}", static_cast<float>(camera.verticalFov / kRadiansPerDegree));
-  return fmt::format("eye={} forward={} up={} {}", triple(camera.eye), triple(camera.forward),
-                     triple(camera.up), lens);
+  return fmt::format("eye={} forward={} up={} {}", FormatTriple(V3d(camera.eye) + origin),
+                     FormatTriple(V3d(camera.forward)), FormatTriple(V3d(camera.up)), lens);
 }
 
 }  // namespace gl3

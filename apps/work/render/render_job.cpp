@@ -15,6 +15,7 @@
 #include "apps/work/common/stopwatch.h"
 #include "apps/work/render/effect_stage.h"
 #include "apps/work/render/frame_setup.h"
+#include "apps/work/render/nothing_seen.h"
 #include "apps/work/render/render_camera.h"
 #include "apps/work/render/render_recipe.h"
 #include "apps/work/render/render_report.h"
@@ -68,7 +69,8 @@ class RenderRun {
   std::unique_ptr<hostkit::ImportProcess> m_import;
   std::unique_ptr<DriverSession> m_session;
   std::unique_ptr<hostkit::Scene> m_scene;
-  std::vector<int> m_animations;  // that are played
+  std::unique_ptr<hostkit::ScenePoser> m_poser;  // of that scene
+  std::vector<int> m_animations;                 // that are played
   std::vector<Shot> m_shots;
   std::unique_ptr<CameraChooser> m_cameras;
   Imath::Box3f m_bounds;  // of the scene as it is posed
@@ -108,7 +110,7 @@ void RenderRun::StartImport() {
   limits.memory = m_options.run.limits.maxMemory;
   limits.confined = m_options.run.confined;
   limits.showsMessages = true;  // standard error is silenced here unless the user wants all
-  m_import = std::make_unique<hostkit::ImportProcess>(m_options.models, limits);
+  m_import = std::make_unique<hostkit::ImportProcess>(m_options.models, limits, m_options.scene);
 }
 
 Outcome RenderRun::Confine() const {
@@ -179,8 +181,9 @@ Outcome RenderRun::Plan() {
   if (outcome.status == kDone) outcome = CheckFolders(m_shots);
   if (outcome.status != kDone) return outcome;
   const hostkit::SceneReach reach = hostkit::MeasureReach(*m_scene, m_animations);
+  m_poser = std::make_unique<hostkit::ScenePoser>(*m_scene);
   m_bounds = reach.bounds;
-  m_cameras = std::make_unique<CameraChooser>(m_options, reach);
+  m_cameras = std::make_unique<CameraChooser>(m_options, *m_scene, reach);
   m_recipe.inputs = DescribeInputs(m_options.models);
   for (const std::string& warning : CompareInputs(m_options, m_recipe.inputs)) Warn(warning);
   return {};
@@ -201,13 +204,17 @@ Outcome RenderRun::Draw(const Shot& shot, hostkit::SceneCamera* camera, hostkit:
   if (!m_animations.empty()) {
     // Not told to the renderer: it keeps the bounds of the animation's beginning for its grid and
     // lights, which would otherwise jump from frame to frame.
-    hostkit::PoseScene(*m_scene, m_animations, shot.time);
-    if (!m_scene->motion.instances.empty()) m_bounds = m_scene->Bounds();
+    m_poser->Pose(m_animations, shot.time);
+    const hostkit::SceneMotion& motion = m_scene->motion;
+    if (!motion.instances.empty() || !motion.deformations.empty()) m_bounds = m_scene->Bounds();
   }
   *camera = m_cameras->Choose(*m_scene, shot.camera, shot.frame);
   std::string error;
-  *picture = m_renderer->Render(m_settings, hostkit::ViewFor(*camera, m_bounds), &error);
+  const hostkit::View view = hostkit::ViewFor(*camera, m_bounds);
+  *picture = m_renderer->Render(m_settings, view, &error);
   if (!picture->bitmap) return {kRunFailed, error};
+  const std::string lack = NothingSeen(*m_scene, m_settings, view, *picture);
+  if (!lack.empty()) Warn(shot.output + ": " + lack);
   const Stopwatch effectsWatch;
   if (!m_effects.Apply(m_session->Driver(), m_options.effects.calls, picture, &error)) {
     return {kRunFailed, error};
@@ -235,7 +242,8 @@ Outcome RenderRun::Write(const Shot& shot, const hostkit::SceneCamera& camera,
                          const hostkit::Picture& picture) {
   m_line.Enter(Phase::kWrite, shot.output);
   const Stopwatch watch;
-  const hostkit::Recipe recipe = MakeRecipe(m_recipe, m_options, shot, DescribeCamera(camera));
+  const hostkit::Recipe recipe =
+      MakeRecipe(m_recipe, m_options, shot, DescribeCamera(camera, m_scene->origin));
   std::string error;
   hostkit::PictureOptions pictureOptions;
   pictureOptions.jpegQuality = m_options.jpegQuality;

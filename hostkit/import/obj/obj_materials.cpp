@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "hostkit/import/import_materials.h"
 #include "hostkit/import/number_text.h"
 #include "hostkit/import/obj/obj_pictures.h"
 #include "hostkit/import/read_meshes.h"
+#include "hostkit/import/surface_colors.h"
 
 namespace hostkit {
 namespace {
@@ -158,7 +158,7 @@ SceneMaterial ObjMaterials::Make(const ObjMaterial& from, bool hasColors) {
   material.isUnlit = from.illumination == 0;
   // Models 0 and 1 have no highlight.
   const bool shines = from.illumination < 0 || from.illumination > 1;
-  SetPhong(base, from.specular, 1, shines ? from.exponent : 0, material.surface);
+  SetPhong(material.surface, base, from.specular, 1, shines ? from.exponent : 0);
   material.surface.transparency = TransparencyOf(from);
   const bool hasGlow = !from.emissionPicture.name.empty();
   if (hasGlow) material.emissionImage = m_source.pictures.IndexOf(from.emissionPicture.name, {});

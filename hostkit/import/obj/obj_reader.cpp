@@ -38,7 +38,7 @@ class Assembly {
       : m_source(source),
         m_model(model),
         m_materials(source, model),
-        m_placed(PlacePositions(model.positions)),
+        m_placed(PlacePositions(model.positions, source.scene)),
         m_numbers(model.positions.size()) {
     float brightest = 0;
     for (const V3f& color : model.colors) {
@@ -231,7 +231,7 @@ class Assembly {
       m_mesh.name = m_model.objects[object];
       m_mesh.material = m_materials.IndexOf(material, hasColors);
     }
-    AddMesh(m_source, std::exchange(m_mesh, {}), m_placed.toWorld);
+    AddMesh(m_source.scene, std::exchange(m_mesh, {}));
   }
 
   const ModelSource& m_source;

@@ -17,11 +17,11 @@
 #include <vector>
 
 #include "hostkit/import/corner_numbers.h"
-#include "hostkit/import/import_materials.h"
 #include "hostkit/import/ply/ply_header.h"
 #include "hostkit/import/ply/ply_model.h"
 #include "hostkit/import/polygon_cutter.h"
 #include "hostkit/import/read_meshes.h"
+#include "hostkit/import/surface_colors.h"
 
 namespace hostkit {
 namespace {
@@ -59,7 +59,7 @@ class Assembly {
         m_vertices(model.vertices),
         m_polygons(model.polygons),
         m_materials(model.materials),
-        m_placed(PlacePositions(model.vertices.positions)),
+        m_placed(PlacePositions(model.vertices.positions, source.scene)),
         m_numbers(m_placed.positions.size()) {
     const std::size_t count = m_placed.positions.size();
     m_vertices.positions = {};
@@ -188,7 +188,7 @@ class Assembly {
     if (index < m_materials.size()) {
       const PlyMaterial& given = m_materials[index];
       material.name = fmt::format("material {}", index);
-      SetPhong(given.diffuse, given.specular, 1, given.exponent, material.surface);
+      SetPhong(material.surface, given.diffuse, given.specular, 1, given.exponent);
       const bool isClear = given.opacity > 0 && given.opacity < 1;
       material.surface.transparency = isClear ? 1 - given.opacity : 0.0f;
     }
@@ -203,7 +203,7 @@ class Assembly {
 
   void Finish(int key) {
     m_mesh.material = AddMaterial(key);
-    AddMesh(m_source, std::move(m_mesh), m_placed.toWorld);
+    AddMesh(m_source.scene, std::move(m_mesh));
   }
 
   const ModelSource& m_source;

@@ -17,11 +17,11 @@
 #include <utility>
 #include <vector>
 
-#include "hostkit/import/import_materials.h"
 #include "hostkit/import/number_text.h"
 #include "hostkit/import/polygon_cutter.h"
 #include "hostkit/import/read_meshes.h"
 #include "hostkit/import/stl/stl_text.h"
+#include "hostkit/import/surface_colors.h"
 
 namespace hostkit {
 namespace {
@@ -118,7 +118,7 @@ class Colors {
     const ColorBuf color = m_diffuse ? *m_diffuse : *m_whole;
     const V3f base = m_hasOwn ? V3f(1.0f) : ToColor(color);
     if (m_specular) {
-      SetPhong(base, ToColor(*m_specular), 1, 30, material.surface);
+      SetPhong(material.surface, base, ToColor(*m_specular), 1, 30);
     } else {
       material.surface.base = {base.x, base.y, base.z};
     }
@@ -182,7 +182,7 @@ bool ReadBinary(const ModelSource& source, std::string_view bytes, std::string* 
     const char* const facet = bytes.data() + kFirstFacet + i * kFacetBytes;
     for (int c = 1; c <= 3; ++c) corners.emplace_back(VectorAt(facet + 12 * c));
   }
-  const PlacedPositions placed = PlacePositions(corners);
+  const PlacedPositions placed = PlacePositions(corners, source.scene);
   corners = {};
   SceneMesh mesh;
   LeftOut leftOut;
@@ -197,7 +197,7 @@ bool ReadBinary(const ModelSource& source, std::string_view bytes, std::string* 
     if (colors.HasOwn()) mesh.colors.resize(mesh.positions.size(), colors.Of(bytes, i));
   }
   source.scene.materials.push_back(colors.Material());
-  AddMesh(source, std::move(mesh), placed.toWorld);
+  AddMesh(source.scene, std::move(mesh));
   leftOut.Tell(source);
   return true;
 }
@@ -205,7 +205,7 @@ bool ReadBinary(const ModelSource& source, std::string_view bytes, std::string* 
 bool ReadText(const ModelSource& source, std::string_view bytes, std::string* fault) {
   StlText read;
   if (!ReadStlText(bytes, &read, fault)) return false;
-  const PlacedPositions placed = PlacePositions(read.corners);
+  const PlacedPositions placed = PlacePositions(read.corners, source.scene);
   PolygonCutter cutter;
   std::vector<std::uint32_t> cut;
   LeftOut leftOut;
@@ -222,7 +222,7 @@ bool ReadText(const ModelSource& source, std::string_view bytes, std::string* fa
         AddFacet(placed, &cut[i], loop.normal, mesh, leftOut);
       }
     }
-    AddMesh(source, std::move(mesh), placed.toWorld);
+    AddMesh(source.scene, std::move(mesh));
   }
   leftOut.Tell(source);
   return true;

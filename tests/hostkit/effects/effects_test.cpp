@@ -115,7 +115,7 @@ TEST_F(Effects, InWindowsEqualThoseInOnePiece) {
       ASSERT_TRUE(other);
       // Linear samples between pixels may round to the other side at another texture size.
       EXPECT_LE(hostkit::LargestDifference(wanted, *other),
-                kind.program == hostkit::kBlurProgram ? 1 : 0)
+                kind.program == GAShaderProgram::kBlur ? 1 : 0)
           << kind.name;
     }
   }

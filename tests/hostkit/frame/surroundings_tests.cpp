@@ -116,6 +116,29 @@ TEST_F(Frames, TheGridLiesUnderTheModel) {
   }
 }
 
+TEST_F(Frames, TheGridFollowsWhatIsUpAndTheOriginOfTheFile) {
+  hostkit::Scene scene =
+      SceneOf({Material(0, 0, 0)}, Square(0), M44f().scale(V3f(0.2f)) * At(1.2f, 1.2f, 0.1f));
+  std::fill_n(m_settings.background, 3, 0.0f);
+  m_settings.grid = {true, 0.5f};
+  m_settings.upAxis = hostkit::UpAxis::kPlusZ;
+  // From above, the x axis to the right: a pixel is 0.05, so that a point (x, y) is at 40 + 20 x.
+  // The bounds' middle, 1.2, with half as far again as 0.4 around it lies within the lines 0.5
+  // to 2.
+  scene.origin = {-1, -1.25, 0};  // the file's axes are at x = 1 and y = 1.25 of the scene
+  const auto picture = Render(scene);
+  const auto most = [&](int x, int y, float Pixel::*channel, float Pixel::*other) {
+    float found = 0;  // pixel edges may fall to either side
+    for (int i = -1; i <= 1; ++i) {
+      const Pixel across = At(picture, x + i, y), along = At(picture, x, y + i);
+      found = std::max({found, across.*channel - across.*other, along.*channel - along.*other});
+    }
+    return found;
+  };
+  EXPECT_NEAR(most(60, 78 - 25, &Pixel::green, &Pixel::red), 90 / 255.0f, 0.01f) << "the y axis";
+  EXPECT_NEAR(most(50, 39 - 25, &Pixel::red, &Pixel::green), 150 / 255.0f, 0.01f) << "the x axis";
+}
+
 TEST_F(Frames, DepthIsTheDistanceAtPixelCentres) {
   const M44f turn = M44f().rotate(V3f(0.5f, 1.1f, 0));
   V3f n;  // the square's normal

@@ -25,10 +25,6 @@ const unsigned char* Pixel(const hostkit::BitmapPtr& bitmap, int x, int y) {
   return static_cast<unsigned char*>(buffer->GetData(y)) + 4 * x;
 }
 
-int Alpha(const Scene& scene, int x, int y) {
-  return Pixel(scene.images.at(0).bitmap, x, y)[3];
-}
-
 float Transparency(const Scene& scene) {
   return scene.materials.at(0).surface.transparency.Current();
 }
@@ -70,20 +66,6 @@ TEST_F(Import, EmbeddedPictureStandsUpright) {
   EXPECT_NEAR(scene.materials[0].surface.base.red.Current(), 1, kNear);
 }
 
-TEST_F(Import, PicturePlacementIsAppliedToTextureCoordinates) {
-  samples::Document document = PicturedBox();
-  const std::vector<V2f> plain = ReadGlb(document).meshes.at(0).uvs;
-  document.materials[0].uvScale = {2, 3};
-  document.materials[0].uvRotation = std::acos(0.0f);
-  document.materials[0].uvOffset = {0.25f, 0.5f};
-  const std::vector<V2f> placed = ReadGlb(document).meshes.at(0).uvs;
-  ASSERT_EQ(placed.size(), plain.size());
-  for (std::size_t i = 0; i < plain.size(); ++i) {
-    const V2f expected(0.25f + 3 * plain[i].y, 0.5f - 2 * plain[i].x);
-    EXPECT_TRUE(placed[i].equalWithAbsError(expected, kNear));
-  }
-}
-
 /// A square in the x-y plane with OBJ's texture origin at its lower left corner.
 const char* const kSquareObj =
     "mtllib square.mtl\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
@@ -118,28 +100,9 @@ TEST_F(Import, MissingOrBrokenPictureIsAWarning) {
   EXPECT_NE(scene.warnings[0].find("broken"), std::string::npos) << scene.warnings[0];
 }
 
-TEST_F(Import, AlphaModesDecideWhatIsTransparent) {
-  samples::Document document = PicturedBox();
-  samples::Material& material = document.materials[0];
-  material.alpha = 0.25f;
-  Scene scene = ReadGlb(document);  // opaque
-  EXPECT_EQ(Transparency(scene), 0);
-  EXPECT_EQ(Alpha(scene, 1, 1), 255);
-  material.alphaMode = "BLEND";
-  scene = ReadGlb(document);
-  EXPECT_NEAR(Transparency(scene), 0.75f, kNear);
-  EXPECT_EQ(Alpha(scene, 1, 1), 128);
-  material.alphaMode = "MASK";  // cut off at 0.5: 128 of 255 is above
-  scene = ReadGlb(document);
-  EXPECT_EQ(Transparency(scene), 0);
-  EXPECT_EQ(Alpha(scene, 1, 1), 255);
-  unsigned char fainter[sizeof kFourColors];
-  std::copy(std::begin(kFourColors), std::end(kFourColors), fainter);
-  fainter[15] = 127;
-  document.images[0] = samples::EncodePng(fainter, 2, 2);
-  EXPECT_EQ(Alpha(ReadGlb(document), 1, 1), 0);
-  material = {};
-  material.transmission = 1;
+TEST_F(Import, TransmissionThinsASurface) {
+  samples::Document document = OneBox();
+  document.materials[0].transmission = 1;
   EXPECT_NEAR(Transparency(ReadGlb(document)), 0.75f, kNear);
 }
 

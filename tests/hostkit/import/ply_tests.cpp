@@ -17,6 +17,7 @@ namespace {
 using hostkit::Scene;
 using hostkit::SceneMesh;
 using Imath::V2f;
+using Imath::V3d;
 using Imath::V3f;
 
 const std::string kXyz = "property float x\nproperty float y\nproperty float z\n";
@@ -172,8 +173,8 @@ TEST_F(Ply, PlacesFarFromTheOriginKeepTheirDigits) {
                     "5400001.375 nan\n3 0 1 0\n"));
   const SceneMesh& mesh = scene.meshes.at(0);
   EXPECT_EQ(mesh.positions.at(1) - mesh.positions.at(0), V3f(1, 0, 0.5f));
-  const V3f world = mesh.positions[0] * scene.instances.at(0).toWorld;
-  EXPECT_TRUE(world.equalWithAbsError({500'000.125f, 5'400'000, 100}, 1));
+  const V3d world = V3d(mesh.positions[0] * scene.instances.at(0).toWorld) + scene.origin;
+  EXPECT_TRUE(world.equalWithAbsError({500'000.125, 5'400'000.25, 100}, 1e-5)) << world;
 }
 
 TEST_F(Ply, BrokenFilesAreToldOrRefused) {

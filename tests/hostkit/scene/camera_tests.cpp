@@ -150,6 +150,18 @@ TEST(Camera, PlanesHoldTheBox) {
   EXPECT_GT(view.farDistance, 53);
   EXPECT_LT(view.farDistance, 55);
 
+  for (const auto& [nearCut, farCut] : {std::pair{49.0f, 51.0f}, {60.0f, 90.0f}, {1.0f, 20.0f}}) {
+    outside.nearCut = nearCut;
+    outside.farCut = farCut;
+    view = hostkit::ViewFor(outside, box);
+    EXPECT_GE(view.nearDistance, nearCut);
+    EXPECT_LT(view.nearDistance, view.farDistance);
+    if (nearCut < 50) {
+      EXPECT_EQ(view.farDistance, farCut);
+    }
+  }
+  outside.nearCut = outside.farCut = 0;
+
   hostkit::SceneCamera inside;
   inside.eye = {0, 0, 0};
   view = hostkit::ViewFor(inside, box);
@@ -185,6 +197,14 @@ TEST(Camera, PixelCornersLieOnTheWindowsEdges) {
     // Twice as deep: twice as wide under perspective, the same without.
     float widening = parallelHeight > 0 ? 1.0f : 2.0f;
     EXPECT_NEAR(ViewX(info, 640, -4), widening * info.viewRight, 1e-5f);
+
+    // What is to be seen and is wider than the picture fits into its width.
+    hostkit::View wide = view;
+    wide.camera.aspect = 4;
+    RenderInfo whole;
+    hostkit::FillRenderInfo(wide, 640, 360, &whole);
+    EXPECT_NEAR(whole.viewRight, 4 * top, 1e-5f);
+    EXPECT_NEAR(whole.viewTop, 4 * top * 360 / 640, 1e-5f);
 
     // A window in the picture sees what the whole picture sees there.
     RenderInfo part;

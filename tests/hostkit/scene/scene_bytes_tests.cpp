@@ -235,6 +235,7 @@ TEST(SceneCheck, NamesWhatIsNotSound) {
         GL3_SLIP(motion.deformations[0].influences = 2),
         GL3_SLIP(motion.deformations[0].vertexJoints[2] = 1),
         GL3_SLIP(motion.deformations[0].vertexWeights[1] = kNan)}},
+      {"deformation 1", {GL3_SLIP(motion.deformations.push_back(s.motion.deformations[0]))}},
       {"no model", {GL3_SLIP(motion.models = 0)}},
   };
   for (const auto& [part, slips] : kSlips) {
