@@ -13,6 +13,7 @@
 #include <exception>
 #include <filesystem>
 #include <new>
+#include <optional>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -31,6 +32,7 @@
 #include "hostkit/import/obj/obj_reader.h"
 #include "hostkit/import/ply/ply_reader.h"
 #include "hostkit/import/stl/stl_reader.h"
+#include "hostkit/import/threemf/threemf_reader.h"
 #include "hostkit/scene/node_animation.h"
 #include "hostkit/scene/recentre.h"
 
@@ -126,8 +128,8 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
 
 /// The readers of single formats; other files are the import library's.
 constexpr std::pair<const char*, ReadModel> kReaders[] = {
-    {".glb", ReadGltf}, {".gltf", ReadGltf}, {".obj", ReadObj},
-    {".ply", ReadPly},  {".stl", ReadStl},   {".vrm", ReadGltf},
+    {".3mf", ReadThreeMf}, {".glb", ReadGltf}, {".gltf", ReadGltf}, {".obj", ReadObj},
+    {".ply", ReadPly},     {".stl", ReadStl},  {".vrm", ReadGltf},
 };
 
 ReadModel ReaderOf(const std::string& path) {
@@ -158,6 +160,8 @@ bool ReadByLibrary(const ModelSource& source, std::string* error) {
   context.format = FormatOf(importer);
   context.scene = &source.scene;
   context.places = &source.places;
+  std::optional<ColladaFacts> collada;
+  if (context.format == SourceFormat::kCollada) context.collada = &collada.emplace(source.files);
   const std::vector<MaterialTraits> traits = ImportMaterials(context, source.pictures);
   const std::vector<int> meshes = ImportMeshes(context, traits);
   const std::vector<const aiNode*> nodes = ImportInstances(context, meshes);

@@ -43,7 +43,7 @@ bool ReadModelFile(const ModelSource& source, FileBytes* bytes, std::string* err
   return error->empty();
 }
 
-PlacedPositions PlacePositions(const std::vector<V3d>& positions, Scene& scene) {
+PlacedPositions PlacePositions(const std::vector<V3d>& positions, V3d* taken) {
   PlacedPositions placed;
   Imath::Box3d bounds;
   for (std::size_t i = 0; i < positions.size(); ++i) {
@@ -54,10 +54,10 @@ PlacedPositions PlacePositions(const std::vector<V3d>& positions, Scene& scene) 
     if (placed.bad.empty()) placed.bad.resize(positions.size());
     placed.bad[i] = true;
   }
-  if (!bounds.isEmpty()) scene.origin = MiddleToTake(bounds);
+  *taken = bounds.isEmpty() ? V3d(0.0) : MiddleToTake(bounds);
   placed.positions.reserve(positions.size());
-  for (const V3d& position : positions) placed.positions.emplace_back(position - scene.origin);
-  const V3f good(bounds.isEmpty() ? V3d(0.0) : bounds.min - scene.origin);
+  for (const V3d& position : positions) placed.positions.emplace_back(position - *taken);
+  const V3f good(bounds.isEmpty() ? V3d(0.0) : bounds.min - *taken);
   for (std::size_t i = 0; i < placed.bad.size(); ++i) {
     if (placed.bad[i]) placed.positions[i] = good;
   }
@@ -70,8 +70,8 @@ void LeftOut::Tell(const ModelSource& source) const {
   if (unusable > 0) AddWarning(source.scene, UnusableVerticesText(path, unusable));
 }
 
-void AddMesh(Scene& scene, SceneMesh mesh) {
-  if (mesh.triangles.empty() && mesh.lines.empty() && mesh.points.empty()) return;
+int AddMeshAlone(Scene& scene, SceneMesh mesh) {
+  if (mesh.triangles.empty() && mesh.lines.empty() && mesh.points.empty()) return -1;
   if (!mesh.normals.empty()) {
     RepairNormals(mesh);
   } else if (!mesh.triangles.empty()) {
@@ -79,8 +79,13 @@ void AddMesh(Scene& scene, SceneMesh mesh) {
   }
   mesh.colorsHaveAlpha = std::any_of(mesh.colors.begin(), mesh.colors.end(),
                                      [](const ColorBuf& color) { return color.alpha < 255; });
-  scene.instances.push_back({static_cast<int>(scene.meshes.size()), {}});
   scene.meshes.push_back(std::move(mesh));
+  return static_cast<int>(scene.meshes.size() - 1);
+}
+
+void AddMesh(Scene& scene, SceneMesh mesh) {
+  const int index = AddMeshAlone(scene, std::move(mesh));
+  if (index >= 0) scene.instances.push_back({index, {}});
 }
 
 V2f TopDown(double u, double v) {

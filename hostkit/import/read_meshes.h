@@ -40,9 +40,9 @@ struct PlacedPositions {
   }
 };
 
-/// Makes them floats. Of a model that lies far from the origin the middle is taken away first, and
-/// becomes the scene's origin.
-PlacedPositions PlacePositions(const std::vector<Imath::V3d>& positions, Scene& scene);
+/// Makes them floats. Of ones that lie far from their origin the middle is taken away first, and
+/// left in `*taken`; where the file has them in world space, it becomes the scene's origin.
+PlacedPositions PlacePositions(const std::vector<Imath::V3d>& positions, Imath::V3d* taken);
 
 /// How many faces, lines and points had to be left out of a model.
 struct LeftOut {
@@ -56,8 +56,11 @@ struct LeftOut {
   void Tell(const ModelSource& source) const;
 };
 
-/// Finishes a mesh and places it once: normals are made where there are none and there are
-/// triangles, else repaired. A mesh of nothing is not added.
+/// Finishes a mesh and adds it: normals are made where there are none and there are triangles, else
+/// repaired. Returns its index, -1 for a mesh of nothing, which is not added.
+int AddMeshAlone(Scene& scene, SceneMesh mesh);
+
+/// The same, and places it once.
 void AddMesh(Scene& scene, SceneMesh mesh);
 
 /// Texture coordinates with v = 0 at the image's top, of ones with v = 0 at its bottom; (0, 0)

@@ -38,7 +38,7 @@ class Assembly {
       : m_source(source),
         m_model(model),
         m_materials(source, model),
-        m_placed(PlacePositions(model.positions, source.scene)),
+        m_placed(PlacePositions(model.positions, &source.scene.origin)),
         m_numbers(model.positions.size()) {
     float brightest = 0;
     for (const V3f& color : model.colors) {

@@ -59,7 +59,7 @@ class Assembly {
         m_vertices(model.vertices),
         m_polygons(model.polygons),
         m_materials(model.materials),
-        m_placed(PlacePositions(model.vertices.positions, source.scene)),
+        m_placed(PlacePositions(model.vertices.positions, &source.scene.origin)),
         m_numbers(m_placed.positions.size()) {
     const std::size_t count = m_placed.positions.size();
     m_vertices.positions = {};

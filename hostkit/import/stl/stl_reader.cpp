@@ -22,11 +22,11 @@
 #include "hostkit/import/read_meshes.h"
 #include "hostkit/import/stl/stl_text.h"
 #include "hostkit/import/surface_colors.h"
+#include "hostkit/import/vertex_checks.h"
 
 namespace hostkit {
 namespace {
 
-using Imath::V3d;
 using Imath::V3f;
 
 constexpr std::size_t kHeaderBytes = 80, kFirstFacet = 84, kFacetBytes = 50;
@@ -144,20 +144,24 @@ class Colors {
   bool m_hasAny = false, m_hasOwn = false;
 };
 
-/// Adds a triangle with vertices of its own to the mesh. `corners` are three of the file's.
-void AddFacet(const PlacedPositions& placed, const std::uint32_t* corners, const V3f& normal,
-              SceneMesh& mesh, LeftOut& leftOut) {
-  const bool isGood = std::all_of(
-      corners, corners + 3, [&placed](std::uint32_t corner) { return placed.IsGood(corner); });
-  if (!isGood) {
+/// Adds a triangle with vertices of its own to the mesh.
+void AddFacet(const V3f (&corners)[3], const V3f& normal, SceneMesh& mesh) {
+  for (const V3f& corner : corners) {
+    mesh.triangles.push_back(static_cast<std::uint32_t>(mesh.positions.size()));
+    mesh.positions.push_back(corner);
+    mesh.normals.push_back(normal);
+  }
+}
+
+/// A triangle of corners of a text.
+void AddTriangle(const PlacedPositions& placed, const std::uint32_t* corners, const V3f& normal,
+                 SceneMesh& mesh, LeftOut& leftOut) {
+  if (!std::all_of(corners, corners + 3, [&](std::uint32_t i) { return placed.IsGood(i); })) {
     ++leftOut.unusable;
     return;
   }
-  for (int i = 0; i < 3; ++i) {
-    mesh.triangles.push_back(static_cast<std::uint32_t>(mesh.positions.size()));
-    mesh.positions.push_back(placed.positions[corners[i]]);
-    mesh.normals.push_back(normal);
-  }
+  const std::vector<V3f>& positions = placed.positions;
+  AddFacet({positions[corners[0]], positions[corners[1]], positions[corners[2]]}, normal, mesh);
 }
 
 bool ReadBinary(const ModelSource& source, std::string_view bytes, std::string* fault) {
@@ -176,24 +180,19 @@ bool ReadBinary(const ModelSource& source, std::string_view bytes, std::string* 
     return false;
   }
   const Colors colors(bytes, count);
-  std::vector<V3d> corners;
-  corners.reserve(3 * count);
-  for (std::size_t i = 0; i < count; ++i) {
-    const char* const facet = bytes.data() + kFirstFacet + i * kFacetBytes;
-    for (int c = 1; c <= 3; ++c) corners.emplace_back(VectorAt(facet + 12 * c));
-  }
-  const PlacedPositions placed = PlacePositions(corners, source.scene);
-  corners = {};
   SceneMesh mesh;
   LeftOut leftOut;
   mesh.positions.reserve(3 * count);
   mesh.normals.reserve(3 * count);
   mesh.triangles.reserve(3 * count);
   for (std::size_t i = 0; i < count; ++i) {
-    const V3f normal = VectorAt(bytes.data() + kFirstFacet + i * kFacetBytes);
-    const auto first = static_cast<std::uint32_t>(3 * i);
-    const std::uint32_t facet[] = {first, first + 1, first + 2};
-    AddFacet(placed, facet, normal, mesh, leftOut);
+    const char* const facet = bytes.data() + kFirstFacet + i * kFacetBytes;
+    const V3f corners[] = {VectorAt(facet + 12), VectorAt(facet + 24), VectorAt(facet + 36)};
+    if (!std::all_of(corners, corners + 3, CanBeDrawn<float>)) {
+      ++leftOut.unusable;
+      continue;
+    }
+    AddFacet(corners, VectorAt(facet), mesh);
     if (colors.HasOwn()) mesh.colors.resize(mesh.positions.size(), colors.Of(bytes, i));
   }
   source.scene.materials.push_back(colors.Material());
@@ -205,7 +204,7 @@ bool ReadBinary(const ModelSource& source, std::string_view bytes, std::string* 
 bool ReadText(const ModelSource& source, std::string_view bytes, std::string* fault) {
   StlText read;
   if (!ReadStlText(bytes, &read, fault)) return false;
-  const PlacedPositions placed = PlacePositions(read.corners, source.scene);
+  const PlacedPositions placed = PlacePositions(read.corners, &source.scene.origin);
   PolygonCutter cutter;
   std::vector<std::uint32_t> cut;
   LeftOut leftOut;
@@ -219,7 +218,7 @@ bool ReadText(const ModelSource& source, std::string_view bytes, std::string* fa
       cutter.Cut({placed.positions.data() + loop.first, loop.size}, cut);
       for (std::uint32_t& corner : cut) corner += static_cast<std::uint32_t>(loop.first);
       for (std::size_t i = 0; i < cut.size(); i += 3) {
-        AddFacet(placed, &cut[i], loop.normal, mesh, leftOut);
+        AddTriangle(placed, &cut[i], loop.normal, mesh, leftOut);
       }
     }
     AddMesh(source.scene, std::move(mesh));
