@@ -101,7 +101,8 @@ unsigned KindOf(const Json& value) {
   if (value.is_string()) return kText;
   if (value.is_boolean()) return kFlag;
   if (value.is_array()) return kList;
-  return value.is_object() ? unsigned{kObject} : 0;
+  if (value.is_object()) return kObject;
+  return 0;
 }
 
 /// The kinds that a member of that name may have; 0 of names that the format does not know.

@@ -134,10 +134,10 @@ bool Read(const ModelSource& source, std::string* error) {
   Deformations deformations(document, accessors, meshes, tree, hooks, moved.weights);
   Instances(document, accessors, meshes, tree, hooks, deformations).AddAll();
   AddAnimations(document, accessors, tree, hooks, deformations);
-  SettleAtRest(scene);
   AddCameras(document, tree, hooks);
   AddLights(document, tree, hooks);
   if (scene.motion.animations.empty()) {
+    SettleAtRest(scene);
     scene.motion = {};
     source.places.nodes.clear();
   }

@@ -10,6 +10,7 @@
 #include "host/Lights.h"
 #include "hostkit/import/import_views.h"
 #include "hostkit/scene/directions.h"
+#include "hostkit/scene/node_animation.h"
 
 namespace hostkit::gltf {
 namespace {
@@ -146,6 +147,7 @@ void AddLights(Document& document, const NodeTree& tree, const NodeHooks& hooks)
   Scene& scene = document.Source().scene;
   const Json& lights = Member(Extension(document.Root(), kLights), "lights");
   if (Length(lights) == 0) return;
+  SettleAtRest(scene);
   ExactPlaces& places = document.Source().places;
   const V3d middle = ExactBounds(scene, places).center();
   for (const int node : tree.order) {

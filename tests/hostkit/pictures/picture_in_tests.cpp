@@ -1,12 +1,10 @@
 // Picture files that are broken in ways that the decoder does not survive.
 #include <OpenEXR/ImfRgbaFile.h>
 #include <OpenEXR/ImfStdIO.h>
-#include <gtest/gtest.h>
 #include <webp/encode.h>
 
 #include <algorithm>
 #include <iterator>
-#include <string>
 
 #include "hostkit/pictures/picture_in.h"
 #include "tests/support/common/holds.h"
