@@ -129,7 +129,7 @@ void AddTargets(const ImportContext& context, const aiMesh& source, SceneDeforma
     const bool isGood = shape && shape->mVertices && shape->mNumVertices == count;
     // One that cannot be used keeps its number, since keys go by numbers.
     MorphTarget& target = deformation.targets.emplace_back();
-    deformation.weights.push_back(isGood ? RestWeight(shape->mWeight) : 0);
+    deformation.weights.push_back(isGood ? RestWeight(context, shape->mWeight) : 0);
     if (!isGood) {
       target.positions.resize(count, V3f(0.0f));
       continue;
