@@ -114,7 +114,7 @@ class Walk {
   Walk(Document& document, NodeTree& tree) : m_document(document), m_tree(tree) {
     const std::size_t count = Length(Member(document.Root(), "nodes"));
     m_states.resize(count);
-    m_toWorld.resize(count);
+    tree.exactToWorld.resize(count);
     tree.parents.resize(count, -1);
     tree.places.resize(count);
     tree.toWorld.resize(count);
@@ -165,9 +165,10 @@ class Walk {
     m_states[node] = kAbove;
     const Json& json = m_document.Item("nodes", static_cast<int>(node));
     const M44d place = PlaceOf(json);
-    m_toWorld[node] = parent < 0 ? place : place * m_toWorld[static_cast<std::size_t>(parent)];
+    std::vector<M44d>& toWorld = m_tree.exactToWorld;
+    toWorld[node] = parent < 0 ? place : place * toWorld[static_cast<std::size_t>(parent)];
     m_tree.places[node] = ToFloats(place);
-    m_tree.toWorld[node] = ToFloats(m_toWorld[node]);
+    m_tree.toWorld[node] = ToFloats(toWorld[node]);
     m_tree.parents[node] = parent;
     const Json& visible = Member(Extension(json, "KHR_node_visibility"), "visible");
     if (visible.is_boolean() && !visible.get<bool>()) return;
@@ -184,7 +185,6 @@ class Walk {
   Document& m_document;
   NodeTree& m_tree;
   std::vector<State> m_states;
-  std::vector<M44d> m_toWorld;
   std::vector<std::pair<std::size_t, int>> m_pending;
   int m_loop = -1;  ///< A node that was met below itself.
 };
@@ -224,7 +224,8 @@ NodePlace RestOf(const Json& node, const M44f& place) {
   return rest;
 }
 
-NodeHooks::NodeHooks(const NodeTree& tree, const std::vector<bool>& isMoved, SceneMotion& motion)
+NodeHooks::NodeHooks(const NodeTree& tree, const std::vector<bool>& isMoved, SceneMotion& motion,
+                     ExactPlaces& places)
     : m_tree(tree),
       m_kept(tree.parents.size(), -1),
       m_hooks(tree.parents.size(), -1),
@@ -241,6 +242,9 @@ NodeHooks::NodeHooks(const NodeTree& tree, const std::vector<bool>& isMoved, Sce
     }
     m_hooks[node] = m_kept[node] = static_cast<int>(motion.nodes.size());
     motion.nodes.push_back({above, tree.places[node], toAbove});
+    places.nodes.push_back(parent < 0 || above >= 0
+                               ? M44d(toAbove)
+                               : tree.exactToWorld[static_cast<std::size_t>(parent)]);
   }
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "hostkit/import/gltf/gltf_document.h"
+#include "hostkit/scene/recentre.h"
 #include "hostkit/scene/scene_motion.h"
 
 namespace hostkit::gltf {
@@ -17,6 +18,7 @@ struct NodeTree {
   std::vector<int> parents;          ///< -1 of those without.
   std::vector<Imath::M44f> places;   ///< In the parent's space.
   std::vector<Imath::M44f> toWorld;  ///< At rest; of nodes of the scene alone.
+  std::vector<Imath::M44d> exactToWorld;
   std::vector<bool> isInScene;
 };
 
@@ -33,9 +35,10 @@ Imath::Quatf ToRotation(const float* xyzw);
 /// Keeps nodes that move, and finds what others hang on.
 class NodeHooks {
  public:
-  /// Adds those nodes of the tree that `isMoved` tells (by node) to the motion. `tree` must outlive
-  /// it.
-  NodeHooks(const NodeTree& tree, const std::vector<bool>& isMoved, SceneMotion& motion);
+  /// Adds those nodes of the tree that `isMoved` tells (by node) to the motion, and their places.
+  /// `tree` must outlive it.
+  NodeHooks(const NodeTree& tree, const std::vector<bool>& isMoved, SceneMotion& motion,
+            ExactPlaces& places);
 
   /// The index in the motion of the nearest kept node at or above `node`, and in `*toNode` the way
   /// from that node's space to its; -1, and the way to the world, when there is none.

@@ -75,6 +75,7 @@ class Instances {
       } else if (IsSkinned(deformed)) {
         // Its joints place it, whatever its own node says.
         m_document.Source().scene.instances.push_back({deformed, M44f()});
+        m_document.Source().places.instances.emplace_back();
       } else {
         Add(node, deformed, M44f());
       }
@@ -103,6 +104,8 @@ class Instances {
           {static_cast<int>(scene.instances.size()), hook, copy * toNode});
     }
     scene.instances.push_back({mesh, toWorld});
+    m_document.Source().places.instances.push_back(
+        Imath::M44d(copy) * m_tree.exactToWorld[static_cast<std::size_t>(node)]);
   }
 
   Document& m_document;
@@ -122,7 +125,7 @@ bool Read(const ModelSource& source, std::string* error) {
   }
   Scene& scene = source.scene;
   const MovedNodes moved = FindMoved(document);
-  const NodeHooks hooks(tree, moved.places, scene.motion);
+  const NodeHooks hooks(tree, moved.places, scene.motion, source.places);
   Accessors accessors(document, buffers);
   Materials materials(document, buffers);
   Meshes meshes(document, buffers, accessors, materials);
