@@ -5,60 +5,18 @@
 #include "hostkit/import/archive_check.h"
 
 #include <fmt/format.h>
-#include <minizip/unzip.h>
 #include <unistd.h>
 #include <zlib.h>
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
-#include <memory>
 #include <vector>
 
+#include "hostkit/import/archive.h"
 #include "hostkit/import/model_files.h"
 
 namespace hostkit {
 namespace {
-
-/// minizip's input: a file that stays its owner's.
-struct Input {
-  int file;
-  std::uint64_t size;
-  std::uint64_t at = 0;
-};
-
-void* OpenInput(void* input, const void*, int) {
-  return input;
-}
-
-uLong ReadInput(void*, void* stream, void* to, uLong size) {
-  auto* input = static_cast<Input*>(stream);
-  const ssize_t count = pread(input->file, to, size, static_cast<off_t>(input->at));
-  if (count > 0) input->at += static_cast<std::uint64_t>(count);
-  return count > 0 ? static_cast<uLong>(count) : 0;
-}
-
-uLong WriteNothing(void*, void*, const void*, uLong) {
-  return 0;
-}
-
-ZPOS64_T TellInput(void*, void* stream) {
-  return static_cast<Input*>(stream)->at;
-}
-
-long SeekInput(void*, void* stream, ZPOS64_T offset, int origin) {
-  auto* input = static_cast<Input*>(stream);
-  const std::uint64_t start = origin == ZLIB_FILEFUNC_SEEK_SET   ? 0
-                              : origin == ZLIB_FILEFUNC_SEEK_CUR ? input->at
-                                                                 : input->size;
-  if (offset > input->size - start) return -1;
-  input->at = start + offset;
-  return 0;
-}
-
-int NoError(void*, void*) {
-  return 0;
-}
 
 /// Whether a name leads out of the folder that it would be unpacked into.
 bool LeadsOut(std::string name) {
@@ -83,16 +41,18 @@ bool IsGzip(int file) {
 
 /// Unpacks a gzip stream, keeping nothing, for as long as it is not too much. What it says of its
 /// own length need not be so.
-bool IsGzipTooMuch(Input input, const Limits& limits) {
+bool IsGzipTooMuch(int file, const Limits& limits) {
   z_stream stream = {};
   if (inflateInit2(&stream, 16 + MAX_WBITS) != Z_OK) return false;  // 16: gzip's header
   std::vector<unsigned char> packed(1 << 16), plain(1 << 18);
-  std::uint64_t unpacked = 0;
+  std::uint64_t read = 0, unpacked = 0;
   int state = Z_OK;
   while (state == Z_OK && !limits.AreBroken(unpacked)) {
     if (stream.avail_in == 0) {
+      const ssize_t count = pread(file, packed.data(), packed.size(), static_cast<off_t>(read));
       stream.next_in = packed.data();
-      stream.avail_in = static_cast<uInt>(ReadInput(nullptr, &input, packed.data(), packed.size()));
+      stream.avail_in = static_cast<uInt>(std::max<ssize_t>(count, 0));
+      read += stream.avail_in;
     }
     stream.next_out = plain.data();
     stream.avail_out = static_cast<uInt>(plain.size());
@@ -128,17 +88,12 @@ std::string EntriesFault(unzFile archive, const Limits& limits) {
 
 std::string ArchiveFault(int file, std::uint64_t size, std::uint64_t mostBytes) {
   const Limits limits{size, mostBytes};
-  Input input{file, size};
-  if (IsGzip(file) && IsGzipTooMuch(input, limits)) {
+  if (IsGzip(file) && IsGzipTooMuch(file, limits)) {
     return fmt::format("it unpacks to over {} MiB and {} times its size; save it uncompressed",
                        mostBytes >> 20, kMostUnpackedTimes);
   }
-  // Archives are told by their ends, and may begin with anything.
-  zlib_filefunc64_def functions = {OpenInput, ReadInput, WriteNothing, TellInput,
-                                   SeekInput, NoError,   NoError,      &input};
-  const std::unique_ptr<void, int (*)(unzFile)> archive(unzOpen2_64("archive", &functions),
-                                                        unzClose);
-  return archive ? EntriesFault(archive.get(), limits) : std::string();
+  const Archive archive(file, size);
+  return archive.IsOpen() ? EntriesFault(archive.Get(), limits) : std::string();
 }
 
 }  // namespace hostkit

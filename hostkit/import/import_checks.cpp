@@ -12,9 +12,12 @@
 #include <assimp/mesh.h>
 #include <assimp/scene.h>
 #include <assimp/texture.h>
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <utility>
+
+#include "hostkit/import/vertex_checks.h"
 
 namespace hostkit {
 namespace {
@@ -94,6 +97,22 @@ std::size_t CheckSource(aiScene& source) {
     if (!mesh.mAnimMeshes) mesh.mNumAnimMeshes = 0;
   }
   return dropped;
+}
+
+std::string MissingVerticesText(const std::string& path, std::size_t count) {
+  return count == 1
+             ? fmt::format("{}: 1 face names vertices that its mesh does not have; it is left out",
+                           path)
+             : fmt::format(
+                   "{}: {} faces name vertices that their meshes do not have; they are left out",
+                   path, count);
+}
+
+std::string UnusableVerticesText(const std::string& path, std::size_t count) {
+  return fmt::format(
+      "{}: {} faces left out, since they use vertices that are not finite or beyond {:g}; repair "
+      "the model where it was made",
+      path, count, kLargestCoordinate);
 }
 
 }  // namespace hostkit

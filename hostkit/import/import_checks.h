@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 
 struct aiScene;
 
@@ -12,5 +13,10 @@ namespace hostkit {
 /// its faces loses its vertices too, so that they are not taken for a cloud of points. Which kinds
 /// of faces a mesh has is told as they are. Returns how many faces were taken out.
 std::size_t CheckSource(aiScene& source);
+
+/// One line that tells how many faces are left out of the model at `path` for vertices that are not
+/// there, or that cannot be drawn.
+std::string MissingVerticesText(const std::string& path, std::size_t count);
+std::string UnusableVerticesText(const std::string& path, std::size_t count);
 
 }  // namespace hostkit

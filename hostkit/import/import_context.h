@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "hostkit/import/collada_facts.h"
 #include "hostkit/import/import_pictures.h"
 #include "hostkit/scene/recentre.h"
 #include "hostkit/scene/scene.h"
@@ -24,7 +25,8 @@ struct ImportContext {
   std::string path;                 ///< Of the model file.
   SourceFormat format = SourceFormat::kOther;
   Scene* scene = nullptr;
-  ExactPlaces* places = nullptr;  ///< Of what is in the scene.
+  ExactPlaces* places = nullptr;          ///< Of what is in the scene.
+  const ColladaFacts* collada = nullptr;  ///< Of COLLADA alone.
 
   /// Adds a warning line, once however often it is given.
   void Warn(std::string line) const { AddWarning(*scene, std::move(line)); }

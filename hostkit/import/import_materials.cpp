@@ -76,13 +76,28 @@ void SetPhysical(const Properties& properties, const aiMaterial& material, const
   SetMetalRough(surface, Mixed(base, DisplayColor(specular), metal), metal, Unit(1 - *glossiness));
 }
 
-void SetPhong(const Properties& properties, const Rgb& base, AttrProperty& surface) {
-  surface.base = ToColor(base);
-  float exponent = properties.Number(AI_MATKEY_SHININESS).value_or(0);
-  // An exponent that is no larger than 1 is taken for a share of 128.
-  if (exponent <= 1) exponent *= 128;
-  SetHighlight(surface, ToRgb(properties.Color(AI_MATKEY_COLOR_SPECULAR), {}),
-               properties.Number(AI_MATKEY_SHININESS_STRENGTH).value_or(1), exponent);
+/// COLLADA's shading models that are no Phong.
+enum class ColladaShading {
+  kNone,      ///< Another one, or another format.
+  kConstant,  ///< Emission alone, without light.
+  kLambert,   ///< Without a highlight, though the library makes up one.
+};
+
+ColladaShading ShadingOf(const ImportContext& context, const aiMaterial& material) {
+  int mode = 0;
+  if (!context.collada || material.Get(AI_MATKEY_SHADING_MODEL, mode) != aiReturn_SUCCESS) {
+    return ColladaShading::kNone;
+  }
+  if (mode == aiShadingMode_NoShading) return ColladaShading::kConstant;
+  return mode == aiShadingMode_Gouraud ? ColladaShading::kLambert : ColladaShading::kNone;
+}
+
+void SetGivenPhong(const Properties& properties, const Rgb& base, AttrProperty& surface) {
+  const Rgb specular = ToRgb(properties.Color(AI_MATKEY_COLOR_SPECULAR), {});
+  SetPhong(surface, {base.red, base.green, base.blue},
+           {specular.red, specular.green, specular.blue},
+           properties.Number(AI_MATKEY_SHININESS_STRENGTH).value_or(1),
+           properties.Number(AI_MATKEY_SHININESS).value_or(0));
 }
 
 float Transparency(const Properties& properties) {
@@ -92,10 +107,11 @@ float Transparency(const Properties& properties) {
   return opacity <= 0 ? 0 : 1 - opacity;
 }
 
-Rgb BaseColor(const Properties& properties, bool hasPicture) {
+Rgb BaseColor(const Properties& properties, bool hasPicture, ColladaShading shading) {
+  const Rgb emissive = ToRgb(properties.Color(AI_MATKEY_COLOR_EMISSIVE), {});
   Rgb base = ToRgb(properties.Color(AI_MATKEY_COLOR_DIFFUSE), {0.8f, 0.8f, 0.8f});
   base = ToRgb(properties.Color(AI_MATKEY_BASE_COLOR), base);
-  const Rgb emissive = ToRgb(properties.Color(AI_MATKEY_COLOR_EMISSIVE), {});
+  if (shading == ColladaShading::kConstant) base = emissive;
   // A black surface that glows: the glow is the colour it is seen in.
   if (!hasPicture && base.Largest() < 0.05f && emissive.Largest() > base.Largest()) base = emissive;
   // A picture on black counts for itself.
@@ -104,7 +120,11 @@ Rgb BaseColor(const Properties& properties, bool hasPicture) {
 }
 
 /// The property that holds a material's base colour picture, aiTextureType_NONE when it has none.
-aiTextureType BaseTextureType(const aiMaterial& material) {
+aiTextureType BaseTextureType(const aiMaterial& material, ColladaShading shading) {
+  if (shading == ColladaShading::kConstant) {
+    return material.GetTextureCount(aiTextureType_EMISSIVE) > 0 ? aiTextureType_EMISSIVE
+                                                                : aiTextureType_NONE;
+  }
   for (aiTextureType type : {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE}) {
     if (material.GetTextureCount(type) > 0) return type;
   }
@@ -168,9 +188,9 @@ int PictureIndex(const ImportContext& context, const std::string& reference, con
   return pictures.IndexOfEmbedded(texture, reference, use, load);
 }
 
-int BasePicture(const ImportContext& context, const aiMaterial& material, PictureStore& pictures,
-                MaterialTraits& traits) {
-  const aiTextureType type = BaseTextureType(material);
+int BasePicture(const ImportContext& context, const aiMaterial& material, ColladaShading shading,
+                PictureStore& pictures, MaterialTraits& traits) {
+  const aiTextureType type = BaseTextureType(material, shading);
   if (type == aiTextureType_NONE) return -1;
   aiString path;
   unsigned channel = 0;
@@ -185,6 +205,11 @@ int BasePicture(const ImportContext& context, const aiMaterial& material, Pictur
   PictureUse use;
   use.wrapU = WrapOf(modes[0]);
   use.wrapV = WrapOf(modes[1]);
+  if (context.collada) {
+    const ColladaFacts::Wraps wraps = context.collada->WrapsOf(material.GetName().C_Str());
+    use.wrapU = wraps[0];
+    use.wrapV = wraps[1];
+  }
   return PictureIndex(context, path.C_Str(), use, pictures);
 }
 
@@ -206,8 +231,9 @@ SceneMaterial ImportMaterial(const ImportContext& context, const aiMaterial& sou
   const Properties properties(source);
   SceneMaterial material;
   material.name = source.GetName().C_Str();
-  material.image = BasePicture(context, source, pictures, traits);
-  const Rgb base = BaseColor(properties, material.image >= 0);
+  const ColladaShading shading = ShadingOf(context, source);
+  material.image = BasePicture(context, source, shading, pictures, traits);
+  const Rgb base = BaseColor(properties, material.image >= 0, shading);
   const bool isPhysical = properties.Number(AI_MATKEY_METALLIC_FACTOR) ||
                           properties.Number(AI_MATKEY_ROUGHNESS_FACTOR) ||
                           properties.Number(AI_MATKEY_GLOSSINESS_FACTOR);
@@ -215,8 +241,10 @@ SceneMaterial ImportMaterial(const ImportContext& context, const aiMaterial& sou
   if (isPhysical) {
     SetPhysical(properties, source, base, surface);
   } else {
-    SetPhong(properties, base, surface);
+    SetGivenPhong(properties, base, surface);
   }
+  if (shading != ColladaShading::kNone) surface.roughness = surface.specularFactor = 0.0f;
+  material.isUnlit = shading == ColladaShading::kConstant;
   surface.transparency = Transparency(properties);
   traits.isStandIn = material.image < 0 && IsUnspecific(material, base);
   return traits.isStandIn ? StandInMaterial() : material;

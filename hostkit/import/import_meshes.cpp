@@ -5,7 +5,6 @@
 #include <Imath/ImathVec.h>
 #include <assimp/mesh.h>
 #include <assimp/scene.h>
-#include <fmt/format.h>
 
 #include <cmath>
 #include <cstddef>
@@ -13,6 +12,7 @@
 #include <cstring>
 #include <utility>
 
+#include "hostkit/import/import_checks.h"
 #include "hostkit/import/import_deformations.h"
 #include "hostkit/import/import_normals.h"
 #include "hostkit/import/surface_colors.h"
@@ -122,14 +122,11 @@ SceneMesh ImportMesh(const aiMesh& source, const MaterialTraits& traits, std::si
   return mesh;
 }
 
-/// The material for vertex colours that stand for themselves; made when first needed.
-int ColorsOnlyMaterial(Scene& scene, int standIn, int* made) {
+/// Index of the material for vertex colours that stand for themselves; made when first needed.
+int ColorsOnlyIndex(Scene& scene, int* made) {
   if (*made >= 0) return *made;
-  SceneMaterial white = scene.materials[standIn];
-  white.name = "vertex colours";
-  white.surface.base = {1, 1, 1};
   *made = static_cast<int>(scene.materials.size());
-  scene.materials.push_back(std::move(white));
+  scene.materials.push_back(ColorsOnlyMaterial());
   return *made;
 }
 
@@ -155,17 +152,14 @@ std::vector<int> ImportMeshes(const ImportContext& context,
     if (!hasMaterial) mesh.material = 0;
     if (scene.materials.empty()) scene.materials.push_back(StandInMaterial());
     if (its.isStandIn && !mesh.colors.empty()) {
-      mesh.material = ColorsOnlyMaterial(scene, mesh.material, &colorsOnly);
+      mesh.material = ColorsOnlyIndex(scene, &colorsOnly);
     }
     indices[m] = static_cast<int>(scene.meshes.size());
     scene.meshes.push_back(std::move(mesh));
     ImportDeformation(context, from, copies, indices[m]);
   }
   if (dropped > 0) {
-    context.Warn(
-        fmt::format("{}: {} faces left out, since they use vertices that are not finite or "
-                    "beyond {:g}; repair the model where it was made",
-                    context.path, dropped, kLargestCoordinate));
+    context.Warn(UnusableVerticesText(context.path, dropped));
   }
   return indices;
 }

@@ -69,7 +69,8 @@ float VerticalFov(const ImportContext& context, const aiCamera& camera) {
   return std::isfinite(fov) && fov > 0 ? std::clamp(fov, kNarrowest, kWidest) : kUsual;
 }
 
-SceneCamera ImportCamera(const ImportContext& context, const aiCamera& source) {
+SceneCamera ImportCamera(const ImportContext& context, unsigned index) {
+  const aiCamera& source = *context.source->mCameras[index];
   SceneCamera camera;
   camera.name = source.mName.C_Str();
   const M44d exact = PlacementOf(context, source.mName);
@@ -83,6 +84,12 @@ SceneCamera ImportCamera(const ImportContext& context, const aiCamera& source) {
   if (source.mOrthographicWidth > 0) {
     const float aspect = source.mAspect > 0 ? source.mAspect : 1;
     camera.parallelHeight = 2 * source.mOrthographicWidth / aspect;
+  }
+  if (context.collada) {
+    V3f up;
+    toWorld.multDirMatrix(V3f(0, 1, 0), up);
+    camera.parallelHeight = up.length() * context.collada->ParallelHeight(
+                                              camera.name, index, context.source->mNumCameras);
   }
   return camera;
 }
@@ -184,7 +191,7 @@ std::vector<const aiNode*> ImportInstances(const ImportContext& context,
 
 void ImportCameras(const ImportContext& context) {
   for (unsigned i = 0; i < context.source->mNumCameras; ++i) {
-    context.scene->cameras.push_back(ImportCamera(context, *context.source->mCameras[i]));
+    context.scene->cameras.push_back(ImportCamera(context, i));
   }
 }
 

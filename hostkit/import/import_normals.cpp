@@ -21,6 +21,9 @@ namespace {
 using Imath::V3f;
 
 constexpr float kCosCrease = 0.5f;  // of 60 degrees
+// Of half the angle, less what rounding may do: directions that are all as close to one are as
+// close to one another as the crease asks.
+constexpr float kCosHalfCrease = 0.867f;
 // A place with more triangles than this, such as the tip of a fan or a heap of collapsed triangles,
 // is left sharp: comparing each with each would take for ever.
 constexpr std::uint32_t kMostAround = 512;
@@ -75,6 +78,10 @@ V3f CornerNormal(const std::vector<V3f>& areas, const std::vector<V3f>& facings,
 struct Surroundings {
   std::vector<std::uint32_t> first;
   std::vector<std::uint32_t> triangles;
+
+  std::span<const std::uint32_t> At(std::size_t place) const {
+    return {triangles.data() + first[place], first[place + 1] - first[place]};
+  }
 };
 
 Surroundings FindSurroundings(const SceneMesh& mesh, const std::vector<std::uint32_t>& places,
@@ -89,6 +96,23 @@ Surroundings FindSurroundings(const SceneMesh& mesh, const std::vector<std::uint
     around.triangles[next[places[mesh.triangles[i]]]++] = static_cast<std::uint32_t>(i / 3);
   }
   return around;
+}
+
+/// The normal that all corners of a place have, where its triangles face about the same way; zero
+/// where they have to be looked at one by one.
+V3f PlaceNormal(const std::vector<V3f>& areas, const std::vector<V3f>& facings,
+                std::span<const std::uint32_t> around) {
+  if (around.size() > kMostAround) return V3f(0.0f);
+  V3f sum(0.0f);
+  for (std::uint32_t triangle : around) {
+    if (facings[triangle] != V3f(0.0f)) sum += areas[triangle];
+  }
+  const V3f normal = UnitOr(sum, V3f(0.0f));
+  const bool isSmooth = std::all_of(around.begin(), around.end(), [&](std::uint32_t triangle) {
+    const V3f& facing = facings[triangle];
+    return facing == V3f(0.0f) || facing.dot(normal) >= kCosHalfCrease;
+  });
+  return isSmooth ? normal : V3f(0.0f);
 }
 
 template <typename T>
@@ -158,12 +182,16 @@ std::vector<std::uint32_t> MakeNormals(SceneMesh& mesh) {
   std::size_t placeCount = 0;
   const std::vector<std::uint32_t> places = NumberPlaces(mesh.positions, &placeCount);
   const Surroundings around = FindSurroundings(mesh, places, placeCount);
+  std::vector<V3f> shared;
+  shared.reserve(placeCount);
+  for (std::size_t p = 0; p < placeCount; ++p) {
+    shared.push_back(PlaceNormal(areas, facings, around.At(p)));
+  }
   CornerVertices corners(mesh);
   for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
     const std::uint32_t place = places[mesh.triangles[i]];
-    const std::span triangles(&around.triangles[around.first[place]],
-                              around.first[place + 1] - around.first[place]);
-    const V3f normal = CornerNormal(areas, facings, i / 3, triangles);
+    V3f normal = shared[place];
+    if (normal == V3f(0.0f)) normal = CornerNormal(areas, facings, i / 3, around.At(place));
     mesh.triangles[i] = corners.VertexFor(mesh.triangles[i], normal);
   }
   return corners.TakeCopies();

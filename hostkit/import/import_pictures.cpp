@@ -66,6 +66,18 @@ std::string PictureStore::NotFoundText(const std::string& reference, FileFault f
       m_files.ModelPath(), NameForMessage(reference));
 }
 
+std::string PictureStore::ShownName(const std::string& reference) const {
+  return fmt::format("{}: its picture {}", m_files.ModelPath(), NameForMessage(reference));
+}
+
+BitmapPtr PictureStore::Load(const std::string& reference, std::uint64_t mostBytes,
+                             std::string* error) const {
+  const OpenedFile file = m_files.Open(reference);
+  if (file.IsOpen()) return LoadFile(file, ShownName(reference), mostBytes, error);
+  *error = NotFoundText(reference, file.fault);
+  return nullptr;
+}
+
 int PictureStore::AddFile(const std::string& reference, const PictureUse& use) {
   const OpenedFile file = m_files.Open(reference);
   if (!file.IsOpen()) {
@@ -76,9 +88,7 @@ int PictureStore::AddFile(const std::string& reference, const PictureUse& use) {
                                      std::string* error) {
     return LoadFile(file, shown, mostBytes, error);
   };
-  return Add({nullptr, file.id, use}, reference,
-             fmt::format("{}: its picture {}", m_files.ModelPath(), NameForMessage(reference)),
-             load);
+  return Add({nullptr, file.id, use}, reference, ShownName(reference), load);
 }
 
 int PictureStore::Add(const Key& key, const std::string& name, const std::string& shown,

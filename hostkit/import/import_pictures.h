@@ -63,6 +63,10 @@ class PictureStore {
   int IndexOfEmbedded(const void* key, const std::string& name, const PictureUse& use,
                       const PictureLoader& load);
 
+  /// The picture in a file as it is, of at most `mostBytes` once decoded: for loaders that make one
+  /// of several. Null with one line in `*error`.
+  BitmapPtr Load(const std::string& reference, std::uint64_t mostBytes, std::string* error) const;
+
  private:
   /// The key of a picture in the model, or null and a file; and what is made of it.
   using Key = std::tuple<const void*, FileId, PictureUse>;
@@ -71,6 +75,7 @@ class PictureStore {
   int Add(const Key& key, const std::string& name, const std::string& shown,
           const PictureLoader& load);
   std::string NotFoundText(const std::string& reference, FileFault fault) const;
+  std::string ShownName(const std::string& reference) const;
 
   Scene& m_scene;
   const ModelFiles& m_files;

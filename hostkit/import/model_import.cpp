@@ -13,6 +13,7 @@
 #include <exception>
 #include <filesystem>
 #include <new>
+#include <optional>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -28,6 +29,10 @@
 #include "hostkit/import/model_files.h"
 #include "hostkit/import/model_io.h"
 #include "hostkit/import/model_reader.h"
+#include "hostkit/import/obj/obj_reader.h"
+#include "hostkit/import/ply/ply_reader.h"
+#include "hostkit/import/stl/stl_reader.h"
+#include "hostkit/import/threemf/threemf_reader.h"
 #include "hostkit/scene/node_animation.h"
 #include "hostkit/scene/recentre.h"
 
@@ -65,15 +70,6 @@ std::string OneLine(std::string text) {
   }
   while (!text.empty() && (text.back() == ' ' || text.back() == '.')) text.pop_back();
   return text.empty() ? "the import library gives no reason" : text;
-}
-
-std::string DroppedText(const std::string& path, std::size_t count) {
-  return count == 1
-             ? fmt::format("{}: 1 face names vertices that its mesh does not have; it is left out",
-                           path)
-             : fmt::format(
-                   "{}: {} faces name vertices that their meshes do not have; they are left out",
-                   path, count);
 }
 
 SourceFormat FormatOf(const Assimp::Importer& importer) {
@@ -118,7 +114,7 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
   if (source) {
     // The importer owns it, and hands it out for reading only; nothing else refers to it yet.
     const std::size_t dropped = CheckSource(const_cast<aiScene&>(*source));
-    if (dropped > 0) warnings->push_back(DroppedText(path, dropped));
+    if (dropped > 0) warnings->push_back(MissingVerticesText(path, dropped));
     source = importer.ApplyPostProcessing(kSteps);
   }
   if (source) return source;
@@ -132,9 +128,8 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
 
 /// The readers of single formats; other files are the import library's.
 constexpr std::pair<const char*, ReadModel> kReaders[] = {
-    {".glb", ReadGltf},
-    {".gltf", ReadGltf},
-    {".vrm", ReadGltf},
+    {".3mf", ReadThreeMf}, {".glb", ReadGltf}, {".gltf", ReadGltf}, {".obj", ReadObj},
+    {".ply", ReadPly},     {".stl", ReadStl},  {".vrm", ReadGltf},
 };
 
 ReadModel ReaderOf(const std::string& path) {
@@ -145,23 +140,28 @@ ReadModel ReaderOf(const std::string& path) {
   return nullptr;
 }
 
+/// False, and says why, where a scene is chosen and the format has none.
+bool CheckChoice(const ModelSource& source, std::string* error) {
+  if (source.options.scene.empty()) return true;
+  *error = fmt::format("{}: has no scenes to choose {} from; leave the choice out",
+                       source.files.ModelPath(), NameForMessage(source.options.scene));
+  return false;
+}
+
 /// As ReadModel, by the import library.
 bool ReadByLibrary(const ModelSource& source, std::string* error) {
-  const std::string& path = source.files.ModelPath();
-  if (!source.options.scene.empty()) {
-    *error = fmt::format("{}: has no scenes to choose {} from; leave the choice out", path,
-                         NameForMessage(source.options.scene));
-    return false;
-  }
+  if (!CheckChoice(source, error)) return false;
   auto owner = std::make_unique<Assimp::Importer>();
   Assimp::Importer& importer = source.options.leavesMemory ? *owner.release() : *owner;
   ImportContext context;
   context.source = ReadSource(importer, source.files, &source.scene.warnings, error);
   if (!context.source) return false;
-  context.path = path;
+  context.path = source.files.ModelPath();
   context.format = FormatOf(importer);
   context.scene = &source.scene;
   context.places = &source.places;
+  std::optional<ColladaFacts> collada;
+  if (context.format == SourceFormat::kCollada) context.collada = &collada.emplace(source.files);
   const std::vector<MaterialTraits> traits = ImportMaterials(context, source.pictures);
   const std::vector<int> meshes = ImportMeshes(context, traits);
   const std::vector<const aiNode*> nodes = ImportInstances(context, meshes);
@@ -189,10 +189,12 @@ std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& opti
   ExactPlaces places;
   const ModelSource source{files, options, *scene, pictures, places};
   const ReadModel reader = ReaderOf(path);
+  if (reader != ReadGltf && !CheckChoice(source, error)) return nullptr;
   bool isRead = reader && reader(source, error);
   const bool isLibrarys = !isRead && error->empty();
   if (isLibrarys) isRead = ReadByLibrary(source, error);
   if (!isRead || !HasContent(*scene, path, error)) return nullptr;
+  SettleAtRest(*scene);  // it is centred as it is posed
   std::string why;
   if (Recentre(*scene, places, &why)) return scene;
   *error = fmt::format("{}: {}", path, why);
@@ -205,9 +207,7 @@ std::unique_ptr<Scene> ImportModel(const std::string& path, std::string* error,
                                    const ImportOptions& options) {
   error->clear();
   try {
-    std::unique_ptr<Scene> scene = CheckFile(path, error) ? Import(path, options, error) : nullptr;
-    if (scene) SettleAtRest(*scene);
-    return scene;
+    return CheckFile(path, error) ? Import(path, options, error) : nullptr;
   } catch (const std::bad_alloc&) {
     *error = fmt::format("{}: not enough memory for it; use a smaller model", path);
   } catch (const std::exception& problem) {

@@ -11,7 +11,6 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
-#include <stdexcept>
 #include <utility>
 
 #include "hostkit/import/archive_check.h"
@@ -23,7 +22,6 @@ namespace fs = std::filesystem;
 using FilePtr = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 constexpr std::size_t kMostTold = 100;  // lines are compared with all before them
-constexpr int kMostEmptyReads = 10000;  // in a row, at a file's end
 
 /// An open file for reading.
 class ModelStream : public Assimp::IOStream {
@@ -31,11 +29,7 @@ class ModelStream : public Assimp::IOStream {
   ModelStream(FilePtr file, std::uint64_t size) : m_file(std::move(file)), m_size(size) {}
 
   std::size_t Read(void* to, std::size_t size, std::size_t count) override {
-    const std::size_t read = std::fread(to, size, count, m_file.get());
-    m_emptyReads = read > 0 ? 0 : m_emptyReads + 1;
-    // The library looks for the end of a PLY file's header until there is one.
-    if (m_emptyReads > kMostEmptyReads) throw std::runtime_error("it ends too early");
-    return read;
+    return std::fread(to, size, count, m_file.get());
   }
   std::size_t Write(const void*, std::size_t, std::size_t) override { return 0; }
   aiReturn Seek(std::size_t offset, aiOrigin origin) override {
@@ -53,7 +47,6 @@ class ModelStream : public Assimp::IOStream {
  private:
   FilePtr m_file;
   std::size_t m_size;
-  int m_emptyReads = 0;
 };
 
 /// Whether an importer looks there on its own: that of MD3 models asks for shaders, whatever the

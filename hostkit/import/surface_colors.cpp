@@ -34,11 +34,25 @@ void SetMetalRough(AttrProperty& surface, const Rgb& base, float metallic, float
   SetHighlight(surface, tint, strength, 2 / (width * width) - 2);
 }
 
+void SetPhong(AttrProperty& surface, const Imath::V3f& base, const Imath::V3f& specular,
+              float strength, float exponent) {
+  surface.base = ToColor({base.x, base.y, base.z});
+  SetHighlight(surface, {specular.x, specular.y, specular.z}, strength,
+               exponent <= 1 ? exponent * 128 : exponent);
+}
+
 SceneMaterial StandInMaterial() {
   SceneMaterial material;
   material.name = "default";
   material.surface.base = ToColor({0.8f, 0.8f, 0.8f});
   SetHighlight(material.surface, {1, 1, 1}, 0.2f, 30);
+  return material;
+}
+
+SceneMaterial ColorsOnlyMaterial() {
+  SceneMaterial material = StandInMaterial();
+  material.name = "vertex colours";
+  material.surface.base = {1, 1, 1};
   return material;
 }
 

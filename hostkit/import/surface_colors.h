@@ -1,6 +1,8 @@
 // Colours and surfaces of files into the Phong model that the renderer lights with.
 #pragma once
 
+#include <Imath/ImathVec.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -43,7 +45,16 @@ void SetHighlight(AttrProperty& surface, const Rgb& color, float strength, float
 /// the more the rougher the metal is, and the highlight takes the rest.
 void SetMetalRough(AttrProperty& surface, const Rgb& base, float metallic, float roughness);
 
+/// A surface of the Phong model, without transparency. Colours are display-referred; `strength` is
+/// a factor of the highlight's colour. An exponent that is no larger than 1 is taken for a share of
+/// 128, and 0 means no highlight.
+void SetPhong(AttrProperty& surface, const Imath::V3f& base, const Imath::V3f& specular,
+              float strength, float exponent);
+
 /// A light grey for meshes of files that have no materials.
 SceneMaterial StandInMaterial();
+
+/// The same in white, for vertex colours that stand for themselves.
+SceneMaterial ColorsOnlyMaterial();
 
 }  // namespace hostkit

@@ -1,24 +1,11 @@
 // Vertices of files, which may lie beyond what can be drawn.
 #include "hostkit/import/vertex_checks.h"
 
-#include <cmath>
 #include <cstddef>
 
 namespace hostkit {
-namespace {
 
 using Imath::V3f;
-
-// Beyond this the squares that lengths are made of leave the range of a float.
-constexpr float kLargestCoordinate = 1e18f;
-
-bool CanBeDrawn(const V3f& position) {
-  // False for NaN, too.
-  return std::abs(position.x) < kLargestCoordinate && std::abs(position.y) < kLargestCoordinate &&
-         std::abs(position.z) < kLargestCoordinate;
-}
-
-}  // namespace
 
 std::vector<bool> TakeOutBadPositions(std::vector<V3f>& positions) {
   std::vector<bool> bad;

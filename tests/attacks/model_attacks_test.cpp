@@ -138,7 +138,7 @@ TEST_F(Attacks, ModelsThatHangGrowAndCrash) {
        {"sampler": 0, "target": {"node": 0, "path": "translation"}}]}], "bufferViews")"}};
   const auto refused = Ends::kRefused, drawn = Ends::kDrawn;
   const Attack kAttacks[] = {
-      {"vertices", Ply("4000000000", ""), refused, {"m.ply: importing it took more than"}},
+      {"vertices", Ply("4000000000", ""), refused, {"m.ply: its header promises 4000000000 rows"}},
       {"faces", Ply("4", "3 0 1 4000000000\n3 0 1 -7\n"), drawn, {"m.ply: 2 faces name vertices"}},
       {"pixels",
        ObjOf({"a.png"}, PngHeader(60000, 60000)),

@@ -222,9 +222,12 @@ TEST_F(Import, FacesThatCannotBeDrawnAreLeftOut) {
 
 TEST_F(Import, BadFilesAreRefusedWithTheirReason) {
   const std::pair<std::string, const char*> cases[] = {
-      {m_folder.Path("none.obj"), "no such file"}, {m_folder.Path(""), "is a folder"},
-      {Write("empty.ply", ""), "is empty"},        {Write("model.xyz", "1 2 3"), "not known"},
-      {Write("plain", "1 2 3"), "not known"},      {Write("lone.obj", "v 0 0 0\n"), "lone.obj"}};
+      {m_folder.Path("none.obj"), "no such file"},
+      {m_folder.Path(""), "is a folder"},
+      {Write("empty.ply", ""), "is empty"},
+      {Write("model.xyz", "1 2 3"), "not known"},
+      {Write("plain", "1 2 3"), "not known"},
+      {Write("lone.obj", "vn 0 0 1\n"), "nothing to draw"}};
   for (const auto& [path, reason] : cases) EXPECT_TRUE(Holds(Refusal(path), {reason}));
   const std::string noise(300, '\xa7');
   for (const char* name : {"noise.glb", "noise.gltf", "noise.ply", "noise.dae", "noise.fbx"}) {

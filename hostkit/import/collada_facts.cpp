@@ -1,0 +1,134 @@
+// What COLLADA files say and the import library does not hand on.
+#include "hostkit/import/collada_facts.h"
+
+#include <strings.h>
+#include <pugixml.hpp>
+
+#include <cmath>
+#include <filesystem>
+#include <utility>
+
+#include "hostkit/import/number_text.h"
+#include "hostkit/import/read_meshes.h"
+
+namespace hostkit {
+namespace {
+
+using Elements = std::map<std::string, pugi::xml_node>;  // by identifier
+
+/// Calls `visit` for every element of that name, wherever it is.
+template <class Visit>
+class Walker : public pugi::xml_tree_walker {
+ public:
+  Walker(const char* name, Visit visit) : m_name(name), m_visit(std::move(visit)) {}
+  bool for_each(pugi::xml_node& node) override {
+    if (std::string_view(node.name()) == m_name) m_visit(node);
+    return true;
+  }
+
+ private:
+  std::string_view m_name;
+  Visit m_visit;
+};
+
+template <class Visit>
+void ForEach(pugi::xml_node root, const char* name, Visit visit) {
+  Walker<Visit> walker(name, std::move(visit));
+  root.traverse(walker);
+}
+
+Elements ById(pugi::xml_node root, const char* name) {
+  Elements elements;
+  ForEach(root, name, [&elements](const pugi::xml_node& node) {
+    elements.emplace(node.attribute("id").value(), node);
+  });
+  return elements;
+}
+
+/// The element that a "#identifier" leads to.
+pugi::xml_node Target(const Elements& elements, const char* url) {
+  const auto found = elements.find(*url == '#' ? url + 1 : url);
+  return found == elements.end() ? pugi::xml_node() : found->second;
+}
+
+float NumberIn(const pugi::xml_node& node) {
+  const std::string_view text = Trimmed(node.text().get());
+  const char* at = text.data();
+  double value = 0;
+  return ReadNumber(&at, at + text.size(), &value) && value > 0 && value < 1e18
+             ? static_cast<float>(value)
+             : 0;
+}
+
+/// Magnifications are half the width and half the height of the view.
+float HeightOf(const pugi::xml_node& camera) {
+  constexpr float kUsualAspect = 4.0f / 3;
+  const pugi::xml_node view =
+      camera.child("optics").child("technique_common").child("orthographic");
+  const float height = NumberIn(view.child("ymag")), width = NumberIn(view.child("xmag"));
+  const float aspect = NumberIn(view.child("aspect_ratio"));
+  return height > 0 ? 2 * height : 2 * width / (aspect > 0 ? aspect : kUsualAspect);
+}
+
+PictureWrap WrapIn(const pugi::xml_node& node) {
+  const std::string_view mode = Trimmed(node.text().get());
+  if (mode.empty() || mode == "WRAP") return PictureWrap::kRepeat;
+  return mode == "MIRROR" ? PictureWrap::kMirror : PictureWrap::kClamp;
+}
+
+/// The sampler of an effect's colour: of its emission where it has nothing but that.
+pugi::xml_node SamplerOf(const pugi::xml_node& effect) {
+  std::string name;
+  for (const char* part : {"emission", "diffuse"}) {
+    ForEach(effect, part, [&name](const pugi::xml_node& color) {
+      const char* sampler = color.child("texture").attribute("texture").value();
+      if (*sampler) name = sampler;
+    });
+  }
+  pugi::xml_node sampler;
+  ForEach(effect, "newparam", [&](const pugi::xml_node& parameter) {
+    if (name == parameter.attribute("sid").value()) sampler = parameter.child("sampler2D");
+  });
+  return sampler;
+}
+
+}  // namespace
+
+ColladaFacts::ColladaFacts(const ModelFiles& files) {
+  const std::string suffix = std::filesystem::path(files.ModelPath()).extension().string();
+  const OpenedFile file = files.OpenModel();
+  FileBytes bytes;
+  pugi::xml_document document;
+  if (strcasecmp(suffix.c_str(), ".dae") != 0 || !file.IsOpen() || !ReadWhole(file, &bytes) ||
+      !document.load_buffer(bytes.bytes.get(), bytes.size)) {
+    return;
+  }
+  const Elements cameras = ById(document, "camera");
+  ForEach(document, "instance_camera", [&](const pugi::xml_node& instance) {
+    m_cameras.push_back({instance.parent().attribute("id").value(),
+                         HeightOf(Target(cameras, instance.attribute("url").value()))});
+  });
+  const Elements effects = ById(document, "effect");
+  ForEach(document, "material", [&](const pugi::xml_node& material) {
+    const char* url = material.child("instance_effect").attribute("url").value();
+    const pugi::xml_node sampler = SamplerOf(Target(effects, url));
+    const Wraps wraps = {WrapIn(sampler.child("wrap_s")), WrapIn(sampler.child("wrap_t"))};
+    m_wraps.emplace(material.attribute("id").value(), wraps);
+    m_wraps.emplace(material.attribute("name").value(), wraps);
+  });
+}
+
+float ColladaFacts::ParallelHeight(const std::string& name, std::size_t index,
+                                   std::size_t count) const {
+  for (const Camera& camera : m_cameras) {
+    if (!camera.node.empty() && camera.node == name) return camera.height;
+  }
+  return count == m_cameras.size() && index < count ? m_cameras[index].height : 0;
+}
+
+ColladaFacts::Wraps ColladaFacts::WrapsOf(const std::string& name) const {
+  const auto found = m_wraps.find(name);
+  return found == m_wraps.end() ? Wraps{PictureWrap::kRepeat, PictureWrap::kRepeat} : found->second;
+}
+
+}  // namespace hostkit
