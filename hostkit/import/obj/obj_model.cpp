@@ -51,7 +51,7 @@ class Parser {
     while (m_at < m_end) {
       const char* const end = LineEnd();
       ReadLine(m_at, end);
-      m_at = std::min(end + 1, m_end);
+      m_at = end < m_end ? end + 1 : m_end;
     }
   }
 

@@ -29,6 +29,7 @@ class PlyBinaryValues {
   /// The fewest bytes that a value can have.
   static std::size_t LeastBytes(PlyType type) { return SizeOf(type); }
 
+  void GoToEnd() { m_at = m_end; }
   void BeginRow() {}
   void EndRow() {}
 
@@ -83,6 +84,7 @@ class PlyTextValues {
   /// A digit and what parts it from the next.
   static std::size_t LeastBytes(PlyType) { return 2; }
 
+  void GoToEnd() { m_at = m_end; }
   void BeginRow() { m_at = std::find_if_not(m_at, m_end, IsSpace); }
   void EndRow() { m_at = std::find_if(m_at, m_end, IsLineEnd); }
 

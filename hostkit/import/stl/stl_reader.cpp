@@ -223,7 +223,7 @@ bool ReadText(const ModelSource& source, std::string_view bytes, std::string* fa
     }
     AddMesh(source.scene, std::move(mesh));
   }
-  leftOut.Tell(source);
+  leftOut.Tell(source, &cutter);
   return true;
 }
 
