@@ -35,10 +35,12 @@ set(gl3_public_headers
   hostkit/pictures/picture_in.h
   hostkit/pictures/picture_recipe.h
   hostkit/scene/camera.h
+  hostkit/scene/deform.h
   hostkit/scene/node_animation.h
   hostkit/scene/scene.h
   hostkit/scene/scene_motion.h
   hostkit/scene/scene_merge.h
+  hostkit/scene/up_axis.h
   hostkit/import/model_import.h
   hostkit/isolated/import_process.h
   hostkit/feed/frame_settings.h

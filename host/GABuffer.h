@@ -85,8 +85,8 @@ class GABuffer : public GAssistObject {
   /// outside the view, texture null or empty, or z not between nearZ and farZ (0, for one). A `z`
   /// on one of those planes is moved 0.005 inwards. Under perspective, nearer than -0.99 pixels are
   /// taken for view units. Texturing is off in the GL afterwards.
-  virtual int TransparentBlit(GATexture*, CRect, float /*z*/, const Vector2& /*extent*/,
-                              float /*alpha*/) {
+  virtual int TransparentBlit(GATexture* /*texture*/, CRect /*rect*/, float /*z*/,
+                              const Vector2& /*extent*/, float /*alpha*/) {
     return 0;
   }
   /// Shows the frame on the screen; what comes next begins with undefined pixels. The arguments are
@@ -152,8 +152,8 @@ class GABuffer : public GAssistObject {
   /// the blue that was set cannot be asked for.
   virtual RGBFloat GetFogColor() { return {}; }
   /// Sets it in whatever context is current; SetFogState replaces it.
-  virtual void SetFogColor(RGBFloat) {}
+  virtual void SetFogColor(RGBFloat /*color*/) {}
   /// Density of fog per view unit; exactly 1, as at first, means linear fog. Takes effect at the
   /// next SetFogState. Calls no GL.
-  virtual void SetFogDensity(float) {}
+  virtual void SetFogDensity(float /*density*/) {}
 };

@@ -29,10 +29,10 @@ constexpr float kBlackBackground[3] = {0, 0, 0};
 
 /// A scene that was uploaded to a driver, and drawing it. A frame is Begin, Paint for each surface
 /// that holds a part of it, and for a viewer PaintOverlays. The driver must be operational, and
-/// neither it nor the scene may go before this. Instances and lights of the scene may change from
-/// frame to frame; grid, light ranges and the size of points that have none keep to what the scene
-/// was at Create. Between Paint and EndScene, which Paint calls, the buffer points to materials,
-/// lights and the scene record in here. One thread.
+/// neither it nor the scene may go before this. Instances and lights of the scene, and the vertices
+/// of meshes that are deformed, may change from frame to frame; grid, light ranges and the size of
+/// points that have none keep to what the scene was at Create. Between Paint and EndScene, which
+/// Paint calls, the buffer points to materials, lights and the scene record in here. One thread.
 class FramePainter {
  public:
   /// Uploads the scene's images as textures. On failure returns null with one line in `*error`.

@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 
@@ -24,6 +25,7 @@
 namespace hostkit {
 namespace {
 
+using Imath::M44d;
 using Imath::M44f;
 using Imath::Quatf;
 using Imath::V3f;
@@ -39,10 +41,6 @@ Quatf ToValue(const aiQuaternion& q) {
   const Quatf quaternion(q.w, q.x, q.y, q.z);
   const float length = quaternion.length();
   return length > 0 && std::isfinite(length) ? quaternion / length : Quatf();
-}
-
-M44f FiniteOr(const M44f& matrix, const M44f& fallback) {
-  return IsFinite(matrix) ? matrix : fallback;
 }
 
 /// Keys in seconds, by time; unusable ones are left out, and of several at one time the last stays.
@@ -89,8 +87,7 @@ class MotionImport {
   void IndexNames();
   void MarkAnimated(const aiAnimation& animation);
   const aiNode* Find(const aiString& name) const;
-  int Hang(const aiNode* node, M44f* toNode);
-  Imath::M44d ExactWay(const aiNode* node) const;
+  int Hang(const aiNode* node, M44d* toNode);
   int Keep(const aiNode* node);
   SceneJoint JointAt(const aiNode* node, const M44f& toJoint);
   void HangJoints(const aiMesh& source, const aiNode* own, SceneDeformation& deformation);
@@ -99,13 +96,20 @@ class MotionImport {
   void AddChannel(const aiNodeAnim& source, double ticksPerSecond, SceneAnimation& animation);
   void AddWeights(const aiMeshMorphAnim& source, double ticksPerSecond, SceneAnimation& animation);
 
+  // From a node that is not animated to the nearest one above it that is.
+  struct Way {
+    int node = -1;  // its index among the kept, -1: the world
+    M44d toNode;
+  };
+
   const ImportContext& m_context;
   SceneMotion& m_motion;
   std::unordered_map<std::string, const aiNode*> m_byName;
   std::unordered_map<const aiNode*, int> m_animated;  // to their index among the kept, or -1
-  std::vector<int> m_deformed;                        // by mesh, its deformation or -1
-  std::vector<const aiMesh*> m_sources;               // by deformation
-  std::vector<const aiNode*> m_places;                // by deformation, where its mesh hangs
+  std::unordered_map<const aiNode*, Way> m_ways;
+  std::vector<int> m_deformed;           // by mesh, its deformation or -1
+  std::vector<const aiMesh*> m_sources;  // by deformation
+  std::vector<const aiNode*> m_places;   // by deformation, where its mesh hangs
 };
 
 /// The first node of each name, in the order that the import library itself looks for names.
@@ -133,22 +137,21 @@ void MotionImport::MarkAnimated(const aiAnimation& animation) {
 
 /// The nearest animated node at or above `node`, and in `*toNode` the way to its space; -1 when
 /// there is none.
-int MotionImport::Hang(const aiNode* node, M44f* toNode) {
-  *toNode = M44f();
-  for (; node; node = node->mParent) {
-    if (m_animated.count(node)) return Keep(node);
-    *toNode *= MatrixOf(*node);
+int MotionImport::Hang(const aiNode* node, M44d* toNode) {
+  // What is found out is kept for every node on the way: files may nest deeply.
+  std::vector<const aiNode*> chain;
+  while (node && !m_animated.count(node) && !m_ways.count(node)) {
+    chain.push_back(node);
+    node = node->mParent;
   }
-  return -1;
-}
-
-/// The way that Hang tells, in doubles.
-Imath::M44d MotionImport::ExactWay(const aiNode* node) const {
-  Imath::M44d way;
-  for (; node && !m_animated.count(node); node = node->mParent) {
-    way *= Imath::M44d(MatrixOf(*node));
+  Way way;
+  if (node) way = m_animated.count(node) ? Way{Keep(node), M44d()} : m_ways[node];
+  for (; !chain.empty(); chain.pop_back()) {
+    way.toNode = M44d(MatrixOf(*chain.back())) * way.toNode;
+    m_ways.emplace(chain.back(), way);
   }
-  return way;
+  *toNode = way.toNode;
+  return way.node;
 }
 
 /// Adds an animated node with those above it, once.
@@ -163,13 +166,16 @@ int MotionImport::Keep(const aiNode* node) {
   }
   for (; !chain.empty(); chain.pop_back()) {
     SceneNode kept;
-    kept.place = FiniteOr(MatrixOf(*chain.back()), M44f());
+    M44d toParent;
+    kept.place = MatrixOf(*chain.back());
+    if (!IsFinite(kept.place)) kept.place = M44f();
     // Those above are there by now, so that this ends at once.
-    kept.parent = Hang(chain.back()->mParent, &kept.toParentNode);
-    kept.toParentNode = FiniteOr(kept.toParentNode, M44f());
+    kept.parent = Hang(chain.back()->mParent, &toParent);
+    if (!IsFinite(M44f(toParent))) toParent = M44d();
+    kept.toParentNode = M44f(toParent);
     m_animated[chain.back()] = static_cast<int>(m_motion.nodes.size());
     m_motion.nodes.push_back(kept);
-    m_context.places->nodes.push_back(ExactWay(chain.back()->mParent));
+    m_context.places->nodes.push_back(toParent);
   }
   return m_animated[node];
 }
@@ -178,9 +184,9 @@ int MotionImport::Keep(const aiNode* node) {
 /// not finite, it leaves the mesh where it is.
 SceneJoint MotionImport::JointAt(const aiNode* node, const M44f& toJoint) {
   SceneJoint joint;
-  M44f toNode;
+  M44d toNode;
   if (node) joint.node = Hang(node, &toNode);
-  joint.toNode = toJoint * toNode;
+  joint.toNode = M44f(M44d(toJoint) * toNode);
   return IsFinite(joint.toNode) ? joint : SceneJoint();
 }
 
@@ -233,11 +239,14 @@ void MotionImport::AddInstances(const std::vector<const aiNode*>& nodes) {
     if (const SceneDeformation* deformation = DeformationOf(i);
         deformation && !deformation->joints.empty()) {
       m_context.scene->instances[i].toWorld = M44f();  // its joints lead there
+      m_context.places->instances[i] = M44d();
       continue;
     }
+    M44d toNode;
     MovingInstance moving;
     moving.instance = static_cast<int>(i);
-    moving.node = Hang(nodes[i], &moving.toNode);
+    moving.node = Hang(nodes[i], &toNode);
+    moving.toNode = M44f(toNode);
     if (moving.node >= 0) m_motion.instances.push_back(moving);
   }
 }
@@ -245,7 +254,7 @@ void MotionImport::AddInstances(const std::vector<const aiNode*>& nodes) {
 void MotionImport::AddCameras() {
   for (unsigned i = 0; i < Source().mNumCameras; ++i) {
     const aiCamera& source = *Source().mCameras[i];
-    M44f toNode;
+    M44d toNode;
     MovingCamera moving;
     moving.camera = static_cast<int>(i);
     moving.node = Hang(Find(source.mName), &toNode);
@@ -259,7 +268,7 @@ void MotionImport::AddCameras() {
 
 void MotionImport::AddLights(const std::vector<const aiLight*>& lights) {
   for (std::size_t i = 0; i < lights.size(); ++i) {
-    M44f toNode;
+    M44d toNode;
     MovingLight moving;
     moving.light = static_cast<int>(i);
     moving.node = Hang(Find(lights[i]->mName), &toNode);
@@ -292,11 +301,12 @@ void MotionImport::AddChannel(const aiNodeAnim& source, double ticksPerSecond,
 
 /// Keys name the node of their mesh, some with a number behind it, or the mesh.
 bool MotionImport::IsOf(const aiString& keys, std::size_t deformation) const {
-  const std::string name = keys.C_Str();
+  const std::string_view name = keys.C_Str();
   if (name == m_sources[deformation]->mName.C_Str()) return true;
   const aiNode* place = m_places[deformation];
-  const std::string node = place ? place->mName.C_Str() : "";
-  return !node.empty() && (name == node || name.starts_with(node + "*"));
+  const std::string_view node = place ? place->mName.C_Str() : "";
+  if (node.empty() || !name.starts_with(node)) return false;
+  return name.size() == node.size() || name[node.size()] == '*';
 }
 
 void MotionImport::AddWeights(const aiMeshMorphAnim& source, double ticksPerSecond,

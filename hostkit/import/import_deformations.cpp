@@ -114,7 +114,7 @@ std::vector<V3f> Differences(const aiVector3D* shape, const aiVector3D* own, std
 /// they say, which is mostly 0.
 float RestWeight(const ImportContext& context, float given) {
   if (!std::isfinite(given)) return 0;
-  if (given != 1 || context.IsGltf()) return given;
+  if (given != 1) return given;
   context.Warn(
       fmt::format("{}: shapes count for nothing at rest, since their weights there cannot "
                   "be read; give them keys, or export it as glTF",

@@ -194,6 +194,7 @@ std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& opti
   const bool isLibrarys = !isRead && error->empty();
   if (isLibrarys) isRead = ReadByLibrary(source, error);
   if (!isRead || !HasContent(*scene, path, error)) return nullptr;
+  SettleAtRest(*scene);  // it is centred as it is posed
   std::string why;
   if (Recentre(*scene, places, &why)) return scene;
   *error = fmt::format("{}: {}", path, why);
@@ -206,9 +207,7 @@ std::unique_ptr<Scene> ImportModel(const std::string& path, std::string* error,
                                    const ImportOptions& options) {
   error->clear();
   try {
-    std::unique_ptr<Scene> scene = CheckFile(path, error) ? Import(path, options, error) : nullptr;
-    if (scene) SettleAtRest(*scene);
-    return scene;
+    return CheckFile(path, error) ? Import(path, options, error) : nullptr;
   } catch (const std::bad_alloc&) {
     *error = fmt::format("{}: not enough memory for it; use a smaller model", path);
   } catch (const std::exception& problem) {

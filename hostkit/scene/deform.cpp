@@ -96,15 +96,15 @@ void AddDifference(const V3f* difference, float weight, std::size_t count, V3f* 
   for (; i < floats; ++i) to[i] += from[i] * weight;
 }
 
-/// Whether all are finite. What is not leaves a mark where it is taken from itself.
+/// Whether all are finite. What is not leaves a mark when it is multiplied by zero.
 bool AreFinite(const V3f* vectors, std::size_t count) {
   if (count == 0) return true;
   const float* const from = vectors->getValue();
   const std::size_t floats = 3 * count;
   Lanes marks = {};
   std::size_t i = 0;
-  for (; i + 4 <= floats; i += 4) marks += Load(from + i) - Load(from + i);
-  for (; i < floats; ++i) marks[0] += from[i] - from[i];
+  for (; i + 4 <= floats; i += 4) marks += Load(from + i) * 0.0f;
+  for (; i < floats; ++i) marks[0] += from[i] * 0.0f;
   return marks[0] + marks[1] + marks[2] + marks[3] == 0;
 }
 

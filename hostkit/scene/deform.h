@@ -20,9 +20,9 @@ struct DeformationPose {
 
 /// A mesh to be posed.
 struct DeformedMesh {
-  const SceneDeformation* deformation = nullptr;
-  const DeformationPose* pose = nullptr;  ///< Of that deformation.
-  SceneMesh* mesh = nullptr;              ///< Likewise.
+  const SceneDeformation* deformation = nullptr;  ///< How it moves; not owned.
+  const DeformationPose* pose = nullptr;          ///< Of that deformation.
+  SceneMesh* mesh = nullptr;                      ///< Likewise.
 };
 
 /// Puts positions and unit normals of the meshes, each of which is named once, where their poses

@@ -24,6 +24,7 @@ NodePlace PlaceAt(const NodeChannel& channel, double seconds);
 /// Poses one scene again and again, which must outlive it.
 class ScenePoser {
  public:
+  /// `scene` is not owned.
   explicit ScenePoser(Scene& scene) : m_scene(scene) {}
 
   /// Puts the scene's instances, cameras, lights and deformed vertices where the animations have

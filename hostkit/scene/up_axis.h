@@ -8,15 +8,24 @@
 
 namespace hostkit {
 
-enum class UpAxis : std::uint8_t { kPlusX, kMinusX, kPlusY, kMinusY, kPlusZ, kMinusZ };
+/// The direction that is up.
+enum class UpAxis : std::uint8_t {
+  kPlusX,   ///< Along x.
+  kMinusX,  ///< Against x.
+  kPlusY,   ///< Along y, as in the world of a Scene.
+  kMinusY,  ///< Against y.
+  kPlusZ,   ///< Along z.
+  kMinusZ   ///< Against z.
+};
 
 /// Where the axes of a world with y up lie in one with another axis up: coordinate i is `sign[i]`
 /// times coordinate `of[i]`. Up z and up x are as COLLADA has them: seen from the front, which is
 /// z with y up, right is x, or -y where x is up.
 struct AxisTurn {
-  int of[3];
-  float sign[3];
+  int of[3];      ///< Which coordinate of the world with y up.
+  float sign[3];  ///< 1, or -1 where it is turned round.
 };
+/// Of each UpAxis.
 inline constexpr AxisTurn kAxisTurns[] = {
     {{1, 0, 2}, {1, -1, 1}}, {{1, 0, 2}, {-1, 1, 1}},   // x, -x
     {{0, 1, 2}, {1, 1, 1}},  {{0, 1, 2}, {1, -1, -1}},  // y, -y

@@ -17,10 +17,7 @@ using Frames = std::vector<int>;
 using Words = std::vector<std::string>;
 
 TEST(FrameList, ReadsFramesRangesAndSteps) {
-  const struct {
-    const char* text;
-    Frames frames;
-  } cases[] = {
+  const std::pair<const char*, Frames> cases[] = {
       {"7", {7}},
       {"0", {0}},
       {"1-4", {1, 2, 3, 4}},
@@ -73,9 +70,7 @@ TEST(FrameList, ChunksHoldEveryItemOnce) {
 }
 
 TEST(OutputPattern, ExpandsItsPlaces) {
-  const struct {
-    const char *pattern, *path;
-  } cases[] = {
+  const std::pair<const char*, const char*> cases[] = {
       {"a.png", "a.png"},           {"a#.png", "a#.png"},   {"a##.png", "a07.png"},
       {"####/x.png", "0007/x.png"}, {"%d.png", "7.png"},    {"%04d.png", "0007.png"},
       {"%3d.png", "007.png"},       {"%%d.png", "%d.png"},  {"%x%", "%x%"},

@@ -1,8 +1,6 @@
 // How much memory a process may use, from made-up trees of the kernel's.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <string>
 #include <utility>
 #include <vector>
 

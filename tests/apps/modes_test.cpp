@@ -5,10 +5,7 @@
 #include <OpenEXR/ImfInputFile.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <map>
-#include <string>
-#include <vector>
 
 #include "tests/support/common/gl3_process.h"
 
@@ -90,8 +87,7 @@ TEST_F(Modes, AddWhatIsAskedForAndRepeatIt) {
 
 TEST_F(Modes, SayWhenThereIsNoFont) {
   Write("fonts.conf", "<?xml version=\"1.0\"?><fontconfig></fontconfig>");
-  Gl3Setup setup;
-  setup.environment = {"FONTCONFIG_FILE=" + Path("fonts.conf").string()};
+  const Gl3Setup setup = {.environment = {"FONTCONFIG_FILE=" + Path("fonts.conf").string()}};
   const Gl3Result result = Run(m_render + "--text Text", setup);
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.err.rfind("gl3: --text: no font found; ", 0), 0u) << result.err;

@@ -1,16 +1,12 @@
 // What options become, and the ends of their ranges, without running the program.
 #include <fmt/format.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-#include <vector>
 
 #include "apps/base/command_words.h"
 #include "apps/base/text.h"
 #include "apps/options/filter_options.h"
 #include "apps/options/option_parser.h"
 #include "apps/options/render_options.h"
+#include "tests/support/common/holds.h"
 #include "tests/support/common/temp_folder.h"
 
 namespace {
@@ -234,10 +230,8 @@ TEST(RenderOptions, AreRefusedBeyondTheirRangesAndWithoutAMeaning) {
     for (const std::string& value : values) {
       std::string error;
       EXPECT_EQ(Become("m.obj -o o.png " + option + value, &error), "refused") << option << value;
-      EXPECT_NE(error.find(name.substr(0, name.find_first_of(" ="))), std::string::npos) << error;
-      for (const std::string& part : parts) {
-        EXPECT_NE(error.find(part), std::string::npos) << part << " is not in: " << error;
-      }
+      EXPECT_TRUE(Holds(error, {name.substr(0, name.find_first_of(" ="))}));
+      EXPECT_TRUE(Holds(error, parts));
     }
   }
 }
@@ -288,7 +282,7 @@ TEST(FilterOptions, NameTheirOutputs) {
     std::vector<std::string> outputs;
     std::string text = gl3::NameOutputs(options, &outputs).message;
     if (!text.empty()) {
-      EXPECT_NE(text.find(named), std::string::npos) << text;
+      EXPECT_TRUE(Holds(text, {named}));
       continue;
     }
     for (const std::string& path : outputs) {

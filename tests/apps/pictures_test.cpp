@@ -1,9 +1,5 @@
 // Renders that succeed: the files, what the options do to the pixels, the figures, the recipe.
-#include <cstdio>
-#include <filesystem>
 #include <nlohmann/json.hpp>
-#include <string>
-#include <vector>
 
 #include "tests/support/common/gl3_process.h"
 #include "tests/support/common/holds.h"
@@ -13,18 +9,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// What an outside program says about a picture file.
-std::string InfoOf(const fs::path& path) {
-  std::string text;
-  std::FILE* pipe = popen(("oiiotool --info -v '" + path.string() + "' 2>&1").c_str(), "r");
-  if (!pipe) return text;
-  char block[4096];
-  while (const std::size_t count = std::fread(block, 1, sizeof block, pipe))
-    text.append(block, count);
-  pclose(pipe);
-  return text;
-}
-
 class Pictures : public Gl3Test {
  protected:
   Pictures() {
@@ -32,6 +16,10 @@ class Pictures : public Gl3Test {
     Write("cameras.gltf", kCamerasGltf);
   }
 
+  /// What an outside program says about a picture file.
+  std::string InfoOf(const std::string& name) const {
+    return Run({"oiiotool", "--info", "-v", name}, {.program = "/usr/bin/env"}).out;
+  }
   /// Renders without a word and reads the PNG.
   Pixels Render(const std::string& line) const {
     EXPECT_EQ(Done("render -o out.png -s 96x64 " + line), "");
@@ -42,11 +30,10 @@ class Pictures : public Gl3Test {
 TEST_F(Pictures, AreWrittenInEveryKindWithTheirRecipe) {
   for (const char* name : {"a picture.png", "out.exr", "out.jpg", "OUT.JPEG"}) {
     Done({"render", "squares.obj", "-o", name, "--size", "97x63"});
-    EXPECT_TRUE(
-        Holds(InfoOf(Path(name)), {"97 x   63", "gl3 render squares.obj -o", "xxh3:", "fov=40"}));
+    EXPECT_TRUE(Holds(InfoOf(name), {"97 x   63", "gl3 render squares.obj -o", "xxh3:", "fov=40"}));
   }
-  EXPECT_TRUE(Holds(InfoOf(Path("a picture.png")), {"-o 'a picture.png'"}));
-  EXPECT_TRUE(Holds(InfoOf(Path("out.exr")), {"half openexr"}));
+  EXPECT_TRUE(Holds(InfoOf("a picture.png"), {"-o 'a picture.png'"}));
+  EXPECT_TRUE(Holds(InfoOf("out.exr"), {"half openexr"}));
   EXPECT_EQ(Names().size(), 6u);
 }
 
@@ -135,20 +122,19 @@ TEST_F(Pictures, MergeSeveralModels) {
   EXPECT_GT(second["milliseconds"]["effects"], 0);
   EXPECT_EQ(first["milliseconds"]["effects"], 0);
   EXPECT_LE(sum, second["milliseconds"]["total"]);
-  EXPECT_TRUE(Holds(InfoOf(Path("two.png")), {"gl3:input2: \"cameras.gltf"}));
+  EXPECT_TRUE(Holds(InfoOf("two.png"), {"gl3:input2: \"cameras.gltf"}));
   // Where pixels are drawn on the processor there is no other device to ask for.
   if (first["software"]) {
     // Mesa loses a few bytes with a display that turns out not to fit.
-    Gl3Setup setup;
-    setup.environment = {"ASAN_OPTIONS=detect_leaks=0"};
-    ExpectRefused("render squares.obj -o one.png --device gpu", 4, {"--device gpu", "; "}, setup);
+    ExpectRefused("render squares.obj -o one.png --device gpu", 4, {"--device gpu", "; "},
+                  {.environment = {"ASAN_OPTIONS=detect_leaks=0"}});
   }
 }
 
 TEST_F(Pictures, NeedNothingFromTheEnvironment) {
-  Gl3Setup bare;
-  bare.environment = {"HOME=", "LANG=", "XDG_CONFIG_HOME=", "GL3_REGISTRY=", "DISPLAY="};
-  bare.closeStandardStreams = true;
+  const Gl3Setup bare = {
+      .environment = {"HOME=", "LANG=", "XDG_CONFIG_HOME=", "GL3_REGISTRY=", "DISPLAY="},
+      .closeStandardStreams = true};
   EXPECT_EQ(Run("render squares.obj -o out.png --json", bare).status, 0);
   EXPECT_FALSE(ReadPng(Path("out.png")).IsConstant());
   Gl3Process elsewhere("/proc", m_logs, {"render", Path("squares.obj"), "-o", Path("b.png")});

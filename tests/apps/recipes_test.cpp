@@ -1,12 +1,7 @@
 // What pictures tell about how they were made, and which files a recipe may have read.
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
 #include <tuple>
 #include <utility>
-#include <vector>
 
 #include "apps/base/command_words.h"
 #include "apps/options/render_options.h"
@@ -41,10 +36,6 @@ class Recipes : public Gl3Test {
                     Path("in/squares.obj").string()}),
               "");
   }
-  std::string Bytes(const std::string& name) const {
-    std::ifstream file(Path(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
   void Copy(const std::string& from, const std::string& to) const {
     fs::copy_file(Path(from), Path(to), fs::copy_options::overwrite_existing);
   }
@@ -59,14 +50,14 @@ TEST_F(Recipes, TellPathsNamesOrNothing) {
   for (const std::string suffix : {".png", ".exr", ".jpg"}) {
     SCOPED_TRACE(suffix);
     for (const char* kind : {"full", "names", "none"}) DrawWith(kind, kind + suffix);
-    const std::string full = Bytes("out/full" + suffix), names = Bytes("out/names" + suffix);
+    const std::string full = Read("out/full" + suffix), names = Read("out/names" + suffix);
     EXPECT_TRUE(Has(full, "--view front " + Path("in/squares.obj").string()));
     EXPECT_TRUE(Has(full, Path("in/squares.obj").string() + " xxh3:"));
     EXPECT_TRUE(Has(names, "-qonames" + suffix + " -s64x40 --overlay=logo.png,5,6 --view"));
     EXPECT_TRUE(Has(names, "squares.obj xxh3:"));
     EXPECT_FALSE(Has(names, folder));
-    EXPECT_FALSE(Has(Bytes("out/none" + suffix), "gl3:command"));
-    EXPECT_FALSE(Has(Bytes("out/none" + suffix), folder));
+    EXPECT_FALSE(Has(Read("out/none" + suffix), "gl3:command"));
+    EXPECT_FALSE(Has(Read("out/none" + suffix), folder));
     ExpectRefused({"render", "--like", "out/none" + suffix, "-o", "new.png"}, 3, {"none", "; "});
     const std::string filtered = "soft" + suffix;
     for (const auto& [kind, tells] : {std::pair("names", true), {"none", false}}) {
@@ -74,9 +65,9 @@ TEST_F(Recipes, TellPathsNamesOrNothing) {
                      "--effect", "tint", "--recipe", kind})
                     .status,
                 0);
-      EXPECT_FALSE(Has(Bytes(filtered), folder));
-      EXPECT_EQ(Has(Bytes(filtered), "gl3 filter logo.png -o soft"), tells);
-      EXPECT_EQ(Has(Bytes(filtered), "logo.png xxh3:"), tells);
+      EXPECT_FALSE(Has(Read(filtered), folder));
+      EXPECT_EQ(Has(Read(filtered), "gl3 filter logo.png -o soft"), tells);
+      EXPECT_EQ(Has(Read(filtered), "logo.png xxh3:"), tells);
     }
   }
 }
@@ -109,8 +100,7 @@ TEST_F(Recipes, OfStrangersReadNothingUnheard) {
   const Arguments far = {"render", "--like", "out/far.png", "-o", "new.png"};
   Arguments confined = far;
   confined.emplace_back("--confined");
-  Gl3Setup service;
-  service.environment = {"GL3_CONFINED=1"};
+  const Gl3Setup service = {.environment = {"GL3_CONFINED=1"}};
   ExpectRefused(confined, 3, {model + ", " + logo, "give --overlay and MODEL"});
   ExpectRefused(far, 3, {model + ", " + logo}, service);
   EXPECT_TRUE(Has(Run(far).err, "outside of its folder: " + model + ", " + logo));

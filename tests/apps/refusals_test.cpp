@@ -1,7 +1,5 @@
 // Wrong usage, input that cannot be read, output that cannot be written, a module that is not
 // there: the status, one line with the thing and the remedy, no file.
-#include <filesystem>
-#include <string>
 
 #include "tests/support/common/gl3_process.h"
 
@@ -58,10 +56,10 @@ TEST_F(Refusals, OfOutputThatCannotBeWritten) {
   ExpectRefused("render ok.obj -o no/x##.png --turntable 2", 5, {"no/x01.png"});
   // As a disk does that fills up in mid-write: the check before the work cannot see it.
   Write("old.png", "old");
-  Gl3Setup small;
-  small.fileSizeLimit = 4096;
+  const Gl3Setup small = {.fileSizeLimit = 4096};
   for (const char* output : {"old.png", "new.exr", "new.jpg"}) {
-    ExpectRefused({"render", "ok.obj", "-o", output, "-s", "900x900"}, 5, {output, "; "}, small);
+    ExpectRefused({"render", "ok.obj", "-o", output, "-s", "900x900"}, 5,
+                  {output, "larger than allowed", "; "}, small);
   }
   EXPECT_EQ(fs::file_size(Path("old.png")), 3u);
 }
@@ -70,9 +68,8 @@ TEST_F(Refusals, OfModulesAndDevices) {
   // A copy of the program in a folder of its own has no module beside it.
   fs::create_directory(m_base / "modules");
   const std::string folder = (m_base / "modules").string();
-  Gl3Setup setup;
-  setup.program = CopyOfTheProgram(m_base / "copy");
-  setup.environment = {"GL3_MODULE_PATH=" + folder};
+  const Gl3Setup setup = {.environment = {"GL3_MODULE_PATH=" + folder},
+                          .program = CopyOfTheProgram(m_base / "copy")};
   ExpectRefused(m_render, 4, {"OpenGL3.so", folder, "; "}, setup);
 
   Write("../modules/OpenGL3.so", "not a library");
@@ -81,8 +78,7 @@ TEST_F(Refusals, OfModulesAndDevices) {
   ExpectRefused(m_render + "--module missing.so", 4, {"missing.so", "; "});
 
   ExpectRefused(m_render + "--device 999", 4, {"--device 999", "; "});
-  Gl3Setup wrongDevice;
-  wrongDevice.environment = {"GL3_DEVICE=999"};
+  const Gl3Setup wrongDevice = {.environment = {"GL3_DEVICE=999"}};
   ExpectRefused(m_render, 4, {"GL3_DEVICE=999", "; "}, wrongDevice);
   EXPECT_EQ(Run(m_render + "-s 16x16 --device cpu", wrongDevice).status, 0)
       << "the flag beats the environment";

@@ -1,17 +1,9 @@
 // Sequences: which files come out, that they can be gone on with and repeated, what ends them.
-#include <png.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
-#include <set>
-#include <string>
-#include <vector>
 
-#include "tests/apps/report_outline.h"
 #include "tests/support/common/gl3_process.h"
 #include "tests/support/common/holds.h"
 #include "tests/support/common/png_pixels.h"
@@ -115,11 +107,17 @@ TEST_F(Sequences, AreGoneOnWithAndShared) {
     return nlohmann::json::parse(
         Done("render squares.obj -o s##.png --turntable 6 -s 33x21 --json " + more));
   };
-  nlohmann::json some = render("--chunk 2/4 --fps 8 --effect tint");
-  EXPECT_TRUE(some["software"].is_boolean());
-  some.erase("software");
+  // Whether they are above 0 in place of times and bytes, whether they are there in place of the
+  // machine's own names.
+  nlohmann::json some = render("--chunk 2/4 --fps 8 --effect tint").flatten();
+  for (auto& [path, value] : some.items()) {
+    const bool isAmount = path.find("milliseconds") != path.npos || path == "/peakMemoryBytes";
+    if (isAmount) value = value > 0;
+    if (path == "/renderer" || path == "/platform" || path == "/device") value = value != "";
+    if (path == "/software") value = value.is_boolean();
+  }
   const char* const outline = R"({"models": ["squares.obj"], "output": "s##.png", "width": 33,
-"height": 21, "triangles": 4, "renderer": true, "platform": true, "device": true, "milliseconds":
+"height": 21, "triangles": 4, "renderer": true, "software": true, "platform": true, "device": true, "milliseconds":
 {"start": true, "import": true, "upload": true, "draw": true, "readBack": true, "effects": true,
 "write": true, "total": true}, "pictures": 2, "skipped": 0, "frames": [
 {"frame": 2, "seconds": 0.125, "output": "s02.png", "milliseconds":
@@ -127,7 +125,7 @@ TEST_F(Sequences, AreGoneOnWithAndShared) {
 {"frame": 6, "seconds": 0.625, "output": "s06.png", "milliseconds":
 {"draw": true, "readBack": true, "effects": true, "write": true, "total": true}}],
 "peakMemoryBytes": true, "warnings": null})";
-  EXPECT_EQ(Outline(some), nlohmann::json::parse(outline));
+  EXPECT_EQ(some.unflatten(), nlohmann::json::parse(outline));
   EXPECT_EQ(Pictures(), (std::set<std::string>{"s02.png", "s06.png"}));
   Write("s03.png", "");  // no picture
   const auto rest = render("--skip-existing");
@@ -161,14 +159,15 @@ TEST_F(Sequences, ThatCannotBeWrittenToTheEndKeepWhatIsThere) {
 }
 
 TEST_F(Sequences, ThatAreEndedLeaveWholePicturesOnly) {
-  for (int i = 0; i < 8; ++i) {
+  const char* const steps[] = {"starting", "importing", "drawing", "written in"};
+  const int signals[] = {SIGINT, SIGTERM, SIGKILL};
+  for (int i = 0; i < 12; ++i) {
     SCOPED_TRACE(i);
-    const int signals[] = {SIGINT, SIGTERM, SIGKILL};
     const int signal = signals[i % 3];
     Gl3Process process(
         m_work, m_logs,
         "render squares.obj -o k###.png --turntable 400 -s 320x240 -v --skip-existing");
-    ASSERT_TRUE(process.WaitFor("written in"));
+    ASSERT_TRUE(process.WaitFor(steps[i % 4]));
     usleep(static_cast<useconds_t>(i) * 1700);
     const pid_t child = process.Child();
     process.Signal(signal);
@@ -177,7 +176,7 @@ TEST_F(Sequences, ThatAreEndedLeaveWholePicturesOnly) {
     while (child > 0 && kill(child, 0) == 0) usleep(1000);  // it goes with its parent
     const std::set<std::string> pictures = Pictures();
     for (const std::string& name : pictures) EXPECT_NO_THROW(Png(name)) << name;
-    if (signal == SIGKILL) continue;
+    if (signal == SIGKILL || i % 4 < 3) continue;
     const std::string count = "gl3: " + std::to_string(pictures.size()) + " of 400 pictures";
     const std::string oneLess = "gl3: " + std::to_string(pictures.size() - 1) + " of 400 pictures";
     const std::string last = LastLine(result.err);
@@ -239,54 +238,28 @@ TEST_F(Sequences, RecipesAreRepeated) {
   Write("squares.obj", std::string(kSquaresObj) + "# changed\n");
   const Gl3Result changed = Run({"render", "--like", "t3.png", "-o", "changed.png"});
   EXPECT_EQ(changed.status, 0);
-  EXPECT_NE(changed.err.find("squares.obj: is not the file that t3.png was made of"),
-            std::string::npos)
-      << changed.err;
-}
-
-/// A PNG of one pixel with this text under "gl3:command".
-void WriteWithCommand(const fs::path& path, const std::string& command) {
-  std::FILE* file = std::fopen(path.c_str(), "wb");
-  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-  png_infop info = png_create_info_struct(png);
-  png_init_io(png, file);
-  png_set_IHDR(png, info, 1, 1, 8, PNG_COLOR_TYPE_GRAY, 0, 0, 0);
-  png_text text = {};
-  text.compression = PNG_TEXT_COMPRESSION_NONE;
-  text.key = const_cast<char*>("gl3:command");
-  text.text = const_cast<char*>(command.c_str());
-  text.text_length = command.size();
-  png_set_text(png, info, &text, 1);
-  png_write_info(png, info);
-  unsigned char pixel = 0;
-  png_write_row(png, &pixel);
-  png_write_end(png, info);
-  png_destroy_write_struct(&png, &info);
-  std::fclose(file);
+  EXPECT_TRUE(Holds(changed.err, {"squares.obj: is not the file that t3.png was made of"}));
 }
 
 TEST_F(Sequences, RecipesAreForeignText) {
-  const Arguments like = {"render", "--like", "x.png", "-o", "out.png"};
+  // The header of a picture of one pixel with that command in its comment.
+  const auto write = [this](const std::string& command) {
+    const std::string text = "gl3:command: " + command;
+    Write("x.jpg",
+          std::string("\xff\xd8\xff\xfe\0", 5) + static_cast<char>(text.size() + 2) + text +
+              std::string("\xff\xc0\0\x0b\x8\0\1\0\1\1\1\x11\0\xff\xda\0\x8\1\1\0\0\x3f\0", 23));
+  };
+  const Arguments like = {"render", "--like", "x.jpg", "-o", "out.png"};
   for (const char* command :
        {"", "gl3", "gl3 filter a.png -o b.png", "sh -c 'touch pwned'",
         "gl3 render squares.obj; touch pwned", "gl3 render $(touch pwned)",
         "gl3 render squares.obj --unknown", "gl3 render squares.obj --size", "gl3 render 'open",
         "gl3 render squares.obj --size 0x0", "gl3 render --help"}) {
-    WriteWithCommand(Path("x.png"), command);
-    ExpectRefused(like, 3, {"x.png: ", "; "});
+    write(command);
+    ExpectRefused(like, 3, {"x.jpg: ", "; "});
   }
-  WriteWithCommand(Path("x.png"), "gl3 render missing.obj");
-  ExpectRefused(like, 3, {"missing.obj", "x.png"});
-  // Neither code that it names is loaded nor its files are written.
-  WriteWithCommand(Path("x.png"),
-                   "gl3 render squares.obj -o victim.png --module ./evil.so -s 8x8 --json");
-  const Gl3Result result = Run(like);
-  EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_EQ(result.out, "");
-  EXPECT_EQ(Png("out.png").width, 8);
-  EXPECT_EQ(Pictures(), (std::set<std::string>{"out.png", "x.png"}));
-  fs::remove(Path("out.png"));
-
+  write("gl3 render missing.obj");
+  ExpectRefused(like, 3, {"missing.obj", "x.jpg"});
   Write("cut.png", "\x89PNG\r\n\x1a\n");
   Write("cut.exr", "\x76\x2f\x31\x01 nothing more");
   Write("cut.jpg", "\xff\xd8\xff\xe0");
@@ -295,7 +268,8 @@ TEST_F(Sequences, RecipesAreForeignText) {
        {"cut.png", "cut.exr", "cut.jpg", "empty.png", "squares.obj", "no.png", "."}) {
     ExpectRefused({"render", "--like", name, "-o", "out.png"}, 3, {name, "; "});
   }
-  ExpectRefused({"render", "--like", "x.png"}, 2, {"--output"});
+  write("gl3 render squares.obj");
+  ExpectRefused({"render", "--like", "x.jpg"}, 2, {"--output"});
 }
 
 }  // namespace

@@ -1,11 +1,7 @@
 // `gl3 settings`: what is listed, what is stored, what is refused, the way to the page.
-#include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <sstream>
-#include <string>
 #include <utility>
-#include <vector>
 
 #include "tests/support/common/gl3_process.h"
 #include "tests/support/common/holds.h"
@@ -20,11 +16,6 @@ class SettingsVerb : public Gl3Test {
 
   /// What `gl3 settings` with more words prints, without a word on standard error.
   std::string Told(const std::string& line) const { return Done("settings " + line, m_setup); }
-  std::string FileText() const {
-    std::ostringstream text;
-    text << std::ifstream(Path("registry.ini")).rdbuf();
-    return text.str();
-  }
 
   Gl3Setup m_setup;
 };
@@ -42,8 +33,8 @@ TEST_F(SettingsVerb, StoresWhatIsReadBackAndKeepsTheRest) {
                                    {"Polygonmode", "0\n"}}) {
     EXPECT_EQ(Told(std::string("get ") + key), value);
   }
-  EXPECT_FALSE(Holds(FileText(), {"Polygonmode"}));
-  EXPECT_TRUE(Holds(FileText(), {"; mine", "Other = 7", "Antialias = 1", "[General]"}));
+  EXPECT_FALSE(Holds(Read("registry.ini"), {"Polygonmode"}));
+  EXPECT_TRUE(Holds(Read("registry.ini"), {"; mine", "Other = 7", "Antialias = 1", "[General]"}));
 }
 
 TEST_F(SettingsVerb, ListsEveryKeyWithItsState) {

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
-#include <string>
 
 #include "tests/support/common/gl3_process.h"
 
@@ -56,9 +55,8 @@ TEST_F(Terminals, ShowProgressInOneLineOfPlainText) {
   Write(name, LargeObj(300));
   for (const bool isQuiet : {false, true}) {
     Terminal terminal;
-    Gl3Setup setup;
-    setup.terminal = terminal.Name();
-    setup.environment = {"TERM=xterm", "NO_COLOR=1"};
+    const Gl3Setup setup = {.environment = {"TERM=xterm", "NO_COLOR=1"},
+                            .terminal = terminal.Name()};
     Gl3Process process(
         m_work, m_logs,
         {"render", name, "missing.obj", "-o", "x.png", "-s", "32x32", isQuiet ? "-q" : "-v"},

@@ -47,22 +47,6 @@ Pairs Ply(const std::string& vertices, const std::string& faces) {
                         faces}};
 }
 
-/// An archive of these files. Packed ones are told to unpack to `told` bytes.
-std::string Zip(const Pairs& entries, std::uint32_t told = 0) {
-  std::string files, list;
-  for (const auto& [name, bytes] : entries) {
-    const auto* const data = reinterpret_cast<const Bytef*>(bytes.data());
-    const uLong sum = told > 0 ? 0 : crc32(0, data, static_cast<uInt>(bytes.size()));
-    const std::string facts = Little(20, 4) + Little(told > 0 ? 8 : 0, 6) + Little(sum, 4) +
-                              Little(bytes.size(), 4) + Little(told > 0 ? told : bytes.size(), 4) +
-                              Little(name.size(), 4);
-    list += "PK\1\2" + Little(20, 2) + facts + Little(0, 10) + Little(files.size(), 4) + name;
-    files += "PK\3\4" + facts + name + bytes;
-  }
-  return files + list + "PK\5\6" + Little(0, 4) + Little(entries.size(), 2) +
-         Little(entries.size(), 2) + Little(list.size(), 4) + Little(files.size(), 6);
-}
-
 /// 3 GiB of zeros.
 std::string PackedZeros() {
   std::string zeros(16 << 20, '\0'), packed(1 << 20, '\0');
@@ -139,10 +123,10 @@ TEST_F(Attacks, NeighboursAreReadOutOfConfinementAlone) {
   fs::copy_file(Path("secret.png"), Path("textures/a.png"));
   Lay(ObjOf({"../textures/a.png"}));
   EXPECT_EQ(Say("render in/m.obj" + m_draw).err, "");
-  EXPECT_FALSE(Bytes("out.png") == m_plain);
+  EXPECT_FALSE(Read("out.png") == m_plain);
   const Gl3Result confined = Say("render in/m.obj --confined" + m_draw);
   EXPECT_TRUE(Holds(confined.err, {"it names ../textures/a.png, which lies outside its folder"}));
-  EXPECT_TRUE(Bytes("out.png") == m_plain);
+  EXPECT_TRUE(Read("out.png") == m_plain);
 }
 
 TEST_F(Attacks, ModelsThatHangGrowAndCrash) {
@@ -160,7 +144,7 @@ TEST_F(Attacks, ModelsThatHangGrowAndCrash) {
        ObjOf({"a.png"}, PngHeader(60000, 60000)),
        Ends::kPlain,
        {"its picture a.png: 60000 x 60000 pixels are too many"}},
-      {"spellings", ObjOf(spellings, Bytes("secret.png")), drawn},
+      {"spellings", ObjOf(spellings, Read("secret.png")), drawn},
       {"line",
        {{"m.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\nf 1" + std::string(4 << 20, '\0')}},
        drawn},

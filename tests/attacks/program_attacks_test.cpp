@@ -47,16 +47,19 @@ TEST_F(Attacks, NamesInModelsSteerNeitherFilesNorTerminals) {
 TEST_F(Attacks, RecipesWriteAndLoadNothing) {
   fs::copy_file(GL3_LIB_DIR "/OpenGL3.so", Path("own.so"));
   fs::copy_file(Path("in/m.obj"), Path("far.obj"));
-  Say("render far.obj -o in/shot.png --depth in/z.exr --module ./own.so --recipe full -s 8x8");
+  Say("render far.obj -o in/shot.png --depth in/z.exr --module ./own.so --recipe full -s 8x8 "
+      "--json");
   fs::remove(Path("in/z.exr"));
   Write("own.so", "not a library");
-  const std::string shot = Bytes("in/shot.png");
+  const std::string shot = Read("in/shot.png");
   ExpectRefused("render --like in/shot.png -o out.png --confined", 3, {"far.obj, outside of its"});
   std::set<std::string> expected = All();
-  EXPECT_TRUE(Holds(Say("render --like in/shot.png -o out.png").err, {"outside", ": far.obj"}));
+  const Gl3Result again = Say("render --like in/shot.png -o out.png");
+  EXPECT_TRUE(Holds(again.err, {"outside", ": far.obj"}));
+  EXPECT_EQ(again.out, "");
   expected.insert("work/out.png");
   EXPECT_EQ(All(), expected);
-  EXPECT_TRUE(Bytes("in/shot.png") == shot);
+  EXPECT_TRUE(Read("in/shot.png") == shot);
 }
 
 TEST_F(Attacks, LinksOfTheUsersOwnAreWrittenThrough) {
@@ -87,7 +90,7 @@ TEST_F(Attacks, PlantedProgramsAndLibrariesAreLeftAlone) {
   std::set<std::string> expected = All();
   EXPECT_EQ(Say("info", setup).status, 0);
   EXPECT_EQ(Say("render in/m.obj" + m_draw, setup).status, 0);
-  EXPECT_TRUE(Bytes("out.png") == m_plain);
+  EXPECT_TRUE(Read("out.png") == m_plain);
   expected.insert("work/out.png");
   setup.program = CopyOfTheProgram(m_base / "logs/copy");  // without the viewer and the module
   ExpectRefused("view in/m.obj", 1, {"gl3-view is not installed beside gl3"}, setup);
@@ -95,27 +98,12 @@ TEST_F(Attacks, PlantedProgramsAndLibrariesAreLeftAlone) {
   EXPECT_EQ(All(), expected);
 }
 
-TEST_F(Attacks, PicturesThatPromiseMoreThanThereIs) {
-  Write("large.png", PngHeader(60000, 60000));
-  Write("wide.png", PngHeader(0x7fffffff, 1));
-  Write("empty.png", PngHeader(16000, 16000));
-  const std::string filter = "filter --effect tint -o out.png ";
-  ExpectRefused(filter + "large.png", 3, {"60000 x 60000 pixels are too many"});
-  ExpectRefused(filter + "wide.png --confined", 3, {"2147483647 x 1 pixels are too many"});
-  ExpectRefused(filter + "empty.png", 3, {"empty.png: the picture is broken"});
-  ExpectRefused(filter + "/etc/passwd", 3, {"/etc/passwd: not an EXR, PNG"});
-}
-
 TEST_F(Attacks, ImportersThatAreLedAstray) {
   const std::string preload = "LD_PRELOAD=" GL3_IMPORT_FAULTS;
   Gl3Setup setup;
   for (const auto& [fault, status, part] :
-       {std::tuple("SEGV", 3, "importing it crashed (Segmentation fault); the file is damaged"),
-        {"ABRT", 3, "importing it crashed (Aborted); the file is damaged"},
-        {"SYS", 3, "importing it called what no importer needs, and was ended; do not trust"},
+       {std::tuple("ABRT", 3, "importing it crashed (Aborted); the file is damaged"),
         {"KILL", 1, "importing it was killed from outside"},
-        {"nonsense", 3, "importing it left no sound scene"},
-        {"kept", 3, "what importing it left is still in use; do not trust the file"},
         {"grow", 3, "importing it took more than 300.0 MiB of memory; raise --max-memory"}}) {
     setup.environment = {preload, std::string("GL3_IMPORT_FAULT=") + fault};
     ExpectRefused("render in/m.obj -o out.png --max-memory 300M", status,

@@ -146,18 +146,6 @@ TEST_F(LightsTest, HiddenLightsLeaveNoGap) {
   EXPECT_EQ(SetOn(gl, "GL_LIGHT1")[1], "GL_DIFFUSE, {0.5, 1, 1, 1})");
 }
 
-TEST_F(LightsTest, AShorterListSwitchesTheRestOff) {
-  LightList four(std::vector<GALight>(4));
-  LightList two(std::vector<GALight>(2));
-  Buffer().SetupLights(four.Head());
-  GlRecorder gl;
-  Buffer().SetupLights(two.Head());
-  EXPECT_EQ(gl.Calls(), CallsIn(R"(
-      glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, 1); glIsEnabled(GL_LIGHT0);
-      glIsEnabled(GL_LIGHT1); glIsEnabled(GL_LIGHT2); glDisable(GL_LIGHT2);
-      glIsEnabled(GL_LIGHT3); glDisable(GL_LIGHT3); glIsEnabled(GL_LIGHT4))"));
-}
-
 TEST_F(LightsTest, LightsBeyondTheMaximumAreLeftOut) {
   std::vector<GALight> lights(5);
   for (int i = 0; i < 5; ++i) lights[static_cast<std::size_t>(i)].red = static_cast<float>(i);

@@ -1,9 +1,7 @@
 // Host materials into GL materials: what is sent, and what the cache saves.
 #include <algorithm>
-#include <cstdint>
 #include <limits>
 #include <tuple>
-#include <utility>
 
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/gl_recorder.h"

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <limits>
-#include <utility>
 
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/faults.h"

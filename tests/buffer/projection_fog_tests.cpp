@@ -1,7 +1,6 @@
 // Projection matrices and fog of the frame buffer.
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/gl_recorder.h"

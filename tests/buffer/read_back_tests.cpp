@@ -2,7 +2,6 @@
 #include <half.h>
 
 #include <algorithm>
-#include <utility>
 
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/faults.h"

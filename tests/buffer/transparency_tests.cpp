@@ -2,13 +2,11 @@
 #include <pthread.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <limits>
 #include <numeric>
 #include <random>
-#include <utility>
 
 #include "hostkit/services/host_heaps.h"
 #include "tests/support/drawing_fixture.h"

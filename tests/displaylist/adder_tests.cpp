@@ -1,8 +1,6 @@
 // Lit triangles and quads, polylines, fans, indexed lists and rectangles.
 #include <cmath>
 #include <cstdlib>
-#include <initializer_list>
-#include <utility>
 
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/faults.h"

@@ -7,7 +7,6 @@
 #include <cstring>
 #include <functional>
 #include <tuple>
-#include <utility>
 
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/gl_recorder.h"

@@ -3,7 +3,6 @@
 #include <climits>
 #include <cmath>
 #include <limits>
-#include <optional>
 
 #include "tests/support/drawing_fixture.h"
 

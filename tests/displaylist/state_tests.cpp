@@ -1,6 +1,5 @@
 // State switches of the display list: what each sends, closes, flushes and remembers.
 #include <algorithm>
-#include <utility>
 
 #include "platform/platform.h"
 #include "tests/support/drawing_fixture.h"

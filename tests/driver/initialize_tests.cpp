@@ -5,6 +5,7 @@
 #include "platform/cgl.h"
 #include "platform/coregraphics.h"
 #include "platform/platform.h"
+#include "tests/support/common/replaced.h"
 #include "tests/support/driver_fixture.h"
 #include "tests/support/faults.h"
 #include "tests/support/gl_recorder.h"
@@ -73,7 +74,7 @@ TEST_F(InitializeTest, SuccessFillsStateAndLimits) {
   recorder.OverrideNumber(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, 2.5f);
   char pixels[4];
   PixMap map{pixels, 0xD5A7, {3, 5, 47, 105}};
-  const PixMapOverride answer(&map);
+  const Replaced<std::optional<PixMap*>> answer(g_pixMap, &map);
   ASSERT_EQ(Driver()->Initialize(), 1);
   EXPECT_EQ(faults.Messages(), Lines());
   EXPECT_EQ(Driver()->IsOperational(), 1);
@@ -88,21 +89,10 @@ TEST_F(InitializeTest, SuccessFillsStateAndLimits) {
   EXPECT_EQ(GL3GADriver::rowbytes, 0x55A7) << "without the top bit";
   EXPECT_EQ(GL3GADriver::baseaddr, pixels);
 
-  const PixMapOverride none(nullptr);
+  const Replaced<std::optional<PixMap*>> none(g_pixMap, nullptr);
   ASSERT_EQ(Driver()->Initialize(), 1);
   EXPECT_EQ(GL3GADriver::bufwidth + GL3GADriver::bufheight + GL3GADriver::rowbytes, 0);
   EXPECT_EQ(GL3GADriver::baseaddr, nullptr);
-}
-
-TEST_F(InitializeTest, MakeCurrentBindsTheDummyPort) {
-  ASSERT_EQ(Driver()->Initialize(), 1);
-  GlRecorder recorder(GlRecorder::kPlatform);
-  Driver()->MakeCurrent();
-  EXPECT_EQ(recorder.Calls(),
-            (Lines{"aglSetDrawable(context1, port1)", "aglSetCurrentContext(context1)",
-                   "CGLEnable(context1, 313)"}));
-  EXPECT_EQ(GL3GADriver::m_prevcontext, GL3GADriver::m_context);
-  EXPECT_EQ(aglGetCurrentContext(), GL3GADriver::m_context);
 }
 
 /// What goes wrong, what is told, and what the driver is then.
@@ -221,10 +211,8 @@ TEST_F(InitializeTest, SecondChancesForWindowAndPixelFormat) {
 }
 
 TEST_F(InitializeTest, VersionsAboveTwoPassAsTheyAreRead) {
-  const struct {
-    const char* text;
-    int version;
-  } versions[] = {{"2.1 Mesa 22.3.6", 21}, {"2.10", 30}, {"3.2 (Compatibility Profile)", 32}};
+  const std::pair<const char*, int> versions[] = {
+      {"2.1 Mesa 22.3.6", 21}, {"2.10", 30}, {"3.2 (Compatibility Profile)", 32}};
   for (const auto& [text, version] : versions) {
     GlRecorder recorder;
     recorder.OverrideString(GL_VERSION, text);
@@ -295,16 +283,6 @@ TEST_F(InitializeTest, DerivedDriversEndTheirOwnWay) {
   } driver;
   EXPECT_EQ(driver.Initialize(), 1);
   EXPECT_EQ(driver.ends, 1);
-}
-
-TEST_F(InitializeTest, TheDriversOwnContextIsNotChecked) {
-  ASSERT_EQ(Driver()->Initialize(), 1);
-  Faults faults;
-  faults.Fail(FaultPoint::kAglCreateContext);
-  EXPECT_EQ(Driver()->Initialize(), 1);
-  EXPECT_EQ(GL3GADriver::m_context, nullptr);
-  Driver()->MakeCurrent();
-  EXPECT_EQ(aglGetCurrentContext(), nullptr);
 }
 
 }  // namespace

@@ -150,13 +150,10 @@ TEST_F(ReportTest, WorkBeforeInitialize) {
 }
 
 TEST_F(ReportTest, GenericRenderersAreNoHardware) {
-  const struct {
-    const char* renderer;
-    int hardware;
-  } renderers[] = {{"Generic", 0}, {"Big GDI Generic Renderer", 0},
-                   {"generic", 1}, {"GENERIC 3D", 1},
-                   {"Gener", 1},   {"llvmpipe", 1},
-                   {"", 1},        {nullptr, 1}};
+  const std::pair<const char*, int> renderers[] = {{"Generic", 0}, {"Big GDI Generic Renderer", 0},
+                                                   {"generic", 1}, {"GENERIC 3D", 1},
+                                                   {"Gener", 1},   {"llvmpipe", 1},
+                                                   {"", 1},        {nullptr, 1}};
   for (const auto& [renderer, hardware] : renderers) {
     GlRecorder recorder;
     recorder.OverrideString(GL_RENDERER, renderer);

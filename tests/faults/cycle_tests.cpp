@@ -9,7 +9,7 @@
 #include <functional>
 
 #include "hostkit/confine/sanitized.h"
-#include "tests/faults/host_session.h"
+#include "tests/support/drawing_fixture.h"
 
 namespace {
 

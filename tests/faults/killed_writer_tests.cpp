@@ -5,8 +5,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <fstream>
-#include <iterator>
 #include <ostream>
 #include <random>
 
@@ -35,9 +33,7 @@ class KilledWriter : public Gl3Test, public testing::WithParamInterface<Writer> 
     Write("model.obj", kSquaresObj);
     // Orphans come to this process, which waits for their end.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
-    if (!GetParam().namedFilesOnly) return;
-    m_setup.environment = {"LD_PRELOAD=" GL3_PRELOAD,
-                           "ASAN_OPTIONS=verify_asan_link_order=0:intercept_tls_get_addr=0"};
+    if (GetParam().namedFilesOnly) m_setup.preload = GL3_PRELOAD;
   }
   ~KilledWriter() override { prctl(PR_SET_CHILD_SUBREAPER, 0); }
 
@@ -47,10 +43,7 @@ class KilledWriter : public Gl3Test, public testing::WithParamInterface<Writer> 
   }
   /// Only who is killed as a whole, on a file system that knows named files alone, leaves any.
   static bool MayLeaveUnfinished() { return GetParam().namedFilesOnly && GetParam().wholeGroup; }
-  std::string Content() const {
-    std::ifstream file(Path(Output()), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
+  std::string Content() const { return Read(Output()); }
   /// Runs gl3 and kills it `microseconds` after it began to write.
   void KillWhileWriting(useconds_t microseconds) {
     Gl3Process process(m_work, m_logs, Arguments(), m_setup);

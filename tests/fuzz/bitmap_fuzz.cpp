@@ -5,19 +5,16 @@
 #include <cstring>
 #include <memory>
 
-#include "host/Bitmap.h"
+#include "hostkit/services/bitmap_ptr.h"
 #include "hostkit/services/host_heaps.h"
 #include "tests/fuzz/input.h"
 
 namespace {
 
+using hostkit::BitmapPtr;
 struct Release {
-  template <class T>
-  void operator()(T* object) const {
-    object->DeleteHandle();
-  }
+  void operator()(HByteBlock* block) const { block->DeleteHandle(); }
 };
-using BitmapPtr = std::unique_ptr<HBitmapNode, Release>;
 using BlockPtr = std::unique_ptr<HByteBlock, Release>;
 
 constexpr std::size_t kElementSizes[] = {1, 4, 2};  // by channel type

@@ -1,11 +1,23 @@
 // Contexts, pbuffers and formats through AGL and CGL.
+#include <EGL/egl.h>
+
 #include <algorithm>
 #include <thread>
-#include <utility>
 
 #include "platform/cgl.h"
 #include "platform/coregraphics.h"
 #include "tests/platform/contexts_fixture.h"
+#include "tests/support/common/replaced.h"
+#include "tests/support/next_symbol.h"
+
+// In front of the library's own.
+extern "C" EGLBoolean eglMakeCurrent(EGLDisplay display, EGLSurface draw, EGLSurface read,
+                                     EGLContext context) {
+  static auto* const real = NextSymbol<decltype(eglMakeCurrent)>("eglMakeCurrent");
+  g_makeCurrentCalls++;
+  if (g_refusesMakeCurrent && context != EGL_NO_CONTEXT) return EGL_FALSE;
+  return real(display, draw, read, context);
+}
 
 namespace {
 
@@ -14,21 +26,21 @@ using Contexts = PlatformTest;
 TEST_F(Contexts, BindingWhatIsBoundCallsNoEgl) {
   const AGLContext context = MakeContext();
   const AGLPbuffer first = MakePbuffer(8, 8), second = MakePbuffer(8, 8);
-  int calls = MakeCurrentCalls();
+  int calls = g_makeCurrentCalls;
   EXPECT_TRUE(aglSetPBuffer(context, first, 0, 0, 0));
-  EXPECT_EQ(MakeCurrentCalls(), calls) << "a context that is not current is left alone";
+  EXPECT_EQ(g_makeCurrentCalls, calls) << "a context that is not current is left alone";
   EXPECT_TRUE(aglSetCurrentContext(context));
-  EXPECT_EQ(MakeCurrentCalls(), ++calls);
+  EXPECT_EQ(g_makeCurrentCalls, ++calls);
   for (int i = 0; i < 3; i++) {
     EXPECT_TRUE(aglSetPBuffer(context, first, 0, 0, aglGetVirtualScreen(context)));
     EXPECT_TRUE(aglSetCurrentContext(context));
     EXPECT_TRUE(aglUpdateContext(context));
   }
-  EXPECT_EQ(MakeCurrentCalls(), calls);
+  EXPECT_EQ(g_makeCurrentCalls, calls);
 
   Fill(0, 0, 8, 8, kRed);
   EXPECT_TRUE(aglSetPBuffer(context, second, 0, 0, 0));
-  EXPECT_EQ(MakeCurrentCalls(), ++calls) << "another surface is bound at once";
+  EXPECT_EQ(g_makeCurrentCalls, ++calls) << "another surface is bound at once";
   Fill(0, 0, 8, 8, kGreen);
   EXPECT_TRUE(aglSetPBuffer(context, first, 0, 0, 0));
   EXPECT_EQ(PixelAt(1, 1), kRed);
@@ -138,20 +150,8 @@ TEST_F(Contexts, CglRestoresAnAglContextWithItsDrawable) {
   EXPECT_EQ(CGLEnable(before, kCGLCEMPEngine), kCGLNoError);
 
   const int mask = static_cast<int>(CGDisplayIDToOpenGLDisplayMask(CGMainDisplayID()));
-  const CGLPixelFormatAttribute attributes[] = {kCGLPFADisplayMask,
-                                                mask,
-                                                kCGLPFAColorSize,
-                                                24,
-                                                kCGLPFAAlphaSize,
-                                                8,
-                                                kCGLPFAAccelerated,
-                                                kCGLPFADoubleBuffer,
-                                                kCGLPFAMinimumPolicy,
-                                                kCGLPFASampleBuffers,
-                                                1,
-                                                kCGLPFASamples,
-                                                4,
-                                                0};
+  const CGLPixelFormatAttribute attributes[] = {kCGLPFADisplayMask, mask, kCGLPFAColorSize, 24,
+                                                kCGLPFAAccelerated, 0};
   CGLPixelFormatObj format = nullptr;
   int count = 0;
   ASSERT_EQ(CGLChoosePixelFormat(attributes, &format, &count), kCGLNoError);
@@ -212,7 +212,7 @@ TEST_F(Contexts, NothingIsCurrentWhenBindingFails) {
   const AGLContext refused = MakeContext();
   ASSERT_TRUE(aglSetCurrentContext(good));
   {
-    const RefuseMakeCurrent refuse;
+    const Replaced<bool> refuses(g_refusesMakeCurrent, true);
     EXPECT_FALSE(aglSetCurrentContext(refused));
   }
   EXPECT_NE(aglGetError(), static_cast<GLenum>(AGL_NO_ERROR));

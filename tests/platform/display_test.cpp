@@ -1,5 +1,4 @@
 // Choice of the display after the environment. It happens once a process: each case has its own.
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include <cstdio>
@@ -48,10 +47,7 @@ void Report(const Case& wish) {
 
 TEST(DisplayDeathTest, FollowsTheEnvironmentOrSaysWhatIsWrongWithIt) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  const struct {
-    Case wish;
-    int status;
-  } cases[] = {
+  const std::pair<Case, int> cases[] = {
       {{nullptr, nullptr, "^\\[(device|surfaceless)\\]"}, 0},
       {{nullptr, "cpu", "^\\[(device|surfaceless)\\] \\[.*\\] software"}, 0},
       {{"surfaceless", "cpu", "^\\[surfaceless\\] \\[\\] software"}, 0},

@@ -1,8 +1,6 @@
 // Loading of GL entry points, by GLEW and by name, and text.
 #include <dlfcn.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>

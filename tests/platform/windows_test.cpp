@@ -1,6 +1,7 @@
 // Hidden windows, device contexts, ports, message boxes and modules.
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -157,6 +158,23 @@ TEST_F(Windows, BadWindowsAreNotMade) {
   EXPECT_EQ(CheckoutPort(dc, 1), nullptr);
   EXPECT_TRUE(DeleteDC(dc));
   EXPECT_EQ(CreateCompatibleDC(dc), nullptr);
+}
+
+TEST(Modules, TheRunningProgramKnowsItsFile) {
+  const std::string program = std::filesystem::read_symlink("/proc/self/exe");
+  const auto length = static_cast<DWORD>(program.size());
+  char path[4096];
+  for (const HMODULE module : {GetModuleHandleA(nullptr), static_cast<HMODULE>(nullptr)}) {
+    EXPECT_EQ(GetModuleFileNameA(module, path, sizeof path), length);
+    EXPECT_EQ(path, program);
+  }
+  EXPECT_EQ(GetModuleFileNameA(nullptr, path, length + 1), length) << "just fits";
+  EXPECT_EQ(GetModuleFileNameA(nullptr, path, length), length) << "cut";
+  EXPECT_EQ(path, program.substr(0, length - 1));
+  EXPECT_EQ(GetModuleHandleA("other"), nullptr);
+  EXPECT_EQ(GetModuleFileNameA(reinterpret_cast<HMODULE>(8), path, sizeof path), 0u);
+  EXPECT_STREQ(path, "");
+  EXPECT_EQ(GetModuleFileNameA(nullptr, path, 0), 0u);
 }
 
 std::string g_boxText;

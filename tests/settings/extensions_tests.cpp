@@ -1,11 +1,9 @@
 // The dialog of all extensions, its report file, and the report by way of it.
-#include <filesystem>
-#include <utility>
 
 #include "hostkit/services/save_request.h"
-#include "hostkit/services/settings_sheet.h"
 #include "settings/GL3Property.h"
 #include "tests/settings/page_fixture.h"
+#include "tests/support/common/holds.h"
 #include "tests/support/faults.h"
 #include "tests/support/gl_recorder.h"
 
@@ -43,16 +41,14 @@ class ExtensionsTest : public PageFixture {
 };
 
 TEST_F(ExtensionsTest, NamesEndAtSpaces) {
-  const struct {
-    const char* extensions;
-    Lines listed;
-  } cases[] = {{"GL_A GL_B ", {"GL_A", "GL_B"}},
-               {"GL_A GL_B", {"GL_A"}},  // what no space follows is lost
-               {"GL_A  GL_B ", {"GL_A", "", "GL_B"}},
-               {" GL_A ", {"", "GL_A"}},
-               {"GL_A", {}},
-               {"", {}},
-               {nullptr, {}}};
+  const std::pair<const char*, Lines> cases[] = {
+      {"GL_A GL_B ", {"GL_A", "GL_B"}},
+      {"GL_A GL_B", {"GL_A"}},  // what no space follows is lost
+      {"GL_A  GL_B ", {"GL_A", "", "GL_B"}},
+      {" GL_A ", {"", "GL_A"}},
+      {"GL_A", {}},
+      {"", {}},
+      {nullptr, {}}};
   for (const auto& [extensions, listed] : cases) {
     GlRecorder recorder;
     recorder.OverrideString(GL_EXTENSIONS, extensions);
@@ -89,24 +85,31 @@ TEST_F(ExtensionsTest, TheFileHoldsTheReportAndTheList) {
       << "the file is complete when the program no longer is busy";
   const std::string report = Driver()->GetExtendedDriverInfo().Text();
   EXPECT_EQ(Folder().Read("report.txt"), report + "\n\nExtensions\nGL_A\n\nGL_B\n");
-  EXPECT_EQ(TheHostCalls().fileModes, std::vector<int>{0x20});
-  EXPECT_STREQ(m_question.title.Text(), "Choose a filename for saving the extensions");
-  EXPECT_STREQ(m_question.filter.Text(), "Text Files(*.txt)|*.txt|");
-  EXPECT_STREQ(m_question.suggestion.Text(), "GLExtensions.txt");
-  EXPECT_STREQ(m_question.extension.Text(), "txt");
-  EXPECT_STREQ(m_question.type.Text(), "TXT");
+  EXPECT_EQ(g_hostCalls.fileModes, std::vector<int>{0x20});
+  const hostkit::SaveQuestion& asked = m_question;
+  EXPECT_EQ((Lines{asked.title.Text(), asked.filter.Text(), asked.suggestion.Text(),
+                   asked.extension.Text(), asked.type.Text()}),
+            (Lines{"Choose a filename for saving the extensions", "Text Files(*.txt)|*.txt|",
+                   "GLExtensions.txt", "txt", "TXT"}));
   EXPECT_EQ(m_question.option, 2499);
   EXPECT_EQ(m_question.parent, nullptr);
 }
 
 TEST_F(ExtensionsTest, WithoutAFileNothingHappens) {
   const Faults faults;
+  hostkit::SetSaveRequestHandler({});  // nobody to ask
+  SaveInDialog();
+  hostkit::SetSaveRequestHandler([&](const hostkit::SaveQuestion&, String* to) {
+    *to = Folder().Path("cancelled.txt").c_str();
+    return 0;
+  });
+  SaveInDialog();
   AnswerWith("");
   SaveInDialog();
-  EXPECT_EQ(TheHostCalls().fileModes, std::vector<int>()) << "cancelled: no file is opened";
+  EXPECT_EQ(g_hostCalls.fileModes, std::vector<int>()) << "no file is opened";
   AnswerWith(Folder().Path("no_such_folder/report.txt"));
   SaveInDialog();
-  EXPECT_EQ(TheHostCalls().fileModes.size(), 1u);
+  EXPECT_EQ(g_hostCalls.fileModes.size(), 1u);
   EXPECT_EQ(faults.Messages(), Lines()) << "one that cannot be made is passed over in silence";
   EXPECT_EQ(Folder().Count(), 0);
 }
@@ -133,7 +136,7 @@ TEST_F(ExtensionsTest, AReportThatCannotBeHadIsExplained) {
   faults.FailAlways(FaultPoint::kCglCreateContext);
   std::string error;
   EXPECT_EQ(hostkit::ExtendedReport(Driver(), &error), "");
-  EXPECT_NE(error.find("no context"), std::string::npos) << error;
+  EXPECT_TRUE(Holds(error, {"no context"}));
 }
 
 }  // namespace

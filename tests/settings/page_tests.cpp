@@ -1,11 +1,38 @@
 // The settings page: what it shows, and what confirming it stores.
+#include <fmt/format.h>
+
 #include <set>
 
-#include "hostkit/services/registry.h"
+#include "host/Streams.h"
 #include "platform/cgl.h"
 #include "tests/settings/page_fixture.h"
+#include "tests/support/common/holds.h"
 #include "tests/support/faults.h"
 #include "tests/support/gl_recorder.h"
+#include "tests/support/next_symbol.h"
+
+// In front of the host kit's.
+
+void SetRegistryValue(const String& section, const String& key, int value) {
+  static auto* const next =
+      NextSymbol<decltype(SetRegistryValue)>("_Z16SetRegistryValueRK6StringS1_i");
+  g_hostCalls.stored.push_back(fmt::format("{}/{}={}", section.Text(), key.Text(), value));
+  next(section, key, value);
+}
+
+int GetRegistryValue(const String& section, const String& key, int fallback) {
+  static auto* const next =
+      NextSymbol<decltype(GetRegistryValue)>("_Z16GetRegistryValueRK6StringS1_i");
+  g_hostCalls.read.push_back(fmt::format("{}/{}={}", section.Text(), key.Text(), fallback));
+  return next(section, key, fallback);
+}
+
+int FileStream::Open(const String& path, int mode) {
+  static auto* const next =
+      NextSymbol<int(FileStream*, const String&, int)>("_ZN10FileStream4OpenERK6Stringi");
+  g_hostCalls.fileModes.push_back(mode);
+  return next(this, path, mode);
+}
 
 namespace {
 
@@ -14,7 +41,14 @@ using Option = GL3GADriver::OptionFlag;
 
 constexpr int kBoxes[] = {1347, 1359, 1367, 1357, 1368, 1369};
 
-class PageTest : public PageFixture {};
+using PageTest = PageFixture;
+
+/// The texts of a list, each with '+' before it when it is checked, else '-'.
+Lines Items(const DialogControl& list) {
+  Lines items;
+  for (const ListItem& item : list.items) items.push_back((item.checked ? "+" : "-") + item.text);
+  return items;
+}
 
 TEST_F(PageTest, ShowsTheGLAndTheOptions) {
   Driver()->MakeCurrent();
@@ -42,8 +76,7 @@ TEST_F(PageTest, ThePresenceOfExtensionsIsAPlainSearch) {
                           "GL_ARB_depth_texture_more WGL_ARB_pbuffer GL_ARB_texture_buffer_object "
                           "GL_EXT_gpu_shader4 GL_KTX_buffer_region");
   const DialogControl list = Read(kExtensionList);
-  EXPECT_NE(recorder.CallsTo("CGLChoosePixelFormat").at(0).find("kCGLPFASamples, 4}"),
-            std::string::npos);
+  EXPECT_TRUE(Holds(recorder.CallsTo("CGLChoosePixelFormat").at(0), {"kCGLPFASamples, 4}"}));
   EXPECT_EQ(Items(list), (Lines{"+GL_ARB_depth_texture", "-GL_ARB_texture_border_clamp",
                                 "-GL_ARB_texture_non_power_of_two", "+GL_ARB_texture_buffer_object",
                                 "-GL_EXT_framebuffer_object", "+GL_EXT_gpu_shader4",
@@ -56,23 +89,20 @@ TEST_F(PageTest, ThePresenceOfExtensionsIsAPlainSearch) {
 }
 
 TEST_F(PageTest, EachBoxHasItsOptionAndItsKey) {
-  const struct {
-    const char* key;
-    int box;
-  } settings[] = {{"Antialias", kAntialiasBox},
-                  {"Anisotropic", kAnisotropicBox},
-                  {"SortInverse Transparent Triangles", kInverseSortBox},
-                  {"Polygonmode", kPolygonModeBox},
-                  {"Textures Compression", kCompressionBox},
-                  {"Textures Powerof2", kPowerOfTwoBox}};
+  const std::pair<const char*, int> settings[] = {
+      {"Antialias", kAntialiasBox},
+      {"Anisotropic", kAnisotropicBox},
+      {"SortInverse Transparent Triangles", kInverseSortBox},
+      {"Polygonmode", kPolygonModeBox},
+      {"Textures Compression", kCompressionBox},
+      {"Textures Powerof2", kPowerOfTwoBox}};
   for (const auto& [key, box] : settings) {
     const bool before = Read(box).checked;
     Stored().clear();
     EXPECT_TRUE(Play({CheckStep(box, !before), ConfirmStep()}));
     EXPECT_EQ(Read(box).checked, !before) << "in the driver";
     EXPECT_EQ(GetRegistryValue("OpenGL3", key, 7), !before ? 1 : 0);
-    ASSERT_NE(RemakeDriver(), nullptr);
-    ASSERT_EQ(Driver()->Initialize(), 1);
+    RestartDriver();
     EXPECT_EQ(Read(box).checked, !before) << "and in the next driver";
     EXPECT_EQ(Stored().size(), 8u);
   }
@@ -172,8 +202,7 @@ TEST_F(PageTest, ConfirmedAsItWasOrCancelledItStoresNothing) {
 TEST_F(PageTest, ANumberOfTheRegistryOutlivesOtherChanges) {
   const char* key = "SortInverse Transparent Triangles";
   SetRegistryValue("OpenGL3", key, 2);
-  ASSERT_NE(RemakeDriver(), nullptr);
-  ASSERT_EQ(Driver()->Initialize(), 1);
+  RestartDriver();
   const auto storedSort = [&] {
     const std::string line = Stored().size() == 8 ? Stored()[3] : "";
     Stored().clear();
@@ -200,10 +229,9 @@ TEST_F(PageTest, OneChangeStoresAllEightByClickOrByKey) {
   for (const ScriptStep& change : {ClickStep(kAntialiasBox), KeyStep('s')}) {
     std::filesystem::remove(Folder().Path("registry.ini"));
     hostkit::ReloadRegistry();
-    TheHostCalls().read.clear();
-    ASSERT_NE(RemakeDriver(), nullptr);
-    ASSERT_EQ(Driver()->Initialize(), 1);
-    EXPECT_EQ(TheHostCalls().read,
+    g_hostCalls.read.clear();
+    RestartDriver();
+    EXPECT_EQ(g_hostCalls.read,
               (Lines{"OpenGL3/Max Transparent Triangles=149999",
                      "OpenGL3/SortInverse Transparent Triangles=0", "OpenGL3/Anisotropic=1",
                      "OpenGL3/Antialias=0", "OpenGL3/Max Vertices=12000000",
@@ -254,8 +282,7 @@ TEST_F(PageTest, AReducedPageHidesTheOptionsAndStoresNothing) {
 TEST_F(PageTest, WithoutAnisotropyItsBoxIsOffAndOutOfReach) {
   Faults faults;
   faults.HideExtension("GL_EXT_texture_filter_anisotropic");
-  ASSERT_NE(RemakeDriver(), nullptr);
-  ASSERT_EQ(Driver()->Initialize(), 1);
+  RestartDriver();
   const DialogControl box = Read(kAnisotropicBox);
   EXPECT_TRUE(box.visible);
   EXPECT_FALSE(box.enabled);

@@ -2,8 +2,6 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include <algorithm>
-#include <cstdint>
 #include <cstring>
 #include <map>
 #include <tuple>
@@ -294,7 +292,9 @@ TEST_F(CallsTest, OcclusionCopiesItsSource) {
   auto* depths = new HBitmapBuffer("depth", HBitmapBuffer::kFloatChannel, 1, 6, 5);
   source->AddBuffer(depths);
   depths->AllocateData(0);
-  std::fill_n(static_cast<float*>(depths->Data()), 6 * 5, 1.0f);
+  auto* const depth = static_cast<float*>(depths->Data());
+  std::fill_n(depth, 6 * 5, 1.0f);
+  depth[1 * 6 + 2] = depth[2 * 6 + 4] = 1e8f;  // background
   SSAOShader effect(&m_info);
   effect.Delete();
   effect.Delete();
@@ -323,8 +323,11 @@ TEST_F(CallsTest, OcclusionCopiesItsSource) {
   }
   const Lines wanted = CallsIn(
       text +
+      // The mask: what is background, also where an edge is beside it.
       "glPixelStorei(GL_UNPACK_ALIGNMENT, 1);glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 6, 5, "
-      "GL_LUMINANCE, GL_UNSIGNED_BYTE, pointer);glPixelStorei(GL_UNPACK_ALIGNMENT, 4);" +
+      "GL_LUMINANCE, GL_UNSIGNED_BYTE, {255 255 0 255 255 255 255 255 0 255 255 255 "
+      "255 255 255 255 0 0 255 255 255 255 255 255 255 255 255 255 255 255});"
+      "glPixelStorei(GL_UNPACK_ALIGNMENT, 4);" +
       fmt::format("glBindTexture(GL_TEXTURE_2D, 0);glDeleteTextures(4, {{{}}})", NameIn(binds[0])));
   EXPECT_EQ(Lines(calls.end() - static_cast<std::ptrdiff_t>(wanted.size()), calls.end()), wanted);
 

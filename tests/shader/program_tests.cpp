@@ -2,16 +2,22 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <cstring>
-#include <filesystem>
 
 #include "host/Heaps.h"
 #include "platform/gl.h"
 #include "shader/Gl3ShaderMain.h"
 #include "tests/shader/shader_fixture.h"
 #include "tests/support/faults.h"
+#include "tests/support/next_symbol.h"
+
+// In front of the platform layer's.
+extern "C" DWORD GetModuleFileNameA(HMODULE module, char* path, DWORD size) {
+  static auto* const next = NextSymbol<decltype(GetModuleFileNameA)>("GetModuleFileNameA");
+  if (g_programPath.empty()) return next(module, path, size);
+  std::strncpy(path, g_programPath.c_str(), size);
+  return static_cast<DWORD>(g_programPath.size());
+}
 
 namespace {
 
@@ -269,7 +275,7 @@ TEST_F(ProgramTest, LogLines) {
   EXPECT_EQ(log(), "") << "made anew, with its stamp";
 
   for (const char* path : {"/proc/host", "host"}) {  // nothing can be made there
-    SetProgramPath(path);
+    g_programPath = path;
     Program().WriteLog("lost");
   }
   EXPECT_EQ(InitEffect(1), 1);

@@ -2,12 +2,9 @@
 #include <fmt/format.h>
 #include <half.h>
 
-#include <algorithm>
 #include <cfloat>
 #include <cmath>
 #include <cstring>
-#include <filesystem>
-#include <iterator>
 #include <new>
 #include <thread>
 #include <tuple>
@@ -140,6 +137,12 @@ TEST_F(TargetsTest, TexturesOfNoPictureNoDepthsOrNoSize) {
   float smallest = 0, largest = 0;
   const TestBitmap colors = SolidBitmap(4, 4, {1, 2, 3, 4}), none(new HBitmapNode(4, 4));
   const TestBitmap huge(new HBitmapNode(INT32_MAX - 3, INT32_MAX - 3));
+  {
+    const TestBitmap odd = DepthBitmap(std::vector<float>(9 * 3, 5), 9);
+    Faults faults;
+    faults.FailAlways(FaultPoint::kAllocBitmap);
+    EXPECT_EQ(Program().CreateDepthTextureForShader(odd.get(), smallest, largest), 0u) << "scaled";
+  }
   for (HBitmapNode* bitmap : {colors.get(), none.get(), static_cast<HBitmapNode*>(nullptr)}) {
     EXPECT_EQ(Program().CreateDepthTextureForShader(bitmap, smallest, largest), 0u);
   }

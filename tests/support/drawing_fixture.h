@@ -2,8 +2,12 @@
 // what hosts draw.
 #pragma once
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
 #include <initializer_list>
-#include <string>
+#include <map>
+#include <utility>
 
 #include "host/VornPoly.h"
 #include "tests/support/driver_fixture.h"
@@ -20,8 +24,19 @@ class DrawingFixture : public DriverFixture {
   static constexpr float kOriginX = 45.0f, kOriginY = 21.0f;  // pixels from the left and the top
   static constexpr float kAmbient = 0.25f;                    // of the scene
 
-  void SetUp() override;
-  void TearDown() override;
+  void SetUp() override {
+    DriverFixture::SetUp();
+    ASSERT_FALSE(HasFatalFailure());
+    m_target = std::make_unique<OffscreenTarget>(Driver(), kWidth, kHeight);
+    ASSERT_TRUE(m_target->ready);
+    m_target->scene.ambientAmount = kAmbient;
+    m_target->SetView(kScaleX, kScaleY, kOriginX, kOriginY);
+    m_target->Begin();
+  }
+  void TearDown() override {
+    m_target.reset();
+    DriverFixture::TearDown();
+  }
 
   OffscreenTarget& Target() { return *m_target; }
   RenderInfo& Info() { return m_target->info; }
@@ -34,39 +49,100 @@ class DrawingFixture : public DriverFixture {
 
 /// A material without highlight and ambient light of its own. Under the headlight a channel that is
 /// 0 or 1 shows so, whatever the scene's ambient light; that is part of its ambient colour.
-AttrProperty Material(float red, float green, float blue, float transparency = 0);
+inline AttrProperty Material(float red, float green, float blue, float transparency = 0) {
+  AttrProperty material;
+  material.base = {red, green, blue};
+  material.transparency = transparency;
+  return material;
+}
 
 /// A vertex that faces the viewer, under the winding rule of the module.
-GAVertex Facing(float x, float y, float z, float u = 0, float v = 0);
+inline GAVertex Facing(float x, float y, float z, float u = 0, float v = 0) {
+  return {x, y, z, 0, 0, -1, u, v};
+}
 
 /// A vertex in which every value differs, also from those of other numbers (below 10): position
 /// (n, 10 + n, -20 - n), normal (30 + n, …), texture coordinates (60 + n, 70 + n).
-GAVertex Numbered(int number);
+inline GAVertex Numbered(int number) {
+  const auto n = static_cast<float>(number);
+  return {n, 10 + n, -20 - n, 30 + n, 40 + n, 50 + n, 60 + n, 70 + n};
+}
 /// What GlRecorder::kVertices tells of numbered vertices that were drawn: ", {(…), (…)}", each
 /// with position, normal and, when asked for, texture coordinates.
-std::string NumberedText(std::initializer_list<int> numbers, bool textured);
+inline std::string NumberedText(std::initializer_list<int> numbers, bool textured) {
+  Lines texts;
+  for (const int n : numbers) {
+    texts.push_back(
+        fmt::format("({} {} {} | {} {} {}", n, 10 + n, -20 - n, 30 + n, 40 + n, 50 + n));
+    texts.back() += textured ? fmt::format(" | {} {})", 60 + n, 70 + n) : ")";
+  }
+  return fmt::format(", {{{}}}", fmt::join(texts, ", "));
+}
 
 /// The calls of an indexed draw (see CallsIn) whose vertices hold one member after the other: v
 /// position, n normal, t texture coordinates, c colour. `draw` are the arguments of glDrawElements.
-std::string IndexedDraw(const std::string& members, int stride, const std::string& draw);
+inline std::string IndexedDraw(const std::string& members, int stride, const std::string& draw) {
+  struct Array {
+    const char *kind, *pointer;
+    int bytes;
+  };
+  static const std::map<char, Array> arrays = {
+      {'v', {"GL_VERTEX_ARRAY", "glVertexPointer(3, GL_FLOAT", 12}},
+      {'n', {"GL_NORMAL_ARRAY", "glNormalPointer(GL_FLOAT", 12}},
+      {'t', {"GL_TEXTURE_COORD_ARRAY", "glTexCoordPointer(2, GL_FLOAT", 8}},
+      {'c', {"GL_COLOR_ARRAY", "glColorPointer(4, GL_UNSIGNED_BYTE", 4}}};
+  std::string enable, point, disable;
+  int offset = 0;
+  for (const char member : members) {
+    const Array& array = arrays.at(member);
+    enable += fmt::format("glEnableClientState({});", array.kind);
+    point += fmt::format("{}, {}, +{});", array.pointer, stride, offset);
+    disable += fmt::format("glDisableClientState({});", array.kind);
+    offset += array.bytes;
+  }
+  return enable + point + fmt::format("glDrawElements({});", draw) + disable;
+}
 
 /// A square around (x, y) as the quad adders take it: lower left, lower right, upper left, upper
 /// right, counter-clockwise as they use it, with texture coordinates from 0 (left, top) to 1.
-std::array<GAVertex, 4> Square(float x, float y, float half, float z);
+inline std::array<GAVertex, 4> Square(float x, float y, float half, float z) {
+  return {Facing(x - half, y - half, z, 0, 1), Facing(x + half, y - half, z, 1, 1),
+          Facing(x - half, y + half, z, 0, 0), Facing(x + half, y + half, z, 1, 0)};
+}
 
 /// A counter-clockwise triangle that covers the middle, in one colour.
-VornPoly Polygon(const GAColor& color, float z, float depthKey = 0);
+inline VornPoly Polygon(const GAColor& color, float z, float depthKey = 0) {
+  VornPoly polygon;
+  polygon.p0 = {-10, -10, z};
+  polygon.p1 = {10, -10, z};
+  polygon.p2 = {0, 10, z};
+  polygon.c0 = polygon.c1 = polygon.c2 = color;
+  polygon.depthKey = depthKey;
+  return polygon;
+}
 
 /// A 4 x 4 texture of one colour.
-std::unique_ptr<GL3GATexture> SolidTexture(std::array<int, 4> rgba);
+inline std::unique_ptr<GL3GATexture> SolidTexture(std::array<int, 4> rgba) {
+  auto texture = std::make_unique<GL3GATexture>();
+  texture->MakeGATexture(SolidBitmap(4, 4, rgba).get(), 0, 0, 0);
+  return texture;
+}
 
 /// The call that binds a texture.
-std::string Bind(const GL3GATexture& texture);
+inline std::string Bind(const GL3GATexture& texture) {
+  return fmt::format("glBindTexture(GL_TEXTURE_2D, {})", texture.m_texture);
+}
 
 /// Host lights as a list, in order.
 class LightList {
  public:
-  explicit LightList(std::vector<GALight> lights);
+  explicit LightList(std::vector<GALight> lights)
+      : m_lights(std::move(lights)), m_nodes(m_lights.size()) {
+    for (std::size_t i = 0; i < m_nodes.size(); ++i) {
+      m_nodes[i].light = &m_lights[i];
+      if (i > 0) m_nodes[i - 1].next = &m_nodes[i];
+    }
+  }
   LightListNode* Head() { return m_nodes.data(); }
 
  private:

@@ -3,9 +3,6 @@
 #include "tests/support/faults.h"
 
 #include <array>
-#include <cstddef>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <map>

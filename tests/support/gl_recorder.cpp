@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <deque>
 #include <map>
 #include <sstream>
@@ -228,6 +227,17 @@ void glDrawElements(GLenum mode, GLsizei count, GLenum type, const void* indices
     State().firstArray = nullptr;
   }
   next(mode, count, type, indices);
+}
+
+/// Tells the pixels, which have a byte each in all that the module uploads so.
+void glTexSubImage2D(GLenum target, GLint level, GLint x, GLint y, GLsizei width, GLsizei height,
+                     GLenum format, GLenum type, const void* pixels) {
+  static auto* const next = NextSymbol<decltype(glTexSubImage2D)>("glTexSubImage2D");
+  const auto* bytes = static_cast<const GLubyte*>(pixels);
+  const std::string text = fmt::format("{{{}}}", fmt::join(bytes, bytes + width * height, " "));
+  Log("glTexSubImage2D", "eiiiiiees", target, level, x, y, width, height, format, type,
+      text.c_str());
+  next(target, level, x, y, width, height, format, type, pixels);
 }
 
 const GLubyte* glGetString(GLenum name) {

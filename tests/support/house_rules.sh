@@ -114,6 +114,22 @@ breach "a source lies in a room of the table, or in tests/ or bench/" \
     grep -vE "^($(awk '!/\.cpp/ && NF {print $1}' <<<"$rooms" | paste -sd'|'))/([a-z0-9]+/)?[^/]+$" || true)
 breach "sources are called .cpp and headers .h" \
   < <(files '*.hpp' '*.hh' '*.hxx' '*.cc' '*.cxx' '*.c' '*.inl' | tr '\0' '\n')
+# Code in the guide for hosts that no sample has, blanks aside.
+foreign_code() {
+  local samples block='' line
+  samples=$(cat samples/host/* | tr -s ' \n' ' ')
+  while IFS= read -r line; do
+    case $line in
+      '```'?*) block=' ' ;;
+      '```')
+        [[ $samples == *"$block"* ]] || echo "docs/HOSTING.md:$block"
+        block=''
+        ;;
+      *) [[ -z $block ]] || block=$(tr -s ' ' <<<"$block$line ") ;;
+    esac
+  done <docs/HOSTING.md
+}
+breach "code in docs/HOSTING.md is that of samples/host" < <(foreign_code)
 breach "at most 500 lines a file" < <(find . -path ./build -prune -o -path ./.git -prune -o \
   \( -name '*.h' -o -name '*.cpp' -o -name '*.sh' -o -name CMakeLists.txt -o -name dev \) \
   -type f -exec awk 'END {if (FNR > 500) print FILENAME ": " FNR}' {} \;)

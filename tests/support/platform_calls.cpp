@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "host/Bitmap.h"
 #include "platform/mfc.h"
 #include "tests/support/next_symbol.h"
 
@@ -55,19 +56,7 @@ std::string List(const Name (&names)[kCount], const int* at) {
   return fmt::format("{{{}}}", fmt::join(texts, ", "));
 }
 
-/// What GetGWorldPixMap answers instead of a window's map.
-bool g_hasPixMap = false;
-PixMap* g_pixMap = nullptr;
-
 }  // namespace
-
-PixMapOverride::PixMapOverride(PixMap* map) {
-  g_hasPixMap = true;
-  g_pixMap = map;
-}
-PixMapOverride::~PixMapOverride() {
-  g_hasPixMap = false;
-}
 
 std::string AglList(const GLint* attributes) {
   return List(kAglNames, attributes);
@@ -145,12 +134,12 @@ GL3_CALL(void, DisposeWindow, (CGrafPtr a), (a))
 PixMapHandle GetGWorldPixMap(CGrafPtr port) {
   static auto* const next = NextSymbol<decltype(GetGWorldPixMap)>("GetGWorldPixMap");
   PlatformCall call("GetGWorldPixMap", port);
-  return call.Returns(!g_hasPixMap ? next(port) : g_pixMap ? &g_pixMap : nullptr);
+  return call.Returns(!g_pixMap ? next(port) : *g_pixMap ? &*g_pixMap : nullptr);
 }
 
 char* GetPixBaseAddr(PixMapHandle map) {
   static auto* const next = NextSymbol<decltype(GetPixBaseAddr)>("GetPixBaseAddr");
-  return map == &g_pixMap ? g_pixMap->baseAddr : next(map);
+  return g_pixMap && map == &*g_pixMap ? (*map)->baseAddr : next(map);
 }
 
 GL3_CALL(void*, LocalFree, (void* a), (a))
@@ -182,6 +171,14 @@ int AfxMessageBox(const char* text, unsigned int type, unsigned int helpContext)
   const PlatformCall call("AfxMessageBox", std::string(text), static_cast<int>(type),
                           static_cast<int>(helpContext));
   return next(text, type, helpContext);
+}
+
+/// The host kit's.
+HByteBlock* HBitmapNode::CreateByteBlock(int wrap, int* flags, int bgr) {
+  using Function = HByteBlock*(HBitmapNode*, int, int*, int);
+  static auto* const next = NextSymbol<Function>("_ZN11HBitmapNode15CreateByteBlockEiPii");
+  const PlatformCall call("CreateByteBlock", wrap, *flags, bgr);
+  return next(this, wrap, flags, bgr);
 }
 
 BOOL CWnd::DestroyWindow() {

@@ -5,9 +5,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include <string>
 #include <type_traits>
-#include <vector>
 
 #include "platform/agl.h"
 #include "platform/cgl.h"
@@ -37,14 +35,8 @@ const char* HandleKind() {
   return "block";
 }
 
-/// GetGWorldPixMap answers this map, or null, while this lives.
-class PixMapOverride {
- public:
-  explicit PixMapOverride(PixMap* map);
-  ~PixMapOverride();
-  PixMapOverride(const PixMapOverride&) = delete;
-  PixMapOverride& operator=(const PixMapOverride&) = delete;
-};
+/// What GetGWorldPixMap answers, when a test has set it, in place of a window's map.
+inline std::optional<PixMap*> g_pixMap;
 
 /// One call of the layer: logs it, and keeps what the layer itself calls out of the log for as long
 /// as this lives. Handles are told by their label, texts as they are.

@@ -18,13 +18,6 @@ HBitmapNode* HBitmapNode::ScaleBitmap(int width, int height) {
   return next(this, width, height);
 }
 
-HByteBlock* HBitmapNode::CreateByteBlock(int wrap, int* flags, int bgr) {
-  using Function = HByteBlock*(HBitmapNode*, int, int*, int);
-  static auto* const next = NextSymbol<Function>("_ZN11HBitmapNode15CreateByteBlockEiPii");
-  const PlatformCall call("CreateByteBlock", wrap, *flags, bgr);
-  return next(this, wrap, flags, bgr);
-}
-
 void HTreeObject::DeleteHandle() {
   static auto* const next = NextSymbol<void(HTreeObject*)>("_ZN11HTreeObject12DeleteHandleEv");
   const PlatformCall call("ReleaseScaled");

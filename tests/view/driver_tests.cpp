@@ -1,8 +1,5 @@
 // The viewer's window when its driver is made anew.
-#include <QApplication>
 #include <QCheckBox>
-#include <QFile>
-#include <QTest>
 #include <QTimer>
 
 #include "tests/view/view_fixture.h"

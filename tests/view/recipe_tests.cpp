@@ -3,7 +3,6 @@
 #include <QDialog>
 #include <QFileDialog>
 #include <QImage>
-#include <QTest>
 #include <QTimer>
 
 #include "tests/view/view_fixture.h"
@@ -31,10 +30,7 @@ void Answer(QTimer* timer, const QString& file, int recipe) {
 
 TEST_F(ViewTest, ASavedPictureTellsWhatWasChosenLast) {
   Open(Path("cube.obj"));
-  const struct {
-    int chosen;
-    bool tells, tellsFolders;
-  } cases[] = {
+  const std::tuple<int, bool, bool> cases[] = {
       {-1, true, false}, {1, true, true}, {-1, true, true}, {2, false, false}, {-1, false, false}};
   int number = 0;
   for (const auto& [chosen, tells, tellsFolders] : cases) {

@@ -1,18 +1,14 @@
 // The viewer, driven as a user drives it.
-#include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
 #include <QDir>
 #include <QDockWidget>
 #include <QDropEvent>
-#include <QFile>
 #include <QFileInfo>
 #include <QImage>
 #include <QLabel>
 #include <QMimeData>
 #include <QProcess>
-#include <QSettings>
-#include <QTest>
 #include <QUrl>
 #include <QWheelEvent>
 #include <algorithm>
@@ -65,7 +61,6 @@ TEST_F(ViewTest, TheMouseAndKeysMoveTheCamera) {
   Open(Path("room.glb"));
   m_window->SetChoices({"--antialias=1"});
   Rest();
-  Shoot("opened");
   Frame before = Shown();
   EXPECT_EQ(DifferentPixels(before, OffScreen(1)), 0);
   EXPECT_GT(std::count(before.begin(), before.end(), before[0]), 1000);  // the background
@@ -149,7 +144,6 @@ TEST_F(ViewTest, EveryModeIsWhatIsDrawnOffScreen) {
     const std::string name = choice.join(' ').toStdString();
     EXPECT_GT(DifferentPixels(now, before), 50) << name;
     EXPECT_EQ(DifferentPixels(now, OffScreen(1)), 0) << name;
-    Shoot("mode-" + QString(choice[0]).remove("--").replace('/', '_').left(24));
     before = now;
   }
   m_window->SetChoices({"--fog=9,2"});
@@ -166,20 +160,15 @@ TEST_F(ViewTest, AtRestTheFrameHasItsEffectsAndIsSmooth) {
     ++m_effectContexts;
     Rest();
     EXPECT_EQ(DifferentPixels(Shown(), OffScreen(2)), 0) << effect;
-    Shoot(QString("effect-") + effect);
   }
 }
 
 TEST_F(ViewTest, ABrokenFileIsToldAndTheModelStays) {
   Open(Path("cube.ply"));
   const Frame before = Shown();
-  QFile broken(Path("broken.glb"));
-  ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
-  broken.write("glTF\2");
-  broken.close();
+  Write("broken.glb", "glTF\2");
   for (const char* name : {"broken.glb", "missing.obj"}) {
     Open(Path(name));
-    Shoot("broken");
     EXPECT_NE(DismissBox().indexOf(name), -1);
     ASSERT_NE(View().Scene(), nullptr);
     Rest();
@@ -252,7 +241,6 @@ TEST_F(ViewTest, AClickSelectsTheNearestVertexThatIsSeen) {
   EXPECT_EQ(View().Selection()[0].place, nearCorner);
   Rest();
   EXPECT_GT(DifferentPixels(Shown(), before), 50);  // the control point
-  Shoot("selected");
   // Under perspective the front hides the corner behind it, which lies inside its outline.
   QTest::mouseClick(&View(), Qt::LeftButton, Qt::ControlModifier, pixelOf(farCorner));
   EXPECT_EQ(View().Selection().size(), 1u);
@@ -272,7 +260,6 @@ TEST_F(ViewTest, TheReportCanBeCopied) {
   ASSERT_NE(dialog, nullptr);
   dialog->activateWindow();
   ASSERT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == dialog; }));
-  Shoot("report");
   QTest::keyClick(dialog, Qt::Key_T, Qt::AltModifier);
   EXPECT_TRUE(QTest::qWaitFor([&] {
     const QString copied = QGuiApplication::clipboard()->text();
@@ -282,15 +269,10 @@ TEST_F(ViewTest, TheReportCanBeCopied) {
 }
 
 TEST_F(ViewTest, NamesOutOfModelsAreNoHtml) {
-  QFile material(Path("named.mtl"));
-  ASSERT_TRUE(material.open(QIODevice::WriteOnly));
-  material.write("newmtl m\nmap_Kd <b>bold</b>.png\n");
-  material.close();
-  QFile model(Path("named.obj"));
-  ASSERT_TRUE(model.open(QIODevice::WriteOnly));
-  model.write("mtllib named.mtl\nusemtl m\nv 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nf 1/1 2/1 3/1\n");
-  model.close();
-  Open(model.fileName());
+  Write("named.mtl", "newmtl m\nmap_Kd <b>bold</b>.png\n");
+  Write("named.obj",
+        "mtllib named.mtl\nusemtl m\nv 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nf 1/1 2/1 3/1\n");
+  Open(Path("named.obj"));
   QString tips;
   for (const QLabel* label : m_window->findChildren<QLabel*>()) tips += label->toolTip();
   EXPECT_TRUE(tips.contains("&lt;b&gt;bold")) << tips.toStdString();

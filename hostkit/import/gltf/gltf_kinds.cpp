@@ -100,7 +100,9 @@ unsigned KindOf(const Json& value) {
   if (value.is_number()) return kNumber;
   if (value.is_string()) return kText;
   if (value.is_boolean()) return kFlag;
-  return value.is_array() ? kList : value.is_object() ? kObject : 0;
+  if (value.is_array()) return kList;
+  if (value.is_object()) return kObject;
+  return 0;
 }
 
 /// The kinds that a member of that name may have; 0 of names that the format does not know.

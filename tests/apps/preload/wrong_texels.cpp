@@ -1,8 +1,10 @@
 // Preloaded into a program: what it reads back of textures has one channel wrong by 8. With
-// GL3_CRASH_AFTERWARDS set, it crashes when it gives back a context after that.
+// GL3_CRASH_AFTERWARDS set, it crashes when it gives back a context after that; with GL3_HANGS, it
+// hangs as soon as it opens a display.
 #include <EGL/egl.h>
 #include <GL/gl.h>
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include <cstdlib>
 
@@ -20,6 +22,13 @@ extern "C" void glGetTexImage(GLenum target, GLint level, GLenum format, GLenum 
   auto* const red = static_cast<unsigned char*>(pixels);
   *red = static_cast<unsigned char>(*red < 128 ? *red + 8 : *red - 8);
   g_crashes = std::getenv("GL3_CRASH_AFTERWARDS") != nullptr;
+}
+
+extern "C" EGLBoolean eglInitialize(EGLDisplay display, EGLint* major, EGLint* minor) {
+  while (std::getenv("GL3_HANGS")) pause();
+  static auto* const next =
+      reinterpret_cast<decltype(&eglInitialize)>(dlsym(RTLD_NEXT, "eglInitialize"));
+  return next(display, major, minor);
 }
 
 extern "C" EGLBoolean eglDestroyContext(EGLDisplay display, EGLContext context) {

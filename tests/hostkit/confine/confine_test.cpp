@@ -21,12 +21,11 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <ctime>
 #include <functional>
 #include <sstream>
-#include <string>
 #include <thread>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -120,10 +119,7 @@ class ConfinedFiles : public testing::Test {
 };
 
 TEST_F(ConfinedFiles, OpenWhereTheyMay) {
-  const struct {
-    const char* path;
-    int flags, importing, drawing;
-  } cases[] = {
+  const std::tuple<const char*, int, int, int> cases[] = {
       {"in/model", O_RDONLY, 0, 0},
       {"in/deep/picture", O_RDONLY, 0, 0},
       {"in", O_RDONLY | O_DIRECTORY, 0, 0},

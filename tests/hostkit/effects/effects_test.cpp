@@ -1,7 +1,6 @@
 // Effects run through the module on pictures of every awkward size, against their twins on the
 // processor; windows; what becomes of alpha.
 #include <Imath/half.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <bit>
@@ -9,9 +8,7 @@
 #include <cstdlib>
 #include <memory>
 #include <random>
-#include <string>
 #include <utility>
-#include <vector>
 
 #include "host/GADriver.h"
 #include "hostkit/effects/byte_image.h"

@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "hostkit/feed/mesh_edges.h"
+#include "hostkit/feed/point_size.h"
 #include "hostkit/pictures/picture_in.h"
 #include "tests/hostkit/frame/frame_fixture.h"
 

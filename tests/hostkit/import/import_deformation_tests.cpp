@@ -21,8 +21,9 @@ void ExpectNear(const V3f& value, const V3f& expected) {
 
 /// A strip of two triangles from x = 0 to 2 (after its bind shape, which doubles it), whose far end
 /// hangs on an elbow at x = 1; the last vertex hangs on both joints. The elbow turns about z,
-/// by 90 degrees at rest and by none after two seconds. The strip's own node is far away.
-std::string SkinnedStrip(bool isAnimated) {
+/// by 90 degrees at rest and by none after two seconds. The strip's own node is far away, and the
+/// shoulder at `place`.
+std::string SkinnedStrip(bool isAnimated, const std::string& place = "0 0 0") {
   const std::string animation = R"(<library_animations><animation>
 <source id="t"><float_array id="ta" count="2">0 2</float_array><technique_common><accessor
  source="#ta" count="2" stride="1"><param name="TIME" type="float"/></accessor></technique_common>
@@ -57,21 +58,23 @@ std::string SkinnedStrip(bool isAnimated) {
 <v>0 0  1 0  0 0  0 1 1 1</v></vertex_weights></skin></controller></library_controllers>)" +
          (isAnimated ? animation : "") + R"(
 <library_visual_scenes><visual_scene id="s"><node id="shoulder" sid="shoulder" type="JOINT">
-<node id="elbow" sid="elbow" type="JOINT"><translate>1 0 0</translate>
+<translate>)" +
+         place +
+         R"(</translate><node id="elbow" sid="elbow" type="JOINT"><translate>1 0 0</translate>
 <rotate sid="turn">0 0 1 90</rotate></node></node>
 <node id="strip"><translate>50 0 0</translate><instance_controller url="#c">
 <skeleton>#shoulder</skeleton></instance_controller></node></visual_scene></library_visual_scenes>
 <scene><instance_visual_scene url="#s"/></scene></COLLADA>)";
 }
 
-void ExpectStrip(const Scene& scene, const std::vector<V3f>& corners) {
+void ExpectStrip(const Scene& scene, const std::vector<V3f>& corners, float x = 0) {
   ASSERT_EQ(scene.instances.size(), 1u);
   const hostkit::SceneMesh& mesh = scene.meshes.at(0);
   ASSERT_EQ(mesh.triangles.size(), 6u);
   constexpr std::size_t kCorners[] = {0, 1, 2, 1, 3, 2};
   for (std::size_t i = 0; i < 6; ++i) {
-    ExpectNear(mesh.positions[mesh.triangles[i]] * scene.instances[0].toWorld,
-               corners[kCorners[i]]);
+    const V3f place = mesh.positions[mesh.triangles[i]] * scene.instances[0].toWorld;
+    ExpectNear(V3f(scene.origin - Imath::V3d(x, 0, 0)) + place, corners[kCorners[i]]);
   }
 }
 
@@ -84,12 +87,17 @@ TEST_F(Deformations, SkinsFollowTheirJointsAtRestAndAsTheyMove) {
   const Scene still = Read(Write("still.dae", SkinnedStrip(false)));
   ExpectStrip(still, kBent);
   EXPECT_TRUE(still.motion.deformations.empty()) << "nothing moves it any more";
+  ExpectStrip(Read(Write("far.dae", SkinnedStrip(false, "3000000 0 0"))), kBent, 3e6f);
 
   Scene scene = Read(Write("skin.dae", SkinnedStrip(true)));
   ExpectStrip(scene, kBent);
   EXPECT_EQ(scene.motion.nodes.size(), 1u) << "the shoulder lies still";
   hostkit::PoseScene(scene, {0}, 2);
   ExpectStrip(scene, kStraight);
+  Scene far = Read(Write("far.dae", SkinnedStrip(true, "3000000 0 0")));
+  EXPECT_EQ(far.origin.x, 3e6);
+  hostkit::PoseScene(far, {0}, 2);
+  ExpectStrip(far, kStraight, 3e6f);
   // On its way the last corner, half of which goes around the elbow, rises above both.
   const V3f reach = hostkit::MeasureReach(scene, {0}).bounds.max;
   EXPECT_TRUE(reach.equalWithAbsError({2, 1 + std::sqrt(5.0f) / 2, 0}, 1e-3f)) << reach;

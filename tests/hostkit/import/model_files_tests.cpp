@@ -27,6 +27,7 @@
 #include "hostkit/import/import_pictures.h"
 #include "hostkit/import/model_files.h"
 #include "tests/hostkit/import/import_fixture.h"
+#include "tests/support/common/zip_file.h"
 
 namespace {
 
@@ -304,20 +305,9 @@ TEST(SourceChecks, NothingIsMissingAfterwards) {
   EXPECT_EQ(source.mNumCameras, 0u);
 }
 
-/// Of ZIP files: numbers, low byte first.
-std::string Bytes(std::uint64_t value, int count) {
-  std::string bytes;
-  for (; count > 0; --count, value >>= 8) bytes += static_cast<char>(value);
-  return bytes;
-}
-
-/// An archive that tells of one entry of that name, which unpacks to so many bytes.
-std::string Zip(const std::string& name, std::uint64_t unpacked) {
-  const std::string entry = "PK\1\2" + Bytes(20, 2) + Bytes(20, 2) + Bytes(0, 2) + Bytes(8, 2) +
-                            Bytes(0, 8) + Bytes(10, 4) + Bytes(unpacked, 4) +
-                            Bytes(name.size(), 2) + Bytes(0, 16) + name;
-  return entry + "PK\5\6" + Bytes(0, 4) + Bytes(1, 2) + Bytes(1, 2) + Bytes(entry.size(), 4) +
-         Bytes(0, 4) + Bytes(0, 2);
+/// An archive of one packed entry of that name, which tells to unpack to so many bytes.
+std::string Zip(const std::string& name, std::uint32_t unpacked) {
+  return ::Zip({{name, "0123456789"}}, unpacked);
 }
 
 TEST_F(Import, ArchivesThatUnpackToFarTooMuchAreRefused) {

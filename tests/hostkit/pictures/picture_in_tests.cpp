@@ -1,9 +1,6 @@
 // Picture files that are broken in ways that the decoder does not survive.
 #include <OpenEXR/ImfRgbaFile.h>
 #include <OpenEXR/ImfStdIO.h>
-#include <gtest/gtest.h>
-
-#include <string>
 
 #include "hostkit/pictures/picture_in.h"
 #include "tests/support/common/holds.h"

@@ -112,7 +112,8 @@ TEST(SceneBytes, BringTheWholeSceneBack) {
     const std::string before = std::exchange(bytes, Bytes(scene));
     EXPECT_NE(bytes, before) << what;
   };
-  auto& [images, materials, meshes, instances, cameras, lights, motion, warnings] = scene;
+  auto& [images, materials, meshes, instances, cameras, lights, motion, warnings, origin, upAxis] =
+      scene;
   AttrProperty& surface = materials[0].surface;
   for (std::string* text :
        {&images[0].name, &materials[0].name, &meshes[0].name, &cameras[0].name, &lights[0].name,
@@ -144,6 +145,8 @@ TEST(SceneBytes, BringTheWholeSceneBack) {
   materials[0].showsBacks = false, shows("backs");
   materials[0].emissionImage = 0, shows("emission");
   meshes[0].colorsHaveAlpha = false, shows("alpha");
+  origin.z = 0.5, shows("origin");
+  upAxis = hostkit::UpAxis::kMinusX, shows("what is up");
   motion.animations[0].channels[0].rotations.keys[0].time = 0, shows("rotations");
   ++*static_cast<unsigned char*>(images[0].bitmap->GetBufferHead()->Data()), shows("pixels");
 }
@@ -237,6 +240,8 @@ TEST(SceneCheck, NamesWhatIsNotSound) {
         GL3_SLIP(motion.deformations[0].vertexWeights[1] = kNan)}},
       {"deformation 1", {GL3_SLIP(motion.deformations.push_back(s.motion.deformations[0]))}},
       {"no model", {GL3_SLIP(motion.models = 0)}},
+      {"its world",
+       {GL3_SLIP(origin.y = kNan), GL3_SLIP(upAxis = static_cast<hostkit::UpAxis>(6))}},
   };
   for (const auto& [part, slips] : kSlips) {
     for (std::size_t i = 0; i < slips.size(); ++i) {

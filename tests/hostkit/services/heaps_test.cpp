@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <thread>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -18,24 +19,20 @@
 namespace {
 
 TEST(Heaps, EachCountsItsOwnBlocks) {
-  const hostkit::HeapCounts before = hostkit::CountHeaps();
-  void* blocks[] = {AllocGAssist(100), AllocExt(200), AllocString(1)};
-  const hostkit::HeapCounts during = hostkit::CountHeaps();
-  EXPECT_EQ(during.gassist.blocks, before.gassist.blocks + 1);
-  EXPECT_GE(during.gassist.bytes, before.gassist.bytes + 100);
-  EXPECT_EQ(during.ext.blocks, before.ext.blocks + 1);
-  EXPECT_EQ(during.string.blocks, before.string.blocks + 1);
-  FreeGAssist(blocks[0]);
-  FreeExt(blocks[1]);
-  FreeString(blocks[2]);
-  FreeGAssist(nullptr);
-  FreeExt(nullptr);
-  FreeString(nullptr);
-  const hostkit::HeapCounts after = hostkit::CountHeaps();
-  EXPECT_EQ(after.gassist.blocks, before.gassist.blocks);
-  EXPECT_EQ(after.gassist.bytes, before.gassist.bytes);
-  EXPECT_EQ(after.ext.bytes, before.ext.bytes);
-  EXPECT_EQ(after.string.bytes, before.string.bytes);
+  const std::tuple<void* (*)(std::size_t), void (*)(void*),
+                   hostkit::HeapCount hostkit::HeapCounts::*>
+      heaps[] = {{AllocGAssist, FreeGAssist, &hostkit::HeapCounts::gassist},
+                 {AllocExt, FreeExt, &hostkit::HeapCounts::ext},
+                 {AllocString, FreeString, &hostkit::HeapCounts::string}};
+  for (const auto& [alloc, release, heap] : heaps) {
+    const hostkit::HeapCount before = hostkit::CountHeaps().*heap;
+    void* const block = alloc(100);
+    EXPECT_EQ((hostkit::CountHeaps().*heap).blocks, before.blocks + 1);
+    EXPECT_GE((hostkit::CountHeaps().*heap).bytes, before.bytes + 100);
+    for (void* each : {block, static_cast<void*>(nullptr)}) release(each);
+    EXPECT_EQ((hostkit::CountHeaps().*heap).blocks, before.blocks);
+    EXPECT_EQ((hostkit::CountHeaps().*heap).bytes, before.bytes);
+  }
 }
 
 TEST(Heaps, OglBlocksAreZeroedAlignedAndGoTogether) {

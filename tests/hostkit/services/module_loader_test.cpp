@@ -1,12 +1,7 @@
-// Module loading, text streams, and the save-file question.
-#include <gtest/gtest.h>
+// Module loading and text streams.
 #include <unistd.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <string>
 #include <utility>
 
 #include "host/GADriver.h"
@@ -16,7 +11,7 @@
 #include "hostkit/services/current_driver.h"
 #include "hostkit/services/host_heaps.h"
 #include "hostkit/services/module_loader.h"
-#include "hostkit/services/save_request.h"
+#include "platform/mfc.h"
 #include "tests/support/common/holds.h"
 #include "tests/support/common/temp_folder.h"
 
@@ -25,22 +20,20 @@ namespace {
 namespace fs = std::filesystem;
 using hostkit::LoadedModule;
 
-std::string Module(const std::string& name) {
-  return TEST_MODULES "/" + name + "_module.so";
-}
+const std::string kGood = GL3_LIB_DIR "/OpenGL3.so";
 
 TEST(ModuleLoader, MakesTheDriverCurrentWhileItLives) {
   auto* const former = reinterpret_cast<GADriver*>(0x100);  // never called
   GADriver* before = hostkit::SetDriver(former);
   const hostkit::HeapCounts counts = hostkit::CountHeaps();
   std::string error;
-  std::unique_ptr<LoadedModule> module = LoadedModule::Load(Module("good"), &error);
+  const CDynLinkLibrary* const registered = CDynLinkLibrary::First();
+  std::unique_ptr<LoadedModule> module = LoadedModule::Load(kGood, &error);
   ASSERT_NE(module, nullptr) << error;
   EXPECT_EQ(GetDriver(), module->Driver());
-  EXPECT_EQ(module->Driver()->IsOperational(), 1);
-  const auto attached = reinterpret_cast<int (*)()>(module->Symbol("TestAttached"));
-  ASSERT_NE(attached, nullptr);
-  EXPECT_EQ(attached(), 1);
+  ASSERT_NE(CDynLinkLibrary::First(), registered);
+  EXPECT_EQ(CDynLinkLibrary::First()->Next(), registered) << "attached once";
+  EXPECT_NE(module->Symbol("glGetExtensionPointer"), nullptr);
   EXPECT_EQ(module->Symbol("no such thing"), nullptr);
   module.reset();
   EXPECT_EQ(GetDriver(), former);
@@ -53,10 +46,10 @@ TEST(ModuleLoader, TellsWhatIsWrong) {
   folder.Write("text.so", "This is no library, but long enough to hold the header of one. Really!");
   folder.Write("empty.so", "");
   const std::string cut = folder.Path("cut.so");
-  fs::copy_file(Module("good"), cut);
+  fs::copy_file(kGood, cut);
   fs::resize_file(cut, 5000);
   const std::string other = folder.Path("other.so");
-  fs::copy_file(Module("good"), other);
+  fs::copy_file(kGood, other);
   {
     std::fstream file(other, std::ios::in | std::ios::out | std::ios::binary);
     file.seekp(18);  // e_machine
@@ -70,8 +63,8 @@ TEST(ModuleLoader, TellsWhatIsWrong) {
       {cut, "cut short"},
       {other, "another machine"},
       {"/lib/x86_64-linux-gnu/libm.so.6", "does not export DllMain"},
-      {Module("mute"), "does not export CreateDriver"},
-      {Module("needy"), "ServiceThatNoHostHas(String const&, int)"}};
+      {TEST_MODULES "/mute_module.so", "does not export CreateDriver"},
+      {TEST_MODULES "/needy_module.so", "ServiceThatNoHostHas(String const&, int)"}};
   for (const auto& [path, reason] : cases) {
     if (path[1] == 'l' && !fs::exists(path)) continue;  // other machines keep libm elsewhere
     std::string error;
@@ -135,27 +128,6 @@ TEST(FileStream, ReportsAFullDisk) {
   stream << "text";
   EXPECT_EQ(stream.Close(), 0);
   EXPECT_TRUE(fs::is_character_file("/dev/full"));
-}
-
-TEST(SaveRequest, GoesToTheHandler) {
-  const auto ask = [](String* name) {
-    return SaveRequest("Save", "Text(*.txt)|*.txt|", name, "txt", "TXT", 7, nullptr, nullptr);
-  };
-  String path("before.txt");
-  EXPECT_EQ(ask(&path), 0);
-  int answer = 0;
-  hostkit::SetSaveRequestHandler([&](const hostkit::SaveQuestion& question, String* chosen) {
-    *chosen = String("/") + question.suggestion;
-    return answer;
-  });
-  EXPECT_EQ(ask(&path), 0);
-  EXPECT_STREQ(path.Text(), "before.txt");
-  answer = 1;
-  EXPECT_EQ(ask(&path), 1);
-  EXPECT_STREQ(path.Text(), "/before.txt");
-  EXPECT_EQ(ask(nullptr), 0);
-  EXPECT_TRUE(hostkit::SetSaveRequestHandler({}));
-  EXPECT_EQ(ask(&path), 0);
 }
 
 }  // namespace

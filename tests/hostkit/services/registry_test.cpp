@@ -1,7 +1,6 @@
 // The registry and its file: values, broken files, other writers, sudden death.
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -11,13 +10,9 @@
 
 #include <chrono>
 #include <climits>
-#include <cstdlib>
-#include <filesystem>
 #include <functional>
 #include <random>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "host/Services.h"
 #include "host/String.h"

@@ -66,6 +66,10 @@ pid_t FirstChild(pid_t process) {
   // tests draw.
   for (const char* name : {"GL3_CONFINED", "GL3_MODULE_PATH", "GL3_PLATFORM"}) unsetenv(name);
   setenv("GL3_REGISTRY", (logs / "registry.ini").c_str(), 1);
+  if (!setup.preload.empty()) {
+    setenv("LD_PRELOAD", setup.preload.c_str(), 1);
+    setenv("ASAN_OPTIONS", "verify_asan_link_order=0:intercept_tls_get_addr=0", 1);
+  }
   for (const std::string& entry : setup.environment) {
     const std::size_t equals = entry.find('=');
     setenv(entry.substr(0, equals).c_str(), entry.substr(equals + 1).c_str(), 1);
@@ -155,6 +159,10 @@ Gl3Test::~Gl3Test() {
 
 void Gl3Test::Write(const std::string& name, const std::string& text) const {
   std::ofstream(Path(name), std::ios::binary) << text;
+}
+
+std::string Gl3Test::Read(const std::string& name) const {
+  return ReadAll(Path(name));
 }
 
 std::set<std::string> Gl3Test::Names() const {

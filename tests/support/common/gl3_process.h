@@ -25,9 +25,10 @@ struct Gl3Result {
 };
 
 struct Gl3Setup {
-  std::vector<std::string> environment;  ///< NAME=value, added to the test's own.
-  std::string program;                   ///< Another copy of gl3; empty: the built one.
-  std::string terminal;                  ///< Standard error's file in place of the captured one.
+  std::vector<std::string> environment = {};  ///< NAME=value, added to the test's own.
+  std::string program = {};                   ///< Another copy of gl3; empty: the built one.
+  std::string terminal = {};  ///< Standard error's file in place of the captured one.
+  std::string preload = {};   ///< A library that stands before all others.
   bool closeStandardStreams = false;
   std::size_t fileSizeLimit = 0;  ///< Bytes; 0: none. Also holds for what is captured.
 };
@@ -64,6 +65,8 @@ class Gl3Test : public testing::Test {
 
   std::filesystem::path Path(const std::string& name) const { return m_work / name; }
   void Write(const std::string& name, const std::string& text) const;
+  /// A file's bytes; empty when it is not there.
+  std::string Read(const std::string& name) const;
   /// Names of everything in the working folder, hidden files too.
   std::set<std::string> Names() const;
   Gl3Result Run(const Gl3Words& words, const Gl3Setup& setup = {}) const;
