@@ -141,6 +141,7 @@ Plan PlanFor(const PlyElement& element) {
 struct Row {
   std::array<double, kSlots> values = {};
   std::array<std::vector<double>, kLists> lists;
+  std::vector<double> unwanted;
 
   float Float(Slot slot) const { return static_cast<float>(values[slot]); }
   const std::vector<double>& List(Slot slot) const { return lists[slot - kCorners]; }
@@ -269,13 +270,8 @@ bool ReadStep(Values& values, const Step& step, Row& row) {
     return false;
   }
   const auto count = static_cast<std::size_t>(value > 0 ? value : 0);
-  std::vector<double>* const list = step.slot >= 0 ? &row.lists[step.slot - kCorners] : nullptr;
-  if (list) list->clear();
-  for (std::size_t i = 0; i < count; ++i) {
-    if (!values.Next(step.type, &value)) return false;
-    if (list) list->push_back(value);
-  }
-  return true;
+  std::vector<double>& list = step.slot >= 0 ? row.lists[step.slot - kCorners] : row.unwanted;
+  return values.NextList(step.type, count, list);
 }
 
 /// Makes room for what an element will add.

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <vector>
 
 #include "hostkit/import/number_text.h"
 #include "hostkit/import/ply/ply_header.h"
@@ -56,6 +57,18 @@ class PlyBinaryValues {
     return false;
   }
 
+  /// So many values in one go.
+  bool NextList(PlyType type, std::size_t count, std::vector<double>& list) {
+    list.resize(count);
+    const bool isUsual = type == PlyType::kInt32 || type == PlyType::kUint32;
+    for (std::size_t i = 0; i < count; ++i) {
+      if (!isUsual && !Next(type, &list[i])) return false;
+      if (type == PlyType::kInt32 && !Take<std::int32_t>(&list[i])) return false;
+      if (type == PlyType::kUint32 && !Take<std::uint32_t>(&list[i])) return false;
+    }
+    return true;
+  }
+
  private:
   template <class Value>
   bool Take(double* value) {
@@ -92,6 +105,14 @@ class PlyTextValues {
   bool Next(PlyType, double* value) {
     SkipBlanks(&m_at, m_end);
     return ReadNumber(&m_at, m_end, value);
+  }
+
+  bool NextList(PlyType type, std::size_t count, std::vector<double>& list) {
+    list.resize(count);
+    for (double& value : list) {
+      if (!Next(type, &value)) return false;
+    }
+    return true;
   }
 
  private:

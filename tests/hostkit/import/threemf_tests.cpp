@@ -1,41 +1,19 @@
 // 3MF packages: objects, components, colours, and what they lack.
 #include <gtest/gtest.h>
-#include <zlib.h>
 
-#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "tests/hostkit/import/import_fixture.h"
 #include "tests/support/common/holds.h"
+#include "tests/support/common/zip_file.h"
 
 namespace {
 
 using hostkit::Scene;
 using hostkit::SceneMesh;
 using Imath::V3f;
-
-std::string Little(std::uint64_t value, int count) {
-  std::string bytes;
-  for (int i = 0; i < count; ++i) bytes += static_cast<char>(value >> (8 * i));
-  return bytes;
-}
-
-/// An archive of these entries as they are.
-std::string Package(const std::vector<std::pair<std::string, std::string>>& entries) {
-  std::string files, list;
-  for (const auto& [name, bytes] : entries) {
-    const auto* const data = reinterpret_cast<const Bytef*>(bytes.data());
-    const std::string facts =
-        Little(20, 2) + Little(0, 8) + Little(crc32(0, data, static_cast<uInt>(bytes.size())), 4) +
-        Little(bytes.size(), 4) + Little(bytes.size(), 4) + Little(name.size(), 4);
-    list += "PK\1\2" + Little(20, 2) + facts + Little(0, 10) + Little(files.size(), 4) + name;
-    files += "PK\3\4" + facts + name + bytes;
-  }
-  return files + list + "PK\5\6" + Little(0, 4) + Little(entries.size(), 2) +
-         Little(entries.size(), 2) + Little(list.size(), 4) + Little(files.size(), 6);
-}
 
 std::string Model(const std::string& resources, const std::string& build) {
   return "<?xml version=\"1.0\"?><model unit=\"inch\" xmlns:m=\"x\" xmlns:p=\"y\"><resources>" +
@@ -58,7 +36,7 @@ std::vector<int> ColorOf(const SceneMesh& mesh, std::size_t corner) {
 class ThreeMf : public Import {
  protected:
   Scene ReadModel(const std::string& model, const std::string& other = "") {
-    return Read(Write("m.3mf", Package({{"3D/3dmodel.model", model}, {"3D/other.model", other}})));
+    return Read(Write("m.3mf", Zip({{"3D/3dmodel.model", model}, {"3D/other.model", other}})));
   }
 };
 
@@ -119,7 +97,7 @@ TEST_F(ThreeMf, WhatLeadsNowhereIsTold) {
   EXPECT_TRUE(Holds(scene.warnings[1], {"objects that are not there left out: 1;"}));
   EXPECT_TRUE(Holds(scene.warnings[2], {"placed nowhere left out: 2;"}));
   EXPECT_TRUE(Holds(Refusal(Write("m.3mf", "no archive")), {"it is no ZIP archive"}));
-  EXPECT_TRUE(Holds(Refusal(Write("m.3mf", Package({{"a", "b"}}))), {"its model cannot be read"}));
+  EXPECT_TRUE(Holds(Refusal(Write("m.3mf", Zip({{"a", "b"}}))), {"its model cannot be read"}));
 }
 
 }  // namespace
