@@ -51,6 +51,12 @@ struct Node {
   Imath::M44f toParent;  ///< For row vectors, as Imath has them.
   int mesh = -1, camera = -1, light = -1;
   int parent = -1;  ///< A node that stands before this one; -1: the scene.
+  int skin = -1;    ///< What its mesh, which has joints, is bound to.
+};
+
+struct Skin {
+  std::vector<int> joints;                ///< Nodes.
+  std::vector<Imath::M44f> inverseBinds;  ///< One a joint, from the mesh to it as it is bound.
 };
 
 /// The keys of one property of a node, between which it runs straight (rotations: along the arc).
@@ -75,6 +81,7 @@ struct Document {
   std::vector<Light> lights;
   std::vector<Node> nodes;  ///< Those that animations move have no shear.
   std::vector<Animation> animations;
+  std::vector<Skin> skins;
 };
 
 /// The file's bytes.
