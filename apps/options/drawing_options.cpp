@@ -74,7 +74,8 @@ void AddModeOptions(const OptionParser& parser, DrawingOptions* options) {
   parser.BeginGroup("Drawing");
   parser.Add("--lights", "SET",
              "auto, scene, headlight or three-point (default auto: the model's\n"
-             "own lights when it has any, else three-point)",
+             "own lights when it has any, else three-point; and what its own\n"
+             "leave dark from where the camera is gets three-point as well)",
              ChoiceReader(kLights, "a set of lights", &options->lights));
   parser.Add("--mode", "MODE",
              "shaded (default)\n"

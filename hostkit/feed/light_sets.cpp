@@ -84,8 +84,13 @@ float Strength(const GALight& light) {
 
 }  // namespace
 
+float FillFor(float brightness) {
+  constexpr float kBlack = 0.02f, kEnough = 0.15f;
+  return std::clamp((kEnough - brightness) / (kEnough - kBlack), 0.0f, 1.0f);
+}
+
 void LightRig::Build(const Scene& scene, LightSet set, const SceneCamera& camera,
-                     const Imath::Box3f& bounds, float unit) {
+                     const Imath::Box3f& bounds, float unit, float fill) {
   if (set == LightSet::kAuto) {
     set = scene.lights.empty() ? LightSet::kThreePoint : LightSet::kScene;
   }
@@ -98,6 +103,11 @@ void LightRig::Build(const Scene& scene, LightSet set, const SceneCamera& camera
     Imath::M44f toView = WorldToView(camera);
     for (const SceneLight& light : scene.lights) {
       lights.push_back(MakeSceneLight(light, toView, bounds, unit));
+    }
+    for (const RigLight& light : kThreePointRig) {
+      if (fill <= 0) break;
+      lights.push_back(MakeRigLight(light));
+      lights.back().intensity *= fill;
     }
   }
   if (lights.size() > kMaxLights) {

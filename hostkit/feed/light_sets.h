@@ -17,11 +17,17 @@ constexpr std::size_t kMaxLights = 8;
 
 /// Which lights.
 enum class LightSet {
-  kAuto,        ///< The scene's own lights when it has any, else three-point.
+  /// The scene's own lights when it has any, with those of three-point as far as they leave dark
+  /// what is seen; else three-point.
+  kAuto,
   kScene,       ///< The scene's own lights alone.
   kHeadlight,   ///< One white light from the eye.
   kThreePoint,  ///< Key, fill and rim, placed relative to the camera.
 };
+
+/// How much fill light a scene's own lights ask for that leave what is seen at a mean brightness
+/// (see SeenLight): all below 2 percent, none from 15 on.
+float FillFor(float brightness);
 
 /// Host lights in view space with the list that goes to a display list. Head() is null for the
 /// headlight, which is what a null list means to the renderer. Stays valid until it is destroyed
@@ -34,9 +40,9 @@ class LightRig {
   LightRig& operator=(const LightRig&) = delete;
 
   /// `bounds` of the scene in world space gives distances and ranges. View space counts `unit`
-  /// for a world unit.
+  /// for a world unit. `fill` is how much of the three-point lights joins the scene's own.
   void Build(const Scene& scene, LightSet set, const SceneCamera& camera,
-             const Imath::Box3f& bounds, float unit = 1);
+             const Imath::Box3f& bounds, float unit = 1, float fill = 0);
   /// The list, for DisplayList::SetupLights; owned by the rig.
   LightListNode* Head() { return m_nodes.empty() ? nullptr : &m_nodes.front(); }
 

@@ -59,6 +59,7 @@ FramePainter::FramePainter(GADriver* driver, const Scene& scene)
       m_bounds(scene.Bounds()),
       m_points(SpreadOfPoints(scene)),
       m_vertices(SpreadOfVertices(scene, m_bounds)),
+      m_seenLight(scene),
       m_feed(scene, m_prepared),
       m_overlays(driver) {
   m_record.ambientAmount = kAmbientAmount;
@@ -82,7 +83,7 @@ void FramePainter::Begin(const FrameSettings& settings, const View& view) {
   m_view = Scaled(seen, m_unit);
   m_worldToView = WorldToView(view.camera);
   if (m_unit != 1) m_worldToView *= Imath::M44f().setScale(m_unit);
-  m_rig.Build(m_scene, settings.lights, view.camera, m_bounds, m_unit);
+  BuildLights(view.camera);
   m_pointSize = static_cast<float>(settings.pointSize);
   if (settings.pointSize == 0) {
     const bool areVertices = settings.mode == DrawMode::kPoints;
@@ -99,6 +100,17 @@ void FramePainter::Begin(const FrameSettings& settings, const View& view) {
   m_record.fogRed = fog.color[0];
   m_record.fogGreen = fog.color[1];
   m_record.fogBlue = fog.color[2];
+}
+
+void FramePainter::BuildLights(const SceneCamera& camera) {
+  const LightSet set = m_settings->lights;
+  m_rig.Build(m_scene, set, camera, m_bounds, m_unit);
+  if (set != LightSet::kAuto || m_scene.lights.empty()) return;
+  const float aspect =
+      static_cast<float>(m_settings->width) / static_cast<float>(m_settings->height);
+  const float fill =
+      FillFor(m_seenLight.Measure(m_scene, m_rig.Head(), m_view.camera, m_worldToView, aspect));
+  if (fill > 0) m_rig.Build(m_scene, set, camera, m_bounds, m_unit, fill);
 }
 
 void FramePainter::Clear(const PaintTarget& target, const float* background) {

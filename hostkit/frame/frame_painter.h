@@ -13,6 +13,7 @@
 #include "hostkit/feed/mesh_preparation.h"
 #include "hostkit/feed/point_size.h"
 #include "hostkit/feed/scene_feed.h"
+#include "hostkit/feed/seen_light.h"
 #include "hostkit/feed/seen_surfaces.h"
 #include "hostkit/frame/ground_grid.h"
 #include "hostkit/frame/overlay_painter.h"
@@ -66,6 +67,7 @@ class FramePainter {
 
  private:
   FramePainter(GADriver* driver, const Scene& scene);
+  void BuildLights(const SceneCamera& camera);
   void Clear(const PaintTarget& target, const float* background);
   FeedView ViewOf(const PaintTarget& target, const float* background);
   void ApplyFog(GABuffer& buffer) const;
@@ -73,6 +75,7 @@ class FramePainter {
   const Scene& m_scene;
   Imath::Box3f m_bounds;
   PointSpread m_points, m_vertices;
+  SeenLight m_seenLight;
   PreparedScene m_prepared;
   SceneFeed m_feed;
   OverlayPainter m_overlays;

@@ -162,6 +162,13 @@ bool ReadByLibrary(const ModelSource& source, std::string* error) {
   context.places = &source.places;
   std::optional<ColladaFacts> collada;
   if (context.format == SourceFormat::kCollada) context.collada = &collada.emplace(source.files);
+  if (context.collada && (context.source->mFlags & AI_SCENE_FLAGS_INCOMPLETE) != 0) {
+    // The library puts pyramids between the nodes of such files.
+    context.Warn(
+        fmt::format("{}: it has no shapes; its nodes are drawn as a skeleton; export it "
+                    "with its geometry",
+                    context.path));
+  }
   const std::vector<MaterialTraits> traits = ImportMaterials(context, source.pictures);
   const std::vector<int> meshes = ImportMeshes(context, traits);
   const std::vector<const aiNode*> nodes = ImportInstances(context, meshes);

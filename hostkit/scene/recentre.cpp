@@ -50,21 +50,16 @@ void Move(std::vector<V3f>& points, const V3d& by) {
   for (V3f& point : points) point = V3f(V3d(point) + by);
 }
 
-/// The deformation of each mesh, or null.
-std::vector<SceneDeformation*> DeformationsOf(Scene& scene) {
-  std::vector<SceneDeformation*> of(scene.meshes.size(), nullptr);
-  for (SceneDeformation& deformation : scene.motion.deformations) {
-    of[static_cast<std::size_t>(deformation.mesh)] = &deformation;
+/// Which meshes have joints: those are posed in world space, whatever their placement was.
+std::vector<bool> SkinnedMeshes(const Scene& scene) {
+  std::vector<bool> skinned(scene.meshes.size());
+  for (const SceneDeformation& deformation : scene.motion.deformations) {
+    if (!deformation.joints.empty()) skinned[static_cast<std::size_t>(deformation.mesh)] = true;
   }
-  return of;
+  return skinned;
 }
 
-bool IsSkinned(const SceneDeformation* deformation) {
-  return deformation && !deformation->joints.empty();
-}
-
-/// Skinned meshes are posed in world space: what can be moved is the space that their joints take
-/// them from.
+/// What can be moved of a skinned mesh is the space that its joints take it from.
 void MoveBindSpace(SceneDeformation& deformation) {
   const V3d middle = MiddleToTake(BoundsOf(deformation.positions));
   if (middle == V3d(0)) return;
@@ -76,27 +71,33 @@ void MoveBindSpace(SceneDeformation& deformation) {
 
 /// Moves meshes to their middles; what was taken from each.
 std::vector<V3d> MoveMeshes(Scene& scene) {
-  const std::vector<SceneDeformation*> deformations = DeformationsOf(scene);
+  const std::vector<bool> skinned = SkinnedMeshes(scene);
   std::vector<V3d> taken(scene.meshes.size(), V3d(0));
   for (std::size_t i = 0; i < taken.size(); ++i) {
-    if (IsSkinned(deformations[i])) {
-      MoveBindSpace(*deformations[i]);
-      continue;
-    }
+    if (skinned[i]) continue;
     taken[i] = MiddleToTake(BoundsOf(scene.meshes[i].positions));
-    if (taken[i] == V3d(0)) continue;
-    Move(scene.meshes[i].positions, -taken[i]);
-    if (deformations[i]) Move(deformations[i]->positions, -taken[i]);
+    if (taken[i] != V3d(0)) Move(scene.meshes[i].positions, -taken[i]);
+  }
+  for (SceneDeformation& deformation : scene.motion.deformations) {
+    const V3d& by = taken[static_cast<std::size_t>(deformation.mesh)];
+    if (!deformation.joints.empty()) {
+      MoveBindSpace(deformation);
+    } else if (by != V3d(0)) {
+      Move(deformation.positions, -by);
+    }
   }
   return taken;
 }
 
 std::vector<M44d> PlacementsOf(const Scene& scene, const ExactPlaces& places) {
-  if (places.instances.size() == scene.instances.size()) return places.instances;
+  const bool isExact = places.instances.size() == scene.instances.size();
+  const std::vector<bool> skinned = SkinnedMeshes(scene);
   std::vector<M44d> placements;
   placements.reserve(scene.instances.size());
-  for (const SceneInstance& instance : scene.instances) {
-    placements.push_back(ToDouble(instance.toWorld));
+  for (std::size_t i = 0; i < scene.instances.size(); ++i) {
+    const SceneInstance& instance = scene.instances[i];
+    const bool isPosed = skinned[static_cast<std::size_t>(instance.mesh)];
+    placements.push_back(isExact && !isPosed ? places.instances[i] : ToDouble(instance.toWorld));
   }
   return placements;
 }
@@ -168,7 +169,7 @@ void MoveNodes(SceneMotion& motion, const ExactPlaces& places, const V3d& by) {
 
 void MoveSkins(Scene& scene, const V3d& by) {
   for (SceneDeformation& deformation : scene.motion.deformations) {
-    if (!IsSkinned(&deformation)) continue;
+    if (deformation.joints.empty()) continue;
     Move(scene.meshes[static_cast<std::size_t>(deformation.mesh)].positions, by);
     for (SceneJoint& joint : deformation.joints) {
       if (joint.node < 0) joint.toNode = M44f(MovedAfter(ToDouble(joint.toNode), by));
@@ -177,10 +178,10 @@ void MoveSkins(Scene& scene, const V3d& by) {
 }
 
 void MoveInstances(Scene& scene, const std::vector<M44d>& placements, const V3d& by) {
-  const std::vector<SceneDeformation*> deformations = DeformationsOf(scene);
+  const std::vector<bool> skinned = SkinnedMeshes(scene);
   for (std::size_t i = 0; i < placements.size(); ++i) {
     SceneInstance& instance = scene.instances[i];
-    const bool isPosed = IsSkinned(deformations[static_cast<std::size_t>(instance.mesh)]);
+    const bool isPosed = skinned[static_cast<std::size_t>(instance.mesh)];
     instance.toWorld = M44f(isPosed ? placements[i] : MovedAfter(placements[i], by));
   }
   MoveSkins(scene, by);

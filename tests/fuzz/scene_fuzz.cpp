@@ -80,7 +80,7 @@ hostkit::FrameSettings Settings(Input& input) {
   settings.samplesPerSide = 1 + input.Below(2);
   settings.transparentBackground = input.Flag();
   settings.lights = static_cast<hostkit::LightSet>(input.Below(4));
-  settings.pointSize = 1 + input.Below(3);
+  settings.pointSize = input.Below(4);
   settings.controlPointSize = input.Below(3);
   settings.grid.on = input.Flag();
   settings.depth = input.Flag();

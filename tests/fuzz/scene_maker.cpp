@@ -228,6 +228,7 @@ void AddMotion(Input& input, Scene& scene) {
 
 Scene MakeScene(Input& input) {
   constexpr int kInstances[] = {1, 0, 2, 3, 100}, kLights[] = {0, 1, 3, 9};
+  constexpr double kPlaces[] = {0, 0, -7.5, 4649776, 1e17};
   Scene scene;
   for (int i = input.Below(3); i > 0; --i) scene.images.push_back(Image(input));
   for (int i = 1 + input.Below(2); i > 0; --i) {
@@ -243,5 +244,7 @@ Scene MakeScene(Input& input) {
   for (int i = input.OneOf(kLights); i > 0; --i) scene.lights.push_back(Light(input));
   AddMotion(input, scene);
   AddDeformations(input, scene);
+  scene.origin.x = input.OneOf(kPlaces);
+  scene.upAxis = static_cast<hostkit::UpAxis>(input.Below(6));
   return scene;
 }

@@ -128,6 +128,7 @@ TEST_F(ViewTest, EveryModeIsWhatIsDrawnOffScreen) {
       {"--mode=points", "--point-size=3"},
       {"--lights=headlight", "--background=#204060"},
       {"--lights=three-point", "--grid", "--control-points=2"},
+      {"--up-axis=+Z", "--grid"},
       {"--fog=2,12,#808080"},
       {"--fog=exp:0.1"},
       {"--overlay=" + Path("overlay.png") + ",40,30,0.5", "--text=Hello,50,60"},

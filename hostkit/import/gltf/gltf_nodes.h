@@ -16,7 +16,7 @@ struct NodeTree {
   std::vector<int> order;            ///< The nodes of the scene, each behind its parent.
   std::vector<int> parents;          ///< -1 of those without.
   std::vector<Imath::M44f> places;   ///< In the parent's space.
-  std::vector<Imath::M44f> toWorld;  ///< At rest; of nodes of the scene alone.
+  std::vector<Imath::M44d> toWorld;  ///< At rest; of nodes of the scene alone.
   std::vector<bool> isInScene;
 };
 
@@ -33,9 +33,10 @@ Imath::Quatf ToRotation(const float* xyzw);
 /// Keeps nodes that move, and finds what others hang on.
 class NodeHooks {
  public:
-  /// Adds those nodes of the tree that `isMoved` tells (by node) to the motion. `tree` must outlive
-  /// it.
-  NodeHooks(const NodeTree& tree, const std::vector<bool>& isMoved, SceneMotion& motion);
+  /// Adds those nodes of the tree that `isMoved` tells (by node) to the motion and to `places`.
+  /// `tree` must outlive it.
+  NodeHooks(const NodeTree& tree, const std::vector<bool>& isMoved, SceneMotion& motion,
+            ExactPlaces& places);
 
   /// The index in the motion of the nearest kept node at or above `node`, and in `*toNode` the way
   /// from that node's space to its; -1, and the way to the world, when there is none.
@@ -47,7 +48,7 @@ class NodeHooks {
   const NodeTree& m_tree;
   std::vector<int> m_kept;            ///< By node: its index, or -1.
   std::vector<int> m_hooks;           ///< By node: the index that it hangs on, or -1.
-  std::vector<Imath::M44f> m_toHook;  ///< By node: the way to that one's space.
+  std::vector<Imath::M44d> m_toHook;  ///< By node: the way to that one's space.
 };
 
 }  // namespace hostkit::gltf

@@ -10,11 +10,14 @@
 #include "host/Lights.h"
 #include "hostkit/import/import_views.h"
 #include "hostkit/scene/directions.h"
+#include "hostkit/scene/node_animation.h"
 
 namespace hostkit::gltf {
 namespace {
 
+using Imath::M44d;
 using Imath::M44f;
+using Imath::V3d;
 using Imath::V3f;
 
 // Both look along their node's negative z axis.
@@ -82,7 +85,8 @@ void SetCone(const Json& spot, SceneLight& light) {
 
 /// A light with `intensity` as the brightness that the file gives it at `middle`; false when it
 /// cannot be used.
-bool MakeLight(const Json& json, const M44f& toWorld, const V3f& middle, SceneLight& light) {
+bool MakeLight(const Json& json, const M44d& place, const V3d& middle, SceneLight& light) {
+  const M44f toWorld(place);
   light.type = LightType(TextOf(json, "type"));
   const std::array<double, 3> color = NumbersOf<3>(json, "color", {1, 1, 1});
   const double brightest = *std::max_element(color.begin(), color.end());
@@ -96,7 +100,8 @@ bool MakeLight(const Json& json, const M44f& toWorld, const V3f& middle, SceneLi
   if (light.type == GALight::kSpot) SetCone(Member(json, "spot"), light);
   if (light.type != GALight::kDirectional) {
     // Candela, which fall with the square of the distance.
-    const float distance = std::max((light.position - middle).length(), 1e-4f);
+    const float distance =
+        std::max(static_cast<float>((place.translation() - middle).length()), 1e-18f);
     light.range = RangeFor(distance);
     light.intensity /= distance * distance;
   }
@@ -123,7 +128,8 @@ void AddCameras(Document& document, const NodeTree& tree, const NodeHooks& hooks
       document.Note("cameras left out, since they have no angle or height", camera.name);
       continue;
     }
-    Place(tree.toWorld[static_cast<std::size_t>(node)], camera);
+    const M44d& toWorld = tree.toWorld[static_cast<std::size_t>(node)];
+    Place(M44f(toWorld), camera);
     M44f toNode;
     const int hook = hooks.Hang(node, &toNode);
     if (hook >= 0) {
@@ -131,6 +137,7 @@ void AddCameras(Document& document, const NodeTree& tree, const NodeHooks& hooks
                                       toNode.translation(), Turned(kForward, toNode),
                                       Turned(kUp, toNode)});
     }
+    document.Source().places.cameras.push_back(toWorld.translation());
     scene.cameras.push_back(std::move(camera));
   }
 }
@@ -139,20 +146,25 @@ void AddLights(Document& document, const NodeTree& tree, const NodeHooks& hooks)
   constexpr const char* kLights = "KHR_lights_punctual";
   Scene& scene = document.Source().scene;
   const Json& lights = Member(Extension(document.Root(), kLights), "lights");
-  const V3f middle = scene.Bounds().center();
+  if (Length(lights) == 0) return;
+  SettleAtRest(scene);
+  ExactPlaces& places = document.Source().places;
+  const V3d middle = ExactBounds(scene, places).center();
   for (const int node : tree.order) {
     const int index = IndexOf(Extension(document.Item("nodes", node), kLights), "light");
     if (index < 0) continue;
     const Json& json = Entry(lights, index);
     SceneLight light;
     light.name = NameOf(document, node, "light", json, index);
-    if (!MakeLight(json, tree.toWorld[static_cast<std::size_t>(node)], middle, light)) continue;
+    const M44d& toWorld = tree.toWorld[static_cast<std::size_t>(node)];
+    if (!MakeLight(json, toWorld, middle, light)) continue;
     M44f toNode;
     const int hook = hooks.Hang(node, &toNode);
     if (hook >= 0) {
       scene.motion.lights.push_back({static_cast<int>(scene.lights.size()), hook,
                                      toNode.translation(), Turned(kForward, toNode)});
     }
+    places.lights.push_back(toWorld.translation());
     scene.lights.push_back(std::move(light));
   }
   Expose(true, scene.lights);

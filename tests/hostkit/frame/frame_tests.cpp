@@ -103,6 +103,29 @@ TEST_F(Frames, TransparentBackgroundGivesTrueCoverage) {
   EXPECT_EQ(nothing.alpha, 0);
 }
 
+TEST_F(Frames, WhatItsOwnLightsLeaveDarkIsFilled) {
+  hostkit::Scene scene = SceneOf({Material(1, 1, 1)}, Square(0));
+  hostkit::SceneLight light;
+  light.type = GALight::kDirectional;
+  scene.lights = {light};
+  const auto render = [&](hostkit::LightSet lights) {
+    m_settings.lights = lights;
+    return Render(scene);
+  };
+  scene.lights[0].direction = {0.6f, 0, -0.8f};  // from the viewer's side: 0.8 of full light
+  EXPECT_EQ(Different(render(hostkit::LightSet::kAuto), render(hostkit::LightSet::kScene), 0), 0);
+  scene.lights[0].direction = {0, 0, 1};  // from behind
+  const auto filled = render(hostkit::LightSet::kAuto);
+  EXPECT_EQ(Different(filled, render(hostkit::LightSet::kThreePoint), 0), 0);
+  EXPECT_GT(Different(filled, render(hostkit::LightSet::kScene), 0.4f), 1000);
+  g_maxSurface = 50;  // tiles, most of which do not show the middle
+  EXPECT_EQ(Different(filled, render(hostkit::LightSet::kAuto), 0), 0);
+  // Half way between what is black, 2 percent, and what is bright enough, 15.
+  EXPECT_NEAR(hostkit::FillFor(0.085f), 0.5f, 1e-5f);
+  EXPECT_EQ(hostkit::FillFor(0.01f), 1);
+  EXPECT_EQ(hostkit::FillFor(0.16f), 0);
+}
+
 TEST_F(Frames, EdgesAreSmoothAndLinesKeepTheirWidth) {
   hostkit::Scene scene = SceneOf({Material(1, 1, 1)}, Square(0), M44f().rotate(V3f(0, 0, 0.1f)));
   hostkit::SceneMesh lines;
