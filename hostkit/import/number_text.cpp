@@ -55,8 +55,8 @@ const char* ReadExponent(const char* at, const char* end, int* power) {
 
 }  // namespace
 
-// A number of few digits and a small exponent, as nearly all are, is one division of two exact
-// doubles: four times faster than the standard library, which takes the rest.
+// A number of few digits and a small exponent is one division or product of two exact doubles,
+// which rounds as the standard library does; that one takes the rest.
 bool ReadNumber(const char** at, const char* end, double* value) {
   const char* p = *at;
   const bool isNegative = p < end && *p == '-';

@@ -11,7 +11,7 @@
 namespace hostkit {
 
 /// Cuts polygons of any shape, one after the other. What hostile ones can make of that is bounded:
-/// after a thousand million steps, a few seconds, polygons are cut anyhow.
+/// after a thousand million steps polygons are cut anyhow.
 class PolygonCutter {
  public:
   /// Appends n - 2 triangles of the n points, three numbers of points each, turning the same way;

@@ -20,7 +20,7 @@ std::size_t HashOf(const V3f& position) {
 }  // namespace
 
 // A table of at least twice as many slots as vertices, each with the number of a place or none; the
-// next free slot is taken. Eight times faster than a standard map for a million triangles.
+// next free slot is taken.
 std::vector<std::uint32_t> NumberPlaces(const std::vector<V3f>& positions, std::size_t* count) {
   constexpr std::uint32_t kNone = 0xffffffff;
   const std::size_t mask = std::bit_ceil(2 * positions.size() + 1) - 1;

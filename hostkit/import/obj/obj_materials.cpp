@@ -94,7 +94,7 @@ bool ObjMaterials::ReadLibrary(const std::string& name, FileFault* fault) {
   return true;
 }
 
-/// Exporters that rename a model may leave the library's old name in it.
+/// In place of a library that is not there the model's own name is tried, with ".mtl".
 void ObjMaterials::TellMissing(const std::string& name, FileFault fault) {
   std::string text = m_source.files.FaultText(name, fault);
   const std::string own =

@@ -44,7 +44,7 @@ class Assembly {
     for (const V3f& color : model.colors) {
       brightest = std::max({brightest, color.x, color.y, color.z});
     }
-    // Colours are 0 to 1; some writers give bytes.
+    // Colours are 0 to 1; with any above that they are taken for bytes.
     if (brightest > 1) m_colorScale = 1.0f / 255;
   }
 

@@ -96,7 +96,7 @@ class Colors {
       m_hasAny = m_hasAny || word != 0;
       m_hasOwn = m_hasOwn || HasOwn(word);
     }
-    // Programs that know nothing of colours leave the words 0, which would be black.
+    // Words that are all 0, as the format wants them, would be black.
     m_hasOwn = m_hasOwn && m_hasAny;
   }
 

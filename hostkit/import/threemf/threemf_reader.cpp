@@ -1,7 +1,6 @@
 // 3MF packages into scenes.
 //
-// The import library keeps the objects of a package in one array that it overruns where there are
-// several.
+// The import library corrupts memory where a package has several objects.
 #include "hostkit/import/threemf/threemf_reader.h"
 
 #include <fmt/format.h>
