@@ -141,11 +141,11 @@ class Writer {
                   R"(,"extensions":{{"KHR_materials_transmission":{{"transmissionFactor":{}}}}})",
                   material.transmission);
     m_materials.push_back(fmt::format(
-        R"({{"name":"{}","alphaMode":"{}","pbrMetallicRoughness":{{"baseColorFactor":[{},{},{},{}],)"
+        R"({{"name":"{}","alphaMode":"{}","doubleSided":{},"pbrMetallicRoughness":{{"baseColorFactor":[{},{},{},{}],)"
         R"("metallicFactor":{},"roughnessFactor":{}{}}}{}}})",
-        material.name, material.alphaMode, LinearFromDisplay(c.x), LinearFromDisplay(c.y),
-        LinearFromDisplay(c.z), material.alpha, material.metallic, material.roughness, texture,
-        transmission));
+        material.name, material.alphaMode, material.isDoubleSided, LinearFromDisplay(c.x),
+        LinearFromDisplay(c.y), LinearFromDisplay(c.z), material.alpha, material.metallic,
+        material.roughness, texture, transmission));
   }
 
   void AddCamera(const Camera& camera) {

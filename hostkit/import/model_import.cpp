@@ -119,7 +119,8 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
   }
   if (source) return source;
   // A file that it names and does not get is likely to be why, and tells the remedy.
-  const std::string reason = OneLine(importer.GetErrorString());
+  std::string reason = OneLine(importer.GetErrorString());
+  if (reason.starts_with("No suitable reader")) reason = "it is not what its name's ending says";
   *error = warnings->empty()
                ? fmt::format("{}: cannot be read ({}); export the model again", path, reason)
                : fmt::format("{} ({})", warnings->back(), reason);
