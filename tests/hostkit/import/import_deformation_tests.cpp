@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <numeric>
+#include <utility>
 
 #include "hostkit/import/import_deformations.h"
 #include "hostkit/import/import_normals.h"
@@ -106,80 +107,36 @@ TEST_F(Deformations, SkinsFollowTheirJointsAtRestAndAsTheyMove) {
 /// A triangle with two shapes, the first of which is keyed from none of it to all of it in two
 /// seconds: it takes the third corner from y = 1 to 3. The second one would move the second corner.
 const char* const kShapes = R"(; FBX 7.4.0 project file
-FBXHeaderExtension: { FBXVersion: 7400
-}
-GlobalSettings: { Version: 1000
-}
+FBXHeaderExtension: { FBXVersion: 7400 } GlobalSettings: { Version: 1000 }
 Objects: {
-  Geometry: 10, "Geometry::base", "Mesh" {
-    Vertices: *9 { a: 0,0,0,1,0,0,0,1,0 }
-    PolygonVertexIndex: *3 { a: 0,1,-3 }
-    GeometryVersion: 124
-  }
-  Geometry: 11, "Geometry::one", "Shape" {
-    Indexes: *1 { a: 2 }
-    Vertices: *3 { a: 0,2,0 }
-    Normals: *3 { a: 0,0,0 }
-  }
-  Geometry: 12, "Geometry::two", "Shape" {
-    Indexes: *1 { a: 1 }
-    Vertices: *3 { a: 0,0,4 }
-    Normals: *3 { a: 0,0,0 }
-  }
-  Model: 20, "Model::thing", "Mesh" { Version: 232
-  }
-  Deformer: 30, "Deformer::shapes", "BlendShape" { Version: 100
-  }
-  Deformer: 31, "SubDeformer::one", "BlendShapeChannel" {
-    DeformPercent: 0
-    FullWeights: *1 { a: 100 }
-  }
-  Deformer: 32, "SubDeformer::two", "BlendShapeChannel" {
-    DeformPercent: 0
-    FullWeights: *1 { a: 100 }
-  }
-  AnimationStack: 40, "AnimStack::take", "" { Properties70: {
-      P: "LocalStop", "KTime", "Time", "",92372316000
-    }
-  }
-  AnimationLayer: 41, "AnimLayer::layer", "" { Version: 100
-  }
-  AnimationCurveNode: 42, "AnimCurveNode::DeformPercent", "" { Properties70: {
-      P: "d|DeformPercent", "Number", "", "A",0
-    }
-  }
-  AnimationCurve: 43, "AnimCurve::", "" {
-    KeyTime: *2 { a: 0,92372316000 }
-    KeyValueFloat: *2 { a: 0,100 }
-    KeyAttrFlags: *1 { a: 24836 }
-    KeyAttrDataFloat: *4 { a: 0,0,255790911,0 }
-    KeyAttrRefCount: *1 { a: 2 }
-  }
+  Geometry: 10, "Geometry::base", "Mesh" { Vertices: *9 { a: 0,0,0,1,0,0,0,1,0 }
+    PolygonVertexIndex: *3 { a: 0,1,-3 } GeometryVersion: 124 }
+  Geometry: 11, "Geometry::one", "Shape" { Indexes: *1 { a: 2 } Vertices: *3 { a: 0,2,0 }
+    Normals: *3 { a: 0,0,0 } }
+  Geometry: 12, "Geometry::two", "Shape" { Indexes: *1 { a: 1 } Vertices: *3 { a: 0,0,4 }
+    Normals: *3 { a: 0,0,0 } }
+  Model: 20, "Model::thing", "Mesh" { Version: 232 }
+  Deformer: 30, "Deformer::shapes", "BlendShape" { Version: 100 }
+  Deformer: 31, "SubDeformer::one", "BlendShapeChannel" { FullWeights: *1 { a: 100 } }
+  Deformer: 32, "SubDeformer::two", "BlendShapeChannel" { FullWeights: *1 { a: 100 } }
+  AnimationStack: 40, "AnimStack::take", "" {
+    Properties70: { P: "LocalStop", "KTime", "Time", "",92372316000 } }
+  AnimationLayer: 41, "AnimLayer::layer", "" { Version: 100 }
+  AnimationCurveNode: 42, "AnimCurveNode::DeformPercent", "" {
+    Properties70: { P: "d|DeformPercent", "Number", "", "A",0 } }
+  AnimationCurve: 43, "AnimCurve::", "" { KeyTime: *2 { a: 0,92372316000 }
+    KeyValueFloat: *2 { a: 0,100 } KeyAttrFlags: *1 { a: 24836 }
+    KeyAttrDataFloat: *4 { a: 0,0,255790911,0 } KeyAttrRefCount: *1 { a: 2 } }
 }
-Connections: {
-  C: "OO",20,0
-  C: "OO",10,20
-  C: "OO",30,10
-  C: "OO",31,30
-  C: "OO",32,30
-  C: "OO",11,31
-  C: "OO",12,32
-  C: "OO",41,40
-  C: "OO",42,41
-  C: "OP",42,31, "DeformPercent"
-  C: "OP",43,42, "d|DeformPercent"
-}
+Connections: { C: "OO",20,0 C: "OO",10,20 C: "OO",30,10 C: "OO",31,30 C: "OO",32,30 C: "OO",11,31
+  C: "OO",12,32 C: "OO",41,40 C: "OO",42,41 C: "OP",42,31, "DeformPercent"
+  C: "OP",43,42, "d|DeformPercent" }
 )";
 
 TEST_F(Deformations, ShapesFollowTheirKeys) {
   Scene scene = Read(Write("shapes.fbx", kShapes));
-  const struct {
-    double time;
-    float y;
-  } cases[] = {{0, 1}, {1, 2}, {2, 3}, {9, 3}};
-  ASSERT_EQ(scene.meshes.size(), 1u);
-  ExpectNear(scene.meshes[0].positions[2], {0, 1, 0});
-  for (const auto& [time, y] : cases) {
+  ExpectNear(scene.meshes.at(0).positions[2], {0, 1, 0});
+  for (const auto& [time, y] : {std::pair{0, 1.0f}, {1, 2.0f}, {2, 3.0f}, {9, 3.0f}}) {
     hostkit::PoseScene(scene, hostkit::FindAnimations(scene, ""), time);
     ExpectNear(scene.meshes[0].positions[2], {0, y, 0});
     ExpectNear(scene.meshes[0].positions[1], {1, 0, 0});
