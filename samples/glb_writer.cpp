@@ -16,7 +16,7 @@
 namespace samples {
 namespace {
 
-constexpr int kFloat = 5126, kUnsignedInt = 5125;
+constexpr int kFloat = 5126, kUnsignedInt = 5125, kUnsignedShort = 5123;
 
 float LinearFromDisplay(float value) {
   return value <= 0.04045f ? value / 12.92f : std::pow((value + 0.055f) / 1.055f, 2.4f);
@@ -51,6 +51,7 @@ class Writer {
     for (const Camera& camera : m_document.cameras) AddCamera(camera);
     for (const Light& light : m_document.lights) AddLight(light);
     for (const Animation& animation : m_document.animations) AddAnimation(animation);
+    for (const Skin& skin : m_document.skins) AddSkin(skin);
     for (std::size_t i = 0; i < m_document.nodes.size(); ++i) AddNode(i);
     return Assemble(Json());
   }
@@ -101,6 +102,13 @@ class Writer {
                       shape.positions.size(), kFloat, shape.colorChannels == 4 ? "VEC4" : "VEC3");
       attributes += fmt::format(R"(,"COLOR_0":{})", accessor);
     }
+    if (!shape.joints.empty()) {
+      attributes +=
+          fmt::format(R"(,"JOINTS_0":{},"WEIGHTS_0":{})",
+                      AddAccessor(shape.joints.data(), shape.joints.size() * sizeof(std::uint16_t),
+                                  shape.joints.size() / 4, kUnsignedShort, "VEC4"),
+                      AddFloats(shape.weights, "VEC4"));
+    }
     const int indices =
         AddAccessor(shape.indices.data(), shape.indices.size() * sizeof(std::uint32_t),
                     shape.indices.size(), kUnsignedInt, "SCALAR");
@@ -133,11 +141,11 @@ class Writer {
                   R"(,"extensions":{{"KHR_materials_transmission":{{"transmissionFactor":{}}}}})",
                   material.transmission);
     m_materials.push_back(fmt::format(
-        R"({{"name":"{}","alphaMode":"{}","pbrMetallicRoughness":{{"baseColorFactor":[{},{},{},{}],)"
+        R"({{"name":"{}","alphaMode":"{}","doubleSided":{},"pbrMetallicRoughness":{{"baseColorFactor":[{},{},{},{}],)"
         R"("metallicFactor":{},"roughnessFactor":{}{}}}{}}})",
-        material.name, material.alphaMode, LinearFromDisplay(c.x), LinearFromDisplay(c.y),
-        LinearFromDisplay(c.z), material.alpha, material.metallic, material.roughness, texture,
-        transmission));
+        material.name, material.alphaMode, material.isDoubleSided, LinearFromDisplay(c.x),
+        LinearFromDisplay(c.y), LinearFromDisplay(c.z), material.alpha, material.metallic,
+        material.roughness, texture, transmission));
   }
 
   void AddCamera(const Camera& camera) {
@@ -188,6 +196,12 @@ class Writer {
                                        fmt::join(channels, ",")));
   }
 
+  void AddSkin(const Skin& skin) {
+    m_skins.push_back(fmt::format(R"({{"joints":[{}],"inverseBindMatrices":{}}})",
+                                  fmt::join(skin.joints, ","),
+                                  AddFloats(skin.inverseBinds, "MAT4")));
+  }
+
   /// A placement; in the parts that animations replace when one does.
   static std::string Placement(const Imath::M44f& toParent, bool isAnimated) {
     if (!isAnimated) {
@@ -209,6 +223,7 @@ class Writer {
     std::string text =
         fmt::format(R"({{"name":"{}",{})", node.name, Placement(node.toParent, isAnimated));
     if (node.mesh >= 0) text += fmt::format(R"(,"mesh":{})", node.mesh);
+    if (node.skin >= 0) text += fmt::format(R"(,"skin":{})", node.skin);
     if (node.camera >= 0) text += fmt::format(R"(,"camera":{})", node.camera);
     if (node.light >= 0) {
       text += fmt::format(R"(,"extensions":{{"KHR_lights_punctual":{{"light":{}}}}})", node.light);
@@ -235,7 +250,8 @@ class Writer {
     const std::pair<const char*, const std::vector<std::string>*> arrays[] = {
         {"nodes", &m_nodes},         {"meshes", &m_meshes},     {"materials", &m_materials},
         {"textures", &m_textures},   {"images", &m_images},     {"cameras", &m_cameras},
-        {"accessors", &m_accessors}, {"bufferViews", &m_views}, {"animations", &m_animations}};
+        {"accessors", &m_accessors}, {"bufferViews", &m_views}, {"animations", &m_animations},
+        {"skins", &m_skins}};
     for (const auto& [name, values] : arrays) {
       if (!values->empty()) json += fmt::format(R"(,"{}":[{}])", name, fmt::join(*values, ","));
     }
@@ -259,7 +275,7 @@ class Writer {
   std::set<std::string> m_extensions;
   std::set<int> m_animatedNodes;
   std::vector<std::string> m_views, m_accessors, m_images, m_textures, m_materials, m_meshes,
-      m_cameras, m_lights, m_nodes, m_roots, m_animations;
+      m_cameras, m_lights, m_nodes, m_roots, m_animations, m_skins;
 };
 
 }  // namespace

@@ -18,6 +18,7 @@ struct Material {
   float roughness = 0.5f;
   float alpha = 1;
   std::string alphaMode = "OPAQUE";  ///< "OPAQUE", "BLEND" or "MASK" (cut off at 0.5).
+  bool isDoubleSided = true;         ///< Seen from behind, too.
   int image = -1;                    ///< Index into Document::images.
   float transmission = 0;
   Imath::V2f uvOffset{0, 0}, uvScale{1, 1};  ///< Placement of the image, as KHR_texture_transform.
@@ -51,6 +52,12 @@ struct Node {
   Imath::M44f toParent;  ///< For row vectors, as Imath has them.
   int mesh = -1, camera = -1, light = -1;
   int parent = -1;  ///< A node that stands before this one; -1: the scene.
+  int skin = -1;    ///< What its mesh, which has joints, is bound to.
+};
+
+struct Skin {
+  std::vector<int> joints;                ///< Nodes.
+  std::vector<Imath::M44f> inverseBinds;  ///< One a joint, from the mesh to it as it is bound.
 };
 
 /// The keys of one property of a node, between which it runs straight (rotations: along the arc).
@@ -75,6 +82,7 @@ struct Document {
   std::vector<Light> lights;
   std::vector<Node> nodes;  ///< Those that animations move have no shear.
   std::vector<Animation> animations;
+  std::vector<Skin> skins;
 };
 
 /// The file's bytes.

@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "samples/orrery.h"
+#include "samples/reed.h"
 #include "samples/showroom.h"
 #include "samples/small_models.h"
 
@@ -24,8 +25,10 @@ bool WriteAll(const std::string& folder, std::string* error) {
   }
   const std::string showroom = (std::filesystem::path(folder) / "showroom.glb").string();
   const std::string orrery = (std::filesystem::path(folder) / "orrery.glb").string();
+  const std::string reed = (std::filesystem::path(folder) / "reed.glb").string();
   return samples::WriteFile(showroom, samples::ToGlb(samples::Showroom()), error) &&
          samples::WriteFile(orrery, samples::ToGlb(samples::Orrery()), error) &&
+         samples::WriteFile(reed, samples::ToGlb(samples::Reed()), error) &&
          samples::WriteCubes(folder, error);
 }
 

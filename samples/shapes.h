@@ -18,6 +18,8 @@ struct Shape {
   std::vector<float> colors;           ///< Empty, or `colorChannels` values a vertex, linear.
   int colorChannels = 3;               ///< 3 or 4.
   std::vector<std::uint32_t> indices;  ///< Three a triangle.
+  std::vector<std::uint16_t> joints;   ///< Empty, or four a vertex: indices into Skin::joints.
+  std::vector<Imath::V4f> weights;     ///< Theirs, one a vertex.
 };
 
 /// A point of an outline that is turned around the y axis: radius and height with the direction

@@ -12,9 +12,10 @@ namespace {
 
 // Sides of textures are multiples of it.
 constexpr int kMultiple = 4;
-// What copies and windows may come to: texels a side and in all. Enlarged pictures keep to a side
-// at which no driver has the renderer compress them.
-constexpr int kMostSide = 4096, kMostEnlarged = 2048;
+// What copies, windows and squares may come to: texels a side and in all. Squares keep to a side at
+// which the renderer has no driver compress them, and what is enlarged to find edges to less, since
+// its texels take time.
+constexpr int kMostSide = 4096, kMostOfSquares = 2048, kMostSmooth = 1024;
 constexpr std::int64_t kMostTexels = std::int64_t{1} << 22;
 // A window on a picture as large as it is itself, and a little more, may have this side.
 constexpr int kLargestWindow = 8188;
@@ -50,7 +51,9 @@ AxisLayout LayOut(const Axis& axis, int factor, int mostSide) {
   const bool isNear = window.count <= axis.texels + 2 * kMultiple && window.count <= kLargestWindow;
   const bool hasWindow = isNear || window.count <= mostSide / factor;
   if (axis.wrap == PictureWrap::kClamp) {
-    if (hasWindow) return window;
+    // A large picture is not copied for the sake of its edges.
+    const bool isCopiedInVain = axis.texels % multiple == 0 && axis.texels > kMostOfSquares;
+    if (hasWindow && !isCopiedInVain) return window;
     return {0, RoundUp(axis.texels, multiple), factor, true};
   }
   const int period = axis.wrap == PictureWrap::kMirror ? 2 * axis.texels : axis.texels;
@@ -69,10 +72,11 @@ std::initializer_list<int> FactorsOf(Enlarging enlarging) {
   return enlarging == Enlarging::kSquares ? kSquares : kSmooth;
 }
 
-bool IsAffordable(const PictureLayout& layout) {
+bool IsAffordable(const PictureLayout& layout, Enlarging enlarging) {
   const std::int64_t width = std::int64_t{layout.u.count} * layout.u.factor;
   const std::int64_t height = std::int64_t{layout.v.count} * layout.v.factor;
-  if (layout.u.factor > 1 && std::max(width, height) > kMostEnlarged) return false;
+  const int most = enlarging == Enlarging::kSquares ? kMostOfSquares : kMostSmooth;
+  if (layout.u.factor > 1 && std::max(width, height) > most) return false;
   return width * height <= kMostTexels;
 }
 
@@ -93,7 +97,7 @@ PictureLayout LayOutPicture(const SceneImage& image, int width, int height, cons
   const Axis v{height, image.wrapV, InTexels(uvs.min.y, height), InTexels(uvs.max.y, height)};
   for (const int factor : FactorsOf(enlarging)) {
     const PictureLayout layout = {LayOut(u, factor, kMostSide), LayOut(v, factor, kMostSide)};
-    if (IsAffordable(layout)) return layout;
+    if (IsAffordable(layout, enlarging)) return layout;
   }
   return {LayOut(u, 1, 0), LayOut(v, 1, 0)};
 }

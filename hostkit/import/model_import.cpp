@@ -119,7 +119,8 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
   }
   if (source) return source;
   // A file that it names and does not get is likely to be why, and tells the remedy.
-  const std::string reason = OneLine(importer.GetErrorString());
+  std::string reason = OneLine(importer.GetErrorString());
+  if (reason.starts_with("No suitable reader")) reason = "it is not what its name's ending says";
   *error = warnings->empty()
                ? fmt::format("{}: cannot be read ({}); export the model again", path, reason)
                : fmt::format("{} ({})", warnings->back(), reason);
@@ -162,6 +163,13 @@ bool ReadByLibrary(const ModelSource& source, std::string* error) {
   context.places = &source.places;
   std::optional<ColladaFacts> collada;
   if (context.format == SourceFormat::kCollada) context.collada = &collada.emplace(source.files);
+  if (context.collada && (context.source->mFlags & AI_SCENE_FLAGS_INCOMPLETE) != 0) {
+    // The library puts pyramids between the nodes of such files.
+    context.Warn(
+        fmt::format("{}: it has no shapes; its nodes are drawn as a skeleton; export it "
+                    "with its geometry",
+                    context.path));
+  }
   const std::vector<MaterialTraits> traits = ImportMaterials(context, source.pictures);
   const std::vector<int> meshes = ImportMeshes(context, traits);
   const std::vector<const aiNode*> nodes = ImportInstances(context, meshes);

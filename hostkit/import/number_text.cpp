@@ -84,19 +84,6 @@ bool ReadNumber(const char** at, const char* end, double* value) {
   return true;
 }
 
-bool ReadInteger(const char** at, const char* end, std::int64_t* value) {
-  const char* p = *at;
-  const bool isNegative = p < end && *p == '-';
-  if (p < end && (*p == '-' || *p == '+')) ++p;
-  const char* const first = p;
-  std::int64_t number = 0;
-  for (; p < end && IsDigit(*p) && p - first < kMostDigits; ++p) number = number * 10 + (*p - '0');
-  if (p == first || (p < end && IsDigit(*p))) return false;
-  *value = isNegative ? -number : number;
-  *at = p;
-  return true;
-}
-
 std::string_view Trimmed(std::string_view text) {
   while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
   while (!text.empty() && IsSpace(text.back())) text.remove_suffix(1);

@@ -11,13 +11,29 @@ namespace hostkit {
 bool ReadNumber(const char** at, const char* end, double* value);
 
 /// The same for a whole number without a point, of at most 18 digits.
-bool ReadInteger(const char** at, const char* end, std::int64_t* value);
+inline bool ReadInteger(const char** at, const char* end, std::int64_t* value) {
+  constexpr int kMostDigits = 18;
+  const char* p = *at;
+  const bool isNegative = p < end && *p == '-';
+  if (p < end && (*p == '-' || *p == '+')) ++p;
+  const char* const first = p;
+  std::int64_t number = 0;
+  for (; p < end && *p >= '0' && *p <= '9'; ++p) {
+    if (p - first == kMostDigits) return false;
+    number = number * 10 + (*p - '0');
+  }
+  if (p == first) return false;
+  *value = isNegative ? -number : number;
+  *at = p;
+  return true;
+}
 
 inline bool IsBlank(char c) {
   return c == ' ' || c == '\t';
 }
+/// Ends of lines and all other controls, too.
 inline bool IsSpace(char c) {
-  return IsBlank(c) || c == '\n' || c == '\r' || c == '\v' || c == '\f' || c == '\0';
+  return static_cast<unsigned char>(c) <= ' ';
 }
 
 inline void SkipBlanks(const char** at, const char* end) {

@@ -11,8 +11,6 @@ using Imath::V2d;
 using Imath::V3d;
 using Imath::V3f;
 
-constexpr std::uint64_t kMostSteps = 2'000'000'000;
-
 /// Normal of a polygon by Newell's method, twice its area long.
 V3d NormalOf(std::span<const V3f> points) {
   V3d sum(0.0);
@@ -118,7 +116,7 @@ void PolygonCutter::CutEars(std::vector<std::uint32_t>& triangles) {
   std::uint32_t point = 0, tries = 0;
   while (left >= 3) {
     // Where there is no ear, as in polygons that cross themselves, any corner has to go.
-    const bool isCut = left == 3 || tries > left || m_steps > kMostSteps || IsEar(point);
+    const bool isCut = left == 3 || tries > left || IsSpent() || IsEar(point);
     if (!isCut) {
       point = m_next[point];
       ++tries;

@@ -10,15 +10,20 @@
 
 namespace hostkit {
 
-/// Cuts polygons of any shape, one after the other. What a hostile file can make of that is
-/// bounded: past some thousands of millions of steps polygons are cut into fans.
+/// Cuts polygons of any shape, one after the other. What hostile ones can make of that is bounded:
+/// after a thousand million steps, a few seconds, polygons are cut anyhow.
 class PolygonCutter {
  public:
   /// Appends n - 2 triangles of the n points, three numbers of points each, turning the same way;
   /// nothing for fewer than three points. Points need not lie in one plane exactly.
   void Cut(std::span<const Imath::V3f> points, std::vector<std::uint32_t>& triangles);
 
+  /// Whether some polygons were cut anyhow.
+  bool IsSpent() const { return m_steps > kMostSteps; }
+
  private:
+  static constexpr std::uint64_t kMostSteps = 1'000'000'000;
+
   void Flatten(std::span<const Imath::V3f> points);
   double Turn(std::uint32_t a, std::uint32_t b, std::uint32_t c) const;
   double TurnAt(std::uint32_t point) const;

@@ -64,10 +64,17 @@ PlacedPositions PlacePositions(const std::vector<V3d>& positions, V3d* taken) {
   return placed;
 }
 
-void LeftOut::Tell(const ModelSource& source) const {
+void LeftOut::Tell(const ModelSource& source, const PolygonCutter* cutter) const {
   const std::string& path = source.files.ModelPath();
   if (missing > 0) AddWarning(source.scene, MissingVerticesText(path, missing));
   if (unusable > 0) AddWarning(source.scene, UnusableVerticesText(path, unusable));
+  if (cutter && cutter->IsSpent()) {
+    AddWarning(
+        source.scene,
+        fmt::format("{}: its polygons have too many corners, and some may show wrong; export "
+                    "it as triangles",
+                    path));
+  }
 }
 
 int AddMeshAlone(Scene& scene, SceneMesh mesh) {

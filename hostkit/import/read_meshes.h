@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "hostkit/import/model_reader.h"
+#include "hostkit/import/polygon_cutter.h"
 
 namespace hostkit {
 
@@ -53,7 +54,8 @@ struct LeftOut {
   void Count(std::uint32_t position, const PlacedPositions& placed) {
     ++(position < placed.positions.size() ? unusable : missing);
   }
-  void Tell(const ModelSource& source) const;
+  /// Warns of them, and of polygons that `cutter`, which may be null, had to cut anyhow.
+  void Tell(const ModelSource& source, const PolygonCutter* cutter = nullptr) const;
 };
 
 /// Finishes a mesh and adds it: normals are made where there are none and there are triangles, else

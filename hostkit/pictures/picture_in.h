@@ -15,9 +15,9 @@ struct PictureFacts {
   bool wasLinear = false;  ///< Scene-linear light was encoded for display.
 };
 
-/// Reads EXR, PNG, JPEG, WebP, TGA, BMP, HDR (all 8-bit display-referred with straight alpha on arrival)
-/// into a bitmap with one "Color" buffer. On failure returns null, and `*error` names the file, the
-/// reason and the remedy.
+/// Reads EXR, PNG, JPEG, WebP, TGA, BMP, HDR (all 8-bit display-referred with straight alpha on
+/// arrival) into a bitmap with one "Color" buffer. On failure returns null, and `*error` names the
+/// file, the reason and the remedy.
 BitmapPtr LoadPicture(const std::string& path, std::string* error, PictureFacts* facts = nullptr);
 
 /// The same from a file in memory; `name` is for messages. Pictures of more than `mostBytes` once

@@ -44,8 +44,8 @@ TEST_F(Info, ReportsWhatTheRendererSays) {
 
 TEST_F(Info, ChecksEverythingThatIsNeeded) {
   Write("registry.ini", "[OpenGL3]\nPolygonmode = 1\n");
-  const Gl3Setup setup = {// a user's taste is no fault
-                          .environment = {"GL3_REGISTRY=" + Path("registry.ini").string()}};
+  // A user's taste is no fault.
+  const Gl3Setup setup = {.environment = {"GL3_REGISTRY=" + Path("registry.ini").string()}};
   const Json report = Json::parse(Done("info --check --json", setup));
   EXPECT_EQ(report["failed"], 0);
   EXPECT_EQ(report["notChecked"].size(), 0u);

@@ -45,6 +45,9 @@ TEST_F(Refusals, OfModelsThatCannotBeRead) {
     ExpectRefused({"render", model, "-o", "ok.png"}, 3, {model, "; "});
   }
   ExpectRefused("render ok.obj missing.obj -o ok.png", 3, {"missing.obj"});
+  Write("scene.gltf", kCamerasGltf);
+  ExpectRefused("render scene.gltf -o ok.png --scene Loft", 3, {"scene.gltf", "no scene Loft"});
+  ExpectRefused("render ok.obj -o ok.png --scene Loft", 3, {"ok.obj", "no scenes"});
 }
 
 TEST_F(Refusals, OfOutputThatCannotBeWritten) {

@@ -101,8 +101,8 @@ TEST_F(Attacks, NamesOfFilesThatAreNotTheModels) {
   Attack pictures = {"pictures", {}, Ends::kPlain};
   std::vector<std::string> names;
   for (const auto& [name, why] : kNames) {
-    Import({"colours", GltfOfColors(name), Ends::kRefused, {name + "\")"}});
     pictures.parts.push_back("it names " + name + ", which " + why);
+    Import({"colours", GltfOfColors(name), Ends::kRefused, {pictures.parts.back()}});
     names.push_back(name);
   }
   Try({"colours",
@@ -110,6 +110,11 @@ TEST_F(Attacks, NamesOfFilesThatAreNotTheModels) {
        Ends::kRefused,
        {"in/m.gltf: it names up/secret.txt, which lies outside its folder"}});
   pictures.files = ObjOf(names);
+  Import(pictures);
+  // The program tells one of each kind.
+  pictures.parts = {"it names ../secret.png, which lies outside",
+                    "it names http://localhost/secret", "it names .hidden.png, which is hidden",
+                    "it names pipe.png, which is no"};
   for (int i = 0; i < 3; ++i) Try(pictures);
   const std::string all = fmt::format("{}", fmt::join(names, "\nmtllib "));
   Try({"libraries",
@@ -152,20 +157,23 @@ TEST_F(Attacks, ModelsThatHangGrowAndCrash) {
       {"bomb", {{"m.zae", Zip({{"a.dae", zeros}}, 3u << 30)}}, refused, {"it unpacks to 3.0 GiB"}},
       {"quiet bomb", {{"m.zae", Zip({{"a.dae", zeros}}, 100)}}, refused, {"m.zae: "}},
       {"objects", ThreeMf({}), drawn},
-      {"no object", ThreeMf({{"objectid=\"1\"", "objectid=\"77\""}}), drawn},
+      {"no object",
+       ThreeMf({{"objectid=\"1\"", "objectid=\"77\""}}),
+       drawn,
+       {"m.3mf: objects that are not there left out: 1;"}},
       {"corners", ThreeMf({{"v3=\"2\"", "v3=\"9999\""}}), drawn, {"m.3mf: 1 face names vertices"}},
-      {"count", Gltf({{"\"count\": 3", "\"count\": 4294967295"}}), refused, {"out of range"}},
+      {"count", Gltf({{"\"count\": 3", "\"count\": 4294967295"}}), refused, {"are broken: mesh 0"}},
       {"offset",
        Gltf({{"{\"bufferView\": 0", R"({"bufferView": 0, "byteOffset": 4294967292)"}}),
        refused,
-       {"out of range"}},
+       {"are broken: mesh 0"}},
       {"stride",
        Gltf({{"h\": 36}]", "h\": 36, \"byteStride\": 2000000000}]"}}),
        refused,
-       {"stride"}},
-      {"length", Gltf({{"h\": 36}]", "h\": 36000000000}]"}}), refused, {"out of range"}},
-      {"depth", GltfOfNodes(50000, ""), refused, {"m.gltf: importing it "}},
-      {"circle", GltfOfNodes(3, "3"), refused, {"recursive reference"}},
+       {"are broken: mesh 0"}},
+      {"length", Gltf({{"h\": 36}]", "h\": 36000000000}]"}}), refused, {"are broken: mesh 0"}},
+      {"depth", GltfOfNodes(50000, ""), drawn},
+      {"circle", GltfOfNodes(3, "3"), refused, {"its node 3 is below itself"}},
       {"lists",
        Gltf({{"\"scene\"", "\"extras\": " + std::string(300000, '[')}}),
        refused,

@@ -40,7 +40,7 @@ TEST_F(Attacks, NamesInModelsSteerNeitherFilesNorTerminals) {
   }
   EXPECT_EQ(made, names.size() + 2);
   EXPECT_TRUE(Holds(Say("render in/m.gltf -o p.png --camera no").err, {"../../evil", "gnp"}));
-  Lay(ObjOf({"\x1b[2Ja.png", "\xc2\x9bJb.png", "\x9bJc.png", "\xe2\x80\xaegnp.d"}));
+  Lay(ObjOf({"\x1b[2Ja.png", "\xe2\x80\xaegnp.d", "\xc2\x9bJb.png", "\x9bJc.png"}));
   EXPECT_TRUE(Holds(Say("render in/m.obj -o q.png -s 8x8 -v --json").err, {"Ja.png", "gnp.d"}));
 }
 

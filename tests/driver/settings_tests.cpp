@@ -1,7 +1,6 @@
 // What a driver reads from the registry, and what it is before it is initialised.
 #include <initializer_list>
 
-#include "host/GATexture.h"
 #include "hostkit/services/registry.h"
 #include "tests/support/driver_fixture.h"
 #include "tests/support/faults.h"
@@ -14,7 +13,7 @@ namespace {
 
 using Option = GL3GADriver::OptionFlag;
 
-/// Makes no driver by itself. The registry is empty but for what a test overrides.
+/// Makes no driver by itself. Of the registry a test overrides what it needs.
 class SettingsTest : public DriverFixture {
  protected:
   void SetUp() override {}

@@ -152,7 +152,8 @@ bool Document::CheckVersion(std::string* error) {
   const Json& asset = Member(m_root, "asset");
   const auto [major, minor] = VersionFrom(Member(asset, "version"));
   // Version 1.0 keeps its objects by name, and need not tell its version.
-  const bool isOlder = major == 0 || major == 1 || Member(m_root, "meshes").is_object();
+  const Json& meshes = Member(m_root, "meshes");
+  const bool isOlder = major == 1 || (major < 0 && meshes.is_object() && !meshes.empty());
   if (isOlder) {
     error->clear();
     return false;

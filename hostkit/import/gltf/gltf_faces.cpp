@@ -73,6 +73,9 @@ std::vector<std::uint32_t> MakeFlatNormals(SceneMesh& mesh) {
   const std::size_t count = mesh.positions.size();
   std::vector<std::uint32_t> splits, latest(count);  // the last one that each was split into
   for (std::size_t i = 0; i < count; ++i) latest[i] = static_cast<std::uint32_t>(i);
+  for (std::vector<V3f>* grown : {&mesh.positions, &mesh.normals}) {
+    grown->reserve(count + mesh.triangles.size());
+  }
   mesh.normals.assign(count, kUnset);
   for (std::size_t i = 0; i < mesh.triangles.size(); i += 3) {
     const std::uint32_t* corner = &mesh.triangles[i];

@@ -114,7 +114,6 @@ class Walk {
   Walk(Document& document, NodeTree& tree) : m_document(document), m_tree(tree) {
     const std::size_t count = Length(Member(document.Root(), "nodes"));
     m_states.resize(count);
-    tree.exactToWorld.resize(count);
     tree.parents.resize(count, -1);
     tree.places.resize(count);
     tree.toWorld.resize(count);
@@ -165,14 +164,13 @@ class Walk {
     m_states[node] = kAbove;
     const Json& json = m_document.Item("nodes", static_cast<int>(node));
     const M44d place = PlaceOf(json);
-    std::vector<M44d>& toWorld = m_tree.exactToWorld;
-    toWorld[node] = parent < 0 ? place : place * toWorld[static_cast<std::size_t>(parent)];
+    M44d& toWorld = m_tree.toWorld[node];
+    toWorld = parent < 0 ? place : place * m_tree.toWorld[static_cast<std::size_t>(parent)];
     m_tree.places[node] = ToFloats(place);
-    m_tree.toWorld[node] = ToFloats(toWorld[node]);
     m_tree.parents[node] = parent;
     const Json& visible = Member(Extension(json, "KHR_node_visibility"), "visible");
     if (visible.is_boolean() && !visible.get<bool>()) return;
-    if (!IsFinite(m_tree.toWorld[node]) || !IsFinite(m_tree.places[node])) {
+    if (!IsFinite(ToFloats(toWorld)) || !IsFinite(m_tree.places[node])) {
       m_document.Note("nodes left out with all below them, since their place is not finite",
                       Name(node));
       return;
@@ -234,24 +232,22 @@ NodeHooks::NodeHooks(const NodeTree& tree, const std::vector<bool>& isMoved, Sce
     const auto node = static_cast<std::size_t>(index);
     const int parent = tree.parents[node];
     const int above = parent < 0 ? -1 : m_hooks[static_cast<std::size_t>(parent)];
-    const M44f toAbove = parent < 0 ? M44f() : m_toHook[static_cast<std::size_t>(parent)];
+    const M44d toAbove = parent < 0 ? M44d() : m_toHook[static_cast<std::size_t>(parent)];
     if (!isMoved[node]) {
       m_hooks[node] = above;
-      m_toHook[node] = tree.places[node] * toAbove;
+      m_toHook[node] = M44d(tree.places[node]) * toAbove;
       continue;
     }
     m_hooks[node] = m_kept[node] = static_cast<int>(motion.nodes.size());
-    motion.nodes.push_back({above, tree.places[node], toAbove});
-    places.nodes.push_back(parent < 0 || above >= 0
-                               ? M44d(toAbove)
-                               : tree.exactToWorld[static_cast<std::size_t>(parent)]);
+    motion.nodes.push_back({above, tree.places[node], ToFloats(toAbove)});
+    places.nodes.push_back(toAbove);
   }
 }
 
 int NodeHooks::Hang(int node, M44f* toNode) const {
   const auto at = static_cast<std::size_t>(node);
   const int hook = m_hooks[at];
-  *toNode = hook < 0 ? m_tree.toWorld[at] : m_toHook[at];
+  *toNode = ToFloats(hook < 0 ? m_tree.toWorld[at] : m_toHook[at]);
   return hook;
 }
 

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "hostkit/import/gltf/gltf_document.h"
-#include "hostkit/scene/recentre.h"
 #include "hostkit/scene/scene_motion.h"
 
 namespace hostkit::gltf {
@@ -17,8 +16,7 @@ struct NodeTree {
   std::vector<int> order;            ///< The nodes of the scene, each behind its parent.
   std::vector<int> parents;          ///< -1 of those without.
   std::vector<Imath::M44f> places;   ///< In the parent's space.
-  std::vector<Imath::M44f> toWorld;  ///< At rest; of nodes of the scene alone.
-  std::vector<Imath::M44d> exactToWorld;
+  std::vector<Imath::M44d> toWorld;  ///< At rest; of nodes of the scene alone.
   std::vector<bool> isInScene;
 };
 
@@ -35,7 +33,7 @@ Imath::Quatf ToRotation(const float* xyzw);
 /// Keeps nodes that move, and finds what others hang on.
 class NodeHooks {
  public:
-  /// Adds those nodes of the tree that `isMoved` tells (by node) to the motion, and their places.
+  /// Adds those nodes of the tree that `isMoved` tells (by node) to the motion and to `places`.
   /// `tree` must outlive it.
   NodeHooks(const NodeTree& tree, const std::vector<bool>& isMoved, SceneMotion& motion,
             ExactPlaces& places);
@@ -50,7 +48,7 @@ class NodeHooks {
   const NodeTree& m_tree;
   std::vector<int> m_kept;            ///< By node: its index, or -1.
   std::vector<int> m_hooks;           ///< By node: the index that it hangs on, or -1.
-  std::vector<Imath::M44f> m_toHook;  ///< By node: the way to that one's space.
+  std::vector<Imath::M44d> m_toHook;  ///< By node: the way to that one's space.
 };
 
 }  // namespace hostkit::gltf

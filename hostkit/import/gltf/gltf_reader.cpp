@@ -16,6 +16,7 @@ namespace hostkit {
 namespace gltf {
 namespace {
 
+using Imath::M44d;
 using Imath::M44f;
 
 // A file of few bytes can place many meshes of many parts at many nodes.
@@ -67,11 +68,12 @@ class Instances {
     const Json& json = m_document.Item("nodes", node);
     const int mesh = IndexOf(json, "mesh");
     if (mesh < 0) return;
+    const std::vector<M44f> copies = CopiesAt(json, m_accessors);
     for (Primitive& primitive : m_meshes.Of(mesh)) {
       const int deformed = m_deformations.Add(node, primitive);
       if (deformed < 0) {
         const int shared = m_meshes.SharedMesh(primitive);
-        for (const M44f& copy : CopiesAt(json, m_accessors)) Add(node, shared, copy);
+        for (const M44f& copy : copies) Add(node, shared, copy);
       } else if (IsSkinned(deformed)) {
         // Its joints place it, whatever its own node says.
         m_document.Source().scene.instances.push_back({deformed, M44f()});
@@ -90,7 +92,8 @@ class Instances {
 
   void Add(int node, int mesh, const M44f& copy) {
     Scene& scene = m_document.Source().scene;
-    const M44f toWorld = copy * m_tree.toWorld[static_cast<std::size_t>(node)];
+    const M44d exact = M44d(copy) * m_tree.toWorld[static_cast<std::size_t>(node)];
+    const M44f toWorld(exact);
     if (scene.instances.size() >= kMostInstances || !IsFinite(toWorld)) {
       m_document.Note(
           fmt::format("copies left out, beyond the first {} or not finite", kMostInstances),
@@ -104,8 +107,7 @@ class Instances {
           {static_cast<int>(scene.instances.size()), hook, copy * toNode});
     }
     scene.instances.push_back({mesh, toWorld});
-    m_document.Source().places.instances.push_back(
-        Imath::M44d(copy) * m_tree.exactToWorld[static_cast<std::size_t>(node)]);
+    m_document.Source().places.instances.push_back(exact);
   }
 
   Document& m_document;
@@ -131,12 +133,14 @@ bool Read(const ModelSource& source, std::string* error) {
   Meshes meshes(document, buffers, accessors, materials);
   Deformations deformations(document, accessors, meshes, tree, hooks, moved.weights);
   Instances(document, accessors, meshes, tree, hooks, deformations).AddAll();
-  PoseScene(scene, {}, 0);
+  AddAnimations(document, accessors, tree, hooks, deformations);
   AddCameras(document, tree, hooks);
   AddLights(document, tree, hooks);
-  AddAnimations(document, accessors, tree, hooks, deformations);
-  // What no animation moves stands as it was posed.
-  if (scene.motion.animations.empty()) scene.motion = {};
+  if (scene.motion.animations.empty()) {
+    SettleAtRest(scene);
+    scene.motion = {};
+    source.places.nodes.clear();
+  }
   document.TellNotes();
   return true;
 }

@@ -71,7 +71,7 @@ int Materials::PictureOf(const Json& texture, PictureUse use) {
   const Json& image = m_document.Item("images", index);
   if (!image.is_object()) {
     m_document.Note("textures left out, since they have no picture that can be read here",
-                    m_document.NameOf("image", image, index));
+                    index < 0 ? "one that names none" : m_document.NameOf("image", image, index));
     return -1;
   }
   const std::string uri = TextOf(image, "uri");

@@ -10,6 +10,7 @@
 #include "host/Lights.h"
 #include "hostkit/import/import_views.h"
 #include "hostkit/scene/directions.h"
+#include "hostkit/scene/node_animation.h"
 
 namespace hostkit::gltf {
 namespace {
@@ -84,8 +85,8 @@ void SetCone(const Json& spot, SceneLight& light) {
 
 /// A light with `intensity` as the brightness that the file gives it at `middle`; false when it
 /// cannot be used.
-bool MakeLight(const Json& json, const M44d& exact, const V3d& middle, SceneLight& light) {
-  const M44f toWorld(exact);
+bool MakeLight(const Json& json, const M44d& place, const V3d& middle, SceneLight& light) {
+  const M44f toWorld(place);
   light.type = LightType(TextOf(json, "type"));
   const std::array<double, 3> color = NumbersOf<3>(json, "color", {1, 1, 1});
   const double brightest = *std::max_element(color.begin(), color.end());
@@ -99,8 +100,8 @@ bool MakeLight(const Json& json, const M44d& exact, const V3d& middle, SceneLigh
   if (light.type == GALight::kSpot) SetCone(Member(json, "spot"), light);
   if (light.type != GALight::kDirectional) {
     // Candela, which fall with the square of the distance.
-    const auto distance =
-        std::max(static_cast<float>((exact.translation() - middle).length()), 1e-4f);
+    const float distance =
+        std::max(static_cast<float>((place.translation() - middle).length()), 1e-18f);
     light.range = RangeFor(distance);
     light.intensity /= distance * distance;
   }
@@ -127,7 +128,8 @@ void AddCameras(Document& document, const NodeTree& tree, const NodeHooks& hooks
       document.Note("cameras left out, since they have no angle or height", camera.name);
       continue;
     }
-    Place(tree.toWorld[static_cast<std::size_t>(node)], camera);
+    const M44d& toWorld = tree.toWorld[static_cast<std::size_t>(node)];
+    Place(M44f(toWorld), camera);
     M44f toNode;
     const int hook = hooks.Hang(node, &toNode);
     if (hook >= 0) {
@@ -135,9 +137,8 @@ void AddCameras(Document& document, const NodeTree& tree, const NodeHooks& hooks
                                       toNode.translation(), Turned(kForward, toNode),
                                       Turned(kUp, toNode)});
     }
+    document.Source().places.cameras.push_back(toWorld.translation());
     scene.cameras.push_back(std::move(camera));
-    document.Source().places.cameras.push_back(
-        tree.exactToWorld[static_cast<std::size_t>(node)].translation());
   }
 }
 
@@ -146,6 +147,7 @@ void AddLights(Document& document, const NodeTree& tree, const NodeHooks& hooks)
   Scene& scene = document.Source().scene;
   const Json& lights = Member(Extension(document.Root(), kLights), "lights");
   if (Length(lights) == 0) return;
+  SettleAtRest(scene);
   ExactPlaces& places = document.Source().places;
   const V3d middle = ExactBounds(scene, places).center();
   for (const int node : tree.order) {
@@ -154,16 +156,16 @@ void AddLights(Document& document, const NodeTree& tree, const NodeHooks& hooks)
     const Json& json = Entry(lights, index);
     SceneLight light;
     light.name = NameOf(document, node, "light", json, index);
-    const M44d& place = tree.exactToWorld[static_cast<std::size_t>(node)];
-    if (!MakeLight(json, place, middle, light)) continue;
+    const M44d& toWorld = tree.toWorld[static_cast<std::size_t>(node)];
+    if (!MakeLight(json, toWorld, middle, light)) continue;
     M44f toNode;
     const int hook = hooks.Hang(node, &toNode);
     if (hook >= 0) {
       scene.motion.lights.push_back({static_cast<int>(scene.lights.size()), hook,
                                      toNode.translation(), Turned(kForward, toNode)});
     }
+    places.lights.push_back(toWorld.translation());
     scene.lights.push_back(std::move(light));
-    places.lights.push_back(place.translation());
   }
   Expose(true, scene.lights);
 }

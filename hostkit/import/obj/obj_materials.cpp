@@ -17,8 +17,8 @@ namespace {
 using Imath::V2f;
 using Imath::V3f;
 
-// Names of libraries that are tried for one model.
-constexpr std::size_t kMostTries = 2000;
+// Names of libraries that are tried for one model, and the words that one has at most.
+constexpr std::size_t kMostTries = 2000, kMostWords = 32;
 
 /// Where the words of a line begin and end.
 std::vector<std::pair<std::size_t, std::size_t>> WordsOf(std::string_view line) {
@@ -66,7 +66,8 @@ void ObjMaterials::FindLibraries(std::string_view line) {
   const auto words = WordsOf(line);
   for (std::size_t i = 0; i < words.size();) {
     FileFault fault = FileFault::kMissing;
-    std::size_t behind = words.size();
+    const std::size_t last = std::min(words.size(), i + kMostWords);
+    std::size_t behind = last;
     const auto nameTo = [&](std::size_t end) {
       return std::string(line.substr(words[i].first, words[end - 1].second - words[i].first));
     };
@@ -74,7 +75,7 @@ void ObjMaterials::FindLibraries(std::string_view line) {
     if (m_tries == kMostTries) return;
     if (behind == i) {
       behind = i + 1;
-      while (behind < words.size() && !EndsLikeLibrary(nameTo(behind))) ++behind;
+      while (behind < last && !EndsLikeLibrary(nameTo(behind))) ++behind;
       TellMissing(nameTo(behind), fault);
     }
     i = behind;

@@ -48,10 +48,15 @@ class Parser {
         m_materials(model.materials) {}
 
   void Read() {
+    // About what there is in files of short lines; memory that is not used costs nothing.
+    const auto size = static_cast<std::size_t>(m_end - m_at);
+    m_model.positions.reserve(size / 64);
+    m_model.corners.reserve(size / 12);
+    m_model.elements.reserve(size / 36);
     while (m_at < m_end) {
       const char* const end = LineEnd();
       ReadLine(m_at, end);
-      m_at = std::min(end + 1, m_end);
+      m_at = end < m_end ? end + 1 : m_end;
     }
   }
 

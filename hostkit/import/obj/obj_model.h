@@ -52,8 +52,8 @@ struct ObjModel {
   std::size_t calls = 0;  ///< Statements that name other OBJ files, which are not read.
 };
 
-/// Colour of a position that has none in a model where others do.
-inline const Imath::V3f kNoObjColor(1, 1, 1);
+/// Colour of a position that has none, in a model where others do.
+inline const Imath::V3f kNoObjColor(-1, -1, -1);
 
 /// Reads all statements. What is none is passed over.
 void ReadObjModel(std::string_view text, ObjModel* model);

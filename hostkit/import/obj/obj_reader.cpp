@@ -57,7 +57,7 @@ class Assembly {
       for (const std::uint32_t element : elements) AddElement(m_model.elements[element]);
       FinishMesh(object, material);
     }
-    m_leftOut.Tell(m_source);
+    m_leftOut.Tell(m_source, &m_cutter);
     if (m_lostParts > 0) {
       AddWarning(m_source.scene,
                  fmt::format("{}: {} corners of faces name texture coordinates or normals that are "
@@ -201,7 +201,9 @@ class Assembly {
   }
 
   ColorBuf ColorOf(std::uint32_t position) const {
-    if (position >= m_model.colors.size()) return {255, 255, 255, 255};
+    const bool hasColor =
+        position < m_model.colors.size() && m_model.colors[position] != kNoObjColor;
+    if (!hasColor) return {255, 255, 255, 255};
     const V3f color = m_model.colors[position] * m_colorScale;
     return {ToByte(color.x), ToByte(color.y), ToByte(color.z), 255};
   }
@@ -271,13 +273,13 @@ std::string Narrowed(std::string_view text, bool isBigEndian) {
 void TellUnread(const ModelSource& source, const ObjModel& model) {
   const std::string& path = source.files.ModelPath();
   if (model.freeForms > 0) {
-    AddWarning(source.scene,
-               fmt::format("{}: {} free-form curves and surfaces left out; export them as polygons",
-                           path, model.freeForms));
+    AddWarning(
+        source.scene,
+        fmt::format("{}: free-form curves and surfaces left out: {}; export them as polygons", path,
+                    model.freeForms));
   }
   if (model.calls > 0) {
-    AddWarning(source.scene, fmt::format("{}: {} files that it calls are left out; export it as "
-                                         "one file",
+    AddWarning(source.scene, fmt::format("{}: files that it calls left out: {}; export it as one",
                                          path, model.calls));
   }
 }

@@ -141,6 +141,7 @@ Plan PlanFor(const PlyElement& element) {
 struct Row {
   std::array<double, kSlots> values = {};
   std::array<std::vector<double>, kLists> lists;
+  std::vector<double> unwanted;
 
   float Float(Slot slot) const { return static_cast<float>(values[slot]); }
   const std::vector<double>& List(Slot slot) const { return lists[slot - kCorners]; }
@@ -264,20 +265,24 @@ bool ReadStep(Values& values, const Step& step, Row& row) {
   }
   // Some writers promise lists that are not there.
   if (!values.Next(step.countType, &value) && !values.IsRowOver()) return false;
-  const auto count = static_cast<std::size_t>(value > 0 ? value : 0);
-  if (count > values.Left()) return false;
-  std::vector<double>* const list = step.slot >= 0 ? &row.lists[step.slot - kCorners] : nullptr;
-  if (list) list->clear();
-  for (std::size_t i = 0; i < count; ++i) {
-    if (!values.Next(step.type, &value)) return false;
-    if (list) list->push_back(value);
+  if (value > static_cast<double>(values.Left())) {
+    values.GoToEnd();
+    return false;
   }
-  return true;
+  const auto count = static_cast<std::size_t>(value > 0 ? value : 0);
+  std::vector<double>& list = step.slot >= 0 ? row.lists[step.slot - kCorners] : row.unwanted;
+  return values.NextList(step.type, count, list);
 }
 
 /// Makes room for what an element will add.
-void Reserve(const Use& use, std::size_t count, PlyModel& model) {
-  if (use.add == AddVertex) model.vertices.positions.reserve(count);
+void Reserve(const Use& use, const Plan& plan, std::size_t count, PlyModel& model) {
+  PlyVertices& vertices = model.vertices;
+  if (use.add == AddVertex) {
+    vertices.positions.reserve(count);
+    if (plan.has[kNormalX]) vertices.normals.reserve(count);
+    if (plan.has[kU]) vertices.uvs.reserve(count);
+    if (plan.has[kRed]) vertices.colors.reserve(count);
+  }
   if (use.add != AddFace) return;
   model.polygons.sizes.reserve(count);
   model.polygons.corners.reserve(3 * count);
@@ -309,7 +314,7 @@ class Reader {
       if (known.element == element.name && plan.Has(known.needs)) use = &known;
     }
     const std::uint64_t most = MostRows(element);
-    if (use) Reserve(*use, std::min(element.count, most), model);
+    if (use) Reserve(*use, plan, std::min(element.count, most), model);
     model.hasFaces = model.hasFaces || (use && use->isFace && element.count > 0);
     Row row;
     for (std::uint64_t i = 0; i < element.count && !plan.steps.empty(); ++i) {

@@ -76,7 +76,7 @@ class Assembly {
       FillVertices();
       Finish(key);
     }
-    m_leftOut.Tell(m_source);
+    m_leftOut.Tell(m_source, &m_cutter);
   }
 
   /// A cloud of points: all vertices.

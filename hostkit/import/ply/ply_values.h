@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <vector>
 
 #include "hostkit/import/number_text.h"
 #include "hostkit/import/ply/ply_header.h"
@@ -29,6 +30,7 @@ class PlyBinaryValues {
   /// The fewest bytes that a value can have.
   static std::size_t LeastBytes(PlyType type) { return SizeOf(type); }
 
+  void GoToEnd() { m_at = m_end; }
   void BeginRow() {}
   void EndRow() {}
 
@@ -53,6 +55,18 @@ class PlyBinaryValues {
         return Take<double>(value);
     }
     return false;
+  }
+
+  /// So many values in one go.
+  bool NextList(PlyType type, std::size_t count, std::vector<double>& list) {
+    list.resize(count);
+    const bool isUsual = type == PlyType::kInt32 || type == PlyType::kUint32;
+    for (std::size_t i = 0; i < count; ++i) {
+      if (!isUsual && !Next(type, &list[i])) return false;
+      if (type == PlyType::kInt32 && !Take<std::int32_t>(&list[i])) return false;
+      if (type == PlyType::kUint32 && !Take<std::uint32_t>(&list[i])) return false;
+    }
+    return true;
   }
 
  private:
@@ -83,6 +97,7 @@ class PlyTextValues {
   /// A digit and what parts it from the next.
   static std::size_t LeastBytes(PlyType) { return 2; }
 
+  void GoToEnd() { m_at = m_end; }
   void BeginRow() { m_at = std::find_if_not(m_at, m_end, IsSpace); }
   void EndRow() { m_at = std::find_if(m_at, m_end, IsLineEnd); }
 
@@ -90,6 +105,14 @@ class PlyTextValues {
   bool Next(PlyType, double* value) {
     SkipBlanks(&m_at, m_end);
     return ReadNumber(&m_at, m_end, value);
+  }
+
+  bool NextList(PlyType type, std::size_t count, std::vector<double>& list) {
+    list.resize(count);
+    for (double& value : list) {
+      if (!Next(type, &value)) return false;
+    }
+    return true;
   }
 
  private:

@@ -6,9 +6,11 @@
 // bits; without it they have one where that bit is 1, blue in the lowest five.
 #include "hostkit/import/stl/stl_reader.h"
 
+#include <endian.h>
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -23,6 +25,7 @@
 #include "hostkit/import/stl/stl_text.h"
 #include "hostkit/import/surface_colors.h"
 #include "hostkit/import/vertex_checks.h"
+#include "hostkit/scene/directions.h"
 
 namespace hostkit {
 namespace {
@@ -31,23 +34,21 @@ using Imath::V3f;
 
 constexpr std::size_t kHeaderBytes = 80, kFirstFacet = 84, kFacetBytes = 50;
 
-static_assert(sizeof(V3f) == 12);
-
-std::uint32_t Little(const char* bytes, int count) {
+std::uint32_t Little32(const char* bytes) {
   std::uint32_t value = 0;
-  for (int i = 0; i < count; ++i) {
-    value |= static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[i])) << (8 * i);
-  }
-  return value;
+  std::memcpy(&value, bytes, sizeof value);
+  return le32toh(value);
+}
+
+std::uint32_t Little16(const char* bytes) {
+  std::uint16_t value = 0;
+  std::memcpy(&value, bytes, sizeof value);
+  return le16toh(value);
 }
 
 V3f VectorAt(const char* bytes) {
-  V3f vector;
-  for (int i = 0; i < 3; ++i) {
-    const std::uint32_t bits = Little(bytes + 4 * i, 4);
-    std::memcpy(&vector[i], &bits, sizeof bits);
-  }
-  return vector;
+  return {std::bit_cast<float>(Little32(bytes)), std::bit_cast<float>(Little32(bytes + 4)),
+          std::bit_cast<float>(Little32(bytes + 8))};
 }
 
 /// Whether a file that begins with "solid" is one of text. Binary ones may begin so, too; what
@@ -57,7 +58,7 @@ bool IsText(std::string_view bytes) {
       bytes.substr(std::min(bytes.find_first_not_of(" \t\r\n"), bytes.size()));
   if (!IsSameWord(start.substr(0, 5), "solid")) return false;
   if (bytes.size() < kFirstFacet) return true;
-  const std::uint64_t count = Little(bytes.data() + kHeaderBytes, 4);
+  const std::uint64_t count = Little32(bytes.data() + kHeaderBytes);
   if (bytes.size() == kFirstFacet + count * kFacetBytes) return false;
   return bytes.substr(0, 1000).find('\0') == std::string_view::npos;
 }
@@ -129,7 +130,7 @@ class Colors {
 
  private:
   static std::uint32_t WordOf(std::string_view bytes, std::size_t facet) {
-    return Little(bytes.data() + kFirstFacet + facet * kFacetBytes + 48, 2);
+    return Little16(bytes.data() + kFirstFacet + facet * kFacetBytes + 48);
   }
 
   bool HasOwn(std::uint32_t word) const { return ((word & 0x8000) != 0) != m_whole.has_value(); }
@@ -145,7 +146,10 @@ class Colors {
 };
 
 /// Adds a triangle with vertices of its own to the mesh.
-void AddFacet(const V3f (&corners)[3], const V3f& normal, SceneMesh& mesh) {
+void AddFacet(const V3f (&corners)[3], V3f normal, SceneMesh& mesh) {
+  if (normal == V3f(0.0f)) {
+    normal = UnitOr((corners[1] - corners[0]).cross(corners[2] - corners[0]), normal);
+  }
   for (const V3f& corner : corners) {
     mesh.triangles.push_back(static_cast<std::uint32_t>(mesh.positions.size()));
     mesh.positions.push_back(corner);
@@ -172,7 +176,7 @@ bool ReadBinary(const ModelSource& source, std::string_view bytes, std::string* 
         bytes.size());
     return false;
   }
-  const std::uint64_t count = Little(bytes.data() + kHeaderBytes, 4);
+  const std::uint64_t count = Little32(bytes.data() + kHeaderBytes);
   if (bytes.size() < kFirstFacet + count * kFacetBytes) {
     *fault =
         fmt::format("it ends after {} of the {} bytes of its {} facets; export the model again",
@@ -223,7 +227,7 @@ bool ReadText(const ModelSource& source, std::string_view bytes, std::string* fa
     }
     AddMesh(source.scene, std::move(mesh));
   }
-  leftOut.Tell(source);
+  leftOut.Tell(source, &cutter);
   return true;
 }
 

@@ -45,7 +45,7 @@ class Assembly {
     Tell(m_model.missingParts, "parts that cannot be read");
     if (m_model.pictures > 0) {
       AddWarning(m_source.scene,
-                 fmt::format("{}: pictures on {} triangles are left out; export it as glTF",
+                 fmt::format("{}: pictures on triangles left out: {}; export it as glTF",
                              m_source.files.ModelPath(), m_model.pictures));
     }
   }
@@ -63,8 +63,9 @@ class Assembly {
 
   void Tell(std::size_t count, const char* what) const {
     if (count == 0) return;
-    AddWarning(m_source.scene, fmt::format("{}: {} {} left out; repair the model where it was made",
-                                           m_source.files.ModelPath(), count, what));
+    AddWarning(m_source.scene,
+               fmt::format("{}: {} left out: {}; repair the model where it was made",
+                           m_source.files.ModelPath(), what, count));
   }
 
   /// Places an object with all that it is composed of.

@@ -3,10 +3,11 @@
 // hangs as soon as it opens a display.
 #include <EGL/egl.h>
 #include <GL/gl.h>
-#include <dlfcn.h>
 #include <unistd.h>
 
 #include <cstdlib>
+
+#include "tests/support/next_symbol.h"
 
 namespace {
 
@@ -16,8 +17,7 @@ bool g_crashes = false;
 
 extern "C" void glGetTexImage(GLenum target, GLint level, GLenum format, GLenum type,
                               void* pixels) {
-  static auto* const next =
-      reinterpret_cast<decltype(&glGetTexImage)>(dlsym(RTLD_NEXT, "glGetTexImage"));
+  static auto* const next = NextSymbol<decltype(glGetTexImage)>("glGetTexImage");
   next(target, level, format, type, pixels);
   auto* const red = static_cast<unsigned char*>(pixels);
   *red = static_cast<unsigned char>(*red < 128 ? *red + 8 : *red - 8);
@@ -26,14 +26,12 @@ extern "C" void glGetTexImage(GLenum target, GLint level, GLenum format, GLenum 
 
 extern "C" EGLBoolean eglInitialize(EGLDisplay display, EGLint* major, EGLint* minor) {
   while (std::getenv("GL3_HANGS")) pause();
-  static auto* const next =
-      reinterpret_cast<decltype(&eglInitialize)>(dlsym(RTLD_NEXT, "eglInitialize"));
+  static auto* const next = NextSymbol<decltype(eglInitialize)>("eglInitialize");
   return next(display, major, minor);
 }
 
 extern "C" EGLBoolean eglDestroyContext(EGLDisplay display, EGLContext context) {
   if (g_crashes) std::abort();
-  static auto* const next =
-      reinterpret_cast<decltype(&eglDestroyContext)>(dlsym(RTLD_NEXT, "eglDestroyContext"));
+  static auto* const next = NextSymbol<decltype(eglDestroyContext)>("eglDestroyContext");
   return next(display, context);
 }

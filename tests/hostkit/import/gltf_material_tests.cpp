@@ -66,7 +66,7 @@ TEST_F(GltfMaterial, UnlitColorsAreExactAndBacksAreHidden) {
   EXPECT_TRUE(material.isUnlit);
   EXPECT_FALSE(material.showsBacks);
   EXPECT_NEAR(material.surface.base.red.Current(), kHalfLight, kNear);
-  EXPECT_EQ(material.surface.base.green.Current(), 1);
+  EXPECT_NEAR(material.surface.base.green.Current(), 1, kNear);
   EXPECT_EQ(material.surface.specularFactor.Current(), 0);
   EXPECT_EQ(material.emission[0], 0);
 }
@@ -77,7 +77,7 @@ TEST_F(GltfMaterial, EmissionIsDisplayReferredAndHasItsPicture) {
                    R"("extensions":{"KHR_materials_emissive_strength":{"emissiveStrength":4}}})",
                    kPicture);
   EXPECT_NEAR(FirstMaterial(scene).emission[0], kHalfLight, kNear);
-  EXPECT_EQ(FirstMaterial(scene).emission[2], 1);
+  EXPECT_NEAR(FirstMaterial(scene).emission[2], 1, kNear);
   EXPECT_EQ(FirstMaterial(scene).emissionImage, 0);
   // Where it lies otherwise than the base colour's picture there is no place for it.
   scene = ReadMaterial(R"({"emissiveFactor":[1,1,1],"emissiveTexture":{"index":0,"texCoord":1},)"

@@ -118,7 +118,7 @@ TEST_F(Gltf, NodesNestDeeply) {
       ReadText(TriangleArrays(),
                fmt::format(R"({}"scenes":[{{"nodes":[19999]}}],"nodes":[{}],"extras":{}{},)",
                            kTriangle, nodes, std::string(100000, '['), std::string(100000, ']')));
-  EXPECT_EQ(scene.origin + Imath::V3d(scene.Bounds().max), Imath::V3d(2, 1, 19999));
+  EXPECT_EQ(Imath::V3d(scene.Bounds().max) + scene.origin, Imath::V3d(2, 1, 19999));
 }
 
 TEST_F(Gltf, CamerasAndLightsAreThereForEachNodeThatHasThem) {

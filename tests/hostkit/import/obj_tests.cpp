@@ -154,8 +154,8 @@ TEST_F(Obj, ElementsOfAllKindsMakeMeshesOfObjectsAndMaterials) {
                                             "two, b with blanks: 1 triangles, 0 lines, 0 points",
                                             "two, b with blanks: 0 triangles, 2 lines, 2 points"}));
   ASSERT_EQ(scene.warnings.size(), 3u);
-  EXPECT_TRUE(Holds(scene.warnings[0], {"1 free-form curves and surfaces left out"}));
-  EXPECT_TRUE(Holds(scene.warnings[1], {"1 files that it calls are left out"}));
+  EXPECT_TRUE(Holds(scene.warnings[0], {"free-form curves and surfaces left out: 1;"}));
+  EXPECT_TRUE(Holds(scene.warnings[1], {"files that it calls left out: 1;"}));
   EXPECT_TRUE(Holds(scene.warnings[2], {"2 faces name vertices that their meshes do not have"}));
   EXPECT_EQ(ReadObj("v 1 2 3\nv 4 5 6\n").meshes.at(0).points.size(), 2u);
 }

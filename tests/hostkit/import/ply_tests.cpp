@@ -145,9 +145,9 @@ TEST_F(Ply, PicturesAndMaterialsAreThoseThatFacesName) {
 
 TEST_F(Ply, StripsEdgesAndPointsAreDrawn) {
   const Scene strip = ReadPly(Square(
-      "", "element tristrips 1\nproperty list int int vertex_indices\n", "8 0 1 3 2 -1 3 1 0\n"));
+      "", "element tristrips 1\nproperty list int int vertex_indices\n", "8 0 1 3 2 -1 3 0 1\n"));
   // Every second triangle of a strip is turned, which keeps all of them facing one way.
-  EXPECT_EQ(strip.meshes.at(0).triangles, (std::vector<std::uint32_t>{0, 1, 3, 3, 1, 2, 3, 1, 0}));
+  EXPECT_EQ(strip.meshes.at(0).triangles, (std::vector<std::uint32_t>{0, 1, 3, 3, 1, 2, 3, 0, 1}));
   const Scene edges = ReadPly(
       Square("",
              "element edge 2\nproperty int vertex1\nproperty int vertex2\nproperty uchar red\n"

@@ -101,7 +101,7 @@ TEST_F(Stl, BrokenFilesAreRefused) {
                     {"it ends after 150 of the 184 bytes of its 2 facets"}));
   EXPECT_TRUE(Holds(Refusal(Write("m.stl", whole.substr(0, 40))), {"it ends after 40 of the 84"}));
   EXPECT_TRUE(Holds(Refusal(Write("m.stl", "solid\nfacet normal 0 0 1\nouter loop\nvertex 0 0")),
-                    {"it is cut off in line 4, where it ends after 47 bytes"}));
+                    {"it is cut off in line 4, where it ends after 46 bytes"}));
   EXPECT_TRUE(Holds(Refusal(Write("m.stl", "solid\n" + Facet("0 0 x", kCorners))),
                     {"line 2 is none of STL"}));
 }

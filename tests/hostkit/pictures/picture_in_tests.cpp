@@ -1,6 +1,10 @@
 // Picture files that are broken in ways that the decoder does not survive.
 #include <OpenEXR/ImfRgbaFile.h>
 #include <OpenEXR/ImfStdIO.h>
+#include <webp/encode.h>
+
+#include <algorithm>
+#include <iterator>
 
 #include "hostkit/pictures/picture_in.h"
 #include "tests/support/common/holds.h"
@@ -38,6 +42,28 @@ TEST_F(PicturesIn, HdrRowsMustBeWhole) {
   }
   const std::string flat(8 * 2 * 4, '\x80');
   EXPECT_EQ(Load(start + flat), 8) << m_error;
+}
+
+TEST_F(PicturesIn, WebpIsReadWhole) {
+  const unsigned char rgba[] = {255, 0, 0, 255, 0, 255, 0, 128, 1, 2, 3, 255,
+                                9,   8, 7, 255, 6, 5,   4, 255, 0, 0, 0, 1};
+  unsigned char* encoded = nullptr;
+  const std::size_t size = WebPEncodeLosslessRGBA(rgba, 3, 2, 12, &encoded);
+  const std::string file(reinterpret_cast<const char*>(encoded), size);
+  WebPFree(encoded);
+  ASSERT_EQ(Load(file), 3) << m_error;
+  const hostkit::BitmapPtr bitmap = hostkit::LoadPictureFromMemory(
+      reinterpret_cast<const unsigned char*>(file.data()), size, "a.jpg", &m_error);
+  const auto* pixels = static_cast<const unsigned char*>(bitmap->GetBufferHead()->Data());
+  EXPECT_TRUE(std::equal(std::begin(rgba), std::end(rgba) - 1, pixels));
+  for (std::size_t cut = 1; cut < size; cut += 3) EXPECT_EQ(Load(file.substr(0, size - cut)), 0);
+  std::string huge = file;  // of 16384 x 2 pixels, which is refused by its size alone
+  huge[21] = static_cast<char>(0xFF);
+  huge[22] = static_cast<char>(huge[22] | 0x3F);
+  EXPECT_EQ(hostkit::LoadPictureFromMemory(reinterpret_cast<const unsigned char*>(huge.data()),
+                                           size, "a.jpg", &m_error, nullptr, 100),
+            nullptr);
+  EXPECT_TRUE(Holds(m_error, {"16384 x 2 pixels do not fit"}));
 }
 
 TEST_F(PicturesIn, JpegTablesMustHaveRoom) {

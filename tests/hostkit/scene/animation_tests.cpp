@@ -1,13 +1,16 @@
 // Animations: imported from files that the test writes, and played.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "hostkit/scene/node_animation.h"
 #include "samples/orrery.h"
+#include "samples/reed.h"
 #include "tests/hostkit/import/import_fixture.h"
 
 namespace {
@@ -143,6 +146,25 @@ TEST_F(Animation, ReachHoldsEveryMomentOfIt) {
   }
   EXPECT_LT(reach.bounds.max.x, 3.1f) << "2.2 + 0.5 for the arms, and the moon's size";
   EXPECT_GT(reach.bounds.max.x, 2.4f);
+}
+
+TEST_F(Animation, BendsASkinAlongItsJoints) {
+  Scene scene = ReadGlb(samples::Reed());
+  const auto wind = hostkit::FindAnimations(scene, "Wind");
+  for (const auto& [time, bend] : {std::pair{0.0, 0.0f}, {1.0, 1.0f}, {1.5, 0.5f}, {3.0, -1.0f}}) {
+    hostkit::PoseScene(scene, wind, time);
+    // Each joint leans further than the one below it, and carries a piece of the stem.
+    V3f tip(0.0f);
+    for (int joint = 1; joint <= samples::kReedJoints; ++joint) {
+      const float lean = static_cast<float>(joint) * samples::kReedBend * bend;
+      tip += V3f(std::sin(lean), std::cos(lean), 0) * (samples::kReedHeight / samples::kReedJoints);
+    }
+    const std::vector<V3f>& positions = scene.meshes.at(0).positions;
+    const bool isThere = std::any_of(positions.begin(), positions.end(), [&](const V3f& position) {
+      return (position - tip).length() < 0.006f;  // the tip's radius is 0.005
+    });
+    EXPECT_TRUE(isThere) << time << ": nothing is at " << tip;
+  }
 }
 
 TEST_F(Animation, KeysThatAreNoNumbersAreLeftOut) {
