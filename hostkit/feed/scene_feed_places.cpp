@@ -1,4 +1,7 @@
 // Feeds a scene to a display list: placing meshes in view space.
+#include <algorithm>
+#include <cmath>
+
 #include "hostkit/feed/scene_feed.h"
 
 namespace hostkit {
@@ -32,6 +35,19 @@ struct Rows {
   V3f x, y, z;
   explicit Rows(const M44f& m)
       : x(m[0][0], m[0][1], m[0][2]), y(m[1][0], m[1][1], m[1][2]), z(m[2][0], m[2][1], m[2][2]) {}
+  // The same at a size of about 1: products of the rows stay floats, whatever the scale. By a power
+  // of two, so that directions keep their digits.
+  Rows AtUnitSize() const {
+    float largest = 0;
+    for (const V3f* row : {&x, &y, &z}) {
+      for (int i = 0; i < 3; ++i) largest = std::max(largest, std::abs((*row)[i]));
+    }
+    Rows rows = *this;
+    if (!(largest > 0) || !std::isfinite(largest)) return rows;
+    const float unit = std::exp2(-std::round(std::log2(largest)));
+    for (V3f* row : {&rows.x, &rows.y, &rows.z}) *row *= unit;
+    return rows;
+  }
   float Determinant() const { return x.dot(y.cross(z)); }
 };
 
@@ -44,7 +60,7 @@ bool SceneFeed::Place(const SceneInstance& instance, const UvMap* uvs) {
   m_placed.hidesBacks = !m_placed.prepared->showsBacks && !m_view.settings->showsAllBacks;
   if (m_placed.mesh->positions.empty() || m_placed.prepared->isInvisible) return false;
   M44f toView = instance.toWorld * m_view.worldToView;
-  m_placed.mirrored = Rows(toView).Determinant() < 0;
+  m_placed.mirrored = Rows(toView).AtUnitSize().Determinant() < 0;
   PlaceVertices(toView, uvs);
   if (!m_placed.prepared->hasNormals) MakeNormals();
   return true;
@@ -57,8 +73,9 @@ void SceneFeed::PlaceVertices(const M44f& toView, const UvMap* uvs) {
   // also for a matrix that flattens. The factor is negative for a mirroring.
   Rows rows(toView);
   float sign = m_placed.mirrored ? -1.0f : 1.0f;
-  V3f nx = rows.y.cross(rows.z) * sign, ny = rows.z.cross(rows.x) * sign,
-      nz = rows.x.cross(rows.y) * sign;
+  const Rows turns = rows.AtUnitSize();
+  V3f nx = turns.y.cross(turns.z) * sign, ny = turns.z.cross(turns.x) * sign,
+      nz = turns.x.cross(turns.y) * sign;
   V3f origin(toView[3][0], toView[3][1], toView[3][2]);
 
   m_vertices.resize(mesh.positions.size());

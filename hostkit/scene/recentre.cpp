@@ -214,16 +214,6 @@ V3d MiddleToTake(const Box3d& bounds) {
           std::round(middle.z / step) * step};
 }
 
-std::vector<V3f> TakeMiddle(const std::vector<V3d>& points, V3d* taken) {
-  Box3d bounds;
-  for (const V3d& point : points) bounds.extendBy(point);
-  *taken = MiddleToTake(bounds);
-  std::vector<V3f> rounded;
-  rounded.reserve(points.size());
-  for (const V3d& point : points) rounded.emplace_back(point - *taken);
-  return rounded;
-}
-
 bool Recentre(Scene& scene, const ExactPlaces& places, std::string* why) {
   std::vector<M44d> placements = PlacementsOf(scene, places);
   const std::vector<V3d> taken = MoveMeshes(scene);

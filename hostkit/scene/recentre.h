@@ -22,10 +22,6 @@ namespace hostkit {
 /// else zero.
 Imath::V3d MiddleToTake(const Imath::Box3d& bounds);
 
-/// For readers of formats whose vertices stand in world space: the points as floats, with
-/// MiddleToTake of them all taken away and left in `*taken`, which becomes Scene::origin.
-std::vector<Imath::V3f> TakeMiddle(const std::vector<Imath::V3d>& points, Imath::V3d* taken);
-
 /// Places of a scene's parts in the file's world, in double precision, for readers that compose
 /// them so. Each list is as long as the scene's, or empty: then the scene's own floats count.
 struct ExactPlaces {

@@ -85,7 +85,9 @@ TEST(OrbitCamera, ItsArgumentsReadBackExactly) {
 TEST(OrbitCamera, TurnsWithWhatIsUpAndTellsTheCoordinatesOfTheFile) {
   view::OrbitCamera camera;
   const V3d origin(500000, 4649776, 100);
-  camera.SetSubject({V3f(-1, -1, -1), V3f(1, 1, 3)}, {V3f(-1, -1, -1), V3f(1, 1, 3)}, origin);
+  std::vector<V3f> corners;
+  for (int i = 0; i < 8; ++i) corners.emplace_back(i & 1 ? 1 : -1, i & 2 ? 1 : -1, i & 4 ? 3 : -1);
+  camera.SetSubject({corners.front(), corners.back()}, corners, origin);
   camera.SetUpAxis(hostkit::UpAxis::kPlusZ);
   camera.LookFrom({0, 0, 1}, 1);  // the front: from -y
   const V3d target = origin + V3d(0, 0, 1);

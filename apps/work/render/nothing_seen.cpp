@@ -18,7 +18,7 @@ std::string NothingSeen(const hostkit::Scene& scene, const hostkit::FrameSetting
   }
   if (!isBlank) return "";
   return "the model is in view, and no pixel differs from the background; choose another "
-         "--background, --lights or --fog";
+         "--background, --lights, --fog or --backfaces";
 }
 
 }  // namespace gl3
