@@ -18,11 +18,11 @@ struct Material {
   float roughness = 0.5f;
   float alpha = 1;
   std::string alphaMode = "OPAQUE";  ///< "OPAQUE", "BLEND" or "MASK" (cut off at 0.5).
-  bool isDoubleSided = true;         ///< Seen from behind, too.
   int image = -1;                    ///< Index into Document::images.
   float transmission = 0;
   Imath::V2f uvOffset{0, 0}, uvScale{1, 1};  ///< Placement of the image, as KHR_texture_transform.
   float uvRotation = 0;                      ///< Radians.
+  bool isDoubleSided = true;                 ///< Seen from behind, too.
 };
 
 struct Mesh {
