@@ -36,7 +36,7 @@ void Bind(Shape& shape) {
     const auto above = static_cast<std::uint16_t>(std::min(below + 1, kReedJoints - 1));
     const float share = at - static_cast<float>(below);
     shape.joints.insert(shape.joints.end(), {below, above, 0, 0});
-    shape.weights.push_back({1 - share, share, 0, 0});
+    shape.weights.emplace_back(1 - share, share, 0.0f, 0.0f);
   }
 }
 

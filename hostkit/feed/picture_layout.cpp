@@ -7,6 +7,8 @@
 #include <initializer_list>
 #include <numeric>
 
+#include "hostkit/feed/picture_texels.h"
+
 namespace hostkit {
 namespace {
 
@@ -19,8 +21,6 @@ constexpr int kMostSide = 4096, kMostOfSquares = 2048, kMostSmooth = 1024;
 constexpr std::int64_t kMostTexels = std::int64_t{1} << 22;
 // A window on a picture as large as it is itself, and a little more, may have this side.
 constexpr int kLargestWindow = 8188;
-// How far out coordinates are looked at, in texels.
-constexpr float kFarthest = 1 << 24;
 
 // One direction of a picture, and the part of it that is seen, in texels.
 struct Axis {
@@ -78,10 +78,6 @@ bool IsAffordable(const PictureLayout& layout, Enlarging enlarging) {
   const int most = enlarging == Enlarging::kSquares ? kMostOfSquares : kMostSmooth;
   if (layout.u.factor > 1 && std::max(width, height) > most) return false;
   return width * height <= kMostTexels;
-}
-
-float InTexels(float coordinate, int texels) {
-  return std::clamp(coordinate * static_cast<float>(texels), -kFarthest, kFarthest);
 }
 
 }  // namespace

@@ -12,16 +12,13 @@ namespace {
 
 // Sides are cut into so many parts, and one sample is taken in each upright small triangle.
 constexpr int kParts = 4;
-// Coordinates farther out, in texels, are no whole numbers as floats any more.
-constexpr float kFarthest = 1 << 24;
 
 int Texel(float coordinate, int size, PictureWrap wrap) {
   if (!std::isfinite(coordinate)) return 0;
-  const float place = std::clamp(coordinate * static_cast<float>(size), -kFarthest, kFarthest);
-  return WrapTexel(static_cast<std::int64_t>(std::floor(place)), size, wrap);
+  return WrapTexel(static_cast<std::int64_t>(std::floor(InTexels(coordinate, size))), size, wrap);
 }
 
-std::uint8_t Rounded(float value) {
+std::uint8_t ToChannel(float value) {
   return static_cast<std::uint8_t>(value + 0.5f);
 }
 
@@ -47,7 +44,7 @@ ColorBuf MeanOverTriangle(const SceneImage& image, const Imath::V2f (&uvs)[3], i
     }
   }
   if (seen > 0) sum /= seen;
-  return {Rounded(sum.x), Rounded(sum.y), Rounded(sum.z), Rounded(alphas / count)};
+  return {ToChannel(sum.x), ToChannel(sum.y), ToChannel(sum.z), ToChannel(alphas / count)};
 }
 
 }  // namespace hostkit

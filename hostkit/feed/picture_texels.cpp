@@ -10,11 +10,11 @@ namespace {
 // Coordinates farther out, in texels, are no whole numbers as floats any more.
 constexpr float kFarthest = 1 << 24;
 
-float InTexels(float coordinate, int size) {
-  return std::clamp(coordinate * static_cast<float>(size), -kFarthest, kFarthest);
-}
-
 }  // namespace
+
+float InTexels(float coordinate, int count) {
+  return std::clamp(coordinate * static_cast<float>(count), -kFarthest, kFarthest);
+}
 
 int WrapTexel(std::int64_t index, int count, PictureWrap wrap) {
   if (wrap == PictureWrap::kClamp) {

@@ -14,6 +14,10 @@ namespace hostkit {
 /// on by `wrap`.
 int WrapTexel(std::int64_t index, int count, PictureWrap wrap);
 
+/// A texture coordinate in texels of a picture of `count`. Coordinates farther out than floats are
+/// whole numbers come back nearer.
+float InTexels(float coordinate, int count);
+
 /// Reads a picture, which must live longer.
 class PictureTexels {
  public:

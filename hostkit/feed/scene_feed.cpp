@@ -2,6 +2,7 @@
 #include "hostkit/feed/scene_feed.h"
 
 #include "hostkit/feed/draw_state.h"
+#include "hostkit/feed/vector_parts.h"
 
 namespace hostkit {
 namespace {
@@ -13,16 +14,6 @@ namespace {
 constexpr std::size_t kTrianglesAPiece = 10000;
 
 using Imath::V3f;
-
-V3f Normal(const GAVertex& v) {
-  return {v.nx, v.ny, v.nz};
-}
-
-void SetNormal(GAVertex& vertex, const V3f& normal) {
-  vertex.nx = normal.x;
-  vertex.ny = normal.y;
-  vertex.nz = normal.z;
-}
 
 }  // namespace
 
@@ -97,7 +88,7 @@ void SceneFeed::FeedLitTriangles() {
     record[1] = swapped ? c : b;
     record[3] = swapped ? b : c;
     if (turned != transparent) {
-      for (int k : {0, 1, 3}) SetNormal(record[k], -Normal(record[k]));
+      for (int k : {0, 1, 3}) SetNormal(record[k], -NormalOf(record[k]));
     }
     m_list->AddTransformedTri(record, DisplayList::kCheckTransparency);
     if (++count % kTrianglesAPiece == 0) m_list->FlushArrays();

@@ -4,6 +4,8 @@
 
 #include "hostkit/feed/scene_feed.h"
 
+#include "hostkit/feed/vector_parts.h"
+
 namespace hostkit {
 namespace {
 
@@ -13,16 +15,6 @@ using Imath::V3f;
 
 V3f Position(const GAVertex& v) {
   return {v.x, v.y, v.z};
-}
-
-V3f Normal(const GAVertex& v) {
-  return {v.nx, v.ny, v.nz};
-}
-
-void SetNormal(GAVertex& vertex, const V3f& normal) {
-  vertex.nx = normal.x;
-  vertex.ny = normal.y;
-  vertex.nz = normal.z;
 }
 
 void SetUv(GAVertex& vertex, const V2f& uv) {
@@ -106,7 +98,7 @@ void SceneFeed::PlaceCuts(const UvMap* uvs) {
     vertex.x = place.x;
     vertex.y = place.y;
     vertex.z = place.z;
-    SetNormal(vertex, (Normal(a) + (Normal(b) - Normal(a)) * made.share).normalized());
+    SetNormal(vertex, (NormalOf(a) + (NormalOf(b) - NormalOf(a)) * made.share).normalized());
     if (uvs) SetUv(vertex, (*uvs)(made.uv));
     m_vertices.push_back(vertex);
   }
@@ -130,10 +122,10 @@ void SceneFeed::MakeNormals() {
     V3f outwards = (b - a).cross(c - a);
     for (std::uint32_t index : corners.index) {
       GAVertex& vertex = m_vertices[index];
-      SetNormal(vertex, Normal(vertex) + outwards);
+      SetNormal(vertex, NormalOf(vertex) + outwards);
     }
   }
-  for (GAVertex& v : m_vertices) SetNormal(v, Normal(v).normalized());
+  for (GAVertex& v : m_vertices) SetNormal(v, NormalOf(v).normalized());
 }
 
 SceneFeed::Corners SceneFeed::CornersOf(std::size_t triangle) const {

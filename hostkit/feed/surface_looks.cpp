@@ -4,15 +4,12 @@
 #include <cmath>
 
 #include "host/Animation.h"
+#include "hostkit/feed/vector_parts.h"
 
 namespace hostkit {
 namespace {
 
 using Imath::V3f;
-
-V3f ToV3f(const AnimatableColor& color) {
-  return {color.red.Current(), color.green.Current(), color.blue.Current()};
-}
 
 AnimatableColor ToColor(const V3f& color) {
   return {AnimatableValue(color.x), AnimatableValue(color.y), AnimatableValue(color.z)};
@@ -23,15 +20,11 @@ float Luma(const V3f& color) {
   return color.dot(V3f(0.3f, 0.59f, 0.11f));
 }
 
-V3f Mul(const V3f& a, const V3f& b) {
-  return {a.x * b.x, a.y * b.y, a.z * b.z};
-}
-
 V3f AmbientColor(const AttrProperty& surface) {
   const bool isBase = surface.ambientSource & AttrProperty::kFromBaseColor;
-  const V3f own =
-      ToV3f(isBase ? surface.base : surface.ambient) * std::trunc(surface.ambientFactor.Current());
-  return own + ToV3f(surface.base) * ((1 - Luma(own)) * kAmbientAmount);
+  const V3f own = ColorOf(isBase ? surface.base : surface.ambient) *
+                  std::trunc(surface.ambientFactor.Current());
+  return own + ColorOf(surface.base) * ((1 - Luma(own)) * kAmbientAmount);
 }
 
 // Puts ambient and diffuse light into a material: base x (1 - ambient) is what the renderer takes
@@ -57,12 +50,13 @@ bool SetLight(const V3f& ambient, const V3f& diffuse, AttrProperty* surface) {
 }  // namespace
 
 V3f BaseColor(const AttrProperty& surface) {
-  return ToV3f(surface.base);
+  return ColorOf(surface.base);
 }
 
 AttrProperty TintedSurface(const AttrProperty& surface, const ColorBuf& color) {
   AttrProperty tinted = surface;
-  tinted.base = ToColor(Mul(BaseColor(surface), V3f(color.red, color.green, color.blue) / 255.0f));
+  tinted.base =
+      ToColor(Product(BaseColor(surface), V3f(color.red, color.green, color.blue) / 255.0f));
   const float alpha = (1 - surface.transparency.Current()) * color.alpha / 255;
   tinted.transparency = AnimatableValue(1 - alpha);
   return tinted;
@@ -79,7 +73,7 @@ AttrProperty UnlitSurface(const V3f& color, float alpha) {
 AttrProperty GlowingSurface(const AttrProperty& surface, V3f emission) {
   AttrProperty glowing = surface;
   const V3f ambient = AmbientColor(surface);
-  const V3f base = BaseColor(surface), diffuse = Mul(base, V3f(1) - ambient);
+  const V3f base = BaseColor(surface), diffuse = Product(base, V3f(1) - ambient);
   if (surface.specularSource & AttrProperty::kFromBaseColor) {
     glowing.specularSource = 0;
     glowing.specular = surface.base;

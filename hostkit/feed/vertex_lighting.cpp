@@ -9,6 +9,7 @@
 #include "host/Animation.h"
 #include "host/Vectors.h"
 #include "hostkit/feed/light_sets.h"
+#include "hostkit/feed/vector_parts.h"
 #include "hostkit/services/pixel_values.h"
 
 namespace hostkit {
@@ -18,13 +19,6 @@ using Imath::V3f;
 
 // The renderer's numbers of shine.
 constexpr float kShine = 45, kMaxShininess = 128;
-
-V3f Mul(const V3f& a, const V3f& b) {
-  return {a.x * b.x, a.y * b.y, a.z * b.z};
-}
-V3f ToV3f(const AnimatableColor& c) {
-  return {c.red.Current(), c.green.Current(), c.blue.Current()};
-}
 
 // Placement of a host light, rows of four; without the translation for directions.
 V3f Place(const float* m, const Vector& v, float w) {
@@ -78,12 +72,12 @@ void VertexLighting::SetLights(const LightListNode* lights, float ambientAmount)
 void VertexLighting::SetMaterial(const AttrProperty& material, bool isUnlit, const V3f& emission) {
   m_isUnlit = isUnlit;
   m_emission = emission;
-  m_base = ToV3f(material.base);
+  m_base = ColorOf(material.base);
   m_ambientFromBase = material.ambientSource & AttrProperty::kFromBaseColor;
-  m_ambient = ToV3f(material.ambient);
+  m_ambient = ColorOf(material.ambient);
   m_ambientFactor = std::trunc(material.ambientFactor.Current());  // as the renderer: whole numbers
   m_specularFromBase = material.specularSource & AttrProperty::kFromBaseColor;
-  m_specular = ToV3f(material.specular);
+  m_specular = ColorOf(material.specular);
   m_specularFactor = material.specularFactor.Current();
   float roughness = material.roughness.Current();
   m_shininess = roughness != 0 ? std::min(kShine / roughness, kMaxShininess) : -1;
@@ -100,13 +94,13 @@ float VertexLighting::Falloff(const Source& source, float distance, const V3f& t
 
 ColorBuf VertexLighting::Light(const V3f& position, const V3f& normal,
                                const ColorBuf& color) const {
-  V3f base = Mul(m_base, V3f(color.red, color.green, color.blue) / 255.0f);
+  V3f base = Product(m_base, V3f(color.red, color.green, color.blue) / 255.0f);
   const unsigned char alpha = ToByte(color.alpha / 255.0f * m_alpha);
   if (m_isUnlit) return {ToByte(base.x), ToByte(base.y), ToByte(base.z), alpha};
   V3f ambient = (m_ambientFromBase ? base : m_ambient) * m_ambientFactor;
   float brightness = ambient.dot(V3f(0.3f, 0.59f, 0.11f));
   ambient += base * ((1 - brightness) * m_ambientAmount);
-  V3f diffuse = Mul(base, V3f(1) - ambient);
+  V3f diffuse = Product(base, V3f(1) - ambient);
   V3f specular = (m_specularFromBase ? base : m_specular) * m_specularFactor;
   V3f toViewer = m_localViewer ? (-position).normalized() : V3f(0, 0, 1);
 
@@ -118,10 +112,10 @@ ColorBuf VertexLighting::Light(const V3f& position, const V3f& normal,
     float facing = normal.dot(toLight);
     if (facing <= 0) continue;
     float falloff = source.directional ? 1 : Falloff(source, distance, toLight);
-    sum += Mul(diffuse, source.diffuse) * (facing * falloff);
+    sum += Product(diffuse, source.diffuse) * (facing * falloff);
     if (m_shininess < 0) continue;
     float shine = std::max(normal.dot((toLight + toViewer).normalized()), 0.0f);
-    highlight += Mul(specular, source.specular) * (std::pow(shine, m_shininess) * falloff);
+    highlight += Product(specular, source.specular) * (std::pow(shine, m_shininess) * falloff);
   }
   sum += highlight;
   return {ToByte(sum.x), ToByte(sum.y), ToByte(sum.z), alpha};

@@ -11,19 +11,19 @@ namespace hostkit {
 namespace {
 
 // Blue, green, red, alpha of a pixel, all four in one step: vectors of the compiler's own.
-using Halves __attribute__((vector_size(8))) = std::uint16_t;
+using HalfPixel __attribute__((vector_size(8))) = std::uint16_t;
 using Floats __attribute__((vector_size(16))) = float;
 using Bits __attribute__((vector_size(16))) = std::uint32_t;
 
 // Half floats in 0 to 1, which is what frames hold, into floats and back: their bits move to the
 // place that a float has them in, and a factor makes up for the difference of the exponents.
-Floats ToFloats(Halves halves) {
+Floats ToFloats(HalfPixel halves) {
   return std::bit_cast<Floats>(__builtin_convertvector(halves, Bits) << 13) * 0x1p112f;
 }
 
-Halves ToHalves(Floats values) {
+HalfPixel ToHalves(Floats values) {
   const Bits bits = std::bit_cast<Bits>(values * 0x1p-112f);
-  return __builtin_convertvector((bits + 0xfff + (bits >> 13 & 1)) >> 13, Halves);  // to even
+  return __builtin_convertvector((bits + 0xfff + (bits >> 13 & 1)) >> 13, HalfPixel);  // to even
 }
 
 const std::uint16_t* PixelAt(const HBitmapBuffer& buffer, int x, int y) {
@@ -32,8 +32,8 @@ const std::uint16_t* PixelAt(const HBitmapBuffer& buffer, int x, int y) {
          static_cast<std::ptrdiff_t>(x) * buffer.PixelStep();
 }
 
-Halves Load(const std::uint16_t* pixel) {
-  Halves halves;
+HalfPixel Load(const std::uint16_t* pixel) {
+  HalfPixel halves;
   std::memcpy(&halves, pixel, sizeof halves);
   return halves;
 }
@@ -68,7 +68,7 @@ void ResolveSamples(const HBitmapBuffer& onBlack, const HBitmapBuffer* onWhite, 
       float alpha = 1;
       if (onWhite) alpha = Alpha(color, Mean(*onWhite, sampleX, sampleY, samplesPerSide));
       color[3] = alpha;
-      const Halves halves = ToHalves(color < alpha ? color : Floats{} + alpha);
+      const HalfPixel halves = ToHalves(color < alpha ? color : Floats{} + alpha);
       std::memcpy(to, &halves, sizeof halves);
     }
   }
@@ -82,7 +82,7 @@ void LayPixelsOver(const HBitmapBuffer& layer, int x, int y, HBitmapBuffer* pixe
       const Floats over = ToFloats(Load(PixelAt(layer, column - x, row - y)));
       if (over[3] == 0) continue;
       auto* to = const_cast<std::uint16_t*>(PixelAt(*pixels, column, row));
-      const Halves mixed = ToHalves(over + ToFloats(Load(to)) * (1 - over[3]));
+      const HalfPixel mixed = ToHalves(over + ToFloats(Load(to)) * (1 - over[3]));
       std::memcpy(to, &mixed, sizeof mixed);
     }
   }

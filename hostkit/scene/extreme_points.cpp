@@ -19,8 +19,6 @@ using Imath::M44f;
 using Imath::V3f;
 
 constexpr int kDirections = 48;  // see SpreadDirections
-// Of larger meshes every nth vertex is looked at.
-constexpr std::size_t kMaxVerticesToInspect = 200000;
 
 struct Extreme {
   float reach = -std::numeric_limits<float>::infinity();

@@ -9,6 +9,9 @@
 
 namespace hostkit {
 
+/// Of meshes with more vertices every nth is looked at.
+constexpr std::size_t kMaxVerticesToInspect = 200000;
+
 /// Unit vectors all over the sphere. Of a ball, the points that lie farthest in each of them miss
 /// at most 8 percent of the radius, in the direction farthest from all.
 std::vector<Imath::V3f> SpreadDirections();

@@ -39,7 +39,8 @@ bool AreFinite(const void* floats, std::size_t count) {
 
 template <class Vector>
 bool AreFinite(const std::vector<Vector>& vectors) {
-  return AreFinite(vectors.data(), vectors.size() * (sizeof(Vector) / sizeof(float)));
+  constexpr std::size_t kEach = sizeof(Vector) / sizeof(float);
+  return AreFinite(vectors.data(), vectors.size() * kEach);
 }
 
 bool IsIndex(int index, std::size_t count) {

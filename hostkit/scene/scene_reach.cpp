@@ -18,8 +18,6 @@ using Imath::V3f;
 
 // Moments at which the reach of an animation is looked at; what it reaches between them is missed.
 constexpr int kMomentsToMeasure = 33;
-// Of larger meshes every nth vertex is looked at. Shapes that morph targets make count as more.
-constexpr std::size_t kMaxVerticesToInspect = 200000;
 
 /// The joint that has most of each vertex; all zero without joints.
 std::vector<std::uint16_t> MainJoints(const SceneDeformation& deformation) {
@@ -36,6 +34,7 @@ std::vector<std::uint16_t> MainJoints(const SceneDeformation& deformation) {
 /// The outermost vertices of each joint's share of a mesh, and of what each target moves.
 std::vector<std::uint32_t> OutermostVertices(const SceneDeformation& deformation) {
   const std::size_t shapes = deformation.targets.size() + 1;
+  // Shapes that morph targets make count as more vertices.
   const std::size_t step = deformation.positions.size() * shapes / kMaxVerticesToInspect + 1;
   const std::size_t joints = std::max<std::size_t>(deformation.joints.size(), 1);
   std::vector<std::uint32_t> vertices =

@@ -13,7 +13,6 @@
 #include "platform/egl/drawable.h"
 #include "platform/egl/pixel_format.h"
 #include "platform/gl.h"
-#include "platform/platform.h"
 
 namespace platform {
 namespace {

@@ -88,7 +88,8 @@ std::vector<std::uint32_t> MakeFlatNormals(SceneMesh& mesh) {
         mesh.normals[latest[vertex]] = normal;
       } else if (mesh.normals[latest[vertex]].dot(normal) < kCosSame) {
         latest[vertex] = static_cast<std::uint32_t>(mesh.positions.size());
-        mesh.positions.push_back(V3f(mesh.positions[vertex]));
+        const V3f position = mesh.positions[vertex];
+        mesh.positions.push_back(position);
         mesh.normals.push_back(normal);
         splits.push_back(vertex);
       }

@@ -20,7 +20,7 @@ namespace {
 using Imath::V2f;
 using Imath::V3f;
 
-constexpr int kTriangles = 4;  // the mode of a primitive that tells none
+constexpr int kUsualMode = 4;  // the mode of a primitive that tells none
 constexpr const char* kDraco = "KHR_draco_mesh_compression";
 
 /// Linear light of 16 bits as a display-referred byte.
@@ -183,9 +183,9 @@ bool Meshes::ListIndices(const Primitive& primitive, std::size_t count,
 bool Meshes::Make(Primitive& primitive, SceneMesh& mesh) {
   const Json& mode = Member(*primitive.json, "mode");
   // What is unpacked is triangles, whatever the mode was.
-  int kind = mode.is_null() ? kTriangles : IndexFrom(mode);
+  int kind = mode.is_null() ? kUsualMode : IndexFrom(mode);
   const bool isUnpacked = Unpack(primitive);
-  if (primitive.unpacked) kind = kTriangles;
+  if (primitive.unpacked) kind = kUsualMode;
   const std::size_t corners = CornersOf(kind);
   const Accessor* positions = isUnpacked ? Attribute(primitive, "POSITION") : nullptr;
   std::vector<std::uint32_t> indices;

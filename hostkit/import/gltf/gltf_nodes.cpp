@@ -153,10 +153,11 @@ class Walk {
 
   /// The first is the next to be looked at.
   void Push(const std::vector<int>& nodes, int parent) {
-    for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) {
-      if (*node < 0 || static_cast<std::size_t>(*node) >= m_states.size()) continue;
-      if (m_states[static_cast<std::size_t>(*node)] == kAbove) m_loop = *node;
-      m_pending.emplace_back(static_cast<std::size_t>(*node), parent);
+    for (std::size_t i = nodes.size(); i-- > 0;) {
+      const auto node = static_cast<std::size_t>(nodes[i]);
+      if (nodes[i] < 0 || node >= m_states.size()) continue;
+      if (m_states[node] == kAbove) m_loop = nodes[i];
+      m_pending.emplace_back(node, parent);
     }
   }
 

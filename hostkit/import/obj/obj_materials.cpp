@@ -18,7 +18,7 @@ using Imath::V2f;
 using Imath::V3f;
 
 // Names of libraries that are tried for one model, and the words that one has at most.
-constexpr std::size_t kMostTries = 2000, kMostWords = 32;
+constexpr std::size_t kMostLookUps = 2000, kMostWords = 32;
 
 /// Where the words of a line begin and end.
 std::vector<std::pair<std::size_t, std::size_t>> WordsOf(std::string_view line) {
@@ -71,8 +71,8 @@ void ObjMaterials::FindLibraries(std::string_view line) {
     const auto nameTo = [&](std::size_t end) {
       return std::string(line.substr(words[i].first, words[end - 1].second - words[i].first));
     };
-    while (behind > i && m_tries < kMostTries && !ReadLibrary(nameTo(behind), &fault)) --behind;
-    if (m_tries == kMostTries) return;
+    while (behind > i && m_tries < kMostLookUps && !ReadLibrary(nameTo(behind), &fault)) --behind;
+    if (m_tries == kMostLookUps) return;
     if (behind == i) {
       behind = i + 1;
       while (behind < last && !EndsLikeLibrary(nameTo(behind))) ++behind;
@@ -188,9 +188,10 @@ int ObjMaterials::PictureOf(const ObjMaterial& from) {
     if (!base && !color.empty()) return base;
     std::string fault;
     const BitmapPtr alpha = m_source.pictures.Load(opacity, mostBytes, &fault);
-    if (!alpha && base) AddWarning(m_source.scene, std::move(fault));
-    if (!alpha && !base) *error = std::move(fault);
-    return alpha ? WithOpacity(std::move(base), *alpha) : std::move(base);
+    if (alpha) return WithOpacity(std::move(base), *alpha);
+    if (base) AddWarning(m_source.scene, fault);
+    if (!base) *error = fault;
+    return base;
   };
   return m_source.pictures.IndexOfEmbedded(key, color.empty() ? opacity : color, use, load);
 }

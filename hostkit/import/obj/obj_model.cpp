@@ -38,9 +38,9 @@ bool IsGap(char c) {
   return IsSpace(c) || c == '\\';
 }
 
-class Parser {
+class ObjParser {
  public:
-  Parser(std::string_view text, ObjModel& model)
+  ObjParser(std::string_view text, ObjModel& model)
       : m_at(text.data()),
         m_end(m_at + text.size()),
         m_model(model),
@@ -61,7 +61,7 @@ class Parser {
   }
 
  private:
-  using Statement = void (Parser::*)(const char* at, const char* end);
+  using Statement = void (ObjParser::*)(const char* at, const char* end);
 
   /// Of the line at m_at, with the ones that continue it.
   const char* LineEnd() const {
@@ -87,14 +87,14 @@ class Parser {
     if (key == "vn") return ReadNormal(at, end);
     if (key == "vt") return ReadUv(at, end);
     constexpr std::pair<std::string_view, Statement> kStatements[] = {
-        {"l", &Parser::ReadPolyline},     {"p", &Parser::ReadPoints},
-        {"fo", &Parser::ReadFace},        {"g", &Parser::ReadObject},
-        {"o", &Parser::ReadObject},       {"usemtl", &Parser::ReadMaterial},
-        {"s", &Parser::ReadSmoothing},    {"mtllib", &Parser::ReadLibrary},
-        {"surf", &Parser::CountFreeForm}, {"curv", &Parser::CountFreeForm},
-        {"bsp", &Parser::CountFreeForm},  {"bzp", &Parser::CountFreeForm},
-        {"cdp", &Parser::CountFreeForm},  {"cdc", &Parser::CountFreeForm},
-        {"call", &Parser::CountCall},
+        {"l", &ObjParser::ReadPolyline},     {"p", &ObjParser::ReadPoints},
+        {"fo", &ObjParser::ReadFace},        {"g", &ObjParser::ReadObject},
+        {"o", &ObjParser::ReadObject},       {"usemtl", &ObjParser::ReadMaterial},
+        {"s", &ObjParser::ReadSmoothing},    {"mtllib", &ObjParser::ReadLibrary},
+        {"surf", &ObjParser::CountFreeForm}, {"curv", &ObjParser::CountFreeForm},
+        {"bsp", &ObjParser::CountFreeForm},  {"bzp", &ObjParser::CountFreeForm},
+        {"cdp", &ObjParser::CountFreeForm},  {"cdc", &ObjParser::CountFreeForm},
+        {"call", &ObjParser::CountCall},
     };
     for (const auto& [known, read] : kStatements) {
       if (key == known) return (this->*read)(at, end);
@@ -217,7 +217,7 @@ class Parser {
 }  // namespace
 
 void ReadObjModel(std::string_view text, ObjModel* model) {
-  Parser(text, *model).Read();
+  ObjParser(text, *model).Read();
 }
 
 }  // namespace hostkit

@@ -9,7 +9,7 @@
 namespace hostkit {
 namespace {
 
-unsigned char* Row(const HBitmapNode& bitmap, int y) {
+unsigned char* RowOf(const HBitmapNode& bitmap, int y) {
   return static_cast<unsigned char*>(
       static_cast<HRGBABuffer*>(bitmap.FindBuffer("Color"))->GetData(y));
 }
@@ -20,12 +20,12 @@ struct Grey {
       : width(picture.GetWidth()), height(picture.GetHeight()) {
     bool hasAlpha = false;
     for (int y = 0; y < height; ++y) {
-      const unsigned char* row = Row(picture, y);
+      const unsigned char* row = RowOf(picture, y);
       for (int x = 0; x < width; ++x) hasAlpha = hasAlpha || row[4 * x + 3] < 255;
     }
     values.reserve(static_cast<std::size_t>(width) * height);
     for (int y = 0; y < height; ++y) {
-      const unsigned char* row = Row(picture, y);
+      const unsigned char* row = RowOf(picture, y);
       for (int x = 0; x < width; ++x, row += 4) {
         values.push_back(hasAlpha ? row[3]
                                   : 0.2126f * row[0] + 0.7152f * row[1] + 0.0722f * row[2]);
@@ -61,7 +61,7 @@ BitmapPtr WithOpacity(BitmapPtr base, const HBitmapNode& opacity) {
   const float stepX = static_cast<float>(grey.width) / static_cast<float>(width);
   const float stepY = static_cast<float>(grey.height) / static_cast<float>(height);
   for (int y = 0; y < height; ++y) {
-    unsigned char* pixel = Row(*base, y);
+    unsigned char* pixel = RowOf(*base, y);
     if (isWhite) std::fill(pixel, pixel + std::size_t{4} * width, 255);
     const float atY = (static_cast<float>(y) + 0.5f) * stepY - 0.5f;
     for (int x = 0; x < width; ++x, pixel += 4) {

@@ -32,9 +32,9 @@ using Imath::V3f;
 /// Elements of one kind, which make a mesh together.
 enum class Part { kWithNormals, kWithoutNormals, kLinesAndPoints };
 
-class Assembly {
+class ObjAssembly {
  public:
-  Assembly(const ModelSource& source, ObjModel& model)
+  ObjAssembly(const ModelSource& source, ObjModel& model)
       : m_source(source),
         m_model(model),
         m_materials(source, model),
@@ -300,7 +300,7 @@ bool ReadObj(const ModelSource& source, std::string* error) {
   ReadObjModel(text, &model);
   bytes = {};
   TellUnread(source, model);
-  Assembly(source, model).Run();
+  ObjAssembly(source, model).Run();
   return true;
 }
 

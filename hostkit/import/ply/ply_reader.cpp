@@ -51,9 +51,9 @@ V2f UvOf(std::uint64_t bits) {
           std::bit_cast<float>(static_cast<std::uint32_t>(bits))};
 }
 
-class Assembly {
+class PlyAssembly {
  public:
-  Assembly(const ModelSource& source, const PlyHeader& header, PlyModel& model)
+  PlyAssembly(const ModelSource& source, const PlyHeader& header, PlyModel& model)
       : m_source(source),
         m_header(header),
         m_vertices(model.vertices),
@@ -238,7 +238,7 @@ bool ReadPly(const ModelSource& source, std::string* error) {
   if (!model.cutOff.empty()) {
     AddWarning(source.scene, fmt::format("{}: {}", source.files.ModelPath(), model.cutOff));
   }
-  Assembly assembly(source, header, model);
+  PlyAssembly assembly(source, header, model);
   if (model.hasFaces) {
     assembly.AddFaces();
   } else {

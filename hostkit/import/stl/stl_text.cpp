@@ -10,9 +10,9 @@
 namespace hostkit {
 namespace {
 
-class Parser {
+class StlParser {
  public:
-  Parser(std::string_view text, StlText& read) : m_whole(text), m_text(text), m_read(read) {}
+  StlParser(std::string_view text, StlText& read) : m_whole(text), m_text(text), m_read(read) {}
 
   bool Read(std::string* fault) {
     for (std::string_view word = TakeWord(&m_text); !word.empty(); word = TakeWord(&m_text)) {
@@ -106,7 +106,7 @@ class Parser {
 }  // namespace
 
 bool ReadStlText(std::string_view text, StlText* read, std::string* fault) {
-  return Parser(text, *read).Read(fault);
+  return StlParser(text, *read).Read(fault);
 }
 
 }  // namespace hostkit
