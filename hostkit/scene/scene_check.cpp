@@ -39,8 +39,8 @@ bool AreFinite(const void* floats, std::size_t count) {
 
 template <class Vector>
 bool AreFinite(const std::vector<Vector>& vectors) {
-  constexpr std::size_t kEach = sizeof(Vector) / sizeof(float);
-  return AreFinite(vectors.data(), vectors.size() * kEach);
+  const std::size_t bytes = vectors.size() * sizeof(Vector);
+  return AreFinite(vectors.data(), bytes / sizeof(float));
 }
 
 bool IsIndex(int index, std::size_t count) {

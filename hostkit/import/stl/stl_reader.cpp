@@ -75,7 +75,7 @@ Rgba ColorBehind(std::string_view header, std::string_view word) {
   return ColorBuf{byte(0), byte(1), byte(2), byte(3)};
 }
 
-V3f ToColor(const ColorBuf& color) {
+V3f ShareOf(const ColorBuf& color) {
   return V3f(color.red, color.green, color.blue) / 255.0f;
 }
 
@@ -117,9 +117,9 @@ class Colors {
     SceneMaterial material = m_hasOwn ? ColorsOnlyMaterial() : StandInMaterial();
     if (!m_whole && !m_diffuse) return material;
     const ColorBuf color = m_diffuse ? *m_diffuse : *m_whole;
-    const V3f base = m_hasOwn ? V3f(1.0f) : ToColor(color);
+    const V3f base = m_hasOwn ? V3f(1.0f) : ShareOf(color);
     if (m_specular) {
-      SetPhong(material.surface, base, ToColor(*m_specular), 1, 30);
+      SetPhong(material.surface, base, ShareOf(*m_specular), 1, 30);
     } else {
       material.surface.base = {base.x, base.y, base.z};
     }

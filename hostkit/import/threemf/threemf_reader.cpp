@@ -86,8 +86,9 @@ class Assembly {
       }
       const ThreeMfObject& object = found->second;
       AddInstance(MeshOf(step.object, object), step.toWorld);
-      for (auto use = object.components.rbegin(); use != object.components.rend(); ++use) {
-        pending.push_back({use->object, use->place * step.toWorld, step.depth + 1});
+      for (std::size_t i = object.components.size(); i-- > 0;) {
+        const auto& use = object.components[i];
+        pending.push_back({use.object, use.place * step.toWorld, step.depth + 1});
       }
     }
   }
