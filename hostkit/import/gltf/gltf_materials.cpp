@@ -13,11 +13,15 @@ namespace {
 
 enum class AlphaMode { kOpaque, kMask, kBlend };
 
+float CutoffOf(const Json& json) {
+  return std::max(NumberOf(json, "alphaCutoff", 0.5f), 0.0f);
+}
+
+/// A mask that nothing can lie below is none.
 AlphaMode AlphaModeOf(const Json& json) {
   const std::string mode = TextOf(json, "alphaMode");
-  return mode == "BLEND"  ? AlphaMode::kBlend
-         : mode == "MASK" ? AlphaMode::kMask
-                          : AlphaMode::kOpaque;
+  if (mode == "BLEND") return AlphaMode::kBlend;
+  return mode == "MASK" && CutoffOf(json) > 0 ? AlphaMode::kMask : AlphaMode::kOpaque;
 }
 
 /// A linear colour with alpha.
@@ -75,8 +79,7 @@ void SetAlpha(const Json& json, AlphaMode mode, float alpha, SceneMaterial& mate
   const float clear = 0.75f * Unit(NumberOf(transmission, "transmissionFactor", 0));
   const float missing = mode == AlphaMode::kOpaque ? 0 : 1 - Unit(alpha);
   material.surface.transparency = mode == AlphaMode::kMask ? missing : std::max(missing, clear);
-  if (mode == AlphaMode::kMask)
-    material.alphaCutoff = std::max(NumberOf(json, "alphaCutoff", 0.5f), 0.0f);
+  if (mode == AlphaMode::kMask) material.alphaCutoff = CutoffOf(json);
 }
 
 AlphaUse AlphaUseOf(AlphaMode mode) {

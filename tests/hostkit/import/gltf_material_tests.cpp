@@ -40,6 +40,7 @@ TEST_F(GltfMaterial, AlphaModesKeepWhatTheProductIsMadeOf) {
   } cases[] = {{"", 0, 0, 255},
                {R"("alphaMode":"MASK",)", 0.75f, 0.5f, 128},
                {R"("alphaMode":"MASK","alphaCutoff":0.2,)", 0.75f, 0.2f, 128},
+               {R"("alphaMode":"MASK","alphaCutoff":0,)", 0, 0, 255},
                {R"("alphaMode":"BLEND",)", 0.75f, 0, 128}};
   for (const auto& [mode, transparency, cutoff, alpha] : cases) {
     SCOPED_TRACE(mode);
