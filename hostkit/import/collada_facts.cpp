@@ -109,10 +109,15 @@ ColladaFacts::ColladaFacts(const ModelFiles& files) {
                          HeightOf(Target(cameras, instance.attribute("url").value()))});
   });
   const Elements effects = ById(document, "effect");
+  std::map<std::string, Wraps> byEffect;  // looked into once, however many materials use it
   ForEach(document, "material", [&](const pugi::xml_node& material) {
-    const char* url = material.child("instance_effect").attribute("url").value();
-    const pugi::xml_node sampler = SamplerOf(Target(effects, url));
-    const Wraps wraps = {WrapIn(sampler.child("wrap_s")), WrapIn(sampler.child("wrap_t"))};
+    const std::string url = material.child("instance_effect").attribute("url").value();
+    const auto [entry, isNew] = byEffect.try_emplace(url);
+    Wraps& wraps = entry->second;
+    if (isNew) {
+      const pugi::xml_node sampler = SamplerOf(Target(effects, url.c_str()));
+      wraps = {WrapIn(sampler.child("wrap_s")), WrapIn(sampler.child("wrap_t"))};
+    }
     m_wraps.emplace(material.attribute("id").value(), wraps);
     m_wraps.emplace(material.attribute("name").value(), wraps);
   });

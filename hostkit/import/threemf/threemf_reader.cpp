@@ -86,6 +86,11 @@ class Assembly {
       }
       const ThreeMfObject& object = found->second;
       AddInstance(MeshOf(step.object, object), step.toWorld);
+      // Before they wait: objects may have many components that are objects with many.
+      if (pending.size() + object.components.size() > kMostInstances) {
+        m_unplaced += object.components.size();
+        continue;
+      }
       for (std::size_t i = object.components.size(); i-- > 0;) {
         const auto& use = object.components[i];
         pending.push_back({use.object, use.place * step.toWorld, step.depth + 1});

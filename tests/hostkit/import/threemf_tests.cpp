@@ -100,4 +100,15 @@ TEST_F(ThreeMf, WhatLeadsNowhereIsTold) {
   EXPECT_TRUE(Holds(Refusal(Write("m.3mf", Zip({{"a", "b"}}))), {"its model cannot be read"}));
 }
 
+TEST_F(ThreeMf, ManyComponentsOfManyComponentsAreNotPlacedForEver) {
+  std::string components;
+  for (int i = 0; i < 60000; ++i) components += "<component objectid=\"2\"/>";
+  const Scene scene = ReadModel(Model(Mesh("id=\"1\"", "") + "<object id=\"2\"><components>" +
+                                          components + "</components></object>",
+                                      R"(<item objectid="1"/><item objectid="2"/>)"));
+  EXPECT_EQ(scene.instances.size(), 1u);
+  ASSERT_EQ(scene.warnings.size(), 1u);
+  EXPECT_TRUE(Holds(scene.warnings[0], {"objects that are too many"}));
+}
+
 }  // namespace
