@@ -29,15 +29,16 @@ hostkit/isolated      hostkit/scene hostkit/services host platform
 hostkit/feed          hostkit/scene hostkit/services host platform
 hostkit/frame         hostkit/feed hostkit/scene hostkit/pictures hostkit/services host platform
 hostkit/effects       hostkit/pictures hostkit/services host platform
-apps/base
-apps/options          apps/base hostkit/feed hostkit/effects hostkit/scene
+apps/base             hostkit/services
+apps/options          apps/base hostkit/services hostkit/feed hostkit/effects hostkit/scene
 apps/work/common      apps/base apps/options hostkit/confine hostkit/pictures hostkit/services host platform
 apps/work/settings    apps/base apps/options apps/work/common hostkit/services
-apps/work/info        apps/base apps/options apps/work/common hostkit/effects hostkit/confine hostkit/services host platform
+apps/work/compare     apps/base apps/options apps/work/common hostkit/pictures hostkit/services host samples
+apps/work/info        apps/base apps/options apps/work/common apps/work/compare hostkit/effects hostkit/confine hostkit/services host platform
 apps/work/filter      apps/base apps/options apps/work/common hostkit/effects hostkit/pictures hostkit/services host platform
 apps/gl3-import       hostkit/confine hostkit/import hostkit/isolated hostkit/scene hostkit/services host platform
 apps/work/render      apps/base apps/options apps/work/common hostkit/effects hostkit/frame hostkit/feed hostkit/isolated hostkit/scene hostkit/pictures hostkit/services host platform
-apps/work             apps/base apps/options apps/work/common apps/work/settings apps/work/info apps/work/filter apps/work/render
+apps/work             apps/base apps/options apps/work/common apps/work/settings apps/work/compare apps/work/info apps/work/filter apps/work/render
 apps/gl3              apps/base apps/options apps/work
 apps/gl3-view         apps/base apps/options apps/work/common apps/work/render hostkit/effects hostkit/frame hostkit/feed hostkit/isolated hostkit/scene hostkit/pictures hostkit/services host platform
 samples
