@@ -46,7 +46,7 @@ samples/host          hostkit/scene hostkit/pictures hostkit/services host platf
 '
 
 # What may lie at the top of the repository.
-top='.ci .clang-format .clang-tidy .editorconfig .gitignore CMakeLists.txt CMakePresets.json
+top='.ci .clang-format .clang-tidy .editorconfig .gitignore CHANGELOG.md CMakeLists.txt CMakePresets.json
 CONTRIBUTING.md LICENSE README.md apps bench buffer cmake dev displaylist docs driver host hostkit
 packages.txt platform samples settings shader share tests texture'
 
@@ -145,7 +145,7 @@ lib=$bin/../lib/gl3
 hardening() {
   local binary headers path
   for binary in "$bin"/* "$lib"/*; do
-    [[ -f $binary && $(head -c 4 "$binary") == $'\x7fELF' ]] || continue
+    [[ -f $binary && ! -L $binary && $(head -c 4 "$binary") == $'\x7fELF' ]] || continue
     headers=$(readelf -W -d -l "$binary")
     while IFS= read -r path; do
       [[ $path =~ ^\$ORIGIN(/\.\./lib/gl3)?$ ]] || echo "$binary: it searches '$path'"
