@@ -15,6 +15,8 @@ set(gl3_header_folder ${CMAKE_INSTALL_INCLUDEDIR}/gl3)
 
 file(RELATIVE_PATH gl3_way_to_libraries
   ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/gl3)
+file(RELATIVE_PATH gl3_gallery_from_programs
+  ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_DATADIR}/gl3/gallery)
 set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN/${gl3_way_to_libraries}")
 

@@ -68,7 +68,8 @@ bool ReadBounds(const fs::path& path, std::map<std::string, PictureBounds>* boun
 }  // namespace
 
 std::string GalleryFolder(std::string* error) {
-  const fs::path folder = fs::path(OwnProgram()).parent_path().parent_path() / "share/gl3/gallery";
+  const fs::path folder =
+      (fs::path(OwnProgram()).parent_path() / GL3_GALLERY_FROM_PROGRAMS).lexically_normal();
   std::error_code code;
   if (fs::exists(folder / "pictures.txt", code)) return folder.string();
   *error = folder.string() + ": the pictures to compare with are not there; install gl3 anew";

@@ -19,8 +19,8 @@ struct CompareScene {
   PictureBounds bounds;
 };
 
-/// The folder of the scenes' table, bounds and kept pictures, beside the program: one of
-/// share/gl3/gallery. Empty, with one line in `*error`, when it is not there.
+/// The folder of the scenes' table, bounds and kept pictures, where the program was
+/// installed with it. Empty, with one line in `*error`, when it is not there.
 std::string GalleryFolder(std::string* error);
 
 /// Reads the table, and the bounds for those that have none of their own. Empty with one line when
