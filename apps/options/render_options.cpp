@@ -12,6 +12,7 @@ namespace gl3 {
 namespace {
 
 constexpr int kMaxSide = 32768;
+constexpr float kDefaultFov = 40;  // degrees
 /// 16384 x 16384: two gigabytes as half floats, what a machine can still be expected to hold.
 constexpr long long kMaxPixels = 1LL << 28;
 
@@ -36,8 +37,9 @@ World space is the file's: right-handed, axes and units as in the file. What is 
 is y, unless the format says otherwise or --up-axis does; it turns named views, the
 grid and the turntable, and moves nothing. Colours are display-referred (sRGB), as
 the renderer draws them.
-Without --camera, --eye or --view the whole model is shown from a three-quarter
-view. A camera of the file is used only when it is named.
+Without --camera, --eye, --view or --azimuth the whole model is shown from a
+three-quarter view; --turntable goes on from wherever the camera is. A camera of
+the file is used only when it is named.
 
 Sequences: -o holds #### or %04d for the frame's number and {camera} or %c for the
 camera's name (%% for a percent sign). The model is loaded once. Pictures appear
@@ -57,6 +59,8 @@ Examples:
   gl3 render part.stl -o icon.png -s 256x256 --no-background --view iso --parallel
   gl3 render room.obj lamp.glb -o room.jpg --eye 0,1.7,4 --target 0,1,0 --fov 60
   gl3 render part.stl -o part.png --up-axis +Z --view front
+  gl3 render part.stl -o part.png --azimuth 30 --elevation 20 --background white,#bcd
+  gl3 render car.glb -o cut.png --hide 'Wheel*' --section x=50% --scale-bar=m
   gl3 render part.stl -o drawing.png --mode lines --crease 20 --background white
   gl3 render house.glb -o plan.png --grid --text "South side,20,20" --overlay logo.png
   gl3 render town.glb -o town.exr --depth town.exr --fog 50,400,#a8b4c0
@@ -80,13 +84,6 @@ bool ReadSize(const std::string& text, RenderOptions* options, std::string* erro
       "{} is not a size that can be drawn; give WIDTHxHEIGHT such as 1920x1080, each side from 1 "
       "to {} and at most {} pixels in all",
       ShellQuote(text), kMaxSide, kMaxPixels);
-  return false;
-}
-
-bool ReadBackground(const std::string& text, RenderOptions* options, std::string* error) {
-  options->transparentBackground = text == "transparent";
-  if (options->transparentBackground || ReadColor(text, options->background, error)) return true;
-  *error += "; or give transparent";
   return false;
 }
 
@@ -136,14 +133,17 @@ void AddPictureOptions(const OptionParser& parser, RenderOptions* options) {
              [=](const std::string& t, std::string* e) { return ReadSize(t, options, e); });
   parser.Add("--antialias", "N", "Samples a pixel, N x N, 1 to 4 (default 2; 1 draws fastest)",
              IntegerReader(1, 4, &options->samplesPerSide));
-  const Option background = parser.Add(
-      "--background", "COLOR",
-      "#rgb, #rrggbb, r,g,b in 0..1, a name such as white, or\n"
-      "transparent (default #292b30)",
-      [=](const std::string& t, std::string* e) { return ReadBackground(t, options, e); });
+  const Option background =
+      parser.Add("--background", "COLOR",
+                 "#rgb, #rrggbb, r,g,b in 0..1, a name such as white; two of them with\n"
+                 "a comma between, at the top and at the bottom of a gradient; a picture's\n"
+                 "file, which covers the frame; or transparent (default #292b30)",
+                 [=](const std::string& t, std::string* e) {
+                   return ReadBackground(t, &options->background, e);
+                 });
   parser
       .AddFlag("--no-background", "Alpha tells what the model covers (in JPEG: on black)",
-               &options->transparentBackground)
+               &options->background.isTransparent)
       .Exclude(background);
   parser.Add("--quality", "N", "Of JPEG, 1 to 100 (default 92)",
              IntegerReader(1, 100, &options->jpegQuality));
@@ -187,6 +187,7 @@ void AddCameraOptions(const OptionParser& parser, RenderOptions* options) {
              "Vertical field of view in degrees, 0.1 to 170 (default: the\ncamera's own, else 40)",
              [=](const std::string& t, std::string* e) { return ReadFov(t, options, e); });
   parser.AddFlag("--parallel", "Parallel projection, without perspective", &options->parallel);
+  AddFramingOptions(parser, &options->framing);
 }
 
 }  // namespace
@@ -198,6 +199,7 @@ void AddRenderOptions(const OptionParser& parser, RenderOptions* options) {
   AddCameraOptions(parser, options);
   AddSequenceOptions(parser, &options->sequence);
   AddEffectOptions(parser, &options->effects);
+  AddSubjectOptions(parser, &options->subject);
   AddDrawingOptions(parser, &options->drawing);
   AddRunOptions(parser, &options->run);
 }
@@ -229,6 +231,9 @@ Outcome CheckRenderOptions(const RenderOptions& options) {
   Outcome outcome = CheckEye(options);
   if (outcome.status != kDone) return outcome;
   outcome = CheckDrawingOptions(options.drawing);
+  if (outcome.status == kDone && !options.parallel) {
+    outcome = CheckZoom(options.framing, options.fieldOfView.value_or(kDefaultFov));
+  }
   if (outcome.status != kDone) return outcome;
   outcome = CheckSequence(options.sequence, options.cameras, options.output);
   if (outcome.status != kDone || options.drawing.depth.empty()) return outcome;

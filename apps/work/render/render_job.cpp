@@ -13,6 +13,7 @@
 #include "apps/work/common/driver_session.h"
 #include "apps/work/common/font_check.h"
 #include "apps/work/common/stopwatch.h"
+#include "apps/work/render/drawn_subject.h"
 #include "apps/work/render/effect_stage.h"
 #include "apps/work/render/frame_setup.h"
 #include "apps/work/render/nothing_seen.h"
@@ -75,7 +76,7 @@ class RenderRun {
   std::unique_ptr<CameraChooser> m_cameras;
   Imath::Box3f m_bounds;  // of the scene as it is posed
   hostkit::FrameSettings m_settings;
-  std::unique_ptr<hostkit::FrameRenderer> m_renderer;
+  std::unique_ptr<SubjectRenderer> m_subject;
   EffectStage m_effects;
   ShotReport m_shotReport;  // of the picture at hand
 };
@@ -118,6 +119,7 @@ Outcome RenderRun::Confine() const {
   for (const OverlayOption& overlay : m_options.drawing.overlays) {
     files.inputs.push_back(overlay.path);
   }
+  if (!m_options.background.picture.empty()) files.inputs.push_back(m_options.background.picture);
   return ConfineDrawing(files, m_options.run.module, m_options.run.confined);
 }
 
@@ -127,10 +129,11 @@ Outcome RenderRun::LoadFrameSettings() {
   }
   Outcome outcome = MakeFrameSettings(m_options, &m_settings);
   if (outcome.status != kDone) return outcome;
-  if (!m_settings.texts.empty()) {
+  if (!m_options.drawing.texts.empty() || m_options.drawing.hasScaleBar) {
     // The renderer draws on without a font, and tells it where nobody hears.
     const std::string problem = FontProblem();
-    if (!problem.empty()) Warn("--text: " + problem);
+    const char* option = m_options.drawing.texts.empty() ? "--scale-bar: " : "--text: ";
+    if (!problem.empty()) Warn(option + problem);
   }
   return {};
 }
@@ -145,6 +148,8 @@ Outcome RenderRun::FinishImport() {
     return {end == hostkit::ImportEnd::kUnreadable ? kUnreadableInput : kRunFailed, error};
   }
   for (const std::string& warning : m_scene->warnings) Warn(warning);
+  Outcome outcome = PrepareSubject(m_options.subject, m_scene.get());
+  if (outcome.status != kDone) return outcome;
   m_report.import = watch.Milliseconds();
   m_report.triangles = m_scene->TriangleCount();
   m_line.Note(
@@ -191,10 +196,13 @@ Outcome RenderRun::Plan() {
 
 Outcome RenderRun::Upload() {
   m_line.Enter(Phase::kDraw, "OpenGL");
-  std::string error;
-  m_renderer = hostkit::FrameRenderer::Create(m_session->Driver(), *m_scene, &error);
-  if (!m_renderer) return {kRunFailed, error};
-  m_report.upload = m_renderer->UploadMilliseconds();
+  Outcome outcome;
+  std::string warning;
+  m_subject = SubjectRenderer::Create(m_session->Driver(), m_scene.get(), m_options.subject,
+                                      m_bounds, !m_animations.empty(), &outcome, &warning);
+  if (!m_subject) return outcome;
+  if (!warning.empty()) Warn(warning);
+  m_report.upload = m_subject->UploadMilliseconds();
   m_line.Note(fmt::format("upload {:.1f} ms", m_report.upload));
   return {};
 }
@@ -210,19 +218,23 @@ Outcome RenderRun::Draw(const Shot& shot, hostkit::SceneCamera* camera, hostkit:
   }
   *camera = m_cameras->Choose(*m_scene, shot.camera, shot.frame);
   std::string error;
+  if (!m_subject->Update(&error)) return {kRunFailed, error};
+  hostkit::FrameRenderer& renderer = m_subject->Renderer();
   const hostkit::View view = hostkit::ViewFor(*camera, m_bounds);
-  *picture = m_renderer->Render(m_settings, view, &error);
+  const hostkit::FrameSettings settings =
+      WithScaleBar(m_settings, m_options.drawing, *camera, m_cameras->TargetDistance(*camera));
+  *picture = renderer.Render(settings, view, &error);
   if (!picture->bitmap) return {kRunFailed, error};
-  const std::string lack = NothingSeen(*m_scene, m_settings, view, *picture);
+  const std::string lack = NothingSeen(m_subject->Drawn(), settings, view, *picture);
   if (!lack.empty()) Warn(shot.output + ": " + lack);
   const Stopwatch effectsWatch;
   if (!m_effects.Apply(m_session->Driver(), m_options.effects.calls, picture, &error)) {
     return {kRunFailed, error};
   }
   m_shotReport.effects = m_options.effects.calls.empty() ? 0 : effectsWatch.Milliseconds();
-  m_shotReport.draw = m_renderer->LastTimes().draw;
-  m_shotReport.readBack = m_renderer->LastTimes().readBack;
-  m_recipe.renderer = m_report.renderer = m_renderer->RendererName();
+  m_shotReport.draw = renderer.LastTimes().draw;
+  m_shotReport.readBack = renderer.LastTimes().readBack;
+  m_recipe.renderer = m_report.renderer = renderer.RendererName();
   m_line.Note(fmt::format("{}: draw {:.1f} ms, read-back {:.1f} ms", m_report.renderer,
                           m_shotReport.draw, m_shotReport.readBack));
   return {};

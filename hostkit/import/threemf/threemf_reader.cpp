@@ -33,7 +33,8 @@ using Imath::V2f;
 using Imath::V3d;
 
 constexpr std::size_t kMostInstances = 100'000;
-constexpr int kDeepest = 64;  // components of components
+constexpr int kDeepest = 64;               // components of components
+constexpr std::size_t kLongestName = 256;  // bytes; each placement has it
 constexpr std::uint32_t kWhite = 0xffffffff;
 constexpr float kSlack = 1e-4f;  // by which coordinates may miss the edge of a picture
 
@@ -73,6 +74,7 @@ class Assembly {
     ThreeMfId object;
     M44d toWorld;
     int depth;
+    int above;  ///< Name of what it is a component of; -1: none.
   };
   /// The meshes of an object: one for each picture on it.
   struct Meshes {
@@ -91,7 +93,7 @@ class Assembly {
 
   /// Places an object with all that it is composed of.
   void Place(const ThreeMfUse& item) {
-    std::vector<Step> pending{{item.object, item.place, 0}};
+    std::vector<Step> pending{{item.object, item.place, 0, -1}};
     while (!pending.empty()) {
       const Step step = std::move(pending.back());
       pending.pop_back();
@@ -107,7 +109,10 @@ class Assembly {
         continue;
       }
       const ThreeMfObject& object = found->second;
-      AddInstances(MeshesOf(step.object, object), step.toWorld);
+      std::vector<SceneNodeName>& names = m_source.scene.nodeNames;
+      const int name = static_cast<int>(names.size());
+      names.push_back({object.name.substr(0, kLongestName), step.above});
+      AddInstances(MeshesOf(step.object, object), step.toWorld, name);
       // Before they wait: objects may have many components that are objects with many.
       if (pending.size() + object.components.size() > kMostInstances) {
         m_unplaced += object.components.size();
@@ -115,16 +120,16 @@ class Assembly {
       }
       for (std::size_t i = object.components.size(); i-- > 0;) {
         const auto& use = object.components[i];
-        pending.push_back({use.object, use.place * step.toWorld, step.depth + 1});
+        pending.push_back({use.object, use.place * step.toWorld, step.depth + 1, name});
       }
     }
   }
 
-  void AddInstances(const Meshes& meshes, const M44d& toWorld) {
+  void AddInstances(const Meshes& meshes, const M44d& toWorld, int name) {
     const M44d place = M44d().setTranslation(meshes.taken) * toWorld;
     m_steps += meshes.indices.empty() ? 0 : meshes.indices.size() - 1;
     for (const int mesh : meshes.indices) {
-      m_source.scene.instances.push_back({mesh, M44f(place)});
+      m_source.scene.instances.push_back({mesh, M44f(place), name});
       m_source.places.instances.push_back(place);
     }
   }
