@@ -10,7 +10,7 @@ set(gl3_headers include/gl3)
 set(gl3_programs gl3)
 set(gl3_man_pages gl3/- gl3/filter gl3/info gl3/render gl3/settings)  # program/verb
 set(gl3_host_libraries
-  gl3platform gl3services gl3pictures gl3scene gl3import gl3isolated gl3feed gl3frame gl3effects)
+  gl3platform gl3services gl3checking gl3pictures gl3scene gl3import gl3isolated gl3feed gl3frame gl3effects)
 set(gl3_loaded OpenGL3 gl3base gl3confine gl3options gl3work gl3fonts)
 if(TARGET gl3-view)
   list(APPEND gl3_programs gl3-view)
@@ -31,6 +31,7 @@ set(gl3_public_headers
   hostkit/services/registry.h
   hostkit/services/save_request.h
   hostkit/services/settings_sheet.h
+  hostkit/checking/checking.h
   hostkit/pictures/picture.h
   hostkit/pictures/picture_in.h
   hostkit/pictures/picture_recipe.h

@@ -23,6 +23,7 @@
 #include "host/GADriver.h"
 #include "host/Services.h"
 #include "hostkit/services/current_driver.h"
+#include "hostkit/services/driver_watch.h"
 #include "platform/win32.h"
 
 namespace hostkit {
@@ -188,6 +189,7 @@ std::unique_ptr<LoadedModule> LoadedModule::Load(const std::string& path, std::s
     if (error) *error = fmt::format("{}: cannot load the module: {}", path, why);
     return nullptr;
   }
+  ShowToWatch(driver);
   std::unique_ptr<LoadedModule> module(new LoadedModule(path, library.release()));
   module->m_driver = driver;
   module->m_previousDriver = SetDriver(driver);
