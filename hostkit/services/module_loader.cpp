@@ -18,6 +18,7 @@
 #include "host/Services.h"
 #include "host/Version.h"
 #include "hostkit/services/current_driver.h"
+#include "hostkit/services/driver_watch.h"
 #include "hostkit/services/module_file.h"
 #include "platform/win32.h"
 
@@ -128,6 +129,7 @@ std::unique_ptr<LoadedModule> LoadedModule::Load(const std::string& path, std::s
     if (error) *error = fmt::format("{}: cannot load the module: {}", path, why);
     return nullptr;
   }
+  ShowToWatch(driver);
   std::unique_ptr<LoadedModule> module(new LoadedModule(path, library.release()));
   module->m_driver = driver;
   module->m_previousDriver = SetDriver(driver);

@@ -70,9 +70,10 @@ build_hosts() {
     cmake -S "$tree/share/doc/gl3/samples/host" -B "$work/host" -DCMAKE_PREFIX_PATH="$tree"
     cmake --build "$work/host"
   } >"$work/log" 2>&1 || { cat "$work/log" >&2; fail "the example hosts cannot be built"; }
-  "${alone[@]}" "$work/host/example_host" ring.png
+  "${alone[@]}" GL3_CHECK=1 "$work/host/example_host" ring.png 2>told
   check_picture ring.png
-  "${alone[@]}" "$work/host/example_tour" .
+  "${alone[@]}" GL3_CHECK=1 "$work/host/example_tour" . 2>>told
+  [[ ! -s told ]] || fail "the samples are told: $(<told)"
   check_tour
 
   printf '%s\n' '#include <cstdio>' '#include "hostkit/services/module_loader.h"' \

@@ -22,6 +22,7 @@ driver/GL3Driver.cpp  driver texture buffer displaylist shader settings host pla
 driver/OpenGL3.cpp    driver settings host platform
 hostkit/confine
 hostkit/services      host platform
+hostkit/checking      hostkit/services host platform
 hostkit/pictures      hostkit/services host platform
 hostkit/scene         hostkit/services host platform
 hostkit/import        hostkit/scene hostkit/pictures hostkit/services host platform
@@ -167,10 +168,10 @@ hardening() {
   done
 }
 breach "binaries look for libraries at fixed places of their own, and are built to resist" < <(hardening)
-for binary in "$bin"/gl3 "$lib"/OpenGL3.so "$lib"/gl3-import "$lib"/libgl3{platform,fonts,services,confine,pictures,scene,import,isolated,feed,frame,effects,base,options,work}.so; do
+for binary in "$bin"/gl3 "$lib"/OpenGL3.so "$lib"/gl3-import "$lib"/libgl3{platform,fonts,services,checking,confine,pictures,scene,import,isolated,feed,frame,effects,base,options,work}.so; do
   breach "neither the module nor gl3 links Qt ($binary)" < <(loads "$binary" libQt)
 done
-for binary in "$bin"/gl3 "$lib"/OpenGL3.so "$lib"/libgl3{services,confine,pictures,scene,isolated,feed,frame,effects,work}.so; do
+for binary in "$bin"/gl3 "$lib"/OpenGL3.so "$lib"/libgl3{services,checking,confine,pictures,scene,isolated,feed,frame,effects,work}.so; do
   breach "whoever imports no models links no importer ($binary)" < <(loads "$binary" libassimp)
 done
 

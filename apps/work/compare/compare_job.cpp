@@ -148,7 +148,8 @@ ComparedPicture Comparison::DrawScene(const CompareDriver& driver, const Compare
   const ProgramEnd end = RunGl3(driver, words);
   if (!end.trouble.empty()) picture.trouble = "gl3 " + end.trouble;
   if (end.status > 0) picture.refusal = LastLine(end.errors);
-  if (end.status != 0) return picture;
+  if (end.status == 0 && !end.errors.empty()) picture.trouble = LastLine(end.errors);
+  if (end.status != 0 || !picture.trouble.empty()) return picture;
   Pixels pixels, first;
   if (!ReadPixels(path, &pixels, &picture.trouble)) return picture;
   CompareWithKept(path, driver, pixels, &picture);

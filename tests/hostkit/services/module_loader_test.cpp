@@ -1,6 +1,8 @@
 // Module loading and text streams.
+#include <dlfcn.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <memory>
 #include <utility>
 
@@ -39,6 +41,22 @@ TEST(ModuleLoader, MakesTheDriverCurrentWhileItLives) {
   EXPECT_EQ(GetDriver(), former);
   EXPECT_EQ(hostkit::CountHeaps().gassist.blocks, counts.gassist.blocks);
   hostkit::SetDriver(before);
+}
+
+/// Nothing of the checks is there unless they are asked for.
+TEST(ModuleLoader, LoadsTheChecksWhenTheEnvironmentAsks) {
+  const auto areLoaded = [] {
+    std::string error;
+    EXPECT_NE(LoadedModule::Load(kGood, &error), nullptr) << error;
+    void* const library = dlopen("libgl3checking.so", RTLD_NOW | RTLD_NOLOAD);
+    if (library) dlclose(library);
+    return library != nullptr;
+  };
+  for (const char* value : {"", "0", "1"}) {
+    setenv("GL3_CHECK", value, 1);
+    EXPECT_EQ(areLoaded(), *value == '1') << value;
+  }
+  unsetenv("GL3_CHECK");
 }
 
 TEST(ModuleLoader, TellsWhatIsWrong) {
