@@ -3,6 +3,7 @@
 
 #include "apps/work/common/check_output.h"
 #include "apps/work/common/file_hash.h"
+#include "apps/work/farm/farm_job.h"
 #include "apps/work/filter/filter_job.h"
 #include "apps/work/info/info_job.h"
 #include "apps/work/render/render_job.h"
@@ -11,4 +12,4 @@
 
 extern "C" const gl3::WorkTable kGl3Work = {gl3::CheckOutput, gl3::Render, gl3::Info,
                                             gl3::Settings,    gl3::Filter, gl3::StoredRecipe,
-                                            gl3::HashFile};
+                                            gl3::HashFile,    gl3::Farm};
