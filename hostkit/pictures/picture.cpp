@@ -56,7 +56,8 @@ void DescribeDepths(const Picture& picture, PicturePixels* pixels) {
   }
 }
 
-// False when the picture holds no colours of the promised kind, or not what is to be written.
+}  // namespace
+
 bool DescribePixels(const Picture& picture, const PictureOptions& options, PicturePixels* pixels) {
   if (!picture.bitmap) return false;
   HBitmapBuffer* colors = picture.bitmap->FindBuffer("ColorAlpha");
@@ -74,8 +75,6 @@ bool DescribePixels(const Picture& picture, const PictureOptions& options, Pictu
   return pixels->colors || pixels->depths;
 }
 
-}  // namespace
-
 bool IsPictureSuffixKnown(const std::string& path, std::string* error) {
   if (FindKind(path)) return true;
   std::string known;
@@ -83,6 +82,19 @@ bool IsPictureSuffixKnown(const std::string& path, std::string* error) {
     known += (known.empty() ? "" : ", ") + std::string(kind.suffix);
   *error = fmt::format("{}: the suffix names no known kind of picture; use one of {}", path, known);
   return false;
+}
+
+bool EncodePicture(std::FILE* stream, const std::string& suffix, const Picture& picture,
+                   const Recipe& recipe, const PictureOptions& options, std::string* reason) {
+  *reason = "the picture is empty; render it again";
+  PicturePixels pixels;
+  try {
+    return DescribePixels(picture, options, &pixels) &&
+           FindKind("x" + suffix)->encode(stream, pixels, recipe, options, reason);
+  } catch (const std::bad_alloc&) {
+    *reason = "memory ran out; try a smaller picture";
+    return false;
+  }
 }
 
 bool WritePicture(const std::string& path, const Picture& picture, const Recipe& recipe,

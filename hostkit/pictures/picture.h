@@ -1,6 +1,7 @@
 // Finished pictures, and writing them to files.
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <utility>
 #include <vector>
@@ -32,6 +33,12 @@ struct PictureOptions {
 /// sRGB chunk), .exr (half, premultiplied alpha, channels R G B A, Z when there is a depth), .jpg
 /// and .jpeg (opaque, on black). Returns false with one line in `*error` that lists them.
 bool IsPictureSuffixKnown(const std::string& path, std::string* error);
+
+/// Encodes a picture as a file of the kind that `suffix` names, such as ".png", into a stream that
+/// can seek. On failure returns false with the reason and the remedy in `*reason`; what the stream
+/// holds then is of no use.
+bool EncodePicture(std::FILE* stream, const std::string& suffix, const Picture& picture,
+                   const Recipe& recipe, const PictureOptions& options, std::string* reason);
 
 /// Writes a picture: whole, under a temporary name in the same folder that then takes the final
 /// name, or not at all. On failure returns false and `*error` names the file, the reason and the
