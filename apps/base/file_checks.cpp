@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 
@@ -13,6 +14,8 @@ namespace gl3 {
 namespace {
 
 namespace fs = std::filesystem;
+
+ScratchFolder* g_scratch = nullptr;
 
 /// The folder that the picture file grows in: that of what a link points to.
 fs::path FolderOf(const std::string& path) {
@@ -51,6 +54,27 @@ Outcome CheckInput(const std::string& path) {
 bool IsThere(const std::string& path) {
   std::error_code error;
   return fs::is_regular_file(path, error) && fs::file_size(path, error) > 0;
+}
+
+ScratchFolder::ScratchFolder() : m_maker(getpid()) {
+  const char* folder = std::getenv("TMPDIR");
+  m_path = std::string(folder && *folder ? folder : "/tmp") + "/gl3-XXXXXX";
+  if (!mkdtemp(m_path.data())) m_path.clear();
+  g_scratch = this;
+}
+
+ScratchFolder::~ScratchFolder() {
+  Remove();
+  g_scratch = nullptr;
+}
+
+void ScratchFolder::Remove() {
+  std::error_code error;
+  if (getpid() == m_maker && !m_path.empty()) fs::remove_all(m_path, error);
+}
+
+void ScratchFolder::RemoveBeforeEnd() {
+  if (g_scratch) g_scratch->Remove();
 }
 
 void RemoveUnfinished(const std::string& path, pid_t writer) {

@@ -7,6 +7,7 @@
 
 #include "apps/base/text.h"
 #include "apps/options/option_readers.h"
+#include "apps/options/output_checks.h"
 
 namespace gl3 {
 namespace {
@@ -39,6 +40,16 @@ the renderer draws them.
 Without --camera, --eye or --view the whole model is shown from a three-quarter
 view. A camera of the file is used only when it is named.
 
+Several models: -o holds %n (or {name}) for a model's name without folder and suffix.
+They are drawn one after another with one start of OpenGL. One that fails is told,
+and the rest is done; the exit status is that of the first failure.
+
+Movies: -o turn.mp4, .webm or .gif with --turntable or --frames is made by ffmpeg, which
+must be installed, and appears whole or not at all.
+
+Standard streams: the model - comes from standard input; with -o - pictures go to
+standard output, those of a sequence one after another, and --json needs a file.
+
 Sequences: -o holds #### or %04d for the frame's number and {camera} or %c for the
 camera's name (%% for a percent sign). The model is loaded once. Pictures appear
 whole or not at all, so a run that was ended goes on with --skip-existing; it asks
@@ -55,7 +66,8 @@ Examples:
   gl3 render chair.glb -o chair.png
   gl3 render scene.dae -o shot.exr -s 1920x1080 --camera Camera01
   gl3 render part.stl -o icon.png -s 256x256 --no-background --view iso --parallel
-  gl3 render room.obj lamp.glb -o room.jpg --eye 0,1.7,4 --target 0,1,0 --fov 60
+  gl3 render room.obj lamp.glb --merge -o room.jpg --eye 0,1.7,4 --target 0,1,0
+  gl3 render parts/*.stl -o 'thumbs/%n.png' -s 256x256
   gl3 render part.stl -o part.png --up-axis +Z --view front
   gl3 render part.stl -o drawing.png --mode lines --crease 20 --background white
   gl3 render house.glb -o plan.png --grid --text "South side,20,20" --overlay logo.png
@@ -63,6 +75,8 @@ Examples:
   gl3 render chair.glb -o turn_####.png --turntable 240 -s 640x360
   gl3 render robot.glb -o %c_%04d.exr --camera all --frames 1-100 --fps 25
   gl3 render robot.glb -o shot_####.png --frames 1-1000 --chunk 2/8 --skip-existing
+  gl3 render chair.glb -o turn.mp4 --turntable 120 --fps 30
+  gl3 render - --model-format stl -o - --format ppm <part.stl | ffmpeg -i - part.jpg
   gl3 render --like shot_0007.png -o large.png -s 3840x2160)";
 
 bool ReadSize(const std::string& text, RenderOptions* options, std::string* error) {
@@ -127,6 +141,13 @@ void AddPictureOptions(const OptionParser& parser, RenderOptions* options) {
                  "The picture: .png (8 bits, straight alpha), .exr (half floats,\n"
                  "premultiplied alpha), .jpg or .jpeg; replaced when it exists",
                  &options->output);
+  parser.AddText("--format", "KIND",
+                 "Of the pictures for -o -, standard output: a suffix such as png\n"
+                 "(default) or ppm, or rgb24 or rgba, which are rows of bytes alone",
+                 &options->format);
+  AddModelFormatOption(parser, &options->modelFormat);
+  parser.AddFlag("--merge", "All models in one scene, in place of pictures of each",
+                 &options->merge);
   parser.AddText("--like", "PICTURE",
                  "Repeat the recipe in this picture; models and options that are\n"
                  "given as well come in place of the recipe's",
@@ -193,7 +214,10 @@ void AddCameraOptions(const OptionParser& parser, RenderOptions* options) {
 
 void AddRenderOptions(const OptionParser& parser, RenderOptions* options) {
   parser.SetFooter(kRenderFooter);
-  parser.AddWords("MODEL", "...", "Model files, merged into one scene", &options->models);
+  parser.AddWords("MODEL", "...",
+                  "Model files: each drawn by itself, with %n in -o for its name, or\n"
+                  "all in one scene with --merge",
+                  &options->models);
   AddPictureOptions(parser, options);
   AddCameraOptions(parser, options);
   AddSequenceOptions(parser, &options->sequence);
@@ -230,9 +254,7 @@ Outcome CheckRenderOptions(const RenderOptions& options) {
   if (outcome.status != kDone) return outcome;
   outcome = CheckDrawingOptions(options.drawing);
   if (outcome.status != kDone) return outcome;
-  outcome = CheckSequence(options.sequence, options.cameras, options.output);
-  if (outcome.status != kDone || options.drawing.depth.empty()) return outcome;
-  return CheckSequence(options.sequence, options.cameras, options.drawing.depth, "--depth");
+  return CheckOutputs(options);
 }
 
 }  // namespace gl3
