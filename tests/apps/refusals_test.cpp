@@ -64,6 +64,8 @@ TEST_F(Refusals, OfOutputThatCannotBeWritten) {
   for (const char* output : {"folder.png", "ok.obj/ok.png", "missing/ok.png"}) {
     ExpectRefused({"render", "ok.obj", "-o", output}, 5, {output, "; "});
   }
+  ExpectRefused("render ok.obj -o /proc/ok.png", 5, {"/proc/ok.png", "no files can be made"});
+  ExpectRefused("render /proc/cpuinfo -o ok.png", 3, {"/proc/cpuinfo", "kernel"});
   ExpectRefused(m_render + "--depth missing/z.exr", 5, {"missing/z.exr", "; "});
   ExpectRefused("render ok.obj -o no/x##.png --turntable 2", 5, {"no/x01.png"});
   // As a disk does that fills up in mid-write: the check before the work cannot see it.
