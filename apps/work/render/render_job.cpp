@@ -12,6 +12,7 @@
 #include "apps/work/common/confine_work.h"
 #include "apps/work/common/driver_session.h"
 #include "apps/work/common/font_check.h"
+#include "apps/work/common/picture_reader.h"
 #include "apps/work/common/stopwatch.h"
 #include "apps/work/render/effect_stage.h"
 #include "apps/work/render/frame_setup.h"
@@ -43,6 +44,7 @@ class RenderRun {
 
  private:
   void StartImport();
+  Outcome StartReader();
   Outcome Confine() const;
   Outcome StartDriver();
   Outcome LoadFrameSettings();
@@ -67,6 +69,7 @@ class RenderRun {
   RecipeBase m_recipe;
   RenderReport m_report;
   std::unique_ptr<hostkit::ImportProcess> m_import;
+  std::unique_ptr<PictureReader> m_reader;
   std::unique_ptr<DriverSession> m_session;
   std::unique_ptr<hostkit::Scene> m_scene;
   std::unique_ptr<hostkit::ScenePoser> m_poser;  // of that scene
@@ -113,6 +116,14 @@ void RenderRun::StartImport() {
   m_import = std::make_unique<hostkit::ImportProcess>(m_options.models, limits, m_options.scene);
 }
 
+/// Of overlays, if there are any.
+Outcome RenderRun::StartReader() {
+  Outcome outcome;
+  if (m_options.drawing.overlays.empty()) return outcome;
+  m_reader = PictureReader::Start(m_options.run.confined, &outcome);
+  return outcome;
+}
+
 Outcome RenderRun::Confine() const {
   WorkFiles files = {m_options.models, {m_options.output, m_options.drawing.depth}};
   for (const OverlayOption& overlay : m_options.drawing.overlays) {
@@ -125,7 +136,8 @@ Outcome RenderRun::LoadFrameSettings() {
   if (!m_options.drawing.overlays.empty()) {
     m_line.Enter(Phase::kImport, m_options.drawing.overlays.front().path);
   }
-  Outcome outcome = MakeFrameSettings(m_options, &m_settings);
+  Outcome outcome = MakeFrameSettings(m_options, &m_settings, m_reader.get());
+  m_reader.reset();  // it is needed no more
   if (outcome.status != kDone) return outcome;
   if (!m_settings.texts.empty()) {
     // The renderer draws on without a font, and tells it where nobody hears.
@@ -232,7 +244,7 @@ Outcome RenderRun::WriteDepth(const Shot& shot, const hostkit::Picture& picture,
                               const hostkit::Recipe& recipe) {
   m_line.Enter(Phase::kWrite, shot.depth);
   hostkit::PictureOptions depthAlone;
-  depthAlone.colors = false;
+  depthAlone.colors = depthAlone.passes = false;
   std::string error;
   if (hostkit::WritePicture(shot.depth, picture, recipe, depthAlone, &error)) return {};
   return {kUnwritableOutput, error};
@@ -242,16 +254,19 @@ Outcome RenderRun::Write(const Shot& shot, const hostkit::SceneCamera& camera,
                          const hostkit::Picture& picture) {
   m_line.Enter(Phase::kWrite, shot.output);
   const Stopwatch watch;
-  const hostkit::Recipe recipe =
+  hostkit::Recipe recipe =
       MakeRecipe(m_recipe, m_options, shot, DescribeCamera(camera, m_scene->origin));
+  AddIdNames(m_options, *m_scene, &recipe);
   std::string error;
   hostkit::PictureOptions pictureOptions;
-  pictureOptions.jpegQuality = m_options.jpegQuality;
-  pictureOptions.depth = shot.depth == shot.output;
+  pictureOptions.quality = m_options.jpegQuality;
+  pictureOptions.exrEncoding = m_options.exrEncoding;
+  const bool isDepthInside = shot.depth == shot.output;
+  pictureOptions.depth = isDepthInside || m_options.passes.z;
   if (!hostkit::WritePicture(shot.output, picture, recipe, pictureOptions, &error)) {
     return {kUnwritableOutput, error};
   }
-  if (!shot.depth.empty() && !pictureOptions.depth) {
+  if (!shot.depth.empty() && !isDepthInside) {
     Outcome outcome = WriteDepth(shot, picture, recipe);
     if (outcome.status != kDone) return outcome;
   }
@@ -303,7 +318,8 @@ Outcome RenderRun::Run(std::string* result) {
     m_line.Note(m_options.output + ": all of it is there");
   } else {
     StartImport();  // before this process may start no other
-    outcome = Confine();
+    outcome = StartReader();
+    if (outcome.status == kDone) outcome = Confine();
     // Without a driver, nobody waits for the import of a large model.
     if (outcome.status == kDone) outcome = StartDriver();
     if (outcome.status == kDone) outcome = LoadFrameSettings();
