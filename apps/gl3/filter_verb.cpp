@@ -14,7 +14,8 @@ namespace {
 int RunFilter(const FilterOptions& options, const std::string& command) {
   SetVerbosity(options.run.verbosity);
   std::vector<std::string> outputs;
-  Outcome outcome = NameOutputs(options, &outputs);
+  Outcome outcome = CheckFilterOptions(options);
+  if (outcome.status == kDone) outcome = NameOutputs(options, &outputs);
   const WorkTable* work = outcome.status == kDone ? LoadWork(&outcome) : nullptr;
   for (const std::string& output : outputs) {
     if (outcome.status == kDone) outcome = work->checkOutput(output);
