@@ -17,6 +17,7 @@ int RunFilter(const OptionParser& given, const FilterOptions& options, const std
   SetVerbosity(options.run.verbosity);
   std::vector<std::string> outputs;
   Outcome outcome = CheckGivenOnce(given, "--output");
+  if (outcome.status == kDone) outcome = CheckFilterOptions(options);
   if (outcome.status == kDone) outcome = NameOutputs(options, &outputs);
   const WorkTable* work = outcome.status == kDone ? LoadWork(&outcome) : nullptr;
   for (const std::string& output : outputs) {

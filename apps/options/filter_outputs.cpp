@@ -2,7 +2,6 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -13,19 +12,12 @@
 #include "apps/base/text.h"
 #include "apps/options/filter_options.h"
 #include "apps/options/output_pattern.h"
+#include "hostkit/pictures/picture_formats.h"
 
 namespace gl3 {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr const char* kWritable[] = {".png", ".exr", ".jpg", ".jpeg"};
-
-bool IsWritable(const fs::path& path) {
-  std::string suffix = path.extension().string();
-  for (char& c : suffix) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return std::find(std::begin(kWritable), std::end(kWritable), suffix) != std::end(kWritable);
-}
 
 bool IsFolder(const std::string& output) {
   std::error_code error;
@@ -35,7 +27,9 @@ bool IsFolder(const std::string& output) {
 /// In a folder a picture keeps its name, and its suffix where pictures can be written so.
 std::string NameInFolder(const std::string& folder, const fs::path& input) {
   const fs::path name = input.filename();
-  return (fs::path(folder) / (IsWritable(name) ? name : fs::path(name).replace_extension(".png")))
+  return (fs::path(folder) / (hostkit::FindWrittenFormat(name.string())
+                                  ? name
+                                  : fs::path(name).replace_extension(".png")))
       .string();
 }
 

@@ -14,6 +14,7 @@
 #include "apps/options/recipe_option.h"
 #include "apps/options/run_options.h"
 #include "apps/options/sequence_options.h"
+#include "hostkit/pictures/picture.h"
 #include "hostkit/scene/up_axis.h"
 
 namespace gl3 {
@@ -26,6 +27,12 @@ struct PictureStream {
   int descriptor = -1;  ///< -1: there is none, and pictures become files.
   std::string kind;     ///< Of the pictures, as a suffix with its dot.
   std::string name;     ///< For messages.
+};
+
+/// What joins the colours in an OpenEXR file.
+struct RenderPasses {
+  bool z = false, normal = false, object = false, material = false;
+  bool Any() const { return z || normal || object || material; }
 };
 
 struct RenderOptions {
@@ -41,7 +48,9 @@ struct RenderOptions {
 
   int width = 1280, height = 720;
   int samplesPerSide = 2;
-  int jpegQuality = 92;
+  int jpegQuality = 92;  ///< Of WebP, too.
+  hostkit::ExrEncoding exrEncoding = hostkit::ExrEncoding::kLinear;
+  RenderPasses passes;                          ///< That join the colours; needs an .exr.
   float background[3] = {0.16f, 0.17f, 0.19f};  ///< Display-referred, 0 to 1.
   bool transparentBackground = false;
   DrawingOptions drawing;

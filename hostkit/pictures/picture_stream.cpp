@@ -100,15 +100,17 @@ bool StreamPicture(const StreamTarget& target, const Picture& picture, const Rec
     *error = fmt::format("{}: cannot be written: {}", target.name, reason);
     return false;
   };
-  std::string reason = "the picture is empty; render it again";
   if (const RawKind* raw = FindRaw(target.kind)) {
     PicturePixels pixels;
-    if (!DescribePixels(picture, options, &pixels)) return fail(reason);
+    if (!DescribePixels(picture, options, &pixels)) {
+      return fail("the picture is empty; render it again");
+    }
     return WriteRawRows(*raw, pixels, target.descriptor) || fail(StreamErrorText(errno));
   }
   const File file = MemoryFile();
   if (!file) return fail(StreamErrorText(errno));
-  if (!EncodePicture(file.get(), "." + target.kind, picture, recipe, options, &reason)) {
+  std::string reason;
+  if (!EncodePicture(file.get(), "x." + target.kind, picture, recipe, options, &reason)) {
     return fail(reason);
   }
   return CopyAll(file.get(), target.descriptor) || fail(StreamErrorText(errno));

@@ -122,7 +122,7 @@ Outcome ModelRender::WriteDepth(const Shot& shot, const hostkit::Picture& pictur
                                 const hostkit::Recipe& recipe) {
   m_line.Enter(Phase::kWrite, shot.depth);
   hostkit::PictureOptions depthAlone;
-  depthAlone.colors = false;
+  depthAlone.colors = depthAlone.passes = false;
   std::string error;
   if (hostkit::WritePicture(shot.depth, picture, recipe, depthAlone, &error)) return {};
   return {kUnwritableOutput, error};
@@ -132,12 +132,15 @@ Outcome ModelRender::Write(const Shot& shot, const hostkit::SceneCamera& camera,
                            const hostkit::Picture& picture) {
   m_line.Enter(Phase::kWrite, shot.output);
   const Stopwatch watch;
-  const hostkit::Recipe recipe =
+  hostkit::Recipe recipe =
       MakeRecipe(m_recipe, m_options, shot, DescribeCamera(camera, m_scene->origin));
+  AddIdNames(m_options, *m_scene, &recipe);
   std::string error;
   hostkit::PictureOptions pictureOptions;
-  pictureOptions.jpegQuality = m_options.jpegQuality;
-  pictureOptions.depth = shot.depth == shot.output;
+  pictureOptions.quality = m_options.jpegQuality;
+  pictureOptions.exrEncoding = m_options.exrEncoding;
+  const bool isDepthInside = shot.depth == shot.output;
+  pictureOptions.depth = isDepthInside || m_options.passes.z;
   const PictureStream& stream = m_options.stream;
   const bool isWritten =
       stream.descriptor >= 0
@@ -145,7 +148,7 @@ Outcome ModelRender::Write(const Shot& shot, const hostkit::SceneCamera& camera,
                                    pictureOptions, &error)
           : hostkit::WritePicture(shot.output, picture, recipe, pictureOptions, &error);
   if (!isWritten) return {kUnwritableOutput, error};
-  if (!shot.depth.empty() && !pictureOptions.depth) {
+  if (!shot.depth.empty() && !isDepthInside) {
     Outcome outcome = WriteDepth(shot, picture, recipe);
     if (outcome.status != kDone) return outcome;
   }

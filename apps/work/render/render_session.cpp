@@ -51,7 +51,12 @@ hostkit::ImportLimits LimitsOfImports(const RenderOptions& options) {
   return limits;
 }
 
-Outcome ConfineRender(const RenderOptions& options) {
+Outcome ConfineRender(const RenderOptions& options, RenderSession* session) {
+  Outcome outcome;
+  if (!options.drawing.overlays.empty()) {
+    session->reader = PictureReader::Start(options.run.confined, &outcome);
+  }
+  if (outcome.status != kDone) return outcome;
   const bool isStreamed = options.stream.descriptor >= 0;  // which is open
   WorkFiles files = {options.models, {isStreamed ? "" : options.output, options.drawing.depth}};
   for (const OverlayOption& overlay : options.drawing.overlays) {
@@ -66,7 +71,8 @@ Outcome StartSession(const RenderOptions& options, ParentLine& line, RenderSessi
   if (!options.drawing.overlays.empty()) {
     line.Enter(Phase::kImport, options.drawing.overlays.front().path);
   }
-  outcome = MakeFrameSettings(options, &session->settings);
+  outcome = MakeFrameSettings(options, &session->settings, session->reader.get());
+  session->reader.reset();  // it is needed no more
   if (outcome.status != kDone || session->settings.texts.empty()) return outcome;
   // The renderer draws on without a font, and tells it where nobody hears.
   const std::string problem = FontProblem();
