@@ -88,4 +88,17 @@ void LayPixelsOver(const HBitmapBuffer& layer, int x, int y, HBitmapBuffer* pixe
   }
 }
 
+void PutPixelsBehind(const HBitmapBuffer& backdrop, HBitmapBuffer* pixels) {
+  for (int y = 0; y < pixels->Height(); ++y) {
+    for (int x = 0; x < pixels->Width(); ++x) {
+      auto* to = const_cast<std::uint16_t*>(PixelAt(*pixels, x, y));
+      const Floats over = ToFloats(Load(to));
+      if (over[3] == 1) continue;
+      const HalfPixel mixed =
+          ToHalves(over + ToFloats(Load(PixelAt(backdrop, x, y))) * (1 - over[3]));
+      std::memcpy(to, &mixed, sizeof mixed);
+    }
+  }
+}
+
 }  // namespace hostkit

@@ -60,10 +60,23 @@ class Instances {
         m_deformations(deformations) {}
 
   void AddAll() {
-    for (const int node : m_tree.order) AddNode(node);
+    m_names.resize(m_tree.parents.size(), -1);
+    for (const int node : m_tree.order) {
+      AddName(node);
+      AddNode(node);
+    }
   }
 
  private:
+  void AddName(int node) {
+    std::vector<SceneNodeName>& names = m_document.Source().scene.nodeNames;
+    const auto at = static_cast<std::size_t>(node);
+    const int parent = m_tree.parents[at];
+    m_names[at] = static_cast<int>(names.size());
+    names.push_back({TextOf(m_document.Item("nodes", node), "name"),
+                     parent < 0 ? -1 : m_names[static_cast<std::size_t>(parent)]});
+  }
+
   void AddNode(int node) {
     const Json& json = m_document.Item("nodes", node);
     const int mesh = IndexOf(json, "mesh");
@@ -76,7 +89,8 @@ class Instances {
         for (const M44f& copy : copies) Add(node, shared, copy);
       } else if (IsSkinned(deformed)) {
         // Its joints place it, whatever its own node says.
-        m_document.Source().scene.instances.push_back({deformed, M44f()});
+        m_document.Source().scene.instances.push_back(
+            {deformed, M44f(), m_names[static_cast<std::size_t>(node)]});
         m_document.Source().places.instances.emplace_back();
       } else {
         Add(node, deformed, M44f());
@@ -106,7 +120,7 @@ class Instances {
       scene.motion.instances.push_back(
           {static_cast<int>(scene.instances.size()), hook, copy * toNode});
     }
-    scene.instances.push_back({mesh, toWorld});
+    scene.instances.push_back({mesh, toWorld, m_names[static_cast<std::size_t>(node)]});
     m_document.Source().places.instances.push_back(exact);
   }
 
@@ -116,6 +130,7 @@ class Instances {
   const NodeTree& m_tree;
   const NodeHooks& m_hooks;
   Deformations& m_deformations;
+  std::vector<int> m_names;  // by node: index into Scene::nodeNames
 };
 
 /// What the file says of itself; its unit is the metre.

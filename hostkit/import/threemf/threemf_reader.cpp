@@ -29,7 +29,8 @@ using Imath::M44f;
 using Imath::V3d;
 
 constexpr std::size_t kMostInstances = 100'000;
-constexpr int kDeepest = 64;  // components of components
+constexpr int kDeepest = 64;               // components of components
+constexpr std::size_t kLongestName = 256;  // bytes; each placement has it
 
 class Assembly {
  public:
@@ -54,6 +55,7 @@ class Assembly {
     ThreeMfId object;
     M44d toWorld;
     int depth;
+    int above;  ///< Name of what it is a component of; -1: none.
   };
   struct Mesh {
     int index;
@@ -69,7 +71,7 @@ class Assembly {
 
   /// Places an object with all that it is composed of.
   void Place(const ThreeMfUse& item) {
-    std::vector<Step> pending{{item.object, item.place, 0}};
+    std::vector<Step> pending{{item.object, item.place, 0, -1}};
     while (!pending.empty()) {
       const Step step = std::move(pending.back());
       pending.pop_back();
@@ -85,7 +87,10 @@ class Assembly {
         continue;
       }
       const ThreeMfObject& object = found->second;
-      AddInstance(MeshOf(step.object, object), step.toWorld);
+      std::vector<SceneNodeName>& names = m_source.scene.nodeNames;
+      const int name = static_cast<int>(names.size());
+      names.push_back({object.name.substr(0, kLongestName), step.above});
+      AddInstance(MeshOf(step.object, object), step.toWorld, name);
       // Before they wait: objects may have many components that are objects with many.
       if (pending.size() + object.components.size() > kMostInstances) {
         m_unplaced += object.components.size();
@@ -93,15 +98,15 @@ class Assembly {
       }
       for (std::size_t i = object.components.size(); i-- > 0;) {
         const auto& use = object.components[i];
-        pending.push_back({use.object, use.place * step.toWorld, step.depth + 1});
+        pending.push_back({use.object, use.place * step.toWorld, step.depth + 1, name});
       }
     }
   }
 
-  void AddInstance(const Mesh& mesh, const M44d& toWorld) {
+  void AddInstance(const Mesh& mesh, const M44d& toWorld, int name) {
     if (mesh.index < 0) return;
     const M44d place = M44d().setTranslation(mesh.taken) * toWorld;
-    m_source.scene.instances.push_back({mesh.index, M44f(place)});
+    m_source.scene.instances.push_back({mesh.index, M44f(place), name});
     m_source.places.instances.push_back(place);
   }
 
