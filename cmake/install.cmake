@@ -8,7 +8,7 @@ set(gl3_package lib/cmake/OpenGL3Host)
 set(gl3_headers include/gl3)
 
 set(gl3_programs gl3)
-set(gl3_man_pages gl3/- gl3/filter gl3/info gl3/render gl3/settings)  # program/verb
+set(gl3_man_pages gl3/- gl3/farm gl3/filter gl3/info gl3/render gl3/settings)  # program/verb
 set(gl3_host_libraries
   gl3platform gl3services gl3pictures gl3scene gl3import gl3isolated gl3feed gl3frame gl3effects)
 set(gl3_loaded OpenGL3 gl3base gl3confine gl3options gl3work gl3fonts)

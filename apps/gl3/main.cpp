@@ -18,6 +18,7 @@ namespace {
 constexpr Verb kVerbs[] = {
     {"render", "Draw model files into a picture (PNG, EXR or JPEG)", AddRenderVerb},
     {"filter", "Put pictures through effects (blur, sharpen, edges and more)", AddFilterVerb},
+    {"farm", "Share a render or filter among many machines or processors", AddFarmVerb},
     {"info", "Tell what OpenGL is found, and whether it will do", AddInfoVerb},
     {"settings", "Show and change the renderer's settings", AddSettingsVerb},
     {"view", "Show model files in a window", AddViewVerb},

@@ -6,6 +6,7 @@
 
 #include "apps/base/messages.h"
 #include "apps/base/supervised_child.h"
+#include "apps/options/farm_options.h"
 #include "apps/options/filter_options.h"
 #include "apps/options/info_options.h"
 #include "apps/options/render_options.h"
@@ -29,6 +30,7 @@ struct WorkTable {
   Outcome (*storedRecipe)(const std::string& path, bool confined, ParentLine& line,
                           std::string* result);
   std::string (*hashFile)(const std::string& path);
+  int (*farm)(const FarmOptions& options);
 };
 
 }  // namespace gl3

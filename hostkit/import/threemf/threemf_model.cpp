@@ -5,6 +5,7 @@
 #include <pugixml.hpp>
 #include <set>
 #include <string_view>
+#include <utility>
 
 #include "hostkit/import/archive_check.h"
 #include "hostkit/import/number_text.h"
