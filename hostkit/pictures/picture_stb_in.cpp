@@ -50,6 +50,10 @@ bool ReadStbSize(const StbFile& file, std::string_view text, int* width, int* he
   if (stbi_info_from_memory(file.bytes, file.length, width, height, &channels)) return true;
   const auto [toldWidth, toldHeight] = PngSize(text);
   *reason = SizeRefusal(toldWidth, toldHeight, UINT64_MAX);
+  if (reason->empty() && text.starts_with("\x89PNG")) {
+    *reason = fmt::format("a PNG picture whose header tells {} x {} pixels; write it anew",
+                          toldWidth, toldHeight);
+  }
   if (reason->empty()) {
     *reason = fmt::format("not a {} picture; convert it to one", ReadFormatNames());
   }

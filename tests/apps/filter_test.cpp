@@ -67,6 +67,8 @@ TEST_F(Filters, AreRefusedInOneLineWithTheRemedy) {
   Write("broken.png", "\x89PNG\r\n\x1a\n and no more");
   Write("broken.exr", "\x76\x2f\x31\x01\x02");
   Write("empty.png", "");
+  Write("none.png", std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\0\0\0\0\1\x8\6\0\0\0", 29));
+  ExpectRefused("filter none.png -o b.png --effect tint", 3, {"none.png", "0 x 1 pixels"});
   for (const char* name : {"missing.png", "broken.png", "broken.exr", "empty.png", "sub"}) {
     ExpectRefused({"filter", name, "-o", "b.png", "--effect", "tint"}, 3, {name, "; "});
   }

@@ -107,7 +107,7 @@ TEST_F(Pictures, MergeSeveralModels) {
     return nlohmann::json::parse(Done("render --json -s 32x32 squares.obj " + line));
   };
   const auto first = render("-o one.png");
-  const auto second = render("cameras.gltf -o two.png --effect tint");
+  const auto second = render("cameras.gltf --merge -o two.png --effect tint");
   EXPECT_EQ(first["triangles"], 4);
   EXPECT_EQ(second["triangles"], 5);
   EXPECT_EQ(second["output"], "two.png");

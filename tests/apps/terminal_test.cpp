@@ -59,8 +59,7 @@ TEST_F(Terminals, ShowProgressInOneLineOfPlainText) {
                             .terminal = terminal.Name()};
     Gl3Process process(
         m_work, m_logs,
-        {"render", name, "missing.obj", "-o", "x.png", "-s", "32x32", isQuiet ? "-q" : "-v"},
-        setup);
+        {"render", name, "missing.obj", "--merge", "-o", "x.png", isQuiet ? "-q" : "-v"}, setup);
     process.Finish();
     EXPECT_EQ(terminal.Text(), "gl3: missing.obj: there is no such file; check the path\r\n");
 
