@@ -16,7 +16,7 @@ namespace gl3 {
 namespace {
 
 constexpr Verb kVerbs[] = {
-    {"render", "Draw model files into a picture (PNG, EXR or JPEG)", AddRenderVerb},
+    {"render", "Draw model files into a picture (PNG, EXR, JPEG, WebP, TIFF or PPM)", AddRenderVerb},
     {"filter", "Put pictures through effects (blur, sharpen, edges and more)", AddFilterVerb},
     {"info", "Tell what OpenGL is found, and whether it will do", AddInfoVerb},
     {"settings", "Show and change the renderer's settings", AddSettingsVerb},
