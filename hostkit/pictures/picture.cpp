@@ -44,7 +44,8 @@ void DescribePass(const Picture& picture, const PassBuffer& pass, PicturePixels*
   }
 }
 
-// False when the picture holds no colours of the promised kind, or not what is to be written.
+}  // namespace
+
 bool DescribePixels(const Picture& picture, const PictureOptions& options, PicturePixels* pixels) {
   if (!picture.bitmap) return false;
   HBitmapBuffer* colors = picture.bitmap->FindBuffer("ColorAlpha");
@@ -64,8 +65,6 @@ bool DescribePixels(const Picture& picture, const PictureOptions& options, Pictu
   return pixels->colors || !pixels->passes.empty();
 }
 
-}  // namespace
-
 bool IsPictureSuffixKnown(const std::string& path, std::string* error) {
   if (FindWrittenFormat(path)) return true;
   *error = fmt::format("{}: the suffix names no kind of picture that is written; use one of {}",
@@ -73,26 +72,34 @@ bool IsPictureSuffixKnown(const std::string& path, std::string* error) {
   return false;
 }
 
+bool EncodePicture(std::FILE* stream, const std::string& name, const Picture& picture,
+                   const Recipe& recipe, const PictureOptions& options, std::string* reason) {
+  const PictureFormat& format = *FindWrittenFormat(name);
+  PicturePixels pixels;
+  try {
+    if (DescribePixels(picture, options, &pixels)) {
+      return kEncoders[static_cast<std::size_t>(format.kind)](stream, pixels, recipe, options,
+                                                              reason);
+    }
+    *reason = "the picture is empty; render it again";
+  } catch (const std::bad_alloc&) {
+    *reason = "memory ran out; try a smaller picture";
+  }
+  return false;
+}
+
 bool WritePicture(const std::string& path, const Picture& picture, const Recipe& recipe,
                   const PictureOptions& options, std::string* error) {
   if (!IsPictureSuffixKnown(path, error)) return false;
-  std::string reason = "the picture is empty; render it again";
-  const PictureFormat& format = *FindWrittenFormat(path);
-  if (!options.colors && !format.keepsPasses) {
+  if (!options.colors && !FindWrittenFormat(path)->keepsPasses) {
     *error = fmt::format("{}: cannot hold distances alone; use .exr", path);
     return false;
   }
-  PicturePixels pixels;
   PictureFile file;
-  bool good = false;
-  try {
-    good = DescribePixels(picture, options, &pixels) && file.Open(path, &reason) &&
-           kEncoders[static_cast<std::size_t>(format.kind)](file.Stream(), pixels, recipe, options,
-                                                            &reason) &&
-           file.Commit(&reason);
-  } catch (const std::bad_alloc&) {
-    reason = "memory ran out; try a smaller picture";
-  }
+  std::string reason;
+  const bool good = file.Open(path, &reason) &&
+                    EncodePicture(file.Stream(), path, picture, recipe, options, &reason) &&
+                    file.Commit(&reason);
   if (!good) *error = fmt::format("{}: cannot be written: {}", path, reason);
   return good;
 }

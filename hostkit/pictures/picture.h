@@ -1,6 +1,7 @@
 // Finished pictures, and writing them to files.
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <utility>
 #include <vector>
@@ -39,6 +40,12 @@ struct PictureOptions {
 /// Whether the suffix is that of a kind that is written (see kPictureFormats). Returns false with
 /// one line in `*error` that lists them.
 bool IsPictureSuffixKnown(const std::string& path, std::string* error);
+
+/// Encodes a picture as a file of that name, whose suffix must be known, into a stream that can
+/// seek. On failure returns false with the reason and the remedy in `*reason`; what the stream
+/// holds then is of no use.
+bool EncodePicture(std::FILE* stream, const std::string& name, const Picture& picture,
+                   const Recipe& recipe, const PictureOptions& options, std::string* reason);
 
 /// Writes a picture: whole, under a temporary name in the same folder that then takes the final
 /// name, or not at all. On failure returns false and `*error` names the file, the reason and the

@@ -28,6 +28,10 @@ struct PicturePixels {
   std::vector<PassChannel> passes;  ///< For OpenEXR files.
 };
 
+/// The pixels of a picture, which must stay while they are used. False when it holds no colours of
+/// the promised kind, or not what is to be written.
+bool DescribePixels(const Picture& picture, const PictureOptions& options, PicturePixels* pixels);
+
 /// Encoders write to a stream that can seek. On failure they return false with the reason and the
 /// remedy in `*reason`; what they have written by then is of no use.
 using PictureEncoder = bool (*)(std::FILE* stream, const PicturePixels& pixels,

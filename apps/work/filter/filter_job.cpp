@@ -66,6 +66,12 @@ int FilterAll(const FilterJob& job, FilterPart part, FilterReport* report) {
 
 }  // namespace
 
+int FilterInto(const FilterJob& job, FilterReport* report, std::size_t* skipped) {
+  const FilterPart part = PicturesToDo(job);
+  *skipped = part.done;
+  return FilterAll(job, part, report);
+}
+
 int Filter(const FilterJob& job) {
   const Stopwatch watch;
   const FilterPart part = PicturesToDo(job);
