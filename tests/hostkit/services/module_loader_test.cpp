@@ -80,7 +80,10 @@ TEST(ModuleLoader, TellsWhatIsWrong) {
       {folder.Path("empty.so"), "not a shared library"},
       {cut, "cut short"},
       {other, "another machine"},
-      {"/lib/x86_64-linux-gnu/libm.so.6", "does not export DllMain"},
+      {"/lib/x86_64-linux-gnu/libm.so.6", "names no version of hosts"},
+      // Refused before the loader could miss what it needs.
+      {TEST_MODULES "/later_module.so",
+       "made for hosts of version GL3_HOST_4711, and this program is a host of GL3_HOST_1"},
       {TEST_MODULES "/mute_module.so", "does not export CreateDriver"},
       {TEST_MODULES "/needy_module.so", "ServiceThatNoHostHas(String const&, int)"}};
   for (const auto& [path, reason] : cases) {
