@@ -9,11 +9,13 @@
 
 namespace gl3 {
 
-enum class InfoKind { kSummary, kExtended, kExtensions, kCheck, kCompare };
+enum class InfoKind { kSummary, kExtended, kExtensions, kCheck, kCompare, kFormats };
 
 struct InfoOptions {
   RunOptions run;
   InfoKind kind = InfoKind::kSummary;
+  std::vector<std::string> models;  ///< In place of OpenGL these are told about.
+  std::string modelFormat;          ///< Kind of what standard input holds; empty: unknown.
   bool allDevices = false;
   std::string compareFolder;                ///< Where kCompare leaves what it drew,
   std::vector<std::string> compareDrivers;  ///< and with which; empty: all that there are.

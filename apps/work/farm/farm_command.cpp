@@ -9,6 +9,7 @@
 #include "apps/base/file_checks.h"
 #include "apps/base/supervised_child.h"
 #include "apps/base/text.h"
+#include "apps/options/movie_kinds.h"
 #include "apps/options/output_pattern.h"
 #include "apps/work/common/check_output.h"
 #include "apps/work/common/stopwatch.h"
@@ -92,6 +93,12 @@ Outcome FarmCommand::CheckRender() const {
   }
   if (m_render.sequence.chunk.count > 1) {
     return Refuse("--chunk: the farm makes the parts; leave it out");
+  }
+  if (m_render.IsEach()) {
+    return Refuse("%n: models are not shared out; give one model, or --merge");
+  }
+  if (m_render.IsStreamed() || FindMovieKind(m_render.output)) {
+    return Refuse("--output: " + m_render.output + ": pictures alone are shared; name a picture");
   }
   return CheckRenderOptions(m_render);
 }

@@ -51,17 +51,27 @@ void AddTexts(const std::vector<TextOption>& options, FrameSettings* settings) {
   }
 }
 
-Outcome AddOverlays(const std::vector<OverlayOption>& options, FrameSettings* settings) {
+Outcome LoadLayer(const std::string& path, PictureReader* reader, hostkit::BitmapPtr* bitmap) {
+  hostkit::PictureFacts facts;
+  if (reader) return reader->Read(path, hostkit::PixelKind::kBytes, bitmap, &facts);
+  std::string error;
+  *bitmap = hostkit::LoadPicture(path, &error);
+  return {*bitmap ? kDone : kUnreadableInput, error};
+}
+
+Outcome AddOverlays(const std::vector<OverlayOption>& options, PictureReader* reader,
+                    FrameSettings* settings) {
   for (const OverlayOption& option : options) {
-    std::string error;
-    hostkit::BitmapPtr bitmap = hostkit::LoadPicture(option.path, &error);
-    if (!bitmap) return {kUnreadableInput, "--overlay: " + error};
+    hostkit::BitmapPtr bitmap;
+    const Outcome outcome = LoadLayer(option.path, reader, &bitmap);
+    if (outcome.status != kDone) return {outcome.status, "--overlay: " + outcome.message};
     settings->overlays.push_back({std::move(bitmap), option.x, option.y, option.alpha});
   }
   return {};
 }
 
-Outcome SetBackground(const BackgroundOption& option, FrameSettings* settings) {
+Outcome SetBackground(const BackgroundOption& option, PictureReader* reader,
+                      FrameSettings* settings) {
   std::copy_n(option.color, 3, settings->background);
   settings->transparentBackground = option.isTransparent;
   if (option.isTransparent || (!option.isGradient && option.picture.empty())) return {};
@@ -70,9 +80,9 @@ Outcome SetBackground(const BackgroundOption& option, FrameSettings* settings) {
         hostkit::MakeGradient(settings->width, settings->height, option.color, option.bottom);
     for (int i = 0; i < 3; ++i) settings->background[i] = (option.color[i] + option.bottom[i]) / 2;
   } else {
-    std::string error;
-    const hostkit::BitmapPtr picture = hostkit::LoadPicture(option.picture, &error);
-    if (!picture) return {kUnreadableInput, "--background: " + error};
+    hostkit::BitmapPtr picture;
+    const Outcome outcome = LoadLayer(option.picture, reader, &picture);
+    if (outcome.status != kDone) return {outcome.status, "--background: " + outcome.message};
     settings->backdrop =
         hostkit::CoverWith(*picture, settings->width, settings->height, settings->background);
   }
@@ -116,14 +126,15 @@ hostkit::FrameSettings WithScaleBar(const FrameSettings& settings, const Drawing
   return annotated;
 }
 
-Outcome MakeFrameSettings(const RenderOptions& options, FrameSettings* settings) {
+Outcome MakeFrameSettings(const RenderOptions& options, FrameSettings* settings,
+                          PictureReader* reader) {
   const DrawingOptions& drawing = options.drawing;
   settings->width = options.width;
   settings->height = options.height;
   settings->mode = drawing.mode;
   const bool driverSmooths = drawing.mode == hostkit::DrawMode::kDriverWireframe;
   settings->samplesPerSide = driverSmooths ? 1 : options.samplesPerSide;
-  Outcome outcome = SetBackground(options.background, settings);
+  Outcome outcome = SetBackground(options.background, reader, settings);
   if (outcome.status != kDone) return outcome;
   settings->lights = drawing.lights;
   settings->showsAllBacks = drawing.backfaces;
@@ -135,8 +146,11 @@ Outcome MakeFrameSettings(const RenderOptions& options, FrameSettings* settings)
   settings->grid = drawing.grid;
   settings->upAxis = options.upAxis;
   settings->controlPointSize = drawing.controlPointSize;
-  settings->depth = !drawing.depth.empty();
-  outcome = AddOverlays(drawing.overlays, settings);
+  settings->depth = !drawing.depth.empty() || options.passes.z;
+  settings->normals = options.passes.normal;
+  settings->objectIds = options.passes.object;
+  settings->materialIds = options.passes.material;
+  outcome = AddOverlays(drawing.overlays, reader, settings);
   if (outcome.status == kDone) AddTexts(drawing.texts, settings);
   return outcome;
 }

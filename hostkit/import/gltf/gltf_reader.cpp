@@ -137,6 +137,20 @@ class Instances {
   std::vector<int> m_names;  // by node: index into Scene::nodeNames
 };
 
+/// What the file says of itself; its unit is the metre.
+void TakeFacts(const Document& document, SceneFacts& facts) {
+  facts.metersPerUnit = 1;
+  const Json scenes = Member(document.Root(), "scenes");
+  for (std::size_t i = 0; i < Length(scenes); ++i) {
+    facts.scenes.push_back(TextOf(scenes[i], "name"));
+  }
+  for (const auto& [member, names] : {std::pair("extensionsUsed", &facts.extensionsUsed),
+                                      {"extensionsRequired", &facts.extensionsRequired}}) {
+    const Json list = Member(document.Root(), member);
+    for (std::size_t i = 0; i < Length(list); ++i) names->push_back(list[i].Text());
+  }
+}
+
 bool Read(const ModelSource& source, std::string* error) {
   Document document(source);
   Buffers buffers(document);
@@ -145,6 +159,7 @@ bool Read(const ModelSource& source, std::string* error) {
     return false;
   }
   Scene& scene = source.scene;
+  TakeFacts(document, scene.facts);
   const MovedNodes moved = FindMoved(document);
   const NodeHooks hooks(tree, moved.places, scene.motion, source.places);
   Accessors accessors(document, buffers);

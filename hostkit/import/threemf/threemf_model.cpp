@@ -5,6 +5,7 @@
 #include <pugixml.hpp>
 #include <set>
 #include <string_view>
+#include <utility>
 
 #include "hostkit/import/archive_check.h"
 #include "hostkit/import/number_text.h"
@@ -33,6 +34,16 @@ M44d PlaceOf(std::string_view text) {
     if (!ReadNumber(&at, end, &place[i / 3][i % 3])) return {};
   }
   return place;
+}
+
+/// A unit by its name, in metres; without one it is the millimetre.
+double MetersOf(std::string_view unit) {
+  constexpr std::pair<std::string_view, double> kUnits[] = {
+      {"micron", 1e-6}, {"centimeter", 0.01}, {"inch", 0.0254}, {"foot", 0.3048}, {"meter", 1}};
+  for (const auto& [name, meters] : kUnits) {
+    if (unit == name) return meters;
+  }
+  return 0.001;
 }
 
 /// Reads the parts of a package, each once.
@@ -74,6 +85,8 @@ class Package {
     if (!Load(part, document)) return false;
     m_part = part;
     m_properties = std::make_unique<ThreeMfProperties>(m_model.pictures);
+    if (isStart)
+      m_model.metersPerUnit = MetersOf(ThreeMfAttribute(document.document_element(), "unit"));
     for (const pugi::xml_node& child : document.document_element().children()) {
       if (ThreeMfName(child.name()) == "resources") ReadResources(child);
       if (ThreeMfName(child.name()) != "build" || !isStart) continue;

@@ -42,6 +42,7 @@ struct ThreeMfModel {
   std::vector<ThreeMfPicture> pictures;
   std::vector<ThreeMfUse> items;  ///< What is built.
   std::size_t missingParts = 0;   ///< Parts that others name and that cannot be read.
+  double metersPerUnit = 0.001;   ///< Of its coordinates.
 };
 
 /// Reads a part of a package, named with or without a leading slash. False when it cannot be read,

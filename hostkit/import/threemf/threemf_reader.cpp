@@ -275,6 +275,7 @@ bool ReadThreeMf(const ModelSource& source, std::string* error) {
     return false;
   }
   source.scene.upAxis = UpAxis::kPlusZ;
+  source.scene.facts.metersPerUnit = model.metersPerUnit;
   Assembly(source, archive, model).Run();
   return true;
 }
