@@ -21,6 +21,7 @@
 #include <utility>
 #include <vector>
 
+#include "hostkit/import/amf/amf_reader.h"
 #include "hostkit/import/archive_check.h"
 #include "hostkit/import/collada_xml.h"
 #include "hostkit/import/gltf/gltf_reader.h"
@@ -207,8 +208,8 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
 
 /// The readers of single formats; other files are the import library's.
 constexpr std::pair<const char*, ReadModel> kReaders[] = {
-    {".3mf", ReadThreeMf}, {".glb", ReadGltf}, {".gltf", ReadGltf}, {".obj", ReadObj},
-    {".ply", ReadPly},     {".stl", ReadStl},  {".vrm", ReadGltf},
+    {".3mf", ReadThreeMf}, {".amf", ReadAmf}, {".glb", ReadGltf}, {".gltf", ReadGltf},
+    {".obj", ReadObj},     {".ply", ReadPly}, {".stl", ReadStl},  {".vrm", ReadGltf},
 };
 
 ReadModel ReaderOf(const std::string& path) {
