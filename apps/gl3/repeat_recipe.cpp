@@ -74,6 +74,10 @@ class RecipeOptions {
     for (const std::string& value : values) m_words.push_back(name + "=" + value);
   }
   void Drop(const std::string& name) { m_kept.erase(name); }
+  /// One without a value.
+  void AddFlag(const std::string& name) {
+    if (!IsGiven(name)) m_words.push_back(name);
+  }
 
   Words OptionWords() const;
   /// Those of the arguments without a name are the models.
@@ -219,6 +223,10 @@ Outcome RepeatRecipe(const OptionParser& given, const std::string& recipe, FileH
   DropOfOtherModes(options->drawing.mode, &kept);
   RecipeFiles files(picture, options->run.confined, hash);
   const Words models = FindModels(kept.Values(""), InputsOf(entries), &files);
+  // A picture of several models shows them in one scene, whatever its command says of that; models
+  // that come in their place are as the command line says.
+  kept.Drop("--merge");
+  if (models.size() > 1) kept.AddFlag("--merge");
   kept.Replace("--overlay", FindOverlays(kept.Values("--overlay"), &files));
   Outcome judged = files.Judge();
   if (judged.status != kDone) return judged;

@@ -99,6 +99,9 @@ struct FrameSettings {
   std::vector<TextNote> texts;                   ///< Drawn in this order, after the overlays.
   /// Also finds the distance of what is seen at each pixel's centre, for a "Depth" buffer.
   bool depth = false;
+  bool normals = false;      ///< The same for the surface's normal: "Normal".
+  bool objectIds = false;    ///< The same for the scene's instance: "ObjectId".
+  bool materialIds = false;  ///< The same for the scene's material: "MaterialId".
 };
 
 /// Black or white, whichever stands out from the background; black on a transparent one.

@@ -7,13 +7,17 @@
 #include <fmt/format.h>
 #include <strings.h>
 
+#include <algorithm>
 #include <assimp/Importer.hpp>
+#include <cctype>
+#include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <exception>
 #include <filesystem>
 #include <new>
 #include <optional>
+#include <sstream>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -72,10 +76,7 @@ std::string OneLine(std::string text) {
   return text.empty() ? "the import library gives no reason" : text;
 }
 
-SourceFormat FormatOf(const Assimp::Importer& importer) {
-  const int index = importer.GetPropertyInteger("importerIndex", -1);
-  const aiImporterDesc* info =
-      index < 0 ? nullptr : importer.GetImporterInfo(static_cast<std::size_t>(index));
+SourceFormat FormatOf(const aiImporterDesc* info) {
   if (!info) return SourceFormat::kOther;
   constexpr std::pair<const char*, SourceFormat> kKnown[] = {
       {"Collada Importer", SourceFormat::kCollada},
@@ -127,18 +128,58 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
   return nullptr;
 }
 
-/// The readers of single formats; other files are the import library's.
-constexpr std::pair<const char*, ReadModel> kReaders[] = {
-    {".3mf", ReadThreeMf}, {".glb", ReadGltf}, {".gltf", ReadGltf}, {".obj", ReadObj},
-    {".ply", ReadPly},     {".stl", ReadStl},  {".vrm", ReadGltf},
+/// A reader of a single format.
+struct FormatReader {
+  const char* suffix;
+  const char* format;
+  ReadModel read;
+};
+/// Other files are the import library's.
+constexpr FormatReader kReaders[] = {
+    {".3mf", "3MF", ReadThreeMf},
+    {".glb", "glTF 2.0, binary", ReadGltf},
+    {".gltf", "glTF 2.0", ReadGltf},
+    {".obj", "OBJ", ReadObj},
+    {".ply", "PLY", ReadPly},
+    {".stl", "STL", ReadStl},
+    {".vrm", "VRM (glTF 2.0, binary)", ReadGltf},
 };
 
-ReadModel ReaderOf(const std::string& path) {
+const FormatReader* ReaderOf(const std::string& path) {
   const std::string suffix = fs::path(path).extension().string();
-  for (const auto& [known, reader] : kReaders) {
-    if (strcasecmp(known, suffix.c_str()) == 0) return reader;
+  for (const FormatReader& reader : kReaders) {
+    if (strcasecmp(reader.suffix, suffix.c_str()) == 0) return &reader;
   }
   return nullptr;
+}
+
+/// What the library calls a format, without what it says of its own part in it.
+std::string FormatName(const aiImporterDesc& info) {
+  const std::string name = info.mName ? info.mName : "";
+  for (const char* word : {" Importer", " Reader", " importer", " reader"}) {
+    if (const std::size_t at = name.find(word); at != std::string::npos) return name.substr(0, at);
+  }
+  return name;
+}
+
+/// The library's account of the file that it has read; null without one.
+const aiImporterDesc* InfoOf(const Assimp::Importer& importer) {
+  const int index = importer.GetPropertyInteger("importerIndex", -1);
+  return index < 0 ? nullptr : importer.GetImporterInfo(static_cast<std::size_t>(index));
+}
+
+/// Metres a unit of the scene's coordinates, 0 where the file does not say. The library has turned
+/// COLLADA's into metres.
+double MetersPerUnit(const ImportContext& context) {
+  if (context.format == SourceFormat::kCollada) return 1;
+  double centimeters = 0;
+  float single = 0;
+  const aiMetadata* data = context.source->mMetaData;
+  if (!data) return 0;
+  if (!data->Get("UnitScaleFactor", centimeters) && data->Get("UnitScaleFactor", single)) {
+    centimeters = static_cast<double>(single);
+  }
+  return std::isfinite(centimeters) && centimeters > 0 ? centimeters / 100 : 0;
 }
 
 /// False, and says why, where a scene is chosen and the format has none.
@@ -158,7 +199,10 @@ bool ReadByLibrary(const ModelSource& source, std::string* error) {
   context.source = ReadSource(importer, source.files, &source.scene.warnings, error);
   if (!context.source) return false;
   context.path = source.files.ModelPath();
-  context.format = FormatOf(importer);
+  const aiImporterDesc* info = InfoOf(importer);
+  context.format = FormatOf(info);
+  source.scene.facts.format = info ? FormatName(*info) : "";
+  source.scene.facts.metersPerUnit = MetersPerUnit(context);
   context.scene = &source.scene;
   context.places = &source.places;
   std::optional<ColladaFacts> collada;
@@ -196,9 +240,10 @@ std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& opti
   PictureStore pictures(*scene, files);
   ExactPlaces places;
   const ModelSource source{files, options, *scene, pictures, places};
-  const ReadModel reader = ReaderOf(path);
-  if (reader != ReadGltf && !CheckChoice(source, error)) return nullptr;
-  bool isRead = reader && reader(source, error);
+  const FormatReader* reader = ReaderOf(path);
+  if ((!reader || reader->read != ReadGltf) && !CheckChoice(source, error)) return nullptr;
+  bool isRead = reader && reader->read(source, error);
+  if (isRead) scene->facts.format = reader->format;
   const bool isLibrarys = !isRead && error->empty();
   if (isLibrarys) isRead = ReadByLibrary(source, error);
   if (!isRead || !HasContent(*scene, path, error)) return nullptr;
@@ -210,6 +255,29 @@ std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& opti
 }
 
 }  // namespace
+
+std::vector<ModelKind> ModelKinds() {
+  std::vector<ModelKind> kinds;
+  const auto add = [&kinds](const std::string& suffix, const std::string& format) {
+    const auto isKnown = [&](const ModelKind& kind) { return kind.suffix == suffix; };
+    if (std::any_of(kinds.begin(), kinds.end(), isKnown)) return;
+    kinds.push_back({suffix, format});
+  };
+  for (const FormatReader& reader : kReaders) add(reader.suffix, reader.format);
+  const Assimp::Importer importer;
+  for (std::size_t i = 0; i < importer.GetImporterCount(); ++i) {
+    const aiImporterDesc* info = importer.GetImporterInfo(i);
+    if (!info || !info->mFileExtensions) continue;
+    std::istringstream suffixes(info->mFileExtensions);
+    for (std::string suffix; suffixes >> suffix;) {
+      for (char& c : suffix) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+      add("." + suffix.substr(suffix.find_first_not_of("*.")), FormatName(*info));
+    }
+  }
+  std::sort(kinds.begin(), kinds.end(),
+            [](const ModelKind& a, const ModelKind& b) { return a.suffix < b.suffix; });
+  return kinds;
+}
 
 std::unique_ptr<Scene> ImportModel(const std::string& path, std::string* error,
                                    const ImportOptions& options) {

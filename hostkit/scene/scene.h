@@ -103,8 +103,17 @@ struct SceneLight {
   float range = 0;         ///< World units; 0 lets the renderer derive it from the scene's size.
 };
 
+/// What a file says of itself beside what is drawn.
+struct SceneFacts {
+  std::string format;               ///< For people: "glTF 2.0", say.
+  double metersPerUnit = 0;         ///< Of the scene's coordinates; 0: the file says none.
+  std::vector<std::string> scenes;  ///< Names of those that it holds; some may be empty.
+  std::vector<std::string> extensionsUsed, extensionsRequired;  ///< As they are called in it.
+};
+
 /// Everything of a model.
 struct Scene {
+  SceneFacts facts;                      ///< Of merged scenes those of the first.
   std::vector<SceneImage> images;        ///< Pictures of materials.
   std::vector<SceneMaterial> materials;  ///< At least one when there is a mesh.
   std::vector<SceneMesh> meshes;         ///< Shapes, each of one material.

@@ -15,7 +15,7 @@ namespace {
 // Arrays begin at multiples of this, so that copying them in and out is aligned.
 constexpr std::size_t kAlignment = 16;
 // The first bytes: a mark and the number of this form of writing.
-constexpr std::uint64_t kMark = 0x35656E6563736C67;  // "glscene5"
+constexpr std::uint64_t kMark = 0x36656E6563736C67;  // "glscene6"
 
 std::size_t RoundUp(std::size_t size) {
   return (size + kAlignment - 1) / kAlignment * kAlignment;
@@ -284,7 +284,17 @@ void TransferLight(Stream& stream, Part& light) {
 }
 
 template <class Stream, class Part>
+void TransferFacts(Stream& stream, Part& facts) {
+  stream.Text(facts.format);
+  stream.Number(facts.metersPerUnit);
+  for (auto* names : {&facts.scenes, &facts.extensionsUsed, &facts.extensionsRequired}) {
+    stream.List(*names, [&](auto& name) { stream.Text(name); });
+  }
+}
+
+template <class Stream, class Part>
 void Transfer(Stream& stream, Part& scene) {
+  TransferFacts(stream, scene.facts);
   stream.List(scene.images, [&](auto& image) {
     stream.Text(image.name);
     stream.Picture(image.bitmap);

@@ -48,7 +48,7 @@ std::vector<std::string> DrawingFields(const gl3::DrawingOptions& options) {
 
 std::vector<std::string> Fields(const gl3::RenderOptions& options) {
   std::vector<std::string> fields = {
-      fmt::format("{}", fmt::join(options.models, "+")),
+      fmt::format("{}{}", fmt::join(options.models, "+"), options.merge ? " merged" : ""),
       fmt::format("-o {} like {}", options.output, options.like),
       fmt::format("{}x{}", options.width, options.height),
       fmt::format("samples {} quality {}", options.samplesPerSide, options.jpegQuality),
@@ -67,7 +67,8 @@ std::vector<std::string> Fields(const gl3::RenderOptions& options) {
                   options.sequence.skipExisting, options.sequence.chunk.number,
                   options.sequence.chunk.count),
       fmt::format("device {} module {} json {} told {}", options.run.device, options.run.module,
-                  options.run.json, static_cast<int>(options.run.verbosity)),
+                  options.run.json ? "on" + options.run.jsonFile : "off",
+                  static_cast<int>(options.run.verbosity)),
       fmt::format("limits {} s {}", options.run.limits.timeoutSeconds,
                   options.run.limits.maxMemory)};
   std::string effects;
@@ -101,8 +102,8 @@ TEST(RenderOptions, BecomeWhatTheySay) {
   const struct {
     const char *line, *options;
   } cases[] = {
-      {"a.obj b.obj -o c.png --background '#12a' --view front",
-       "a.obj+b.obj; -o c.png like ; on 0.07,0.13,0.67 false; view 0,0,1"},
+      {"a.obj b.obj --merge -o c.png --background '#12a' --view front",
+       "a.obj+b.obj merged; -o c.png like ; on 0.07,0.13,0.67 false; view 0,0,1"},
       {"-s 97x63 --like d.exr --background '#336699' --view back",
        "-o  like d.exr; 97x63; on 0.20,0.40,0.60 false; view 0,0,-1"},
       {"--size 32768X8192 --antialias 4 --quality 1 --background 0,.25,1 --view left",
@@ -143,9 +144,9 @@ TEST(RenderOptions, BecomeWhatTheySay) {
       {"--text 'one, two,3,100000,#f08' --text x,1,2 --text ,y --text a,1,b",
        "[one, two|3,100000|255,0,136,255][x|1,2|][,y||][a,1,b||]"},
       {"--device 0 --module m.so --json -q --timeout 0 --max-memory 64M",
-       "device 0 module m.so json true told 0; limits 0 s 67108864"},
-      {"--device gpu --verbose --timeout 1e6 --max-memory 1.5GiB",
-       "device gpu module  json false told 2; limits 1000000 s 1610612736"},
+       "device 0 module m.so json on told 0; limits 0 s 67108864"},
+      {"--device gpu --json=a/b.json --verbose --timeout 1e6 --max-memory 1.5GiB",
+       "device gpu module  json ona/b.json told 2; limits 1000000 s 1610612736"},
   };
   for (const auto& [line, options] : cases) {
     std::string error;
@@ -219,7 +220,6 @@ const Refusal kRefusals[] = {
     {"--overlay ", {"a,1,100001", "a,-100001,1"}, {"-100000 to 100000"}},
     {"--text ", {"''"}, {"such as"}},
     {"--text ", {"x,200000,0", "x,-2147483648,0"}, {"-100000 to 100000"}},
-    {"--device ", {"fast", "-1"}, {"cpu"}},
     {"--timeout ", {"-1", "1000001"}, {"0 (no limit) to 1000000"}},
     {"--max-memory ", {"63M", "1kk", "3x", "8388608T"}, {"64M"}},
     {"-q --verbose ", {""}, {"excludes"}}};

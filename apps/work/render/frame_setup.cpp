@@ -58,11 +58,20 @@ void AddTexts(const std::vector<TextOption>& options, FrameSettings* settings) {
   }
 }
 
-Outcome AddOverlays(const std::vector<OverlayOption>& options, FrameSettings* settings) {
+Outcome LoadOverlay(const std::string& path, PictureReader* reader, hostkit::BitmapPtr* bitmap) {
+  hostkit::PictureFacts facts;
+  if (reader) return reader->Read(path, hostkit::PixelKind::kBytes, bitmap, &facts);
+  std::string error;
+  *bitmap = hostkit::LoadPicture(path, &error);
+  return {*bitmap ? kDone : kUnreadableInput, error};
+}
+
+Outcome AddOverlays(const std::vector<OverlayOption>& options, PictureReader* reader,
+                    FrameSettings* settings) {
   for (const OverlayOption& option : options) {
-    std::string error;
-    hostkit::BitmapPtr bitmap = hostkit::LoadPicture(option.path, &error);
-    if (!bitmap) return {kUnreadableInput, "--overlay: " + error};
+    hostkit::BitmapPtr bitmap;
+    const Outcome outcome = LoadOverlay(option.path, reader, &bitmap);
+    if (outcome.status != kDone) return {outcome.status, "--overlay: " + outcome.message};
     settings->overlays.push_back({std::move(bitmap), option.x, option.y, option.alpha});
   }
   return {};
@@ -93,7 +102,8 @@ void ApplyDriverSettings(const RenderOptions& options) {
   hostkit::OverrideRegistryValue("OpenGL3", "Antialias", options.samplesPerSide > 1);
 }
 
-Outcome MakeFrameSettings(const RenderOptions& options, FrameSettings* settings) {
+Outcome MakeFrameSettings(const RenderOptions& options, FrameSettings* settings,
+                          PictureReader* reader) {
   const DrawingOptions& drawing = options.drawing;
   settings->width = options.width;
   settings->height = options.height;
@@ -112,9 +122,12 @@ Outcome MakeFrameSettings(const RenderOptions& options, FrameSettings* settings)
   settings->grid = drawing.grid;
   settings->upAxis = options.upAxis;
   settings->controlPointSize = drawing.controlPointSize;
-  settings->depth = !drawing.depth.empty();
+  settings->depth = !drawing.depth.empty() || options.passes.z;
+  settings->normals = options.passes.normal;
+  settings->objectIds = options.passes.object;
+  settings->materialIds = options.passes.material;
   AddTexts(drawing.texts, settings);
-  return AddOverlays(drawing.overlays, settings);
+  return AddOverlays(drawing.overlays, reader, settings);
 }
 
 }  // namespace gl3

@@ -3,6 +3,7 @@
 
 #include "apps/base/messages.h"
 #include "apps/options/render_options.h"
+#include "apps/work/common/picture_reader.h"
 #include "hostkit/frame/frame_renderer.h"
 
 namespace gl3 {
@@ -11,8 +12,9 @@ namespace gl3 {
 /// before the driver is made, which reads them then. Opens the display.
 void ApplyDriverSettings(const RenderOptions& options);
 
-/// Fills `*settings`, also with the overlays' pictures, which it reads. kUnreadableInput with a
-/// message when one cannot be read.
-Outcome MakeFrameSettings(const RenderOptions& options, hostkit::FrameSettings* settings);
+/// Fills `*settings`, also with the overlays' pictures, which `reader` reads, or this process
+/// where it is null. kUnreadableInput with a message when one cannot be read.
+Outcome MakeFrameSettings(const RenderOptions& options, hostkit::FrameSettings* settings,
+                          PictureReader* reader = nullptr);
 
 }  // namespace gl3

@@ -118,6 +118,22 @@ class Instances {
   Deformations& m_deformations;
 };
 
+/// What the file says of itself; its unit is the metre.
+void TakeFacts(const Document& document, SceneFacts& facts) {
+  facts.metersPerUnit = 1;
+  const Json& scenes = Member(document.Root(), "scenes");
+  for (std::size_t i = 0; i < Length(scenes); ++i) {
+    facts.scenes.push_back(TextOf(scenes[i], "name"));
+  }
+  for (const auto& [member, names] : {std::pair("extensionsUsed", &facts.extensionsUsed),
+                                      {"extensionsRequired", &facts.extensionsRequired}}) {
+    const Json& list = Member(document.Root(), member);
+    for (std::size_t i = 0; i < Length(list); ++i) {
+      if (list[i].is_string()) names->push_back(list[i].get<std::string>());
+    }
+  }
+}
+
 bool Read(const ModelSource& source, std::string* error) {
   Document document(source);
   Buffers buffers(document);
@@ -126,6 +142,7 @@ bool Read(const ModelSource& source, std::string* error) {
     return false;
   }
   Scene& scene = source.scene;
+  TakeFacts(document, scene.facts);
   const MovedNodes moved = FindMoved(document);
   const NodeHooks hooks(tree, moved.places, scene.motion, source.places);
   Accessors accessors(document, buffers);

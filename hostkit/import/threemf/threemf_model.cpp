@@ -75,6 +75,16 @@ M44d PlaceOf(std::string_view text) {
   return place;
 }
 
+/// A unit by its name, in metres; without one it is the millimetre.
+double MetersOf(std::string_view unit) {
+  constexpr std::pair<std::string_view, double> kUnits[] = {
+      {"micron", 1e-6}, {"centimeter", 0.01}, {"inch", 0.0254}, {"foot", 0.3048}, {"meter", 1}};
+  for (const auto& [name, meters] : kUnits) {
+    if (unit == name) return meters;
+  }
+  return 0.001;
+}
+
 /// Reads the parts of a package, each once.
 class Package {
  public:
@@ -116,6 +126,7 @@ class Package {
     m_part = part;
     m_colors.clear();
     m_pictures.clear();
+    if (isStart) m_model.metersPerUnit = MetersOf(Attribute(document.document_element(), "unit"));
     for (const pugi::xml_node& child : document.document_element().children()) {
       if (LocalName(child.name()) == "resources") ReadResources(child);
       if (LocalName(child.name()) != "build" || !isStart) continue;

@@ -43,6 +43,7 @@ struct ThreeMfModel {
   std::vector<ThreeMfUse> items;  ///< What is built.
   std::size_t pictures = 0;       ///< Triangles with pictures on them, which are not read.
   std::size_t missingParts = 0;   ///< Parts that others name and that cannot be read.
+  double metersPerUnit = 0.001;   ///< Of its coordinates.
 };
 
 /// Reads the model of a package, in millimetres or whatever its unit is. False with what is wrong,

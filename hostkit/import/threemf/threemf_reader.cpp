@@ -180,6 +180,7 @@ bool ReadThreeMf(const ModelSource& source, std::string* error) {
     return false;
   }
   source.scene.upAxis = UpAxis::kPlusZ;
+  source.scene.facts.metersPerUnit = model.metersPerUnit;
   Assembly(source, model).Run();
   return true;
 }

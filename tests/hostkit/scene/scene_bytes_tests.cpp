@@ -85,6 +85,7 @@ Scene OneOfEverything() {
   motion.lights = {{0, 0, {1, 2, 3}, {4, 5, 6}}};
   motion.warnings = {"skinned"};
   scene.warnings = {"first", "second"};
+  scene.facts = {"kind", 0.5, {"hall", ""}, {"used"}, {"needed"}};
   return scene;
 }
 
@@ -112,12 +113,13 @@ TEST(SceneBytes, BringTheWholeSceneBack) {
     const std::string before = std::exchange(bytes, Bytes(scene));
     EXPECT_NE(bytes, before) << what;
   };
-  auto& [images, materials, meshes, instances, cameras, lights, motion, warnings, origin, upAxis] =
-      scene;
+  auto& [facts, images, materials, meshes, instances, cameras, lights, motion, warnings, origin,
+         upAxis] = scene;
   AttrProperty& surface = materials[0].surface;
   for (std::string* text :
        {&images[0].name, &materials[0].name, &meshes[0].name, &cameras[0].name, &lights[0].name,
-        &motion.animations[0].name, &motion.warnings[0], &warnings[1]}) {
+        &motion.animations[0].name, &motion.warnings[0], &warnings[1], &facts.format,
+        &facts.scenes[0], &facts.extensionsUsed[0], &facts.extensionsRequired[0]}) {
     shows(std::exchange(*text, "another").c_str());
   }
   for (AnimatableValue* value :
@@ -131,6 +133,7 @@ TEST(SceneBytes, BringTheWholeSceneBack) {
     *value = -1;
     shows("a camera or light");
   }
+  facts.metersPerUnit = 2, shows("the unit");
   surface.ambientSource = 0, shows("ambient source");
   surface.specularSource = 0, shows("specular source");
   images[0].wrapU = images[0].wrapV, shows("wrap of u");
