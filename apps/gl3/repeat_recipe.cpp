@@ -12,6 +12,7 @@
 
 #include "apps/base/command_words.h"
 #include "apps/base/text.h"
+#include "apps/options/background_option.h"
 #include "apps/options/drawing_readers.h"
 
 namespace gl3 {
@@ -23,8 +24,9 @@ using Words = std::vector<std::string>;
 // outputs would overwrite files; --recipe is about whoever makes the picture; the rest has no say
 // in the pixels.
 constexpr const char* kNotRepeated[] = {
-    "--like",  "--help",    "--module",     "--output",   "--depth", "--recipe", "--skip-existing",
-    "--chunk", "--timeout", "--max-memory", "--confined", "--json",  "--quiet",  "--verbose",
+    "--like",          "--help",    "--module",  "--output",       "--depth",    "--recipe",
+    "--skip-existing", "--chunk",   "--timeout", "--max-memory",   "--confined", "--json",
+    "--quiet",         "--verbose", "--format",  "--model-format",
 };
 
 bool IsRepeated(const std::string& name) {
@@ -147,8 +149,9 @@ void TakeOnePicture(const std::map<std::string, std::string>& entries, RecipeOpt
     kept->Replace("--frames", {frame->second});
   }
   const auto camera = entries.find("gl3:camera-name");
-  const bool isChosen =
-      kept->IsGiven("--camera") || kept->IsGiven("--eye") || kept->IsGiven("--view");
+  const char* kChoices[] = {"--camera", "--eye", "--view", "--azimuth", "--elevation", "--margin"};
+  const bool isChosen = std::any_of(std::begin(kChoices), std::end(kChoices),
+                                    [&](const char* name) { return kept->IsGiven(name); });
   if (camera != entries.end() && !isChosen) kept->Replace("--camera", {camera->second});
 }
 
@@ -157,7 +160,9 @@ void DropOfOtherModes(hostkit::DrawMode mode, RecipeOptions* kept) {
   if (!kept->IsGiven("--mode")) return;
   if (!HasCreases(mode)) kept->Drop("--crease");
   if (!HasLineColor(mode)) kept->Drop("--line-color");
-  if (!HasOverlays(mode)) kept->Drop("--overlay");
+  if (HasOverlays(mode)) return;
+  kept->Drop("--overlay");
+  kept->Drop("--scale-bar");
 }
 
 std::vector<std::string> InputsOf(const std::map<std::string, std::string>& entries) {
@@ -188,6 +193,16 @@ Words FindOverlays(const Words& overlays, RecipeFiles* files) {
     found.push_back(files->Find(overlay.path, "", "--overlay") + text.substr(overlay.path.size()));
   }
   return found;
+}
+
+/// The last one counts; colours stay.
+Words FindBackground(const Words& backgrounds, RecipeFiles* files) {
+  if (backgrounds.empty()) return {};
+  BackgroundOption background;
+  std::string error;
+  ReadBackground(backgrounds.back(), &background, &error);  // as before
+  if (background.picture.empty()) return {backgrounds.back()};
+  return {files->Find(background.picture, "", "--background")};
 }
 
 }  // namespace
@@ -228,6 +243,7 @@ Outcome RepeatRecipe(const OptionParser& given, const std::string& recipe, FileH
   kept.Drop("--merge");
   if (models.size() > 1) kept.AddFlag("--merge");
   kept.Replace("--overlay", FindOverlays(kept.Values("--overlay"), &files));
+  kept.Replace("--background", FindBackground(kept.Values("--background"), &files));
   Outcome judged = files.Judge();
   if (judged.status != kDone) return judged;
   Words all = Merge(*words, kept.OptionWords(), models);

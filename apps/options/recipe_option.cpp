@@ -14,9 +14,10 @@ namespace {
 constexpr Choice<RecipeKind> kKinds[] = {
     {"full", RecipeKind::kFull}, {"names", RecipeKind::kNames}, {"none", RecipeKind::kNone}};
 
-/// Options of all verbs whose values are files. What --overlay has behind its file has no slash.
-constexpr const char* kOfFiles[] = {"--output", "--like",    "--depth",
-                                    "--module", "--overlay", "--json"};
+/// Options of all verbs whose values are files. What --overlay has behind its file has no
+/// slash, nor have the colours of --background.
+constexpr const char* kOfFiles[] = {"--output",  "--like",       "--depth", "--module",
+                                    "--overlay", "--background", "--json"};
 
 bool IsFile(const std::string& option) {
   return option.empty() ||

@@ -14,6 +14,8 @@
 namespace gl3 {
 namespace {
 
+constexpr float kDefaultFov = 40;  // degrees
+
 struct NamedView {
   const char* name;
   Imath::V3f direction;
@@ -35,8 +37,9 @@ World space is the file's: right-handed, axes and units as in the file. What is 
 is y, unless the format says otherwise or --up-axis does; it turns named views, the
 grid and the turntable, and moves nothing. Colours are display-referred (sRGB), as
 the renderer draws them.
-Without --camera, --eye or --view the whole model is shown from a three-quarter
-view. A camera of the file is used only when it is named.
+Without --camera, --eye, --view or --azimuth the whole model is shown from a
+three-quarter view; --turntable goes on from wherever the camera is. A camera of
+the file is used only when it is named.
 
 Several models: -o holds %n (or {name}) for a model's name without folder and suffix.
 They are drawn one after another with one start of OpenGL. One that fails is told,
@@ -72,6 +75,8 @@ Examples:
   gl3 render room.obj lamp.glb --merge -o room.jpg --eye 0,1.7,4 --target 0,1,0
   gl3 render parts/*.stl -o 'thumbs/%n.png' -s 256x256
   gl3 render part.stl -o part.png --up-axis +Z --view front
+  gl3 render part.stl -o part.png --azimuth 30 --elevation 20 --background white,#bcd
+  gl3 render car.glb -o cut.png --hide 'Wheel*' --section x=50% --scale-bar=m
   gl3 render part.stl -o drawing.png --mode lines --crease 20 --background white
   gl3 render house.glb -o plan.png --grid --text "South side,20,20" --overlay logo.png
   gl3 render town.glb -o town.exr --depth town.exr --fog 50,400,#a8b4c0
@@ -82,13 +87,6 @@ Examples:
   gl3 render chair.glb -o turn.mp4 --turntable 120 --fps 30
   gl3 render - --model-format stl -o - --format ppm <part.stl | ffmpeg -i - part.jpg
   gl3 render --like shot_0007.png -o large.png -s 3840x2160)";
-
-bool ReadBackground(const std::string& text, RenderOptions* options, std::string* error) {
-  options->transparentBackground = text == "transparent";
-  if (options->transparentBackground || ReadColor(text, options->background, error)) return true;
-  *error += "; or give transparent";
-  return false;
-}
 
 bool ReadView(const std::string& text, RenderOptions* options, std::string* error) {
   std::vector<std::string> names;
@@ -169,14 +167,17 @@ void AddPictureOptions(const OptionParser& parser, RenderOptions* options) {
              });
   parser.Add("--antialias", "N", "Samples a pixel, N x N, 1 to 4 (default 2; 1 draws fastest)",
              IntegerReader(1, 4, &options->samplesPerSide));
-  const Option background = parser.Add(
-      "--background", "COLOR",
-      "#rgb, #rrggbb, r,g,b in 0..1, a name such as white, or\n"
-      "transparent (default #292b30)",
-      [=](const std::string& t, std::string* e) { return ReadBackground(t, options, e); });
+  const Option background =
+      parser.Add("--background", "COLOR",
+                 "#rgb, #rrggbb, r,g,b in 0..1, a name such as white; two of them with\n"
+                 "a comma between, at the top and at the bottom of a gradient; a picture's\n"
+                 "file, which covers the frame; or transparent (default #292b30)",
+                 [=](const std::string& t, std::string* e) {
+                   return ReadBackground(t, &options->background, e);
+                 });
   parser
       .AddFlag("--no-background", "Alpha tells what the model covers (in JPEG: on black)",
-               &options->transparentBackground)
+               &options->background.isTransparent)
       .Exclude(background);
 }
 
@@ -218,6 +219,7 @@ void AddCameraOptions(const OptionParser& parser, RenderOptions* options) {
              "Vertical field of view in degrees, 0.1 to 170 (default: the\ncamera's own, else 40)",
              [=](const std::string& t, std::string* e) { return ReadFov(t, options, e); });
   parser.AddFlag("--parallel", "Parallel projection, without perspective", &options->parallel);
+  AddFramingOptions(parser, &options->framing);
 }
 
 }  // namespace
@@ -232,6 +234,7 @@ void AddRenderOptions(const OptionParser& parser, RenderOptions* options) {
   AddCameraOptions(parser, options);
   AddSequenceOptions(parser, &options->sequence);
   AddEffectOptions(parser, &options->effects);
+  AddSubjectOptions(parser, &options->subject);
   AddDrawingOptions(parser, &options->drawing);
   AddRunOptions(parser, &options->run);
 }
@@ -276,6 +279,9 @@ Outcome CheckRenderOptions(const RenderOptions& options) {
   if (outcome.status != kDone) return outcome;
   outcome = CheckDrawingOptions(options.drawing);
   if (outcome.status == kDone) outcome = CheckPasses(options);
+  if (outcome.status == kDone && !options.parallel) {
+    outcome = CheckZoom(options.framing, options.fieldOfView.value_or(kDefaultFov));
+  }
   if (outcome.status != kDone) return outcome;
   return CheckOutputs(options);
 }

@@ -8,12 +8,15 @@
 #include <vector>
 
 #include "apps/base/messages.h"
+#include "apps/options/background_option.h"
 #include "apps/options/drawing_options.h"
 #include "apps/options/effect_options.h"
+#include "apps/options/framing_options.h"
 #include "apps/options/option_parser.h"
 #include "apps/options/recipe_option.h"
 #include "apps/options/run_options.h"
 #include "apps/options/sequence_options.h"
+#include "apps/options/subject_options.h"
 #include "hostkit/pictures/picture.h"
 #include "hostkit/scene/up_axis.h"
 
@@ -25,7 +28,7 @@ inline constexpr const char* kStandardStream = "-";
 /// Where pictures go that become no files: one after another to an open descriptor.
 struct PictureStream {
   int descriptor = -1;  ///< -1: there is none, and pictures become files.
-  std::string kind;     ///< Of the pictures, as a suffix with its dot.
+  std::string kind;     ///< Of the pictures: see hostkit::StreamTarget.
   std::string name;     ///< For messages.
 };
 
@@ -50,9 +53,9 @@ struct RenderOptions {
   int samplesPerSide = 2;
   int jpegQuality = 92;  ///< Of WebP, too.
   hostkit::ExrEncoding exrEncoding = hostkit::ExrEncoding::kLinear;
-  RenderPasses passes;                          ///< That join the colours; needs an .exr.
-  float background[3] = {0.16f, 0.17f, 0.19f};  ///< Display-referred, 0 to 1.
-  bool transparentBackground = false;
+  RenderPasses passes;  ///< That join the colours; needs an .exr.
+  BackgroundOption background;
+  SubjectOptions subject;
   DrawingOptions drawing;
   EffectOptions effects;  ///< On each finished picture.
 
@@ -62,6 +65,7 @@ struct RenderOptions {
   std::optional<Imath::V3d> target;  ///< Likewise. Needs `eye`; empty: the middle of the model.
   std::optional<Imath::V3d> up;      ///< Used with `eye`; empty: that of `upAxis`.
   Imath::V3f viewFrom{0.7f, 0.45f, 1.f};  ///< From the model to the eye, when it is fitted.
+  FramingOptions framing;                 ///< Its angles come in place of `viewFrom`.
   bool isViewNamed = true;  ///< `viewFrom` is meant for y up, and turns with `upAxis`.
   std::optional<hostkit::UpAxis> upAxis;  ///< Empty: what the model's format says.
   std::optional<float> fieldOfView;       ///< Degrees, vertical; empty: the camera's own or 40.

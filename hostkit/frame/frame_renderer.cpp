@@ -63,6 +63,11 @@ Tiling ChooseTiling(const FrameSettings& settings) {
   return tiling;
 }
 
+/// Whether what the scene covers is to be found.
+bool IsMatte(const FrameSettings& settings) {
+  return settings.transparentBackground || settings.backdrop;
+}
+
 bool AreSettingsGood(const FrameSettings& settings, std::string* error) {
   if (settings.width < 1 || settings.height < 1 || settings.width > kMaxPictureSide ||
       settings.height > kMaxPictureSide) {
@@ -129,7 +134,7 @@ BitmapPtr FrameRenderer::State::RenderTiles(const FrameSettings& settings, const
     return nullptr;
   }
   int side = settings.samplesPerSide;
-  bool matte = settings.transparentBackground;
+  bool matte = IsMatte(settings);
   // Tiles in the last column and row may reach over the picture's edge; the rest is cut off.
   for (int y = 0; y < settings.height; y += tiling.height) {
     for (int x = 0; x < settings.width; x += tiling.width) {
@@ -192,11 +197,15 @@ BitmapPtr FrameRenderer::State::Render(const FrameSettings& settings, const View
   if (!surface.Ensure(tiling.width * side, tiling.height * side, error)) return nullptr;
   rendererName = platform::CurrentRenderer() + ", OpenGL " + platform::CurrentVersion();
   painter->Begin(settings, view);
-  const bool direct = side == 1 && !settings.transparentBackground &&
-                      tiling.width == settings.width && tiling.height == settings.height;
+  const bool direct = side == 1 && !IsMatte(settings) && tiling.width == settings.width &&
+                      tiling.height == settings.height;
   BitmapPtr picture =
       direct ? DrawAndRead({0, 0, settings.width, settings.height}, settings.background, error)
              : RenderTiles(settings, tiling, error);
+  if (picture && settings.backdrop) {
+    PutPixelsBehind(*settings.backdrop->FindBuffer("ColorAlpha"),
+                    picture->FindBuffer("ColorAlpha"));
+  }
   if (!picture || !layers.LayOver(settings, picture->FindBuffer("ColorAlpha"), error)) {
     return nullptr;
   }

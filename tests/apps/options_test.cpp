@@ -39,9 +39,10 @@ std::vector<std::string> DrawingFields(const gl3::DrawingOptions& options) {
     fields[8] += fmt::format("[{}|{},{}|{}]", overlay.path, overlay.x, overlay.y, overlay.alpha);
   }
   for (const gl3::TextOption& text : options.texts) {
-    fields[9] += fmt::format("[{}|{}|{}]", text.text,
+    fields[9] += fmt::format("[{}|{}|{}{}]", text.text,
                              text.place ? fmt::format("{},{}", text.place->x, text.place->y) : "",
-                             text.color ? Text(*text.color) : "");
+                             text.color ? Text(*text.color) : "",
+                             text.size > 0 ? fmt::format("|{}", text.size) : "");
   }
   return fields;
 }
@@ -52,8 +53,9 @@ std::vector<std::string> Fields(const gl3::RenderOptions& options) {
       fmt::format("-o {} like {}", options.output, options.like),
       fmt::format("{}x{}", options.width, options.height),
       fmt::format("samples {} quality {}", options.samplesPerSide, options.jpegQuality),
-      fmt::format("on {:.2f},{:.2f},{:.2f} {}", options.background[0], options.background[1],
-                  options.background[2], options.transparentBackground),
+      fmt::format("on {:.2f},{:.2f},{:.2f} {}", options.background.color[0],
+                  options.background.color[1], options.background.color[2],
+                  options.background.isTransparent),
       fmt::format("cameras {}", fmt::join(options.cameras, "+")),
       "eye " + (options.eye ? Text(*options.eye) : ""),
       "target " + (options.target ? Text(*options.target) : ""),
@@ -71,6 +73,12 @@ std::vector<std::string> Fields(const gl3::RenderOptions& options) {
                   static_cast<int>(options.run.verbosity)),
       fmt::format("limits {} s {}", options.run.limits.timeoutSeconds,
                   options.run.limits.maxMemory)};
+  if (const auto& section = options.subject.section) {
+    fields.push_back(fmt::format("section {} {} {}", Text(section->normal), section->position,
+                                 section->isShare));
+  } else {
+    fields.emplace_back();
+  }
   std::string effects;
   for (const auto& call : options.effects.calls) effects += gl3::DescribeEffect(call) + ";";
   fields.push_back(effects);
@@ -143,6 +151,11 @@ TEST(RenderOptions, BecomeWhatTheySay) {
        "[a,b.png|0,0|1][c.png|7,-100000|1][d.png|3,4|0][d.png|3,4|0.25]"},
       {"--text 'one, two,3,100000,#f08' --text x,1,2 --text ,y --text a,1,b",
        "[one, two|3,100000|255,0,136,255][x|1,2|][,y||][a,1,b||]"},
+      {"--section -z=1.5", "section 0,0,-1 -1.5 false"},
+      {"--section -x=25%", "section -1,0,0 0.75 true"},
+      {"--section 0,-3,4,2.5", "section 0,-0.6,0.8 2.5 false"},
+      {"--text x,1px2 --text 'x, y,12px' --text x,1,2,256px --text 'x,1,2,#123,4px'",
+       "[x,1px2||][x, y|||12][x|1,2||256][x|1,2|17,34,51,255|4]"},
       {"--device 0 --module m.so --json -q --timeout 0 --max-memory 64M",
        "device 0 module m.so json on told 0; limits 0 s 67108864"},
       {"--device gpu --json=a/b.json --verbose --timeout 1e6 --max-memory 1.5GiB",
@@ -198,6 +211,21 @@ const Refusal kRefusals[] = {
     {"--effect ",
      {"blur:radius=2,passes=1.5", "tint:passes=0"},
      {"passes=", "a whole number from 1 to 100"}},
+    {"--azimuth ", {"361", "nan"}, {"-360 to 360"}},
+    {"--elevation ", {"-91", "up"}, {"-90 to 90"}},
+    {"--azimuth 3 --view ", {"top"}, {"excludes"}},
+    {"--eye 1,2,3 --margin ", {"3"}, {"excludes"}},
+    {"--margin ", {"-1", "91"}, {"0 to 90"}},
+    {"--zoom ", {"0", "101"}, {"0.1 to 100"}},
+    {"--fov 1 --zoom ", {"20"}, {"--zoom: ", "0.06"}},
+    {"--hide ", {"''"}, {"Wheel*"}},
+    {"--color ", {"pink"}, {"cyan"}},
+    {"--material ", {"wood"}, {"clay"}},
+    {"--section ", {"x", "w=1", "x=101%", "0,0,0,1", "1,0,0"}, {"y=50%"}},
+    {"--section-color ", {"red"}, {"requires --section"}},
+    {"--text ", {"A,3px", "A,1,2,257px"}, {"4px to 256px"}},
+    {"--mode wireframe-gl --text ", {"A,9px"}, {"--mode wireframe"}},
+    {"--mode wireframe-gl --scale-bar=", {"mm"}, {"--mode wireframe"}},
     {"--lights ", {"sun"}, {"three-point"}},
     {"--mode ", {"solid"}, {"shaded", "wireframe-gl", "points"}},
     {"--crease ", {"30"}, {"--mode lines"}},

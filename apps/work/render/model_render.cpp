@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "apps/base/text.h"
+#include "apps/work/render/frame_setup.h"
 #include "apps/work/render/nothing_seen.h"
 #include "hostkit/pictures/picture_stream.h"
 #include "hostkit/scene/camera.h"
@@ -34,6 +35,8 @@ Outcome ModelRender::Take(ImportedModel model) {
   }
   m_scene = std::move(model.scene);
   for (const std::string& warning : m_scene->warnings) Warn(warning);
+  Outcome outcome = PrepareSubject(m_options.subject, m_scene.get());
+  if (outcome.status != kDone) return outcome;
   m_report.import = model.waited;
   m_report.triangles = m_scene->TriangleCount();
   m_line.Note(fmt::format("{} triangles in {:.1f} ms", m_report.triangles, model.taken));
@@ -79,10 +82,13 @@ Outcome ModelRender::Plan() {
 
 Outcome ModelRender::Upload() {
   m_line.Enter(Phase::kDraw, "OpenGL");
-  std::string error;
-  m_renderer = hostkit::FrameRenderer::Create(m_session.driver->Driver(), *m_scene, &error);
-  if (!m_renderer) return {kRunFailed, error};
-  m_report.upload = m_renderer->UploadMilliseconds();
+  Outcome outcome;
+  std::string warning;
+  m_subject = SubjectRenderer::Create(m_session.driver->Driver(), m_scene.get(), m_options.subject,
+                                      m_bounds, !m_animations.empty(), &outcome, &warning);
+  if (!m_subject) return outcome;
+  if (!warning.empty()) Warn(warning);
+  m_report.upload = m_subject->UploadMilliseconds();
   m_line.Note(fmt::format("upload {:.1f} ms", m_report.upload));
   return {};
 }
@@ -99,10 +105,14 @@ Outcome ModelRender::DrawShot(const Shot& shot, hostkit::SceneCamera* camera,
   }
   *camera = m_cameras->Choose(*m_scene, shot.camera, shot.frame);
   std::string error;
+  if (!m_subject->Update(&error)) return {kRunFailed, error};
+  hostkit::FrameRenderer& renderer = m_subject->Renderer();
   const hostkit::View view = hostkit::ViewFor(*camera, m_bounds);
-  *picture = m_renderer->Render(m_session.settings, view, &error);
+  const hostkit::FrameSettings settings = WithScaleBar(m_session.settings, m_options.drawing,
+                                                       *camera, m_cameras->TargetDistance(*camera));
+  *picture = renderer.Render(settings, view, &error);
   if (!picture->bitmap) return {kRunFailed, error};
-  const std::string lack = NothingSeen(*m_scene, m_session.settings, view, *picture);
+  const std::string lack = NothingSeen(m_subject->Drawn(), settings, view, *picture);
   if (!lack.empty()) Warn(shot.output + ": " + lack);
   const Stopwatch effectsWatch;
   if (!m_session.effects.Apply(m_session.driver->Driver(), m_options.effects.calls, picture,
@@ -110,9 +120,9 @@ Outcome ModelRender::DrawShot(const Shot& shot, hostkit::SceneCamera* camera,
     return {kRunFailed, error};
   }
   m_shotReport.effects = m_options.effects.calls.empty() ? 0 : effectsWatch.Milliseconds();
-  m_shotReport.draw = m_renderer->LastTimes().draw;
-  m_shotReport.readBack = m_renderer->LastTimes().readBack;
-  m_recipe.renderer = m_report.renderer = m_renderer->RendererName();
+  m_shotReport.draw = renderer.LastTimes().draw;
+  m_shotReport.readBack = renderer.LastTimes().readBack;
+  m_recipe.renderer = m_report.renderer = renderer.RendererName();
   m_line.Note(fmt::format("{}: draw {:.1f} ms, read-back {:.1f} ms", m_report.renderer,
                           m_shotReport.draw, m_shotReport.readBack));
   return {};
@@ -134,7 +144,7 @@ Outcome ModelRender::Write(const Shot& shot, const hostkit::SceneCamera& camera,
   const Stopwatch watch;
   hostkit::Recipe recipe =
       MakeRecipe(m_recipe, m_options, shot, DescribeCamera(camera, m_scene->origin));
-  AddIdNames(m_options, *m_scene, &recipe);
+  AddIdNames(m_options, m_subject->Drawn(), &recipe);
   std::string error;
   hostkit::PictureOptions pictureOptions;
   pictureOptions.quality = m_options.jpegQuality;

@@ -13,12 +13,12 @@
 #include "apps/base/supervised_child.h"
 #include "apps/options/render_options.h"
 #include "apps/work/common/stopwatch.h"
+#include "apps/work/render/drawn_subject.h"
 #include "apps/work/render/render_camera.h"
 #include "apps/work/render/render_recipe.h"
 #include "apps/work/render/render_report.h"
 #include "apps/work/render/render_sequence.h"
 #include "apps/work/render/render_session.h"
-#include "hostkit/frame/frame_renderer.h"
 #include "hostkit/isolated/import_process.h"
 #include "hostkit/pictures/picture.h"
 #include "hostkit/scene/node_animation.h"
@@ -80,7 +80,7 @@ class ModelRender {
   std::vector<Shot> m_shots;
   std::unique_ptr<CameraChooser> m_cameras;
   Imath::Box3f m_bounds;  // of the scene as it is posed
-  std::unique_ptr<hostkit::FrameRenderer> m_renderer;
+  std::unique_ptr<SubjectRenderer> m_subject;
   ShotReport m_shotReport;  // of the picture at hand
 };
 

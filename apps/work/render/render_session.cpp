@@ -53,7 +53,7 @@ hostkit::ImportLimits LimitsOfImports(const RenderOptions& options) {
 
 Outcome ConfineRender(const RenderOptions& options, RenderSession* session) {
   Outcome outcome;
-  if (!options.drawing.overlays.empty()) {
+  if (!options.drawing.overlays.empty() || !options.background.picture.empty()) {
     session->reader = PictureReader::Start(options.run.confined, &outcome);
   }
   if (outcome.status != kDone) return outcome;
@@ -62,6 +62,7 @@ Outcome ConfineRender(const RenderOptions& options, RenderSession* session) {
   for (const OverlayOption& overlay : options.drawing.overlays) {
     files.inputs.push_back(overlay.path);
   }
+  if (!options.background.picture.empty()) files.inputs.push_back(options.background.picture);
   return ConfineDrawing(files, options.run.module, options.run.confined);
 }
 
@@ -73,10 +74,11 @@ Outcome StartSession(const RenderOptions& options, ParentLine& line, RenderSessi
   }
   outcome = MakeFrameSettings(options, &session->settings, session->reader.get());
   session->reader.reset();  // it is needed no more
-  if (outcome.status != kDone || session->settings.texts.empty()) return outcome;
+  const bool hasTexts = !options.drawing.texts.empty();
+  if (outcome.status != kDone || (!hasTexts && !options.drawing.hasScaleBar)) return outcome;
   // The renderer draws on without a font, and tells it where nobody hears.
   const std::string problem = FontProblem();
-  if (!problem.empty()) Warn("--text: " + problem, line, session);
+  if (!problem.empty()) Warn((hasTexts ? "--text: " : "--scale-bar: ") + problem, line, session);
   return {};
 }
 

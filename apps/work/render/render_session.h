@@ -17,7 +17,7 @@ namespace gl3 {
 
 /// An operational driver, and what goes by the options alone.
 struct RenderSession {
-  std::unique_ptr<PictureReader> reader;  ///< Of overlays; null when there are none.
+  std::unique_ptr<PictureReader> reader;  ///< Of overlays and a background; may be null.
   std::unique_ptr<DriverSession> driver;
   hostkit::FrameSettings settings;
   EffectStage effects;
@@ -27,8 +27,8 @@ struct RenderSession {
 /// What imports for such a run may have.
 hostkit::ImportLimits LimitsOfImports(const RenderOptions& options);
 
-/// Starts what reads overlays, if there are any, and confines this process to what drawing the
-/// models takes: see ConfineDrawing. Imports are to be begun before.
+/// Starts what reads pictures to be laid over and under, if there are any, and confines this
+/// process to what drawing the models takes: see ConfineDrawing. Imports are to be begun before.
 Outcome ConfineRender(const RenderOptions& options, RenderSession* session);
 
 /// Starts OpenGL, and reads what is laid over pictures. Warnings are told, and kept in the report.
