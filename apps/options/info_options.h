@@ -1,16 +1,21 @@
 // What `gl3 info` is asked for.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "apps/options/option_parser.h"
 #include "apps/options/run_options.h"
 
 namespace gl3 {
 
-enum class InfoKind { kSummary, kExtended, kExtensions, kCheck };
+enum class InfoKind { kSummary, kExtended, kExtensions, kCheck, kFormats };
 
 struct InfoOptions {
   RunOptions run;
   InfoKind kind = InfoKind::kSummary;
+  std::vector<std::string> models;  ///< In place of OpenGL these are told about.
+  std::string modelFormat;          ///< Kind of what standard input holds; empty: unknown.
   bool allDevices = false;
 };
 

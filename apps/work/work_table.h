@@ -17,8 +17,13 @@ namespace gl3 {
 /// The library's functions; what they do stands in the headers of the folders below this one.
 struct WorkTable {
   Outcome (*checkOutput)(const std::string& path);
+  Outcome (*checkStream)(const std::string& kind);
+  Outcome (*checkReport)(const std::string& path);
+  Outcome (*writeReport)(const std::string& path, const std::string& text);
   Outcome (*render)(const RenderOptions& options, const std::string& command, ParentLine& line,
                     std::string* result);
+  int (*renderEach)(const EachJob& job);
+  int (*renderMovie)(const RenderOptions& options, const std::string& command);
   Outcome (*info)(const InfoOptions& options, std::string* result);
   Outcome (*settings)(const SettingsOptions& options, std::string* result);
   int (*filter)(const FilterJob& job);

@@ -30,10 +30,10 @@ hostkit/feed          hostkit/scene hostkit/services host platform
 hostkit/frame         hostkit/feed hostkit/scene hostkit/pictures hostkit/services host platform
 hostkit/effects       hostkit/pictures hostkit/services host platform
 apps/base
-apps/options          apps/base hostkit/feed hostkit/effects hostkit/scene
+apps/options          apps/base hostkit/feed hostkit/effects hostkit/pictures hostkit/scene
 apps/work/common      apps/base apps/options hostkit/confine hostkit/pictures hostkit/services host platform
 apps/work/settings    apps/base apps/options apps/work/common hostkit/services
-apps/work/info        apps/base apps/options apps/work/common hostkit/effects hostkit/confine hostkit/services host platform
+apps/work/info        apps/base apps/options apps/work/common hostkit/effects hostkit/confine hostkit/isolated hostkit/pictures hostkit/scene hostkit/services host platform
 apps/work/filter      apps/base apps/options apps/work/common hostkit/effects hostkit/pictures hostkit/services host platform
 apps/gl3-import       hostkit/confine hostkit/import hostkit/isolated hostkit/scene hostkit/services host platform
 apps/work/render      apps/base apps/options apps/work/common hostkit/effects hostkit/frame hostkit/feed hostkit/isolated hostkit/scene hostkit/pictures hostkit/services host platform

@@ -58,7 +58,7 @@ void AddOutput(const std::string& output, std::vector<std::string>* writable) {
   if (output.empty()) return;
   const OutputPattern pattern(output);
   std::error_code code;
-  if (pattern.HasFrame() || pattern.HasCamera()) {
+  if (pattern.HasFrame() || pattern.HasCamera() || pattern.HasName()) {
     const std::string folder = pattern.Folder();
     writable->push_back(folder.empty() ? "." : folder);
     return;

@@ -38,15 +38,14 @@ int Fail(const Outcome& outcome) {
   return outcome.status;
 }
 
-/// Beside the first picture, under a name of its own.
-std::string NewFolder(const std::string& picture) {
+/// Beside the pictures, under a name of its own.
+std::string NewFolder(const std::string& pictures) {
   const std::time_t now = std::time(nullptr);
   std::tm local = {};
   localtime_r(&now, &local);
   char stamp[32] = {};
   std::strftime(stamp, sizeof stamp, "%Y%m%d-%H%M%S", &local);
-  return (fs::path(picture).parent_path() / fmt::format("gl3-farm-{}-{}", stamp, getpid()))
-      .string();
+  return (fs::path(pictures) / fmt::format("gl3-farm-{}-{}", stamp, getpid())).string();
 }
 
 /// Names travel through JSON, scripts and logs, in which some characters mean something else.
@@ -83,17 +82,23 @@ class FarmStart {
   int DrawHere(const FarmFolder& folder, const std::vector<PictureChunk>& chunks) const;
 
   const FarmOptions& m_options;
+  std::string m_folder;
   std::unique_ptr<FarmCommand> m_command;
   FarmPlan m_plan;
 };
 
 Outcome FarmStart::Prepare() {
   Outcome outcome;
-  m_command = FarmCommand::Read(m_options.words, &outcome);
+  m_command = FarmCommand::Read(m_options.words, "", &outcome);
+  if (!m_command) return outcome;
+  const std::string wanted =
+      m_options.folder.empty() ? NewFolder(m_command->Folder()) : m_options.folder;
+  std::error_code code;
+  m_folder = fs::absolute(wanted, code).lexically_normal().string();
+  if (m_command->IsMovie()) m_command = FarmCommand::Read(m_options.words, m_folder, &outcome);
   if (!m_command) return outcome;
   outcome = m_command->Check();
   if (outcome.status != kDone) return outcome;
-  std::error_code code;
   m_plan.words = m_options.words;
   m_plan.workFolder = fs::current_path(code).string();
   m_plan.options = m_options;
@@ -126,13 +131,10 @@ Outcome FarmStart::Measure() {
 int FarmStart::Run() {
   Outcome outcome = Prepare();
   if (outcome.status != kDone) return Fail(outcome);
-  std::error_code code;
-  const std::string wanted = m_options.folder.empty()
-                                 ? NewFolder(m_plan.pictures.front().outputs.front())
-                                 : m_options.folder;
-  const FarmFolder folder(fs::absolute(wanted, code).lexically_normal().string());
+  const FarmFolder folder(m_folder);
   outcome = CheckNames(m_plan, folder.Path());
   if (outcome.status != kDone) return Fail(outcome);
+  std::error_code code;
   if (fs::exists(folder.File("plan.json"), code)) {
     return Fail({kUnwritableOutput,
                  folder.Path() + ": it has a farm already; give another --folder, or remove it"});

@@ -72,7 +72,7 @@ std::string FarmFolder::TaskFile(int round, std::size_t task) const {
 }
 
 Outcome FarmFolder::Create() const {
-  for (const char* name : {"", "nodes", "tasks", "checks", "logs"}) {
+  for (const char* name : {"", "nodes", "tasks", "checks", "logs", "frames"}) {
     std::error_code code;
     fs::create_directories(File(name), code);
     if (code) return CannotWrite(File(name), code.value());
@@ -83,7 +83,7 @@ Outcome FarmFolder::Create() const {
 void FarmFolder::RemoveStart() const {
   std::error_code code;
   for (const char* name : {"plan.json", "round-1.json", "round-1.sh", "check-1.sh", "nodes",
-                           "tasks", "checks", "logs", ""}) {
+                           "tasks", "checks", "logs", "frames", ""}) {
     fs::remove(*name ? File(name) : m_path, code);  // folders only when they are empty
   }
 }

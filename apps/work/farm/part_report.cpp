@@ -6,6 +6,18 @@
 namespace gl3 {
 namespace {
 
+/// What all reports have.
+PartReport ReadRun(const Json& json) {
+  PartReport report;
+  report.renderer = json.value("renderer", "");
+  report.peakMemory = json.value("peakMemoryBytes", std::uint64_t{0});
+  report.skipped = json.value("skipped", std::size_t{0});
+  if (json.contains("milliseconds")) {
+    report.openSeconds = json["milliseconds"].value("start", 0.0) / 1000;
+  }
+  return report;
+}
+
 constexpr int kMostOfOneName = 1000;
 
 /// The name in files of a camera that one of the pictures was drawn from; empty when it is not
@@ -33,12 +45,9 @@ void AddFrames(const Json& frames, const std::string& output, PartReport* report
 }  // namespace
 
 PartReport ReadRenderReport(const std::string& text, const std::string& output) {
-  PartReport report;
   const Json json = Json::parse(text, nullptr, false);
-  if (!json.is_object()) return report;
-  report.renderer = json.value("renderer", "");
-  report.peakMemory = json.value("peakMemoryBytes", std::uint64_t{0});
-  report.skipped = json.value("skipped", std::size_t{0});
+  if (!json.is_object()) return {};
+  PartReport report = ReadRun(json);
   if (json.contains("frames")) {
     AddFrames(json["frames"], output, &report);
     return report;
@@ -52,13 +61,25 @@ PartReport ReadRenderReport(const std::string& text, const std::string& output) 
   return report;
 }
 
-PartReport ReadFilterReport(const std::string& text) {
-  PartReport report;
+PartReport ReadEachReport(const std::string& text) {
   const Json json = Json::parse(text, nullptr, false);
-  if (!json.is_object()) return report;
-  report.renderer = json.value("renderer", "");
-  report.peakMemory = json.value("peakMemoryBytes", std::uint64_t{0});
-  report.skipped = json.value("skipped", std::size_t{0});
+  if (!json.is_object()) return {};
+  PartReport report = ReadRun(json);
+  for (const Json& run : json["runs"]) {
+    const int status = run.value("status", static_cast<int>(kRunFailed));
+    if (run.contains("milliseconds")) {
+      report.pictureSeconds += run["milliseconds"].value("total", 0.0) / 1000;
+    }
+    if (status == kDone) ++report.drawn;
+    if (report.error.empty()) report.error = run.value("error", "");
+  }
+  return report;
+}
+
+PartReport ReadFilterReport(const std::string& text) {
+  const Json json = Json::parse(text, nullptr, false);
+  if (!json.is_object()) return {};
+  PartReport report = ReadRun(json);
   for (const Json& picture : json["pictures"]) {
     report.lastPictureSeconds = 0;
     for (const char* part : {"read", "effects", "write"}) {

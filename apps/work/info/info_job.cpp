@@ -8,6 +8,7 @@
 
 #include "apps/work/info/info_checks.h"
 #include "apps/work/info/info_report.h"
+#include "apps/work/info/model_info.h"
 #include "apps/work/info/probe_child.h"
 #include "platform/platform.h"
 
@@ -133,6 +134,8 @@ Outcome TellAllDevices(const InfoOptions& options, std::string* result) {
 }  // namespace
 
 Outcome Info(const InfoOptions& options, std::string* result) {
+  if (options.kind == InfoKind::kFormats) return TellFormats(options, result);
+  if (!options.models.empty()) return TellModels(options, result);
   if (options.allDevices) return TellAllDevices(options, result);
   Json report;
   Outcome outcome;
