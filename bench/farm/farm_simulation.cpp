@@ -42,8 +42,8 @@ struct Inputs {
 
 struct Figures {
   std::size_t tasks = 0;
-  double wall = 0;                                         ///< Seconds to the last file.
-  double fileBusy = 0, schedulerBusy = 0, startShare = 0;  ///< Shares of 1.
+  double wall = 0;                         ///< Seconds to the last file.
+  double fileBusy = 0, schedulerBusy = 0;  ///< Shares of 1.
 };
 
 /// Serves one request after another.

@@ -169,9 +169,11 @@ namespace {
 void TellTroubles(const Json& report) {
   constexpr std::size_t kMost = 5;
   std::set<std::string> troubles;
-  for (const Json& node : report["nodes"]) troubles.insert(node.value("problem", ""));
-  for (const Json& task : report["tasks"]) {
-    if (report["whole"] != report["pictures"]) troubles.insert(task.value("error", ""));
+  for (const Json& node : report.value("nodes", Json::array()))
+    troubles.insert(node.value("problem", ""));
+  for (const Json& task : report.value("tasks", Json::array())) {
+    if (report.value("whole", 0) != report.value("pictures", 0))
+      troubles.insert(task.value("error", ""));
   }
   troubles.erase("");
   std::size_t count = 0;

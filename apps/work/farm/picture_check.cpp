@@ -251,7 +251,10 @@ FarmFindings CheckPictures(const FarmFolder& folder, const FarmPlan& plan) {
   for (int part = 1; part <= parts; ++part) {
     const Json checked = folder.Read(fmt::format("checks/{}-{}.json", parts, part));
     if (checked.is_object()) {
-      for (const Json& file : checked["files"]) found.push_back(file);
+      for (const Json& file : checked.value("files", Json::array())) {
+        if (file.value("picture", plan.pictures.size()) < plan.pictures.size())
+          found.push_back(file);
+      }
       continue;
     }
     for (const CheckedFile& file : FilesOfPart(plan, part, parts)) {

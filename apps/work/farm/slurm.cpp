@@ -20,6 +20,8 @@ using Words = std::vector<std::string>;
 
 constexpr std::size_t kUsualArrayTasks = 1000;
 constexpr int kNoProgram = 127;
+/// Reading and decoding a large picture.
+constexpr double kCheckSeconds = 0.25;
 
 Outcome Failed(const Words& words, const ProgramEnd& end) {
   if (end.status == kNoProgram) {
@@ -128,6 +130,8 @@ Outcome DescribeWork(const FarmFolder& folder, const FarmPlan& plan, int round,
     longest = std::max(longest, ChunkSeconds(chunk, plan.seconds));
   }
   work->limits = LimitsOfTask(plan.startSeconds + longest, plan.peakMemory);
+  work->checkMinutes =
+      LimitsOfTask(kCheckSeconds * static_cast<double>(plan.pictures.size()), 0).minutes;
   if (plan.options.minutes > 0) work->limits.minutes = plan.options.minutes;
   if (plan.options.memory > 0) work->limits.megabytes = plan.options.memory >> 20;
   return {};
