@@ -9,7 +9,7 @@
 
 namespace gl3 {
 
-enum class InfoKind { kSummary, kExtended, kExtensions, kCheck, kFormats };
+enum class InfoKind { kSummary, kExtended, kExtensions, kCheck, kCompare, kFormats };
 
 struct InfoOptions {
   RunOptions run;
@@ -17,6 +17,8 @@ struct InfoOptions {
   std::vector<std::string> models;  ///< In place of OpenGL these are told about.
   std::string modelFormat;          ///< Kind of what standard input holds; empty: unknown.
   bool allDevices = false;
+  std::string compareFolder;                ///< Where kCompare leaves what it drew,
+  std::vector<std::string> compareDrivers;  ///< and with which; empty: all that there are.
 };
 
 /// Adds the options to `parser`; parsing fills `*options`, which must live until then.

@@ -24,6 +24,7 @@
 #include "apps/work/farm/picture_check.h"
 #include "apps/work/farm/program_run.h"
 #include "apps/work/farm/slurm.h"
+#include "hostkit/services/without_controls.h"
 
 namespace gl3 {
 namespace {
@@ -58,7 +59,7 @@ Outcome CheckNames(const FarmPlan& plan, const std::string& folder) {
     names.insert(names.end(), picture.distances.begin(), picture.distances.end());
   }
   for (const std::string& name : names) {
-    const bool isPlain = WithoutControls(name, '?') == name;
+    const bool isPlain = hostkit::WithoutControls(name, '?') == name;
     if (isPlain && Json::parse(JsonLine(name), nullptr, false) == Json(name)) continue;
     return {kWrongUsage,
             ShellQuote(OneLine(name)) +

@@ -140,16 +140,14 @@ class Instances {
 /// What the file says of itself; its unit is the metre.
 void TakeFacts(const Document& document, SceneFacts& facts) {
   facts.metersPerUnit = 1;
-  const Json& scenes = Member(document.Root(), "scenes");
+  const Json scenes = Member(document.Root(), "scenes");
   for (std::size_t i = 0; i < Length(scenes); ++i) {
     facts.scenes.push_back(TextOf(scenes[i], "name"));
   }
   for (const auto& [member, names] : {std::pair("extensionsUsed", &facts.extensionsUsed),
                                       {"extensionsRequired", &facts.extensionsRequired}}) {
-    const Json& list = Member(document.Root(), member);
-    for (std::size_t i = 0; i < Length(list); ++i) {
-      if (list[i].is_string()) names->push_back(list[i].get<std::string>());
-    }
+    const Json list = Member(document.Root(), member);
+    for (std::size_t i = 0; i < Length(list); ++i) names->push_back(list[i].Text());
   }
 }
 
