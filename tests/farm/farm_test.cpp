@@ -128,7 +128,7 @@ TEST_F(Farm, SharesPicturesBySizeAndSequencesOfCameras) {
 
 TEST_F(Farm, SharesModelsBySize) {
   const std::string more(2000, '\n');
-  Write("large.obj", kSquaresObj + more + more);
+  Write("large.obj", kSquaresObj + more + more + more + more);
   Write("middle.obj", kSquaresObj + more);
   const std::string command = "render squares.obj large.obj middle.obj -o out/%n.png -s 64x48";
   Done(command);

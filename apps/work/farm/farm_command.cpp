@@ -28,7 +28,7 @@ namespace fs = std::filesystem;
 
 using Pictures = std::vector<FarmPicture>;
 
-Outcome Refuse(const std::string& message) {
+Outcome RefuseToShare(const std::string& message) {
   return {kWrongUsage, message};
 }
 
@@ -93,39 +93,40 @@ Outcome FarmCommand::Parse() {
   std::string error;
   if (!m_parser.Parse({m_words.begin() + 2, m_words.end()}, &error)) {
     const std::string help = "gl3 " + m_words[1] + " --help lists the options";
-    return Refuse(error + (error.find("; ") == std::string::npos ? "; " + help : ""));
+    return RefuseToShare(error + (error.find("; ") == std::string::npos ? "; " + help : ""));
   }
   if (!m_isFilter) return CheckRender();
   const auto& inputs = m_filter.inputs;
   if (std::find(inputs.begin(), inputs.end(), kStandardStream) != inputs.end() ||
       m_filter.output == kStandardStream) {
-    return Refuse("-: standard input and output cannot be shared; name files");
+    return RefuseToShare("-: standard input and output cannot be shared; name files");
   }
-  if (m_filter.verify) return Refuse("--verify: it makes nothing to share; leave it out");
+  if (m_filter.verify) return RefuseToShare("--verify: it makes nothing to share; leave it out");
   return NameOutputs(m_filter, &m_outputs);
 }
 
 Outcome FarmCommand::CheckRender() const {
   if (!m_render.like.empty()) {
-    return Refuse("--like: it cannot be shared; give the options that it stands for");
+    return RefuseToShare("--like: it cannot be shared; give the options that it stands for");
   }
   if (m_render.sequence.chunk.count > 1) {
-    return Refuse("--chunk: the farm makes the parts; leave it out");
+    return RefuseToShare("--chunk: the farm makes the parts; leave it out");
   }
   const auto& models = m_render.models;
   const bool isStreamed = std::find(models.begin(), models.end(), kStandardStream) != models.end();
   if (isStreamed || m_render.IsStreamed()) {
-    return Refuse("-: standard input and output cannot be shared; name files");
+    return RefuseToShare("-: standard input and output cannot be shared; name files");
   }
   Outcome outcome = CheckRenderOptions(m_render);
   if (outcome.status != kDone || !m_render.IsEach()) return outcome;
   if (NeedsCameras()) {
-    return Refuse(
+    return RefuseToShare(
         "--camera: the names of the cameras of several models cannot be known; share "
         "them model by model, or take {camera} out of -o");
   }
   if (!FindMovieKind(m_render.output)) return {};
-  return Refuse("--output: movies of several models cannot be shared; share them one by one");
+  return RefuseToShare(
+      "--output: movies of several models cannot be shared; share them one by one");
 }
 
 /// Frames of a movie become pictures first.
@@ -136,7 +137,8 @@ Outcome FarmCommand::UseFrames(const std::string& folder) {
   for (const char c : folder) pattern += c == '%' ? "%%" : std::string(1, c);
   m_render.output = pattern + "/frames/%07d.png";
   if (folder.find("##") == std::string::npos) return {};
-  return Refuse(ShellQuote(folder) + ": has a place for frame numbers; give --folder without ##");
+  return RefuseToShare(ShellQuote(folder) +
+                       ": has a place for frame numbers; give --folder without ##");
 }
 
 bool FarmCommand::NeedsCameras() const {

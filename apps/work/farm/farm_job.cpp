@@ -31,7 +31,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using Words = std::vector<std::string>;
+using CommandWords = std::vector<std::string>;
 
 /// Without a message, what went wrong has been told.
 int Fail(const Outcome& outcome) {
@@ -51,7 +51,7 @@ std::string NewFolder(const std::string& pictures) {
 
 /// Names travel through JSON, scripts and logs, in which some characters mean something else.
 Outcome CheckNames(const FarmPlan& plan, const std::string& folder) {
-  Words names = plan.words;
+  CommandWords names = plan.words;
   names.insert(names.end(), {plan.workFolder, folder, ThisProgram()});
   for (const FarmPicture& picture : plan.pictures) {
     names.push_back(picture.input);
@@ -168,7 +168,7 @@ int FarmStart::Print(const FarmFolder& folder, const std::vector<PictureChunk>& 
   BatchWork work;
   const Outcome outcome = DescribeWork(folder, m_plan, 1, chunks, &work);
   if (outcome.status != kDone) return Fail(outcome);
-  const auto line = [&](const Words& more, const char* script) {
+  const auto line = [&](const CommandWords& more, const char* script) {
     return "# " + JoinCommand(SubmitWords(m_plan, more, folder.File(script))) + "\n";
   };
   return PrintResult(line({}, "round-1.sh") + ArrayScript(work) + "\n" +
@@ -200,7 +200,7 @@ int FarmStart::DrawHere(const FarmFolder& folder, const std::vector<PictureChunk
 }
 
 /// A process that a farm is made of, by its words.
-int RunPart(const Words& words) {
+int RunPart(const CommandWords& words) {
   int first = 0, second = 0;
   const bool isCheck = words[0] == "check";
   if (words.size() < (isCheck ? 3u : 4u) || !ParseInteger(words[2], &first) || first < 0 ||
