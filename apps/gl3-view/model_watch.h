@@ -28,6 +28,8 @@ class ModelWatch : public QObject {
   static QString StampOf(const QStringList& files);
   /// How long nothing may have been written, in milliseconds.
   void SetQuietTime(int milliseconds) { m_quiet.setInterval(milliseconds); }
+  /// Whether nothing was written lately that is not told yet.
+  bool IsQuiet() const { return !m_quiet.isActive(); }
 
  private:
   void Arm();

@@ -19,7 +19,10 @@ class FilesTest : public ViewTest {
  protected:
   /// Waits until the window has read its files anew, and is at rest.
   void AwaitOther(const hostkit::Scene* before) {
-    ASSERT_TRUE(QTest::qWaitFor([&] { return View().Scene() != before; }, kPatience));
+    const auto isThere = [&] {
+      return View().Scene() != before && !m_window->IsLoading() && m_window->Watch().IsQuiet();
+    };
+    ASSERT_TRUE(QTest::qWaitFor(isThere, kPatience));
     Rest();
   }
   void WritePicture(const QColor& color) {

@@ -1,5 +1,6 @@
 // Animations in the window, and what is drawn while things move.
 #include <QClipboard>
+#include <QColorSpace>
 #include <QComboBox>
 #include <QImage>
 #include <QProcess>
@@ -61,9 +62,13 @@ TEST_F(MotionTest, TheMomentThatIsShownIsSavedAndCopied) {
   EXPECT_TRUE(saved == made);
   EXPECT_EQ(saved.text("gl3:frame"), "77");
   ASSERT_TRUE(m_window->CopyPicture(&error)) << error;
-  const QImage copied = QGuiApplication::clipboard()->image();
-  EXPECT_TRUE(copied.convertToFormat(QImage::Format_RGB32) ==
-              saved.convertToFormat(QImage::Format_RGB32));
+  // A file tells its colour space, too.
+  const auto pixelsOf = [](const QImage& image) {
+    QImage pixels = image.convertToFormat(QImage::Format_RGB32);
+    pixels.setColorSpace(QColorSpace());
+    return pixels;
+  };
+  EXPECT_TRUE(pixelsOf(QGuiApplication::clipboard()->image()) == pixelsOf(saved));
   Of<QComboBox>("which animation")->setCurrentIndex(0);
   Rest();
   EXPECT_EQ(DifferentPixels(Shown(), atRest), 0);
