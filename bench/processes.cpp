@@ -4,7 +4,9 @@
 #include <png.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -153,6 +155,40 @@ void MeasureStart(const std::string& work, const std::vector<std::string>& argum
   report.Add(row);
 }
 
+/// A picture of many small models in one run, against a run of gl3 for each picture.
+void MeasureMany(const TemporaryFolder& folder, const Options& options, Report& report) {
+  const std::size_t count = options.quick ? 50 : 500;
+  const std::string model = folder.File("small0.glb");
+  RunProcess({ProgramFolder() + "/make_samples", "--triangles", "1000", model});
+  const std::vector<std::string> how = {"--size", "256x256", "-o", folder.File("%n.png")};
+  std::vector<std::string> one = {ProgramFolder() + "/gl3", "render", model}, many = one;
+  for (std::size_t i = 1; i < count; ++i) {
+    many.push_back(folder.File(fmt::format("small{}.glb", i)));
+    std::filesystem::copy(model, many.back());
+  }
+  one.insert(one.end(), how.begin(), how.end());
+  many.insert(many.end(), how.begin(), how.end());
+  const auto pictureOf = [count](const std::vector<std::string>& command, bool isMany) {
+    const Figure time = RunProcess(command).time;
+    const double pictures = isMany ? static_cast<double>(count) : 1;
+    return Figure{time.wall / pictures, time.cpu / pictures};
+  };
+  Options few = options;  // each round is many pictures
+  few.rounds = 3;
+  const std::vector<Figure> medians = MedianInTurn(
+      {[&] { return pictureOf(one, false); }, [&] { return pictureOf(many, true); }}, few);
+  Row row;
+  row.work = "a picture of many models";
+  row.sizeText = fmt::format("{} models", count);
+  row.floor = medians[0];
+  row.ours = medians[1];
+  report.Add(row);
+  const std::string last = folder.File(fmt::format("small{}.png", count - 1));
+  const std::string problem =
+      ComparePictures(ReadPng(folder.File("small0.png")).pixels, ReadPng(last).pixels);
+  if (!problem.empty()) report.Fail(last + ": " + problem);
+}
+
 void Run(const Options& options, Report& report) {
   const TemporaryFolder folder;
   setenv("GL3_REGISTRY", folder.File("registry.ini").c_str(), 1);
@@ -161,6 +197,7 @@ void Run(const Options& options, Report& report) {
   for (const Case& each : kCases) {
     if (each.alsoQuick || !options.quick) MeasureRender(each, folder, options, report);
   }
+  MeasureMany(folder, options, report);
 }
 
 }  // namespace

@@ -2,10 +2,13 @@
 #include "apps/base/file_checks.h"
 
 #include <fmt/format.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 
@@ -13,6 +16,15 @@ namespace gl3 {
 namespace {
 
 namespace fs = std::filesystem;
+
+ScratchFolder* g_scratch = nullptr;
+
+/// Whether a file is one that the kernel makes up as it is read.
+bool IsOfKernel(const std::string& path) {
+  struct statfs system {};
+  if (::statfs(path.c_str(), &system) != 0) return false;
+  return system.f_type == PROC_SUPER_MAGIC || system.f_type == SYSFS_MAGIC;
+}
 
 /// The folder that the picture file grows in: that of what a link points to.
 fs::path FolderOf(const std::string& path) {
@@ -41,6 +53,9 @@ Outcome CheckInput(const std::string& path) {
   }
   if (S_ISDIR(status.st_mode)) return refuse("it is a folder; name a model file in it");
   if (!S_ISREG(status.st_mode)) return refuse("it is not a regular file; save the model to one");
+  if (IsOfKernel(path)) {
+    return refuse("it is a file of the kernel's own, which tells no size; copy it to a disk first");
+  }
   if (status.st_size == 0) return refuse("the file is empty; export or copy it anew");
   if (::access(path.c_str(), R_OK) != 0) {
     return refuse("it may not be read; change its permissions");
@@ -51,6 +66,27 @@ Outcome CheckInput(const std::string& path) {
 bool IsThere(const std::string& path) {
   std::error_code error;
   return fs::is_regular_file(path, error) && fs::file_size(path, error) > 0;
+}
+
+ScratchFolder::ScratchFolder() : m_maker(getpid()) {
+  const char* folder = std::getenv("TMPDIR");
+  m_path = std::string(folder && *folder ? folder : "/tmp") + "/gl3-XXXXXX";
+  if (!mkdtemp(m_path.data())) m_path.clear();
+  g_scratch = this;
+}
+
+ScratchFolder::~ScratchFolder() {
+  Remove();
+  g_scratch = nullptr;
+}
+
+void ScratchFolder::Remove() {
+  std::error_code error;
+  if (getpid() == m_maker && !m_path.empty()) fs::remove_all(m_path, error);
+}
+
+void ScratchFolder::RemoveBeforeEnd() {
+  if (g_scratch) g_scratch->Remove();
 }
 
 void RemoveUnfinished(const std::string& path, pid_t writer) {

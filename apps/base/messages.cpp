@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "apps/base/text.h"
 
@@ -20,6 +21,8 @@ namespace {
 Verbosity g_verbosity = Verbosity::kNormal;
 const char* g_program = "gl3";
 std::string g_progress;  // what the last line of the terminal shows
+std::function<Outcome(const std::string& text)> g_writeResult;
+bool g_hadOutput = true;  // standard output was open at the start
 
 bool HasCursor() {
   const char* terminal = std::getenv("TERM");
@@ -95,7 +98,16 @@ void ShowProgress(const std::string& text) {
   g_progress = line;
 }
 
+void SetResultWriter(std::function<Outcome(const std::string& text)> write) {
+  g_writeResult = std::move(write);
+}
+
 int PrintResult(const std::string& text) {
+  if (g_writeResult) {
+    const Outcome outcome = g_writeResult(text);
+    if (outcome.status != kDone) PrintError(outcome.message);
+    return outcome.status;
+  }
   const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
   if (written && std::fflush(stdout) == 0) return kDone;
   if (errno == EPIPE) return kDone;
@@ -107,11 +119,27 @@ int PrintResult(const std::string& text) {
 void PrepareStandardStreams() {
   for (int descriptor = 0; descriptor <= 2; ++descriptor) {
     if (fcntl(descriptor, F_GETFD) != -1) continue;
+    if (descriptor == STDOUT_FILENO) g_hadOutput = false;
     // open() takes the lowest free number, which is this one.
     if (open("/dev/null", descriptor == 0 ? O_RDONLY : O_WRONLY) < 0) std::_Exit(kRunFailed);
   }
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
+}
+
+int TakeStandardOutput(Outcome* outcome) {
+  const auto refuse = [outcome](const std::string& why) {
+    *outcome = {kUnwritableOutput, "standard output: " + why + "; send it to a file or a program"};
+    return -1;
+  };
+  if (!g_hadOutput) return refuse("it is closed");
+  if (isatty(STDOUT_FILENO)) return refuse("it is a terminal, and pictures are no text");
+  const int taken = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (taken < 0 || nowhere < 0) return refuse(std::strerror(errno));
+  dup2(nowhere, STDOUT_FILENO);
+  close(nowhere);
+  return taken;
 }
 
 }  // namespace gl3

@@ -1,6 +1,7 @@
 // What gl3 tells its user: exit statuses, and one-line messages on standard error.
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace gl3 {
@@ -45,12 +46,20 @@ bool ShowsProgress();
 /// empty text removes it.
 void ShowProgress(const std::string& text);
 
-/// Writes figures or help to standard output. A reader that has gone is no error. Returns kDone, or
-/// kUnwritableOutput after a message.
+/// Writes figures or help to standard output, or to what SetResultWriter says. A reader that has
+/// gone is no error. Returns kDone, or kUnwritableOutput after a message.
 int PrintResult(const std::string& text);
+
+/// Where results go in place of standard output. Process-wide.
+void SetResultWriter(std::function<Outcome(const std::string& text)> write);
 
 /// Makes descriptors 0 to 2 exist, so that no file that is opened later becomes standard output by
 /// accident, and makes a gone reader or a file size limit an error of the write, not a signal.
 void PrepareStandardStreams();
+
+/// Takes standard output for data: a descriptor for it, and what else is printed there goes nowhere
+/// from now on. -1 with kUnwritableOutput and a message when it was closed or is a terminal. After
+/// PrepareStandardStreams.
+int TakeStandardOutput(Outcome* outcome);
 
 }  // namespace gl3

@@ -68,11 +68,12 @@ std::uint64_t OwnMemory(pid_t process) {
   return (resident - shared) * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
 }
 
-/// Memory of a process and of those that it started, which import for it.
+/// Memory of a process and of those that it started and they in turn, which import for it.
+// NOLINTNEXTLINE(misc-no-recursion): as deep as processes start one another.
 std::uint64_t TreeMemory(pid_t process) {
   std::uint64_t memory = OwnMemory(process);
   std::ifstream children(fmt::format("/proc/{0}/task/{0}/children", process));
-  for (pid_t child = 0; children >> child;) memory += OwnMemory(child);
+  for (pid_t child = 0; children >> child;) memory += TreeMemory(child);
   return memory;
 }
 
@@ -144,7 +145,7 @@ class Supervisor {
   int m_askedToEnd = 0;         // a signal, or 0
   WarningDigest m_warnings;     // that wait for something else to be said
   std::size_t m_toldBytes = 0;  // of pieces for whoever started the work
-  bool m_talksNonsense = false;
+  bool m_talksNonsense = false, m_isLate = false;
   bool m_finished = false;
   int m_status = kRunFailed;  // what the child said at its finish
   Clock::time_point m_finishedAt;
@@ -258,6 +259,7 @@ void Supervisor::CheckLimits() {
     // The picture is there: a driver that hangs in its last clean-up is not waited for.
     if (SecondsSince(m_finishedAt) > kLongestCleanUpSeconds) kill(m_child, SIGKILL);
   } else if (m_limits.timeoutSeconds > 0 && SecondsSince(m_limitStart) > m_limits.timeoutSeconds) {
+    m_isLate = true;
     End(fmt::format("took the {} beyond {} s", m_total > 0 ? "picture" : "run",
                     m_limits.timeoutSeconds),
         "raise --timeout");
@@ -348,7 +350,8 @@ int Supervisor::Conclude() {
   while (waitpid(m_child, &status, 0) < 0 && errno == EINTR) {
   }
   PrintWarnings(m_warnings.TakeRest());
-  int code = Meaning().status;
+  // A time limit is no fault of what it met.
+  int code = m_isLate ? kRunFailed : Meaning().status;
   if (m_finished) {
     // A crash in a driver's last clean-up changes nothing; a leak checker's verdict does.
     code = TakeResult(WIFEXITED(status) ? WEXITSTATUS(status) : m_status);
@@ -426,6 +429,7 @@ int RunSupervised(const Limits& limits, const std::string& output, const Supervi
   close(line[0]);
   close(signals);
   if (status > 128) {
+    ScratchFolder::RemoveBeforeEnd();
     // A shell sees that we were ended by the signal, as it would without the child.
     std::signal(status - 128, SIG_DFL);
     std::raise(status - 128);

@@ -45,6 +45,15 @@ void BelongTo(pid_t parent) {
   if (getppid() != parent) _exit(1);  // it has ended in the meantime
 }
 
+/// What there is to know of all kinds of models.
+[[noreturn]] void TellKinds() {
+  std::string lines;
+  for (const hostkit::ModelKind& kind : hostkit::ModelKinds()) {
+    lines += kind.suffix + " " + kind.format + "\n";
+  }
+  Leave(hostkit::kSceneIsThere, lines);
+}
+
 /// Gives up all but the models, what lies where they may name files, and the two descriptors.
 void ConfineTo(const std::vector<std::string>& models, bool mustBe,
                const hostkit::ImportOptions& options) {
@@ -103,6 +112,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   BelongTo(static_cast<pid_t>(std::strtol(argv[1], nullptr, 10)));
+  if (std::strcmp(argv[2], hostkit::kKindsWord) == 0) TellKinds();
   const std::vector<std::string> models(argv + hostkit::kFirstModelArgument, argv + argc);
   const bool isConfined = std::strcmp(argv[2], hostkit::kConfinedWord) == 0;
   hostkit::ImportOptions options;

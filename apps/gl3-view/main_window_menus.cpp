@@ -74,10 +74,13 @@ void MainWindow::MakeFileMenu() {
   });
   m_copy = file->addAction("&Copy command line", QKeySequence("Ctrl+Shift+C"), this, [this] {
     QGuiApplication::clipboard()->setText(Command("picture.png"));
-    const bool isWhole = !m_viewport->Parts().IsAnyHidden();
-    statusBar()->showMessage(isWhole ? "Copied the gl3 render command that draws this view"
-                                     : "Copied the gl3 render command; it draws hidden parts, too",
-                             kMessageTime);
+    bool isExact = false;
+    m_viewport->HiddenNames(&isExact);
+    statusBar()->showMessage(
+        isExact ? "Copied the gl3 render command that draws this view"
+                : "Copied the gl3 render command; it draws hidden parts, too, which "
+                  "names do not tell from others",
+        kMessageTime);
   });
   for (QAction* action : {m_save, m_copy, m_copyPicture, m_add, m_reload}) {
     action->setEnabled(false);

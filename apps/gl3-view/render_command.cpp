@@ -59,6 +59,7 @@ std::vector<std::string> RenderWords(const QStringList& models, const QString& o
   const auto asFile = [](const QString& file) { return file.startsWith('-') ? "./" + file : file; };
   QStringList words = {"gl3", "render"};
   for (const QString& model : models) words << asFile(model);
+  if (models.size() > 1) words << "--merge";
   words << "-o" << asFile(output) << arguments;
   std::vector<std::string> texts;
   for (const QString& word : words) texts.push_back(word.toStdString());

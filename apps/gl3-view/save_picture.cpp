@@ -114,6 +114,10 @@ QStringList PictureArguments(const Viewport& viewport, const QStringList& drawin
   if (choice.transparent) arguments << "--no-background";
   if (choice.recipe != SaveChoice::kNamesAlone) arguments << "--recipe=" + choice.recipe;
   arguments << QString("--size=%1x%2").arg(choice.width).arg(choice.height);
+  bool isExact = false;
+  for (const std::string& name : viewport.HiddenNames(&isExact)) {
+    arguments << "--hide=" + QString::fromStdString(name);
+  }
   const gl3::RenderOptions seen = viewport.Options();
   return arguments + CameraArguments(seen) + TimeArguments(seen.sequence);
 }

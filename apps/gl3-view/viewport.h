@@ -76,6 +76,10 @@ class Viewport : public QWidget {
   /// end is shown. On failure, also when nothing would be left, one line in `*error`.
   bool Hide(std::vector<bool> hidden, std::string* error);
   const VisibleParts& Parts() const { return m_parts; }
+  /// As VisibleParts has it. Needs a model.
+  std::vector<std::string> HiddenNames(bool* isExact) const {
+    return m_parts.HiddenNames(*m_model, isExact);
+  }
   /// Marks the corners of the box around a part; -1: of none.
   void Mark(int part);
 

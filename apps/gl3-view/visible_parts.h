@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <vector>
 
 #include "hostkit/scene/scene.h"
@@ -23,6 +24,9 @@ class VisibleParts {
   /// Has the scene hold what is not hidden, posed as it was when the parts were remembered; whoever
   /// poses it begins anew. Of all parts together at least one must stay.
   void Hide(std::vector<bool> hidden, hostkit::Scene* scene);
+  /// The names by which --hide leaves out just these parts of the scene; empty when nothing is
+  /// hidden, or, without `*isExact`, when names do not tell the parts apart.
+  std::vector<std::string> HiddenNames(const hostkit::Scene& scene, bool* isExact) const;
   /// The part that an instance of the scene is now, and the other way round; -1: it is hidden.
   int PartOf(int instance) const { return m_parts[static_cast<std::size_t>(instance)]; }
   int InstanceOf(int part) const;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "apps/base/messages.h"
+#include "apps/gl3/standard_streams.h"
 #include "apps/gl3/verbs.h"
 #include "apps/gl3/work_library.h"
 #include "apps/options/info_options.h"
@@ -11,12 +12,15 @@
 namespace gl3 {
 namespace {
 
-int RunInfo(const InfoOptions& options) {
+int RunInfo(InfoOptions options) {
   SetVerbosity(options.run.verbosity);
   Outcome outcome;
   std::string result;
+  StandardInput input;
   const WorkTable* work = LoadWork(&outcome);
-  if (work) outcome = work->info(options, &result);
+  if (work) outcome = SendResultTo(options.run.jsonFile, *work);
+  if (outcome.status == kDone) outcome = input.Take(options.modelFormat, &options.models);
+  if (outcome.status == kDone) outcome = work->info(options, &result);
   // A report is printed whatever it says; the message behind it is what a user sees last.
   const int printed = result.empty() ? kDone : PrintResult(result);
   if (!outcome.message.empty()) PrintError(outcome.message);

@@ -18,6 +18,7 @@ namespace {
 constexpr Verb kVerbs[] = {
     {"render", "Draw model files into a picture (PNG, EXR or JPEG)", AddRenderVerb},
     {"filter", "Put pictures through effects (blur, sharpen, edges and more)", AddFilterVerb},
+    {"farm", "Share a render or filter among many machines or processors", AddFarmVerb},
     {"info", "Tell what OpenGL is found, and whether it will do", AddInfoVerb},
     {"settings", "Show and change the renderer's settings", AddSettingsVerb},
     {"view", "Show model files in a window", AddViewVerb},
@@ -32,7 +33,7 @@ Examples:
 
 Environment (flags beat it):
   GL3_MODULE_PATH  folders to look for OpenGL3.so in, with colons between; else it
-                   is looked for beside gl3, then in ../lib/gl3
+                   is looked for beside gl3, in ../lib/gl3 and beside its libraries
   GL3_DEVICE       as --device
   GL3_CONFINED     1 (all but empty and 0): as --confined, and no flag beats it
   GL3_PLATFORM     surfaceless, x11 or device: how OpenGL is reached

@@ -1,5 +1,6 @@
 // `gl3 render`: options, checks that need no work, then the work in a supervised child.
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -7,8 +8,11 @@
 #include "apps/base/messages.h"
 #include "apps/base/supervised_child.h"
 #include "apps/gl3/repeat_recipe.h"
+#include "apps/gl3/standard_streams.h"
 #include "apps/gl3/verbs.h"
 #include "apps/gl3/work_library.h"
+#include "apps/options/movie_kinds.h"
+#include "apps/options/output_checks.h"
 #include "apps/options/output_pattern.h"
 #include "apps/options/render_options.h"
 
@@ -19,7 +23,7 @@ namespace {
 /// cameras are not known yet.
 std::string FirstOutput(const std::string& output, const RenderOptions& options) {
   const std::string camera = options.cameras.empty() ? "" : FileNames(options.cameras).front();
-  return OutputPattern(output).Expand(options.sequence.Frames().front(), camera);
+  return options.PathOf(output, options.sequence.Frames().front(), camera);
 }
 
 /// Whether the path has a camera's name in a folder, which may not be there for the first name.
@@ -36,16 +40,35 @@ Outcome CheckModel(const std::string& model, const RenderOptions& options) {
 
 Outcome CheckFolder(const std::string& output, const RenderOptions& options,
                     const WorkTable& work) {
-  if (output.empty()) return {};
+  if (output.empty() || output == kStandardStream || FindMovieKind(output)) return {};
   Outcome outcome = work.checkOutput(FirstOutput(output, options));
   const bool isUncertain = outcome.status == kUnwritableOutput && HasCameraFolder(output);
   return isUncertain ? Outcome() : outcome;
 }
 
-Outcome CheckBeforeWork(const RenderOptions& options, const WorkTable& work) {
-  Outcome outcome = CheckRenderOptions(options);
-  if (outcome.status == kDone) outcome = CheckFolder(options.output, options, work);
+Outcome CheckFolders(const RenderOptions& options, const WorkTable& work) {
+  Outcome outcome = CheckFolder(options.output, options, work);
   if (outcome.status == kDone) outcome = CheckFolder(options.drawing.depth, options, work);
+  return outcome;
+}
+
+/// Before the first of many models is drawn, all of their pictures' folders are there.
+Outcome CheckFoldersOfEach(const RenderOptions& options, const WorkTable& work) {
+  Outcome outcome;
+  std::set<std::string> folders;
+  for (const std::string& model : options.models) {
+    if (outcome.status != kDone) return outcome;
+    const RenderOptions one = OptionsOfOne(options, model);
+    const std::string output = FirstOutput(options.output, one);
+    if (folders.insert(output.substr(0, output.rfind('/') + 1)).second) {
+      outcome = CheckFolders(one, work);
+    }
+  }
+  return outcome;
+}
+
+Outcome CheckModels(const RenderOptions& options) {
+  Outcome outcome;
   for (const std::string& model : options.models) {
     if (outcome.status == kDone) outcome = CheckModel(model, options);
   }
@@ -73,17 +96,65 @@ int TakeRecipe(const OptionParser& given, const WorkTable& work, RenderOptions* 
   return outcome.status == kDone ? kDone : Fail(outcome);
 }
 
+int RunEach(const OptionParser& given, const RenderOptions& options,
+            const std::vector<std::string>& words, const WorkTable& work) {
+  const CommandOfEach command = RecipeCommandOfEach(given, words, options.recipe);
+  return work.renderEach({options, command});
+}
+
+/// Movies, one after another.
+int RunMovies(const OptionParser& given, const RenderOptions& options,
+              const std::vector<std::string>& words, const WorkTable& work) {
+  if (!options.IsEach()) {
+    return work.renderMovie(options, RecipeCommand(given, words, options.recipe));
+  }
+  const CommandOfEach command = RecipeCommandOfEach(given, words, options.recipe);
+  int status = kDone;
+  for (const std::string& model : options.models) {
+    const int ended = work.renderMovie(OptionsOfOne(options, model), command.Of(model));
+    if (status == kDone) status = ended;
+  }
+  return status;
+}
+
+/// Makes standard output a stream of pictures.
+Outcome StartStream(RenderOptions* options, const WorkTable& work) {
+  PictureStream& stream = options->stream;
+  stream.name = "standard output";
+  stream.kind = options->format.empty() ? "png" : options->format;
+  if (stream.kind.starts_with('.')) stream.kind.erase(0, 1);
+  Outcome outcome = work.checkStream(stream.kind);
+  if (outcome.status == kDone) stream.descriptor = TakeStandardOutput(&outcome);
+  return outcome;
+}
+
+/// All that can be found out without work; reads the model from standard input, if there is one.
+Outcome Prepare(const WorkTable& work, RenderOptions* options, StandardInput* input) {
+  Outcome outcome = CheckRenderOptions(*options);
+  if (outcome.status == kDone) outcome = SendResultTo(options->run.jsonFile, work);
+  if (outcome.status == kDone && !options->IsEach()) outcome = CheckFolders(*options, work);
+  if (outcome.status == kDone && options->IsEach()) outcome = CheckFoldersOfEach(*options, work);
+  if (outcome.status == kDone) outcome = input->Take(options->modelFormat, &options->models);
+  // Of many models those that cannot be read are told when it is their turn.
+  if (outcome.status == kDone && !options->IsEach()) outcome = CheckModels(*options);
+  if (outcome.status == kDone && options->IsStreamed()) outcome = StartStream(options, work);
+  return outcome;
+}
+
 int RunRender(const OptionParser& given, RenderOptions options, std::vector<std::string> words) {
   SetVerbosity(options.run.verbosity);
-  Outcome outcome;
-  const WorkTable* work = LoadWork(&outcome);
+  Outcome outcome = CheckGivenOnce(given, "--output");
+  const WorkTable* work = outcome.status == kDone ? LoadWork(&outcome) : nullptr;
   if (!work) return Fail(outcome);
   if (!options.like.empty()) {
     const int status = TakeRecipe(given, *work, &options, &words);
     if (status != kDone) return status;
   }
-  outcome = CheckBeforeWork(options, *work);
+  StandardInput input;
+  outcome = Prepare(*work, &options, &input);
   if (outcome.status != kDone) return Fail(outcome);
+  if (FindMovieKind(options.output)) return RunMovies(given, options, words, *work);
+  if (options.IsEach()) return RunEach(given, options, words, *work);
   const std::string command = RecipeCommand(given, words, options.recipe);
   return RunSupervised(options.run.limits, options.output,
                        [&](ParentLine& line, std::string* result) {

@@ -12,6 +12,7 @@
 
 #include "apps/base/command_words.h"
 #include "apps/base/text.h"
+#include "apps/options/background_option.h"
 #include "apps/options/drawing_readers.h"
 
 namespace gl3 {
@@ -23,8 +24,9 @@ using Words = std::vector<std::string>;
 // outputs would overwrite files; --recipe is about whoever makes the picture; the rest has no say
 // in the pixels.
 constexpr const char* kNotRepeated[] = {
-    "--like",  "--help",    "--module",     "--output",   "--depth", "--recipe", "--skip-existing",
-    "--chunk", "--timeout", "--max-memory", "--confined", "--json",  "--quiet",  "--verbose",
+    "--like",          "--help",    "--module",  "--output",       "--depth",    "--recipe",
+    "--skip-existing", "--chunk",   "--timeout", "--max-memory",   "--confined", "--json",
+    "--quiet",         "--verbose", "--format",  "--model-format",
 };
 
 bool IsRepeated(const std::string& name) {
@@ -74,6 +76,10 @@ class RecipeOptions {
     for (const std::string& value : values) m_words.push_back(name + "=" + value);
   }
   void Drop(const std::string& name) { m_kept.erase(name); }
+  /// One without a value.
+  void AddFlag(const std::string& name) {
+    if (!IsGiven(name)) m_words.push_back(name);
+  }
 
   Words OptionWords() const;
   /// Those of the arguments without a name are the models.
@@ -143,8 +149,9 @@ void TakeOnePicture(const std::map<std::string, std::string>& entries, RecipeOpt
     kept->Replace("--frames", {frame->second});
   }
   const auto camera = entries.find("gl3:camera-name");
-  const bool isChosen =
-      kept->IsGiven("--camera") || kept->IsGiven("--eye") || kept->IsGiven("--view");
+  const char* kChoices[] = {"--camera", "--eye", "--view", "--azimuth", "--elevation", "--margin"};
+  const bool isChosen = std::any_of(std::begin(kChoices), std::end(kChoices),
+                                    [&](const char* name) { return kept->IsGiven(name); });
   if (camera != entries.end() && !isChosen) kept->Replace("--camera", {camera->second});
 }
 
@@ -153,7 +160,9 @@ void DropOfOtherModes(hostkit::DrawMode mode, RecipeOptions* kept) {
   if (!kept->IsGiven("--mode")) return;
   if (!HasCreases(mode)) kept->Drop("--crease");
   if (!HasLineColor(mode)) kept->Drop("--line-color");
-  if (!HasOverlays(mode)) kept->Drop("--overlay");
+  if (HasOverlays(mode)) return;
+  kept->Drop("--overlay");
+  kept->Drop("--scale-bar");
 }
 
 std::vector<std::string> InputsOf(const std::map<std::string, std::string>& entries) {
@@ -184,6 +193,16 @@ Words FindOverlays(const Words& overlays, RecipeFiles* files) {
     found.push_back(files->Find(overlay.path, "", "--overlay") + text.substr(overlay.path.size()));
   }
   return found;
+}
+
+/// The last one counts; colours stay.
+Words FindBackground(const Words& backgrounds, RecipeFiles* files) {
+  if (backgrounds.empty()) return {};
+  BackgroundOption background;
+  std::string error;
+  ReadBackground(backgrounds.back(), &background, &error);  // as before
+  if (background.picture.empty()) return {backgrounds.back()};
+  return {files->Find(background.picture, "", "--background")};
 }
 
 }  // namespace
@@ -219,7 +238,12 @@ Outcome RepeatRecipe(const OptionParser& given, const std::string& recipe, FileH
   DropOfOtherModes(options->drawing.mode, &kept);
   RecipeFiles files(picture, options->run.confined, hash);
   const Words models = FindModels(kept.Values(""), InputsOf(entries), &files);
+  // A picture of several models shows them in one scene, whatever its command says of that; models
+  // that come in their place are as the command line says.
+  kept.Drop("--merge");
+  if (models.size() > 1) kept.AddFlag("--merge");
   kept.Replace("--overlay", FindOverlays(kept.Values("--overlay"), &files));
+  kept.Replace("--background", FindBackground(kept.Values("--background"), &files));
   Outcome judged = files.Judge();
   if (judged.status != kDone) return judged;
   Words all = Merge(*words, kept.OptionWords(), models);

@@ -22,6 +22,7 @@ struct Verb {
   VerbJob (*add)(const OptionParser& parser);
 };
 
+VerbJob AddFarmVerb(const OptionParser& parser);
 VerbJob AddFilterVerb(const OptionParser& parser);
 VerbJob AddInfoVerb(const OptionParser& parser);
 VerbJob AddRenderVerb(const OptionParser& parser);

@@ -1,6 +1,7 @@
 // What of a scene is drawn and how: reading these options.
 #include "apps/options/drawing_options.h"
 
+#include <algorithm>
 #include <cctype>
 #include <filesystem>
 
@@ -135,10 +136,20 @@ void AddAnnotationOptions(const OptionParser& parser, DrawingOptions* options) {
           "A picture over the frame, pixel for pixel, its top left at X,Y\n"
           "(default 0,0), ALPHA from 0 to 1 (default 1); again for more",
           ReadOverlay, &options->overlays);
-  AddList(parser, "--text", "TEXT[,X,Y[,COLOR]]",
-          "A line of text over it, ten pixels high, its top left at X,Y (default:\n"
-          "at the top left, each below the one before); again for more",
+  AddList(parser, "--text", "TEXT[,X,Y[,COLOR]][,SIZEpx]",
+          "A line of text over it, its letters 4px to 256px high (default: ten),\n"
+          "its top left at X,Y (default: at the top left, each below the one\n"
+          "before); again for more",
           ReadText, &options->texts);
+  parser.AddOptionalValue("--scale-bar", "UNIT",
+                          "A bar at the bottom left with its length in the model's units: 1, 2 or\n"
+                          "5 times a power of ten; in perspective it holds at the distance of\n"
+                          "what is looked at. --scale-bar=mm writes the unit behind the number",
+                          [=](const std::string& text, std::string*) {
+                            options->hasScaleBar = true;
+                            options->scaleUnit = text;
+                            return true;
+                          });
 }
 
 }  // namespace
@@ -174,6 +185,14 @@ Outcome CheckDrawingOptions(const DrawingOptions& options) {
     return {kWrongUsage,
             "--overlay: with --mode wireframe-gl the driver draws pictures as outlines, too; use "
             "--mode wireframe"};
+  }
+  const bool hasLargeText = std::any_of(options.texts.begin(), options.texts.end(),
+                                        [](const TextOption& text) { return text.size > 0; });
+  if ((options.hasScaleBar || hasLargeText) && !HasOverlays(mode)) {
+    return {kWrongUsage,
+            std::string(options.hasScaleBar ? "--scale-bar" : "--text with a size") +
+                ": with --mode wireframe-gl the driver draws pictures as outlines, too; use "
+                "--mode wireframe"};
   }
   if (!options.depth.empty() && mode == DrawMode::kDriverWireframe) {
     return {kWrongUsage,

@@ -27,6 +27,7 @@ struct TextOption {
   };
   std::optional<Place> place;
   std::optional<ColorBuf> color;  ///< Without one, black or white.
+  int size = 0;                   ///< Pixels; 0: ten, in the renderer's own letters.
 };
 
 struct DrawingOptions {
@@ -42,7 +43,9 @@ struct DrawingOptions {
   int controlPointSize = 0;  ///< 0: no markers.
   std::vector<OverlayOption> overlays;
   std::vector<TextOption> texts;
-  std::string depth;  ///< File for the distances; empty: none. May be that of the picture.
+  bool hasScaleBar = false;
+  std::string scaleUnit;  ///< Behind the scale bar's number; may be empty.
+  std::string depth;      ///< File for the distances; empty: none. May be that of the picture.
 };
 
 /// Adds the options to `parser`; parsing fills `*options`, which must live until then.

@@ -60,6 +60,19 @@ bool Part(const std::string& text, IsRest isRest, Placed* placed) {
   return false;
 }
 
+/// Takes ",SIZEpx" off the end. False, and says why, for a size that cannot be drawn.
+bool TakeSize(std::string* text, int* size, std::string* error) {
+  constexpr int kLeast = 4, kMost = 256;
+  const std::size_t comma = text->rfind(',');
+  if (comma == std::string::npos || !text->ends_with("px")) return true;
+  const std::string digits = text->substr(comma + 1, text->size() - comma - 3);
+  if (!ParseInteger(digits, size)) return true;
+  text->erase(comma);
+  if (*size >= kLeast && *size <= kMost) return true;
+  *error = fmt::format("{}px is no size of letters; give {}px to {}px", digits, kLeast, kMost);
+  return false;
+}
+
 bool IsNearPixel(const Placed& placed, std::string* error) {
   const auto [least, most] = std::minmax(placed.x, placed.y);
   if (least >= -kFarthestPixel && most <= kFarthestPixel) return true;
@@ -106,9 +119,11 @@ bool ReadFog(const std::string& text, DrawingOptions* options, std::string* erro
   return true;
 }
 
-bool ReadText(const std::string& text, TextOption* option, std::string* error) {
+bool ReadText(const std::string& given, TextOption* option, std::string* error) {
   float rgb[3];
   Placed placed;
+  std::string text = given;
+  if (!TakeSize(&text, &option->size, error)) return false;
   option->text = text;
   if (Part(
           text, [&](const std::string& color) { return ReadColor(color, rgb, error); }, &placed)) {

@@ -14,7 +14,7 @@ ColorBuf ToBytes(const float rgb[3]);
 
 /// "NEAR,FAR[,COLOR]" or "exp:DENSITY[,COLOR]".
 bool ReadFog(const std::string& text, DrawingOptions* options, std::string* error);
-/// "TEXT[,X,Y[,COLOR]]", TEXT as short as can be.
+/// "TEXT[,X,Y[,COLOR]][,SIZEpx]", TEXT as short as can be.
 bool ReadText(const std::string& text, TextOption* option, std::string* error);
 /// "IMAGE[,X,Y[,ALPHA]]".
 bool ReadOverlay(const std::string& text, OverlayOption* option, std::string* error);

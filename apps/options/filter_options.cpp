@@ -2,6 +2,7 @@
 #include "apps/options/filter_options.h"
 
 #include "apps/options/option_readers.h"
+#include "apps/options/picture_options.h"
 
 namespace gl3 {
 namespace {
@@ -9,10 +10,12 @@ namespace {
 constexpr int kMaxThreads = 256;
 
 constexpr const char* kFilterFooter = R"(
-Pictures come as EXR, PNG, JPEG, WebP, TGA, BMP or HDR. Effects work on
-display-referred colours from 0 to 1 with 8 bits a channel; what is above 1 is cut,
-with a warning. Alpha is kept, or filtered by sharpen, dilate and erode; effects that
-are called opaque show what was transparent on black.
+Pictures come as PNG, EXR, JPEG, WebP, TIFF, PNM, TGA, BMP or HDR, and are turned
+upright where they say how (Exif). Effects work on display-referred colours from 0 to 1
+with 8 bits a channel; what is above 1 is cut, with a warning. Alpha is kept, or
+filtered by sharpen, dilate and erode; effects that are called opaque show what was
+transparent on black. Without effects pictures are converted, and scaled with --size;
+from 16 bits or floats to .exr they keep their range and half floats' precision.
 
 OUT for several pictures: a folder that is there, or a name with %n for the
 picture's own name without suffix, or #### (or %04d) for a number from 1. A picture
@@ -20,6 +23,8 @@ that fails is reported, the others are done all the same; the exit status is tha
 the first failure.
 
 Examples:
+  gl3 filter *.tif -o small/%n.webp --size 640x
+  gl3 filter shot.exr -o shot.jpg
   gl3 filter photo.jpg -o soft.png --effect blur:radius=4,passes=2
   gl3 filter shot.exr -o edges.png --effect grayscale --effect sobel
   mkdir soft && gl3 filter frames/*.png -o soft/ --effect blur
@@ -31,16 +36,17 @@ Examples:
 void AddFilterOptions(const OptionParser& parser, FilterOptions* options) {
   parser.SetFooter("\nEffects and their parameters:\n" + EffectHelp() + kFilterFooter);
   parser.AddWords("IMAGE", "...", "Pictures, each filtered by itself", &options->inputs).Require();
-  AddEffectOptions(parser, &options->effects).Require();
+  AddEffectOptions(parser, &options->effects);
   parser.BeginGroup("Picture");
-  parser.AddText("-o,--output", "OUT",
-                 "The picture: .png (8 bits, straight alpha), .exr (half floats,\n"
-                 "premultiplied alpha), .jpg or .jpeg; replaced when it exists.\n"
-                 "A pattern or folder for several, see below",
-                 &options->output);
+  AddPictureFileOptions(parser, "\nA pattern or folder for several, see below", &options->output,
+                        &options->jpegQuality, &options->exrEncoding);
+  parser.Add("-s,--size", "WxH",
+             "Scale to this size before all effects; one side alone (640x, x480)\n"
+             "keeps the shape",
+             [=](const std::string& t, std::string* e) {
+               return ReadPictureSize(t, true, &options->width, &options->height, e);
+             });
   AddRecipeOption(parser, &options->recipe);
-  parser.Add("--quality", "N", "Of JPEG, 1 to 100 (default 92)",
-             IntegerReader(1, 100, &options->jpegQuality));
   parser.AddFlag("--skip-existing",
                  "Leave out pictures whose output is there, to go on with a run\n"
                  "that was broken off",
@@ -56,6 +62,11 @@ void AddFilterOptions(const OptionParser& parser, FilterOptions* options) {
              "Threads that write results, 1 to 256 (default: the setting\n"
              "\"OpenMP Threads\")",
              IntegerReader(1, kMaxThreads, &options->threads));
+}
+
+Outcome CheckFilterOptions(const FilterOptions& options) {
+  if (!options.verify || !options.effects.calls.empty()) return {};
+  return {kWrongUsage, "--verify: there is no effect to compare; add --effect"};
 }
 
 }  // namespace gl3

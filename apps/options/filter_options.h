@@ -9,17 +9,21 @@
 #include "apps/options/option_parser.h"
 #include "apps/options/recipe_option.h"
 #include "apps/options/run_options.h"
+#include "hostkit/pictures/picture.h"
 
 namespace gl3 {
 
 struct FilterOptions {
   std::vector<std::string> inputs;
   std::string output;  ///< As given: a file, a pattern or a folder; empty with `verify` alone.
-  EffectOptions effects;
+  /// Pixels that pictures are scaled to first; 0: in proportion to the other, or both as they are.
+  int width = 0, height = 0;
+  EffectOptions effects;  ///< None: pictures are converted.
   bool verify = false;
   bool skipExisting = false;  ///< Pictures whose output is there are left out.
   int threads = 0;            ///< Of merging; 0: as the settings say.
-  int jpegQuality = 92;
+  int jpegQuality = 92;       ///< Of WebP, too.
+  hostkit::ExrEncoding exrEncoding = hostkit::ExrEncoding::kLinear;
   RecipeKind recipe = RecipeKind::kNames;
   RunOptions run;
 };
@@ -33,6 +37,9 @@ struct FilterJob {
 
 /// Adds the options to `parser`; parsing fills `*options`, which must live until then.
 void AddFilterOptions(const OptionParser& parser, FilterOptions* options);
+
+/// Combinations that mean nothing: kWrongUsage with a message, or kDone.
+Outcome CheckFilterOptions(const FilterOptions& options);
 
 /// The output file of each input, in their order; none when nothing is to be written. kWrongUsage
 /// with a message when there is no clear answer: several inputs and one name, two that would get

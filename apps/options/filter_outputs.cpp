@@ -2,7 +2,6 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -13,69 +12,24 @@
 #include "apps/base/text.h"
 #include "apps/options/filter_options.h"
 #include "apps/options/output_pattern.h"
+#include "hostkit/pictures/picture_formats.h"
 
 namespace gl3 {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kNameWord = "%n";
-constexpr const char* kWritable[] = {".png", ".exr", ".jpg", ".jpeg"};
-
-bool IsWritable(const fs::path& path) {
-  std::string suffix = path.extension().string();
-  for (char& c : suffix) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return std::find(std::begin(kWritable), std::end(kWritable), suffix) != std::end(kWritable);
-}
-
 bool IsFolder(const std::string& output) {
   std::error_code error;
   return output.back() == '/' || fs::is_directory(output, error);
 }
 
-/// A name with places for the picture's own name ("%n") and for its number. What stands between
-/// names is a pattern of its own, so that nothing in a picture's name is taken for a place.
-class NamePattern {
- public:
-  explicit NamePattern(const std::string& text) {
-    std::size_t start = 0;
-    for (std::size_t at = 0; at < text.size();) {
-      if (text.compare(at, 2, kNameWord) == 0) {
-        m_parts.emplace_back(text.substr(start, at - start));
-        start = at + 2;
-      }
-      // "%%n" is a percent sign and an n.
-      at += text[at] == '%' ? 2 : 1;
-    }
-    m_parts.emplace_back(text.substr(start));
-  }
-
-  bool TellsApart() const {
-    return m_parts.size() > 1 || std::any_of(m_parts.begin(), m_parts.end(),
-                                             [](const auto& part) { return part.HasFrame(); });
-  }
-
-  bool HasCamera() const {
-    return std::any_of(m_parts.begin(), m_parts.end(),
-                       [](const auto& part) { return part.HasCamera(); });
-  }
-
-  std::string Expand(int number, const std::string& name) const {
-    std::string path;
-    for (std::size_t i = 0; i < m_parts.size(); ++i) {
-      path += (i == 0 ? "" : name) + m_parts[i].Expand(number, "");
-    }
-    return path;
-  }
-
- private:
-  std::vector<OutputPattern> m_parts;
-};
-
 /// In a folder a picture keeps its name, and its suffix where pictures can be written so.
 std::string NameInFolder(const std::string& folder, const fs::path& input) {
   const fs::path name = input.filename();
-  return (fs::path(folder) / (IsWritable(name) ? name : fs::path(name).replace_extension(".png")))
+  return (fs::path(folder) / (hostkit::FindWrittenFormat(name.string())
+                                  ? name
+                                  : fs::path(name).replace_extension(".png")))
       .string();
 }
 
@@ -128,9 +82,9 @@ Outcome NameOutputs(const FilterOptions& options, std::vector<std::string>* outp
     if (options.verify) return {};
     return Refuse("nothing says where to write; give -o OUT, or --verify to compare alone");
   }
-  const NamePattern pattern(options.output);
+  const OutputPattern pattern(options.output);
   const bool isFolder = IsFolder(options.output);
-  if (options.inputs.size() > 1 && !isFolder && !pattern.TellsApart()) {
+  if (options.inputs.size() > 1 && !isFolder && !pattern.HasName() && !pattern.HasFrame()) {
     return Refuse(ShellQuote(options.output) + " is one file for " +
                   std::to_string(options.inputs.size()) +
                   " pictures; put %n (their names) or #### (a number) into it, or end it with / "
@@ -145,7 +99,7 @@ Outcome NameOutputs(const FilterOptions& options, std::vector<std::string>* outp
   int number = 0;
   for (const std::string& input : options.inputs) {
     outputs->push_back(isFolder ? NameInFolder(options.output, input)
-                                : pattern.Expand(++number, fs::path(input).stem().string()));
+                                : pattern.Expand(++number, "", NameOfFile(input)));
   }
   return CheckClashes(options, *outputs);
 }

@@ -1,4 +1,4 @@
-// Names of output files with places for the frame and the camera.
+// Names of output files with places for the frame, the camera and the name of what is read.
 #include "apps/options/output_pattern.h"
 
 #include <fmt/format.h>
@@ -6,16 +6,20 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <filesystem>
+#include <iterator>
 #include <set>
+#include <string_view>
+#include <utility>
 
 #include "apps/base/text.h"
+#include "hostkit/services/without_controls.h"
 
 namespace gl3 {
 namespace {
 
 constexpr std::size_t kMostDigits = 9;
 constexpr std::size_t kLongestName = 100;
-constexpr const char* kCameraWord = "{camera}";
 
 /// The length of "%d", "%4d" or "%04d" at `at`, 0 when nothing of the kind stands there.
 std::size_t PercentFrame(const std::string& text, std::size_t at, int* digits) {
@@ -28,7 +32,7 @@ std::size_t PercentFrame(const std::string& text, std::size_t at, int* digits) {
 
 /// One name without what a file's name cannot have. Bytes of UTF-8 stay whole.
 std::string FileName(const std::string& name) {
-  std::string good = WithoutControls(name, '_');
+  std::string good = hostkit::WithoutControls(name, '_');
   for (char& c : good) {
     if (c == '/' || c == '\\') c = '_';
   }
@@ -44,18 +48,22 @@ std::string FileName(const std::string& name) {
 }  // namespace
 
 OutputPattern::OutputPattern(const std::string& text) {
+  constexpr std::pair<std::string_view, Kind> kWords[] = {{"{camera}", Kind::kCamera},
+                                                          {"%c", Kind::kCamera},
+                                                          {"{name}", Kind::kName},
+                                                          {"%n", Kind::kName}};
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t hashes = std::min(text.find_first_not_of('#', at), text.size()) - at;
+    const auto* const word = std::find_if(
+        std::begin(kWords), std::end(kWords),
+        [&](const auto& one) { return text.compare(at, one.first.size(), one.first) == 0; });
     int digits = 0;
     if (hashes >= 2) {
       Add(Kind::kFrame, static_cast<int>(std::min(hashes, kMostDigits)));
       at += hashes;
-    } else if (text.compare(at, 8, kCameraWord) == 0) {
-      Add(Kind::kCamera, 0);
-      at += 8;
-    } else if (text.compare(at, 2, "%c") == 0) {
-      Add(Kind::kCamera, 0);
-      at += 2;
+    } else if (word != std::end(kWords)) {
+      Add(word->second, 0);
+      at += word->first.size();
     } else if (text.compare(at, 2, "%%") == 0) {
       AddText("%");
       at += 2;
@@ -72,6 +80,7 @@ void OutputPattern::Add(Kind kind, int digits) {
   m_pieces.push_back({kind, digits, ""});
   m_hasFrame = m_hasFrame || kind == Kind::kFrame;
   m_hasCamera = m_hasCamera || kind == Kind::kCamera;
+  m_hasName = m_hasName || kind == Kind::kName;
 }
 
 void OutputPattern::AddText(const std::string& text) {
@@ -85,14 +94,20 @@ std::string OutputPattern::Folder() const {
   return text.substr(0, text.rfind('/') + 1);
 }
 
-std::string OutputPattern::Expand(int frame, const std::string& camera) const {
+std::string OutputPattern::Expand(int frame, const std::string& camera,
+                                  const std::string& name) const {
   std::string path;
   for (const Piece& piece : m_pieces) {
     if (piece.kind == Kind::kText) path += piece.text;
     if (piece.kind == Kind::kFrame) path += fmt::format("{:0{}}", frame, piece.digits);
     if (piece.kind == Kind::kCamera) path += camera;
+    if (piece.kind == Kind::kName) path += name;
   }
   return path;
+}
+
+std::string NameOfFile(const std::string& path) {
+  return std::filesystem::path(path).stem().string();
 }
 
 std::vector<std::string> FileNames(const std::vector<std::string>& names) {

@@ -22,6 +22,19 @@ void AddRecipeOption(const OptionParser& parser, RecipeKind* kind);
 /// them, so that no command line takes them for options.
 std::string RecipePath(const std::string& path, RecipeKind kind);
 
+/// The command lines of runs that draw each of several models by itself, one for each model.
+struct CommandOfEach {
+  RecipeKind kind = RecipeKind::kNone;
+  std::string before, after;  ///< What stands around the model.
+
+  /// As RecipeCommand, with this model alone.
+  std::string Of(const std::string& model) const;
+};
+
+/// `words` as for RecipeCommand; all arguments without an option are models.
+CommandOfEach RecipeCommandOfEach(const OptionParser& parser, const std::vector<std::string>& words,
+                                  RecipeKind kind);
+
 /// A command line as recipes of this kind have it, quoted for a shell. `words` begin with program
 /// and verb, whose options `parser` has; it need not have parsed them.
 std::string RecipeCommand(const OptionParser& parser, const std::vector<std::string>& words,

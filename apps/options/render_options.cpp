@@ -7,13 +7,14 @@
 
 #include "apps/base/text.h"
 #include "apps/options/option_readers.h"
+#include "apps/options/output_checks.h"
+#include "apps/options/picture_options.h"
+#include "hostkit/pictures/picture_formats.h"
 
 namespace gl3 {
 namespace {
 
-constexpr int kMaxSide = 32768;
-/// 16384 x 16384: two gigabytes as half floats, what a machine can still be expected to hold.
-constexpr long long kMaxPixels = 1LL << 28;
+constexpr float kDefaultFov = 40;  // degrees
 
 struct NamedView {
   const char* name;
@@ -36,8 +37,19 @@ World space is the file's: right-handed, axes and units as in the file. What is 
 is y, unless the format says otherwise or --up-axis does; it turns named views, the
 grid and the turntable, and moves nothing. Colours are display-referred (sRGB), as
 the renderer draws them.
-Without --camera, --eye or --view the whole model is shown from a three-quarter
-view. A camera of the file is used only when it is named.
+Without --camera, --eye, --view or --azimuth the whole model is shown from a
+three-quarter view; --turntable goes on from wherever the camera is. A camera of
+the file is used only when it is named.
+
+Several models: -o holds %n (or {name}) for a model's name without folder and suffix.
+They are drawn one after another with one start of OpenGL. One that fails is told,
+and the rest is done; the exit status is that of the first failure.
+
+Movies: -o turn.mp4, .webm or .gif with --turntable or --frames is made by ffmpeg, which
+must be installed, and appears whole or not at all.
+
+Standard streams: the model - comes from standard input; with -o - pictures go to
+standard output, those of a sequence one after another, and --json needs a file.
 
 Sequences: -o holds #### or %04d for the frame's number and {camera} or %c for the
 camera's name (%% for a percent sign). The model is loaded once. Pictures appear
@@ -51,44 +63,30 @@ is told and waited for. Models and overlays that a recipe names without a folder
 looked for beside the picture, then in the current folder. Files elsewhere that the
 recipe would have read are told, or refused with --confined.
 
+--passes writes float channels: Z, the distance from the eye along the view in world
+units (1e30 where nothing is); N.X N.Y N.Z, unit normals in view space (x right, y up,
+z to the eye, 0 where nothing is); objectid and materialid, whole numbers from 1 in the
+order of the attributes gl3:objects and gl3:materials, 0 where nothing is.
+
 Examples:
   gl3 render chair.glb -o chair.png
   gl3 render scene.dae -o shot.exr -s 1920x1080 --camera Camera01
   gl3 render part.stl -o icon.png -s 256x256 --no-background --view iso --parallel
-  gl3 render room.obj lamp.glb -o room.jpg --eye 0,1.7,4 --target 0,1,0 --fov 60
+  gl3 render room.obj lamp.glb --merge -o room.jpg --eye 0,1.7,4 --target 0,1,0
+  gl3 render parts/*.stl -o 'thumbs/%n.png' -s 256x256
   gl3 render part.stl -o part.png --up-axis +Z --view front
+  gl3 render part.stl -o part.png --azimuth 30 --elevation 20 --background white,#bcd
+  gl3 render car.glb -o cut.png --hide 'Wheel*' --section x=50% --scale-bar=m
   gl3 render part.stl -o drawing.png --mode lines --crease 20 --background white
   gl3 render house.glb -o plan.png --grid --text "South side,20,20" --overlay logo.png
   gl3 render town.glb -o town.exr --depth town.exr --fog 50,400,#a8b4c0
+  gl3 render town.glb -o town.exr --passes z,normal,object,material --no-background
   gl3 render chair.glb -o turn_####.png --turntable 240 -s 640x360
   gl3 render robot.glb -o %c_%04d.exr --camera all --frames 1-100 --fps 25
   gl3 render robot.glb -o shot_####.png --frames 1-1000 --chunk 2/8 --skip-existing
+  gl3 render chair.glb -o turn.mp4 --turntable 120 --fps 30
+  gl3 render - --model-format stl -o - --format ppm <part.stl | ffmpeg -i - part.jpg
   gl3 render --like shot_0007.png -o large.png -s 3840x2160)";
-
-bool ReadSize(const std::string& text, RenderOptions* options, std::string* error) {
-  const std::size_t cross = text.find_first_of("xX");
-  int width = 0, height = 0;
-  const bool isRead = cross != std::string::npos && ParseInteger(text.substr(0, cross), &width) &&
-                      ParseInteger(text.substr(cross + 1), &height);
-  if (isRead && std::min(width, height) >= 1 && std::max(width, height) <= kMaxSide &&
-      static_cast<long long>(width) * height <= kMaxPixels) {
-    options->width = width;
-    options->height = height;
-    return true;
-  }
-  *error = fmt::format(
-      "{} is not a size that can be drawn; give WIDTHxHEIGHT such as 1920x1080, each side from 1 "
-      "to {} and at most {} pixels in all",
-      ShellQuote(text), kMaxSide, kMaxPixels);
-  return false;
-}
-
-bool ReadBackground(const std::string& text, RenderOptions* options, std::string* error) {
-  options->transparentBackground = text == "transparent";
-  if (options->transparentBackground || ReadColor(text, options->background, error)) return true;
-  *error += "; or give transparent";
-  return false;
-}
 
 bool ReadView(const std::string& text, RenderOptions* options, std::string* error) {
   std::vector<std::string> names;
@@ -121,32 +119,66 @@ bool ReadFov(const std::string& text, RenderOptions* options, std::string* error
   return false;
 }
 
+constexpr Choice<bool RenderPasses::*> kPasses[] = {
+    {"z", &RenderPasses::z},
+    {"normal", &RenderPasses::normal},
+    {"object", &RenderPasses::object},
+    {"material", &RenderPasses::material},
+};
+
+bool ReadPasses(const std::string& text, RenderPasses* passes, std::string* error) {
+  *passes = {};
+  for (std::size_t begin = 0; begin <= text.size();) {
+    const std::size_t end = std::min(text.find(',', begin), text.size());
+    bool RenderPasses::*pass = nullptr;
+    if (!ChoiceReader(kPasses, "a pass", &pass)(text.substr(begin, end - begin), error)) {
+      return false;
+    }
+    passes->*pass = true;
+    begin = end + 1;
+  }
+  return true;
+}
+
 void AddPictureOptions(const OptionParser& parser, RenderOptions* options) {
   parser.BeginGroup("Picture");
-  parser.AddText("-o,--output", "OUT",
-                 "The picture: .png (8 bits, straight alpha), .exr (half floats,\n"
-                 "premultiplied alpha), .jpg or .jpeg; replaced when it exists",
-                 &options->output);
+  AddPictureFileOptions(parser, "\nor a movie (.mp4, .webm, .gif); -: standard output",
+                        &options->output, &options->jpegQuality, &options->exrEncoding);
+  parser.Add(
+      "--passes", "LIST",
+      "Of z, normal, object, material: also write these channels into the\n"
+      ".exr, at pixel centres without smoothing; see below",
+      [=](const std::string& t, std::string* e) { return ReadPasses(t, &options->passes, e); });
+  parser.AddText("--format", "KIND",
+                 "Of the pictures for -o -, standard output: a suffix such as png\n"
+                 "(default) or ppm, or rgb24 or rgba, which are rows of bytes alone",
+                 &options->format);
+  AddModelFormatOption(parser, &options->modelFormat);
+  parser.AddFlag("--merge", "All models in one scene, in place of pictures of each",
+                 &options->merge);
   parser.AddText("--like", "PICTURE",
                  "Repeat the recipe in this picture; models and options that are\n"
                  "given as well come in place of the recipe's",
                  &options->like);
   AddRecipeOption(parser, &options->recipe);
   parser.Add("-s,--size", "WxH", "Pixels, each side 1 to 32768 (default 1280x720)",
-             [=](const std::string& t, std::string* e) { return ReadSize(t, options, e); });
+             [=](const std::string& t, std::string* e) {
+               return ReadPictureSize(t, false, &options->width, &options->height, e);
+             });
   parser.Add("--antialias", "N", "Samples a pixel, N x N, 1 to 4 (default 2; 1 draws fastest)",
              IntegerReader(1, 4, &options->samplesPerSide));
-  const Option background = parser.Add(
-      "--background", "COLOR",
-      "#rgb, #rrggbb, r,g,b in 0..1, a name such as white, or\n"
-      "transparent (default #292b30)",
-      [=](const std::string& t, std::string* e) { return ReadBackground(t, options, e); });
+  const Option background =
+      parser.Add("--background", "COLOR",
+                 "#rgb, #rrggbb, r,g,b in 0..1, a name such as white; two of them with\n"
+                 "a comma between, at the top and at the bottom of a gradient; a picture's\n"
+                 "file, which covers the frame; or transparent (default #292b30)",
+                 [=](const std::string& t, std::string* e) {
+                   return ReadBackground(t, &options->background, e);
+                 });
   parser
       .AddFlag("--no-background", "Alpha tells what the model covers (in JPEG: on black)",
-               &options->transparentBackground)
+               &options->background.isTransparent)
       .Exclude(background);
-  parser.Add("--quality", "N", "Of JPEG, 1 to 100 (default 92)",
-             IntegerReader(1, 100, &options->jpegQuality));
 }
 
 void AddCameraOptions(const OptionParser& parser, RenderOptions* options) {
@@ -187,17 +219,22 @@ void AddCameraOptions(const OptionParser& parser, RenderOptions* options) {
              "Vertical field of view in degrees, 0.1 to 170 (default: the\ncamera's own, else 40)",
              [=](const std::string& t, std::string* e) { return ReadFov(t, options, e); });
   parser.AddFlag("--parallel", "Parallel projection, without perspective", &options->parallel);
+  AddFramingOptions(parser, &options->framing);
 }
 
 }  // namespace
 
 void AddRenderOptions(const OptionParser& parser, RenderOptions* options) {
   parser.SetFooter(kRenderFooter);
-  parser.AddWords("MODEL", "...", "Model files, merged into one scene", &options->models);
+  parser.AddWords("MODEL", "...",
+                  "Model files: each drawn by itself, with %n in -o for its name, or\n"
+                  "all in one scene with --merge",
+                  &options->models);
   AddPictureOptions(parser, options);
   AddCameraOptions(parser, options);
   AddSequenceOptions(parser, &options->sequence);
   AddEffectOptions(parser, &options->effects);
+  AddSubjectOptions(parser, &options->subject);
   AddDrawingOptions(parser, &options->drawing);
   AddRunOptions(parser, &options->run);
 }
@@ -220,6 +257,18 @@ Outcome CheckEye(const RenderOptions& options) {
   return {};
 }
 
+Outcome CheckPasses(const RenderOptions& options) {
+  if (!options.passes.Any()) return {};
+  const hostkit::PictureFormat* format = hostkit::FindWrittenFormat(options.output);
+  if (format && !format->keepsPasses) {
+    return {kWrongUsage, "--passes: " + ShellQuote(options.output) +
+                             " cannot hold them; give -o a name that ends in .exr"};
+  }
+  if (options.drawing.mode != hostkit::DrawMode::kDriverWireframe) return {};
+  return {kWrongUsage,
+          "--passes: with --mode wireframe-gl the driver draws no surfaces; use --mode wireframe"};
+}
+
 }  // namespace
 
 Outcome CheckRenderOptions(const RenderOptions& options) {
@@ -229,10 +278,12 @@ Outcome CheckRenderOptions(const RenderOptions& options) {
   Outcome outcome = CheckEye(options);
   if (outcome.status != kDone) return outcome;
   outcome = CheckDrawingOptions(options.drawing);
+  if (outcome.status == kDone) outcome = CheckPasses(options);
+  if (outcome.status == kDone && !options.parallel) {
+    outcome = CheckZoom(options.framing, options.fieldOfView.value_or(kDefaultFov));
+  }
   if (outcome.status != kDone) return outcome;
-  outcome = CheckSequence(options.sequence, options.cameras, options.output);
-  if (outcome.status != kDone || options.drawing.depth.empty()) return outcome;
-  return CheckSequence(options.sequence, options.cameras, options.drawing.depth, "--depth");
+  return CheckOutputs(options);
 }
 
 }  // namespace gl3

@@ -14,17 +14,6 @@ namespace {
 constexpr std::uint64_t kLeastMemory = 64ull << 20;
 constexpr double kMaxTimeout = 1e6;
 
-bool ReadDevice(const std::string& text, RunOptions* options, std::string* error) {
-  int number = -1;
-  if (text == "auto" || text == "cpu" || text == "gpu" ||
-      (ParseInteger(text, &number) && number >= 0)) {
-    options->device = text;
-    return true;
-  }
-  *error = ShellQuote(text) + " is not a device; give auto, cpu, gpu or a device's number from 0";
-  return false;
-}
-
 bool ReadTimeout(const std::string& text, Limits* limits, std::string* error) {
   double seconds = 0;
   if (ParseNumber(text, &seconds) && seconds >= 0 && seconds <= kMaxTimeout) {
@@ -53,6 +42,11 @@ bool IsSet(const char* variable) {
 
 }  // namespace
 
+void AddModelFormatOption(const OptionParser& parser, std::string* format) {
+  parser.AddText("--model-format", "KIND",
+                 "What the MODEL -, standard input, is: a suffix such as glb", format);
+}
+
 void AddConfinedOption(const OptionParser& parser, RunOptions* options) {
   options->confined = IsSet("GL3_CONFINED");
   // Called only when it is on, so that --confined=false does not undo what the environment says.
@@ -64,10 +58,11 @@ void AddConfinedOption(const OptionParser& parser, RunOptions* options) {
 
 void AddRunOptions(const OptionParser& parser, RunOptions* options) {
   parser.BeginGroup("Run");
-  parser.Add("--device", "DEVICE",
-             "auto, cpu (the software renderer), gpu, or a device's number\n"
-             "(default: GL3_DEVICE, else auto)",
-             [=](const std::string& t, std::string* e) { return ReadDevice(t, options, e); });
+  // Which there are is known when OpenGL is asked, and wrong ones are told then, as GL3_DEVICE's.
+  parser.AddText("--device", "DEVICE",
+                 "auto, cpu (the software renderer), gpu, or a device's number\n"
+                 "(default: GL3_DEVICE, else auto)",
+                 &options->device);
   parser.AddText("--module", "PATH",
                  "The renderer module's file (default: OpenGL3.so, looked for as\n"
                  "gl3 --help tells)",
@@ -83,10 +78,15 @@ void AddRunOptions(const OptionParser& parser, RunOptions* options) {
              "group may have when that is less)",
              [=](const std::string& t, std::string* e) { return ReadMemory(t, limits, e); });
   AddConfinedOption(parser, options);
-  parser.AddFlag("--json",
-                 "Figures to standard output: times in milliseconds, size,\n"
-                 "triangles, renderer, device, peak memory in bytes",
-                 &options->json);
+  parser.AddOptionalValue("--json", "[=FILE]",
+                          "Figures to standard output, or to FILE (/dev/fd/3: a descriptor):\n"
+                          "times in milliseconds, size, triangles, renderer, device, peak\n"
+                          "memory in bytes",
+                          [=](const std::string& text, std::string*) {
+                            options->json = true;
+                            options->jsonFile = text;
+                            return true;
+                          });
   const Option quiet =
       parser.AddFlag("-q,--quiet", "Errors only", [=] { options->verbosity = Verbosity::kQuiet; });
   parser

@@ -14,12 +14,16 @@ struct RunOptions {
   std::string module;  ///< The module's file; empty: looked for.
   Limits limits;
   bool json = false;
+  std::string jsonFile;   ///< Where the figures go; empty: to standard output.
   bool confined = false;  ///< Models reach their own folders alone, or nothing is read.
   Verbosity verbosity = Verbosity::kNormal;
 };
 
 /// Adds the options to `parser`; parsing fills `*options`, which must live until then.
 void AddRunOptions(const OptionParser& parser, RunOptions* options);
+
+/// Adds --model-format, the kind of the model that comes from standard input.
+void AddModelFormatOption(const OptionParser& parser, std::string* format);
 
 /// Adds --confined, which is among them, alone. GL3_CONFINED sets it at once, for good.
 void AddConfinedOption(const OptionParser& parser, RunOptions* options);

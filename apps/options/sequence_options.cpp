@@ -81,7 +81,7 @@ bool AreAllCameras(const std::vector<std::string>& cameras) {
 }
 
 Outcome CheckSequence(const SequenceOptions& options, const std::vector<std::string>& cameras,
-                      const std::string& output, const char* option) {
+                      const std::string& output, const char* option, bool severalModels) {
   const OutputPattern pattern(output);
   const std::string name = std::string(option) + ": " + ShellQuote(output);
   if (const int frame = FrameBeyondTurn(options); frame >= 0) {
@@ -111,10 +111,10 @@ Outcome CheckSequence(const SequenceOptions& options, const std::vector<std::str
                              " has a place for a camera's name and no camera is named; give "
                              "--camera NAME or --camera all, or write %% for a percent sign"};
   }
-  if (options.chunk.count > 1 && count == 1 && !several) {
+  if (options.chunk.count > 1 && count == 1 && !several && !severalModels) {
     return {kWrongUsage,
-            "--chunk: there is one picture only; give --frames, --turntable or "
-            "several cameras, or leave it out"};
+            "--chunk: there is one picture only; give --frames, --turntable, several cameras or "
+            "models, or leave it out"};
   }
   return {};
 }

@@ -35,10 +35,10 @@ struct SequenceOptions {
 void AddSequenceOptions(const OptionParser& parser, SequenceOptions* options);
 
 /// Whether an output's name, given with `option`, has places for all that it must tell apart, and
-/// none for what is not there; `cameras` are those of --camera. kWrongUsage with a message, or
-/// kDone.
+/// none for what is not there; `cameras` are those of --camera, `severalModels`: each has pictures
+/// of its own. kWrongUsage with a message, or kDone.
 Outcome CheckSequence(const SequenceOptions& options, const std::vector<std::string>& cameras,
-                      const std::string& output, const char* option = "--output");
+                      const std::string& output, const char* option, bool severalModels);
 
 /// Whether `cameras` asks for every camera of the model.
 bool AreAllCameras(const std::vector<std::string>& cameras);

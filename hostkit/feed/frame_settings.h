@@ -71,11 +71,16 @@ struct FrameSettings {
   /// Pixels.
   int width = 1280, height = 720;
   int samplesPerSide = 1;  ///< Anti-aliasing: n x n samples a pixel, 1 to 4.
-  /// Background, display-referred, 0 to 1. Unused when `transparentBackground` is set.
+  /// Background, display-referred, 0 to 1. Unused when `transparentBackground` is set. With a
+  /// backdrop its mean, for what is to stand out from it.
   float background[3] = {0.16f, 0.17f, 0.19f};
   /// Alpha tells what the scene covers. The scene is drawn on black and on white, so that glass
   /// and anti-aliased edges come out with their true coverage.
   bool transparentBackground = false;
+  /// Off-screen, what is behind the scene in place of the background's colour: an opaque
+  /// "ColorAlpha" of the frame's size. The scene is drawn as for a transparent background. Null:
+  /// none.
+  std::shared_ptr<HBitmapNode> backdrop;
   LightSet lights = LightSet::kAuto;  ///< Which lights it is drawn with.
 
   DrawMode mode = DrawMode::kShaded;  ///< What of the surfaces is drawn.
@@ -99,6 +104,9 @@ struct FrameSettings {
   std::vector<TextNote> texts;                   ///< Drawn in this order, after the overlays.
   /// Also finds the distance of what is seen at each pixel's centre, for a "Depth" buffer.
   bool depth = false;
+  bool normals = false;      ///< The same for the surface's normal: "Normal".
+  bool objectIds = false;    ///< The same for the scene's instance: "ObjectId".
+  bool materialIds = false;  ///< The same for the scene's material: "MaterialId".
 };
 
 /// Black or white, whichever stands out from the background; black on a transparent one.

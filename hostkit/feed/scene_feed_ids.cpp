@@ -1,6 +1,7 @@
 // Feeds a scene to a display list: every thing in a colour of its own, by which pixels tell what
 // they show.
 #include "hostkit/feed/scene_feed.h"
+#include "hostkit/feed/vector_parts.h"
 
 namespace hostkit {
 namespace {
@@ -15,9 +16,10 @@ constexpr float kHalfSample = 0.5f;
 
 bool SceneFeed::DrawIds(DisplayList* list, const FeedView& view, SeenSurfaces* seen) {
   Prepare(list, view);
-  seen->Clear();
-  for (const SceneInstance& instance : m_scene.instances) {
-    if (!Place(instance)) continue;
+  seen->Clear(view.settings->normals);
+  for (std::size_t i = 0; i < m_scene.instances.size(); ++i) {
+    if (!Place(m_scene.instances[i])) continue;
+    seen->BeginInstance(static_cast<int>(i), m_placed.mesh->material);
     FeedTriangleIds(seen);
     FeedLineIds(seen);
     FeedPointIds(seen);
@@ -41,9 +43,12 @@ void SceneFeed::FeedTriangleIds(SeenSurfaces* seen) {
   if (m_placed.hidesBacks) FindFacesAway();
   for (std::size_t i = 0; i < triangles.size() && !seen->IsFull(); i += 3) {
     if (m_placed.hidesBacks && m_facesAway[i / 3]) continue;
-    const V3f a = PlacedAt(triangles[i]), b = PlacedAt(triangles[i + 1]),
-              c = PlacedAt(triangles[i + 2]);
-    AddId(a, b, c, seen->AddTriangle(a, b, c));
+    const GAVertex* const corners[] = {&m_vertices[triangles[i]], &m_vertices[triangles[i + 1]],
+                                       &m_vertices[triangles[i + 2]]};
+    const V3f places[] = {PlacedAt(triangles[i]), PlacedAt(triangles[i + 1]),
+                          PlacedAt(triangles[i + 2])};
+    const V3f normals[] = {NormalOf(*corners[0]), NormalOf(*corners[1]), NormalOf(*corners[2])};
+    AddId(places[0], places[1], places[2], seen->AddTriangle(places, normals));
   }
 }
 

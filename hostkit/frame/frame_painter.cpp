@@ -165,11 +165,11 @@ bool FramePainter::PaintIds(const PaintTarget& target, const PixelWindow& pixels
   return m_feed.DrawIds(target.list, ViewOf(target, kBlackBackground), seen);
 }
 
-void FramePainter::FillDepths(const SeenSurfaces& seen, const HBitmapBuffer& ids,
-                              const PixelWindow& pixels, HBitmapBuffer* depths) const {
+void FramePainter::FillPasses(const SeenSurfaces& seen, const HBitmapBuffer& ids,
+                              const PixelWindow& pixels, const SeenBuffers& buffers) const {
   RenderInfo info;
   FillRenderInfoWindow(m_view, m_settings->width, m_settings->height, pixels, &info);
-  seen.FillDepths(ids, info, pixels, 1 / m_unit, depths);
+  seen.Fill(ids, info, pixels, 1 / m_unit, buffers);
 }
 
 }  // namespace hostkit

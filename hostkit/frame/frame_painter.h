@@ -65,10 +65,10 @@ class FramePainter {
   /// frame that the surface shows. False when the scene has more parts than there are ids.
   bool PaintIds(const PaintTarget& target, const PixelWindow& pixels, SeenSurfaces* seen);
 
-  /// Reads distances from a frame of ids: `ids` are the pixels of `pixels`, read back; distances
-  /// are in world units.
-  void FillDepths(const SeenSurfaces& seen, const HBitmapBuffer& ids, const PixelWindow& pixels,
-                  HBitmapBuffer* depths) const;
+  /// Reads what is wanted from a frame of ids: `ids` are the pixels of `pixels`, read back;
+  /// distances are in world units.
+  void FillPasses(const SeenSurfaces& seen, const HBitmapBuffer& ids, const PixelWindow& pixels,
+                  const SeenBuffers& buffers) const;
 
  private:
   FramePainter(GADriver* driver, const Scene& scene);

@@ -63,6 +63,11 @@ Tiling ChooseTiling(const FrameSettings& settings) {
   return tiling;
 }
 
+/// Whether what the scene covers is to be found.
+bool IsMatte(const FrameSettings& settings) {
+  return settings.transparentBackground || settings.backdrop;
+}
+
 bool AreSettingsGood(const FrameSettings& settings, std::string* error) {
   if (settings.width < 1 || settings.height < 1 || settings.width > kMaxPictureSide ||
       settings.height > kMaxPictureSide) {
@@ -78,6 +83,17 @@ bool AreSettingsGood(const FrameSettings& settings, std::string* error) {
   return true;
 }
 
+// Adds a buffer of floats; null when it is not wanted, or with `*isGood` false there is no memory.
+HBitmapBuffer* AddFloats(bool isWanted, const char* name, int channels, HBitmapNode* picture,
+                         bool* isGood) {
+  if (!isWanted || !*isGood) return nullptr;
+  auto* buffer = new HBitmapBuffer(name, HBitmapBuffer::kFloatChannel, channels,
+                                   picture->GetWidth(), picture->GetHeight());
+  picture->AddBuffer(buffer);
+  *isGood = buffer->AllocateData(0) != 0;
+  return buffer;
+}
+
 }  // namespace
 
 struct FrameRenderer::State {
@@ -87,7 +103,7 @@ struct FrameRenderer::State {
   BitmapPtr RenderTiles(const FrameSettings& settings, const Tiling& tiling, std::string* error);
   BitmapPtr Render(const FrameSettings& settings, const View& view, const Tiling& tiling,
                    std::string* error);
-  bool AddDepths(const FrameSettings& settings, HBitmapNode* picture, std::string* error);
+  bool AddPasses(const FrameSettings& settings, HBitmapNode* picture, std::string* error);
 
   std::unique_ptr<FramePainter> painter;
   OffScreenSurface surface;
@@ -120,7 +136,7 @@ BitmapPtr FrameRenderer::State::RenderTiles(const FrameSettings& settings, const
     return nullptr;
   }
   int side = settings.samplesPerSide;
-  bool matte = settings.transparentBackground;
+  bool matte = IsMatte(settings);
   // Tiles in the last column and row may reach over the picture's edge; the rest is cut off.
   for (int y = 0; y < settings.height; y += tiling.height) {
     for (int x = 0; x < settings.width; x += tiling.width) {
@@ -138,19 +154,22 @@ BitmapPtr FrameRenderer::State::RenderTiles(const FrameSettings& settings, const
   return picture;
 }
 
-// How far from the eye the centre of each pixel is. The renderer tells the depth of one pixel a
-// call, GetZValue, which takes 570 ms of processor time for 1280 x 720. So the scene is drawn once
-// more, every triangle in a colour of its own, and the distance follows from the triangle that the
-// pixel shows: 60 ms for the sample scene, 230 for a million triangles, and in full precision,
-// where the depth buffer's falls off with the distance.
-bool FrameRenderer::State::AddDepths(const FrameSettings& settings, HBitmapNode* picture,
+// What is seen at the centre of each pixel, and how far from the eye it is. The renderer tells the
+// depth of one pixel a call, GetZValue, which takes 570 ms of processor time for 1280 x 720. So the
+// scene is drawn once more, every triangle in a colour of its own, and the distance follows from
+// the triangle that the pixel shows: 60 ms for the sample scene, 230 for a million triangles, and
+// in full precision, where the depth buffer's falls off with the distance.
+bool FrameRenderer::State::AddPasses(const FrameSettings& settings, HBitmapNode* picture,
                                      std::string* error) {
   auto start = Clock::now();
-  auto* depths =
-      new HBitmapBuffer("Depth", HBitmapBuffer::kFloatChannel, 1, settings.width, settings.height);
-  picture->AddBuffer(depths);
-  *error = "memory ran out: choose a smaller picture, or do without depth";
-  if (!depths->AllocateData(0)) return false;
+  bool isGood = true;
+  SeenBuffers buffers;
+  buffers.depths = AddFloats(settings.depth, "Depth", 1, picture, &isGood);
+  buffers.normals = AddFloats(settings.normals, "Normal", 3, picture, &isGood);
+  buffers.objects = AddFloats(settings.objectIds, "ObjectId", 1, picture, &isGood);
+  buffers.materials = AddFloats(settings.materialIds, "MaterialId", 1, picture, &isGood);
+  *error = "memory ran out: choose a smaller picture, or do without depth and passes";
+  if (!isGood) return false;
   for (int y = 0; y < settings.height; y += surface.Height()) {
     for (int x = 0; x < settings.width; x += surface.Width()) {
       // The surface stays as large as it is for samples. What is read is at its lower left.
@@ -159,13 +178,14 @@ bool FrameRenderer::State::AddDepths(const FrameSettings& settings, HBitmapNode*
       const PixelWindow window{x, y + pixels.height - surface.Height(), surface.Width(),
                                surface.Height()};
       if (!painter->PaintIds(surface.Target(), window, &seen)) {
-        *error = fmt::format("a model of more than {} triangles has no depth: do without it",
-                             SeenSurfaces::kMost);
+        *error =
+            fmt::format("a model of more than {} triangles has no depth and passes: do without",
+                        SeenSurfaces::kMost);
         return false;
       }
       const BitmapPtr ids = surface.Read(pixels.width, pixels.height);
       if (!ids) return false;
-      painter->FillDepths(seen, *ids->FindBuffer("ColorAlpha"), pixels, depths);
+      painter->FillPasses(seen, *ids->FindBuffer("ColorAlpha"), pixels, buffers);
     }
   }
   error->clear();
@@ -179,15 +199,21 @@ BitmapPtr FrameRenderer::State::Render(const FrameSettings& settings, const View
   if (!surface.Ensure(tiling.width * side, tiling.height * side, error)) return nullptr;
   rendererName = platform::CurrentRenderer() + ", OpenGL " + platform::CurrentVersion();
   painter->Begin(settings, view);
-  const bool direct = side == 1 && !settings.transparentBackground &&
-                      tiling.width == settings.width && tiling.height == settings.height;
+  const bool direct = side == 1 && !IsMatte(settings) && tiling.width == settings.width &&
+                      tiling.height == settings.height;
   BitmapPtr picture =
       direct ? DrawAndRead({0, 0, settings.width, settings.height}, settings.background, error)
              : RenderTiles(settings, tiling, error);
+  if (picture && settings.backdrop) {
+    PutPixelsBehind(*settings.backdrop->FindBuffer("ColorAlpha"),
+                    picture->FindBuffer("ColorAlpha"));
+  }
   if (!picture || !layers.LayOver(settings, picture->FindBuffer("ColorAlpha"), error)) {
     return nullptr;
   }
-  if (settings.depth && !AddDepths(settings, picture.get(), error)) return nullptr;
+  const bool hasPasses =
+      settings.depth || settings.normals || settings.objectIds || settings.materialIds;
+  if (hasPasses && !AddPasses(settings, picture.get(), error)) return nullptr;
   return picture;
 }
 

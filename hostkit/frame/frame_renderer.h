@@ -34,10 +34,13 @@ class FrameRenderer {
   /// more, Render ends soon without a bitmap and with an empty `*error`.
   void SetPause(Pause pause);
 
-  /// Draws a frame and reads it back, with a "Depth" buffer when the settings ask for it: the
-  /// distance from the eye along the view, in world units, of what is at a pixel's centre, and
-  /// 1e30 where there is nothing. Depth is that of the model's surfaces, lines and points in every
-  /// mode; what can be seen through counts as solid. On failure returns a picture without bitmap
+  /// Draws a frame and reads it back, with buffers of floats when the settings ask for them, of
+  /// what is at a pixel's centre. "Depth": the distance from the eye along the view, in world
+  /// units, and 1e30 where there is nothing. "Normal": three channels, the surface's unit normal in
+  /// view space on the side that is seen, smooth where it is drawn so. "ObjectId", "MaterialId":
+  /// the scene's instance or material, counted from 1. 0 where there is nothing. They are those of
+  /// the model's surfaces, lines and points in every mode; what can be seen through counts as
+  /// solid. On failure returns a picture without bitmap
   /// and one line in `*error`: a size that the device cannot draw (with the limit), memory, no
   /// context.
   Picture Render(const FrameSettings& settings, const View& view, std::string* error);

@@ -18,4 +18,7 @@ void ResolveSamples(const HBitmapBuffer& onBlack, const HBitmapBuffer* onWhite, 
 /// premultiplied alpha.
 void LayPixelsOver(const HBitmapBuffer& layer, int x, int y, HBitmapBuffer* pixels);
 
+/// Puts `backdrop`, of the same size and kind, behind `*pixels`.
+void PutPixelsBehind(const HBitmapBuffer& backdrop, HBitmapBuffer* pixels);
+
 }  // namespace hostkit

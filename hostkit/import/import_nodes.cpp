@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <string>
 #include <utility>
 
 #include "host/Lights.h"
@@ -143,6 +144,12 @@ bool ImportLight(const ImportContext& context, const aiLight& source, const V3d&
   return light->intensity > 0 && std::isfinite(light->intensity);
 }
 
+/// Empty for the nodes that the library puts between those of FBX files.
+std::string NameOfNode(const aiNode& node) {
+  const std::string name = node.mName.C_Str();
+  return name.find("$AssimpFbx$") == std::string::npos ? name : "";
+}
+
 }  // namespace
 
 M44f ToMatrix(const aiMatrix4x4& m) {
@@ -159,10 +166,16 @@ std::vector<const aiNode*> ImportInstances(const ImportContext& context,
                                            const std::vector<int>& meshes) {
   std::vector<const aiNode*> nodes;
   if (!context.source->mRootNode) return nodes;
+  struct Pending {
+    const aiNode* node;
+    M44d parentToWorld;
+    int above;  // the parent's name
+  };
+  std::vector<SceneNodeName>& names = context.scene->nodeNames;
   // A stack of our own: files may nest deeper than the program's stack is.
-  std::vector<std::pair<const aiNode*, M44d>> pending{{context.source->mRootNode, M44d()}};
+  std::vector<Pending> pending{{context.source->mRootNode, M44d(), -1}};
   while (!pending.empty()) {
-    const auto [node, parentToWorld] = pending.back();
+    const auto [node, parentToWorld, above] = pending.back();
     pending.pop_back();
     const M44d exact = M44d(ToMatrix(node->mTransformation)) * parentToWorld;
     const M44f toWorld(exact);
@@ -173,17 +186,19 @@ std::vector<const aiNode*> ImportInstances(const ImportContext& context,
                       context.path, NameForMessage(node->mName.C_Str())));
       continue;
     }
+    const int name = static_cast<int>(names.size());
+    names.push_back({NameOfNode(*node), above});
     for (unsigned i = 0; i < node->mNumMeshes; ++i) {
       const unsigned mesh = node->mMeshes[i];
       if (mesh < meshes.size() && meshes[mesh] >= 0) {
-        context.scene->instances.push_back({meshes[mesh], toWorld});
+        context.scene->instances.push_back({meshes[mesh], toWorld, name});
         context.places->instances.push_back(exact);
         nodes.push_back(node);
       }
     }
     // Importers may leave gaps among the children (RAW files with colours do).
     for (unsigned i = node->mNumChildren; i > 0; --i) {
-      if (node->mChildren[i - 1]) pending.emplace_back(node->mChildren[i - 1], exact);
+      if (node->mChildren[i - 1]) pending.push_back({node->mChildren[i - 1], exact, name});
     }
   }
   return nodes;

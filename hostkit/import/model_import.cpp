@@ -2,23 +2,29 @@
 #include "hostkit/import/model_import.h"
 
 #include <assimp/importerdesc.h>
+#include <assimp/material.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 #include <fmt/format.h>
 #include <strings.h>
 
+#include <algorithm>
 #include <assimp/Importer.hpp>
+#include <cctype>
+#include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <exception>
 #include <filesystem>
 #include <new>
 #include <optional>
+#include <sstream>
 #include <system_error>
 #include <utility>
 #include <vector>
 
 #include "hostkit/import/archive_check.h"
+#include "hostkit/import/collada_xml.h"
 #include "hostkit/import/gltf/gltf_reader.h"
 #include "hostkit/import/import_animations.h"
 #include "hostkit/import/import_checks.h"
@@ -72,10 +78,7 @@ std::string OneLine(std::string text) {
   return text.empty() ? "the import library gives no reason" : text;
 }
 
-SourceFormat FormatOf(const Assimp::Importer& importer) {
-  const int index = importer.GetPropertyInteger("importerIndex", -1);
-  const aiImporterDesc* info =
-      index < 0 ? nullptr : importer.GetImporterInfo(static_cast<std::size_t>(index));
+SourceFormat FormatOf(const aiImporterDesc* info) {
   if (!info) return SourceFormat::kOther;
   constexpr std::pair<const char*, SourceFormat> kKnown[] = {
       {"Collada Importer", SourceFormat::kCollada},
@@ -95,10 +98,50 @@ bool CheckArchive(const ModelFiles& files, std::string* error) {
   return fault.empty();
 }
 
+/// Pictures that are laid on as on a sphere, a cylinder or a plane get texture coordinates. The
+/// library does that for meshes alone whose corners share no vertices, and refuses others.
+unsigned StepsFor(const aiScene& source) {
+  if ((source.mFlags & AI_SCENE_FLAGS_NON_VERBOSE_FORMAT) != 0) return kSteps;
+  for (unsigned m = 0; m < source.mNumMaterials; ++m) {
+    const aiMaterial& material = *source.mMaterials[m];
+    for (unsigned p = 0; p < material.mNumProperties; ++p) {
+      const aiMaterialProperty& property = *material.mProperties[p];
+      int mapping = aiTextureMapping_UV;
+      if (std::strcmp(property.mKey.C_Str(), _AI_MATKEY_MAPPING_BASE) == 0 &&
+          material.Get(_AI_MATKEY_MAPPING_BASE, property.mSemantic, property.mIndex, mapping) ==
+              aiReturn_SUCCESS &&
+          mapping != aiTextureMapping_UV) {
+        return kSteps | aiProcess_GenUVCoords;
+      }
+    }
+  }
+  return kSteps;
+}
+
+/// What is taken of a COLLADA file before the import library reads it.
+struct ColladaSource {
+  std::optional<ColladaFacts> facts;
+  ColladaMorphs morphs;
+  std::string replaced;  ///< What the library reads instead; empty: the file.
+
+  void Load(const ModelFiles& files) {
+    pugi::xml_document document;
+    if (!collada::Load(files, document)) return;
+    facts.emplace(document);
+    // What is in archives is the library's, with pictures and all.
+    const std::string suffix = fs::path(files.ModelPath()).extension().string();
+    if (strcasecmp(suffix.c_str(), ".dae") != 0 || !morphs.TakeFrom(document)) return;
+    std::ostringstream text;
+    document.save(text, "", pugi::format_raw);
+    replaced = std::move(text).str();
+  }
+};
+
 /// Reads the file, checks what was read, and then takes the steps. `*warnings` gets a line for each
 /// thing that is not as the file says.
 const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
-                          std::vector<std::string>* warnings, std::string* error) {
+                          ColladaSource& collada, std::vector<std::string>* warnings,
+                          std::string* error) {
   const std::string& path = files.ModelPath();
   const std::string suffix = fs::path(path).extension().string();
   if (suffix.empty()) {
@@ -114,13 +157,17 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
     return nullptr;
   }
   if (!CheckArchive(files, error)) return nullptr;
-  importer.SetIOHandler(new ModelIo(files, *warnings));  // the importer's from here on
+  collada.Load(files);
+  // The importer's from here on.
+  importer.SetIOHandler(new ModelIo(files, collada.replaced, *warnings));
   const aiScene* source = importer.ReadFile(path, 0);
   if (source) {
     // The importer owns it, and hands it out for reading only; nothing else refers to it yet.
-    const std::size_t dropped = CheckSource(const_cast<aiScene&>(*source));
+    auto& mutableSource = const_cast<aiScene&>(*source);
+    const std::size_t dropped = CheckSource(mutableSource);
+    collada.morphs.TakeNumbers(mutableSource);
     if (dropped > 0) warnings->push_back(MissingVerticesText(path, dropped));
-    source = importer.ApplyPostProcessing(kSteps);
+    source = importer.ApplyPostProcessing(StepsFor(*source));
   }
   if (source) return source;
   // A file that it names and does not get is likely to be why, and tells the remedy.
@@ -132,18 +179,58 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
   return nullptr;
 }
 
-/// The readers of single formats; other files are the import library's.
-constexpr std::pair<const char*, ReadModel> kReaders[] = {
-    {".3mf", ReadThreeMf}, {".glb", ReadGltf}, {".gltf", ReadGltf}, {".obj", ReadObj},
-    {".ply", ReadPly},     {".stl", ReadStl},  {".vrm", ReadGltf},
+/// A reader of a single format.
+struct FormatReader {
+  const char* suffix;
+  const char* format;
+  ReadModel read;
+};
+/// Other files are the import library's.
+constexpr FormatReader kReaders[] = {
+    {".3mf", "3MF", ReadThreeMf},
+    {".glb", "glTF 2.0, binary", ReadGltf},
+    {".gltf", "glTF 2.0", ReadGltf},
+    {".obj", "OBJ", ReadObj},
+    {".ply", "PLY", ReadPly},
+    {".stl", "STL", ReadStl},
+    {".vrm", "VRM (glTF 2.0, binary)", ReadGltf},
 };
 
-ReadModel ReaderOf(const std::string& path) {
+const FormatReader* ReaderOf(const std::string& path) {
   const std::string suffix = fs::path(path).extension().string();
-  for (const auto& [known, reader] : kReaders) {
-    if (strcasecmp(known, suffix.c_str()) == 0) return reader;
+  for (const FormatReader& reader : kReaders) {
+    if (strcasecmp(reader.suffix, suffix.c_str()) == 0) return &reader;
   }
   return nullptr;
+}
+
+/// What the library calls a format, without what it says of its own part in it.
+std::string FormatName(const aiImporterDesc& info) {
+  const std::string name = info.mName ? info.mName : "";
+  for (const char* word : {" Importer", " Reader", " importer", " reader"}) {
+    if (const std::size_t at = name.find(word); at != std::string::npos) return name.substr(0, at);
+  }
+  return name;
+}
+
+/// The library's account of the file that it has read; null without one.
+const aiImporterDesc* InfoOf(const Assimp::Importer& importer) {
+  const int index = importer.GetPropertyInteger("importerIndex", -1);
+  return index < 0 ? nullptr : importer.GetImporterInfo(static_cast<std::size_t>(index));
+}
+
+/// Metres a unit of the scene's coordinates, 0 where the file does not say. The library has turned
+/// COLLADA's into metres.
+double MetersPerUnit(const ImportContext& context) {
+  if (context.format == SourceFormat::kCollada) return 1;
+  double centimeters = 0;
+  float single = 0;
+  const aiMetadata* data = context.source->mMetaData;
+  if (!data) return 0;
+  if (!data->Get("UnitScaleFactor", centimeters) && data->Get("UnitScaleFactor", single)) {
+    centimeters = static_cast<double>(single);
+  }
+  return std::isfinite(centimeters) && centimeters > 0 ? centimeters / 100 : 0;
 }
 
 /// False, and says why, where a scene is chosen and the format has none.
@@ -160,14 +247,18 @@ bool ReadByLibrary(const ModelSource& source, std::string* error) {
   auto owner = std::make_unique<Assimp::Importer>();
   Assimp::Importer& importer = source.options.leavesMemory ? *owner.release() : *owner;
   ImportContext context;
-  context.source = ReadSource(importer, source.files, &source.scene.warnings, error);
+  ColladaSource collada;
+  context.source = ReadSource(importer, source.files, collada, &source.scene.warnings, error);
   if (!context.source) return false;
   context.path = source.files.ModelPath();
-  context.format = FormatOf(importer);
+  const aiImporterDesc* info = InfoOf(importer);
+  context.format = FormatOf(info);
+  source.scene.facts.format = info ? FormatName(*info) : "";
+  source.scene.facts.metersPerUnit = MetersPerUnit(context);
   context.scene = &source.scene;
   context.places = &source.places;
-  std::optional<ColladaFacts> collada;
-  if (context.format == SourceFormat::kCollada) context.collada = &collada.emplace(source.files);
+  if (collada.facts) context.collada = &*collada.facts;
+  if (!collada.replaced.empty()) context.morphs = &collada.morphs;
   if (context.collada && (context.source->mFlags & AI_SCENE_FLAGS_INCOMPLETE) != 0) {
     // The library puts pyramids between the nodes of such files.
     context.Warn(
@@ -201,9 +292,10 @@ std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& opti
   PictureStore pictures(*scene, files);
   ExactPlaces places;
   const ModelSource source{files, options, *scene, pictures, places};
-  const ReadModel reader = ReaderOf(path);
-  if (reader != ReadGltf && !CheckChoice(source, error)) return nullptr;
-  bool isRead = reader && reader(source, error);
+  const FormatReader* reader = ReaderOf(path);
+  if ((!reader || reader->read != ReadGltf) && !CheckChoice(source, error)) return nullptr;
+  bool isRead = reader && reader->read(source, error);
+  if (isRead) scene->facts.format = reader->format;
   const bool isLibrarys = !isRead && error->empty();
   if (isLibrarys) isRead = ReadByLibrary(source, error);
   if (!isRead || !HasContent(*scene, path, error)) return nullptr;
@@ -215,6 +307,29 @@ std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& opti
 }
 
 }  // namespace
+
+std::vector<ModelKind> ModelKinds() {
+  std::vector<ModelKind> kinds;
+  const auto add = [&kinds](const std::string& suffix, const std::string& format) {
+    const auto isKnown = [&](const ModelKind& kind) { return kind.suffix == suffix; };
+    if (std::any_of(kinds.begin(), kinds.end(), isKnown)) return;
+    kinds.push_back({suffix, format});
+  };
+  for (const FormatReader& reader : kReaders) add(reader.suffix, reader.format);
+  const Assimp::Importer importer;
+  for (std::size_t i = 0; i < importer.GetImporterCount(); ++i) {
+    const aiImporterDesc* info = importer.GetImporterInfo(i);
+    if (!info || !info->mFileExtensions) continue;
+    std::istringstream suffixes(info->mFileExtensions);
+    for (std::string suffix; suffixes >> suffix;) {
+      for (char& c : suffix) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+      add("." + suffix.substr(suffix.find_first_not_of("*.")), FormatName(*info));
+    }
+  }
+  std::sort(kinds.begin(), kinds.end(),
+            [](const ModelKind& a, const ModelKind& b) { return a.suffix < b.suffix; });
+  return kinds;
+}
 
 std::unique_ptr<Scene> ImportModel(const std::string& path, std::string* error,
                                    const ImportOptions& options) {

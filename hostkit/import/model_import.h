@@ -44,6 +44,15 @@ struct ImportOptions {
 std::unique_ptr<Scene> ImportModel(const std::string& path, std::string* error,
                                    const ImportOptions& options = {});
 
+/// A kind of model files.
+struct ModelKind {
+  std::string suffix;  ///< In small letters, with its dot.
+  std::string format;  ///< For people.
+};
+
+/// All kinds that ImportModel reads, by their suffixes.
+std::vector<ModelKind> ModelKinds();
+
 /// The folders that importing a model at `path` may read: its own, and its neighbours where they
 /// are allowed and there. For whoever confines the process. Where `path` is a link, the file that
 /// it leads to may lie in none of them.

@@ -18,6 +18,7 @@
 #include <cmath>
 #include <csignal>
 #include <cstring>
+#include <sstream>
 #include <utility>
 
 #include "hostkit/isolated/import_protocol.h"
@@ -132,8 +133,13 @@ int LiftedAbove(int descriptor) {
 
 ImportProcess::ImportProcess(std::vector<std::string> models, const ImportLimits& limits,
                              std::string scene)
+    : ImportProcess(limits.confined ? kConfinedWord : kOpenWord, std::move(models), limits,
+                    std::move(scene)) {}
+
+ImportProcess::ImportProcess(const char* work, std::vector<std::string> models,
+                             const ImportLimits& limits, std::string scene)
     : m_models(std::move(models)), m_limits(limits), m_scene(std::move(scene)) {
-  m_why = Start();
+  m_why = Start(work);
   if (!m_why.empty()) m_end = ImportEnd::kFailed;
 }
 
@@ -148,7 +154,7 @@ ImportProcess::~ImportProcess() {
 }
 
 /// What prevents it, or an empty text.
-std::string ImportProcess::Start() {
+std::string ImportProcess::Start(const char* work) {
   std::array<int, 2> line{};
   if (pipe2(line.data(), O_CLOEXEC) != 0) return SystemError("no pipe can be made", errno);
   m_progress = line[0];
@@ -159,8 +165,7 @@ std::string ImportProcess::Start() {
     if (progress >= 0) close(progress);
     return why;
   }
-  std::vector<std::string> words = {ProgramPath(), std::to_string(getpid()),
-                                    m_limits.confined ? kConfinedWord : kOpenWord, m_scene};
+  std::vector<std::string> words = {ProgramPath(), std::to_string(getpid()), work, m_scene};
   words.insert(words.end(), m_models.begin(), m_models.end());
   const int failure = Spawn(words, progress, m_memory, m_limits.showsMessages, &m_process);
   close(progress);
@@ -202,7 +207,7 @@ void ImportProcess::KeepLimits() {
   }
   const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - m_start;
   if (m_limits.seconds > 0 && taken.count() > m_limits.seconds) {
-    return Kill(ImportEnd::kUnreadable,
+    return Kill(ImportEnd::kLate,
                 fmt::format("{}: importing it took beyond {} s; allow more or use a smaller model",
                             Model(), m_limits.seconds));
   }
@@ -227,6 +232,14 @@ void ImportProcess::Follow(const Begins& begins) {
 
 ImportEnd ImportProcess::Finish(const Begins& begins, std::unique_ptr<Scene>* scene,
                                 std::string* error) {
+  ImportEnd end = Wait(begins, error);
+  if (end == ImportEnd::kDone) end = TakeScene(m_memory, Model(), scene, error);
+  m_milliseconds =
+      std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - m_start).count();
+  return end;
+}
+
+ImportEnd ImportProcess::Wait(const Begins& begins, std::string* error) {
   if (m_process < 0) {
     *error = m_why;
     return m_end;
@@ -236,20 +249,17 @@ ImportEnd ImportProcess::Finish(const Begins& begins, std::unique_ptr<Scene>* sc
   while (waitpid(m_process, &status, 0) < 0 && errno == EINTR) {
   }
   m_process = -1;
-  const ImportEnd end = Judge(status, scene, error);
-  m_milliseconds =
-      std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - m_start).count();
-  return end;
+  return Judge(status, error);
 }
 
-ImportEnd ImportProcess::Judge(int status, std::unique_ptr<Scene>* scene, std::string* error) {
+ImportEnd ImportProcess::Judge(int status, std::string* error) const {
   if (m_end != ImportEnd::kDone) {
     *error = m_why;
     return m_end;
   }
   switch (m_lastWord) {
     case kSceneIsThere:
-      return TakeScene(scene, error);
+      return ImportEnd::kDone;
     case kImportFailed:
       *error = TakeText();
       return ImportEnd::kUnreadable;
@@ -279,6 +289,7 @@ std::string ImportProcess::DeathText(int status, ImportEnd* end) const {
       *end = ImportEnd::kFailed;
       return fmt::format("{}was ended from outside ({}); try again", importing, strsignal(number));
     case SIGXCPU:
+      *end = ImportEnd::kLate;
       return fmt::format(
           "{}took more than {:.0f} s of processor time; allow more or use a smaller "
           "model",
@@ -304,27 +315,42 @@ std::string ImportProcess::TakeText() const {
   return text.empty() ? Model() + ": importing it failed without a reason; " + kExportRemedy : text;
 }
 
-ImportEnd ImportProcess::TakeScene(std::unique_ptr<Scene>* scene, std::string* error) const {
+ImportEnd TakeScene(int memory, const std::string& model, std::unique_ptr<Scene>* scene,
+                    std::string* error) {
   // Whoever still could write to it would change it between the look and the use.
-  if (fcntl(m_memory, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE) != 0) {
-    *error = Model() + ": what importing it left is still in use; do not trust the file";
+  if (fcntl(memory, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE) != 0) {
+    *error = model + ": what importing it left is still in use; do not trust the file";
     return ImportEnd::kUnreadable;
   }
-  const std::size_t size = SizeOf(m_memory);
-  const Mapping mapping(m_memory, size);
+  const std::size_t size = SizeOf(memory);
+  const Mapping mapping(memory, size);
   if (!mapping.Bytes()) {
-    *error = SystemError((Model() + ": the imported scene cannot be had").c_str(), errno);
+    *error = SystemError((model + ": the imported scene cannot be had").c_str(), errno);
     return ImportEnd::kFailed;
   }
   std::string why;
   std::unique_ptr<Scene> taken = ReadScene(mapping.Bytes(), size, &why);
   if (!taken) {
     *error =
-        fmt::format("{}: importing it left no sound scene ({}); {}", Model(), why, kExportRemedy);
+        fmt::format("{}: importing it left no sound scene ({}); {}", model, why, kExportRemedy);
     return ImportEnd::kUnreadable;
   }
   *scene = std::move(taken);
   return ImportEnd::kDone;
+}
+
+bool ListImportKinds(std::vector<ImportKind>* kinds, std::string* error) {
+  ImportProcess process(kKindsWord, {kImportProgram}, {}, {});
+  if (process.Wait({}, error) != ImportEnd::kDone) return false;
+  std::string text(SizeOf(process.Memory()), '\0');
+  if (pread(process.Memory(), text.data(), text.size(), 0) < 0) return false;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    const std::size_t blank = line.find(' ');
+    if (blank != std::string::npos)
+      kinds->push_back({line.substr(0, blank), line.substr(blank + 1)});
+  }
+  return true;
 }
 
 }  // namespace hostkit

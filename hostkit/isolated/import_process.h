@@ -36,11 +36,27 @@ struct ImportLimits {
 /// How an import ended.
 enum class ImportEnd {
   kDone,         ///< There is a scene.
-  kUnreadable,   ///< A model cannot be read, or importing it crashed or went beyond a limit.
+  kUnreadable,   ///< A model cannot be read, or importing it crashed or took too much memory.
+  kLate,         ///< Importing it took longer than it may.
   kNotConfined,  ///< The kernel lacks what `confined` asks for.
   kFailed,       ///< No fault of a model: the process could not be started, or was killed.
   kCancelled,    ///< As ImportLimits::cancelled asked.
 };
+
+/// The second half of ImportProcess::Finish: looks at what the import of `model` left in shared
+/// memory, and takes the scene out of it.
+ImportEnd TakeScene(int memory, const std::string& model, std::unique_ptr<Scene>* scene,
+                    std::string* error);
+
+/// A kind of model files that can be imported.
+struct ImportKind {
+  std::string suffix;  ///< In small letters, with its dot.
+  std::string format;  ///< For people.
+};
+
+/// All kinds, by their suffixes, as the importing process tells them. False with one line in
+/// `*error` when it cannot be asked.
+bool ListImportKinds(std::vector<ImportKind>* kinds, std::string* error);
 
 /// An import that goes on beside what else is done. To be used by one thread.
 class ImportProcess {
@@ -61,19 +77,28 @@ class ImportProcess {
   ImportEnd Finish(const std::function<void(const std::string& model)>& begins,
                    std::unique_ptr<Scene>* scene, std::string* error);
 
+  /// The first half of Finish: waits for the end of the process. After kDone what it left is in
+  /// Memory(), and not looked at yet.
+  ImportEnd Wait(const std::function<void(const std::string& model)>& begins, std::string* error);
+  /// The shared memory with the scene; it goes with this.
+  int Memory() const { return m_memory; }
+
   /// After kDone: milliseconds that the process took, with the look at what it left.
   double Milliseconds() const { return m_milliseconds; }
 
  private:
   using Begins = std::function<void(const std::string& model)>;
+  friend bool ListImportKinds(std::vector<ImportKind>* kinds, std::string* error);
 
-  std::string Start();
+  /// `work` is a word of the protocol.
+  ImportProcess(const char* work, std::vector<std::string> models, const ImportLimits& limits,
+                std::string scene);
+  std::string Start(const char* work);
   void Follow(const Begins& begins);
   bool ReadProgress(const Begins& begins);
   void KeepLimits();
   void Kill(ImportEnd end, const std::string& why);
-  ImportEnd Judge(int status, std::unique_ptr<Scene>* scene, std::string* error);
-  ImportEnd TakeScene(std::unique_ptr<Scene>* scene, std::string* error) const;
+  ImportEnd Judge(int status, std::string* error) const;
   std::string TakeText() const;
   std::string DeathText(int status, ImportEnd* end) const;
   /// The model whose turn it is.

@@ -21,4 +21,8 @@ inline constexpr int kSceneArgument = 3, kFirstModelArgument = 4;
 inline constexpr const char* kConfinedWord = "confined";
 inline constexpr const char* kOpenWord = "open";
 
+/// In place of those two: it reads no model, and puts into the memory what it could read: a suffix,
+/// a blank and the format's name in each line.
+inline constexpr const char* kKindsWord = "kinds";
+
 }  // namespace hostkit

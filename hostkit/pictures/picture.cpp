@@ -3,60 +3,49 @@
 
 #include <fmt/format.h>
 
-#include <cctype>
+#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <filesystem>
+#include <iterator>
 #include <new>
 
 #include "hostkit/pictures/picture_encoders.h"
 #include "hostkit/pictures/picture_file.h"
+#include "hostkit/pictures/picture_formats.h"
 
 namespace hostkit {
 namespace {
 
-using Encoder = bool (*)(std::FILE*, const PicturePixels&, const Recipe&, const PictureOptions&,
-                         std::string*);
+/// By PictureKind; null where a kind is not written.
+constexpr PictureEncoder kEncoders[] = {EncodePng, EncodeExr, EncodeJpeg, EncodeWebp, EncodeTiff,
+                                        EncodePpm, nullptr,   nullptr,    nullptr};
+static_assert(std::size(kEncoders) == std::size(kPictureFormats));
 
-bool Png(std::FILE* stream, const PicturePixels& pixels, const Recipe& recipe,
-         const PictureOptions&, std::string* reason) {
-  return EncodePng(stream, pixels, recipe, reason);
-}
-bool Exr(std::FILE* stream, const PicturePixels& pixels, const Recipe& recipe,
-         const PictureOptions&, std::string* reason) {
-  return EncodeExr(stream, pixels, recipe, reason);
-}
-bool Jpeg(std::FILE* stream, const PicturePixels& pixels, const Recipe& recipe,
-          const PictureOptions& options, std::string* reason) {
-  return EncodeJpeg(stream, pixels, recipe, options.jpegQuality, reason);
-}
-
-struct FileKind {
-  const char* suffix;
-  Encoder encode;
+/// A buffer of floats, and the channels of OpenEXR files that it becomes.
+struct PassBuffer {
+  const char* buffer;
+  bool isDepth;
+  std::array<const char*, 3> channels;
 };
-constexpr FileKind kFileKinds[] = {{".png", Png}, {".exr", Exr}, {".jpg", Jpeg}, {".jpeg", Jpeg}};
+constexpr PassBuffer kPassBuffers[] = {{"Depth", true, {"Z"}},
+                                       {"Normal", false, {"N.X", "N.Y", "N.Z"}},
+                                       {"ObjectId", false, {"objectid"}},
+                                       {"MaterialId", false, {"materialid"}}};
 
-const FileKind* FindKind(const std::string& path) {
-  std::string suffix = std::filesystem::path(path).extension().string();
-  for (char& c : suffix) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  for (const FileKind& kind : kFileKinds) {
-    if (suffix == kind.suffix) return &kind;
+void DescribePass(const Picture& picture, const PassBuffer& pass, PicturePixels* pixels) {
+  HBitmapBuffer* values = picture.bitmap->FindBuffer(pass.buffer);
+  if (!values || !values->Data() || values->Type() != HBitmapBuffer::kFloatChannel ||
+      values->Width() != pixels->width || values->Height() != pixels->height) {
+    return;
   }
-  return nullptr;
-}
-
-void DescribeDepths(const Picture& picture, PicturePixels* pixels) {
-  HBitmapBuffer* depths = picture.bitmap->FindBuffer("Depth");
-  if (depths && depths->Data() && depths->Type() == HBitmapBuffer::kFloatChannel &&
-      depths->Width() == pixels->width && depths->Height() == pixels->height) {
-    pixels->depths = static_cast<const float*>(depths->Data());
-    pixels->depthPixelStep = depths->PixelStep();
-    pixels->depthRowStep = depths->RowStep();
+  for (int i = 0; i < values->Channels() && i < 3 && pass.channels[i]; ++i) {
+    pixels->passes.push_back({pass.channels[i], static_cast<const float*>(values->Data()) + i,
+                              values->PixelStep(), values->RowStep()});
   }
 }
 
-// False when the picture holds no colours of the promised kind, or not what is to be written.
+}  // namespace
+
 bool DescribePixels(const Picture& picture, const PictureOptions& options, PicturePixels* pixels) {
   if (!picture.bitmap) return false;
   HBitmapBuffer* colors = picture.bitmap->FindBuffer("ColorAlpha");
@@ -69,40 +58,48 @@ bool DescribePixels(const Picture& picture, const PictureOptions& options, Pictu
   pixels->hasAlpha = picture.hasAlpha;
   pixels->colors = static_cast<const std::uint16_t*>(colors->Data());
   pixels->colorRowStep = colors->RowStep();
-  if (options.depth) DescribeDepths(picture, pixels);
+  for (const PassBuffer& pass : kPassBuffers) {
+    if (pass.isDepth ? options.depth : options.passes) DescribePass(picture, pass, pixels);
+  }
   if (!options.colors) pixels->colors = nullptr;
-  return pixels->colors || pixels->depths;
+  return pixels->colors || !pixels->passes.empty();
 }
 
-}  // namespace
-
 bool IsPictureSuffixKnown(const std::string& path, std::string* error) {
-  if (FindKind(path)) return true;
-  std::string known;
-  for (const FileKind& kind : kFileKinds)
-    known += (known.empty() ? "" : ", ") + std::string(kind.suffix);
-  *error = fmt::format("{}: the suffix names no known kind of picture; use one of {}", path, known);
+  if (FindWrittenFormat(path)) return true;
+  *error = fmt::format("{}: the suffix names no kind of picture that is written; use one of {}",
+                       path, WrittenSuffixes());
+  return false;
+}
+
+bool EncodePicture(std::FILE* stream, const std::string& name, const Picture& picture,
+                   const Recipe& recipe, const PictureOptions& options, std::string* reason) {
+  const PictureFormat& format = *FindWrittenFormat(name);
+  PicturePixels pixels;
+  try {
+    if (DescribePixels(picture, options, &pixels)) {
+      return kEncoders[static_cast<std::size_t>(format.kind)](stream, pixels, recipe, options,
+                                                              reason);
+    }
+    *reason = "the picture is empty; render it again";
+  } catch (const std::bad_alloc&) {
+    *reason = "memory ran out; try a smaller picture";
+  }
   return false;
 }
 
 bool WritePicture(const std::string& path, const Picture& picture, const Recipe& recipe,
                   const PictureOptions& options, std::string* error) {
   if (!IsPictureSuffixKnown(path, error)) return false;
-  std::string reason = "the picture is empty; render it again";
-  if (!options.colors && FindKind(path)->encode != Exr) {
+  if (!options.colors && !FindWrittenFormat(path)->keepsPasses) {
     *error = fmt::format("{}: cannot hold distances alone; use .exr", path);
     return false;
   }
-  PicturePixels pixels;
   PictureFile file;
-  bool good = false;
-  try {
-    good = DescribePixels(picture, options, &pixels) && file.Open(path, &reason) &&
-           FindKind(path)->encode(file.Stream(), pixels, recipe, options, &reason) &&
-           file.Commit(&reason);
-  } catch (const std::bad_alloc&) {
-    reason = "memory ran out; try a smaller picture";
-  }
+  std::string reason;
+  const bool good = file.Open(path, &reason) &&
+                    EncodePicture(file.Stream(), path, picture, recipe, options, &reason) &&
+                    file.Commit(&reason);
   if (!good) *error = fmt::format("{}: cannot be written: {}", path, reason);
   return good;
 }

@@ -1,4 +1,4 @@
-// OpenEXR files: half floats, premultiplied alpha, depth as float.
+// OpenEXR files: half floats, premultiplied alpha, passes as floats.
 #include <Imath/half.h>
 #include <OpenEXR/IexBaseExc.h>
 #include <OpenEXR/ImfChannelList.h>
@@ -9,6 +9,7 @@
 #include <OpenEXR/ImfStandardAttributes.h>
 #include <OpenEXR/ImfStringAttribute.h>
 
+#include <array>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
@@ -19,15 +20,16 @@
 
 #include "hostkit/pictures/picture_encoders.h"
 #include "hostkit/pictures/picture_file.h"
+#include "hostkit/services/pixel_values.h"
 
 namespace hostkit {
 namespace {
 
-// The renderer works on display-referred colour throughout, and the file holds its values as they
-// are, not scene-linear ones as is OpenEXR's convention: this attribute tells that sRGB has to be
-// decoded first. Primaries and white are those of Rec. 709.
+// What the colours stand for. Without the attribute they are linear, as is OpenEXR's convention.
+// Primaries and white are those of Rec. 709 either way.
 constexpr char kEncodingName[] = "gl3:colorEncoding";
-constexpr char kEncoding[] = "display-referred, sRGB-encoded";
+constexpr char kDisplay[] = "display-referred, sRGB-encoded";
+constexpr char kLinear[] = "scene-linear";
 
 // OpenEXR's output on a C stream, which belongs to the caller.
 class ExrStream : public Imf::OStream {
@@ -60,46 +62,85 @@ char* SlicePointer(const void* data) {
   return const_cast<char*>(static_cast<const char*>(data));
 }
 
-void WriteImage(ExrStream& stream, const PicturePixels& pixels, const Recipe& recipe) {
+/// Linear light of every display-referred half float by its bits.
+const std::array<std::uint16_t, 65536>& HalfToLinear() {
+  static const auto table = [] {
+    std::array<std::uint16_t, 65536> light{};
+    for (unsigned bits = 0; bits < light.size(); ++bits) {
+      light[bits] = half(DecodeSrgb(FromHalf(static_cast<std::uint16_t>(bits)))).bits();
+    }
+    return light;
+  }();
+  return table;
+}
+
+/// Row `y` as the file holds it: blue, green, red, alpha. Light without coverage (a glow) has no
+/// straight colour, and is decoded as it is.
+void MakeExrRow(const PicturePixels& pixels, int y, ExrEncoding encoding, std::uint16_t* to) {
+  constexpr std::uint16_t kOne = 0x3c00;
+  const auto& linear = HalfToLinear();
+  const std::uint16_t* from = pixels.colors + y * pixels.colorRowStep;
+  for (int x = 0; x < pixels.width; ++x, from += 4, to += 4) {
+    to[3] = pixels.hasAlpha ? from[3] : kOne;
+    const float alpha = FromHalf(to[3]);
+    const bool isPartial = to[3] != kOne && alpha > 0;
+    for (int c = 0; c < 3; ++c) {
+      if (encoding == ExrEncoding::kDisplay) {
+        to[c] = from[c];
+      } else if (isPartial) {
+        to[c] = half(DecodeSrgb(FromHalf(from[c]) / alpha) * alpha).bits();
+      } else {
+        to[c] = linear[from[c]];
+      }
+    }
+  }
+}
+
+Imf::Header MakeHeader(const PicturePixels& pixels, const Recipe& recipe, ExrEncoding encoding) {
   Imf::Header header(pixels.width, pixels.height);  // display and data window alike
   header.compression() = Imf::ZIP_COMPRESSION;
   Imf::addChromaticities(header, Imf::Chromaticities());  // the default is Rec. 709
-  header.insert(kEncodingName, Imf::StringAttribute(kEncoding));
+  header.insert(kEncodingName,
+                Imf::StringAttribute(encoding == ExrEncoding::kDisplay ? kDisplay : kLinear));
   for (const auto& [name, value] : recipe) {
     if (!name.empty()) header.insert(name, Imf::StringAttribute(value));
   }
+  return header;
+}
 
-  // Opaque pictures get an alpha of one row of ones, used for every row.
-  std::vector<half> ones(static_cast<std::size_t>(pixels.width), half(1.0f));
+void WriteImage(ExrStream& stream, const PicturePixels& pixels, const Recipe& recipe,
+                ExrEncoding encoding) {
+  Imf::Header header = MakeHeader(pixels, recipe, encoding);
+  // One row for all rows.
+  std::vector<std::uint16_t> row(static_cast<std::size_t>(pixels.width) * 4);
   constexpr std::size_t kPixel = 4 * sizeof(half);
-  auto rowBytes = static_cast<std::size_t>(pixels.colorRowStep) * sizeof(half);
   const char* const kNames[] = {"B", "G", "R", "A"};
   Imf::FrameBuffer frame;
-  for (int c = 0; pixels.colors && c < 4; ++c) {
+  for (std::size_t c = 0; pixels.colors && c < 4; ++c) {
     header.channels().insert(kNames[c], Imf::Channel(Imf::HALF));
-    bool filled = c == 3 && !pixels.hasAlpha;
-    frame.insert(kNames[c],
-                 filled ? Imf::Slice(Imf::HALF, SlicePointer(ones.data()), sizeof(half), 0)
-                        : Imf::Slice(Imf::HALF, SlicePointer(pixels.colors + c), kPixel, rowBytes));
+    frame.insert(kNames[c], Imf::Slice(Imf::HALF, SlicePointer(row.data() + c), kPixel, 0));
   }
-  if (pixels.depths) {
-    header.channels().insert("Z", Imf::Channel(Imf::FLOAT));
-    frame.insert("Z", Imf::Slice(Imf::FLOAT, SlicePointer(pixels.depths),
-                                 static_cast<std::size_t>(pixels.depthPixelStep) * sizeof(float),
-                                 static_cast<std::size_t>(pixels.depthRowStep) * sizeof(float)));
+  for (const PassChannel& pass : pixels.passes) {
+    header.channels().insert(pass.name, Imf::Channel(Imf::FLOAT));
+    frame.insert(pass.name, Imf::Slice(Imf::FLOAT, SlicePointer(pass.values),
+                                       static_cast<std::size_t>(pass.pixelStep) * sizeof(float),
+                                       static_cast<std::size_t>(pass.rowStep) * sizeof(float)));
   }
   Imf::OutputFile file(stream, header, 0);
   file.setFrameBuffer(frame);
-  file.writePixels(pixels.height);
+  for (int y = 0; y < pixels.height; ++y) {
+    if (pixels.colors) MakeExrRow(pixels, y, encoding, row.data());
+    file.writePixels(1);
+  }
 }
 
 }  // namespace
 
 bool EncodeExr(std::FILE* stream, const PicturePixels& pixels, const Recipe& recipe,
-               std::string* reason) {
+               const PictureOptions& options, std::string* reason) {
   ExrStream output(stream);
   try {
-    WriteImage(output, pixels, recipe);
+    WriteImage(output, pixels, recipe, options.exrEncoding);
   } catch (const std::exception& exception) {
     *reason = output.ErrorCode()
                   ? WriteErrorText(output.ErrorCode())

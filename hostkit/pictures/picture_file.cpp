@@ -16,8 +16,13 @@ namespace {
 /// Why nothing new can be made in a folder.
 std::string FolderErrorText(int code, const std::string& folder) {
   switch (code) {
-    case ENOENT:
-      return fmt::format("the folder '{}' does not exist; create it first", folder);
+    case ENOENT: {
+      // /proc and such are there, and answer so all the same.
+      std::error_code error;
+      return std::filesystem::is_directory(folder, error)
+                 ? fmt::format("in the folder '{}' no files can be made; choose another", folder)
+                 : fmt::format("the folder '{}' does not exist; create it first", folder);
+    }
     case ENOTDIR:
       return fmt::format("'{}' is not a folder; choose another place", folder);
     case EACCES:

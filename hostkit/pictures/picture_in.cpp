@@ -1,55 +1,79 @@
-// Picture files into host bitmaps, decoded by stb_image (OpenEXR and WebP elsewhere).
+// Picture files into host bitmaps.
 #include "hostkit/pictures/picture_in.h"
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <climits>
-#include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <memory>
+#include <new>
 #include <string_view>
 #include <system_error>
 #include <utility>
 #include <vector>
 
-#include "hostkit/pictures/picture_exr_in.h"
+#include "hostkit/pictures/picture_decoders.h"
+#include "hostkit/pictures/picture_exif.h"
+#include "hostkit/pictures/picture_formats.h"
 #include "hostkit/pictures/picture_guards.h"
-#include "hostkit/pictures/picture_webp.h"
-
-#define STBI_NO_GIF
-#define STBI_NO_PIC
-#define STBI_NO_PNM
-#define STBI_NO_PSD
-#define STB_IMAGE_STATIC
-#define STB_IMAGE_IMPLEMENTATION
-#include <stb/stb_image.h>
+#include "hostkit/pictures/picture_sink.h"
 
 namespace hostkit {
 namespace {
 
-constexpr const char* kFormats = "EXR, PNG, JPEG, WebP, TGA, BMP or HDR";
+/// Kinds that begin in a way of their own; all others go to the last decoder.
+struct KnownBeginning {
+  bool (*isOne)(const unsigned char* bytes, std::size_t size);
+  PictureDecoder decode;
+};
+constexpr KnownBeginning kBeginnings[] = {
+    {IsExr, DecodeExr}, {IsWebp, DecodeWebp}, {IsTiff, DecodeTiff}, {IsPnm, DecodePnm}};
 
-BitmapPtr Fail(std::string* error, std::string message) {
-  *error = std::move(message);
-  return nullptr;
+PictureDecoder DecoderOf(const unsigned char* bytes, std::size_t size) {
+  for (const KnownBeginning& kind : kBeginnings) {
+    if (kind.isOne(bytes, size)) return kind.decode;
+  }
+  return DecodeOther;
 }
 
-/// Why decoding failed, and the remedy. The decoder's words may quote the file, whatever bytes it
-/// has there.
-std::string DecodeErrorText(int width, int height) {
-  std::string reason = stbi_failure_reason();
-  if (reason == "outofmem") return NoMemoryText(width, height);
-  for (char& c : reason) {
+/// Null with the reason and the remedy, without the file's name.
+BitmapPtr Decode(const unsigned char* bytes, std::size_t size, PictureSink& sink,
+                 std::string* reason) {
+  if (size == 0) {
+    *reason = "the picture is empty; write it anew";
+    return nullptr;
+  }
+  if (size > INT_MAX) {
+    *reason = "over 2 GiB; use a smaller picture";
+    return nullptr;
+  }
+  try {
+    if (!DecoderOf(bytes, size)(bytes, size, sink, reason)) return nullptr;
+  } catch (const std::bad_alloc&) {
+    *reason = NoMemoryText(sink.Width(), sink.Height());
+    return nullptr;
+  }
+  PictureFacts& facts = sink.Facts();
+  if (facts.orientation == kUpright) {
+    facts.orientation = ExifOrientation({reinterpret_cast<const char*>(bytes), size});
+  }
+  return sink.Take();
+}
+
+}  // namespace
+
+std::string Printable(std::string_view text) {
+  constexpr std::size_t kMost = 200;
+  std::string printable(text.substr(0, kMost));
+  for (char& c : printable) {
     if (c < ' ' || c > '~') c = '?';
   }
-  return fmt::format("the picture is broken ({}); write it anew", reason);
+  return printable;
 }
 
-bool ReadFile(const std::string& path, std::vector<unsigned char>* bytes, std::string* error) {
+bool ReadPictureFile(const std::string& path, std::vector<unsigned char>* bytes,
+                     std::string* error) {
   std::error_code code;
   const std::filesystem::file_status status = std::filesystem::status(path, code);
   if (!std::filesystem::exists(status)) {
@@ -57,7 +81,7 @@ bool ReadFile(const std::string& path, std::vector<unsigned char>* bytes, std::s
     return false;
   }
   if (std::filesystem::is_directory(status)) {
-    *error = fmt::format("{}: is a folder; name a {} file in it", path, kFormats);
+    *error = fmt::format("{}: is a folder; name a {} file in it", path, ReadFormatNames());
     return false;
   }
   if (!std::filesystem::is_regular_file(status)) {  // opening a pipe could wait for ever
@@ -84,83 +108,46 @@ bool ReadFile(const std::string& path, std::vector<unsigned char>* bytes, std::s
   return true;
 }
 
-/// Decoded pixels: red, green, blue, alpha. Null on failure.
-using DecodedBytes = std::unique_ptr<stbi_uc, decltype(&std::free)>;
-
-/// Light of an HDR picture as it is shown: (value ^ (1 / 2.2)), cut to 0 to 1, as stb_image itself
-/// does it, but with a look at what is cut.
-DecodedBytes DecodeHdr(const unsigned char* bytes, int length, PictureFacts* facts) {
-  int width = 0, height = 0, channels = 0;
-  float* floats = stbi_loadf_from_memory(bytes, length, &width, &height, &channels, 4);
-  // Bytes take the places of the numbers that they were, or of those before.
-  DecodedBytes decoded(reinterpret_cast<stbi_uc*>(floats), &std::free);
-  const std::size_t count = floats ? static_cast<std::size_t>(width) * height * 4 : 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    const float value = floats[i];
-    facts->clipped |= value > 1;
-    const float shown = i % 4 == 3 ? value : std::pow(std::max(value, 0.0f), 1 / 2.2f);
-    decoded.get()[i] = static_cast<stbi_uc>(std::min(shown, 1.0f) * 255 + 0.5f);
+BitmapPtr DecodePicture(const unsigned char* bytes, std::size_t size, const std::string& name,
+                        const PictureWish& wish, std::string* error, PictureFacts* facts) {
+  PictureSink sink(wish.kind, wish.mostBytes);
+  std::string reason;
+  BitmapPtr bitmap = Decode(bytes, size, sink, &reason);
+  if (facts) *facts = sink.Facts();
+  if (bitmap && wish.upright) {
+    bitmap = TurnUpright(std::move(bitmap), sink.Facts().orientation);
+    if (!bitmap) reason = NoMemoryText(sink.Width(), sink.Height());
   }
-  facts->wasLinear = true;
-  return decoded;
+  if (!bitmap) *error = fmt::format("{}: {}", name, reason);
+  return bitmap;
 }
 
-}  // namespace
-
-BitmapPtr LoadPicture(const std::string& path, std::string* error, PictureFacts* facts) {
+BitmapPtr LoadPicture(const std::string& path, std::string* error, PictureFacts* facts,
+                      PixelKind kind) {
   std::vector<unsigned char> bytes;
-  if (!ReadFile(path, &bytes, error)) return nullptr;
-  return LoadPictureFromMemory(bytes.data(), bytes.size(), path, error, facts);
+  if (!ReadPictureFile(path, &bytes, error)) return nullptr;
+  return DecodePicture(bytes.data(), bytes.size(), path, {kind}, error, facts);
 }
 
 BitmapPtr LoadPictureFromMemory(const unsigned char* bytes, std::size_t size,
                                 const std::string& name, std::string* error, PictureFacts* facts,
                                 std::uint64_t mostBytes) {
-  PictureFacts unused;
-  if (!facts) facts = &unused;
-  *facts = {};
-  if (size == 0) return Fail(error, fmt::format("{}: the picture is empty; write it anew", name));
-  if (size > INT_MAX) {
-    return Fail(error, fmt::format("{}: over 2 GiB; use a smaller picture", name));
+  return DecodePicture(bytes, size, name, {PixelKind::kBytes, false, mostBytes}, error, facts);
+}
+
+bool HasAlpha(const HBitmapNode& bitmap) {
+  constexpr std::uint16_t kHalfOne = 0x3c00;
+  auto* buffer = static_cast<HRGBABuffer*>(bitmap.GetBufferHead());
+  const bool isBytes = buffer->Type() == HBitmapBuffer::kByteChannel;
+  for (int y = 0; y < bitmap.GetHeight(); ++y) {
+    const void* row = buffer->GetData(y);
+    for (int x = 0; x < bitmap.GetWidth(); ++x) {
+      const bool isOpaque = isBytes ? static_cast<const unsigned char*>(row)[4 * x + 3] == 255
+                                    : static_cast<const std::uint16_t*>(row)[4 * x + 3] == kHalfOne;
+      if (!isOpaque) return true;
+    }
   }
-  if (IsExr(bytes, size)) {
-    std::string reason;
-    BitmapPtr bitmap = LoadExr(bytes, size, facts, mostBytes, &reason);
-    return bitmap ? std::move(bitmap) : Fail(error, fmt::format("{}: {}", name, reason));
-  }
-  if (IsWebp(bytes, size)) {
-    std::string reason;
-    BitmapPtr bitmap = LoadWebp(bytes, size, mostBytes, &reason);
-    return bitmap ? std::move(bitmap) : Fail(error, fmt::format("{}: {}", name, reason));
-  }
-  const std::string_view file(reinterpret_cast<const char*>(bytes), size);
-  if (!AreJpegTablesSound(file)) {
-    return Fail(error, fmt::format("{}: the picture's tables are broken; write it anew", name));
-  }
-  const int length = static_cast<int>(size);
-  int width = 0, height = 0, channels = 0;
-  if (!stbi_info_from_memory(bytes, length, &width, &height, &channels)) {
-    const auto [toldWidth, toldHeight] = PngSize(file);
-    std::string why = SizeRefusal(toldWidth, toldHeight, mostBytes);
-    if (why.empty()) why = fmt::format("not an {} picture; convert it to one", kFormats);
-    return Fail(error, fmt::format("{}: {}", name, why));
-  }
-  const std::string refusal = SizeRefusal(width, height, mostBytes);
-  if (!refusal.empty()) return Fail(error, fmt::format("{}: {}", name, refusal));
-  if (!AreHdrRowsWhole(file, width, height)) {
-    return Fail(error, fmt::format("{}: the picture ends early; write it anew", name));
-  }
-  const DecodedBytes pixelBytes =
-      stbi_is_hdr_from_memory(bytes, length)
-          ? DecodeHdr(bytes, length, facts)
-          : DecodedBytes(stbi_load_from_memory(bytes, length, &width, &height, &channels, 4),
-                         &std::free);
-  if (!pixelBytes) {
-    return Fail(error, fmt::format("{}: {}", name, DecodeErrorText(width, height)));
-  }
-  BitmapPtr bitmap = BitmapFromRgba(pixelBytes.get(), width, height);
-  if (!bitmap) return Fail(error, fmt::format("{}: {}", name, NoMemoryText(width, height)));
-  return bitmap;
+  return false;
 }
 
 BitmapPtr BitmapFromRgba(const unsigned char* rgba, int width, int height) {

@@ -78,14 +78,13 @@ bool RunJob(JpegJob& job) {
 
 }  // namespace
 
-bool EncodeJpeg(std::FILE* stream, const PicturePixels& pixels, const Recipe& recipe, int quality,
-                std::string* reason) {
+bool EncodeJpeg(std::FILE* stream, const PicturePixels& pixels, const Recipe& recipe,
+                const PictureOptions& options, std::string* reason) {
   if (pixels.width > JPEG_MAX_DIMENSION || pixels.height > JPEG_MAX_DIMENSION) {
     *reason = "a side is over the 65500 pixels that JPEG allows; write .png or .exr";
     return false;
   }
-  std::string comment;
-  for (const auto& [name, value] : recipe) comment += name + ": " + value + "\n";
+  const std::string comment = RecipeText(recipe);
   std::vector<unsigned char> row(static_cast<std::size_t>(pixels.width) * 3);
 
   JpegJob job;
@@ -93,7 +92,7 @@ bool EncodeJpeg(std::FILE* stream, const PicturePixels& pixels, const Recipe& re
   job.pixels = &pixels;
   job.comment = comment.data();
   job.commentSize = comment.size();
-  job.quality = std::clamp(quality, 1, 100);
+  job.quality = std::clamp(options.quality, 1, 100);
   job.row = row.data();
   job.jpeg = {};
   job.jpeg.err = jpeg_std_error(&job.errors);

@@ -160,7 +160,7 @@ std::vector<png_text> MakeTexts(const Recipe& recipe, std::vector<std::string>& 
 }  // namespace
 
 bool EncodePng(std::FILE* stream, const PicturePixels& pixels, const Recipe& recipe,
-               std::string* reason) {
+               const PictureOptions&, std::string* reason) {
   std::vector<std::string> keys;
   std::vector<png_text> texts = MakeTexts(recipe, keys);
   std::vector<unsigned char> row(static_cast<std::size_t>(pixels.width) * 4);

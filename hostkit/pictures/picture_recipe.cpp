@@ -1,4 +1,4 @@
-// Recipes out of picture files: PNG text, EXR attributes, JPEG comments.
+// Recipes out of picture files: PNG text, EXR attributes, and what other kinds hold as one text.
 #include "hostkit/pictures/picture_recipe.h"
 
 #include <OpenEXR/ImfHeader.h>
@@ -16,11 +16,14 @@
 #include <filesystem>
 #include <memory>
 #include <system_error>
+#include <vector>
 
 #include <jpeglib.h>  // needs cstdio before it
 
-#include "hostkit/pictures/picture_exr_in.h"
+#include "hostkit/pictures/picture_decoders.h"
+#include "hostkit/pictures/picture_exif.h"
 #include "hostkit/pictures/picture_guards.h"
+#include "hostkit/pictures/picture_in.h"
 
 namespace hostkit {
 namespace {
@@ -148,6 +151,25 @@ bool ReadJpeg(std::FILE* file, Recipe* recipe) {
   return isRead;
 }
 
+/// The kinds that hold one text: WebP, TIFF, PNM. False for files of other kinds.
+bool ReadTextRecipe(const std::string& path, Recipe* recipe) {
+  std::vector<unsigned char> bytes;
+  std::string error;
+  if (!ReadPictureFile(path, &bytes, &error)) return false;
+  std::string text;
+  if (IsWebp(bytes.data(), bytes.size())) {
+    text = ExifDescription({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  } else if (IsTiff(bytes.data(), bytes.size())) {
+    text = TiffDescription(bytes.data(), bytes.size());
+  } else if (IsPnm(bytes.data(), bytes.size())) {
+    text = PnmComments(bytes.data(), bytes.size());
+  } else {
+    return false;
+  }
+  AddCommentLines(text, recipe);
+  return true;
+}
+
 bool BeginsWith(const char (&bytes)[8], const char* magic) {
   return std::memcmp(bytes, magic, std::strlen(magic)) == 0;
 }
@@ -176,8 +198,10 @@ bool ReadRecipe(const std::string& path, Recipe* recipe, std::string* error) {
     isRead = ReadExr(file.get(), path, recipe);
   } else if (BeginsWith(magic, "\xff\xd8\xff")) {
     isRead = ReadJpeg(file.get(), recipe);
+  } else if (!ReadTextRecipe(path, recipe)) {
+    return fail("it is no picture of a kind that gl3 writes, which recipes are in; name another");
   } else {
-    return fail("it is no PNG, EXR or JPEG picture, which recipes are in; name another");
+    isRead = true;
   }
   if (!isRead) return fail("the picture is broken; name another that was made with it");
   if (recipe->empty()) {

@@ -7,8 +7,8 @@
 
 namespace hostkit {
 
-/// Reads what WritePicture left in a PNG, EXR or JPEG file (told apart by their bytes, not by name)
-/// beside the pixels: the entries whose names begin with "gl3:". The values are whatever the file
+/// Reads what WritePicture left in a file of any kind (told by its bytes, not by its name) beside
+/// the pixels: the entries whose names begin with "gl3:". The values are whatever the file
 /// has there. On failure, which includes a picture without such entries, returns false and `*error`
 /// names the file, the reason and the remedy.
 bool ReadRecipe(const std::string& path, Recipe* recipe, std::string* error);

@@ -1,5 +1,6 @@
-// Half-float pixels into 8-bit rows.
+// What encoders share: half-float pixels into 8-bit rows, recipes into text.
 #include <cstdint>
+#include <string>
 
 #include "hostkit/pictures/picture_encoders.h"
 #include "hostkit/services/pixel_values.h"
@@ -18,6 +19,12 @@ void RowToRgb(const PicturePixels& pixels, int y, unsigned char* row) {
 
 void RowToStraightRgba(const PicturePixels& pixels, int y, unsigned char* row) {
   HalvesToStraightBytes(pixels.colors + y * pixels.colorRowStep, pixels.width, true, row);
+}
+
+std::string RecipeText(const Recipe& recipe) {
+  std::string text;
+  for (const auto& [name, value] : recipe) text += name + ": " + value + "\n";
+  return text;
 }
 
 }  // namespace hostkit

@@ -1,13 +1,10 @@
-// WebP files into host bitmaps.
-#include "hostkit/pictures/picture_webp.h"
-
+// WebP files into pixels.
 #include <webp/decode.h>
 
 #include <cstring>
 #include <memory>
 
-#include "hostkit/pictures/picture_guards.h"
-#include "hostkit/pictures/picture_in.h"
+#include "hostkit/pictures/picture_decoders.h"
 
 namespace hostkit {
 
@@ -15,21 +12,29 @@ bool IsWebp(const unsigned char* bytes, std::size_t size) {
   return size >= 12 && std::memcmp(bytes, "RIFF", 4) == 0 && std::memcmp(bytes + 8, "WEBP", 4) == 0;
 }
 
-BitmapPtr LoadWebp(const unsigned char* bytes, std::size_t size, std::uint64_t mostBytes,
-                   std::string* reason) {
+bool DecodeWebp(const unsigned char* bytes, std::size_t size, PictureSink& sink,
+                std::string* reason) {
   WebPBitstreamFeatures features;
-  const bool isKnown = WebPGetFeatures(bytes, size, &features) == VP8_STATUS_OK;
-  *reason = isKnown ? SizeRefusal(features.width, features.height, mostBytes)
-                    : "the picture is broken; write it anew";
-  if (isKnown && features.has_animation) *reason = "the picture is a film; save one frame of it";
-  if (!reason->empty()) return nullptr;
+  if (WebPGetFeatures(bytes, size, &features) != VP8_STATUS_OK) {
+    *reason = "the picture is broken; write it anew";
+    return false;
+  }
+  if (features.has_animation) {
+    *reason = "the picture is a film; save one frame of it";
+    return false;
+  }
+  if (!sink.Begin(features.width, features.height, reason)) return false;
   int width = 0, height = 0;
   const std::unique_ptr<unsigned char, decltype(&WebPFree)> rgba(
       WebPDecodeRGBA(bytes, size, &width, &height), &WebPFree);
-  BitmapPtr bitmap = rgba ? BitmapFromRgba(rgba.get(), width, height) : nullptr;
-  if (!rgba) *reason = "the picture is broken; write it anew";
-  if (rgba && !bitmap) *reason = NoMemoryText(width, height);
-  return bitmap;
+  if (!rgba || width != sink.Width() || height != sink.Height()) {
+    *reason = "the picture is broken; write it anew";
+    return false;
+  }
+  for (int y = 0; y < height; ++y) {
+    sink.PutBytes(0, y, rgba.get() + std::size_t{4} * static_cast<std::size_t>(width) * y, width);
+  }
+  return true;
 }
 
 }  // namespace hostkit

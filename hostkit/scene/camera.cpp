@@ -14,8 +14,6 @@ using Imath::Box3f;
 using Imath::V3d;
 using Imath::V3f;
 
-// Share of the frame that a fitted box fills.
-constexpr float kFitShare = 0.95f;
 // Far by near. A depth buffer of 24 bits then still tells 0.06 percent of the far distance apart at
 // the far end, and the inside of a 100 m hall is drawn from 1 cm on.
 constexpr float kMaxDepthRatio = 10000;
@@ -138,12 +136,13 @@ Imath::M44f WorldToView(const SceneCamera& camera) {
 }
 
 SceneCamera FitCamera(const Box3f& bounds, const V3f& direction, float verticalFov, float aspect,
-                      bool parallel) {
-  return FitCamera(CornersOf(BoxToFit(bounds)), direction, verticalFov, aspect, parallel);
+                      bool parallel, float margin) {
+  return FitCamera(CornersOf(BoxToFit(bounds)), direction, verticalFov, aspect, parallel, margin);
 }
 
 SceneCamera FitCamera(const std::vector<V3f>& points, const V3f& direction, float verticalFov,
-                      float aspect, bool parallel) {
+                      float aspect, bool parallel, float margin) {
+  const float share = 1 - margin;
   Box3f bounds;
   for (const V3f& point : points) bounds.extendBy(point);
   Box3f box = BoxToFit(bounds);
@@ -157,7 +156,7 @@ SceneCamera FitCamera(const std::vector<V3f>& points, const V3f& direction, floa
   camera.forward = V3f(-axes.back);
   camera.up = V3f(axes.up);
 
-  double tanY = std::tan(camera.verticalFov * 0.5) * kFitShare;
+  double tanY = std::tan(camera.verticalFov * 0.5) * share;
   double tanX = tanY * aspect;
   V3d center(box.center());
   PlacedPoints placed = PlaceIn(axes, fitted, center);
@@ -165,7 +164,7 @@ SceneCamera FitCamera(const std::vector<V3f>& points, const V3f& direction, floa
     double left = -placed.Reach(0, -1, 0), right = placed.Reach(0, 1, 0);
     double bottom = -placed.Reach(1, -1, 0), top = placed.Reach(1, 1, 0);
     double height = std::max(top - bottom, (right - left) / aspect);
-    camera.parallelHeight = static_cast<float>(std::max(height / kFitShare, 1e-3 * diagonal));
+    camera.parallelHeight = static_cast<float>(std::max(height / share, 1e-3 * diagonal));
     camera.eye = V3f(center + axes.right * ((left + right) / 2) + axes.up * ((bottom + top) / 2) +
                      axes.back * diagonal);
     return camera;
@@ -176,6 +175,18 @@ SceneCamera FitCamera(const std::vector<V3f>& points, const V3f& direction, floa
   camera.eye = V3f(center + axes.right * placed.CenterFrom(0, distance, tanX) +
                    axes.up * placed.CenterFrom(1, distance, tanY) + axes.back * distance);
   return camera;
+}
+
+float HeightSeen(const SceneCamera& camera, float distance, float aspect) {
+  const bool parallel = camera.parallelHeight > 0;
+  const float height = parallel ? camera.parallelHeight
+                                : 2 * distance * std::tan(UsableFov(camera.verticalFov) * 0.5f);
+  return height * std::max(camera.aspect / aspect, 1.0f);
+}
+
+void ZoomCamera(float factor, SceneCamera* camera) {
+  camera->parallelHeight /= factor;
+  camera->verticalFov = 2 * std::atan(std::tan(UsableFov(camera->verticalFov) / 2) / factor);
 }
 
 View ViewFor(const SceneCamera& camera, const Box3f& bounds) {

@@ -22,17 +22,27 @@ struct View {
 /// World to view space: the eye at the origin, looking down negative z, y up.
 Imath::M44f WorldToView(const SceneCamera& camera);
 
+/// The share of the frame that FitCamera leaves free.
+constexpr float kFitMargin = 0.05f;
+
 /// A camera that sees the whole box from the given direction (from the box towards the eye; need
-/// not be unit length), the box's projection filling the frame but for a margin of 5 percent.
-/// `parallel` asks for a parallel projection; `verticalFov` in radians; `aspect` is width by
-/// height.
+/// not be unit length), the box's projection filling the frame but for a `margin`, both sides
+/// together as a share of the frame from 0 to below 1, where it is tightest. `parallel` asks for a
+/// parallel projection; `verticalFov` in radians; `aspect` is width by height.
 SceneCamera FitCamera(const Imath::Box3f& bounds, const Imath::V3f& direction, float verticalFov,
-                      float aspect, bool parallel);
+                      float aspect, bool parallel, float margin = kFitMargin);
 
 /// The same for points, which gives a model its place in the middle of the frame where its box
 /// would not: see ExtremePoints.
 SceneCamera FitCamera(const std::vector<Imath::V3f>& points, const Imath::V3f& direction,
-                      float verticalFov, float aspect, bool parallel);
+                      float verticalFov, float aspect, bool parallel, float margin = kFitMargin);
+
+/// The height in world units of what a picture shows in a plane across the line of sight,
+/// `distance` in front of the eye. `aspect` is the picture's width by its height.
+float HeightSeen(const SceneCamera& camera, float distance, float aspect);
+
+/// Enlarges what the camera sees, `factor` times, about the middle of the picture.
+void ZoomCamera(float factor, SceneCamera* camera);
 
 /// World-space points that reach about as far in every direction as all that is placed in the
 /// scene does: for each of a few dozen directions the farthest point. Empty for an empty scene.

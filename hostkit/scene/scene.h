@@ -61,16 +61,25 @@ struct SceneMesh {
   std::vector<Imath::V2f> uvs;      ///< v = 0 is the image's row 0.
   std::vector<ColorBuf> colors;     ///< Multiplied into the material's base colour.
   bool colorsHaveAlpha = false;     ///< Some vertex colour is not opaque.
+  /// Its joints mirror it: front faces are clockwise, and normals point inwards.
+  bool isMirrored = false;
   std::vector<std::uint32_t> triangles;  ///< Three indices each.
   std::vector<std::uint32_t> lines;      ///< Two indices each.
   std::vector<std::uint32_t> points;     ///< One index each.
   int material = 0;                      ///< Index into Scene::materials.
 };
 
+/// A node of a file, for whoever chooses by name what is drawn.
+struct SceneNodeName {
+  std::string name;  ///< Of the file; may be empty.
+  int above = -1;    ///< The node that it hangs on, which stands before this one; -1: none.
+};
+
 /// One placement of a mesh.
 struct SceneInstance {
   int mesh = 0;         ///< Index into Scene::meshes.
   Imath::M44f toWorld;  ///< From the mesh's space.
+  int node = -1;        ///< Index into Scene::nodeNames; -1: the file names no node of it.
 };
 
 /// A camera of a file, or of one's own.
@@ -103,12 +112,22 @@ struct SceneLight {
   float range = 0;         ///< World units; 0 lets the renderer derive it from the scene's size.
 };
 
+/// What a file says of itself beside what is drawn.
+struct SceneFacts {
+  std::string format;               ///< For people: "glTF 2.0", say.
+  double metersPerUnit = 0;         ///< Of the scene's coordinates; 0: the file says none.
+  std::vector<std::string> scenes;  ///< Names of those that it holds; some may be empty.
+  std::vector<std::string> extensionsUsed, extensionsRequired;  ///< As they are called in it.
+};
+
 /// Everything of a model.
 struct Scene {
+  SceneFacts facts;                      ///< Of merged scenes those of the first.
   std::vector<SceneImage> images;        ///< Pictures of materials.
   std::vector<SceneMaterial> materials;  ///< At least one when there is a mesh.
   std::vector<SceneMesh> meshes;         ///< Shapes, each of one material.
   std::vector<SceneInstance> instances;  ///< What is placed in the world.
+  std::vector<SceneNodeName> nodeNames;  ///< Of the nodes that place it, and of others.
   std::vector<SceneCamera> cameras;      ///< Of the file.
   std::vector<SceneLight> lights;        ///< Of the file.
   SceneMotion motion;                    ///< What moves.

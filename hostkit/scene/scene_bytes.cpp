@@ -15,7 +15,7 @@ namespace {
 // Arrays begin at multiples of this, so that copying them in and out is aligned.
 constexpr std::size_t kAlignment = 16;
 // The first bytes: a mark and the number of this form of writing.
-constexpr std::uint64_t kMark = 0x35656E6563736C67;  // "glscene5"
+constexpr std::uint64_t kMark = 0x37656E6563736C67;  // "glscene7"
 
 std::size_t RoundUp(std::size_t size) {
   return (size + kAlignment - 1) / kAlignment * kAlignment;
@@ -197,6 +197,7 @@ void TransferMesh(Stream& stream, Part& mesh) {
   stream.Array(mesh.uvs);
   stream.Array(mesh.colors);
   stream.Flag(mesh.colorsHaveAlpha);
+  stream.Flag(mesh.isMirrored);
   stream.Array(mesh.triangles);
   stream.Array(mesh.lines);
   stream.Array(mesh.points);
@@ -284,7 +285,17 @@ void TransferLight(Stream& stream, Part& light) {
 }
 
 template <class Stream, class Part>
+void TransferFacts(Stream& stream, Part& facts) {
+  stream.Text(facts.format);
+  stream.Number(facts.metersPerUnit);
+  for (auto* names : {&facts.scenes, &facts.extensionsUsed, &facts.extensionsRequired}) {
+    stream.List(*names, [&](auto& name) { stream.Text(name); });
+  }
+}
+
+template <class Stream, class Part>
 void Transfer(Stream& stream, Part& scene) {
+  TransferFacts(stream, scene.facts);
   stream.List(scene.images, [&](auto& image) {
     stream.Text(image.name);
     stream.Picture(image.bitmap);
@@ -304,6 +315,10 @@ void Transfer(Stream& stream, Part& scene) {
   });
   stream.List(scene.meshes, [&](auto& mesh) { TransferMesh(stream, mesh); });
   stream.Array(scene.instances);
+  stream.List(scene.nodeNames, [&](auto& node) {
+    stream.Text(node.name);
+    stream.Number(node.above);
+  });
   stream.List(scene.cameras, [&](auto& camera) { TransferCamera(stream, camera); });
   stream.List(scene.lights, [&](auto& light) { TransferLight(stream, light); });
   TransferMotion(stream, scene.motion);

@@ -96,7 +96,8 @@ bool IsSound(const SceneMesh& mesh, const Scene& scene) {
 }
 
 bool IsSound(const SceneInstance& instance, const Scene& scene) {
-  return IsIndex(instance.mesh, scene.meshes.size()) && IsFinite(instance.toWorld);
+  return IsIndex(instance.mesh, scene.meshes.size()) && IsFinite(instance.toWorld) &&
+         (instance.node == -1 || IsIndex(instance.node, scene.nodeNames.size()));
 }
 
 bool IsSound(const SceneCamera& camera, const Scene&) {
@@ -233,6 +234,15 @@ bool AreNodesSound(const std::vector<SceneNode>& nodes, std::string* why) {
   return true;
 }
 
+bool AreNamesSound(const std::vector<SceneNodeName>& nodes, std::string* why) {
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    if (nodes[i].above == -1 || IsIndex(nodes[i].above, i)) continue;
+    *why = fmt::format("its node name {} is not sound", i);
+    return false;
+  }
+  return true;
+}
+
 /// Whether no two deformations move one mesh: they may be worked out at the same time.
 bool AreDeformationsApart(const std::vector<SceneDeformation>& deformations, std::size_t meshes,
                           std::string* why) {
@@ -263,7 +273,7 @@ bool CheckScene(const Scene& scene, std::string* why) {
   return AreSound(scene.images, "picture", scene, why) &&
          AreSound(scene.materials, "material", scene, why) &&
          AreSound(scene.meshes, "mesh", scene, why) &&
-         AreSound(scene.instances, "instance", scene, why) &&
+         AreSound(scene.instances, "instance", scene, why) && AreNamesSound(scene.nodeNames, why) &&
          AreSound(scene.cameras, "camera", scene, why) &&
          AreSound(scene.lights, "light", scene, why) && AreNodesSound(motion.nodes, why) &&
          AreSound(motion.animations, "animation", scene, why) &&

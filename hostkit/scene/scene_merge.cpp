@@ -72,11 +72,19 @@ void AppendScene(Scene& scene, Scene&& other) {
     if (material.emissionImage >= 0) material.emissionImage += images;
   }
   for (SceneMesh& mesh : other.meshes) mesh.material += materials;
-  for (SceneInstance& instance : other.instances) instance.mesh += meshes;
+  const int names = static_cast<int>(scene.nodeNames.size());
+  for (SceneInstance& instance : other.instances) {
+    instance.mesh += meshes;
+    if (instance.node >= 0) instance.node += names;
+  }
+  for (SceneNodeName& node : other.nodeNames) {
+    if (node.above >= 0) node.above += names;
+  }
   MoveAppend(scene.images, std::move(other.images));
   MoveAppend(scene.materials, std::move(other.materials));
   MoveAppend(scene.meshes, std::move(other.meshes));
   MoveAppend(scene.instances, std::move(other.instances));
+  MoveAppend(scene.nodeNames, std::move(other.nodeNames));
   MoveAppend(scene.cameras, std::move(other.cameras));
   MoveAppend(scene.lights, std::move(other.lights));
   MoveAppend(scene.warnings, std::move(other.warnings));

@@ -31,7 +31,10 @@ const std::array<unsigned char, 65536>& HalfToByte();
 /// every alpha counts as 1. Tells whether a colour was above 1.
 bool HalvesToStraightBytes(const std::uint16_t* from, int count, bool hasAlpha, unsigned char* to);
 
-/// Scene-linear light from 0 as sRGB encodes it (IEC 61966-2-1).
+/// Scene-linear light as sRGB encodes it (IEC 61966-2-1); above 1 its power goes on, below 0 its
+/// straight line.
 float EncodeSrgb(float linear);
+/// The reverse.
+float DecodeSrgb(float encoded);
 
 }  // namespace hostkit

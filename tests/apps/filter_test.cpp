@@ -1,8 +1,9 @@
-// `gl3 filter`: refusals, kinds of pictures, names of outputs, comparing, and effects of
-// `gl3 render`.
+// `gl3 filter`: refusals, kinds of pictures, conversions, names of outputs, comparing, and effects
+// of `gl3 render`.
 #include <Imath/half.h>
 #include <OpenEXR/ImfRgbaFile.h>
 
+#include <cmath>
 #include <csignal>
 #include <nlohmann/json.hpp>
 
@@ -54,9 +55,12 @@ class Filters : public Gl3Test {
 };
 
 TEST_F(Filters, AreRefusedInOneLineWithTheRemedy) {
-  ExpectRefused("filter a.png -o b.png", 2, {"--effect is required"});
+  ExpectRefused("filter a.png --verify", 2, {"--verify", "add --effect"});
+  ExpectRefused("filter a.png -o b.png --size 0x5", 2, {"0x5", "1920x1080"});
+  ExpectRefused("filter a.png -o b.png --size 32768x", 3, {"a.png: scaled to 32768 x"});
   ExpectRefused("filter a.png --effect tint", 2, {"--output", "--verify"});
-  ExpectRefused("filter a.png --effect tint -o b.gif", 2, {"b.gif", ".png"});
+  ExpectRefused("filter a.png --effect tint -o b.gif", 2,
+                {"b.gif", ".png, .exr, .jpg, .jpeg, .webp, .tif, .tiff, .ppm"});
   ExpectRefused("filter a.png --effect tint -o nowhere/b.png", 5, {"nowhere", "create it first"});
   ExpectRefused("filter a.png --effect tint -o b.png --module no.so", 4, {"no.so"});
   fs::create_directories(Path("sub"));
@@ -93,6 +97,84 @@ TEST_F(Filters, ReadAndWriteEveryKind) {
   }
 }
 
+/// A converter needs no renderer.
+constexpr const char* kNoModule = " --module no.so";
+
+TEST_F(Filters, ConvertWithoutEffects) {
+  for (const bool hasAlpha : {false, true}) {
+    for (const std::string name : {"b.tif", "b.webp", "b.exr", "b.png", "b.ppm"}) {
+      Filter((hasAlpha ? "cut.png -o " : "a.png -o ") + name + " --quality 100" + kNoModule);
+      Filter(name + " -o c.png" + kNoModule);
+      if (name != "b.ppm") {
+        EXPECT_EQ(ReadPng("c.png"), Colors(hasAlpha)) << name << hasAlpha;
+        continue;
+      }
+      const Rgba straight = Colors(hasAlpha), onBlack = ReadPng("c.png");
+      for (std::size_t i = 0; i < straight.size(); ++i) {
+        const int alpha = straight[i / 4 * 4 + 3];
+        EXPECT_NEAR(onBlack[i], i % 4 == 3 ? 255 : straight[i] * alpha / 255.0, 0.7) << i;
+      }
+    }
+  }
+  EXPECT_TRUE(Read("b.ppm").starts_with("P6\n# gl3:command: gl3 filter cut.png -o b.ppm"));
+  Write("ramp.pgm", "P2 4 2 255 0 0 200 200 0 0 200 200");
+  for (const auto& [size, width, height] :
+       {std::tuple("2x1", 2, 1), {"x1", 2, 1}, {"2x", 2, 1}, {"8x3", 8, 3}}) {
+    Filter(std::string("ramp.pgm -o small.png --size ") + size);
+    const Pixels small = ::ReadPng(Path("small.png"));
+    EXPECT_EQ(small.width, width) << size;
+    EXPECT_EQ(small.height, height) << size;
+    EXPECT_NEAR(small.rgba[4 * (width - 1)], 200, 25) << size;
+  }
+  Filter("ramp.pgm -o small.png --size 2x --effect negative");
+  EXPECT_NEAR(ReadPng("small.png")[0], 255, 25);
+}
+
+TEST_F(Filters, WriteLinearLightOrWhatIsShown) {
+  for (const std::string code : {"", " --exr-encoding linear", " --exr-encoding display"}) {
+    Filter("a.png -o b.exr" + code);
+    Imf::RgbaInputFile file(Path("b.exr").c_str());
+    std::vector<Imf::Rgba> pixels(kWidth * kHeight);
+    file.setFrameBuffer(pixels.data(), 1, kWidth);
+    file.readPixels(0, kHeight - 1);
+    for (std::size_t i = 0; i < pixels.size(); ++i) {
+      const double shown = Colors(false)[4 * i + 1] / 255.0;
+      // IEC 61966-2-1.
+      const double light =
+          shown <= 0.04045 ? shown / 12.92 : std::pow((shown + 0.055) / 1.055, 2.4);
+      EXPECT_NEAR(pixels[i].g, code.ends_with("display") ? shown : light, 0.001) << i << code;
+    }
+    Filter("b.exr -o c.png");
+    EXPECT_EQ(ReadPng("c.png"), Colors(false)) << code;
+  }
+}
+
+TEST_F(Filters, TurnPicturesUpright) {
+  // Exif data with the one entry that says that the first row is seen on the right, from above.
+  const std::string exif("MM\0*\0\0\0\x08\0\1\1\x12\0\3\0\0\0\1\0\6\0\0\0\0\0\0", 26);
+  Write(
+      "flat.ppm", "P3 16 8 255" + [] {
+        std::string rows;
+        for (int i = 0; i < 16 * 8; ++i) rows += i % 16 < 8 ? " 255 0 0" : " 0 0 255";
+        return rows;
+      }());
+  Filter("flat.ppm -o flat.jpg --quality 100 --recipe none");
+  Filter("flat.ppm -o flat.png --recipe none");
+  std::string jpeg = Read("flat.jpg"), png = Read("flat.png");
+  jpeg.insert(2, std::string("\xff\xe1\0\x22", 4) + std::string("Exif\0\0", 6) + exif);
+  png.insert(33, std::string("\0\0\0\x1a", 4) + "eXIf" + exif + "????");
+  Write("turned.jpg", jpeg);
+  Write("turned.png", png);
+  for (const char* name : {"turned.jpg", "turned.png"}) {
+    Filter(std::string(name) + " -o up.png");
+    const Pixels up = ::ReadPng(Path("up.png"));
+    ASSERT_EQ(up.width, 8) << name;
+    ASSERT_EQ(up.height, 16) << name;
+    EXPECT_GT(up.rgba[4 * 8 * 4], 200) << name << ": red is above";
+    EXPECT_GT(up.rgba[4 * 8 * 12 + 2], 200) << name << ": blue is below";
+  }
+}
+
 TEST_F(Filters, EncodeLinearLightAndSayWhatTheyCut) {
   // Scene-linear, with a data window inside the display window and colours times alpha.
   // The row starts at the display window's edge, one pixel before the data.
@@ -110,6 +192,18 @@ TEST_F(Filters, EncodeLinearLightAndSayWhatTheyCut) {
   EXPECT_TRUE(Holds(result.err, {"one.exr: colours above 1"}));
   EXPECT_FALSE(Holds(result.err, {"two.exr"})) << "a warning twice: " << result.err;
   Filter("one.exr -o q.png --effect negative -q");
+  // Converted, all of it stays, unless the kind holds none of it.
+  Filter("one.exr -o whole.exr");
+  Imf::RgbaInputFile whole(Path("whole.exr").c_str());
+  Imf::Rgba pixels[5];
+  whole.setFrameBuffer(pixels, 1, 5);
+  whole.readPixels(0);
+  for (int i = 1; i < 4; ++i) {
+    EXPECT_NEAR(pixels[i].r, row[i].r, 0.002) << i;
+    EXPECT_NEAR(pixels[i].g, row[i].g, 0.01) << i;
+    EXPECT_EQ(pixels[i].a, row[i].a) << i;
+  }
+  EXPECT_TRUE(Holds(Run("filter one.exr -o cut.webp").err, {"one.exr: colours above 1 were cut"}));
   // 0.5 is encoded as 188; straight, the second pixel is a yellow of 0.5. The first and the last
   // lie outside the data.
   EXPECT_EQ(ReadPng("out02.png"), (Rgba{0, 0,   0, 0,   188, 0, 0, 255, 188, 188, 0, 128,  //

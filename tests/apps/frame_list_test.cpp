@@ -82,6 +82,8 @@ TEST(OutputPattern, ExpandsItsPlaces) {
     EXPECT_EQ(OutputPattern(pattern).Expand(7, "Cam"), path) << pattern;
   }
   EXPECT_EQ(OutputPattern("##").Expand(12345, ""), "12345");
+  EXPECT_EQ(OutputPattern("%n/{name}%%n##").Expand(7, "", "a##%c"), "a##%c/a##%c%n07");
+  EXPECT_TRUE(OutputPattern("%n").HasName() && !OutputPattern("%%n").HasName());
   EXPECT_TRUE(OutputPattern("x##").HasFrame() && !OutputPattern("x##").HasCamera());
   EXPECT_TRUE(OutputPattern("%c").HasCamera() && !OutputPattern("%c#").HasFrame());
 }

@@ -1,11 +1,16 @@
 // `gl3 render` with the options of drawing: what they do to the files.
+#include <Imath/ImathVec.h>
 #include <OpenEXR/ImfChannelList.h>
 #include <OpenEXR/ImfFrameBuffer.h>
 #include <OpenEXR/ImfHeader.h>
 #include <OpenEXR/ImfInputFile.h>
+#include <OpenEXR/ImfStringAttribute.h>
 
 #include <algorithm>
+#include <cmath>
 #include <map>
+#include <nlohmann/json.hpp>
+#include <set>
 
 #include "tests/support/common/gl3_process.h"
 
@@ -44,7 +49,8 @@ class Modes : public Gl3Test {
     return ReadExr(Path("out.exr"));
   }
 
-  const std::string m_render = "render squares.obj -o out.exr -s 96x64 ";
+  // Values as they are drawn can be compared by their differences.
+  const std::string m_render = "render squares.obj -o out.exr -s 96x64 --exr-encoding display ";
 };
 
 TEST_F(Modes, AddWhatIsAskedForAndRepeatIt) {
@@ -122,6 +128,92 @@ TEST_F(Modes, WriteDistances) {
   ASSERT_TRUE(fs::remove(Path("d_02.exr")));  // a shot is there when all of its files are
   Done(turn + " --skip-existing");
   EXPECT_TRUE(fs::exists(Path("d_02.exr")));
+}
+
+TEST_F(Modes, WritePasses) {
+  const std::string passes = "--passes z,normal,object,material --antialias 3 ";
+  const Channels straight = Render("--eye 0,0,5 --target 0,0,0 " + passes);
+  ASSERT_EQ(straight.size(), 4 + 1 + 3 + 2u);
+  const Channels depth = Render("--eye 0,0,5 --target 0,0,0 --depth out.exr");
+  EXPECT_EQ(straight.at("Z"), depth.at("Z"));
+  // The corner of the picture sees nothing, the far square lies left of the near one.
+  std::set<float> objects[2];
+  for (int i = 0; i < kWidth * kHeight; ++i) {
+    const float z = straight.at("Z")[i], object = straight.at("objectid")[i];
+    const bool isSeen = z != 1e30f;
+    EXPECT_EQ(straight.at("materialid")[i], isSeen) << i;
+    EXPECT_NEAR(straight.at("N.Z")[i], isSeen, 1e-5) << i;
+    EXPECT_NEAR(straight.at("N.X")[i], 0, 1e-5) << i;
+    if (isSeen) objects[z > 5].insert(object);
+    EXPECT_EQ(object > 0, isSeen) << i;
+  }
+  // From the right, 45 degrees beside the squares' normal, and from behind.
+  const float side = std::sqrt(0.5f);
+  for (const auto& [eye, x] : {std::pair("5,0,5", -side), {"5,0,-5", side}}) {
+    const Channels turned = Render(std::string("--target 0,0,0 --passes normal --eye ") + eye);
+    int seen = 0;
+    for (int i = 0; i < kWidth * kHeight; ++i) {
+      if (turned.at("N.Z")[i] == 0) continue;
+      ++seen;
+      EXPECT_NEAR(turned.at("N.X")[i], x, 1e-4) << i;
+      EXPECT_NEAR(turned.at("N.Y")[i], 0, 1e-4) << i;
+      EXPECT_NEAR(turned.at("N.Z")[i], side, 1e-4) << i;
+    }
+    EXPECT_GT(seen, 50) << eye;
+  }
+  ExpectRefused("render squares.obj -o o.png --passes z", 2, {"--passes", "o.png", ".exr"});
+  ExpectRefused("render squares.obj -o o.exr --passes z,y", 2,
+                {"--passes", "y is not a pass", "normal"});
+}
+
+TEST_F(Modes, PassesTellObjectsMaterialsAndSmoothNormals) {
+  // Two objects beside each other, of a material each; the normals of the left one lean outwards.
+  Write("two.mtl", "newmtl red\nKd 1 0 0\nnewmtl blue\nKd 0 0 1\n");
+  Write("two.obj",
+        "mtllib two.mtl\no left\nv -2 -1 0\nv 0 -1 0\nv 0 1 0\nv -2 1 0\n"
+        "vn -0.6 0 0.8\nvn 0.6 0 0.8\nusemtl red\nf 1//1 2//2 3//2 4//1\n"
+        "o right\nv 0 -1 0\nv 2 -1 0\nv 2 1 0\nv 0 1 0\nvn 0 0 1\nusemtl blue\n"
+        "f 5//3 6//3 7//3 8//3\n");
+  Done(
+      "render two.obj -o out.exr -s 96x64 --passes normal,object,material --parallel --view front");
+  const Channels seen = ReadExr(Path("out.exr"));
+  const auto at = [&](const char* channel, int x) { return seen.at(channel)[32 * kWidth + x]; };
+  int first = 0, end = kWidth;
+  while (at("objectid", first) == 0) ++first;
+  while (at("objectid", end - 1) == 0) --end;
+  const float middle = (first + end) / 2.0f;
+  ASSERT_GT(end - first, 40);
+  EXPECT_NE(at("objectid", first), at("objectid", end - 1));
+  EXPECT_NE(at("materialid", first), at("materialid", end - 1));
+  for (int x = first + 2; x < end - 2; ++x) {
+    // Between the corners' normals, one unit long.
+    const float share = (x + 0.5f - first) / (middle - first);
+    const Imath::V3f wanted =
+        share < 1 ? Imath::V3f(1.2f * share - 0.6f, 0, 0.8f).normalized() : Imath::V3f(0, 0, 1);
+    if (std::abs(share - 1) < 0.1f) continue;  // where they meet
+    EXPECT_NEAR(at("N.X", x), wanted.x, 0.05) << x;
+    EXPECT_NEAR(at("N.Z", x), wanted.z, 0.05) << x;
+  }
+  Imf::InputFile file(Path("out.exr").c_str());
+  const auto text = [&](const char* name) {
+    return file.header().typedAttribute<Imf::StringAttribute>(name).value();
+  };
+  const auto names = nlohmann::json::parse(text("gl3:materials"));
+  EXPECT_EQ(names[static_cast<std::size_t>(at("materialid", first)) - 1], "red");
+  EXPECT_EQ(names[static_cast<std::size_t>(at("materialid", end - 1)) - 1], "blue");
+  const auto objects = nlohmann::json::parse(text("gl3:objects"));
+  EXPECT_EQ(objects[static_cast<std::size_t>(at("objectid", first)) - 1], "left");
+}
+
+/// What the renderer is told wrongly is told on standard error, and changes nothing.
+TEST_F(Modes, AreTheSameWhenCallsAreChecked) {
+  const Gl3Setup checked = {.environment = {"GL3_CHECK=1"}};
+  for (const char* more : {"", "--grid --fog 1,9 --text a", "--mode points --antialias 2"}) {
+    const Channels plain = Render(more);
+    EXPECT_EQ(Done(m_render + more, checked), "");
+    EXPECT_EQ(ReadExr(Path("out.exr")), plain) << more;
+  }
+  EXPECT_EQ(Run(m_render + "--text a,-9,8", checked).err.find("GL3_CHECK: text-outside: "), 0u);
 }
 
 }  // namespace

@@ -39,21 +39,23 @@ std::vector<std::string> DrawingFields(const gl3::DrawingOptions& options) {
     fields[8] += fmt::format("[{}|{},{}|{}]", overlay.path, overlay.x, overlay.y, overlay.alpha);
   }
   for (const gl3::TextOption& text : options.texts) {
-    fields[9] += fmt::format("[{}|{}|{}]", text.text,
+    fields[9] += fmt::format("[{}|{}|{}{}]", text.text,
                              text.place ? fmt::format("{},{}", text.place->x, text.place->y) : "",
-                             text.color ? Text(*text.color) : "");
+                             text.color ? Text(*text.color) : "",
+                             text.size > 0 ? fmt::format("|{}", text.size) : "");
   }
   return fields;
 }
 
 std::vector<std::string> Fields(const gl3::RenderOptions& options) {
   std::vector<std::string> fields = {
-      fmt::format("{}", fmt::join(options.models, "+")),
+      fmt::format("{}{}", fmt::join(options.models, "+"), options.merge ? " merged" : ""),
       fmt::format("-o {} like {}", options.output, options.like),
       fmt::format("{}x{}", options.width, options.height),
       fmt::format("samples {} quality {}", options.samplesPerSide, options.jpegQuality),
-      fmt::format("on {:.2f},{:.2f},{:.2f} {}", options.background[0], options.background[1],
-                  options.background[2], options.transparentBackground),
+      fmt::format("on {:.2f},{:.2f},{:.2f} {}", options.background.color[0],
+                  options.background.color[1], options.background.color[2],
+                  options.background.isTransparent),
       fmt::format("cameras {}", fmt::join(options.cameras, "+")),
       "eye " + (options.eye ? Text(*options.eye) : ""),
       "target " + (options.target ? Text(*options.target) : ""),
@@ -67,9 +69,16 @@ std::vector<std::string> Fields(const gl3::RenderOptions& options) {
                   options.sequence.skipExisting, options.sequence.chunk.number,
                   options.sequence.chunk.count),
       fmt::format("device {} module {} json {} told {}", options.run.device, options.run.module,
-                  options.run.json, static_cast<int>(options.run.verbosity)),
+                  options.run.json ? "on" + options.run.jsonFile : "off",
+                  static_cast<int>(options.run.verbosity)),
       fmt::format("limits {} s {}", options.run.limits.timeoutSeconds,
                   options.run.limits.maxMemory)};
+  if (const auto& section = options.subject.section) {
+    fields.push_back(fmt::format("section {} {} {}", Text(section->normal), section->position,
+                                 section->isShare));
+  } else {
+    fields.emplace_back();
+  }
   std::string effects;
   for (const auto& call : options.effects.calls) effects += gl3::DescribeEffect(call) + ";";
   fields.push_back(effects);
@@ -101,8 +110,8 @@ TEST(RenderOptions, BecomeWhatTheySay) {
   const struct {
     const char *line, *options;
   } cases[] = {
-      {"a.obj b.obj -o c.png --background '#12a' --view front",
-       "a.obj+b.obj; -o c.png like ; on 0.07,0.13,0.67 false; view 0,0,1"},
+      {"a.obj b.obj --merge -o c.png --background '#12a' --view front",
+       "a.obj+b.obj merged; -o c.png like ; on 0.07,0.13,0.67 false; view 0,0,1"},
       {"-s 97x63 --like d.exr --background '#336699' --view back",
        "-o  like d.exr; 97x63; on 0.20,0.40,0.60 false; view 0,0,-1"},
       {"--size 32768X8192 --antialias 4 --quality 1 --background 0,.25,1 --view left",
@@ -142,10 +151,15 @@ TEST(RenderOptions, BecomeWhatTheySay) {
        "[a,b.png|0,0|1][c.png|7,-100000|1][d.png|3,4|0][d.png|3,4|0.25]"},
       {"--text 'one, two,3,100000,#f08' --text x,1,2 --text ,y --text a,1,b",
        "[one, two|3,100000|255,0,136,255][x|1,2|][,y||][a,1,b||]"},
+      {"--section -z=1.5", "section 0,0,-1 -1.5 false"},
+      {"--section -x=25%", "section -1,0,0 0.75 true"},
+      {"--section 0,-3,4,2.5", "section 0,-0.6,0.8 2.5 false"},
+      {"--text x,1px2 --text 'x, y,12px' --text x,1,2,256px --text 'x,1,2,#123,4px'",
+       "[x,1px2||][x, y|||12][x|1,2||256][x|1,2|17,34,51,255|4]"},
       {"--device 0 --module m.so --json -q --timeout 0 --max-memory 64M",
-       "device 0 module m.so json true told 0; limits 0 s 67108864"},
-      {"--device gpu --verbose --timeout 1e6 --max-memory 1.5GiB",
-       "device gpu module  json false told 2; limits 1000000 s 1610612736"},
+       "device 0 module m.so json on told 0; limits 0 s 67108864"},
+      {"--device gpu --json=a/b.json --verbose --timeout 1e6 --max-memory 1.5GiB",
+       "device gpu module  json ona/b.json told 2; limits 1000000 s 1610612736"},
   };
   for (const auto& [line, options] : cases) {
     std::string error;
@@ -197,6 +211,21 @@ const Refusal kRefusals[] = {
     {"--effect ",
      {"blur:radius=2,passes=1.5", "tint:passes=0"},
      {"passes=", "a whole number from 1 to 100"}},
+    {"--azimuth ", {"361", "nan"}, {"-360 to 360"}},
+    {"--elevation ", {"-91", "up"}, {"-90 to 90"}},
+    {"--azimuth 3 --view ", {"top"}, {"excludes"}},
+    {"--eye 1,2,3 --margin ", {"3"}, {"excludes"}},
+    {"--margin ", {"-1", "91"}, {"0 to 90"}},
+    {"--zoom ", {"0", "101"}, {"0.1 to 100"}},
+    {"--fov 1 --zoom ", {"20"}, {"--zoom: ", "0.06"}},
+    {"--hide ", {"''"}, {"Wheel*"}},
+    {"--color ", {"pink"}, {"cyan"}},
+    {"--material ", {"wood"}, {"clay"}},
+    {"--section ", {"x", "w=1", "x=101%", "0,0,0,1", "1,0,0"}, {"y=50%"}},
+    {"--section-color ", {"red"}, {"requires --section"}},
+    {"--text ", {"A,3px", "A,1,2,257px"}, {"4px to 256px"}},
+    {"--mode wireframe-gl --text ", {"A,9px"}, {"--mode wireframe"}},
+    {"--mode wireframe-gl --scale-bar=", {"mm"}, {"--mode wireframe"}},
     {"--lights ", {"sun"}, {"three-point"}},
     {"--mode ", {"solid"}, {"shaded", "wireframe-gl", "points"}},
     {"--crease ", {"30"}, {"--mode lines"}},
@@ -219,7 +248,6 @@ const Refusal kRefusals[] = {
     {"--overlay ", {"a,1,100001", "a,-100001,1"}, {"-100000 to 100000"}},
     {"--text ", {"''"}, {"such as"}},
     {"--text ", {"x,200000,0", "x,-2147483648,0"}, {"-100000 to 100000"}},
-    {"--device ", {"fast", "-1"}, {"cpu"}},
     {"--timeout ", {"-1", "1000001"}, {"0 (no limit) to 1000000"}},
     {"--max-memory ", {"63M", "1kk", "3x", "8388608T"}, {"64M"}},
     {"-q --verbose ", {""}, {"excludes"}}};

@@ -28,13 +28,13 @@ class Pictures : public Gl3Test {
 };
 
 TEST_F(Pictures, AreWrittenInEveryKindWithTheirRecipe) {
-  for (const char* name : {"a picture.png", "out.exr", "out.jpg", "OUT.JPEG"}) {
+  for (const char* name : {"a picture.png", "out.exr", "out.jpg", "OUT.JPEG", "out.tif"}) {
     Done({"render", "squares.obj", "-o", name, "--size", "97x63"});
     EXPECT_TRUE(Holds(InfoOf(name), {"97 x   63", "gl3 render squares.obj -o", "xxh3:", "fov=40"}));
   }
   EXPECT_TRUE(Holds(InfoOf("a picture.png"), {"-o 'a picture.png'"}));
   EXPECT_TRUE(Holds(InfoOf("out.exr"), {"half openexr"}));
-  EXPECT_EQ(Names().size(), 6u);
+  EXPECT_EQ(Names().size(), 7u);
 }
 
 TEST_F(Pictures, ShowTheBackgroundThatWasAskedFor) {

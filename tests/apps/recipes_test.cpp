@@ -47,7 +47,7 @@ bool Has(const std::string& text, const std::string& part) {
 
 TEST_F(Recipes, TellPathsNamesOrNothing) {
   const std::string folder = m_base.filename().string();
-  for (const std::string suffix : {".png", ".exr", ".jpg"}) {
+  for (const std::string suffix : {".png", ".exr", ".jpg", ".tif", ".webp", ".ppm"}) {
     SCOPED_TRACE(suffix);
     for (const char* kind : {"full", "names", "none"}) DrawWith(kind, kind + suffix);
     const std::string full = Read("out/full" + suffix), names = Read("out/names" + suffix);

@@ -25,6 +25,15 @@ TEST_F(Refusals, OfWrongCommandLines) {
   ExpectRefused(m_render + "--eye 1,2,3 --target 1,2,3", 2, {"--target", "--eye"});
   ExpectRefused("render ok.obj -o ok.bmp", 2, {"ok.bmp", ".png", ".exr", ".jpg"});
   ExpectRefused("render ok.obj -o x##.bmp --turntable 2", 2, {"x01.bmp", ".png"});
+  ExpectRefused(m_render + "-o other.png", 2, {"--output", "ok.png, other.png"});
+  ExpectRefused("render ok.obj b.obj -o ok.png", 2, {"ok.png", "2 models", "%n", "--merge"});
+  ExpectRefused("render ok.obj a/ok.obj -o %n.png", 2, {"ok.obj and a/ok.obj", "ok.png"});
+  ExpectRefused("render ok.obj --merge -o %n.png", 2, {"%n.png", "--merge", "%%"});
+  ExpectRefused("render ok.obj -o x.mp4", 2, {"x.mp4", "one frame", "--turntable"});
+  ExpectRefused("render ok.obj -o x##.gif --turntable 2", 2, {"x##.gif", "one file"});
+  ExpectRefused("render ok.obj -o - --json", 2, {"--json=FILE"});
+  ExpectRefused("render ok.obj -o - --format bmp", 2, {"bmp", "ppm", "rgba"});
+  ExpectRefused("render - -o ok.png", 2, {"--model-format"});
   ExpectRefused(m_render + "--camera Main", 2, {"--camera", "Main", "none"});
   Write("text.png", "not a picture");
   ExpectRefused(m_render + "--overlay missing.png,1,2", 3, {"--overlay: ", "missing.png", "; "});
@@ -44,7 +53,7 @@ TEST_F(Refusals, OfModelsThatCannotBeRead) {
         "model.unknown", "nothing.obj", "ok.obj/below.obj"}) {
     ExpectRefused({"render", model, "-o", "ok.png"}, 3, {model, "; "});
   }
-  ExpectRefused("render ok.obj missing.obj -o ok.png", 3, {"missing.obj"});
+  ExpectRefused("render ok.obj missing.obj --merge -o ok.png", 3, {"missing.obj"});
   Write("scene.gltf", kCamerasGltf);
   ExpectRefused("render scene.gltf -o ok.png --scene Loft", 3, {"scene.gltf", "no scene Loft"});
   ExpectRefused("render ok.obj -o ok.png --scene Loft", 3, {"ok.obj", "no scenes"});
@@ -55,6 +64,8 @@ TEST_F(Refusals, OfOutputThatCannotBeWritten) {
   for (const char* output : {"folder.png", "ok.obj/ok.png", "missing/ok.png"}) {
     ExpectRefused({"render", "ok.obj", "-o", output}, 5, {output, "; "});
   }
+  ExpectRefused("render ok.obj -o /proc/ok.png", 5, {"/proc/ok.png", "no files can be made"});
+  ExpectRefused("render /proc/cpuinfo -o ok.png", 3, {"/proc/cpuinfo", "kernel"});
   ExpectRefused(m_render + "--depth missing/z.exr", 5, {"missing/z.exr", "; "});
   ExpectRefused("render ok.obj -o no/x##.png --turntable 2", 5, {"no/x01.png"});
   // As a disk does that fills up in mid-write: the check before the work cannot see it.
@@ -81,6 +92,10 @@ TEST_F(Refusals, OfModulesAndDevices) {
   ExpectRefused(m_render + "--module missing.so", 4, {"missing.so", "; "});
 
   ExpectRefused(m_render + "--device 999", 4, {"--device 999", "; "});
+  for (const char* wrong : {"GL3_DEVICE=fast", "GL3_PLATFORM=wall"}) {
+    ExpectRefused(m_render, 4, {wrong, "; "}, {.environment = {wrong}});
+  }
+  ExpectRefused(m_render + "--device fast", 4, {"--device fast", "; "});
   const Gl3Setup wrongDevice = {.environment = {"GL3_DEVICE=999"}};
   ExpectRefused(m_render, 4, {"GL3_DEVICE=999", "; "}, wrongDevice);
   EXPECT_EQ(Run(m_render + "-s 16x16 --device cpu", wrongDevice).status, 0)

@@ -10,6 +10,8 @@
 
 #include <jpeglib.h>
 
+#include "tests/support/common/tiff_file.h"
+
 namespace {
 
 using std::string;
@@ -90,6 +92,18 @@ string Bmp(int bits, unsigned compression, const string& palette, const string& 
          pixels;
 }
 
+/// With Exif data behind its beginning: an entry of 12 bytes.
+string JpegWithExif(const string& entry) {
+  const string exif = string("Exif\0\0MM\0*\0\0\0\x08\0\1", 16) + entry + Big(0, 4);
+  string file = Jpeg(3, false);
+  return file.insert(2, "\xff\xe1" + Big(static_cast<unsigned>(exif.size() + 2), 2) + exif);
+}
+
+string Tiff(TiffFile file, const string& block, std::size_t blocks) {
+  file.blocks.assign(blocks, block);
+  return TiffBytes(file);
+}
+
 string Hdr(int width, const string& pixels) {
   return "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 2 +X " + std::to_string(width) + "\n" + pixels;
 }
@@ -131,6 +145,25 @@ Inputs PictureSeeds() {
           Bmp(4, 0, Noise(64), Noise(8)),
           Bmp(16, 3, Noise(12), Noise(16)),
           Bmp(32, 0, "", Noise(24)),
+          JpegWithExif(string("\1\x12\0\3\0\0\0\1\0\6\0\0", 12)),
+          Tiff({.width = 3, .height = 2, .samples = 3, .photometric = 2, .orientation = 6},
+               Noise(18), 1),
+          Tiff({.width = 3,
+                .height = 3,
+                .bits = 16,
+                .samples = 2,
+                .rows = 2,
+                .extra = 1,
+                .isSeparate = true},
+               Noise(12), 4),
+          Tiff({.width = 17, .height = 2, .bits = 32, .format = 3, .tile = 16}, Noise(1024), 2),
+          Tiff({.width = 5, .height = 2, .bits = 4, .photometric = 3, .palette = Noise(96)},
+               Noise(6), 1),
+          "P1 3 2\n# a\n01 1\n110",
+          "P4 9 2\n" + Noise(4),
+          "P3\n2 1 9 1 2 3 4 5 6",
+          "P5 2 2 300\n" + string(8, '\1'),
+          "P7\nWIDTH 2\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nENDHDR\n" + Noise(8),
           Hdr(2, Noise(16)),
           Hdr(8, run + run),
           Exr(Imf::WRITE_RGBA, Imf::ZIP_COMPRESSION),

@@ -3,7 +3,6 @@
 #include <QColorSpace>
 #include <QComboBox>
 #include <QImage>
-#include <QProcess>
 #include <QSlider>
 #include <QTimer>
 #include <algorithm>
@@ -29,16 +28,6 @@ class MotionTest : public ViewTest {
                                    samples::ToGlb(samples::Orrery()), &error))
         << error;
     Open(Path("orrery.glb"));
-  }
-  /// The picture that the copied command makes.
-  QImage Made() {
-    QString command = m_window->Command(Path("made.png"));
-    command.replace(0, 3, QString(GL3_BIN_DIR) + "/gl3");
-    QProcess process;
-    process.start("sh", {"-c", "unset GL3_PLATFORM DISPLAY; " + command});
-    EXPECT_TRUE(process.waitForFinished(120000));
-    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
-    return QImage(Path("made.png"));
   }
 };
 

@@ -34,6 +34,10 @@ TEST_F(PartsTest, WhatIsHiddenIsAsIfItWereNotThere) {
   QTest::keyClick(m_window.get(), Qt::Key_1);
   Rest();
   EXPECT_EQ(DifferentPixels(Shown(), alone), 0);
+  EXPECT_TRUE(m_window->Command("a.png").contains("--hide=far"));
+  std::string error;
+  ASSERT_TRUE(m_window->Save(Path("saved.png"), &error)) << error;
+  EXPECT_TRUE(QImage(Path("saved.png")) == Made());
   Part(0)->setCheckState(0, Qt::Unchecked);  // not the last one
   EXPECT_EQ(Part(0)->checkState(0), Qt::Checked);
   EXPECT_EQ(View().Scene()->TriangleCount(), 1u);

@@ -8,7 +8,7 @@
 
 #include "apps/gl3-view/entry_list.h"
 #include "platform/platform.h"
-#include "tests/support/common/x_server.h"
+#include "tests/support/common/x_client.h"
 
 TEST(EntryList, TheCurrentEntryCanBeRemoved) {
   view::EntryList list(

@@ -13,6 +13,7 @@
 #include "host/Services.h"
 #include "hostkit/confine/confine.h"
 #include "hostkit/confine/sanitized.h"
+#include "hostkit/services/module_loader.h"
 
 namespace gl3 {
 namespace {
@@ -58,7 +59,7 @@ void AddOutput(const std::string& output, std::vector<std::string>* writable) {
   if (output.empty()) return;
   const OutputPattern pattern(output);
   std::error_code code;
-  if (pattern.HasFrame() || pattern.HasCamera()) {
+  if (pattern.HasFrame() || pattern.HasCamera() || pattern.HasName()) {
     const std::string folder = pattern.Folder();
     writable->push_back(folder.empty() ? "." : folder);
     return;
@@ -106,7 +107,7 @@ void AddReadable(const std::vector<std::string>& inputs, const std::string& modu
   std::error_code code;
   const fs::path program = fs::read_symlink("/proc/self/exe", code);
   readable->push_back(program.parent_path().string());
-  readable->push_back((program.parent_path() / "../lib/gl3").string());
+  readable->push_back(hostkit::HostKitFolder());
   for (const char* name : kPathVariables) {
     std::string paths = Environment(name);
     while (!paths.empty()) {

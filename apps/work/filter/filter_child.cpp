@@ -3,6 +3,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -11,13 +13,17 @@
 #include "apps/work/common/confine_work.h"
 #include "apps/work/common/driver_session.h"
 #include "apps/work/common/file_hash.h"
+#include "apps/work/common/picture_reader.h"
 #include "apps/work/common/stopwatch.h"
 #include "apps/work/filter/filter_report.h"
 #include "host/Services.h"
 #include "hostkit/effects/effect_chain.h"
 #include "hostkit/effects/effect_twins.h"
 #include "hostkit/pictures/picture.h"
+#include "hostkit/pictures/picture_formats.h"
+#include "hostkit/pictures/picture_guards.h"
 #include "hostkit/pictures/picture_in.h"
+#include "hostkit/pictures/picture_scale.h"
 #include "hostkit/services/registry.h"
 #include "platform/platform.h"
 
@@ -40,8 +46,9 @@ class FilterRun {
  private:
   Outcome StartDriver();
   void FilterOne(std::size_t index, FilteredPicture* report);
-  Outcome Read(FilteredPicture* report, hostkit::ByteImage* image);
-  Outcome RunEffects(hostkit::ByteImage image, FilteredPicture* report, hostkit::Picture* picture);
+  Outcome Read(FilteredPicture* report, hostkit::BitmapPtr* picture);
+  Outcome Scale(const std::string& input, hostkit::BitmapPtr* picture) const;
+  Outcome RunEffects(hostkit::BitmapPtr bitmap, FilteredPicture* report, hostkit::Picture* picture);
   hostkit::Recipe MakeRecipe(const std::string& input) const;
   Outcome Write(const hostkit::Picture& picture, FilteredPicture* report);
   Outcome Compare(const FilteredPicture& report) const;
@@ -54,6 +61,7 @@ class FilterRun {
   FilterStart m_start;
   std::string m_inputHash;  // of the picture at hand
   bool m_warnedOfClipping = false;
+  std::unique_ptr<PictureReader> m_reader;
   std::unique_ptr<DriverSession> m_session;
   std::unique_ptr<hostkit::EffectRunner> m_runner;
 };
@@ -65,9 +73,16 @@ void FilterRun::Warn(const std::string& text, bool ofClipping) {
 
 Outcome FilterRun::StartDriver() {
   const FilterOptions& options = m_job.options;
-  Outcome outcome =
+  Outcome outcome;
+  m_reader = PictureReader::Start(options.run.confined, &outcome);
+  if (!m_reader) return outcome;
+  outcome =
       ConfineDrawing({options.inputs, m_job.outputs}, options.run.module, options.run.confined);
   if (outcome.status != kDone) return outcome;
+  if (options.effects.calls.empty()) {  // converting takes no OpenGL
+    m_line.Tell(StartPiece(m_start));
+    return {};
+  }
   m_line.Enter(Phase::kStart, "OpenGL");
   const Stopwatch watch;
   // The module reads its settings when it is loaded.
@@ -96,36 +111,65 @@ Outcome FilterRun::StartDriver() {
   return {};
 }
 
-Outcome FilterRun::Read(FilteredPicture* report, hostkit::ByteImage* image) {
+Outcome FilterRun::Read(FilteredPicture* report, hostkit::BitmapPtr* picture) {
   m_line.Enter(Phase::kImport, report->input);
   const Stopwatch watch;
-  std::string error;
   hostkit::PictureFacts facts;
-  hostkit::BitmapPtr bitmap = hostkit::LoadPicture(report->input, &error, &facts);
-  if (!bitmap) return {kUnreadableInput, error};
-  report->width = bitmap->GetWidth();
-  report->height = bitmap->GetHeight();
-  *image = hostkit::TakeByteBitmap(std::move(bitmap));
+  const auto kind = m_job.options.effects.calls.empty() ? hostkit::PixelKind::kHalves
+                                                        : hostkit::PixelKind::kBytes;
+  const Outcome outcome = m_reader->Read(report->input, kind, picture, &facts);
+  if (outcome.status != kDone) return outcome;
+  report->width = (*picture)->GetWidth();
+  report->height = (*picture)->GetHeight();
   if (!m_job.outputs.empty()) m_inputHash = HashFile(report->input);
   report->read = watch.Milliseconds();
   if (facts.wasLinear) m_line.Note(report->input + ": its linear light was encoded for display");
-  if (facts.clipped && !std::exchange(m_warnedOfClipping, true)) {
-    Warn(
-        report->input +
-            ": colours above 1 were cut, since effects work on 8 bits from 0 to 1; scale its light "
-            "down first to keep them",
-        true);
+  const hostkit::PictureFormat* format = hostkit::FindWrittenFormat(report->output);
+  const bool areCut =
+      facts.clipped && (kind == hostkit::PixelKind::kBytes || (format && !format->keepsHalves));
+  if (areCut && !std::exchange(m_warnedOfClipping, true)) {
+    const char* what =
+        kind == hostkit::PixelKind::kBytes ? "effects work on" : "all kinds but .exr hold";
+    Warn(fmt::format("{}: colours above 1 were cut, since {} 8 bits from 0 to 1; scale its light "
+                     "down first to keep them",
+                     report->input, what),
+         true);
   }
   return {};
 }
 
-Outcome FilterRun::RunEffects(hostkit::ByteImage image, FilteredPicture* report,
+/// To the size that is asked for, if any.
+Outcome FilterRun::Scale(const std::string& input, hostkit::BitmapPtr* picture) const {
+  const FilterOptions& options = m_job.options;
+  if (options.width == 0 && options.height == 0) return {};
+  const long long across = (*picture)->GetWidth(), down = (*picture)->GetHeight();
+  const auto inProportion = [](long long side, long long part, long long whole) {
+    return std::max((side * part + whole / 2) / whole, 1LL);
+  };
+  const long long width =
+      options.width > 0 ? options.width : inProportion(options.height, across, down);
+  const long long height =
+      options.height > 0 ? options.height : inProportion(options.width, down, across);
+  const std::string refusal = hostkit::SizeRefusal(width, height, UINT64_MAX);
+  if (!refusal.empty()) return {kUnreadableInput, input + ": scaled to " + refusal};
+  *picture = hostkit::ScalePicture(**picture, static_cast<int>(width), static_cast<int>(height));
+  if (*picture) return {};
+  return {kRunFailed, input + ": memory ran out; try a smaller picture or size"};
+}
+
+Outcome FilterRun::RunEffects(hostkit::BitmapPtr bitmap, FilteredPicture* report,
                               hostkit::Picture* picture) {
+  if (m_job.options.effects.calls.empty()) {
+    const bool hasAlpha = hostkit::HasAlpha(*bitmap);
+    *picture = {std::move(bitmap), hasAlpha};
+    return {};
+  }
   m_line.Enter(Phase::kDraw, report->input);
   const Stopwatch watch;
   std::string error;
-  *picture = hostkit::RunEffects(*m_runner, m_job.options.effects.calls, m_job.options.verify,
-                                 std::move(image), &report->steps, &error);
+  *picture =
+      hostkit::RunEffects(*m_runner, m_job.options.effects.calls, m_job.options.verify,
+                          hostkit::TakeByteBitmap(std::move(bitmap)), &report->steps, &error);
   report->effects = watch.Milliseconds();
   if (!picture->bitmap) return {kRunFailed, report->input + ": " + error};
   m_line.Note(fmt::format("{}: effects took {:.1f} ms", report->input, report->effects));
@@ -135,10 +179,10 @@ Outcome FilterRun::RunEffects(hostkit::ByteImage image, FilteredPicture* report,
 hostkit::Recipe FilterRun::MakeRecipe(const std::string& input) const {
   const RecipeKind kind = m_job.options.recipe;
   if (kind == RecipeKind::kNone) return {};
-  return {{"gl3:command", m_job.command},
-          {"gl3:version", GL3_VERSION},
-          {"gl3:renderer", m_start.renderer},
-          {"gl3:input", RecipePath(input, kind) + " " + m_inputHash}};
+  hostkit::Recipe recipe = {{"gl3:command", m_job.command}, {"gl3:version", GL3_VERSION}};
+  if (m_runner) recipe.emplace_back("gl3:renderer", m_start.renderer);
+  recipe.emplace_back("gl3:input", RecipePath(input, kind) + " " + m_inputHash);
+  return recipe;
 }
 
 Outcome FilterRun::Write(const hostkit::Picture& picture, FilteredPicture* report) {
@@ -146,8 +190,10 @@ Outcome FilterRun::Write(const hostkit::Picture& picture, FilteredPicture* repor
   m_line.Enter(Phase::kWrite, report->output);
   const Stopwatch watch;
   std::string error;
-  if (!hostkit::WritePicture(report->output, picture, MakeRecipe(report->input),
-                             {m_job.options.jpegQuality}, &error)) {
+  hostkit::PictureOptions options;
+  options.quality = m_job.options.jpegQuality;
+  options.exrEncoding = m_job.options.exrEncoding;
+  if (!hostkit::WritePicture(report->output, picture, MakeRecipe(report->input), options, &error)) {
     return {kUnwritableOutput, error};
   }
   report->write = watch.Milliseconds();
@@ -172,10 +218,11 @@ Outcome FilterRun::Compare(const FilteredPicture& report) const {
 void FilterRun::FilterOne(std::size_t index, FilteredPicture* report) {
   report->input = m_job.options.inputs[index];
   if (!m_job.outputs.empty()) report->output = m_job.outputs[index];
-  hostkit::ByteImage image;
+  hostkit::BitmapPtr bitmap;
   hostkit::Picture picture;
-  Outcome outcome = Read(report, &image);
-  if (outcome.status == kDone) outcome = RunEffects(std::move(image), report, &picture);
+  Outcome outcome = Read(report, &bitmap);
+  if (outcome.status == kDone) outcome = Scale(report->input, &bitmap);
+  if (outcome.status == kDone) outcome = RunEffects(std::move(bitmap), report, &picture);
   if (outcome.status == kDone) outcome = Write(picture, report);
   if (outcome.status == kDone) {
     ++m_done;
@@ -199,6 +246,7 @@ Outcome FilterRun::Run() {
     if (report.status != kDone) m_line.Fail(report.error);
     if (count > 1) m_line.Progress(m_done, count, input);
     m_line.Tell(PicturePiece(report, m_job.options.effects.calls));
+    if (!m_reader->IsAlive()) return {};  // another child goes on
   }
   if (count > 1) m_line.Progress(m_done, count, "");
   return {};

@@ -19,7 +19,8 @@ struct FilterPart {
 };
 
 /// Filters one picture after another. Tells its steps, warnings and each picture's failure through
-/// `line`, and the pieces of a FilterReport. Fails itself only when nothing can be filtered.
+/// `line`, and the pieces of a FilterReport. Fails itself only when nothing can be filtered. When
+/// decoding a picture crashes, those that follow are left to another child.
 Outcome FilterPictures(const FilterJob& job, const FilterPart& part, ParentLine& line);
 
 }  // namespace gl3

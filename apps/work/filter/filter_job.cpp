@@ -37,12 +37,14 @@ int FilterAll(const FilterJob& job, FilterPart part, FilterReport* report) {
   int status = kDone;
   while (report->PictureCount() < all.size()) {
     ChildTold told;
+    const std::size_t before = report->PictureCount();
     const int ended = RunSupervised(
         job.options.run.limits, output,
         [&](ParentLine& line, std::string*) { return FilterPictures(job, part, line); }, &told);
     report->Add(told.parts);
     const std::size_t at = report->PictureCount();
-    if (report->HasStarted() && at < all.size()) {
+    const bool isLeftToOthers = ended == kDone && at > before;  // nobody was left to decode for it
+    if (report->HasStarted() && at < all.size() && !isLeftToOthers) {
       FilteredPicture died;
       died.input = job.options.inputs[all[at]];
       if (!job.outputs.empty()) died.output = job.outputs[all[at]];
@@ -63,6 +65,12 @@ int FilterAll(const FilterJob& job, FilterPart part, FilterReport* report) {
 }
 
 }  // namespace
+
+int FilterInto(const FilterJob& job, FilterReport* report, std::size_t* skipped) {
+  const FilterPart part = PicturesToDo(job);
+  *skipped = part.done;
+  return FilterAll(job, part, report);
+}
 
 int Filter(const FilterJob& job) {
   const Stopwatch watch;

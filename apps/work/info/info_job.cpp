@@ -6,8 +6,10 @@
 #include <cstdlib>
 #include <vector>
 
+#include "apps/work/compare/compare_job.h"
 #include "apps/work/info/info_checks.h"
 #include "apps/work/info/info_report.h"
+#include "apps/work/info/model_info.h"
 #include "apps/work/info/probe_child.h"
 #include "platform/platform.h"
 
@@ -133,6 +135,13 @@ Outcome TellAllDevices(const InfoOptions& options, std::string* result) {
 }  // namespace
 
 Outcome Info(const InfoOptions& options, std::string* result) {
+  if (options.kind == InfoKind::kFormats) return TellFormats(options, result);
+  if (!options.models.empty()) return TellModels(options, result);
+  if (options.kind == InfoKind::kCompare) {
+    std::string trouble;  // of the listing: the drivers' own lines tell what it means for them
+    const std::size_t devices = ListDevices(options, &trouble).size();
+    return CompareDrivers(options, static_cast<int>(devices), result);
+  }
   if (options.allDevices) return TellAllDevices(options, result);
   Json report;
   Outcome outcome;

@@ -86,25 +86,6 @@ std::string Words(const std::string& key) {
   return words;
 }
 
-/// Labels with their values; a section of the report.
-using Lines = std::vector<std::pair<std::string, std::string>>;
-
-/// The values of a section one under the other.
-std::string Aligned(const Lines& lines) {
-  std::size_t width = 0;
-  for (const auto& [label, value] : lines) width = std::max(width, label.size());
-  std::string text;
-  for (const auto& [label, value] : lines) {
-    text += fmt::format("  {:<{}}  ", label, width);
-    for (const char c : value) {
-      text += c;
-      if (c == '\n') text += std::string(width + 4, ' ');
-    }
-    text += '\n';
-  }
-  return text;
-}
-
 std::string Scalar(const Json& value) {
   if (value.is_boolean()) return value.get<bool>() ? "yes" : "no";
   return value.is_string() ? value.get<std::string>() : value.dump();
@@ -118,7 +99,7 @@ std::pair<std::string, std::string> ChoiceLine(const Json& choice) {
   return {mark + "device " + choice["number"].dump(), name + ": " + reason};
 }
 
-void AddLines(const std::string& key, const Json& value, Lines* lines) {
+void AddLines(const std::string& key, const Json& value, ReportLines* lines) {
   constexpr std::string_view kBytes = "Bytes";
   if (value.is_array()) {
     for (const Json& choice : value) lines->push_back(ChoiceLine(choice));
@@ -184,11 +165,26 @@ Json DescribeSettings() {
   return json;
 }
 
+std::string Aligned(const ReportLines& lines) {
+  std::size_t width = 0;
+  for (const auto& [label, value] : lines) width = std::max(width, label.size());
+  std::string text;
+  for (const auto& [label, value] : lines) {
+    text += fmt::format("  {:<{}}  ", label, width);
+    for (const char c : value) {
+      text += c;
+      if (c == '\n') text += std::string(width + 4, ' ');
+    }
+    text += '\n';
+  }
+  return text;
+}
+
 std::string FormatInfo(const Json& report) {
   std::string text;
   for (const auto& [name, section] : report.items()) {
     if (!section.is_object()) continue;  // the long ones
-    Lines lines;
+    ReportLines lines;
     for (const auto& [key, value] : section.items()) AddLines(key, value, &lines);
     text += (text.empty() ? "" : "\n") + Title(name) + "\n" + Aligned(lines);
   }

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "apps/options/info_options.h"
 #include "apps/work/common/report_json.h"
@@ -21,6 +23,12 @@ Json DescribeSettings();
 /// begun; "display", "opengl", "limits", "driver", "milliseconds"; "problem", why it cannot go on;
 /// with `all` also "extendedReport" and "extensions". For a child process.
 void TellDevice(const InfoOptions& options, bool all, const Tell& tell);
+
+/// Labels with their values, which may have several lines.
+using ReportLines = std::vector<std::pair<std::string, std::string>>;
+
+/// The values one under the other.
+std::string Aligned(const ReportLines& lines);
 
 /// The sections as text, without the long ones.
 std::string FormatInfo(const Json& report);

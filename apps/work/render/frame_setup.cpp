@@ -6,6 +6,9 @@
 #include <utility>
 
 #include "apps/work/common/driver_session.h"
+#include "apps/work/render/scale_bar.h"
+#include "apps/work/render/text_picture.h"
+#include "hostkit/frame/backdrop.h"
 #include "hostkit/pictures/picture_in.h"
 #include "hostkit/services/module_settings.h"
 #include "hostkit/services/registry.h"
@@ -19,24 +22,14 @@ using hostkit::FrameSettings;
 // Where texts without a place begin, and how far apart their lines are, in pixels.
 constexpr int kTextMargin = 8, kLineHeight = 14;
 
-/// The renderer's fonts have the characters of Latin-1; others become question marks.
-std::string Latin1(const std::string& utf8) {
-  std::string text;
-  for (std::size_t i = 0; i < utf8.size(); ++i) {
-    const auto first = static_cast<unsigned char>(utf8[i]);
-    if (first < 0x80) {
-      text += utf8[i];
-      continue;
-    }
-    unsigned following = 0;
-    while (i + 1 < utf8.size() && (static_cast<unsigned char>(utf8[i + 1]) & 0xC0) == 0x80) {
-      ++i;
-      ++following;
-    }
-    const bool isLatin = following == 1 && (first == 0xC2 || first == 0xC3);
-    text += isLatin ? static_cast<char>((first << 6 & 0xC0) | (utf8[i] & 0x3F)) : '?';
+/// In the renderer's own letters when the size is 0.
+void AddLine(const hostkit::TextNote& note, int size, FrameSettings* settings) {
+  if (size == 0) {
+    settings->texts.push_back(note);
+    return;
   }
-  return text;
+  hostkit::OverlayPicture picture = TextPicture(note.text, size, note.color, note.x, note.y);
+  if (picture.bitmap) settings->overlays.push_back(std::move(picture));
 }
 
 void AddTexts(const std::vector<TextOption>& options, FrameSettings* settings) {
@@ -51,21 +44,50 @@ void AddTexts(const std::vector<TextOption>& options, FrameSettings* settings) {
       const std::size_t end = std::min(rest.find('\n'), rest.size());
       note.text = rest.substr(0, end);
       rest.erase(0, end + 1);
-      settings->texts.push_back(note);
-      note.y += kLineHeight;
+      AddLine(note, option.size, settings);
+      note.y += option.size == 0 ? kLineHeight : option.size + option.size * 2 / 5;
     }
     if (!option.place) nextY = note.y;
   }
 }
 
-Outcome AddOverlays(const std::vector<OverlayOption>& options, FrameSettings* settings) {
+Outcome LoadLayer(const std::string& path, PictureReader* reader, hostkit::BitmapPtr* bitmap) {
+  hostkit::PictureFacts facts;
+  if (reader) return reader->Read(path, hostkit::PixelKind::kBytes, bitmap, &facts);
+  std::string error;
+  *bitmap = hostkit::LoadPicture(path, &error);
+  return {*bitmap ? kDone : kUnreadableInput, error};
+}
+
+Outcome AddOverlays(const std::vector<OverlayOption>& options, PictureReader* reader,
+                    FrameSettings* settings) {
   for (const OverlayOption& option : options) {
-    std::string error;
-    hostkit::BitmapPtr bitmap = hostkit::LoadPicture(option.path, &error);
-    if (!bitmap) return {kUnreadableInput, "--overlay: " + error};
+    hostkit::BitmapPtr bitmap;
+    const Outcome outcome = LoadLayer(option.path, reader, &bitmap);
+    if (outcome.status != kDone) return {outcome.status, "--overlay: " + outcome.message};
     settings->overlays.push_back({std::move(bitmap), option.x, option.y, option.alpha});
   }
   return {};
+}
+
+Outcome SetBackground(const BackgroundOption& option, PictureReader* reader,
+                      FrameSettings* settings) {
+  std::copy_n(option.color, 3, settings->background);
+  settings->transparentBackground = option.isTransparent;
+  if (option.isTransparent || (!option.isGradient && option.picture.empty())) return {};
+  if (option.isGradient) {
+    settings->backdrop =
+        hostkit::MakeGradient(settings->width, settings->height, option.color, option.bottom);
+    for (int i = 0; i < 3; ++i) settings->background[i] = (option.color[i] + option.bottom[i]) / 2;
+  } else {
+    hostkit::BitmapPtr picture;
+    const Outcome outcome = LoadLayer(option.picture, reader, &picture);
+    if (outcome.status != kDone) return {outcome.status, "--background: " + outcome.message};
+    settings->backdrop =
+        hostkit::CoverWith(*picture, settings->width, settings->height, settings->background);
+  }
+  if (settings->backdrop) return {};
+  return {kRunFailed, "--background: memory ran out; choose a smaller picture"};
 }
 
 bool IsSoftware(const std::string& device) {
@@ -93,28 +115,44 @@ void ApplyDriverSettings(const RenderOptions& options) {
   hostkit::OverrideRegistryValue("OpenGL3", "Antialias", options.samplesPerSide > 1);
 }
 
-Outcome MakeFrameSettings(const RenderOptions& options, FrameSettings* settings) {
+hostkit::FrameSettings WithScaleBar(const FrameSettings& settings, const DrawingOptions& drawing,
+                                    const hostkit::SceneCamera& camera, float distance) {
+  FrameSettings annotated = settings;
+  if (!drawing.hasScaleBar) return annotated;
+  const ScaleBar bar = ScaleBarFor(camera, distance, settings.width, settings.height);
+  for (hostkit::OverlayPicture& picture : DrawScaleBar(bar, drawing.scaleUnit, settings)) {
+    annotated.overlays.push_back(std::move(picture));
+  }
+  return annotated;
+}
+
+Outcome MakeFrameSettings(const RenderOptions& options, FrameSettings* settings,
+                          PictureReader* reader) {
   const DrawingOptions& drawing = options.drawing;
   settings->width = options.width;
   settings->height = options.height;
   settings->mode = drawing.mode;
   const bool driverSmooths = drawing.mode == hostkit::DrawMode::kDriverWireframe;
   settings->samplesPerSide = driverSmooths ? 1 : options.samplesPerSide;
-  std::copy_n(options.background, 3, settings->background);
-  settings->transparentBackground = options.transparentBackground;
+  Outcome outcome = SetBackground(options.background, reader, settings);
+  if (outcome.status != kDone) return outcome;
   settings->lights = drawing.lights;
   settings->showsAllBacks = drawing.backfaces;
   settings->lineColor = drawing.lineColor;
   settings->creaseDegrees = drawing.creaseDegrees.value_or(settings->creaseDegrees);
   settings->pointSize = drawing.pointSize;
   settings->fog = drawing.fog;
-  if (!drawing.hasFogColor) std::copy_n(options.background, 3, settings->fog.color);
+  if (!drawing.hasFogColor) std::copy_n(settings->background, 3, settings->fog.color);
   settings->grid = drawing.grid;
   settings->upAxis = options.upAxis;
   settings->controlPointSize = drawing.controlPointSize;
-  settings->depth = !drawing.depth.empty();
-  AddTexts(drawing.texts, settings);
-  return AddOverlays(drawing.overlays, settings);
+  settings->depth = !drawing.depth.empty() || options.passes.z;
+  settings->normals = options.passes.normal;
+  settings->objectIds = options.passes.object;
+  settings->materialIds = options.passes.material;
+  outcome = AddOverlays(drawing.overlays, reader, settings);
+  if (outcome.status == kDone) AddTexts(drawing.texts, settings);
+  return outcome;
 }
 
 }  // namespace gl3

@@ -3,6 +3,7 @@
 
 #include "apps/base/messages.h"
 #include "apps/options/render_options.h"
+#include "apps/work/common/picture_reader.h"
 #include "hostkit/frame/frame_renderer.h"
 
 namespace gl3 {
@@ -11,8 +12,16 @@ namespace gl3 {
 /// before the driver is made, which reads them then. Opens the display.
 void ApplyDriverSettings(const RenderOptions& options);
 
-/// Fills `*settings`, also with the overlays' pictures, which it reads. kUnreadableInput with a
-/// message when one cannot be read.
-Outcome MakeFrameSettings(const RenderOptions& options, hostkit::FrameSettings* settings);
+/// Fills `*settings`, also with the pictures of overlays and of the background, which `reader`
+/// reads, or this process where it is null. kUnreadableInput with a message when one cannot be
+/// read.
+Outcome MakeFrameSettings(const RenderOptions& options, hostkit::FrameSettings* settings,
+                          PictureReader* reader = nullptr);
+
+/// The settings for a picture from this camera, with the scale bar when one is asked for: it holds
+/// `distance` in front of the camera, in world units.
+hostkit::FrameSettings WithScaleBar(const hostkit::FrameSettings& settings,
+                                    const DrawingOptions& drawing,
+                                    const hostkit::SceneCamera& camera, float distance);
 
 }  // namespace gl3

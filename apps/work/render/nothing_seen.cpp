@@ -8,8 +8,9 @@ namespace gl3 {
 
 std::string NothingSeen(const hostkit::Scene& scene, const hostkit::FrameSettings& settings,
                         const hostkit::View& view, const hostkit::Picture& picture) {
-  const bool isBlank = hostkit::IsBlank(picture, settings);
-  const bool showsMore = settings.grid.on || !settings.overlays.empty() || !settings.texts.empty();
+  const bool isBlank = !settings.backdrop && hostkit::IsBlank(picture, settings);
+  const bool showsMore = settings.grid.on || settings.backdrop || !settings.overlays.empty() ||
+                         !settings.texts.empty();
   if (!isBlank && !showsMore) return "";
   const float aspect = static_cast<float>(settings.width) / static_cast<float>(settings.height);
   if (!hostkit::IsInView(scene, view, aspect)) {

@@ -18,6 +18,7 @@ constexpr float kDefaultFov = 40;  // degrees
 constexpr double kFullTurn = 2 * 3.14159265358979323846;
 constexpr double kRadiansPerDegree = kFullTurn / 360;
 
+using hostkit::kFitMargin;
 using Imath::V3d;
 using Imath::V3f;
 
@@ -40,6 +41,12 @@ Outcome FindCamera(const std::string& name, const hostkit::Scene& scene, int* in
   const std::string nearest = NearestName(name, names);
   return {kWrongUsage, wrong + (nearest.empty() ? "" : "did you mean " + nearest + "? ") +
                            "the model has " + JoinNames(names)};
+}
+
+/// From the model to the eye in a world with y up.
+V3f ViewDirection(const RenderOptions& options, hostkit::UpAxis up) {
+  if (options.framing.HasAngles()) return options.framing.Direction();
+  return options.isViewNamed ? options.viewFrom : ToYUp(up, options.viewFrom);
 }
 
 /// How far in front of the eye the middle of the model lies.
@@ -110,10 +117,10 @@ CameraChooser::CameraChooser(const RenderOptions& options, const hostkit::Scene&
   points.reserve(reach.points.size());
   for (const V3f& point : reach.points) points.push_back(ToYUp(m_upAxis, point));
   if (options.sequence.turntable > 1) points = Turned(points, ToYUp(m_upAxis, m_middle));
-  const V3f& from = options.viewFrom;
-  m_fitted = hostkit::FitCamera(points, options.isViewNamed ? from : ToYUp(m_upAxis, from),
+  const float margin = options.framing.margin ? *options.framing.margin / 100 : kFitMargin;
+  m_fitted = hostkit::FitCamera(points, ViewDirection(options, m_upAxis),
                                 Radians(options.fieldOfView.value_or(kDefaultFov)), aspect,
-                                options.parallel);
+                                options.parallel, margin);
   for (V3f* v : {&m_fitted.eye, &m_fitted.forward, &m_fitted.up}) *v = FromYUp(m_upAxis, *v);
 }
 
@@ -166,7 +173,12 @@ hostkit::SceneCamera CameraChooser::Choose(const hostkit::Scene& scene, int inde
   if (turntable > 1 && frame != 1) {
     Orbit(m_middle, Up(), kFullTurn * (frame - 1) / turntable, &camera);
   }
+  if (m_options.framing.zoom != 1) hostkit::ZoomCamera(m_options.framing.zoom, &camera);
   return camera;
+}
+
+float CameraChooser::TargetDistance(const hostkit::SceneCamera& camera) const {
+  return DistanceTo(Target(), camera);
 }
 
 std::string FormatTriple(const V3d& v) {

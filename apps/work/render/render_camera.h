@@ -30,6 +30,9 @@ class CameraChooser {
 
   /// `camera` is an index into the scene's cameras or -1; the scene is posed for `frame`.
   hostkit::SceneCamera Choose(const hostkit::Scene& scene, int camera, int frame) const;
+  /// How far in front of a camera that was chosen lies what it looks at: the target of --eye, else
+  /// the middle of the model. Above 0.
+  float TargetDistance(const hostkit::SceneCamera& camera) const;
 
  private:
   hostkit::SceneCamera Standing(const hostkit::Scene& scene, int camera) const;

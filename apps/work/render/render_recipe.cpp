@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "apps/work/common/file_hash.h"
+#include "apps/work/common/report_json.h"
 
 namespace gl3 {
 
@@ -35,6 +36,18 @@ hostkit::Recipe MakeRecipe(const RecipeBase& base, const RenderOptions& options,
     recipe.emplace_back("gl3:input" + number, RecipePath(base.inputs[i], options.recipe));
   }
   return recipe;
+}
+
+void AddIdNames(const RenderOptions& options, const hostkit::Scene& scene,
+                hostkit::Recipe* recipe) {
+  if (options.recipe == RecipeKind::kNone) return;
+  Json objects = Json::array(), materials = Json::array();
+  for (const hostkit::SceneInstance& instance : scene.instances) {
+    objects.push_back(scene.meshes[static_cast<std::size_t>(instance.mesh)].name);
+  }
+  for (const hostkit::SceneMaterial& material : scene.materials) materials.push_back(material.name);
+  if (options.passes.object) recipe->emplace_back("gl3:objects", JsonLine(objects));
+  if (options.passes.material) recipe->emplace_back("gl3:materials", JsonLine(materials));
 }
 
 std::vector<std::string> CompareInputs(const RenderOptions& options,

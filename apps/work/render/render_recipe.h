@@ -7,6 +7,7 @@
 #include "apps/options/render_options.h"
 #include "apps/work/render/render_sequence.h"
 #include "hostkit/pictures/picture.h"
+#include "hostkit/scene/scene.h"
 
 namespace gl3 {
 
@@ -26,6 +27,10 @@ std::vector<std::string> DescribeInputs(const std::vector<std::string>& models);
 /// its name.
 hostkit::Recipe MakeRecipe(const RecipeBase& base, const RenderOptions& options, const Shot& shot,
                            const std::string& camera);
+
+/// What stands behind the ids of the passes that are written: the names of the scene's instances
+/// and materials in their order, as JSON arrays of text. Nothing where recipes tell nothing.
+void AddIdNames(const RenderOptions& options, const hostkit::Scene& scene, hostkit::Recipe* recipe);
 
 /// One line for each model whose hash is not the one in the recipe that is repeated.
 std::vector<std::string> CompareInputs(const RenderOptions& options,

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "apps/work/common/report_figures.h"
-#include "apps/work/common/report_json.h"
 
 namespace gl3 {
 namespace {
@@ -29,7 +28,7 @@ void AddShots(const RenderReport& report, Json& json) {
 
 }  // namespace
 
-std::string FormatReport(const RenderReport& report) {
+Json ReportJson(const RenderReport& report) {
   Json json;
   json["models"] = report.models;
   json["output"] = report.output;
@@ -49,7 +48,11 @@ std::string FormatReport(const RenderReport& report) {
   if (report.isSequence) AddShots(report, json);
   json["peakMemoryBytes"] = PeakMemory();
   json["warnings"] = report.warnings;
-  return PrintedJson(json);
+  return json;
+}
+
+std::string FormatReport(const RenderReport& report) {
+  return PrintedJson(ReportJson(report));
 }
 
 }  // namespace gl3

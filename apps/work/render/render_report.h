@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "apps/work/common/report_json.h"
+
 namespace gl3 {
 
 /// Figures of one picture of a sequence. Milliseconds; `total` is all from posing to the finished
@@ -39,8 +41,10 @@ struct RenderReport {
   std::size_t skipped = 0;        ///< That were there before.
 };
 
-/// The report as a JSON object on several lines, with the peak memory of this process (bytes) as it
-/// is now. Text that is not UTF-8 gets replacement characters.
+/// The report as a JSON object, with the peak memory of this process (bytes) as it is now.
+Json ReportJson(const RenderReport& report);
+
+/// The same on several lines. Text that is not UTF-8 gets replacement characters.
 std::string FormatReport(const RenderReport& report);
 
 }  // namespace gl3

@@ -30,7 +30,6 @@ Outcome PlanShots(const RenderOptions& options, const hostkit::Scene& scene,
   for (const hostkit::SceneCamera& camera : scene.cameras) names.push_back(camera.name);
   const std::vector<std::string> files = FileNames(names);
 
-  const OutputPattern pattern(options.output), depthPattern(options.drawing.depth);
   std::size_t index = 0;
   for (const int frame : options.sequence.Frames()) {
     for (const int camera : cameras) {
@@ -38,18 +37,20 @@ Outcome PlanShots(const RenderOptions& options, const hostkit::Scene& scene,
       Shot shot{frame, options.sequence.TimeOf(frame), camera, "", "", ""};
       const auto at = static_cast<std::size_t>(camera);
       if (camera >= 0) shot.cameraName = names[at];
-      shot.output = pattern.Expand(frame, camera >= 0 ? files[at] : "");
-      shot.depth = depthPattern.Expand(frame, camera >= 0 ? files[at] : "");
+      const std::string file = camera >= 0 ? files[at] : "";
+      shot.output = options.PathOf(options.output, frame, file);
+      shot.depth = options.PathOf(options.drawing.depth, frame, file);
       shots->push_back(std::move(shot));
     }
   }
   return {};
 }
 
-Outcome CheckFolders(const std::vector<Shot>& shots) {
+Outcome CheckFolders(const RenderOptions& options, const std::vector<Shot>& shots) {
+  const bool isStreamed = options.stream.descriptor >= 0;
   std::set<std::string> folders;
   for (const Shot& shot : shots) {
-    for (const std::string& path : {shot.output, shot.depth}) {
+    for (const std::string& path : {isStreamed ? std::string() : shot.output, shot.depth}) {
       const std::string folder = std::filesystem::path(path).parent_path().string();
       if (path.empty() || !folders.insert(folder).second) continue;
       Outcome outcome = CheckOutput(path);
@@ -64,15 +65,14 @@ bool IsThere(const Shot& shot) {
 }
 
 std::size_t CountWhenAllThere(const RenderOptions& options) {
-  const OutputPattern pattern(options.output), depthPattern(options.drawing.depth);
-  if (pattern.HasCamera()) return 0;
+  if (OutputPattern(options.output).HasCamera()) return 0;
   const std::vector<int> frames = options.sequence.Frames();
   std::size_t count = 0;
   for (std::size_t i = 0; i < frames.size(); ++i) {
     if (!IsInChunk(options.sequence.chunk, i)) continue;
     Shot shot;
-    shot.output = pattern.Expand(frames[i], "");
-    shot.depth = depthPattern.Expand(frames[i], "");
+    shot.output = options.PathOf(options.output, frames[i], "");
+    shot.depth = options.PathOf(options.drawing.depth, frames[i], "");
     if (!IsThere(shot)) return 0;
     ++count;
   }

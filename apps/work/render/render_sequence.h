@@ -30,8 +30,8 @@ Outcome PlanShots(const RenderOptions& options, const hostkit::Scene& scene,
                   std::vector<Shot>* shots);
 
 /// Whether every folder that the pictures go to can be written to, so that a long run does not end
-/// at one of them: as CheckOutput.
-Outcome CheckFolders(const std::vector<Shot>& shots);
+/// at one of them: as CheckOutput. Of pictures that become no files their distances alone count.
+Outcome CheckFolders(const RenderOptions& options, const std::vector<Shot>& shots);
 
 /// Whether all files of the shot are there.
 bool IsThere(const Shot& shot);

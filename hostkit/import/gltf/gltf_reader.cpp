@@ -23,10 +23,14 @@ using Imath::M44f;
 constexpr std::size_t kMostInstances = std::size_t{1} << 22;
 
 /// The copies that EXT_mesh_gpu_instancing makes of a node's mesh, in its space; one without it.
-std::vector<M44f> CopiesAt(const Json& node, Accessors& accessors) {
-  const Json& attributes = Member(Extension(node, "EXT_mesh_gpu_instancing"), "attributes");
-  if (!attributes.is_object() || attributes.empty()) return {M44f()};
-  const Accessor* any = accessors.Get(IndexFrom(attributes.begin().value()));
+std::vector<M44f> CopiesAt(Json node, Accessors& accessors) {
+  const Json attributes = Member(Extension(node, "EXT_mesh_gpu_instancing"), "attributes");
+  if (!attributes.IsObject() || attributes.Size() == 0) return {M44f()};
+  int first = -1;
+  attributes.ForEach([&first](const std::string&, Json index) {
+    if (first < 0) first = IndexFrom(index);
+  });
+  const Accessor* any = accessors.Get(first);
   const std::size_t count = any ? std::min(any->count, kMostInstances) : 0;
   std::vector<M44f> copies(count);
   const auto read = [&](const char* name, int components, const auto& apply) {
@@ -60,12 +64,25 @@ class Instances {
         m_deformations(deformations) {}
 
   void AddAll() {
-    for (const int node : m_tree.order) AddNode(node);
+    m_names.resize(m_tree.parents.size(), -1);
+    for (const int node : m_tree.order) {
+      AddName(node);
+      AddNode(node);
+    }
   }
 
  private:
+  void AddName(int node) {
+    std::vector<SceneNodeName>& names = m_document.Source().scene.nodeNames;
+    const auto at = static_cast<std::size_t>(node);
+    const int parent = m_tree.parents[at];
+    m_names[at] = static_cast<int>(names.size());
+    names.push_back({TextOf(m_document.Item("nodes", node), "name"),
+                     parent < 0 ? -1 : m_names[static_cast<std::size_t>(parent)]});
+  }
+
   void AddNode(int node) {
-    const Json& json = m_document.Item("nodes", node);
+    const Json json = m_document.Item("nodes", node);
     const int mesh = IndexOf(json, "mesh");
     if (mesh < 0) return;
     const std::vector<M44f> copies = CopiesAt(json, m_accessors);
@@ -76,7 +93,8 @@ class Instances {
         for (const M44f& copy : copies) Add(node, shared, copy);
       } else if (IsSkinned(deformed)) {
         // Its joints place it, whatever its own node says.
-        m_document.Source().scene.instances.push_back({deformed, M44f()});
+        m_document.Source().scene.instances.push_back(
+            {deformed, M44f(), m_names[static_cast<std::size_t>(node)]});
         m_document.Source().places.instances.emplace_back();
       } else {
         Add(node, deformed, M44f());
@@ -106,7 +124,7 @@ class Instances {
       scene.motion.instances.push_back(
           {static_cast<int>(scene.instances.size()), hook, copy * toNode});
     }
-    scene.instances.push_back({mesh, toWorld});
+    scene.instances.push_back({mesh, toWorld, m_names[static_cast<std::size_t>(node)]});
     m_document.Source().places.instances.push_back(exact);
   }
 
@@ -116,7 +134,22 @@ class Instances {
   const NodeTree& m_tree;
   const NodeHooks& m_hooks;
   Deformations& m_deformations;
+  std::vector<int> m_names;  // by node: index into Scene::nodeNames
 };
+
+/// What the file says of itself; its unit is the metre.
+void TakeFacts(const Document& document, SceneFacts& facts) {
+  facts.metersPerUnit = 1;
+  const Json scenes = Member(document.Root(), "scenes");
+  for (std::size_t i = 0; i < Length(scenes); ++i) {
+    facts.scenes.push_back(TextOf(scenes[i], "name"));
+  }
+  for (const auto& [member, names] : {std::pair("extensionsUsed", &facts.extensionsUsed),
+                                      {"extensionsRequired", &facts.extensionsRequired}}) {
+    const Json list = Member(document.Root(), member);
+    for (std::size_t i = 0; i < Length(list); ++i) names->push_back(list[i].Text());
+  }
+}
 
 bool Read(const ModelSource& source, std::string* error) {
   Document document(source);
@@ -126,6 +159,7 @@ bool Read(const ModelSource& source, std::string* error) {
     return false;
   }
   Scene& scene = source.scene;
+  TakeFacts(document, scene.facts);
   const MovedNodes moved = FindMoved(document);
   const NodeHooks hooks(tree, moved.places, scene.motion, source.places);
   Accessors accessors(document, buffers);

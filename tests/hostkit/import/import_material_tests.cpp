@@ -151,12 +151,12 @@ TEST_F(Import, PicturesOfEachKindAreRead) {
   EXPECT_TRUE(std::equal(kFourColors, kFourColors + 8, Pixel(bitmap, 0, 0)));
   EXPECT_TRUE(std::equal(kFourColors + 8, kFourColors + 16, Pixel(bitmap, 0, 1)));
 
-  // A radiance picture of one pixel: 0.25 and 1 and 4, shown as 0.25 ^ (1 / 2.2), 1, 1.
+  // A radiance picture of one pixel: 0.25 and 1 and 4, shown as sRGB encodes 0.25, and 1, 1.
   const std::string hdr =
       std::string("#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 1 +X 1\n") + "\x08\x20\x80\x83";
   const hostkit::BitmapPtr bright = hostkit::LoadPicture(Write("bright.hdr", hdr), &error);
   ASSERT_NE(bright, nullptr) << error;
-  EXPECT_NEAR(Pixel(bright, 0, 0)[0], 136, 1);
+  EXPECT_NEAR(Pixel(bright, 0, 0)[0], 137, 1);
   EXPECT_EQ(Pixel(bright, 0, 0)[2], 255);
 }
 
@@ -168,7 +168,7 @@ TEST_F(Import, BadPicturesAreRefusedWithTheirReason) {
       {m_folder.Path("none.png"), "no such picture"},
       {m_folder.Path(""), "is a folder"},
       {Write("empty.png", ""), "is empty"},
-      {Write("text.png", "not a picture at all"), "not an EXR, PNG"},
+      {Write("text.png", "not a picture at all"), "not a PNG, EXR"},
       {Write("half.png", FourColorsPng().substr(0, 50)), "broken"},
       {Write("huge.bmp", huge), "too many"}};
   for (const auto& [path, reason] : cases) {

@@ -61,7 +61,9 @@ class PictureFiles : public testing::Test {
   std::string Path(const std::string& name) const { return m_folder.Path(name); }
   bool Write(const std::string& path, const hostkit::Picture& picture) {
     m_error.clear();
-    return hostkit::WritePicture(path, picture, kRecipe, {}, &m_error);
+    hostkit::PictureOptions options;
+    options.exrEncoding = hostkit::ExrEncoding::kDisplay;
+    return hostkit::WritePicture(path, picture, kRecipe, options, &m_error);
   }
   // Every failure names the file, and stays one line.
   void ExpectRefused(const std::string& path, const std::string& reason) {
@@ -187,7 +189,9 @@ TEST_F(PictureFiles, RefusalsSayWhyAndLeaveNothing) {
   ExpectRefused(Path("missing/a.png"), "does not exist");
   ExpectRefused(Path("plain/a.png"), "not a folder");
   ExpectRefused(Path("loop.png"), "circle");
-  ExpectRefused(Path("a.tiff"), ".png, .exr, .jpg, .jpeg");
+  ExpectRefused(Path("a.gif"), ".png, .exr, .jpg, .jpeg");
+  fs::create_symlink("/dev/full", Path("full.tif"));
+  ExpectRefused(Path("full.tif"), "disk is full");
   ExpectRefused(Path("full.png"), "disk is full");
   ExpectRefused(Path("full.exr"), "disk is full");
   ExpectRefused(Path(std::string(300, 'n') + ".png"), "File name too long");
@@ -198,7 +202,7 @@ TEST_F(PictureFiles, RefusalsSayWhyAndLeaveNothing) {
     ExpectRefused(Path("closed/a.png"), "not writable");
     fs::remove(Path("closed"));
   }
-  EXPECT_EQ(m_folder.Count(), 5);
+  EXPECT_EQ(m_folder.Count(), 6);
 }
 
 TEST_F(PictureFiles, LinksAreFollowedAndPermissionsKept) {

@@ -57,7 +57,8 @@ Scene OneOfEverything() {
   mesh.triangles = {2, 1, 0};
   mesh.lines = {1, 2};
   mesh.points = {2};
-  scene.instances = {{0, Placement(1)}};
+  scene.instances = {{0, Placement(1), 1}};
+  scene.nodeNames = {{"top", -1}, {"node", 0}};
   scene.cameras.push_back({"eye", {1, 2, 3}, {0, 1, 0}, {0, 0, 1}, 0.5f, 4});
   scene.lights.push_back({"lamp", 1, {5, 6, 7}, {1, 0, 0}, 0.1f, 0.2f, 0.3f, 0.4f, 30, 2, 8});
   hostkit::SceneMotion& motion = scene.motion;
@@ -85,6 +86,7 @@ Scene OneOfEverything() {
   motion.lights = {{0, 0, {1, 2, 3}, {4, 5, 6}}};
   motion.warnings = {"skinned"};
   scene.warnings = {"first", "second"};
+  scene.facts = {"kind", 0.5, {"hall", ""}, {"used"}, {"needed"}};
   return scene;
 }
 
@@ -112,12 +114,13 @@ TEST(SceneBytes, BringTheWholeSceneBack) {
     const std::string before = std::exchange(bytes, Bytes(scene));
     EXPECT_NE(bytes, before) << what;
   };
-  auto& [images, materials, meshes, instances, cameras, lights, motion, warnings, origin, upAxis] =
-      scene;
+  auto& [facts, images, materials, meshes, instances, nodeNames, cameras, lights, motion, warnings,
+         origin, upAxis] = scene;
   AttrProperty& surface = materials[0].surface;
   for (std::string* text :
-       {&images[0].name, &materials[0].name, &meshes[0].name, &cameras[0].name, &lights[0].name,
-        &motion.animations[0].name, &motion.warnings[0], &warnings[1]}) {
+       {&images[0].name, &materials[0].name, &meshes[0].name, &nodeNames[1].name, &cameras[0].name,
+        &lights[0].name, &motion.animations[0].name, &motion.warnings[0], &warnings[1],
+        &facts.format, &facts.scenes[0], &facts.extensionsUsed[0], &facts.extensionsRequired[0]}) {
     shows(std::exchange(*text, "another").c_str());
   }
   for (AnimatableValue* value :
@@ -131,6 +134,7 @@ TEST(SceneBytes, BringTheWholeSceneBack) {
     *value = -1;
     shows("a camera or light");
   }
+  facts.metersPerUnit = 2, shows("the unit");
   surface.ambientSource = 0, shows("ambient source");
   surface.specularSource = 0, shows("specular source");
   images[0].wrapU = images[0].wrapV, shows("wrap of u");
@@ -145,6 +149,7 @@ TEST(SceneBytes, BringTheWholeSceneBack) {
   materials[0].showsBacks = false, shows("backs");
   materials[0].emissionImage = 0, shows("emission");
   meshes[0].colorsHaveAlpha = false, shows("alpha");
+  meshes[0].isMirrored = true, shows("mirrored");
   origin.z = 0.5, shows("origin");
   upAxis = hostkit::UpAxis::kMinusX, shows("what is up");
   motion.animations[0].channels[0].rotations.keys[0].time = 0, shows("rotations");
@@ -200,7 +205,9 @@ TEST(SceneCheck, NamesWhatIsNotSound) {
         GL3_SLIP(meshes[0].lines[1] = 3), GL3_SLIP(meshes[0].lines.pop_back()),
         GL3_SLIP(meshes[0].points[0] = 3)}},
       {"instance 0",
-       {GL3_SLIP(instances[0].mesh = 1), GL3_SLIP(instances[0].toWorld[3][3] = kNan)}},
+       {GL3_SLIP(instances[0].mesh = 1), GL3_SLIP(instances[0].toWorld[3][3] = kNan),
+        GL3_SLIP(instances[0].node = 2)}},
+      {"node name 1", {GL3_SLIP(nodeNames[1].above = 1)}},
       {"camera 0",
        {GL3_SLIP(cameras[0].eye.x = kNan), GL3_SLIP(cameras[0].verticalFov = 0),
         GL3_SLIP(cameras[0].verticalFov = 4), GL3_SLIP(cameras[0].parallelHeight = -1)}},

@@ -1,0 +1,207 @@
+// The Slurm scheduler, through its own programs.
+#include "apps/work/farm/slurm.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+#include "apps/base/text.h"
+#include "apps/work/farm/picture_check.h"
+#include "apps/work/farm/program_run.h"
+
+namespace gl3 {
+namespace {
+
+using Words = std::vector<std::string>;
+
+constexpr std::size_t kUsualArrayTasks = 1000;
+constexpr int kNoProgram = 127;
+
+Outcome Failed(const Words& words, const ProgramEnd& end) {
+  if (end.status == kNoProgram) {
+    return {kRunFailed, words[0] +
+                            ": there is no such program; install the package slurm-client, or give "
+                            "--local to draw on this machine"};
+  }
+  const std::string why = OneLine(end.err.substr(0, end.err.find_last_not_of('\n') + 1));
+  return {kRunFailed,
+          fmt::format("{}: {}; gl3 farm --dry-run shows what it was given, --sbatch adds "
+                      "to it",
+                      words[0], why.empty() ? fmt::format("status {}", end.status) : why)};
+}
+
+Words Lines(const std::string& text) {
+  Words lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    if (!line.empty()) lines.push_back(line);
+  }
+  return lines;
+}
+
+/// The partition that the user's options name; empty: the default one.
+std::string PartitionOf(const Words& submitOptions) {
+  std::string partition;
+  for (const std::string& option : submitOptions) {
+    for (const char* name : {"--partition=", "-p"}) {
+      if (option.starts_with(name)) partition = option.substr(std::string(name).size());
+    }
+  }
+  return partition;
+}
+
+/// Processors of the smallest node; 0 when the scheduler does not tell.
+int NodeProcessors(const Words& submitOptions) {
+  Words words = {"sinfo", "--noheader", "--Node", "--format=%c"};
+  const std::string partition = PartitionOf(submitOptions);
+  if (!partition.empty()) words.push_back("--partition=" + partition);
+  int least = 0;
+  for (const std::string& line : Lines(RunProgram(words).out)) {
+    const int count = std::atoi(line.c_str());
+    if (count > 0) least = least == 0 ? count : std::min(least, count);
+  }
+  return least;
+}
+
+/// Names of nodes by whether their check passed.
+void SortNodes(const FarmFolder& folder, Words* good, Words* bad) {
+  for (const Json& node : folder.ReadAll("nodes")) {
+    (node.value("status", -1) == kDone ? good : bad)->push_back(node.value("node", ""));
+  }
+}
+
+std::string Joined(const Words& names) {
+  return fmt::format("{}", fmt::join(names, ","));
+}
+
+Outcome WriteScript(const std::string& path, const std::string& text) {
+  std::ofstream file(path, std::ios::binary);
+  file << text;
+  file.close();
+  if (file) return {};
+  return {kUnwritableOutput, path + ": cannot be written; make room, or give another --folder"};
+}
+
+/// The number that the scheduler gives a job; `--parsable` has the cluster's name behind it.
+Outcome Submit(const Words& words, std::string* id) {
+  const ProgramEnd end = RunProgram(words);
+  *id = end.out.substr(0, end.out.find_first_not_of("0123456789"));
+  return end.status == 0 && !id->empty() ? Outcome() : Failed(words, end);
+}
+
+}  // namespace
+
+std::size_t MostArrayTasks() {
+  for (const std::string& line : Lines(RunProgram({"scontrol", "show", "config"}).out)) {
+    const std::size_t equals = line.find('=');
+    if (!line.starts_with("MaxArraySize") || equals == std::string::npos) continue;
+    const long size = std::atol(line.c_str() + equals + 1);
+    if (size > 1) return static_cast<std::size_t>(size - 1);
+  }
+  return kUsualArrayTasks;
+}
+
+Outcome DescribeWork(const FarmFolder& folder, const FarmPlan& plan, int round,
+                     const std::vector<PictureChunk>& chunks, BatchWork* work) {
+  work->program = ThisProgram();
+  work->folder = folder.Path();
+  work->round = round;
+  work->tasks = chunks.size();
+  work->atATime = plan.options.tasks;
+  if (plan.options.perNode > 0) {
+    int processors = NodeProcessors(plan.options.submitOptions);
+    if (processors == 0) processors = UsableProcessors();
+    if (plan.options.perNode > processors) {
+      return {kWrongUsage,
+              fmt::format("--per-node: {} tasks on a node of {} processors; give {} or "
+                          "fewer",
+                          plan.options.perNode, processors, processors)};
+    }
+    work->processors = processors / plan.options.perNode;
+  }
+  double longest = 0;
+  for (const PictureChunk& chunk : chunks) {
+    longest = std::max(longest, ChunkSeconds(chunk, plan.seconds));
+  }
+  work->limits = LimitsOfTask(plan.startSeconds + longest, plan.peakMemory);
+  if (plan.options.minutes > 0) work->limits.minutes = plan.options.minutes;
+  if (plan.options.memory > 0) work->limits.megabytes = plan.options.memory >> 20;
+  return {};
+}
+
+std::vector<std::string> SubmitWords(const FarmPlan& plan, const std::vector<std::string>& more,
+                                     const std::string& script) {
+  Words words = {"sbatch", "--parsable"};
+  words.insert(words.end(), more.begin(), more.end());
+  words.insert(words.end(), plan.options.submitOptions.begin(), plan.options.submitOptions.end());
+  words.push_back(script);
+  return words;
+}
+
+Outcome SubmitRound(const FarmFolder& folder, const FarmPlan& plan, int round,
+                    const std::vector<PictureChunk>& chunks, std::string* id) {
+  BatchWork work;
+  Outcome outcome = DescribeWork(folder, plan, round, chunks, &work);
+  const std::string array = folder.File(fmt::format("round-{}.sh", round));
+  const std::string check = folder.File(fmt::format("check-{}.sh", round));
+  if (outcome.status == kDone) outcome = folder.WriteRound(round, chunks);
+  if (outcome.status == kDone) outcome = WriteScript(array, ArrayScript(work));
+  if (outcome.status == kDone) outcome = WriteScript(check, CheckScript(work));
+  if (outcome.status != kDone) return outcome;
+  Words good, bad, more;
+  SortNodes(folder, &good, &bad);
+  if (!good.empty() && !bad.empty()) more.push_back("--exclude=" + Joined(bad));
+  outcome = Submit(SubmitWords(plan, more, array), id);
+  if (outcome.status != kDone) return outcome;
+  std::string checkId;
+  more.push_back("--dependency=afterany:" + *id);
+  outcome = Submit(SubmitWords(plan, more, check), &checkId);
+  if (outcome.status != kDone) {
+    CancelJobs({*id});
+    return outcome;
+  }
+  return folder.Write(fmt::format("jobs-{}.json", round), {{"array", *id}, {"check", checkId}});
+}
+
+void KeepTasksOffBadNodes(const FarmFolder& folder) {
+  const char* const array = std::getenv("SLURM_ARRAY_JOB_ID");
+  Words good, bad;
+  SortNodes(folder, &good, &bad);
+  if (!array || good.empty() || bad.empty()) return;
+  RunProgram({"scontrol", "update", std::string("JobId=") + array, "ExcNodeList=" + Joined(bad)});
+}
+
+std::vector<std::string> JobIds(const FarmFolder& folder) {
+  Words ids;
+  for (int round = 1;; ++round) {
+    const Json jobs = folder.Read(fmt::format("jobs-{}.json", round));
+    if (!jobs.is_object()) return ids;
+    ids.push_back(jobs.value("array", ""));
+    ids.push_back(jobs.value("check", ""));
+  }
+}
+
+bool JobStates(const std::vector<std::string>& ids, std::vector<std::string>* states) {
+  states->clear();
+  // Asked for one by one: of several, one that the scheduler has forgotten spoils the answer.
+  for (const std::string& id : ids) {
+    const ProgramEnd end = RunProgram({"squeue", "--noheader", "--format=%T", "--jobs=" + id});
+    if (end.status != 0 && end.err.find("Invalid job id") == std::string::npos) return false;
+    const Words lines = Lines(end.out);
+    states->insert(states->end(), lines.begin(), lines.end());
+  }
+  return true;
+}
+
+Outcome CancelJobs(const std::vector<std::string>& ids) {
+  Words words = {"scancel"};
+  words.insert(words.end(), ids.begin(), ids.end());
+  const ProgramEnd end = RunProgram(words);
+  return end.status == 0 ? Outcome() : Failed(words, end);
+}
+
+}  // namespace gl3

@@ -1,0 +1,16 @@
+// Movies of `gl3 render`: its frames, made into a file by ffmpeg.
+#pragma once
+
+#include <string>
+
+#include "apps/options/render_options.h"
+
+namespace gl3 {
+
+/// Draws the frames of one model or a merged scene, in a supervised child as Render does, and pipes
+/// them to ffmpeg, the first of that name on PATH. The movie appears whole or not at all. Prints
+/// failures, and then the report that --json asks for. Returns the exit status: kNoOpenGl without
+/// ffmpeg. Call with one thread alone.
+int RenderMovie(const RenderOptions& options, const std::string& command);
+
+}  // namespace gl3

@@ -1,0 +1,207 @@
+// `gl3 farm` through the program: on this machine, and with a scheduler that runs everything at
+// once.
+#include <nlohmann/json.hpp>
+
+#include "tests/support/common/gl3_process.h"
+#include "tests/support/common/holds.h"
+#include "tests/support/common/png_pixels.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Json = nlohmann::json;
+
+/// A scheduler as far as the farm sees it: runs every task when it is submitted, but for the first
+/// array's task number 2, which is lost. squeue knows of nothing.
+constexpr const char* kScheduler = R"(#!/bin/sh
+for word; do script=$word; done
+count=$(sed -n 's/^#SBATCH --array=1-\([0-9]*\).*/\1/p' "$script")
+echo "$*" >>"$SCHEDULER/submitted"
+id=$(wc -l <"$SCHEDULER/submitted")
+echo "47$id;cluster"
+cd /
+for task in $(seq "${count:-1}"); do
+  [ "$id$task" = 12 ] || SLURM_ARRAY_TASK_ID=$task sh "$script" >/dev/null 2>&1
+done
+)";
+
+class Farm : public Gl3Test {
+ protected:
+  Farm() {
+    Write("squares.obj", kSquaresObj);
+    fs::create_directory(Path("out"));
+  }
+
+  static std::string Turn(const std::string& output, int frames) {
+    return "render squares.obj -o " + output + " -s 96x64 --antialias 1 --turntable " +
+           std::to_string(frames);
+  }
+  Json Report(const std::string& folder) const {
+    return Json::parse(Read(folder + "/report.json"), nullptr, false);
+  }
+  /// Removes the last picture of a sequence of one digit.
+  void Lose(const std::string& picture) const { fs::remove(Path(picture)); }
+  /// A program of the scheduler in front of all others.
+  void Install(const std::string& name, const std::string& text) const {
+    fs::create_directories(m_base / "bin");
+    std::ofstream(m_base / "bin" / name) << text;
+    fs::permissions(m_base / "bin" / name, fs::perms(0755));
+  }
+  Gl3Setup WithScheduler() const {
+    Gl3Setup setup;
+    setup.environment = {"PATH=" + (m_base / "bin").string() + ":/usr/bin:/bin",
+                         "SCHEDULER=" + m_base.string(), "XDG_STATE_HOME=" + m_base.string()};
+    return setup;
+  }
+};
+
+TEST_F(Farm, DrawsOnThisMachineWhatOneRunDraws) {
+  Done(Turn("out/t##.png", 9));
+  std::vector<std::string> alone;
+  for (int i = 1; i <= 9; ++i) alone.push_back(Read("out/t0" + std::to_string(i) + ".png"));
+  fs::remove_all(Path("out"));
+  fs::create_directory(Path("out"));
+  const Json report =
+      Json::parse(Done("farm --local --tasks 2 --json --folder job -- " + Turn("out/t##.png", 9)));
+  for (int i = 1; i <= 9; ++i) {
+    EXPECT_EQ(Read("out/t0" + std::to_string(i) + ".png"), alone[static_cast<size_t>(i) - 1]) << i;
+  }
+  EXPECT_EQ(report, Report("job"));
+  EXPECT_EQ(report["status"], 0);
+  EXPECT_EQ(report["pictures"], 9);
+  EXPECT_EQ(report["whole"], 9);
+  ASSERT_EQ(report["tasks"].size(), 2u);
+  EXPECT_EQ(report["tasks"][0]["drawn"], 5);
+  EXPECT_EQ(report["tasks"][1]["drawn"], 4);
+  EXPECT_GT(report["startShare"], 0);
+  ASSERT_EQ(report["nodes"].size(), 1u);
+  EXPECT_EQ(report["nodes"][0]["check"]["failed"], 0);
+  EXPECT_EQ(report["nodes"][0]["renderer"], report["renderer"]);
+  EXPECT_GT(fs::file_size(Path("job/contact.jpg")), 1000u);
+}
+
+TEST_F(Farm, GoesOnAndNamesWhatIsNotAlike) {
+  const std::string command = "farm --local --tasks 2 --folder ";
+  Done(command + "a -- " + Turn("out/t%d.png", 4));
+  // Of another recipe, and cut off in the middle.
+  Done(Turn("out/t%d.png", 4) + " --frames 3 --background white");
+  const std::string whole = Read("out/t2.png");
+  Write("out/t2.png", whole.substr(0, whole.size() / 2));
+  Lose("out/t4.png");
+  Gl3Result result = Run(command + "b -- " + Turn("out/t%d.png", 4));
+  EXPECT_EQ(result.status, 1);
+  EXPECT_TRUE(Holds(result.err, {"3 of 4 pictures are there", "out/t2.png", "broken"}));
+  const Json report = Report("b");
+  EXPECT_EQ(report["whole"], 2);
+  EXPECT_EQ(report["missing"], Json::array());
+  ASSERT_EQ(report["differing"].size(), 1u);
+  EXPECT_EQ(report["differing"][0]["file"], "out/t3.png");
+  EXPECT_TRUE(Holds(report["differing"][0]["why"], {"command", "--background white"}));
+  Write("out/t2.png", whole);
+  result = Run(command + "c -- " + Turn("out/t%d.png", 4));
+  EXPECT_EQ(result.status, 6);
+  EXPECT_TRUE(Holds(LastLine(result.err), {"out/t3.png", "not made alike"}));
+}
+
+TEST_F(Farm, SharesPicturesBySizeAndSequencesOfCameras) {
+  Write("cameras.gltf", kCamerasGltf);
+  for (const int side : {3, 60, 9}) {
+    Done({"render", "squares.obj", "-o", "in" + std::to_string(side) + ".png", "-s",
+          std::to_string(side * 9) + "x" + std::to_string(side * 7), "-q"});
+  }
+  Done(
+      "farm --local --tasks 2 --folder f -- filter in3.png in60.png in9.png -o out/ --effect blur");
+  const Json tasks = Json::parse(Read("f/round-1.json"))["tasks"];
+  EXPECT_EQ(tasks, (Json{{1}, {2, 0}}));
+  EXPECT_EQ(ReadPng(Path("out/in60.png")).width, 540);
+  fs::create_directory(Path("Close"));
+  fs::create_directory(Path("Away"));
+  Run("farm --local --tasks 2 --folder g -- render cameras.gltf -o {camera}/##.png --camera all "
+      "--turntable 3 -s 64x48 -q");
+  EXPECT_EQ(Report("g")["pictures"], 3);
+  EXPECT_EQ(Report("g")["whole"], 3);
+  for (const char* name : {"Close/01.png", "Close/03.png", "Away/02.png"}) {
+    EXPECT_EQ(ReadPng(Path(name)).width, 64) << name;
+  }
+}
+
+TEST_F(Farm, SubmitsAnArrayAndOnceMoreWhatIsLost) {
+  Install("sbatch", kScheduler);
+  Install("squeue", "#!/bin/sh\n");
+  Install("scontrol", "#!/bin/sh\necho 'MaxArraySize            = 1001'\n");
+  const fs::path odd = Path("it's $HOME; a `place`");
+  fs::create_directory(odd);
+  const Gl3Words words = {"farm",
+                          "--tasks",
+                          "3",
+                          "--measured",
+                          "0.1,20",
+                          "--sbatch=--partition=p",
+                          "--",
+                          "render",
+                          "squares.obj",
+                          "-o",
+                          odd.string() + "/t##.png",
+                          "-s",
+                          "96x64",
+                          "--turntable",
+                          "6"};
+  const Gl3Result result = Run(words, WithScheduler());
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.out, "471\n");
+  EXPECT_EQ(Run("farm wait 471", WithScheduler()).status, 0);
+  std::ifstream submitted(m_base / "submitted");
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(submitted, line);) lines.push_back(line);
+  ASSERT_EQ(lines.size(), 4u) << "an array and a check, twice";
+  EXPECT_TRUE(Holds(lines[0], {"--parsable --partition=p ", "round-1.sh"}));
+  EXPECT_TRUE(Holds(lines[1], {"--dependency=afterany:471", "check-1.sh"}));
+  EXPECT_TRUE(Holds(lines[2], {"round-2.sh"}));
+  for (int i = 1; i <= 6; ++i) {
+    EXPECT_EQ(ReadPng(odd / ("t0" + std::to_string(i) + ".png")).width, 96);
+  }
+}
+
+TEST_F(Farm, ShowsWhatItWouldSubmit) {
+  const std::string out = Done("farm --dry-run --tasks 4 --measured 1,2 --time 7 --memory 2G -- " +
+                               Turn("out/t###.png", 240));
+  EXPECT_TRUE(Holds(out, {"#SBATCH --array=1-16%4\n", "#SBATCH --requeue\n", "#SBATCH --time=7\n",
+                          "#SBATCH --mem=2048M\n", "farm task ", "--dependency=afterany:ID"}));
+  EXPECT_EQ(Names(), (std::set<std::string>{"out", "squares.obj"}));
+  EXPECT_TRUE(fs::is_empty(Path("out")));
+}
+
+TEST_F(Farm, RefusesWhatCannotBeShared) {
+  const struct {
+    std::string words;
+    int status;
+    std::vector<std::string> parts;
+  } kCases[] = {
+      {"farm -- info", 2, {"info", "cannot be shared"}},
+      {"farm wait", 2, {"wait", "the ID of one farm"}},
+      {"farm wait 99", 3, {"99", "no farm of this user"}},
+      {"farm --measured 1,0 -- render", 2, {"1,0", "START,FRAME"}},
+      {"farm --sbatch=night -- render", 2, {"night", "--sbatch=--partition=night"}},
+      {"farm --local -- render squares.obj", 2, {"--output"}},
+      {"farm --local -- " + Turn("out/t%d.png", 4) + " --chunk 1/2", 2, {"--chunk"}},
+      {"farm --local -- " + Turn("no/t%d.png", 4), 5, {"no/t"}},
+      {"farm --local -- render none.obj -o out/a.png", 3, {"none.obj", "no such file"}},
+      {"farm --measured 1,1 -- render squares.obj -o 'out/a\x01.png'", 2, {"control characters"}},
+  };
+  for (const auto& [words, status, parts] : kCases) {
+    ExpectRefused(words, status, parts, WithScheduler());
+  }
+  EXPECT_TRUE(fs::is_empty(Path("out")));
+}
+
+TEST_F(Farm, WithoutASchedulerSaysSoAndLeavesNothing) {
+  fs::create_directories(m_base / "bin");
+  Gl3Setup setup = WithScheduler();
+  setup.environment[0] = "PATH=" + (m_base / "bin").string();
+  ExpectRefused("farm --measured 1,1 -- " + Turn("out/t%d.png", 4), 1,
+                {"sbatch", "slurm-client", "--local"}, setup);
+  EXPECT_TRUE(fs::is_empty(Path("out")));
+}
+
+}  // namespace

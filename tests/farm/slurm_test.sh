@@ -1,0 +1,162 @@
+#!/usr/bin/env bash
+# A farm on the real scheduler: two nodes on this machine, of which one is killed with its tasks in the
+# middle. All pictures must come, with the bytes of a run without a farm. Everything it starts has
+# files and ports of its own, and is ended by its process number, however the test ends.
+# usage: slurm_test.sh BIN_FOLDER. Status 77: skipped, since something is not there.
+set -euo pipefail
+bin=$(readlink -f "$1")
+PATH=$PATH:/usr/sbin:/sbin
+skip() { echo "slurm_test: skipped: $*" && exit 77; }
+[[ $(id -u) -eq 0 ]] || skip "only root can start the scheduler's daemons here"
+for program in munged slurmctld slurmd sbatch squeue scontrol sinfo; do
+  command -v "$program" >/dev/null ||
+    skip "there is no $program; install munge, slurm-client, slurmctld and slurmd"
+done
+
+work=$(mktemp -d /tmp/gl3-slurm-XXXXXX)
+chmod 755 "$work"
+daemons=()
+frames=40
+
+fail() {
+  echo "slurm_test: $*" >&2
+  tail -n 15 "$work"/log/* "$work"/out/gl3-farm-*/logs/* >&2 || true
+  exit 1
+}
+
+# Processes that have a text in their environment: those of a node's tasks.
+processes_with() {
+  local place
+  for place in /proc/[0-9]*; do
+    if tr '\0' '\n' 2>/dev/null <"$place/environ" | grep -qxF "$1"; then echo "${place#/proc/}"; fi
+  done 2>/dev/null
+}
+
+# The daemons first, which would begin tasks anew, and are asked to take their own with them; then what
+# is left, all of which knows this folder.
+clean_up() {
+  local process
+  for process in "${daemons[@]}"; do kill "$process" 2>/dev/null || true; done
+  for _ in $(seq 20); do
+    kill -0 "${daemons[@]}" 2>/dev/null || break
+    sleep 0.1
+  done
+  for process in "${daemons[@]}" $(processes_with "SLURM_CONF=$work/slurm.conf"); do
+    [[ $process == "$$" ]] || kill -KILL "$process" 2>/dev/null || true
+  done
+  wait || true
+  rm -rf "$work"
+} 2>/dev/null
+trap clean_up EXIT
+
+# wait_for SECONDS WHAT COMMAND…: until the command succeeds.
+wait_for() {
+  local end=$((SECONDS + $1)) what=$2
+  shift 2
+  until "$@" >/dev/null 2>&1; do
+    [[ $SECONDS -lt $end ]] || fail "waited too long for $what"
+    sleep 0.2
+  done
+}
+
+pictures() { find "$1" -maxdepth 1 -name 't*.png' | wc -l; }
+has_pictures() { [[ $(pictures "$work/out") -ge $1 ]]; }
+nodes_are_idle() { [[ $(sinfo --noheader --Node --format='%T' | grep -c idle) -eq 2 ]]; }
+
+# Ports that nobody listens at.
+free_ports() {
+  local port
+  for port in $(seq "$((20000 + $$ % 20000))" 65000); do
+    (: <"/dev/tcp/127.0.0.1/$port") 2>/dev/null || echo "$port"
+  done | head -n "$1" || true
+}
+
+start() {
+  local name=$1
+  shift
+  "$@" >"$work/log/$name" 2>&1 &
+  daemons+=($!)
+}
+
+start_scheduler() {
+  local -a ports
+  mapfile -t ports < <(free_ports 3)
+  mkdir "$work"/{log,state,n1,n2,out,alone}
+  head -c 1024 /dev/urandom >"$work/munge.key"
+  chmod 600 "$work/munge.key"
+  cat >"$work/slurm.conf" <<CONF
+ClusterName=gl3test
+SlurmctldHost=$(hostname -s)(127.0.0.1)
+SlurmUser=root
+SlurmdUser=root
+AuthType=auth/munge
+CredType=cred/munge
+AuthInfo=socket=$work/munge.socket
+SlurmctldPort=${ports[0]}
+StateSaveLocation=$work/state
+SlurmctldPidFile=$work/slurmctld.pid
+SlurmdPidFile=$work/%n/slurmd.pid
+SlurmdSpoolDir=$work/%n
+SlurmdTimeout=6
+MessageTimeout=5
+SlurmdParameters=config_overrides
+ProctrackType=proctrack/linuxproc
+TaskPlugin=task/none
+SelectType=select/cons_tres
+SelectTypeParameters=CR_CPU_Memory
+JobAcctGatherType=jobacct_gather/none
+AccountingStorageType=accounting_storage/none
+MpiDefault=none
+SwitchType=switch/none
+ReturnToService=2
+SchedulerParameters=batch_sched_delay=0,sched_interval=1,sched_min_interval=0
+NodeName=n1 NodeHostname=$(hostname -s) NodeAddr=127.0.0.1 Port=${ports[1]} CPUs=2 RealMemory=4000
+NodeName=n2 NodeHostname=$(hostname -s) NodeAddr=127.0.0.1 Port=${ports[2]} CPUs=2 RealMemory=4000
+PartitionName=all Nodes=n1,n2 Default=YES State=UP MaxTime=INFINITE
+CONF
+  export SLURM_CONF=$work/slurm.conf
+  start munged munged --foreground --force --key-file="$work/munge.key" \
+    --socket="$work/munge.socket" --pid-file="$work/munged.pid" --seed-file="$work/munge.seed"
+  wait_for 10 "munged" test -S "$work/munge.socket"
+  start slurmctld slurmctld -D -c
+  start n1 slurmd -D -N n1
+  start n2 slurmd -D -N n2
+  wait_for 20 "the nodes" nodes_are_idle
+}
+
+# The node's daemon first, so that nobody tells that its tasks end.
+kill_node() {
+  local process
+  kill -KILL "$2"
+  for process in $(processes_with "SLURMD_NODENAME=$1"); do kill -KILL "$process" 2>/dev/null || true; done
+}
+
+export HOME=$work GL3_DEVICE=${GL3_DEVICE:-cpu}
+unset XDG_STATE_HOME GL3_CONFINED GL3_MODULE_PATH GL3_PLATFORM
+start_scheduler
+cat >"$work/model.obj" <<'OBJ'
+v -2 0 -3
+v -1 0 -3
+v -1 1 -3
+v 1 2 3
+f 1 2 3
+f 2 3 4
+OBJ
+cd "$work"
+turn=(render model.obj -s 800x600 --antialias 3 --turntable "$frames")
+id=$("$bin/gl3" farm --tasks 4 --per-node 2 --measured 0.1,4 -- "${turn[@]}" -o out/t####.png)
+wait_for 20 "pictures of both nodes" test -s out/gl3-farm-*/nodes/n1.json -a \
+  -s out/gl3-farm-*/nodes/n2.json
+wait_for 20 "the first pictures" has_pictures 6
+before=$(pictures out)
+[[ $before -lt $frames ]] || fail "all was drawn before a node could be killed"
+kill_node n2 "${daemons[3]}"
+"$bin/gl3" farm status "$id" | grep -q " of $frames pictures are there" || fail "no status"
+"$bin/gl3" "${turn[@]}" -o alone/t####.png
+timeout 60 "$bin/gl3" farm wait "$id" || fail "the farm ended with status $?"
+[[ $(pictures out) -eq $frames ]] || fail "$(pictures out) of $frames pictures are there"
+for picture in alone/*.png; do
+  cmp "$picture" "out/${picture#alone/}" || fail "$picture differs"
+done
+grep -q '"restarts": [1-9]' out/gl3-farm-*/report.json || fail "no task was begun anew"
+echo "slurm_test: $before pictures before a node was lost, all $frames of them in the end"
