@@ -28,6 +28,8 @@ struct Case {
   int samples;                  // a side: 1 without anti-aliasing, 2 as gl3 does it unasked
   double mostTime, mostMemory;  // ratios; 0 without a target
   bool alsoQuick;
+  enum { kImported, kBytes, kPositionsAlone } kind = kImported;  // how the floor reads; the model
+  bool hasPlainFloor = false;  // without anti-aliasing, whatever there is of it
 };
 constexpr Case kCases[] = {
     {"render small model", ".glb", 1000, 1, 1.5, kMostMemory, true},
@@ -36,6 +38,10 @@ constexpr Case kCases[] = {
     {"render PLY", ".ply", 1'000'000, 1, 1.4, kMostMemory, true},
     {"render PLY, 2x2", ".ply", 100'000, 2, 0, 0, false},
     {"render PLY, 2x2", ".ply", 1'000'000, 2, 1.4, kMostMemory, false},
+    {"render small model, 2x2 by 1x1", ".glb", 1000, 2, 2, 0, true, Case::kImported, true},
+    {"render OBJ", ".obj", 1'000'000, 1, 0.8, kMostMemory, false},
+    {"render OBJ, positions", ".obj", 1'000'000, 1, 0.8, kMostMemory, false, Case::kPositionsAlone},
+    {"render glTF by its bytes", ".glb", 1'000'000, 1, 1.3, 0, false, Case::kBytes},
 };
 
 /// A PNG file as red, green, blue bytes with the text of its `gl3:camera`.
@@ -115,15 +121,24 @@ void MeasureRender(const Case& each, const TemporaryFolder& folder, const Option
   const std::string model = folder.File(fmt::format("sphere{}{}", each.triangles, each.suffix));
   const std::string picture = folder.File("ours.png"), barePicture = folder.File("floor.png");
   RunProcess({bin + "/make_samples", "--triangles", std::to_string(each.triangles), model});
+  if (each.kind == Case::kPositionsAlone) {
+    RunProcess({"sed", "-i", "-e", "/^vn/d", "-e", "s#//[0-9]*##g", model});
+  }
   const std::string size = fmt::format("{}x{}", kWidth, kHeight);
   const std::string samples = std::to_string(each.samples);
   const std::vector<std::string> ours = {bin + "/gl3", "render", model,         "-o",   picture,
                                          "--size",     size,     "--antialias", samples};
   RunProcess(ours);
   const std::string camera = ReadPng(picture).camera;
-  const Costs costs = Measure({bin + "/bare_render", model, barePicture, std::to_string(kWidth),
-                               std::to_string(kHeight), samples, camera},
-                              ours, options);
+  std::vector<std::string> floor = {bin + "/bare_render",
+                                    model,
+                                    barePicture,
+                                    std::to_string(kWidth),
+                                    std::to_string(kHeight),
+                                    each.hasPlainFloor ? "1" : samples,
+                                    camera};
+  if (each.kind == Case::kBytes) floor.push_back("bytes");
+  const Costs costs = Measure(floor, ours, options);
   Row row;
   row.work = each.work;
   row.size = each.triangles;

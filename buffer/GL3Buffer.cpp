@@ -25,6 +25,12 @@ HDC DeviceContextFor(const RenderInfo* info, int compatibleDC) {
   return GetDC(dummy ? dummy->m_hWnd : nullptr);
 }
 
+/// The view of buffers that were made without one: that of a new record, without pixels.
+RenderInfo* NoView() {
+  static RenderInfo view;
+  return &view;
+}
+
 /// The client area of a window on the screen.
 RECT ClientRectOnScreen(const CWnd& window) {
   RECT rect;
@@ -46,7 +52,7 @@ void WaitForRetrace(AGLContext context) {
 }  // namespace
 
 GL3GABuffer::GL3GABuffer(RenderInfo* info, int mode, int compatibleDC)
-    : m_renderInfo(info), m_mode(mode) {
+    : m_renderInfo(info ? info : NoView()), m_mode(mode) {
   m_dc = DeviceContextFor(info, compatibleDC);
   m_port = CheckoutPort(m_dc, 1);
 }
@@ -163,7 +169,7 @@ int GL3GABuffer::AllocateforShader(int width, int height) {
 }
 
 void GL3GABuffer::OnSize() {
-  const CWnd* view = m_renderInfo ? m_renderInfo->viewWindow : nullptr;
+  const CWnd* view = m_renderInfo->viewWindow;
   if (view) {
     const CWnd* parent = view->GetParentFrame();
     const RECT viewRect = ClientRectOnScreen(*view);

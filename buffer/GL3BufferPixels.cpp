@@ -63,8 +63,9 @@ half* AddColorBuffer(HBitmapNode* node, int width, int height) {
 }  // namespace
 
 /// Reads the frame into a new "ColorAlpha" buffer of `node`, which gives the size. What has the
-/// background's colour becomes transparent. Returns 0 without memory.
+/// background's colour becomes transparent. Returns 0 without bitmap or memory.
 int GL3GABuffer::FillBitmapNode(HBitmapNode* node, int bottomUp) {
+  if (!node) return 0;
   const int width = node->GetWidth();
   const int height = node->GetHeight();
   if (width <= 0 || height <= 0) return 1;

@@ -19,6 +19,11 @@ void EmitVertex(const Vector& position, const GAColor& color) {
 
 GL3DisplayList::GL3DisplayList(RenderInfo* info)
     : DisplayList(info), m_buffer(static_cast<GL3GABuffer*>(info->buffer)) {
+  if (!m_buffer) {
+    m_ownBuffer.reset(new GL3GABuffer(info, GL3GABuffer::kOffScreen, 0));
+    m_buffer = m_ownBuffer.get();
+    if (!m_buffer) return;
+  }
   m_context = m_buffer->Context();
   m_buffer->SetState(GL3GABuffer::kArraysPending, false);
   m_lineVertices.reserve(kReservedLineEntries);

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <vector>
 
 #include "buffer/GL3Buffer.h"
@@ -26,7 +27,8 @@ class GL3GATexture;
 /// subclass sees it.
 class GL3DisplayList : public DisplayList {
  public:
-  /// `info` names the buffer to draw into, which must have its context already.
+  /// `info` names the buffer to draw into, which must have its context already. Without one the
+  /// list draws into a buffer of its own, which has no surface.
   explicit GL3DisplayList(RenderInfo* info);
   ~GL3DisplayList() override;
 
@@ -97,6 +99,8 @@ class GL3DisplayList : public DisplayList {
   void SetupLights(LightListNode* lights) override;
   void SetMaterial(AttrProperty* material, float transparencyScale) override;
 
+  /// False when there was no memory for a buffer of its own.
+  bool HasBuffer() const { return m_buffer != nullptr; }
   /// Makes the buffer's context current unless it was the last one made current.
   void MakeCurrent();
 
@@ -139,7 +143,8 @@ class GL3DisplayList : public DisplayList {
   void DrawRectangle(int primitive, const float (&corners)[4][2], float z, const GAColor& color);
   void DrawOutline(int x1, int y1, int x2, int y2, float z, const GAColor& color);
 
-  AGLContext m_context;
+  AGLContext m_context = nullptr;
+  std::unique_ptr<GL3GABuffer> m_ownBuffer;  // null as a rule
   GL3GABuffer* m_buffer;
   AttrProperty* m_currentMaterial = nullptr;
   LightListNode* m_currentLights = nullptr;

@@ -2,6 +2,8 @@
 // other class.
 #include "driver/GL3Driver.h"
 
+#include <memory>
+
 #include "buffer/GL3Buffer.h"
 #include "buffer/GL3Color.h"
 #include "displaylist/GL3DisplayL.h"
@@ -60,7 +62,9 @@ GATexture* GL3GADriver::CreateTexture() {
 }
 
 DisplayList* GL3GADriver::CreateDisplayList(RenderInfo* info) {
-  return new GL3DisplayList(info);
+  if (!info) return nullptr;
+  std::unique_ptr<GL3DisplayList> list(new GL3DisplayList(info));
+  return list && list->HasBuffer() ? list.release() : nullptr;
 }
 
 GAShaderProgram* GL3GADriver::CreateShaderProgram(RenderInfo* info) {

@@ -20,8 +20,8 @@ class HBitmapNode;
 /// Reallocate succeeded there is no context, and operations do nothing that can be seen.
 ///
 /// Made by GADriver::CreateBuffer, deleted by the host after the display list that draws into it.
-/// Used on the host's drawing thread alone. Records and pointers are trusted: a buffer that was
-/// made without a RenderInfo may not be drawn into.
+/// Used on the host's drawing thread alone. Records and pointers are trusted; one that was made
+/// without a RenderInfo has a view without pixels.
 class GABuffer : public GAssistObject {
  public:
   /// Kinds of surface, for GADriver::CreateBuffer.
@@ -99,8 +99,8 @@ class GABuffer : public GAssistObject {
   /// (RowOrder). Alpha is keyed: 0 where every channel is within 0.01 of the background, inclusive,
   /// whether or not something of that colour was drawn there, else 1; colours stay as they are. A
   /// buffer of that name stays beside the new one (HBitmapNode::RemoveBuffers). Pixels beyond the
-  /// surface are black. Batches that were not flushed are not in the frame. 0 without memory; 1 and
-  /// no buffer when the node has no pixels.
+  /// surface are black. Batches that were not flushed are not in the frame. 0 without node or
+  /// memory; 1 and no buffer when the node has no pixels.
   virtual int FillBitmapNode(HBitmapNode* node, int bottomUp) = 0;
   /// Fills a rectangle of pixels, cut to the view's pixel rectangle, over everything that is there,
   /// blended by the colour's alpha. `z`: as in TransparentBlit, in the screen's projection. The

@@ -53,7 +53,7 @@ class GADriver : public GAssistObject {
   /// A copy of the handle's colour, which must not be empty. Copies of GAColor call this.
   virtual GANativeColor* CreateColor(const GAColor& color) = 0;
   /// A frame buffer that has no surface yet: GABuffer::Reallocate makes it. `info` is the view that
-  /// it draws; not owned, must outlive it, may be null only for a buffer that is never drawn into.
+  /// it draws; not owned, must outlive it; null stands for a view without pixels.
   /// `mode` (GABuffer::Mode): 1 off-screen; 2 on-screen, context kept on resize; else on-screen,
   /// remade on resize. On-screen buffers draw into info->viewWindow, or into the driver's hidden
   /// window where that is null or has no window. With `compatibleDC` other than 0 the buffer gets a
@@ -62,10 +62,10 @@ class GADriver : public GAssistObject {
   virtual GABuffer* CreateBuffer(RenderInfo* info, int mode, int compatibleDC) = 0;
   /// An empty texture, to be filled by one of its makers.
   virtual GATexture* CreateTexture() = 0;
-  /// A display list that draws into info->buffer for all its life: set it first, never to null, and
-  /// Reallocate that buffer first, since the list remembers its context; info->buffer stays as it
-  /// is while the list lives. One list a buffer; it must be deleted before the buffer. `info` is
-  /// not owned and must outlive it.
+  /// A display list that draws into info->buffer for all its life: Reallocate that first, since the
+  /// list remembers its context, and leave it there; made while it is null, the list draws nowhere.
+  /// One list a buffer; it must be deleted before the buffer. `info` is not owned and must outlive
+  /// the list; null gives none.
   virtual DisplayList* CreateDisplayList(RenderInfo* info) = 0;
   /// Effects on finished pictures. `info` is not owned, may not be null and must outlive it; its
   /// image size is that of the surfaces which effects draw with, and is read by

@@ -1,6 +1,6 @@
 // Writes the sample scenes and small models:
 //   make_samples FOLDER
-//   make_samples --triangles N FILE.ply|FILE.glb
+//   make_samples --triangles N FILE.ply|FILE.glb|FILE.obj
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -49,8 +49,10 @@ bool WriteLarge(const char* count, const char* path, std::string* error) {
 int main(int argc, char** argv) {
   const bool isLarge = argc == 4 && std::strcmp(argv[1], "--triangles") == 0;
   if (!isLarge && (argc != 2 || argv[1][0] == '-')) {
-    std::fputs("usage: make_samples FOLDER\n       make_samples --triangles N FILE.ply|FILE.glb\n",
-               stderr);
+    std::fputs(
+        "usage: make_samples FOLDER\n"
+        "       make_samples --triangles N FILE.ply|FILE.glb|FILE.obj\n",
+        stderr);
     return 2;
   }
   std::string error;

@@ -99,14 +99,33 @@ std::string ToPly(const Shape& shape) {
   return bytes;
 }
 
+std::string ToObj(const Shape& shape) {
+  fmt::memory_buffer text;
+  const auto out = std::back_inserter(text);
+  for (const Imath::V3f& p : shape.positions) {
+    fmt::format_to(out, "v {:.6f} {:.6f} {:.6f}\n", p.x, p.y, p.z);
+  }
+  for (const Imath::V3f& n : shape.normals) {
+    fmt::format_to(out, "vn {:.4f} {:.4f} {:.4f}\n", n.x, n.y, n.z);
+  }
+  for (std::size_t i = 0; i + 2 < shape.indices.size(); i += 3) {
+    const std::uint32_t a = shape.indices[i] + 1, b = shape.indices[i + 1] + 1,
+                        c = shape.indices[i + 2] + 1;
+    fmt::format_to(out, "f {}//{} {}//{} {}//{}\n", a, a, b, b, c, c);
+  }
+  return fmt::to_string(text);
+}
+
 bool WriteBumpySphere(const std::string& path, std::uint32_t triangles, std::string* error) {
   const std::string suffix = std::filesystem::path(path).extension().string();
-  if (triangles < 1 || (suffix != ".ply" && suffix != ".glb")) {
-    *error = fmt::format("{}: wants one triangle or more, and a name ending in .ply or .glb", path);
+  if (triangles < 1 || (suffix != ".ply" && suffix != ".glb" && suffix != ".obj")) {
+    *error = fmt::format("{}: wants one triangle or more, and a name ending in .ply, .glb or .obj",
+                         path);
     return false;
   }
   Shape shape = BumpySphere(triangles);
   if (suffix == ".ply") return WriteFile(path, ToPly(shape), error);
+  if (suffix == ".obj") return WriteFile(path, ToObj(shape), error);
   Document document;
   document.materials.resize(1);
   document.meshes.push_back({"bumpy sphere", std::move(shape), 0});

@@ -15,7 +15,10 @@ bool WriteCubes(const std::string& folder, std::string* error);
 /// Binary little-endian PLY: positions, normals and triangles.
 std::string ToPly(const Shape& shape);
 
-/// A bumpy sphere of that many triangles as .ply or .glb, by the suffix of `path`.
+/// OBJ: positions, normals and triangles.
+std::string ToObj(const Shape& shape);
+
+/// A bumpy sphere of that many triangles as .ply, .glb or .obj, by the suffix of `path`.
 bool WriteBumpySphere(const std::string& path, std::uint32_t triangles, std::string* error);
 
 }  // namespace samples

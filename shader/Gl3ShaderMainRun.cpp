@@ -94,7 +94,7 @@ std::int32_t Truncated(double value) {
 
 GL3GABuffer* MakeTargetBuffer(RenderInfo* info, GABuffer** offscreen) {
   GL3GADriver* driver = CurrentDriver();
-  if (!driver || !info) return nullptr;
+  if (!driver || !info || !driver->IsOperational()) return nullptr;
   *offscreen = driver->CreateBuffer(info, GL3GABuffer::kKeepContext, 0);
   if (!*offscreen || !(*offscreen)->AllocateforShader(info->imageWidth, info->imageHeight)) {
     return nullptr;

@@ -82,9 +82,17 @@ int Run(int argc, char** argv, const ViewOptions& options) {
   }
   if (options.settings) return ShowSettings(*session);
   MainWindow window(std::move(session), device, options.run.confined);
+  bool isGone = false;
+  window.SetGoneListener([&] {
+    isGone = true;
+    QApplication::quit();
+  });
   window.show();
   window.Open(options.models);
-  return QApplication::exec();
+  const int status = QApplication::exec();
+  if (!isGone) return status;
+  gl3::PrintError("the window was destroyed by another program; start gl3-view again");
+  std::_Exit(gl3::kRunFailed);  // nothing can be given back to a window that is not there
 }
 
 int Main(int argc, char** argv) {

@@ -12,7 +12,9 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <optional>
 
+#include "apps/gl3-view/choice_judge.h"
 #include "apps/gl3-view/color_button.h"
 #include "apps/gl3-view/entry_list.h"
 #include "apps/gl3-view/fog_choice.h"
@@ -23,24 +25,29 @@ namespace {
 
 const QColor kBackground(0x29, 0x2b, 0x30);  // as gl3 render has it unasked
 constexpr int kLeastWidth = 240;
+constexpr const char* kProblemStyle = "color: #b00020";
+
+QLabel* NewProblemLabel(const QString& name, QWidget* parent) {
+  auto* const label = new QLabel(parent);
+  label->setObjectName(name);
+  label->setTextFormat(Qt::PlainText);
+  label->setWordWrap(true);
+  label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  label->setStyleSheet(kProblemStyle);
+  return label;
+}
 
 }  // namespace
 
 OptionsPanel::OptionsPanel(QWidget* parent) : QWidget(parent) {
   auto* const layout = new QVBoxLayout(this);
-  auto* const form = new QFormLayout();
-  layout->addLayout(form);
-  AddSurfaces(form);
-  AddHelpers(form);
-  AddFog(form);
-  AddLists(form);
-  m_problem = new QLabel(this);
-  m_problem->setObjectName("problem");
-  m_problem->setTextFormat(Qt::PlainText);
-  m_problem->setWordWrap(true);
-  m_problem->setTextInteractionFlags(Qt::TextSelectableByMouse);
-  m_problem->setStyleSheet("color: #b00020");
-  layout->addWidget(m_problem);
+  m_form = new QFormLayout();
+  layout->addLayout(m_form);
+  AddSurfaces();
+  AddHelpers();
+  AddFog();
+  AddLists();
+  AddEnd();
   layout->addStretch();
   setMinimumWidth(kLeastWidth);
 }
@@ -49,43 +56,66 @@ void OptionsPanel::Changed() {
   if (!m_setting && m_listener) m_listener();
 }
 
-void OptionsPanel::AddSurfaces(QFormLayout* form) {
-  AddCombo(form, "&Mode", "--mode",
-           {"shaded", "flat", "wireframe", "wireframe-gl", "lines", "points"});
-  AddCombo(form, "&Lights", "--lights", {"auto", "scene", "headlight", "three-point"});
+void OptionsPanel::AddSurfaces() {
+  static constexpr Named kModes[] = {{"shaded", "Shaded"},
+                                     {"flat", "Flat: a colour a triangle"},
+                                     {"wireframe", "Wireframe: all edges"},
+                                     {"wireframe-gl", "Wireframe, lit by the driver"},
+                                     {"lines", "Line drawing"},
+                                     {"points", "Points: all vertices"}};
+  static constexpr Named kLights[] = {{"auto", "Automatic"},
+                                      {"scene", "The model's"},
+                                      {"headlight", "Headlight"},
+                                      {"three-point", "Three-point"}};
+  static constexpr Named kSamples[] = {{"1", "1 sample: fastest"},
+                                       {"2", "2 × 2 samples"},
+                                       {"3", "3 × 3 samples"},
+                                       {"4", "4 × 4 samples"}};
+  AddCombo("&Mode", "--mode", kModes);
+  AddCombo("&Lights", "--lights", kLights);
   auto* const color = new ColorButton(
       kBackground, [this] { Changed(); }, this);
-  form->addRow("&Background", color);
-  m_fields.push_back({"--background",
-                      [color] {
-                        if (color->Color() == kBackground) return QStringList();
-                        return QStringList{color->Color().name()};
-                      },
-                      [color](const QStringList& values) {
-                        const QColor read(values.value(0));
-                        color->SetColor(read.isValid() ? read : kBackground);
-                      }});
-  AddFlag(form, "Bac&kfaces", "--backfaces");
-  AddSpin(form, "&Antialias", "--antialias", 1, 4, 2);
+  AddField("&Background", color,
+           {.option = "--background",
+            .values =
+                [color] {
+                  if (color->Color() == kBackground) return QStringList();
+                  return QStringList{color->Color().name()};
+                },
+            .set =
+                [color](const QStringList& values) {
+                  const QColor read(values.value(0));
+                  color->SetColor(read.isValid() ? read : kBackground);
+                }});
+  AddFlag("Bac&kfaces", "--backfaces");
+  AddCombo("&Antialias", "--antialias", kSamples, 1);
 }
 
-void OptionsPanel::AddHelpers(QFormLayout* form) {
-  AddCombo(form, "&Up axis", "--up-axis", {"auto", "+X", "-X", "+Y", "-Y", "+Z", "-Z"});
-  AddSpin(form, "Point &size", "--point-size", 0, 64, 0)->setSpecialValueText("automatic");
-  AddSwitch(form, "Gri&d", "--grid", "", "spacing");
-  AddSwitch(form, "&Control points", "--control-points", "", "size");
+void OptionsPanel::AddHelpers() {
+  static constexpr Named kAxes[] = {{"auto", "As the file says"},
+                                    {"+X", "+X"},
+                                    {"-X", "−X"},
+                                    {"+Y", "+Y"},
+                                    {"-Y", "−Y"},
+                                    {"+Z", "+Z"},
+                                    {"-Z", "−Z"}};
+  AddCombo("&Up axis", "--up-axis", kAxes);
+  AddSpin("Point &size", "--point-size", 0, 64, 0)->setSpecialValueText("automatic");
+  AddSwitch("Gri&d", "--grid", "", "spacing, world units");
+  AddSwitch("Vertex mar&kers", "--control-points", "", "half a side, pixels");
 }
 
-void OptionsPanel::AddFog(QFormLayout* form) {
+void OptionsPanel::AddFog() {
   auto* const fog = new FogChoice([this] { Changed(); }, this);
   fog->SetSuggestion([this] { return m_suggestFog ? m_suggestFog() : std::pair(1.f, 10.f); });
-  form->addRow("Fo&g", fog);
-  m_fields.push_back({"--fog", [fog] { return fog->Values(); },
-                      [fog](const QStringList& values) { fog->SetValues(values); }});
+  AddField("Fo&g", fog,
+           {.option = "--fog",
+            .values = [fog] { return fog->Values(); },
+            .set = [fog](const QStringList& values) { fog->SetValues(values); }});
 }
 
-void OptionsPanel::AddLists(QFormLayout* form) {
-  AddList(form, "&Effects", "--effect", [](EntryList* list) {
+void OptionsPanel::AddLists() {
+  AddList("&Effects", "--effect", EffectEntries(), [](EntryList* list) {
     auto* const menu = new QMenu(list);
     for (const hostkit::EffectKind& kind : hostkit::kEffectKinds) {
       QString text = QString::fromLatin1(kind.name);
@@ -95,66 +125,100 @@ void OptionsPanel::AddLists(QFormLayout* form) {
     }
     list->AddButton()->setMenu(menu);
   });
-  AddList(form, "&Overlays", "--overlay", [](EntryList* list) {
+  AddList("&Overlays", "--overlay", OverlayEntries(), [](EntryList* list) {
     connect(list->AddButton(), &QPushButton::clicked, list, [list] {
       const QString file = QFileDialog::getOpenFileName(list->window(), "Overlay a picture");
       if (!file.isEmpty()) list->Add(file, false);
     });
   });
-  AddList(form, "&Text", "--text", [](EntryList* list) {
+  AddList("&Texts", "--text", TextEntries(), [](EntryList* list) {
     connect(list->AddButton(), &QPushButton::clicked, list, [list] { list->Add("Text", true); });
   });
 }
 
-void OptionsPanel::AddCombo(QFormLayout* form, const QString& label, const QString& option,
-                            const QStringList& names) {
-  auto* const combo = new QComboBox(this);
-  combo->setObjectName(option);
-  combo->addItems(names);
-  form->addRow(label, combo);
-  connect(combo, &QComboBox::currentIndexChanged, this, [this] { Changed(); });
-  m_fields.push_back({option,
-                      [combo] {
-                        if (combo->currentIndex() <= 0) return QStringList();
-                        return QStringList{combo->currentText()};
-                      },
-                      [combo](const QStringList& values) {
-                        combo->setCurrentIndex(std::max(combo->findText(values.value(0)), 0));
-                      }});
+void OptionsPanel::AddEnd() {
+  m_problem = NewProblemLabel("problem", this);
+  m_form->addRow(m_problem);
+  m_form->setRowVisible(m_problem, false);
+  m_reset = new QPushButton("&Reset all", this);
+  m_reset->setObjectName("reset");
+  m_reset->setEnabled(false);
+  m_form->addRow(m_reset);
+  connect(m_reset, &QPushButton::clicked, this, [this] {
+    SetArguments({});
+    Changed();
+  });
 }
 
-QSpinBox* OptionsPanel::AddSpin(QFormLayout* form, const QString& label, const QString& option,
-                                int least, int most, int standard) {
+/// A row, and below it the place for what is wrong with it.
+void OptionsPanel::AddField(const QString& label, QWidget* widget, Field field) {
+  field.label = QString(label).remove('&');
+  m_form->addRow(label, widget);
+  field.caption = static_cast<QLabel*>(m_form->labelForField(widget));
+  field.problem = NewProblemLabel("problem " + field.option, this);
+  m_form->addRow(field.problem);
+  m_form->setRowVisible(field.problem, false);
+  m_fields.push_back(std::move(field));
+}
+
+void OptionsPanel::AddCombo(const QString& label, const QString& option,
+                            std::span<const Named> names, int standard) {
+  auto* const combo = new QComboBox(this);
+  combo->setObjectName(option);
+  // The longest entry is not to make the panel wide.
+  combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  for (const auto& [name, text] : names) combo->addItem(text, name);
+  combo->setCurrentIndex(standard);
+  connect(combo, &QComboBox::currentIndexChanged, this, [this] { Changed(); });
+  AddField(label, combo,
+           {.option = option,
+            .values =
+                [combo, standard] {
+                  if (combo->currentIndex() == standard) return QStringList();
+                  return QStringList{combo->currentData().toString()};
+                },
+            .set =
+                [combo, standard](const QStringList& values) {
+                  const int found = values.isEmpty() ? -1 : combo->findData(values.first());
+                  combo->setCurrentIndex(found < 0 ? standard : found);
+                }});
+}
+
+QSpinBox* OptionsPanel::AddSpin(const QString& label, const QString& option, int least, int most,
+                                int standard) {
   auto* const spin = new QSpinBox(this);
   spin->setObjectName(option);
   spin->setRange(least, most);
   spin->setValue(standard);
-  form->addRow(label, spin);
+  spin->setSuffix(" pixels");
   connect(spin, &QSpinBox::valueChanged, this, [this] { Changed(); });
-  m_fields.push_back({option,
-                      [spin, standard] {
-                        if (spin->value() == standard) return QStringList();
-                        return QStringList{QString::number(spin->value())};
-                      },
-                      [spin, standard](const QStringList& values) {
-                        spin->setValue(values.isEmpty() ? standard : values.first().toInt());
-                      }});
+  AddField(label, spin,
+           {.option = option,
+            .values =
+                [spin, standard] {
+                  if (spin->value() == standard) return QStringList();
+                  return QStringList{QString::number(spin->value())};
+                },
+            .set =
+                [spin, standard](const QStringList& values) {
+                  spin->setValue(values.isEmpty() ? standard : values.first().toInt());
+                }});
   return spin;
 }
 
-void OptionsPanel::AddFlag(QFormLayout* form, const QString& label, const QString& option) {
+void OptionsPanel::AddFlag(const QString& label, const QString& option) {
   auto* const box = new QCheckBox(this);
   box->setObjectName(option);
-  form->addRow(label, box);
   connect(box, &QCheckBox::toggled, this, [this] { Changed(); });
-  m_fields.push_back({option,
-                      [box] { return box->isChecked() ? QStringList{QString()} : QStringList(); },
-                      [box](const QStringList& values) { box->setChecked(!values.isEmpty()); }});
+  AddField(label, box,
+           {.option = option,
+            .values = [box] { return box->isChecked() ? QStringList{QString()} : QStringList(); },
+            .set = [box](const QStringList& values) { box->setChecked(!values.isEmpty()); }});
 }
 
 /// An option whose value may be left out: a check box, and a field for the value.
-void OptionsPanel::AddSwitch(QFormLayout* form, const QString& label, const QString& option,
-                             const QString& standard, const QString& hint) {
+void OptionsPanel::AddSwitch(const QString& label, const QString& option, const QString& standard,
+                             const QString& hint) {
   auto* const row = new QWidget(this);
   auto* const layout = new QHBoxLayout(row);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -164,58 +228,126 @@ void OptionsPanel::AddSwitch(QFormLayout* form, const QString& label, const QStr
   value->setPlaceholderText(hint);
   layout->addWidget(box);
   layout->addWidget(value);
-  form->addRow(label, row);
-  static_cast<QLabel*>(form->labelForField(row))->setBuddy(box);
   connect(box, &QCheckBox::toggled, this, [this] { Changed(); });
   connect(value, &QLineEdit::editingFinished, this, [this, box] {
     if (box->isChecked()) Changed();
   });
-  m_fields.push_back({option,
-                      [box, value] {
-                        if (!box->isChecked()) return QStringList();
-                        return QStringList{value->text().trimmed()};
-                      },
-                      [box, value, standard](const QStringList& values) {
-                        box->setChecked(!values.isEmpty());
-                        value->setText(values.isEmpty() ? standard : values.first());
-                      }});
+  AddField(label, row,
+           {.option = option,
+            .values =
+                [box, value] {
+                  if (!box->isChecked()) return QStringList();
+                  return QStringList{value->text().trimmed()};
+                },
+            .set =
+                [box, value, standard](const QStringList& values) {
+                  box->setChecked(!values.isEmpty());
+                  value->setText(values.isEmpty() ? standard : values.first());
+                }});
+  m_fields.back().caption->setBuddy(box);
 }
 
-void OptionsPanel::AddList(QFormLayout* form, const QString& label, const QString& option,
+void OptionsPanel::AddList(const QString& label, const QString& option, EntryKind kind,
                            const std::function<void(EntryList*)>& prepare) {
   auto* const list = new EntryList(
-      QString(label).remove('&'), [this] { Changed(); }, this);
+      QString(label).remove('&'), std::move(kind), [this] { Changed(); }, this);
   list->setObjectName(option);
   prepare(list);
-  form->addRow(label, list);
-  m_fields.push_back({option, [list] { return list->Entries(); },
-                      [list](const QStringList& values) { list->SetEntries(values); }});
+  AddField(label, list,
+           {.option = option,
+            .values = [list] { return list->Entries(); },
+            .set = [list](const QStringList& values) { list->SetEntries(values); },
+            .list = list});
+}
+
+void OptionsPanel::Judge() {
+  std::vector<ChoiceWish> wishes;
+  for (const Field& field : m_fields) {
+    const QStringList values = field.values();
+    for (qsizetype i = 0; i < values.size(); ++i) {
+      std::optional<QString> before;
+      if (field.list) before = field.list->Accepted(i);
+      if (!field.list && !field.accepted.isEmpty()) before = field.accepted.first();
+      wishes.push_back({field.option, values[i], before});
+    }
+  }
+  const std::vector<ChoiceVerdict> verdicts = JudgeChoices(wishes);
+  auto verdict = verdicts.begin();
+  bool areDefaults = true;
+  for (Field& field : m_fields) {
+    const qsizetype count = field.values().size();
+    QStringList problems;
+    field.accepted.clear();
+    for (qsizetype i = 0; i < count; ++i, ++verdict) {
+      const QString problem = InOwnWords(field, verdict->problem);
+      if (verdict->accepted) field.accepted << *verdict->accepted;
+      if (!problem.isEmpty()) problems << problem;
+      if (field.list) field.list->Judge(i, verdict->accepted, problem);
+    }
+    Mark(field, problems);
+    areDefaults = areDefaults && count == 0;
+  }
+  m_reset->setEnabled(!areDefaults);
+}
+
+/// What is wrong with a field, in the panel's words instead of those of the command line.
+QString OptionsPanel::InOwnWords(const Field& field, QString problem) const {
+  if (problem.startsWith(field.option + ": ")) problem.remove(0, field.option.size() + 2);
+  for (const Field& other : m_fields) problem.replace(other.option + ' ', other.label + ' ');
+  return problem;
+}
+
+/// Captions of choices that differ from the defaults are bold.
+void OptionsPanel::Mark(const Field& field, const QStringList& problems) {
+  field.problem->setText(problems.join('\n'));
+  m_form->setRowVisible(field.problem, !problems.isEmpty());
+  field.caption->setStyleSheet(problems.isEmpty() ? "" : kProblemStyle);
+  QFont font = field.caption->font();
+  font.setBold(!field.values().isEmpty());
+  field.caption->setFont(font);
 }
 
 QStringList OptionsPanel::Arguments() const {
   QStringList arguments;
   for (const Field& field : m_fields) {
-    for (const QString& value : field.values()) {
-      arguments << (value.isEmpty() ? field.option : field.option + '=' + value);
-    }
+    for (const QString& value : field.accepted) arguments << ChoiceWord(field.option, value);
   }
   return arguments;
 }
 
 void OptionsPanel::SetArguments(const QStringList& arguments) {
   m_setting = true;
-  for (const Field& field : m_fields) {
+  for (Field& field : m_fields) {
     QStringList values;
     for (const QString& argument : arguments) {
       if (argument.section('=', 0, 0) == field.option) values << argument.section('=', 1);
     }
     field.set(values);
+    field.accepted.clear();
   }
   m_setting = false;
+  Judge();
+}
+
+void OptionsPanel::Choose(const QString& option, const QStringList& values) {
+  for (const Field& field : m_fields) {
+    if (field.option != option || field.values() == values) continue;
+    m_setting = true;  // its widgets tell of each step
+    field.set(values);
+    m_setting = false;
+    Changed();
+  }
+}
+
+void OptionsPanel::Toggle(const QString& option) {
+  const auto isIt = [&](const Field& field) { return field.option == option; };
+  const auto found = std::find_if(m_fields.begin(), m_fields.end(), isIt);
+  Choose(option, found->values().isEmpty() ? QStringList{QString()} : QStringList());
 }
 
 void OptionsPanel::ShowProblem(const QString& text) {
   m_problem->setText(text);
+  m_form->setRowVisible(m_problem, !text.isEmpty());
 }
 
 }  // namespace view

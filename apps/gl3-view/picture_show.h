@@ -47,6 +47,9 @@ class Projection {
 
 /// Draws control points at world-space `places` over everything else, in the pixels of `view`.
 void PaintControlPoints(WindowSurface& surface, const hostkit::View& view,
-                        const std::vector<Imath::V3f>& places);
+                        const std::vector<Imath::V3f>& places, const ColorBuf& color);
+
+/// Draws the directions of the world's axes in the lower left corner: x red, y green, z blue.
+void PaintAxes(WindowSurface& surface, const hostkit::View& view);
 
 }  // namespace view

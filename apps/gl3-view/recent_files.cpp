@@ -4,14 +4,38 @@
 #include <QFileInfo>
 
 namespace view {
+namespace {
 
-QStringList WithRecent(const QStringList& list, const QString& file) {
+// Between the files of an entry; no file's name has it.
+constexpr QChar kSeparator(u'\0');
+
+}  // namespace
+
+QStringList WithRecent(const QStringList& list, const QStringList& files) {
   constexpr qsizetype kMost = 9;  // one digit each, as access keys
-  const QString path = QFileInfo(file).absoluteFilePath();
+  QStringList paths;
+  for (const QString& file : files) paths << QFileInfo(file).absoluteFilePath();
+  const QString entry = paths.join(kSeparator);
   QStringList recent = list;
-  recent.removeAll(path);
-  recent.prepend(path);
+  recent.removeAll(entry);
+  recent.prepend(entry);
   return recent.mid(0, kMost);
+}
+
+QStringList FilesOfRecent(const QString& entry) {
+  return entry.split(kSeparator);
+}
+
+QString NamesOf(const QStringList& files) {
+  const QString first = QFileInfo(files.value(0)).fileName();
+  if (files.size() < 2) return first;
+  if (files.size() == 2) return first + " + " + QFileInfo(files[1]).fileName();
+  return QString("%1 + %2 more").arg(first).arg(files.size() - 1);
+}
+
+QString RecentText(const QString& entry) {
+  const QStringList files = FilesOfRecent(entry);
+  return QFileInfo(files.first()).path() + '/' + NamesOf(files);
 }
 
 }  // namespace view

@@ -42,6 +42,17 @@ QStringList CameraArguments(const gl3::RenderOptions& options) {
   return arguments;
 }
 
+QStringList TimeArguments(const gl3::SequenceOptions& options) {
+  if (options.frames.empty()) return {};
+  QStringList arguments = {
+      QString("--frames=%1").arg(options.frames.front()),
+      QString::fromStdString(fmt::format("--fps={}", options.framesPerSecond))};
+  if (!options.animation.empty()) {
+    arguments << "--animation=" + QString::fromStdString(options.animation);
+  }
+  return arguments;
+}
+
 std::vector<std::string> RenderWords(const QStringList& models, const QString& output,
                                      const QStringList& arguments) {
   // A file is not to be taken for an option.

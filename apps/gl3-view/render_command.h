@@ -18,6 +18,9 @@ bool ReadChoices(const QStringList& arguments, gl3::RenderOptions* options, std:
 /// read back exactly.
 QStringList CameraArguments(const gl3::RenderOptions& options);
 
+/// The options that show the moment of `options`; none for a model at rest.
+QStringList TimeArguments(const gl3::SequenceOptions& options);
+
 /// The words of the command line.
 std::vector<std::string> RenderWords(const QStringList& models, const QString& output,
                                      const QStringList& arguments);

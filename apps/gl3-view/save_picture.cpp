@@ -7,6 +7,7 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QFormLayout>
 #include <QSpinBox>
 #include <algorithm>
@@ -15,6 +16,7 @@
 #include "apps/work/common/check_output.h"
 #include "apps/work/render/render_camera.h"
 #include "apps/work/render/render_recipe.h"
+#include "hostkit/effects/byte_image.h"
 #include "hostkit/pictures/picture.h"
 
 namespace view {
@@ -82,10 +84,20 @@ struct WaitPointer {
 
 }  // namespace
 
-bool AskWhatToSave(QWidget* parent, const QString& suggestion, SaveChoice* choice) {
-  choice->file = QFileDialog::getSaveFileName(parent, "Save picture", suggestion,
-                                              "Pictures (*.png *.exr *.jpg *.jpeg)");
-  if (choice->file.isEmpty()) return false;
+bool AskWhatToSave(QWidget* parent, const QString& suggestion, SaveChoice* choice,
+                   std::string* error) {
+  QFileDialog files(parent, "Save picture", QFileInfo(suggestion).path(),
+                    "Pictures (*.png *.exr *.jpg *.jpeg)");
+  files.setAcceptMode(QFileDialog::AcceptSave);
+  files.setDefaultSuffix("png");
+  files.selectFile(QFileInfo(suggestion).fileName());
+  if (files.exec() != QDialog::Accepted) return false;
+  choice->file = files.selectedFiles().value(0);
+  const gl3::Outcome checked = gl3::CheckOutput(choice->file.toLocal8Bit().toStdString());
+  if (checked.status != gl3::kDone) {
+    *error = checked.message;
+    return false;
+  }
   SizeDialog dialog(*choice, parent);
   if (dialog.exec() != QDialog::Accepted) return false;
   dialog.Read(choice);
@@ -102,7 +114,29 @@ QStringList PictureArguments(const Viewport& viewport, const QStringList& drawin
   if (choice.transparent) arguments << "--no-background";
   if (choice.recipe != SaveChoice::kNamesAlone) arguments << "--recipe=" + choice.recipe;
   arguments << QString("--size=%1x%2").arg(choice.width).arg(choice.height);
-  return arguments + CameraArguments(viewport.Options());
+  bool isExact = false;
+  for (const std::string& name : viewport.HiddenNames(&isExact)) {
+    arguments << "--hide=" + QString::fromStdString(name);
+  }
+  const gl3::RenderOptions seen = viewport.Options();
+  return arguments + CameraArguments(seen) + TimeArguments(seen.sequence);
+}
+
+QImage DrawImage(Viewport& viewport, std::string* error) {
+  const WaitPointer wait;
+  std::string renderer;
+  const hostkit::Picture picture = viewport.Render(viewport.Options(), &renderer, error);
+  if (!picture.bitmap) return {};
+  const hostkit::BitmapPtr bytes = hostkit::BytesFromHalves(*picture.bitmap);
+  if (!bytes) {
+    *error = "memory ran out; make the window smaller";
+    return {};
+  }
+  QImage image(bytes->GetWidth(), bytes->GetHeight(), QImage::Format_RGBX8888);
+  for (int y = 0; y < image.height(); ++y) {
+    std::copy_n(hostkit::ByteRow(*bytes, y), 4 * image.width(), image.scanLine(y));
+  }
+  return image.convertToFormat(QImage::Format_RGB888);  // an opaque picture's alpha means nothing
 }
 
 bool SavePicture(Viewport& viewport, const QStringList& models, const QStringList& arguments,
@@ -131,7 +165,13 @@ bool SavePicture(Viewport& viewport, const QStringList& models, const QStringLis
   base.inputs = gl3::DescribeInputs(options.models);
   const std::string camera =
       gl3::DescribeCamera(viewport.CameraFor(options), viewport.Scene()->origin);
-  return hostkit::WritePicture(path, picture, gl3::MakeRecipe(base, options, {}, camera),
+  gl3::Shot shot;
+  const ShownTime& time = viewport.Time();
+  if (time.isAnimated) {
+    shot.frame = time.frame;
+    shot.time = time.Seconds();
+  }
+  return hostkit::WritePicture(path, picture, gl3::MakeRecipe(base, options, shot, camera),
                                {options.jpegQuality}, error);
 }
 

@@ -34,12 +34,16 @@ bool SceneView::Paint(WindowSurface& surface, const hostkit::FrameSettings& sett
 
 hostkit::Picture SceneView::Render(const gl3::RenderOptions& options,
                                    const hostkit::FrameSettings& settings,
-                                   gl3::EffectStage& effects, std::string* error) {
+                                   gl3::EffectStage& effects, std::string* error,
+                                   const hostkit::Pause& pause) {
   if (!m_renderer) m_renderer = hostkit::FrameRenderer::Create(m_driver, *m_scene, error);
   hostkit::Picture picture;
-  if (m_renderer) picture = m_renderer->Render(settings, ViewFor(options), error);
+  if (!m_renderer) return picture;
+  m_renderer->SetPause(pause);
+  picture = m_renderer->Render(settings, ViewFor(options), error);
   if (!picture.bitmap) return picture;
-  if (!effects.Apply(m_driver, options.effects.calls, &picture, error)) picture.bitmap.reset();
+  if (!effects.Apply(m_driver, options.effects.calls, &picture, error, pause))
+    picture.bitmap.reset();
   return picture;
 }
 

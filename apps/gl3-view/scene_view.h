@@ -29,6 +29,8 @@ class SceneView {
   const hostkit::Scene& Model() const { return *m_scene; }
   const std::shared_ptr<const hostkit::Scene>& Shared() const { return m_scene; }
   const Imath::Box3f& Bounds() const { return m_bounds; }
+  /// The scene was posed anew.
+  void TakePose() { m_bounds = m_scene->Bounds(); }
   /// The view that `options` (with --eye and the rest) ask for, as `gl3 render` takes it.
   hostkit::View ViewFor(const gl3::RenderOptions& options) const;
 
@@ -37,9 +39,11 @@ class SceneView {
   bool Paint(WindowSurface& surface, const hostkit::FrameSettings& settings,
              const hostkit::View& view);
   /// Draws a frame off screen and puts it through the effects, exactly as `gl3 render` does. A
-  /// picture without bitmap and one line in `*error` on failure.
+  /// picture without bitmap and one line in `*error` on failure; with an empty one when `pause`
+  /// said that nobody wants it.
   hostkit::Picture Render(const gl3::RenderOptions& options, const hostkit::FrameSettings& settings,
-                          gl3::EffectStage& effects, std::string* error);
+                          gl3::EffectStage& effects, std::string* error,
+                          const hostkit::Pause& pause = {});
   /// What Render drew with; empty before.
   std::string RendererName() const { return m_renderer ? m_renderer->RendererName() : ""; }
 

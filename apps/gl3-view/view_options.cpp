@@ -13,7 +13,9 @@ namespace {
 constexpr const char* kFooter = R"(
 Mouse: left button orbits, middle button (or shift and left) pans, wheel and right
 button zoom, a click selects the nearest vertex (with ctrl: one more or less).
-Keys: F fits, 1 to 7 are the standard views, P is the projection; the menus tell more.
+Keys: F fits, 1 to 7 are the standard views, P is the projection, arrow keys and + and -
+move the camera, space plays, F5 reads the files anew; F1 lists all of them.
+Files that change are read anew by themselves; camera and choices stay.
 
 Examples:
   gl3-view chair.glb

@@ -17,10 +17,10 @@ using Clock = std::chrono::steady_clock;
 
 // How long nothing must change before the frame is drawn as it would be saved.
 constexpr int kRestMilliseconds = 200;
-// How far from the mouse a vertex may be to be selected, in pixels.
-constexpr float kPickRadius = 8;
 // The three-quarter view that gl3 render takes unasked.
 const Imath::V3f kFirstView(0.7f, 0.45f, 1);
+
+constexpr ColorBuf kSelectedColor{255, 90, 0, 255}, kMarkedColor{0, 140, 255, 255};
 
 double MillisecondsSince(Clock::time_point start) {
   return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
@@ -39,15 +39,20 @@ Viewport::Viewport(QWidget* parent) : QWidget(parent) {
   setMinimumSize(64, 64);
   m_rest.setSingleShot(true);
   m_rest.setInterval(kRestMilliseconds);
-  connect(&m_rest, &QTimer::timeout, this, [this] { RefineNow(); });
+  connect(&m_rest, &QTimer::timeout, this, [this] { BeginRefining(); });
+  connect(&m_slices, &QTimer::timeout, this, [this] { GoOnRefining(); });
 }
 
-Viewport::~Viewport() = default;
+Viewport::~Viewport() {
+  StopRefining();
+}
 
 bool Viewport::SetDriver(GADriver* driver, std::string* error) {
+  StopRefining();
   m_rest.stop();
   m_refined.reset();
   m_effects.reset();
+  m_detail.ForgetDriver();
   m_scene.reset();
   m_surface.reset();
   m_driver = driver;
@@ -57,26 +62,132 @@ bool Viewport::SetDriver(GADriver* driver, std::string* error) {
       hostkit::ReadModuleSetting(*hostkit::FindModuleSetting("Polygonmode")).value != 0;
   m_effects = std::make_unique<gl3::EffectStage>();
   if (m_model) {
+    // What is kept of a model at its upload is that of its animation's beginning.
+    m_poser->Pose(m_animations, 0);
     if (EnsureSurface(error)) m_scene = SceneView::Create(driver, m_model, error);
+    if (m_scene) ShowPose();
     if (!m_scene) m_model.reset();
   }
   Changed();
   return !m_model == !m_scene;
 }
 
-bool Viewport::SetScene(std::shared_ptr<const hostkit::Scene> scene, std::string* error) {
+/// Uploads a model that is posed as its animation begins, or at rest.
+bool Viewport::MakeView(std::shared_ptr<hostkit::Scene> model, std::string* error) {
   if (!EnsureSurface(error)) return false;
-  std::unique_ptr<SceneView> view = SceneView::Create(m_driver, scene, error);
+  std::unique_ptr<SceneView> view = SceneView::Create(m_driver, model, error);
   if (!view) return false;
-  m_selection.clear();
+  StopRefining();
   m_surface->Info()->scene = nullptr;  // the record of the one that goes
   m_scene = std::move(view);
+  m_detail.Forget();
+  return true;
+}
+
+bool Viewport::SetScene(std::shared_ptr<hostkit::Scene> scene, bool stays, std::string* error) {
+  ShownTime time = m_time;
+  if (!stays) time.isAnimated = false;
+  std::vector<int> animations;
+  if (time.isAnimated) animations = hostkit::FindAnimations(*scene, time.animation);
+  time.isAnimated = !animations.empty();
+  const hostkit::SceneReach reach = hostkit::MeasureReach(*scene, animations);
+  if (!MakeView(scene, error)) return false;
+  m_selection.clear();
+  m_time = time;
+  m_animations = std::move(animations);
   m_model = std::move(scene);
+  m_poser = std::make_unique<hostkit::ScenePoser>(*m_model);
+  m_parts = VisibleParts(*m_model);
+  m_marked = -1;
   m_camera.SetUpAxis(m_options.upAxis.value_or(m_model->upAxis));
-  m_camera.SetSubject(m_scene->Bounds(), hostkit::ExtremePoints(*m_model), m_model->origin);
-  LookFrom(kFirstView);
+  m_camera.SetSubject(reach.bounds, reach.points, m_model->origin);
+  if (!stays) LookFrom(kFirstView);
+  ShowPose();
   if (m_listener.selected) m_listener.selected(m_selection);
   return true;
+}
+
+bool Viewport::SetTime(const ShownTime& time, std::string* error) {
+  const bool isOther = !time.IsOfSame(m_time);
+  m_time = time;
+  if (!m_scene) return true;
+  StopRefining();
+  if (isOther) {
+    m_animations.clear();
+    if (time.isAnimated) m_animations = hostkit::FindAnimations(*m_model, time.animation);
+    return Rebuild(error);
+  }
+  ShowPose();
+  return true;
+}
+
+/// Uploads the model anew, of which other parts or animations are shown now. Where it is seen from
+/// stays.
+bool Viewport::Rebuild(std::string* error) {
+  if (m_animations.empty()) hostkit::PoseScene(*m_model, {}, 0);
+  const hostkit::SceneReach reach = hostkit::MeasureReach(*m_model, m_animations);
+  m_poser = std::make_unique<hostkit::ScenePoser>(*m_model);
+  m_camera.SetSubject(reach.bounds, reach.points, m_model->origin);
+  if (MakeView(m_model, error)) {
+    ShowPose();
+    return true;
+  }
+  m_scene.reset();
+  m_model.reset();
+  Changed();
+  return false;
+}
+
+bool Viewport::Hide(std::vector<bool> hidden, std::string* error) {
+  if (!m_scene) return true;
+  hidden.resize(m_parts.Count());
+  if (std::find(hidden.begin(), hidden.end(), false) == hidden.end()) {
+    *error = "nothing would be left to see; show another part first";
+    return false;
+  }
+  StopRefining();
+  m_selection.clear();
+  m_parts.Hide(std::move(hidden), m_model.get());
+  if (m_listener.selected) m_listener.selected(m_selection);
+  return Rebuild(error);
+}
+
+void Viewport::Mark(int part) {
+  m_marked = part;
+  m_markedBox.makeEmpty();
+  const int instance = part < 0 || !m_scene ? -1 : m_parts.InstanceOf(part);
+  if (instance >= 0) {
+    const int mesh = m_model->instances[static_cast<std::size_t>(instance)].mesh;
+    const hostkit::SceneMesh& shape = m_model->meshes[static_cast<std::size_t>(mesh)];
+    for (const Imath::V3f& position : shape.positions) m_markedBox.extendBy(position);
+  }
+  update();
+}
+
+/// What is drawn over the frame: selected vertices, and the corners of what is marked.
+void Viewport::PaintMarks() {
+  if (m_showsAxes) PaintAxes(*m_surface, CurrentView());
+  std::vector<Imath::V3f> places;
+  for (const PickedVertex& vertex : m_selection) places.push_back(vertex.place);
+  PaintControlPoints(*m_surface, CurrentView(), places, kSelectedColor);
+  places.clear();
+  const int instance = m_marked < 0 ? -1 : m_parts.InstanceOf(m_marked);
+  if (instance < 0 || m_markedBox.isEmpty()) return;
+  const Imath::Box3f& box = m_markedBox;
+  for (int i = 0; i < 8; ++i) {
+    const Imath::V3f corner(i & 1 ? box.max.x : box.min.x, i & 2 ? box.max.y : box.min.y,
+                            i & 4 ? box.max.z : box.min.z);
+    places.push_back(corner * m_model->instances[static_cast<std::size_t>(instance)].toWorld);
+  }
+  PaintControlPoints(*m_surface, CurrentView(), places, kMarkedColor);
+}
+
+/// Puts the model where it is at the time that is shown.
+void Viewport::ShowPose() {
+  m_poser->Pose(m_animations, m_time.Seconds());
+  m_detail.Pose(m_animations, m_time.Seconds());
+  m_scene->TakePose();
+  Changed();
 }
 
 bool Viewport::SetOptions(const gl3::RenderOptions& options, std::string* error) {
@@ -86,6 +197,7 @@ bool Viewport::SetOptions(const gl3::RenderOptions& options, std::string* error)
     *error = outcome.message;
     return false;
   }
+  StopRefining();  // before its settings go
   m_options = options;
   m_settings = std::move(settings);
   if (m_model) m_camera.SetUpAxis(m_options.upAxis.value_or(m_model->upAxis));
@@ -96,6 +208,7 @@ bool Viewport::SetOptions(const gl3::RenderOptions& options, std::string* error)
 gl3::RenderOptions Viewport::Options() const {
   gl3::RenderOptions options = m_options;
   m_camera.Fill(&options);
+  m_time.Fill(&options.sequence);
   if (m_surface && m_surface->Width() > 0) {
     options.width = m_surface->Width();
     options.height = m_surface->Height();
@@ -111,6 +224,7 @@ hostkit::Picture Viewport::Render(const gl3::RenderOptions& options, std::string
     *error = outcome.message;
     return {};
   }
+  StopRefining();
   hostkit::Picture picture = m_scene->Render(options, settings, *m_effects, error);
   *renderer = m_scene->RendererName();
   return picture;
@@ -121,6 +235,7 @@ float Viewport::Aspect() const {
 }
 
 void Viewport::Changed() {
+  StopRefining();
   m_refined.reset();
   m_rest.stop();
   m_isStale = true;
@@ -153,6 +268,11 @@ void Viewport::SetParallel(bool parallel) {
   Changed();
 }
 
+void Viewport::ShowAxes(bool shown) {
+  m_showsAxes = shown;
+  update();
+}
+
 bool Viewport::EnsureSurface(std::string* error) {
   if (!m_driver) {
     *error = "the renderer is not loaded; start the program again";
@@ -162,17 +282,25 @@ bool Viewport::EnsureSurface(std::string* error) {
   return m_surface && m_surface->Fit(error);
 }
 
-bool Viewport::PaintScene() {
+bool Viewport::PaintScene(SceneView& scene) {
   hostkit::FrameSettings settings = m_settings;
   settings.width = m_surface->Width();
   settings.height = m_surface->Height();
   settings.samplesPerSide = 1;
   settings.transparentBackground = false;
   settings.depth = false;
-  return m_scene->Paint(*m_surface, settings, CurrentView());
+  return scene.Paint(*m_surface, settings, CurrentView());
+}
+
+/// What to draw now. Less detail is for frames that are followed by one with all of it.
+SceneView* Viewport::ChooseDetail(FrameFigures* figures) {
+  SceneView* const less = m_driverOutlines ? nullptr : m_detail.Ready(m_driver);
+  figures->reduced = m_isReduced = less != nullptr;
+  return less ? less : m_scene.get();
 }
 
 bool Viewport::DrawFrame() {
+  StopRefining();  // its surface is another one
   m_isStale = false;
   std::string error;
   const bool ready = EnsureSurface(&error);
@@ -184,15 +312,16 @@ bool Viewport::DrawFrame() {
     if (m_refined) {
       isWhole = m_refined->Paint(*m_surface);
     } else if (m_scene) {
-      isWhole = PaintScene();
+      isWhole = PaintScene(*ChooseDetail(&figures));
     } else {
       m_surface->Clear(m_settings.background);
     }
     figures.milliseconds = m_refined ? m_refineMilliseconds : MillisecondsSince(start);
-    std::vector<Imath::V3f> places;
-    for (const PickedVertex& vertex : m_selection) places.push_back(vertex.place);
-    if (m_scene) PaintControlPoints(*m_surface, CurrentView(), places);
+    if (m_scene) PaintMarks();
     m_surface->Present();
+    if (m_scene && !m_refined && !figures.reduced) {
+      m_detail.Took(m_model, MillisecondsSince(start));
+    }
     if (m_scene && !m_refined && CanRefine()) m_rest.start();
   }
   if (!isWhole) {
@@ -209,82 +338,6 @@ void Viewport::Tell(bool drawn, const FrameFigures& figures, const std::string& 
   } else if (error != std::exchange(m_lastTrouble, error) && m_listener.trouble) {
     m_listener.trouble(error);  // once, and not with every frame
   }
-}
-
-/// Whether a saved picture would differ from the frame, and can be shown in its place: where the
-/// driver outlines polygons it outlines pictures, too.
-bool Viewport::CanRefine() const {
-  if (m_driverOutlines) return false;
-  return m_settings.samplesPerSide > 1 || !m_options.effects.calls.empty();
-}
-
-bool Viewport::Refine(std::string* error) {
-  const Clock::time_point start = Clock::now();
-  const gl3::RenderOptions options = Options();
-  hostkit::FrameSettings settings = m_settings;
-  settings.width = options.width;
-  settings.height = options.height;
-  const hostkit::Picture picture = m_scene->Render(options, settings, *m_effects, error);
-  if (!picture.bitmap) return false;
-  m_refineMilliseconds = MillisecondsSince(start);
-  auto shown = std::make_unique<PictureShow>(m_driver);
-  if (!shown->Take(picture)) {
-    *error = "memory ran out; make the window smaller";
-    return false;
-  }
-  m_refined = std::move(shown);
-  return true;
-}
-
-void Viewport::RefineNow() {
-  std::string error;
-  if (!m_scene || !EnsureSurface(&error)) return;
-  if (Refine(&error)) {
-    DrawFrame();
-  } else {
-    Tell(false, {}, error);
-  }
-}
-
-/// Whether nothing hides the vertex. The frame that the depth buffer has must be that of `view`.
-bool Viewport::IsSeen(const PickedVertex& vertex, const hostkit::View& view) {
-  // The farthest of the pixels around counts: a vertex lies where surfaces end.
-  float farthest = 0;
-  for (int dy = -1; dy <= 1; ++dy) {
-    for (int dx = -1; dx <= 1; ++dx) {
-      const int x = std::clamp(static_cast<int>(vertex.x) + dx, 0, m_surface->Width() - 1);
-      const int y = std::clamp(static_cast<int>(vertex.y) + dy, 0, m_surface->Height() - 1);
-      const float depth = m_surface->Buffer()->GetZValue(x, m_surface->Height() - 1 - y);
-      farthest = std::max(farthest, DistanceOfDepth(view, depth));
-    }
-  }
-  constexpr float kSlack = 1.002f;
-  return vertex.depth <= farthest * kSlack;
-}
-
-void Viewport::Select(int x, int y, bool add) {
-  std::string error;
-  if (!m_scene || !EnsureSurface(&error)) return;
-  const hostkit::View view = CurrentView();
-  const std::vector<PickedVertex> candidates =
-      VerticesNear(*m_model, view, m_surface->Width(), m_surface->Height(),
-                   static_cast<float>(x) + 0.5f, static_cast<float>(y) + 0.5f, kPickRadius);
-  // What hides what is asked of a frame of the surfaces alone, which nobody gets to see.
-  hostkit::FrameSettings settings;
-  settings.width = m_surface->Width();
-  settings.height = m_surface->Height();
-  settings.mode = m_settings.mode;
-  settings.showsAllBacks = m_settings.showsAllBacks;
-  if (!candidates.empty()) m_scene->Paint(*m_surface, settings, view);
-  const auto seen = std::find_if(candidates.begin(), candidates.end(),
-                                 [&](const PickedVertex& vertex) { return IsSeen(vertex, view); });
-  if (!add) m_selection.clear();
-  if (seen != candidates.end()) {
-    const auto isSeen = [&](const PickedVertex& vertex) { return vertex.place == seen->place; };
-    if (std::erase_if(m_selection, isSeen) == 0) m_selection.push_back(*seen);
-  }
-  if (m_listener.selected) m_listener.selected(m_selection);
-  update();
 }
 
 void Viewport::paintEvent(QPaintEvent*) {

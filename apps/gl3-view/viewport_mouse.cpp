@@ -1,4 +1,5 @@
-// What the mouse does in the viewport.
+// What the mouse and the keys do in the viewport.
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QWheelEvent>
 #include <cmath>
@@ -13,6 +14,8 @@ constexpr float kTurnAWindow = 3.14159265f;
 // How much nearer one click of the wheel goes, and a drag over the height of the window.
 constexpr float kWheelStep = 0.85f, kDragZoom = 6;
 constexpr float kWheelClick = 120;  // in eighths of a degree
+// What a press of an arrow key turns by, in radians, and moves by, in shares of the height.
+constexpr float kKeyTurn = kTurnAWindow / 24, kKeyPan = 0.05f;
 // A hand that clicks trembles by so many pixels.
 constexpr int kTremble = 4;
 
@@ -56,6 +59,40 @@ void Viewport::wheelEvent(QWheelEvent* event) {
   const float clicks = static_cast<float>(event->angleDelta().y()) / kWheelClick;
   if (clicks == 0) return;
   m_camera.Zoom(std::pow(kWheelStep, clicks));
+  Changed();
+}
+
+void Viewport::keyPressEvent(QKeyEvent* event) {
+  float right = 0, up = 0, zoom = 1;
+  switch (event->key()) {
+    case Qt::Key_Left:
+      right = -1;
+      break;
+    case Qt::Key_Right:
+      right = 1;
+      break;
+    case Qt::Key_Down:
+      up = -1;
+      break;
+    case Qt::Key_Up:
+      up = 1;
+      break;
+    case Qt::Key_Plus:
+    case Qt::Key_Equal:  // the same key without shift
+      zoom = kWheelStep;
+      break;
+    case Qt::Key_Minus:
+      zoom = 1 / kWheelStep;
+      break;
+    default:
+      return QWidget::keyPressEvent(event);
+  }
+  if (event->modifiers().testFlag(Qt::ShiftModifier)) {
+    m_camera.Pan(right * kKeyPan, up * kKeyPan);
+  } else {
+    m_camera.Orbit(right * kKeyTurn, up * kKeyTurn);
+  }
+  m_camera.Zoom(zoom);
   Changed();
 }
 

@@ -28,7 +28,8 @@ draws nothing, unless --allow-mixed says that this does not matter.
 
 Behind all tasks a last one looks whether each picture is there, whole, and of one
 recipe and renderer. What is missing is submitted again, up to --retries times. Then
-it writes report.json and contact.jpg into the job's folder.
+it makes the movie when -o is one, and writes report.json and contact.jpg into the
+job's folder.
 
 gl3 farm status ID, wait ID and cancel ID take the number that was printed, or the
 job's folder. wait ends with the status of the farm.

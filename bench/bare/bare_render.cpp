@@ -1,8 +1,11 @@
 // The least that a picture of a model can cost as a process: the same import library with the same
-// steps, OpenGL drawing straight from the importer's arrays, one read-back, PNG at level 1.
+// steps, and flat normals where a file has none, OpenGL drawing straight from the importer's
+// arrays, one read-back, PNG at level 1.
 //
 //   bare_render MODEL OUT.png WIDTH HEIGHT SAMPLES "eye=X,Y,Z forward=X,Y,Z up=X,Y,Z fov=DEGREES"
+//               [bytes]
 //
+// With "bytes" a binary glTF file is taken as it lies in memory, without an import library.
 // It draws SAMPLES x SAMPLES times as many pixels and takes their means.
 // It knows one colour, three lights and no bad input: a floor, not a renderer.
 #include <GL/gl.h>
@@ -18,6 +21,7 @@
 #include <vector>
 
 #include "bench/bare/bare_egl.h"
+#include "bench/bare/bare_glb.h"
 
 namespace {
 
@@ -27,7 +31,12 @@ struct Camera {
 };
 
 struct Placed {
-  const aiMesh* mesh;
+  const aiVector3D* positions;
+  const aiVector3D* normals;
+  unsigned vertices;
+  const aiMesh* mesh;  // null: these corners
+  const unsigned* indices = nullptr;
+  unsigned corners = 0;
   aiMatrix4x4 toWorld;
 };
 
@@ -41,7 +50,9 @@ void Collect(const aiScene& scene, const aiNode& node, const aiMatrix4x4& parent
              std::vector<Placed>* placed) {
   const aiMatrix4x4 toWorld = parent * node.mTransformation;
   for (unsigned i = 0; i < node.mNumMeshes; ++i) {
-    placed->push_back({scene.mMeshes[node.mMeshes[i]], toWorld});
+    const aiMesh* mesh = scene.mMeshes[node.mMeshes[i]];
+    placed->push_back(
+        {mesh->mVertices, mesh->mNormals, mesh->mNumVertices, mesh, nullptr, 0, toWorld});
   }
   for (unsigned i = 0; i < node.mNumChildren; ++i) {
     Collect(scene, *node.mChildren[i], toWorld, placed);
@@ -97,9 +108,9 @@ void FindDepths(const std::vector<Placed>& placed, const Camera& camera, double*
                 double* farthest) {
   *nearest = 1e30;
   *farthest = 0;
-  for (const auto& [mesh, toWorld] : placed) {
-    for (unsigned i = 0; i < mesh->mNumVertices; ++i) {
-      const double depth = (toWorld * mesh->mVertices[i] - camera.eye) * camera.forward;
+  for (const Placed& each : placed) {
+    for (unsigned i = 0; i < each.vertices; ++i) {
+      const double depth = (each.toWorld * each.positions[i] - camera.eye) * camera.forward;
       *nearest = std::min(*nearest, depth);
       *farthest = std::max(*farthest, depth);
     }
@@ -125,24 +136,31 @@ void SetCamera(const std::vector<Placed>& placed, const Camera& camera, int widt
   glTranslatef(-camera.eye.x, -camera.eye.y, -camera.eye.z);
 }
 
+void Gather(const aiMesh& mesh, std::vector<unsigned>* indices) {
+  indices->clear();
+  indices->reserve(std::size_t{mesh.mNumFaces} * 3);
+  for (unsigned f = 0; f < mesh.mNumFaces; ++f) {
+    const aiFace& face = mesh.mFaces[f];
+    if (face.mNumIndices == 3) indices->insert(indices->end(), face.mIndices, face.mIndices + 3);
+  }
+}
+
 void Draw(const std::vector<Placed>& placed) {
   glEnableClientState(GL_VERTEX_ARRAY);
   glEnableClientState(GL_NORMAL_ARRAY);
-  std::vector<unsigned> indices;
-  for (auto [mesh, toWorld] : placed) {
-    if (!mesh->mNormals) continue;
-    indices.clear();
-    indices.reserve(std::size_t{mesh->mNumFaces} * 3);
-    for (unsigned f = 0; f < mesh->mNumFaces; ++f) {
-      const aiFace& face = mesh->mFaces[f];
-      if (face.mNumIndices == 3) indices.insert(indices.end(), face.mIndices, face.mIndices + 3);
+  std::vector<unsigned> gathered;
+  for (Placed each : placed) {
+    if (!each.normals) continue;
+    if (each.mesh) {
+      Gather(*each.mesh, &gathered);
+      each.indices = gathered.data();
+      each.corners = static_cast<unsigned>(gathered.size());
     }
     glPushMatrix();
-    glMultTransposeMatrixf(&toWorld.a1);
-    glVertexPointer(3, GL_FLOAT, 0, mesh->mVertices);
-    glNormalPointer(GL_FLOAT, 0, mesh->mNormals);
-    glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(indices.size()), GL_UNSIGNED_INT,
-                   indices.data());
+    glMultTransposeMatrixf(&each.toWorld.a1);
+    glVertexPointer(3, GL_FLOAT, 0, each.positions);
+    glNormalPointer(GL_FLOAT, 0, each.normals);
+    glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(each.corners), GL_UNSIGNED_INT, each.indices);
     glPopMatrix();
   }
 }
@@ -198,18 +216,27 @@ bool WritePng(const char* path, const std::vector<png_byte>& pixels, int width, 
 
 int main(int argc, char** argv) {
   Camera camera;
-  if (argc != 7 || !ParseCamera(argv[6], &camera)) {
-    std::fputs("usage: bare_render MODEL OUT.png WIDTH HEIGHT SAMPLES CAMERA\n", stderr);
+  if (argc < 7 || argc > 8 || !ParseCamera(argv[6], &camera)) {
+    std::fputs("usage: bare_render MODEL OUT.png WIDTH HEIGHT SAMPLES CAMERA [bytes]\n", stderr);
     return 2;
   }
   const int width = std::atoi(argv[3]), height = std::atoi(argv[4]), samples = std::atoi(argv[5]);
   const bare::Pbuffer surface(width * samples, height * samples);
   if (!surface.Ready()) return 4;
   Assimp::Importer importer;
-  const aiScene* scene = importer.ReadFile(argv[1], aiProcess_Triangulate);
-  if (!scene) return 3;
+  bare::GlbMesh bytes;
   std::vector<Placed> placed;
-  Collect(*scene, *scene->mRootNode, aiMatrix4x4(), &placed);
+  if (argc == 8) {
+    if (!bare::ReadGlb(argv[1], &bytes)) return 3;
+    static_assert(sizeof(aiVector3D) == 3 * sizeof(float));
+    placed.push_back({reinterpret_cast<const aiVector3D*>(bytes.positions),
+                      reinterpret_cast<const aiVector3D*>(bytes.normals), bytes.vertices, nullptr,
+                      bytes.indices, bytes.corners, aiMatrix4x4()});
+  } else {
+    const aiScene* scene = importer.ReadFile(argv[1], aiProcess_Triangulate | aiProcess_GenNormals);
+    if (!scene) return 3;
+    Collect(*scene, *scene->mRootNode, aiMatrix4x4(), &placed);
+  }
   SetState(width * samples, height * samples);
   SetCamera(placed, camera, width, height);
   Draw(placed);

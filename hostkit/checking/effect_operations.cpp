@@ -45,7 +45,7 @@ void CheckSize(Visit& visit, const float* parameters, const RenderInfo* info) {
                          imageWidth, imageHeight));
 }
 
-void BeforeInit(Visit& visit, Program& self, int effect, float* parameters, int) {
+void BeforeInit(Visit& visit, Program& self, int effect, const float* parameters, int) {
   Session& session = visit.State();
   if (!session.driver.initialized) {
     visit.Note(Kind::kBeforeInitialize, "the driver is not operational");
@@ -72,7 +72,7 @@ void BeforeInit(Visit& visit, Program& self, int effect, float* parameters, int)
              text + " is set up again: the surface of the first time stays, some 6 MB");
 }
 
-void AfterInit(Visit& visit, Program& self, int result, int effect, float* parameters, int) {
+void AfterInit(Visit& visit, Program& self, int result, int effect, const float* parameters, int) {
   EffectState* state = visit.State().Find(&self);
   if (!state || !HasSetUps(effect) || !parameters) return;
   SetUp& setUp = state->setUps.at(static_cast<std::size_t>(effect));

@@ -19,18 +19,19 @@ constexpr int kCorners = 4;  // of a quad
 
 }  // namespace
 
-void BeforePoints(Visit& visit, DisplayList&, Vector* points, int count) {
+void BeforePoints(Visit& visit, DisplayList&, const Vector* points, int count) {
   LookAtArray(visit, points, count);
 }
 
-void BeforeSegments(Visit& visit, DisplayList&, Vector* a, Vector* b, int count, const GAColor&,
-                    const GAColor&) {
+void BeforeSegments(Visit& visit, DisplayList&, const Vector* a, const Vector* b, int count,
+                    const GAColor&, const GAColor&) {
   LookAtArray(visit, a, count);
   LookAtArray(visit, b, count);
 }
 
 /// The first point is read whatever the count.
-void BeforeShadedLines(Visit& visit, DisplayList&, GAShadedLineVertex* points, int count, int) {
+void BeforeShadedLines(Visit& visit, DisplayList&, const GAShadedLineVertex* points, int count,
+                       int) {
   if (!IsArray(visit, "the array of points", points, std::max(count, 1))) return;
   for (int i = 0; i < count; ++i) {
     const Vector& place = points[i].position;
@@ -40,8 +41,8 @@ void BeforeShadedLines(Visit& visit, DisplayList&, GAShadedLineVertex* points, i
   }
 }
 
-void BeforeIndexedLines(Visit& visit, DisplayList&, std::vector<GALitVertex>& vertices,
-                        std::vector<unsigned int>& indices) {
+void BeforeIndexedLines(Visit& visit, DisplayList&, const std::vector<GALitVertex>& vertices,
+                        const std::vector<unsigned int>& indices) {
   CheckCount(visit, "lines of two", indices.size(), 2, 0);
   LookAtArray(visit, vertices.data(), static_cast<long long>(vertices.size()));
   LookAtIndices(visit, indices.data(), indices.size(), vertices.size());
@@ -52,7 +53,7 @@ void BeforePolygons(Visit& visit, DisplayList&, const VornPoly* polygons, int co
   for (int i = 0; i < count; ++i) LookAtPolygon(visit, polygons[i]);
 }
 
-void BeforeQuad(Visit& visit, DisplayList&, GAVertex* vertices, int mode, int) {
+void BeforeQuad(Visit& visit, DisplayList&, const GAVertex* vertices, int mode, int) {
   const bool isPolyline = (mode & DisplayList::kQuadPolyline) != 0;
   const int count = isPolyline ? mode & DisplayList::kQuadCountMask : kCorners;
   // The first vertex has the width, whatever the count.
@@ -60,17 +61,18 @@ void BeforeQuad(Visit& visit, DisplayList&, GAVertex* vertices, int mode, int) {
   LookAtArray(visit, vertices, count);
 }
 
-void BeforeColoredQuad(Visit& visit, DisplayList&, GAVertex* vertices, RGBFloat* colors, int) {
+void BeforeColoredQuad(Visit& visit, DisplayList&, const GAVertex* vertices, const RGBFloat* colors,
+                       int) {
   LookAtArray(visit, vertices, kCorners);
   IsArray(visit, "the array of colours", colors, kCorners);
 }
 
-void BeforeLitQuad(Visit& visit, DisplayList&, GALitVertex* vertices) {
+void BeforeLitQuad(Visit& visit, DisplayList&, const GALitVertex* vertices) {
   LookAtArray(visit, vertices, kCorners);
 }
 
 /// Element 2 is not read.
-void BeforeTriangle(Visit& visit, DisplayList&, GAVertex* vertices, int) {
+void BeforeTriangle(Visit& visit, DisplayList&, const GAVertex* vertices, int) {
   if (!IsArray(visit, "the array of vertices", vertices, kCorners)) return;
   const Vector corners[] = {{vertices[0].x, vertices[0].y, vertices[0].z},
                             {vertices[1].x, vertices[1].y, vertices[1].z},
@@ -78,8 +80,8 @@ void BeforeTriangle(Visit& visit, DisplayList&, GAVertex* vertices, int) {
   LookAtArray(visit, corners, std::size(corners));
 }
 
-void BeforeFan(Visit& visit, DisplayList& self, GAVertex* vertices, unsigned long vertexCount,
-               unsigned short* indices, unsigned long indexCount, int) {
+void BeforeFan(Visit& visit, DisplayList& self, const GAVertex* vertices, unsigned long vertexCount,
+               const unsigned short* indices, unsigned long indexCount, int) {
   constexpr unsigned long kLongFan = 100;
   const ListState* list = visit.State().Find(&self);
   if (list && list->isBlockOpen && indexCount < kLongFan) {
@@ -90,16 +92,16 @@ void BeforeFan(Visit& visit, DisplayList& self, GAVertex* vertices, unsigned lon
   LookAtIndices(visit, indices, indexCount, vertexCount);
 }
 
-void BeforeLitTriangles(Visit& visit, DisplayList&, GALitVertex* vertices,
-                        unsigned long vertexCount, unsigned short* indices,
+void BeforeLitTriangles(Visit& visit, DisplayList&, const GALitVertex* vertices,
+                        unsigned long vertexCount, const unsigned short* indices,
                         unsigned long indexCount, int) {
   CheckCount(visit, "triangles of three", indexCount, 3, 0);
   LookAtArray(visit, vertices, static_cast<long long>(vertexCount));
   LookAtIndices(visit, indices, indexCount, vertexCount);
 }
 
-void BeforeTexturedTriangles(Visit& visit, DisplayList&, GALitVertexWT* vertices,
-                             unsigned long vertexCount, unsigned short* indices,
+void BeforeTexturedTriangles(Visit& visit, DisplayList&, const GALitVertexWT* vertices,
+                             unsigned long vertexCount, const unsigned short* indices,
                              unsigned long indexCount, int) {
   visit.Note(Kind::kNothingDone,
              "texture coordinates are taken for positions, at z = 0, where nothing is seen");

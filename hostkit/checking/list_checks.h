@@ -53,24 +53,26 @@ void BeforeRoundRect(Visit& visit, DisplayList& self, int, int, int, int, float 
                      const GAColor&);
 
 // Arrays.
-void BeforePoints(Visit& visit, DisplayList& self, Vector* points, int count);
-void BeforeSegments(Visit& visit, DisplayList& self, Vector* a, Vector* b, int count,
+void BeforePoints(Visit& visit, DisplayList& self, const Vector* points, int count);
+void BeforeSegments(Visit& visit, DisplayList& self, const Vector* a, const Vector* b, int count,
                     const GAColor&, const GAColor&);
-void BeforeShadedLines(Visit& visit, DisplayList& self, GAShadedLineVertex* points, int count, int);
-void BeforeIndexedLines(Visit& visit, DisplayList& self, std::vector<GALitVertex>& vertices,
-                        std::vector<unsigned int>& indices);
+void BeforeShadedLines(Visit& visit, DisplayList& self, const GAShadedLineVertex* points, int count,
+                       int);
+void BeforeIndexedLines(Visit& visit, DisplayList& self, const std::vector<GALitVertex>& vertices,
+                        const std::vector<unsigned int>& indices);
 void BeforePolygons(Visit& visit, DisplayList& self, const VornPoly* polygons, int count, int);
-void BeforeQuad(Visit& visit, DisplayList& self, GAVertex* vertices, int mode, int);
-void BeforeColoredQuad(Visit& visit, DisplayList& self, GAVertex* vertices, RGBFloat* colors, int);
-void BeforeLitQuad(Visit& visit, DisplayList& self, GALitVertex* vertices);
-void BeforeTriangle(Visit& visit, DisplayList& self, GAVertex* vertices, int);
-void BeforeFan(Visit& visit, DisplayList& self, GAVertex* vertices, unsigned long vertexCount,
-               unsigned short* indices, unsigned long indexCount, int);
-void BeforeLitTriangles(Visit& visit, DisplayList& self, GALitVertex* vertices,
-                        unsigned long vertexCount, unsigned short* indices,
+void BeforeQuad(Visit& visit, DisplayList& self, const GAVertex* vertices, int mode, int);
+void BeforeColoredQuad(Visit& visit, DisplayList& self, const GAVertex* vertices,
+                       const RGBFloat* colors, int);
+void BeforeLitQuad(Visit& visit, DisplayList& self, const GALitVertex* vertices);
+void BeforeTriangle(Visit& visit, DisplayList& self, const GAVertex* vertices, int);
+void BeforeFan(Visit& visit, DisplayList& self, const GAVertex* vertices, unsigned long vertexCount,
+               const unsigned short* indices, unsigned long indexCount, int);
+void BeforeLitTriangles(Visit& visit, DisplayList& self, const GALitVertex* vertices,
+                        unsigned long vertexCount, const unsigned short* indices,
                         unsigned long indexCount, int);
-void BeforeTexturedTriangles(Visit& visit, DisplayList& self, GALitVertexWT* vertices,
-                             unsigned long vertexCount, unsigned short* indices,
+void BeforeTexturedTriangles(Visit& visit, DisplayList& self, const GALitVertexWT* vertices,
+                             unsigned long vertexCount, const unsigned short* indices,
                              unsigned long indexCount, int);
 
 // What adders leave behind: something that waits for the end of the scene, or in a batch.

@@ -49,7 +49,7 @@ void KeepBitmap(Visit& visit, const GATexture& self, int result, HBitmapNode* bi
                          height, limit));
 }
 
-void BeforeMakeFromPlanes(Visit& visit, GATexture& self, unsigned char* planes) {
+void BeforeMakeFromPlanes(Visit& visit, GATexture& self, const unsigned char* planes) {
   CheckMaker(visit, self);
   if (!planes) visit.Note(Kind::kNull, "the planes are null");
 }

@@ -21,8 +21,10 @@ Picture Finish(BitmapPtr halves, bool hasAlpha) {
 }  // namespace
 
 Picture RunEffects(EffectRunner& runner, const std::vector<EffectCall>& calls, bool verify,
-                   ByteImage image, std::vector<EffectStep>* steps, std::string* error) {
+                   ByteImage image, std::vector<EffectStep>* steps, std::string* error,
+                   const Pause& pause) {
   steps->clear();
+  error->clear();
   BitmapPtr result;
   for (const EffectCall& call : calls) {
     if (result) image.bitmap = BytesFromHalves(*result);
@@ -30,6 +32,7 @@ Picture RunEffects(EffectRunner& runner, const std::vector<EffectCall>& calls, b
     if (!image.bitmap) break;
     if (call.kind->alpha == AlphaRule::kMakesOpaque) PutOnBlack(&image);
     EffectStep step;
+    if (!GoesOn(pause)) return {};
     result = runner.Run(call, *image.bitmap, &step.times, error);
     if (!result) return {};
     if (verify) {
@@ -43,9 +46,10 @@ Picture RunEffects(EffectRunner& runner, const std::vector<EffectCall>& calls, b
 }
 
 bool ApplyEffects(EffectRunner& runner, const std::vector<EffectCall>& calls, Picture* picture,
-                  bool* clipped, std::vector<EffectStep>* steps, std::string* error) {
+                  bool* clipped, std::vector<EffectStep>* steps, std::string* error,
+                  const Pause& pause) {
   ByteImage image = BytesFromPicture(*picture, clipped);
-  const Picture result = RunEffects(runner, calls, false, std::move(image), steps, error);
+  const Picture result = RunEffects(runner, calls, false, std::move(image), steps, error, pause);
   if (!result.bitmap) return false;
   const auto rowBytes =
       static_cast<std::size_t>(result.bitmap->GetWidth()) * 4 * sizeof(std::uint16_t);

@@ -8,6 +8,7 @@
 #include "hostkit/effects/effect_runner.h"
 #include "hostkit/effects/effect_table.h"
 #include "hostkit/pictures/picture.h"
+#include "hostkit/services/pause.h"
 
 namespace hostkit {
 
@@ -23,11 +24,14 @@ struct EffectStep {
 /// `verify` each effect is compared with its twin on what it was given. `*steps` gets one entry a
 /// call. On failure returns a picture without bitmap and one line in `*error`.
 Picture RunEffects(EffectRunner& runner, const std::vector<EffectCall>& calls, bool verify,
-                   ByteImage image, std::vector<EffectStep>* steps, std::string* error);
+                   ByteImage image, std::vector<EffectStep>* steps, std::string* error,
+                   const Pause& pause = {});
 
 /// The same on a finished picture, in place: a "Depth" buffer stays. `*clipped` tells whether a
-/// colour was above 1. On failure returns false and the picture is as it was.
+/// colour was above 1. On failure returns false and the picture is as it was. `pause` is asked
+/// between effects; when it says that nobody wants the picture, `*error` is empty.
 bool ApplyEffects(EffectRunner& runner, const std::vector<EffectCall>& calls, Picture* picture,
-                  bool* clipped, std::vector<EffectStep>* steps, std::string* error);
+                  bool* clipped, std::vector<EffectStep>* steps, std::string* error,
+                  const Pause& pause = {});
 
 }  // namespace hostkit

@@ -21,9 +21,16 @@ void SceneFeed::Prepare(DisplayList* list, const FeedView& view) {
   m_list = list;
   m_view = view;
   m_texture = nullptr;
+  m_isWanted = true;
   BeginUnlit(list);
   list->PrepForPolygonArray();
   list->SetTexture(nullptr);
+}
+
+/// Between pieces of the work. Once the frame is not wanted, nothing more is placed.
+bool SceneFeed::IsWanted() {
+  m_isWanted = m_isWanted && GoesOn(m_pause);
+  return m_isWanted;
 }
 
 void SceneFeed::Draw(DisplayList* list, const FeedView& view) {
@@ -91,7 +98,9 @@ void SceneFeed::FeedLitTriangles() {
       for (int k : {0, 1, 3}) SetNormal(record[k], -NormalOf(record[k]));
     }
     m_list->AddTransformedTri(record, DisplayList::kCheckTransparency);
-    if (++count % kTrianglesAPiece == 0) m_list->FlushArrays();
+    if (++count % kTrianglesAPiece != 0) continue;
+    m_list->FlushArrays();
+    if (!IsWanted()) return;
   }
 }
 

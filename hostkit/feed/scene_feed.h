@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "host/Colors.h"
@@ -22,6 +23,7 @@
 #include "hostkit/feed/vertex_lighting.h"
 #include "hostkit/feed/wide_lines.h"
 #include "hostkit/scene/scene.h"
+#include "hostkit/services/pause.h"
 
 namespace hostkit {
 
@@ -50,6 +52,9 @@ class SceneFeed {
   /// Hands everything to `list`, from BeginInstructions to ExecuteInstructions. Transparent
   /// surfaces wait in the buffer's queue for its EndScene, with pointers to materials and lights.
   void Draw(DisplayList* list, const FeedView& view);
+  /// Asked while Draw goes on; when it says that nobody wants the frame any more, the rest of it is
+  /// left out.
+  void SetPause(Pause pause) { m_pause = std::move(pause); }
 
   /// Instead of a picture, draws what is seen where: each triangle, line and point in the colour
   /// that stands for its entry in `*seen`, which is filled; on black. What can be seen through
@@ -80,6 +85,7 @@ class SceneFeed {
   };
 
   void Prepare(DisplayList* list, const FeedView& view);
+  bool IsWanted();
   // Both are false when there is nothing to draw in it. Without a map, texture coordinates have any
   // value.
   bool Place(const SceneInstance& instance, const UvMap* uvs = nullptr);
@@ -137,6 +143,8 @@ class SceneFeed {
   const PreparedScene& m_prepared;
   DisplayList* m_list = nullptr;
   FeedView m_view;
+  Pause m_pause;
+  bool m_isWanted = true;          // the frame at hand
   GATexture* m_texture = nullptr;  // what the list has
   VertexLighting m_lighting;
 

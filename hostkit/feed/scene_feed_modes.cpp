@@ -73,7 +73,7 @@ V3f SceneFeed::FaceGlow(std::size_t triangle) const {
 void SceneFeed::FeedFlatTriangles() {
   const PreparedMesh& prepared = *m_placed.prepared;
   m_lighting.SetMaterial(*prepared.surface, prepared.isUnlit, prepared.emission);
-  for (std::size_t i = 0; i < m_placed.mesh->triangles.size(); i += 3) {
+  for (std::size_t i = 0; i < m_placed.mesh->triangles.size() && m_isWanted; i += 3) {
     const Corners corners = CornersOf(i);
     const bool facesAway = FacesAway(m_vertices[corners.index[0]], m_vertices[corners.index[1]],
                                      m_vertices[corners.index[2]]);
@@ -103,7 +103,7 @@ void SceneFeed::FeedFlatTriangles() {
 void SceneFeed::FeedFill() {
   const ColorBuf& color = m_view.background;
   const std::vector<std::uint32_t>& triangles = m_placed.mesh->triangles;
-  for (std::size_t i = 0; i < triangles.size(); ++i) {
+  for (std::size_t i = 0; i < triangles.size() && m_isWanted; ++i) {
     if (m_placed.hidesBacks && m_facesAway[i / 3]) continue;
     const V3f p = PlacedAt(triangles[i]);
     m_colored.push_back({p.x, p.y, p.z, color.red, color.green, color.blue, 255});

@@ -46,6 +46,7 @@ struct Rows {
 }  // namespace
 
 bool SceneFeed::Place(const SceneInstance& instance, const UvMap* uvs) {
+  if (!IsWanted()) return false;
   m_placed.mesh = &m_scene.meshes[static_cast<std::size_t>(instance.mesh)];
   m_placed.prepared = &m_prepared.Mesh(instance.mesh);
   m_placed.triangles = &m_placed.mesh->triangles;

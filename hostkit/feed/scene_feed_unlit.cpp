@@ -122,7 +122,7 @@ void SceneFeed::FeedColoredTriangles() {
     m_lit[side].resize(m_vertices.size());
     m_isLit[side].assign(m_vertices.size(), 0);
   }
-  for (std::size_t i = 0; i < m_placed.triangles->size(); i += 3) {
+  for (std::size_t i = 0; i < m_placed.triangles->size() && m_isWanted; i += 3) {
     Corners corners = CornersOf(i);
     bool facesAway = FacesAway(m_vertices[corners.index[0]], m_vertices[corners.index[1]],
                                m_vertices[corners.index[2]]);
@@ -167,6 +167,7 @@ void SceneFeed::FlushColored() {
   m_list->AddIndexedLitTriangleList(m_colored.data(), m_colored.size(), m_coloredIndices.data(),
                                     m_colored.size(), 0);
   m_colored.clear();
+  IsWanted();
 }
 
 // The renderer's indexed list of textured coloured triangles takes texture coordinates for

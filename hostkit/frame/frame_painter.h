@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "host/RenderInfo.h"
 #include "hostkit/feed/frame_settings.h"
@@ -20,6 +21,7 @@
 #include "hostkit/scene/camera.h"
 #include "hostkit/scene/camera_window.h"
 #include "hostkit/scene/scene.h"
+#include "hostkit/services/pause.h"
 
 class GADriver;
 
@@ -41,6 +43,9 @@ class FramePainter {
                                               std::string* error);
   FramePainter(const FramePainter&) = delete;
   FramePainter& operator=(const FramePainter&) = delete;
+
+  /// Asked while Paint goes on: see SceneFeed. What was painted is not a frame when it said no.
+  void SetPause(Pause pause) { m_feed.SetPause(std::move(pause)); }
 
   /// Prepares lights, fog and planes for a frame of `settings`, which must live until the frame's
   /// last call and are not changed.

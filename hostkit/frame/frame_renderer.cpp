@@ -109,6 +109,7 @@ struct FrameRenderer::State {
   OffScreenSurface surface;
   OverlayLayers layers;
   SeenSurfaces seen;
+  Pause pause;
   double uploadMilliseconds = 0;
   FrameTimes times;
   std::string rendererName;
@@ -119,6 +120,7 @@ BitmapPtr FrameRenderer::State::DrawAndRead(const PixelWindow& samples, const fl
   auto start = Clock::now();
   painter->Paint(surface.Target(), samples, background);
   times.draw += MillisecondsSince(start);
+  if (!GoesOn(pause)) return nullptr;
   start = Clock::now();
   BitmapPtr bitmap = surface.Read(surface.Width(), surface.Height());
   times.readBack += MillisecondsSince(start);
@@ -140,7 +142,7 @@ BitmapPtr FrameRenderer::State::RenderTiles(const FrameSettings& settings, const
     for (int x = 0; x < settings.width; x += tiling.width) {
       PixelWindow samples{x * side, y * side, surface.Width(), surface.Height()};
       BitmapPtr first = DrawAndRead(samples, matte ? kBlackBackground : settings.background, error);
-      if (!first) return nullptr;
+      if (!first || !GoesOn(pause)) return nullptr;
       BitmapPtr second;
       if (matte) second = DrawAndRead(samples, kWhite, error);
       if (matte && !second) return nullptr;
@@ -247,6 +249,7 @@ Picture FrameRenderer::Render(const FrameSettings& settings, const View& view, s
   }
   State& state = *m_state;
   state.times = {};
+  error->clear();
   try {
     picture.bitmap = state.Render(settings, view, tiling, error);
     picture.hasAlpha = settings.transparentBackground;
@@ -255,6 +258,11 @@ Picture FrameRenderer::Render(const FrameSettings& settings, const View& view, s
     picture.bitmap.reset();
   }
   return picture;
+}
+
+void FrameRenderer::SetPause(Pause pause) {
+  m_state->pause = pause;
+  m_state->painter->SetPause(std::move(pause));
 }
 
 double FrameRenderer::UploadMilliseconds() const {

@@ -8,6 +8,7 @@
 #include "hostkit/pictures/picture.h"
 #include "hostkit/scene/camera.h"
 #include "hostkit/scene/scene.h"
+#include "hostkit/services/pause.h"
 
 class GADriver;
 
@@ -28,6 +29,10 @@ class FrameRenderer {
                                                std::string* error);
   /// Releases textures and surfaces; the driver must be there still.
   ~FrameRenderer();
+
+  /// Asked between the pieces of what Render does. When it says that the picture is not wanted any
+  /// more, Render ends soon without a bitmap and with an empty `*error`.
+  void SetPause(Pause pause);
 
   /// Draws a frame and reads it back, with buffers of floats when the settings ask for them, of
   /// what is at a pixel's centre. "Depth": the distance from the eye along the view, in world

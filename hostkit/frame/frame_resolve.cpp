@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "hostkit/services/share_work.h"
+#include "hostkit/services/spent_pages.h"
 
 namespace hostkit {
 namespace {
@@ -86,7 +87,7 @@ void ResolveRow(const std::uint16_t* upper, const std::uint16_t* lower, int widt
 
 }  // namespace
 
-void ResolveSamples(const HBitmapBuffer& onBlack, const HBitmapBuffer* onWhite, int samplesPerSide,
+void ResolveSamples(HBitmapBuffer& onBlack, const HBitmapBuffer* onWhite, int samplesPerSide,
                     const PixelWindow& window, HBitmapBuffer* pixels) {
   const int width = std::min(window.width, pixels->Width() - window.x);
   const int height = std::min(window.height, pixels->Height() - window.y);
@@ -109,6 +110,13 @@ void ResolveSamples(const HBitmapBuffer& onBlack, const HBitmapBuffer* onWhite, 
   ShareRanges(static_cast<std::size_t>(std::max(height, 0)), kRowsAPiece,
               [&](std::size_t begin, std::size_t end) {
                 for (std::size_t y = begin; y < end; ++y) resolve(static_cast<int>(y));
+                // As much as the picture takes, which is a quarter: all would have to come back for
+                // the next frame.
+                if (!isUsual || begin >= static_cast<std::size_t>(height) / 4) return;
+                const std::ptrdiff_t row = onBlack.RowStep();
+                auto* const samples = static_cast<std::uint16_t*>(onBlack.Data());
+                GiveBackPages(samples + row * 2 * static_cast<std::ptrdiff_t>(begin),
+                              samples + row * 2 * static_cast<std::ptrdiff_t>(end));
               });
 }
 

@@ -31,7 +31,7 @@ bool ReadArchived(const OpenedFile& file, std::string* bytes) {
 
 }  // namespace
 
-bool Load(const ModelFiles& files, pugi::xml_document& document) {
+bool Load(const ModelFiles& files, pugi::xml_document& document, unsigned options) {
   const std::string suffix = std::filesystem::path(files.ModelPath()).extension().string();
   const bool isArchive = strcasecmp(suffix.c_str(), ".zae") == 0;
   if (!isArchive && strcasecmp(suffix.c_str(), ".dae") != 0) return false;
@@ -39,10 +39,10 @@ bool Load(const ModelFiles& files, pugi::xml_document& document) {
   if (!file.IsOpen()) return false;
   if (isArchive) {
     std::string bytes;
-    return ReadArchived(file, &bytes) && document.load_buffer(bytes.data(), bytes.size());
+    return ReadArchived(file, &bytes) && document.load_buffer(bytes.data(), bytes.size(), options);
   }
   FileBytes bytes;
-  return ReadWhole(file, &bytes) && document.load_buffer(bytes.bytes.get(), bytes.size);
+  return ReadWhole(file, &bytes) && document.load_buffer(bytes.bytes.get(), bytes.size, options);
 }
 
 Elements ById(pugi::xml_node root, const char* name) {

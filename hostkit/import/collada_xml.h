@@ -36,7 +36,8 @@ void ForEach(pugi::xml_node root, const char* name, Visit visit) {
 }
 
 /// Reads the model, out of its archive if it is in one. False when it is no COLLADA.
-bool Load(const ModelFiles& files, pugi::xml_document& document);
+bool Load(const ModelFiles& files, pugi::xml_document& document,
+          unsigned options = pugi::parse_default);
 
 /// All elements of that name.
 Elements ById(pugi::xml_node root, const char* name);

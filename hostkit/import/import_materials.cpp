@@ -217,11 +217,13 @@ int BasePicture(const ImportContext& context, const aiMaterial& material, Collad
 /// files without materials, in a grey that depends on the format, and black ones where it does not
 /// understand their colours.
 bool IsUnspecific(const SceneMaterial& material, const Rgb& base) {
-  constexpr float kGreys[] = {0, 0.6f, 0.8f, 0.9f, 1};
+  constexpr float kGreys[] = {0, 0.3f, 0.6f, 0.8f, 0.9f, 1};
+  constexpr const char* kOf3ds = "%%%DEFAULT";
   const auto isBase = [&base](float grey) {
     return base.red == grey && base.green == grey && base.blue == grey;
   };
-  return (material.name.empty() || material.name == AI_DEFAULT_MATERIAL_NAME) &&
+  return (material.name.empty() || material.name == AI_DEFAULT_MATERIAL_NAME ||
+          material.name == kOf3ds) &&
          material.surface.transparency.Current() == 0 &&
          std::any_of(std::begin(kGreys), std::end(kGreys), isBase);
 }

@@ -7,6 +7,7 @@
 #include <assimp/scene.h>
 #include <fmt/format.h>
 #include <strings.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <assimp/Importer.hpp>
@@ -23,6 +24,7 @@
 #include <utility>
 #include <vector>
 
+#include "hostkit/import/amf/amf_reader.h"
 #include "hostkit/import/archive_check.h"
 #include "hostkit/import/collada_xml.h"
 #include "hostkit/import/gltf/gltf_reader.h"
@@ -37,8 +39,10 @@
 #include "hostkit/import/model_reader.h"
 #include "hostkit/import/obj/obj_reader.h"
 #include "hostkit/import/ply/ply_reader.h"
+#include "hostkit/import/read_meshes.h"
 #include "hostkit/import/stl/stl_reader.h"
 #include "hostkit/import/threemf/threemf_reader.h"
+#include "hostkit/import/wide_text.h"
 #include "hostkit/scene/node_animation.h"
 #include "hostkit/scene/recentre.h"
 
@@ -118,19 +122,46 @@ unsigned StepsFor(const aiScene& source) {
   return kSteps;
 }
 
-/// What is taken of a COLLADA file before the import library reads it.
-struct ColladaSource {
+/// What is taken of a file before the import library reads it.
+struct Preparation {
   std::optional<ColladaFacts> facts;
   ColladaMorphs morphs;
   std::string replaced;  ///< What the library reads instead; empty: the file.
 
-  void Load(const ModelFiles& files) {
+  void Prepare(const ModelFiles& files) {
     pugi::xml_document document;
-    if (!collada::Load(files, document)) return;
-    facts.emplace(document);
+    if (collada::Load(files, document)) facts.emplace(document);
     // What is in archives is the library's, with pictures and all.
-    const std::string suffix = fs::path(files.ModelPath()).extension().string();
-    if (strcasecmp(suffix.c_str(), ".dae") != 0 || !morphs.TakeFrom(document)) return;
+    if (IsCollada(files) && morphs.TakeFrom(document)) return Replace(document);
+    // The library takes texts of 16-bit characters for no texts, or for empty ones.
+    const OpenedFile file = files.OpenModel();
+    char mark[2] = {};
+    FileBytes bytes;
+    if (file.IsOpen() && pread(file.file.Get(), mark, sizeof mark, 0) == sizeof mark &&
+        IsWideText({mark, sizeof mark}) && ReadWhole(file, &bytes)) {
+      replaced = NarrowText(bytes.Text());
+    }
+  }
+
+  /// For COLLADA that the library could not read: without the blanks around texts, before which it
+  /// finds no numbers. False when it is another format.
+  bool Tidy(const ModelFiles& files) {
+    constexpr unsigned kTrimmed = pugi::parse_default | pugi::parse_trim_pcdata;
+    pugi::xml_document document;
+    const bool isLoaded =
+        IsCollada(files) &&
+        (replaced.empty() ? collada::Load(files, document, kTrimmed)
+                          : document.load_buffer(replaced.data(), replaced.size(), kTrimmed));
+    if (isLoaded) Replace(document);
+    return isLoaded;
+  }
+
+ private:
+  static bool IsCollada(const ModelFiles& files) {
+    return strcasecmp(fs::path(files.ModelPath()).extension().c_str(), ".dae") == 0;
+  }
+
+  void Replace(const pugi::xml_document& document) {
     std::ostringstream text;
     document.save(text, "", pugi::format_raw);
     replaced = std::move(text).str();
@@ -140,10 +171,15 @@ struct ColladaSource {
 /// Reads the file, checks what was read, and then takes the steps. `*warnings` gets a line for each
 /// thing that is not as the file says.
 const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
-                          ColladaSource& collada, std::vector<std::string>* warnings,
+                          Preparation& prepared, std::vector<std::string>* warnings,
                           std::string* error) {
   const std::string& path = files.ModelPath();
   const std::string suffix = fs::path(path).extension().string();
+  if (suffix.empty()) {
+    *error = path + ": its name has no suffix, which tells the kind of a model; name it as what it "
+                    "is, such as chair.glb or chair.obj";
+    return nullptr;
+  }
   if (!importer.IsExtensionSupported(suffix)) {
     *error = fmt::format(
         "{}: models of the kind \"{}\" are not known; convert it to glTF, OBJ, "
@@ -152,15 +188,16 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
     return nullptr;
   }
   if (!CheckArchive(files, error)) return nullptr;
-  collada.Load(files);
+  prepared.Prepare(files);
   // The importer's from here on.
-  importer.SetIOHandler(new ModelIo(files, collada.replaced, *warnings));
+  importer.SetIOHandler(new ModelIo(files, prepared.replaced, *warnings));
   const aiScene* source = importer.ReadFile(path, 0);
+  if (!source && prepared.Tidy(files)) source = importer.ReadFile(path, 0);
   if (source) {
     // The importer owns it, and hands it out for reading only; nothing else refers to it yet.
     auto& mutableSource = const_cast<aiScene&>(*source);
     const std::size_t dropped = CheckSource(mutableSource);
-    collada.morphs.TakeNumbers(mutableSource);
+    prepared.morphs.TakeNumbers(mutableSource);
     if (dropped > 0) warnings->push_back(MissingVerticesText(path, dropped));
     source = importer.ApplyPostProcessing(StepsFor(*source));
   }
@@ -183,6 +220,7 @@ struct FormatReader {
 /// Other files are the import library's.
 constexpr FormatReader kReaders[] = {
     {".3mf", "3MF", ReadThreeMf},
+    {".amf", "AMF", ReadAmf},
     {".glb", "glTF 2.0, binary", ReadGltf},
     {".gltf", "glTF 2.0", ReadGltf},
     {".obj", "OBJ", ReadObj},
@@ -242,8 +280,8 @@ bool ReadByLibrary(const ModelSource& source, std::string* error) {
   auto owner = std::make_unique<Assimp::Importer>();
   Assimp::Importer& importer = source.options.leavesMemory ? *owner.release() : *owner;
   ImportContext context;
-  ColladaSource collada;
-  context.source = ReadSource(importer, source.files, collada, &source.scene.warnings, error);
+  Preparation prepared;
+  context.source = ReadSource(importer, source.files, prepared, &source.scene.warnings, error);
   if (!context.source) return false;
   context.path = source.files.ModelPath();
   const aiImporterDesc* info = InfoOf(importer);
@@ -252,8 +290,8 @@ bool ReadByLibrary(const ModelSource& source, std::string* error) {
   source.scene.facts.metersPerUnit = MetersPerUnit(context);
   context.scene = &source.scene;
   context.places = &source.places;
-  if (collada.facts) context.collada = &*collada.facts;
-  if (!collada.replaced.empty()) context.morphs = &collada.morphs;
+  if (prepared.facts) context.collada = &*prepared.facts;
+  if (prepared.facts) context.morphs = &prepared.morphs;
   if (context.collada && (context.source->mFlags & AI_SCENE_FLAGS_INCOMPLETE) != 0) {
     // The library puts pyramids between the nodes of such files.
     context.Warn(

@@ -6,8 +6,12 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <string_view>
+
+#include "host/Version.h"
+#include "hostkit/services/module_loader.h"
 
 namespace hostkit {
 namespace {
@@ -19,22 +23,19 @@ bool IsAskedFor() {
   return value && *value && std::string_view(value) != "0";
 }
 
-/// Beside this library, wherever that is: the search path of the process may not lead there.
+/// The library that checks, of this version of hosts. Beside this library, wherever that is: the
+/// search path of the process may not lead there.
 DriverWatch OpenWatch() {
-  Dl_info self{};
-  std::string path = "libgl3checking.so";
-  if (dladdr(reinterpret_cast<const void*>(&OpenWatch), &self) && self.dli_fname) {
-    const std::string own(self.dli_fname);
-    path = own.substr(0, own.rfind('/') + 1) + path;
-  }
+  const std::string name =
+      std::string("libgl3checking.so.") + (kHostVersion + std::strlen(kHostVersionPrefix));
+  const std::string folder = HostKitFolder();
+  const std::string path = folder.empty() ? name : folder + "/" + name;
   void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   void* const entry = library ? dlsym(library, kDriverWatchEntry) : nullptr;
   if (!entry) {
     const char* const why = dlerror();
-    std::fprintf(stderr,
-                 "GL3_CHECK: nothing is checked: %s; install libgl3checking.so beside "
-                 "libgl3services.so\n",
-                 why ? why : "libgl3checking.so cannot be opened");
+    std::fprintf(stderr, "GL3_CHECK: nothing is checked: %s; install %s beside libgl3services.so\n",
+                 why ? why : "it cannot be opened", name.c_str());
   }
   return reinterpret_cast<DriverWatch>(entry);
 }

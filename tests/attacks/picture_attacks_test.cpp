@@ -15,7 +15,7 @@ const std::string kWebp("RIFF\x1a\0\0\0WEBPVP8L\x0d\0\0\0\x2f\0\0\0\0\0\0\0\0\0\
 class PictureAttacks : public Attacks {};
 
 TEST_F(PictureAttacks, BrokenAndHugePicturesAreRefused) {
-  TiffFile far = {.width = 9, .height = 9, .blocks = {"a"}};
+  TiffFile far = {.width = 900, .height = 900, .blocks = {"a"}};
   std::string exif(
       "\xff\xd8\xff\xe1\xff\xff"
       "Exif\0\0MM\0*\xff\xff\xff\xff",

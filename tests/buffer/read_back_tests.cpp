@@ -186,4 +186,24 @@ TEST_F(ReadBackTest, WithoutDepthNothingIsRead) {
   EXPECT_EQ(Buffer().GetZValue(1, 2), -100000000.0f) << "no context, no crash";
 }
 
+/// A buffer without a view has one without pixels; a bitmap there must be.
+TEST_F(ReadBackTest, WithoutViewOrBitmapNothingIsRead) {
+  const std::unique_ptr<GABuffer> bare(Driver()->CreateBuffer(nullptr, GABuffer::kOffScreen, 0));
+  ASSERT_EQ(bare->Reallocate(4, 4, GABuffer::kWithDepth), 1);
+  GAColor white = Rgb(255, 255, 255);
+  bare->ComputeProjectionMatrices();
+  bare->SetProjection(1);
+  bare->SetFogState(1);
+  bare->Clear();
+  bare->TextOutA(0, 0, "a", white, 0);
+  bare->AfxFillRect(9, 9, 4, 4, -2, white);
+  bare->TransparentBlit(nullptr, CRect(0, 0, 4, 4), -2, {1, 1}, 1);
+  tagBITMAPINFO picture{};
+  EXPECT_EQ(bare->Blit(&picture), 0);
+  EXPECT_EQ(bare->FillBitmapNode(nullptr, 0), 0);
+  const TestBitmap bitmap = EmptyBitmap(4, 4);
+  ASSERT_EQ(bare->FillBitmapNode(bitmap.get(), 0), 1);
+  EXPECT_EQ(At(*bitmap, 3, 3), (Pixel{0, 0, 0, 0}));
+}
+
 }  // namespace

@@ -258,4 +258,27 @@ TEST_F(StateTest, SubclassesSeeTexturesAndFlushes) {
   EXPECT_EQ(list.flushes, 4);
 }
 
+/// Whatever is asked of it: the picture of another list stays as it is.
+TEST_F(StateTest, AListWithoutABufferDrawsNowhere) {
+  EXPECT_EQ(Driver()->CreateDisplayList(nullptr), nullptr);
+  RenderInfo info;
+  const std::unique_ptr<DisplayList> list(Driver()->CreateDisplayList(&info));
+  ASSERT_NE(list, nullptr);
+  AttrProperty glass = Material(1, 0, 0, 0.5f);
+  auto quad = Square(0, 0, 5, -9);
+  list->BeginInstructions();
+  list->SetDepthFunc(DisplayList::kDepthTestOff);
+  list->SetProjection(0);
+  list->SetupLights(nullptr);
+  list->SetMaterial(&glass, 0);
+  list->AddTransformedQuad(quad.data(), DisplayList::kQuadSorted, 0);
+  list->AddTransformedQuad(quad.data(), DisplayList::kQuadBatched, 0);
+  list->AddCP({0, 0, -5}, 4, m_white);
+  list->AddRectangle(-5, -5, 5, 5, -5);
+  list->FlushTransparentPolys();
+  list->OnSize();
+  list->EndInstructions();
+  for (const std::uint32_t pixel : Target().Drawn()) ASSERT_EQ(pixel, 0u);
+}
+
 }  // namespace

@@ -2,6 +2,7 @@
 #include <initializer_list>
 #include <ostream>
 
+#include "host/GATexture.h"
 #include "platform/cgl.h"
 #include "platform/coregraphics.h"
 #include "platform/platform.h"
@@ -283,6 +284,30 @@ TEST_F(InitializeTest, DerivedDriversEndTheirOwnWay) {
   } driver;
   EXPECT_EQ(driver.Initialize(), 1);
   EXPECT_EQ(driver.ends, 1);
+}
+
+/// Objects that are made too early, or of a size that nothing has, show nothing and end nothing.
+TEST_F(InitializeTest, WhatIsTooEarlyOrTooLargeIsSurvived) {
+  for (const bool initialized : {false, true}) {
+    if (initialized) {
+      ASSERT_EQ(Driver()->Initialize(), 1);
+    }
+    const TestBitmap bitmap = SolidBitmap(8, 8, {1, 2, 3, 4});
+    const std::unique_ptr<GATexture> texture(Driver()->CreateTexture());
+    texture->MakeGATexture(bitmap.get(), 0, 0, 0);
+    RenderInfo info;
+    info.imageWidth = info.imageHeight = 2147483647;
+    for (const int mode : {GABuffer::kOnScreen, GABuffer::kOffScreen, GABuffer::kKeepContext}) {
+      const std::unique_ptr<GABuffer> buffer(Driver()->CreateBuffer(&info, mode, 0));
+      for (const int side : {-2147483647 - 1, -1, 0, 65536, 2147483647}) {
+        buffer->Reallocate(side, side, GABuffer::kWithDepth);
+        buffer->ComputeProjectionMatrices();
+        buffer->Clear();
+      }
+      tagBITMAPINFO picture{};
+      EXPECT_EQ(buffer->Blit(&picture), 0) << "no such memory";
+    }
+  }
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // `gl3 farm` through the program: on this machine, and with a scheduler that runs everything at
 // once.
+#include <map>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/common/gl3_process.h"
@@ -40,7 +41,6 @@ class Farm : public Gl3Test {
   Json Report(const std::string& folder) const {
     return Json::parse(Read(folder + "/report.json"), nullptr, false);
   }
-  /// Removes the last picture of a sequence of one digit.
   void Lose(const std::string& picture) const { fs::remove(Path(picture)); }
   /// A program of the scheduler in front of all others.
   void Install(const std::string& name, const std::string& text) const {
@@ -126,6 +126,33 @@ TEST_F(Farm, SharesPicturesBySizeAndSequencesOfCameras) {
   }
 }
 
+TEST_F(Farm, SharesModelsBySize) {
+  const std::string more(2000, '\n');
+  Write("large.obj", kSquaresObj + more + more + more + more);
+  Write("middle.obj", kSquaresObj + more);
+  const std::string command = "render squares.obj large.obj middle.obj -o out/%n.png -s 64x48";
+  Done(command);
+  std::map<std::string, std::string> alone;
+  for (const char* name : {"squares", "large", "middle"}) {
+    const std::string file = std::string("out/") + name + ".png";
+    alone[file] = Read(file);
+    Lose(file);
+  }
+  Done("farm --local --tasks 2 --folder job -- " + command);
+  EXPECT_EQ(Json::parse(Read("job/round-1.json"))["tasks"], (Json{{1}, {2, 0}}));
+  for (const auto& [file, bytes] : alone) EXPECT_EQ(Read(file), bytes) << file;
+}
+
+TEST_F(Farm, MakesTheMovieOfItsFrames) {
+  // A movie of bare pixels: what is piped to the program.
+  Install("ffmpeg", "#!/bin/sh\nexec cat >&3\n");
+  const Gl3Setup setup = WithScheduler();
+  Done(Turn("alone.mp4", 5), setup);
+  Done("farm --local --tasks 2 --folder job -- " + Turn("out/turn.mp4", 5), setup);
+  EXPECT_EQ(Read("out/turn.mp4").size(), 5u * 96 * 64 * 3);
+  EXPECT_EQ(Read("out/turn.mp4"), Read("alone.mp4"));
+}
+
 TEST_F(Farm, SubmitsAnArrayAndOnceMoreWhatIsLost) {
   Install("sbatch", kScheduler);
   Install("squeue", "#!/bin/sh\n");
@@ -186,6 +213,7 @@ TEST_F(Farm, RefusesWhatCannotBeShared) {
       {"farm --local -- render squares.obj", 2, {"--output"}},
       {"farm --local -- " + Turn("out/t%d.png", 4) + " --chunk 1/2", 2, {"--chunk"}},
       {"farm --local -- " + Turn("no/t%d.png", 4), 5, {"no/t"}},
+      {"farm --local -- render squares.obj -o -", 2, {"standard input and output"}},
       {"farm --local -- render none.obj -o out/a.png", 3, {"none.obj", "no such file"}},
       {"farm --measured 1,1 -- render squares.obj -o 'out/a\x01.png'", 2, {"control characters"}},
   };

@@ -55,12 +55,13 @@ wait_for() {
   shift 2
   until "$@" >/dev/null 2>&1; do
     [[ $SECONDS -lt $end ]] || fail "waited too long for $what"
-    sleep 0.2
+    sleep 0.1
   done
 }
 
 pictures() { find "$1" -maxdepth 1 -name 't*.png' | wc -l; }
 has_pictures() { [[ $(pictures "$work/out") -ge $1 ]]; }
+both_nodes_draw() { [[ $(find "$work"/out/gl3-farm-*/nodes -name 'n?.json' | wc -l) -eq 2 ]]; }
 nodes_are_idle() { [[ $(sinfo --noheader --Node --format='%T' | grep -c idle) -eq 2 ]]; }
 
 # Ports that nobody listens at.
@@ -84,6 +85,7 @@ start_scheduler() {
   mkdir "$work"/{log,state,n1,n2,out,alone}
   head -c 1024 /dev/urandom >"$work/munge.key"
   chmod 600 "$work/munge.key"
+  # cred_expire is what a task that was put back waits for.
   cat >"$work/slurm.conf" <<CONF
 ClusterName=gl3test
 SlurmctldHost=$(hostname -s)(127.0.0.1)
@@ -91,7 +93,7 @@ SlurmUser=root
 SlurmdUser=root
 AuthType=auth/munge
 CredType=cred/munge
-AuthInfo=socket=$work/munge.socket
+AuthInfo=socket=$work/munge.socket,cred_expire=5
 SlurmctldPort=${ports[0]}
 StateSaveLocation=$work/state
 SlurmctldPidFile=$work/slurmctld.pid
@@ -124,11 +126,18 @@ CONF
   wait_for 20 "the nodes" nodes_are_idle
 }
 
-# The node's daemon first, so that nobody tells that its tasks end.
+# kill_node NAME DAEMON: the daemon and those that watch its tasks first, so that nobody is left to tell
+# the scheduler that the tasks ended.
 kill_node() {
-  local process
+  local process parent
+  local -a tasks
   kill -KILL "$2"
-  for process in $(processes_with "SLURMD_NODENAME=$1"); do kill -KILL "$process" 2>/dev/null || true; done
+  mapfile -t tasks < <(processes_with "SLURMD_NODENAME=$1")
+  for process in "${tasks[@]}"; do
+    parent=$(awk '/^PPid:/ {print $2}' "/proc/$process/status" 2>/dev/null || true)
+    if grep -qxs slurmstepd "/proc/$parent/comm"; then kill -KILL "$parent" || true; fi
+  done
+  for process in "${tasks[@]}"; do kill -KILL "$process" 2>/dev/null || true; done
 }
 
 export HOME=$work GL3_DEVICE=${GL3_DEVICE:-cpu}
@@ -143,10 +152,9 @@ f 1 2 3
 f 2 3 4
 OBJ
 cd "$work"
-turn=(render model.obj -s 800x600 --antialias 3 --turntable "$frames")
+turn=(render model.obj -s 1200x900 --turntable "$frames")
 id=$("$bin/gl3" farm --tasks 4 --per-node 2 --measured 0.1,4 -- "${turn[@]}" -o out/t####.png)
-wait_for 20 "pictures of both nodes" test -s out/gl3-farm-*/nodes/n1.json -a \
-  -s out/gl3-farm-*/nodes/n2.json
+wait_for 20 "both nodes" both_nodes_draw
 wait_for 20 "the first pictures" has_pictures 6
 before=$(pictures out)
 [[ $before -lt $frames ]] || fail "all was drawn before a node could be killed"

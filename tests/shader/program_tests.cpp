@@ -358,4 +358,16 @@ TEST_F(ProgramTest, RunsWithoutPictureOrMemoryAnswer0) {
   for (std::size_t i = 4 * 4 * 4; i < 8 * 8 * 4; ++i) EXPECT_EQ(result.bytes[i], 0) << i;
 }
 
+/// The GL's functions may not even be there then.
+TEST_F(ProgramTest, EffectsNeedAnOperationalDriver) {
+  ResetProgram();
+  Effects().Terminate();
+  EffectDriver fresh;
+  hostkit::SetDriver(&fresh);
+  const std::unique_ptr<GAShaderProgram> program(fresh.CreateShaderProgram(&m_info));
+  for (const int effect : {0, 1}) EXPECT_EQ(program->Init(effect, m_parameters, 5), 0);
+  EXPECT_TRUE(fresh.buffers.empty());
+  hostkit::SetDriver(&Effects());
+}
+
 }  // namespace

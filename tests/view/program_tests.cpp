@@ -1,15 +1,18 @@
 // The viewer's program from outside, and what needs no window.
 #include <gtest/gtest.h>
 
+#include <QListWidget>
 #include <QProcess>
 #include <QPushButton>
+#include <QTest>
 
 #include "apps/gl3-view/entry_list.h"
 #include "platform/platform.h"
+#include "tests/support/common/x_client.h"
 
 TEST(EntryList, TheCurrentEntryCanBeRemoved) {
   view::EntryList list(
-      "Texts", [] {}, nullptr);
+      "Texts", view::TextEntries(), [] {}, nullptr);
   QPushButton* remove = nullptr;
   for (QPushButton* button : list.findChildren<QPushButton*>()) {
     if (button->text() == "Remove") remove = button;
@@ -24,6 +27,27 @@ TEST(EntryList, TheCurrentEntryCanBeRemoved) {
   EXPECT_TRUE(remove->isEnabled());  // the one before is current now
   list.SetEntries({"c"});
   EXPECT_FALSE(remove->isEnabled());
+  list.Add("d", false);
+  list.show();
+  list.activateWindow();
+  auto* const rows = list.findChild<QListWidget*>();
+  rows->setFocus();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&list));
+  QTest::keyClick(rows, Qt::Key_Delete);
+  EXPECT_EQ(list.Entries(), QStringList{"c"});
+}
+
+TEST(ViewProgram, EndsWhenItsWindowIsDestroyed) {
+  XClient screen;
+  QProcess process;
+  process.start(GL3_BIN_DIR "/gl3-view");
+  unsigned long window = 0;
+  ASSERT_TRUE(QTest::qWaitFor([&] { return (window = screen.Find("gl3-view")) != 0; }, 60000));
+  screen.Destroy(window);
+  ASSERT_TRUE(process.waitForFinished(60000));
+  EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+  EXPECT_EQ(process.exitCode(), 1);
+  EXPECT_TRUE(process.readAllStandardError().contains("the window was destroyed"));
 }
 
 TEST(ViewProgram, SaysInOneLineWhyItCannotStart) {

@@ -1,8 +1,10 @@
 // What saved pictures tell about how they were made.
 #include <QComboBox>
 #include <QDialog>
+#include <QDir>
 #include <QFileDialog>
 #include <QImage>
+#include <QSpinBox>
 #include <QTimer>
 
 #include "tests/view/view_fixture.h"
@@ -27,6 +29,34 @@ void Answer(QTimer* timer, const QString& file, int recipe) {
 }
 
 }  // namespace
+
+TEST_F(ViewTest, SavingRemembersFolderAndSizeAndAddsTheSuffix) {
+  Open(Path("cube.obj"));
+  ASSERT_TRUE(QDir(Path("")).mkdir("out"));
+  for (const int width : {333, 0}) {  // 0: as it stands there
+    QTimer timer;
+    QString folder;
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+      auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+      if (!dialog || !dialog->isVisible()) return;
+      if (auto* const files = qobject_cast<QFileDialog*>(dialog)) {
+        folder = files->directory().path();
+        files->selectFile(width ? Path("out/first") : QString("second"));
+      } else {
+        timer.stop();
+        if (width) dialog->findChildren<QSpinBox*>()[0]->setValue(width);
+      }
+      dialog->accept();
+    });
+    timer.start(10);
+    Action("&Save picture…")->trigger();
+    if (width == 0) {
+      EXPECT_EQ(folder, Path("out"));
+    }
+  }
+  EXPECT_EQ(QImage(Path("out/first.png")).width(), 333);
+  EXPECT_EQ(QImage(Path("out/second.png")).width(), 333);
+}
 
 TEST_F(ViewTest, ASavedPictureTellsWhatWasChosenLast) {
   Open(Path("cube.obj"));

@@ -6,7 +6,9 @@
 #include <QAction>
 #include <QApplication>
 #include <QFile>
+#include <QImage>
 #include <QMessageBox>
+#include <QProcess>
 #include <QPushButton>
 #include <QSettings>
 #include <QString>
@@ -132,6 +134,16 @@ class ViewTest : public testing::Test {
       }
     }
     return frame;
+  }
+  /// The picture that the copied command makes.
+  QImage Made() {
+    QString command = m_window->Command(Path("made.png"));
+    command.replace(0, 3, QString(GL3_BIN_DIR) + "/gl3");
+    QProcess process;
+    process.start("sh", {"-c", "unset GL3_PLATFORM DISPLAY; " + command});
+    EXPECT_TRUE(process.waitForFinished(120000));
+    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+    return QImage(Path("made.png"));
   }
   /// Closes the message box that is open, and returns its text; empty when there is none.
   QString DismissBox() {

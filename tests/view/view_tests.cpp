@@ -87,6 +87,12 @@ TEST_F(ViewTest, TheMouseAndKeysMoveTheCamera) {
     expectChange(QKeySequence(key).toString().toStdString().c_str());
     EXPECT_EQ(DifferentPixels(before, OffScreen(1)), 0) << key;
   }
+  for (const Qt::Key key : {Qt::Key_Left, Qt::Key_Up, Qt::Key_Plus, Qt::Key_Minus}) {
+    QTest::keyClick(&View(), key);
+    expectChange(QKeySequence(key).toString().toStdString().c_str());
+  }
+  QTest::keyClick(&View(), Qt::Key_Right, Qt::ShiftModifier);
+  expectChange("pan by keys");
   EXPECT_TRUE(View().Options().parallel);
 }
 
@@ -148,7 +154,7 @@ TEST_F(ViewTest, EveryModeIsWhatIsDrawnOffScreen) {
     before = now;
   }
   m_window->SetChoices({"--fog=9,2"});
-  EXPECT_NE(m_window->Panel().findChild<QLabel*>("problem")->text(), "");
+  EXPECT_NE(m_window->Panel().findChild<QLabel*>("problem --fog")->text(), "");
 }
 
 TEST_F(ViewTest, AtRestTheFrameHasItsEffectsAndIsSmooth) {
@@ -194,7 +200,7 @@ TEST_F(ViewTest, DroppedFilesOpenAndAreRemembered) {
   EXPECT_EQ(kept.value("drawing").toStringList(), QStringList{"--mode=flat"});
   m_window = std::make_unique<view::MainWindow>(StartDriver(), gl3::DeviceChoice{});
   m_window->show();
-  EXPECT_EQ(m_window->Panel().findChild<QComboBox*>("--mode")->currentText(), "flat");
+  EXPECT_EQ(m_window->Panel().findChild<QComboBox*>("--mode")->currentData(), "flat");
 }
 
 TEST_F(ViewTest, ASavedPictureIsTheOneThatItsCommandMakes) {

@@ -10,7 +10,7 @@ namespace {
 
 /// Lines that both have. What they print goes to files that the script itself names: the scheduler
 /// reads names of files its own way.
-std::string Head(const BatchWork& work, const char* name, const std::string& array) {
+std::string Head(const BatchWork& work, const char* name, const std::string& array, int minutes) {
   return fmt::format(
       "#!/bin/sh\n"
       "#SBATCH --job-name={}\n"
@@ -22,7 +22,7 @@ std::string Head(const BatchWork& work, const char* name, const std::string& arr
       "#SBATCH --mem={}M\n"
       "#SBATCH --time={}\n"
       "#SBATCH --output=/dev/null\n",
-      name, array, work.processors, work.limits.megabytes, work.limits.minutes);
+      name, array, work.processors, work.limits.megabytes, minutes);
 }
 
 }  // namespace
@@ -30,7 +30,8 @@ std::string Head(const BatchWork& work, const char* name, const std::string& arr
 std::string ArrayScript(const BatchWork& work) {
   const std::string limit = work.atATime > 0 ? fmt::format("%{}", work.atATime) : "";
   const std::string head =
-      Head(work, "gl3-farm", fmt::format("#SBATCH --array=1-{}{}\n", work.tasks, limit));
+      Head(work, "gl3-farm", fmt::format("#SBATCH --array=1-{}{}\n", work.tasks, limit),
+           work.limits.minutes);
   // The software renderer takes all processors of the machine unless it is told otherwise.
   return fmt::format(
       "{}export LP_NUM_THREADS=\"${{LP_NUM_THREADS:-{}}}\"\n"
@@ -44,7 +45,7 @@ std::string CheckScript(const BatchWork& work) {
   return fmt::format(
       "{}exec >>{}/logs/{}-check.log 2>&1\n"
       "exec {} farm check {} {}\n",
-      Head(work, "gl3-farm-check", ""), ShellQuote(work.folder), work.round,
+      Head(work, "gl3-farm-check", "", work.checkMinutes), ShellQuote(work.folder), work.round,
       ShellQuote(work.program), ShellQuote(work.folder), work.round);
 }
 

@@ -16,7 +16,8 @@ struct BatchWork {
   std::size_t tasks = 0;  ///< In the array.
   int atATime = 0;        ///< Of them; 0: any number.
   int processors = 1;     ///< Of a task.
-  TaskLimits limits;
+  TaskLimits limits;      ///< Of a task.
+  int checkMinutes = 0;   ///< Limit of the check.
 };
 
 /// Draws the pictures of one task of the array.

@@ -7,6 +7,10 @@
 
 namespace gl3 {
 
+/// Seconds from the end of a task to the begin of the next one in its place, measured with 60 tasks
+/// that did nothing on two nodes of two processors: part of what starting takes on a scheduler.
+constexpr double kSchedulerSeconds = 1.5;
+
 /// What sharing goes by.
 struct ShareWish {
   double startSeconds = 0;        ///< A task needs before its first picture; 0: unknown.

@@ -31,7 +31,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using Words = std::vector<std::string>;
+using CommandWords = std::vector<std::string>;
 
 /// Without a message, what went wrong has been told.
 int Fail(const Outcome& outcome) {
@@ -39,20 +39,19 @@ int Fail(const Outcome& outcome) {
   return outcome.status;
 }
 
-/// Beside the first picture, under a name of its own.
-std::string NewFolder(const std::string& picture) {
+/// Beside the pictures, under a name of its own.
+std::string NewFolder(const std::string& pictures) {
   const std::time_t now = std::time(nullptr);
   std::tm local = {};
   localtime_r(&now, &local);
   char stamp[32] = {};
   std::strftime(stamp, sizeof stamp, "%Y%m%d-%H%M%S", &local);
-  return (fs::path(picture).parent_path() / fmt::format("gl3-farm-{}-{}", stamp, getpid()))
-      .string();
+  return (fs::path(pictures) / fmt::format("gl3-farm-{}-{}", stamp, getpid())).string();
 }
 
 /// Names travel through JSON, scripts and logs, in which some characters mean something else.
 Outcome CheckNames(const FarmPlan& plan, const std::string& folder) {
-  Words names = plan.words;
+  CommandWords names = plan.words;
   names.insert(names.end(), {plan.workFolder, folder, ThisProgram()});
   for (const FarmPicture& picture : plan.pictures) {
     names.push_back(picture.input);
@@ -84,17 +83,23 @@ class FarmStart {
   int DrawHere(const FarmFolder& folder, const std::vector<PictureChunk>& chunks) const;
 
   const FarmOptions& m_options;
+  std::string m_folder;
   std::unique_ptr<FarmCommand> m_command;
   FarmPlan m_plan;
 };
 
 Outcome FarmStart::Prepare() {
   Outcome outcome;
-  m_command = FarmCommand::Read(m_options.words, &outcome);
+  m_command = FarmCommand::Read(m_options.words, "", &outcome);
+  if (!m_command) return outcome;
+  const std::string wanted =
+      m_options.folder.empty() ? NewFolder(m_command->Folder()) : m_options.folder;
+  std::error_code code;
+  m_folder = fs::absolute(wanted, code).lexically_normal().string();
+  if (m_command->IsMovie()) m_command = FarmCommand::Read(m_options.words, m_folder, &outcome);
   if (!m_command) return outcome;
   outcome = m_command->Check();
   if (outcome.status != kDone) return outcome;
-  std::error_code code;
   m_plan.words = m_options.words;
   m_plan.workFolder = fs::current_path(code).string();
   m_plan.options = m_options;
@@ -127,13 +132,10 @@ Outcome FarmStart::Measure() {
 int FarmStart::Run() {
   Outcome outcome = Prepare();
   if (outcome.status != kDone) return Fail(outcome);
-  std::error_code code;
-  const std::string wanted = m_options.folder.empty()
-                                 ? NewFolder(m_plan.pictures.front().outputs.front())
-                                 : m_options.folder;
-  const FarmFolder folder(fs::absolute(wanted, code).lexically_normal().string());
+  const FarmFolder folder(m_folder);
   outcome = CheckNames(m_plan, folder.Path());
   if (outcome.status != kDone) return Fail(outcome);
+  std::error_code code;
   if (fs::exists(folder.File("plan.json"), code)) {
     return Fail({kUnwritableOutput,
                  folder.Path() + ": it has a farm already; give another --folder, or remove it"});
@@ -166,7 +168,7 @@ int FarmStart::Print(const FarmFolder& folder, const std::vector<PictureChunk>& 
   BatchWork work;
   const Outcome outcome = DescribeWork(folder, m_plan, 1, chunks, &work);
   if (outcome.status != kDone) return Fail(outcome);
-  const auto line = [&](const Words& more, const char* script) {
+  const auto line = [&](const CommandWords& more, const char* script) {
     return "# " + JoinCommand(SubmitWords(m_plan, more, folder.File(script))) + "\n";
   };
   return PrintResult(line({}, "round-1.sh") + ArrayScript(work) + "\n" +
@@ -198,7 +200,7 @@ int FarmStart::DrawHere(const FarmFolder& folder, const std::vector<PictureChunk
 }
 
 /// A process that a farm is made of, by its words.
-int RunPart(const Words& words) {
+int RunPart(const CommandWords& words) {
   int first = 0, second = 0;
   const bool isCheck = words[0] == "check";
   if (words.size() < (isCheck ? 3u : 4u) || !ParseInteger(words[2], &first) || first < 0 ||

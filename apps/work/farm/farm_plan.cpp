@@ -34,29 +34,29 @@ Json ToJson(const FarmOptions& options) {
 
 FarmOptions OptionsOf(const Json& json) {
   FarmOptions options;
-  options.tasks = json["tasks"];
-  options.perNode = json["perNode"];
-  options.retries = json["retries"];
-  options.minutes = json["minutes"];
-  options.memory = json["memory"];
-  options.submitOptions = json["sbatch"].get<std::vector<std::string>>();
-  options.local = json["local"];
-  options.allowMixed = json["allowMixed"];
+  options.tasks = json.at("tasks");
+  options.perNode = json.at("perNode");
+  options.retries = json.at("retries");
+  options.minutes = json.at("minutes");
+  options.memory = json.at("memory");
+  options.submitOptions = json.at("sbatch").get<std::vector<std::string>>();
+  options.local = json.at("local");
+  options.allowMixed = json.at("allowMixed");
   return options;
 }
 
 FarmPlan PlanOf(const Json& json) {
   FarmPlan plan;
-  plan.words = json["command"].get<std::vector<std::string>>();
-  plan.workFolder = json["folder"];
-  plan.startSeconds = json["startSeconds"];
-  plan.peakMemory = json["peakMemoryBytes"];
-  plan.options = OptionsOf(json["options"]);
-  for (const Json& picture : json["pictures"]) {
-    plan.pictures.push_back({picture["frame"], picture["input"],
-                             picture["outputs"].get<std::vector<std::string>>(),
-                             picture["distances"].get<std::vector<std::string>>()});
-    plan.seconds.push_back(picture["seconds"]);
+  plan.words = json.at("command").get<std::vector<std::string>>();
+  plan.workFolder = json.at("folder");
+  plan.startSeconds = json.at("startSeconds");
+  plan.peakMemory = json.at("peakMemoryBytes");
+  plan.options = OptionsOf(json.at("options"));
+  for (const Json& picture : json.at("pictures")) {
+    plan.pictures.push_back({picture.at("frame"), picture.at("input"),
+                             picture.at("outputs").get<std::vector<std::string>>(),
+                             picture.at("distances").get<std::vector<std::string>>()});
+    plan.seconds.push_back(picture.at("seconds"));
   }
   return plan;
 }
@@ -72,7 +72,7 @@ std::string FarmFolder::TaskFile(int round, std::size_t task) const {
 }
 
 Outcome FarmFolder::Create() const {
-  for (const char* name : {"", "nodes", "tasks", "checks", "logs"}) {
+  for (const char* name : {"", "nodes", "tasks", "checks", "logs", "frames"}) {
     std::error_code code;
     fs::create_directories(File(name), code);
     if (code) return CannotWrite(File(name), code.value());
@@ -83,7 +83,7 @@ Outcome FarmFolder::Create() const {
 void FarmFolder::RemoveStart() const {
   std::error_code code;
   for (const char* name : {"plan.json", "round-1.json", "round-1.sh", "check-1.sh", "nodes",
-                           "tasks", "checks", "logs", ""}) {
+                           "tasks", "checks", "logs", "frames", ""}) {
     fs::remove(*name ? File(name) : m_path, code);  // folders only when they are empty
   }
 }
@@ -175,7 +175,7 @@ Outcome FarmFolder::ReadRound(int round, std::vector<PictureChunk>* chunks) cons
   const Json json = Read(name);
   try {
     if (!json.is_null()) {
-      *chunks = json["tasks"].get<std::vector<PictureChunk>>();
+      *chunks = json.at("tasks").get<std::vector<PictureChunk>>();
       return {};
     }
   } catch (const Json::exception&) {

@@ -8,6 +8,7 @@
 //   tasks/N-I.json  how the task ended
 //   checks/I.json   what was found of a part of the pictures
 //   logs/           what the tasks printed
+//   frames/         of a movie
 //   report.json     the end
 #pragma once
 

@@ -64,6 +64,18 @@ std::vector<std::size_t> MissingPictures(const FarmFindings& findings) {
   return {pictures.begin(), pictures.end()};
 }
 
+/// Of frames that are all there; what goes wrong has been printed.
+Outcome EndMovie(const FarmFolder& folder, const FarmPlan& plan) {
+  Outcome outcome;
+  const auto command = FarmCommand::Read(plan.words, folder.Path(), &outcome);
+  if (!command || !command->IsMovie()) return outcome;
+  const int status = command->MakeMovie(plan.pictures);
+  if (status == kDone) return {};
+  return {status, folder.Path() +
+                      ": all frames are there, and no movie could be made of them; "
+                      "repeat the command with --folder on another folder"};
+}
+
 void ShowLocalProgress(const FarmPlan& plan) {
   if (!ShowsProgress() || plan.pictures.size() > kMostCounted) return;
   const auto done = std::count_if(plan.pictures.begin(), plan.pictures.end(),
@@ -89,6 +101,7 @@ std::vector<PictureChunk> ShareOut(const FarmPlan& plan, const std::vector<std::
   std::vector<double> seconds;
   for (const std::size_t picture : pictures) seconds.push_back(plan.seconds[picture]);
   ShareWish wish = {plan.startSeconds, plan.options.tasks, mostTasks, kLeastTaskSeconds};
+  if (!plan.options.local) wish.startSeconds += kSchedulerSeconds;
   // On one machine nobody is waited for: as few tasks as keep it busy.
   if (plan.startSeconds == 0 && plan.options.local) {
     wish.mostChunks = static_cast<std::size_t>(plan.options.tasks);
@@ -122,7 +135,8 @@ std::vector<std::size_t> WorthRepeating(const FarmFolder& folder, int round,
 
 int EndFarm(const FarmFolder& folder, const FarmPlan& plan, int rounds,
             const FarmFindings& findings, bool json) {
-  const Outcome judged = findings.Judge(folder);
+  Outcome judged = findings.Judge(folder);
+  if (judged.status == kDone) judged = EndMovie(folder, plan);
   const std::vector<Json> tasks = folder.ReadAll("tasks");
   Json report = {{"status", judged.status},
                  {"message", judged.message},
@@ -155,9 +169,11 @@ namespace {
 void TellTroubles(const Json& report) {
   constexpr std::size_t kMost = 5;
   std::set<std::string> troubles;
-  for (const Json& node : report["nodes"]) troubles.insert(node.value("problem", ""));
-  for (const Json& task : report["tasks"]) {
-    if (report["whole"] != report["pictures"]) troubles.insert(task.value("error", ""));
+  for (const Json& node : report.value("nodes", Json::array()))
+    troubles.insert(node.value("problem", ""));
+  for (const Json& task : report.value("tasks", Json::array())) {
+    if (report.value("whole", 0) != report.value("pictures", 0))
+      troubles.insert(task.value("error", ""));
   }
   troubles.erase("");
   std::size_t count = 0;

@@ -46,7 +46,8 @@ PartReport Draw(const FarmFolder& folder, const FarmPlan& plan,
                 const std::vector<FarmPicture>& pictures) {
   PartReport report;
   Outcome outcome;
-  const std::unique_ptr<FarmCommand> command = FarmCommand::Read(plan.words, &outcome);
+  const std::unique_ptr<FarmCommand> command =
+      FarmCommand::Read(plan.words, folder.Path(), &outcome);
   if (command) outcome = CheckNode(folder, command->Run(), plan.options.allowMixed);
   if (outcome.status == kDone) return command->Make(pictures, "");
   PrintError(outcome.message);

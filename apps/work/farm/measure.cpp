@@ -50,6 +50,13 @@ Outcome MeasureFirst(const FarmCommand& command, Measurement* measured) {
   const PartReport report = command.Make(pictures, folder);
   fs::remove_all(folder, code);
   if (report.status != kDone) return {report.status, ""};
+  measured->peakMemory = report.peakMemory;
+  measured->cameras = report.cameras;
+  if (command.IsBySize()) {
+    measured->startSeconds = std::max(report.openSeconds, kLeastSeconds);
+    measured->pictureSeconds = std::max(report.seconds - report.openSeconds, kLeastSeconds);
+    return {};
+  }
   const double cameras = static_cast<double>(std::max<std::size_t>(report.cameras.size(), 1));
   measured->pictureSeconds = std::max(report.lastPictureSeconds * cameras, kLeastSeconds);
   measured->startSeconds =

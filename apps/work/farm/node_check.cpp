@@ -13,14 +13,14 @@
 namespace gl3 {
 namespace {
 
-constexpr double kCheckSeconds = 60;
+constexpr double kNodeCheckSeconds = 60;
 constexpr const char* kRendererFile = "renderer.json";
 
 Json Ask(const RunOptions& run, InfoKind kind, Outcome* outcome) {
   InfoOptions options;
   options.run.device = run.device;
   options.run.module = run.module;
-  options.run.limits.timeoutSeconds = kCheckSeconds;
+  options.run.limits.timeoutSeconds = kNodeCheckSeconds;
   options.run.json = true;
   options.kind = kind;
   std::string text;
@@ -29,7 +29,7 @@ Json Ask(const RunOptions& run, InfoKind kind, Outcome* outcome) {
 }
 
 /// What there is to say of this node: "check", "renderer", "status", "problem".
-Json Describe(const RunOptions& run) {
+Json DescribeNode(const RunOptions& run) {
   Outcome outcome;
   Json node = {{"node", NodeName()}};
   node["check"] = Ask(run, InfoKind::kCheck, &outcome);
@@ -79,7 +79,7 @@ Outcome CheckNode(const FarmFolder& folder, const RunOptions& run, bool allowMix
   const std::string file = "nodes/" + NodeName() + ".json";
   Json node = folder.Read(file);
   if (!node.is_object()) {
-    node = Describe(run);
+    node = DescribeNode(run);
     if (node["status"] == kDone) {
       const Outcome compared = Compare(folder, node["renderer"], allowMixed);
       node["status"] = compared.status;

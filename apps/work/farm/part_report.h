@@ -11,6 +11,9 @@ namespace gl3 {
 /// which cameras' names are looked for. Empty text is a run that came to no end.
 PartReport ReadRenderReport(const std::string& json, const std::string& output);
 
+/// The same of a run that drew each of its models by itself.
+PartReport ReadEachReport(const std::string& json);
+
 /// The same of `gl3 filter --json`.
 PartReport ReadFilterReport(const std::string& json);
 

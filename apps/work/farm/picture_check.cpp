@@ -110,10 +110,10 @@ Json InspectAll(const std::vector<CheckedFile>& files, const RunOptions& run) {
 }
 
 /// Entries of a recipe that differ from picture to picture.
-bool IsOfOnePicture(const std::string& entry, bool isFilter) {
+bool IsOfOnePicture(const std::string& entry, bool hasOwnInput) {
   static constexpr const char* kOfFrames[] = {"gl3:frame", "gl3:time", "gl3:camera",
-                                              "gl3:camera-name"};
-  return (isFilter && entry == "gl3:input") ||
+                                              "gl3:camera-name", "gl3:command"};
+  return (hasOwnInput && entry == "gl3:input") ||
          std::find(std::begin(kOfFrames), std::end(kOfFrames), entry) != std::end(kOfFrames);
 }
 
@@ -137,19 +137,18 @@ std::string Difference(const std::string& name, const std::string& value,
 class RecipeComparison {
  public:
   RecipeComparison(const FarmPlan& plan, const FarmCommand& command, const Json& found)
-      : m_plan(plan) {
+      : m_plan(plan), m_command(command) {
     for (const Json& file : found) {
       if (file.contains("recipe")) m_recipes.push_back(file["recipe"]);
     }
     for (const Json& recipe : m_recipes) {
       for (const auto& [name, value] : recipe.items()) {
-        if (!IsOfOnePicture(name, command.IsFilter())) m_wanted[name] = "";
+        if (!IsOfOnePicture(name, command.IsBySize())) m_wanted[name] = "";
       }
     }
     for (auto& [name, value] : m_wanted) value = MostFrequent(m_recipes, name);
     if (plan.options.allowMixed) m_wanted.erase("gl3:renderer");
-    m_hasRecipes = !command.Recipe().empty() && !m_recipes.empty();
-    m_wanted["gl3:command"] = command.Recipe();
+    m_hasRecipes = !m_recipes.empty() && !command.Recipe(plan.pictures.front()).empty();
   }
 
   std::string Renderer() const { return MostFrequent(m_recipes, "gl3:renderer"); }
@@ -163,14 +162,18 @@ class RecipeComparison {
       const std::string value = recipe.value(name, "");
       if (value != wanted) return Difference(name, value, wanted);
     }
-    const int frame = m_plan.pictures[file["picture"].get<std::size_t>()].frame;
-    const std::string value = recipe.value("gl3:frame", "0");
-    if (value == std::to_string(frame)) return "";
-    return Difference("gl3:frame", value, std::to_string(frame));
+    const FarmPicture& picture = m_plan.pictures[file["picture"].get<std::size_t>()];
+    const std::string command = recipe.value("gl3:command", ""), own = m_command.Recipe(picture);
+    if (command != own) return Difference("gl3:command", command, own);
+    // One that stands for all frames of a model does not tell which file has which.
+    const std::string frame = recipe.value("gl3:frame", "0");
+    if (picture.frame == 0 || frame == std::to_string(picture.frame)) return "";
+    return Difference("gl3:frame", frame, std::to_string(picture.frame));
   }
 
  private:
   const FarmPlan& m_plan;
+  const FarmCommand& m_command;
   std::vector<Json> m_recipes;
   std::map<std::string, std::string> m_wanted;
   bool m_hasRecipes = false;
@@ -225,7 +228,7 @@ int RunFarmVerify(const std::string& path, int part, int parts) {
     outcome = {kUnreadableInput, plan.workFolder + ": it is not there; restore it"};
   }
   std::unique_ptr<FarmCommand> command;
-  if (outcome.status == kDone) command = FarmCommand::Read(plan.words, &outcome);
+  if (outcome.status == kDone) command = FarmCommand::Read(plan.words, folder.Path(), &outcome);
   if (command) {
     const Json found = InspectAll(FilesOfPart(plan, part, parts), command->Run());
     outcome = folder.Write(fmt::format("checks/{}-{}.json", parts, part), {{"files", found}});
@@ -248,7 +251,10 @@ FarmFindings CheckPictures(const FarmFolder& folder, const FarmPlan& plan) {
   for (int part = 1; part <= parts; ++part) {
     const Json checked = folder.Read(fmt::format("checks/{}-{}.json", parts, part));
     if (checked.is_object()) {
-      for (const Json& file : checked["files"]) found.push_back(file);
+      for (const Json& file : checked.value("files", Json::array())) {
+        if (file.value("picture", plan.pictures.size()) < plan.pictures.size())
+          found.push_back(file);
+      }
       continue;
     }
     for (const CheckedFile& file : FilesOfPart(plan, part, parts)) {
@@ -256,7 +262,7 @@ FarmFindings CheckPictures(const FarmFolder& folder, const FarmPlan& plan) {
     }
   }
   Outcome outcome;
-  return Sort(plan, *FarmCommand::Read(plan.words, &outcome), found);
+  return Sort(plan, *FarmCommand::Read(plan.words, folder.Path(), &outcome), found);
 }
 
 int UsableProcessors() {

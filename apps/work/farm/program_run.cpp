@@ -18,7 +18,6 @@
 namespace gl3 {
 namespace {
 
-constexpr int kNoProgram = 127;
 constexpr long kTickNanoseconds = 200'000'000;
 
 [[noreturn]] void BecomeProgram(const std::vector<std::string>& words, int out, int err,
@@ -101,8 +100,8 @@ void Pool::Reap() {
 
 }  // namespace
 
-ProgramEnd RunProgram(const std::vector<std::string>& words) {
-  ProgramEnd end;
+CommandEnd RunCommand(const std::vector<std::string>& words) {
+  CommandEnd end;
   const int out = memfd_create("out", MFD_CLOEXEC), err = memfd_create("err", MFD_CLOEXEC);
   sigset_t mask;
   sigprocmask(SIG_SETMASK, nullptr, &mask);

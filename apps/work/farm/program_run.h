@@ -9,13 +9,16 @@
 
 namespace gl3 {
 
-struct ProgramEnd {
+/// The status of a program that there is not.
+constexpr int kNoProgram = 127;
+
+struct CommandEnd {
   int status = -1;  ///< Exit status; 128 and the signal that ended it; 127: there is none.
   std::string out, err;
 };
 
 /// Runs a program, looked for as shells do, to its end.
-ProgramEnd RunProgram(const std::vector<std::string>& words);
+CommandEnd RunCommand(const std::vector<std::string>& words);
 
 /// The path of this program.
 std::string ThisProgram();

@@ -16,12 +16,13 @@
 namespace gl3 {
 namespace {
 
-using Words = std::vector<std::string>;
+using CommandWords = std::vector<std::string>;
 
 constexpr std::size_t kUsualArrayTasks = 1000;
-constexpr int kNoProgram = 127;
+/// Reading and decoding a large picture.
+constexpr double kPictureSeconds = 0.25;
 
-Outcome Failed(const Words& words, const ProgramEnd& end) {
+Outcome Failed(const CommandWords& words, const CommandEnd& end) {
   if (end.status == kNoProgram) {
     return {kRunFailed, words[0] +
                             ": there is no such program; install the package slurm-client, or give "
@@ -34,8 +35,8 @@ Outcome Failed(const Words& words, const ProgramEnd& end) {
                       words[0], why.empty() ? fmt::format("status {}", end.status) : why)};
 }
 
-Words Lines(const std::string& text) {
-  Words lines;
+CommandWords TextLines(const std::string& text) {
+  CommandWords lines;
   std::istringstream stream(text);
   for (std::string line; std::getline(stream, line);) {
     if (!line.empty()) lines.push_back(line);
@@ -44,7 +45,7 @@ Words Lines(const std::string& text) {
 }
 
 /// The partition that the user's options name; empty: the default one.
-std::string PartitionOf(const Words& submitOptions) {
+std::string PartitionOf(const CommandWords& submitOptions) {
   std::string partition;
   for (const std::string& option : submitOptions) {
     for (const char* name : {"--partition=", "-p"}) {
@@ -55,12 +56,12 @@ std::string PartitionOf(const Words& submitOptions) {
 }
 
 /// Processors of the smallest node; 0 when the scheduler does not tell.
-int NodeProcessors(const Words& submitOptions) {
-  Words words = {"sinfo", "--noheader", "--Node", "--format=%c"};
+int NodeProcessors(const CommandWords& submitOptions) {
+  CommandWords words = {"sinfo", "--noheader", "--Node", "--format=%c"};
   const std::string partition = PartitionOf(submitOptions);
   if (!partition.empty()) words.push_back("--partition=" + partition);
   int least = 0;
-  for (const std::string& line : Lines(RunProgram(words).out)) {
+  for (const std::string& line : TextLines(RunCommand(words).out)) {
     const int count = std::atoi(line.c_str());
     if (count > 0) least = least == 0 ? count : std::min(least, count);
   }
@@ -68,13 +69,13 @@ int NodeProcessors(const Words& submitOptions) {
 }
 
 /// Names of nodes by whether their check passed.
-void SortNodes(const FarmFolder& folder, Words* good, Words* bad) {
+void SortNodes(const FarmFolder& folder, CommandWords* good, CommandWords* bad) {
   for (const Json& node : folder.ReadAll("nodes")) {
     (node.value("status", -1) == kDone ? good : bad)->push_back(node.value("node", ""));
   }
 }
 
-std::string Joined(const Words& names) {
+std::string Joined(const CommandWords& names) {
   return fmt::format("{}", fmt::join(names, ","));
 }
 
@@ -87,8 +88,8 @@ Outcome WriteScript(const std::string& path, const std::string& text) {
 }
 
 /// The number that the scheduler gives a job; `--parsable` has the cluster's name behind it.
-Outcome Submit(const Words& words, std::string* id) {
-  const ProgramEnd end = RunProgram(words);
+Outcome Submit(const CommandWords& words, std::string* id) {
+  const CommandEnd end = RunCommand(words);
   *id = end.out.substr(0, end.out.find_first_not_of("0123456789"));
   return end.status == 0 && !id->empty() ? Outcome() : Failed(words, end);
 }
@@ -96,7 +97,7 @@ Outcome Submit(const Words& words, std::string* id) {
 }  // namespace
 
 std::size_t MostArrayTasks() {
-  for (const std::string& line : Lines(RunProgram({"scontrol", "show", "config"}).out)) {
+  for (const std::string& line : TextLines(RunCommand({"scontrol", "show", "config"}).out)) {
     const std::size_t equals = line.find('=');
     if (!line.starts_with("MaxArraySize") || equals == std::string::npos) continue;
     const long size = std::atol(line.c_str() + equals + 1);
@@ -128,6 +129,8 @@ Outcome DescribeWork(const FarmFolder& folder, const FarmPlan& plan, int round,
     longest = std::max(longest, ChunkSeconds(chunk, plan.seconds));
   }
   work->limits = LimitsOfTask(plan.startSeconds + longest, plan.peakMemory);
+  work->checkMinutes =
+      LimitsOfTask(kPictureSeconds * static_cast<double>(plan.pictures.size()), 0).minutes;
   if (plan.options.minutes > 0) work->limits.minutes = plan.options.minutes;
   if (plan.options.memory > 0) work->limits.megabytes = plan.options.memory >> 20;
   return {};
@@ -135,7 +138,7 @@ Outcome DescribeWork(const FarmFolder& folder, const FarmPlan& plan, int round,
 
 std::vector<std::string> SubmitWords(const FarmPlan& plan, const std::vector<std::string>& more,
                                      const std::string& script) {
-  Words words = {"sbatch", "--parsable"};
+  CommandWords words = {"sbatch", "--parsable"};
   words.insert(words.end(), more.begin(), more.end());
   words.insert(words.end(), plan.options.submitOptions.begin(), plan.options.submitOptions.end());
   words.push_back(script);
@@ -152,7 +155,7 @@ Outcome SubmitRound(const FarmFolder& folder, const FarmPlan& plan, int round,
   if (outcome.status == kDone) outcome = WriteScript(array, ArrayScript(work));
   if (outcome.status == kDone) outcome = WriteScript(check, CheckScript(work));
   if (outcome.status != kDone) return outcome;
-  Words good, bad, more;
+  CommandWords good, bad, more;
   SortNodes(folder, &good, &bad);
   if (!good.empty() && !bad.empty()) more.push_back("--exclude=" + Joined(bad));
   outcome = Submit(SubmitWords(plan, more, array), id);
@@ -169,14 +172,14 @@ Outcome SubmitRound(const FarmFolder& folder, const FarmPlan& plan, int round,
 
 void KeepTasksOffBadNodes(const FarmFolder& folder) {
   const char* const array = std::getenv("SLURM_ARRAY_JOB_ID");
-  Words good, bad;
+  CommandWords good, bad;
   SortNodes(folder, &good, &bad);
   if (!array || good.empty() || bad.empty()) return;
-  RunProgram({"scontrol", "update", std::string("JobId=") + array, "ExcNodeList=" + Joined(bad)});
+  RunCommand({"scontrol", "update", std::string("JobId=") + array, "ExcNodeList=" + Joined(bad)});
 }
 
 std::vector<std::string> JobIds(const FarmFolder& folder) {
-  Words ids;
+  CommandWords ids;
   for (int round = 1;; ++round) {
     const Json jobs = folder.Read(fmt::format("jobs-{}.json", round));
     if (!jobs.is_object()) return ids;
@@ -189,18 +192,18 @@ bool JobStates(const std::vector<std::string>& ids, std::vector<std::string>* st
   states->clear();
   // Asked for one by one: of several, one that the scheduler has forgotten spoils the answer.
   for (const std::string& id : ids) {
-    const ProgramEnd end = RunProgram({"squeue", "--noheader", "--format=%T", "--jobs=" + id});
+    const CommandEnd end = RunCommand({"squeue", "--noheader", "--format=%T", "--jobs=" + id});
     if (end.status != 0 && end.err.find("Invalid job id") == std::string::npos) return false;
-    const Words lines = Lines(end.out);
+    const CommandWords lines = TextLines(end.out);
     states->insert(states->end(), lines.begin(), lines.end());
   }
   return true;
 }
 
 Outcome CancelJobs(const std::vector<std::string>& ids) {
-  Words words = {"scancel"};
+  CommandWords words = {"scancel"};
   words.insert(words.end(), ids.begin(), ids.end());
-  const ProgramEnd end = RunProgram(words);
+  const CommandEnd end = RunCommand(words);
   return end.status == 0 ? Outcome() : Failed(words, end);
 }
 

@@ -21,9 +21,12 @@
 #include "apps/base/file_checks.h"
 #include "apps/base/supervised_child.h"
 #include "apps/options/movie_kinds.h"
+#include "apps/work/common/confine_work.h"
 #include "apps/work/common/stopwatch.h"
 #include "apps/work/render/render_job.h"
+#include "hostkit/effects/byte_image.h"
 #include "hostkit/pictures/picture_file.h"
+#include "hostkit/pictures/picture_in.h"
 
 extern char** environ;
 
@@ -217,6 +220,55 @@ int RenderMovie(const RenderOptions& options, const std::string& command) {
   if (status == kDone && !isThere) status = TellEnd(maker.Finish());
   if (status != kDone || told.result.empty()) return status;
   return PrintResult(told.result);
+}
+
+namespace {
+
+/// Writes the pixels of a file as rows of red, green, blue bytes.
+Outcome PipePicture(const std::string& path, const RenderOptions& options, int descriptor) {
+  std::string error;
+  const hostkit::BitmapPtr bitmap = hostkit::LoadPicture(path, &error);
+  if (!bitmap) return {kUnreadableInput, error};
+  if (bitmap->GetWidth() != options.width || bitmap->GetHeight() != options.height) {
+    return {kUnreadableInput, path + ": has another size than the movie; remove it"};
+  }
+  std::string rows;
+  for (int y = 0; y < options.height; ++y) {
+    const unsigned char* pixel = hostkit::ByteRow(*bitmap, y);
+    for (int x = 0; x < options.width; ++x, pixel += 4) {
+      rows.append(reinterpret_cast<const char*>(pixel), 3);
+    }
+  }
+  for (std::size_t sent = 0; sent < rows.size();) {
+    const ssize_t count = write(descriptor, rows.data() + sent, rows.size() - sent);
+    if (count > 0) sent += static_cast<std::size_t>(count);
+    if (count > 0 || errno == EINTR) continue;
+    return {kUnwritableOutput, path + ": ffmpeg takes no more; -v shows what it says"};
+  }
+  return {};
+}
+
+}  // namespace
+
+int MovieOfPictures(const RenderOptions& options, const std::string& command,
+                    const std::vector<std::string>& pictures) {
+  MovieMaker maker(options);
+  const Outcome started = maker.Start(command);
+  if (started.status != kDone) return TellEnd(started);
+  ChildTold told;
+  const int status = RunSupervised(
+      options.run.limits, "",
+      [&](ParentLine& line, std::string*) -> Outcome {
+        Outcome outcome = ConfineDrawing({pictures, {}}, "", options.run.confined);
+        for (std::size_t i = 0; i < pictures.size() && outcome.status == kDone; ++i) {
+          line.Enter(Phase::kImport, pictures[i]);
+          line.Progress(i, pictures.size(), pictures[i]);
+          outcome = PipePicture(pictures[i], options, maker.Input());
+        }
+        return outcome;
+      },
+      &told);
+  return status == kDone ? TellEnd(maker.Finish()) : status;
 }
 
 }  // namespace gl3

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "apps/options/render_options.h"
 
@@ -12,5 +13,9 @@ namespace gl3 {
 /// failures, and then the report that --json asks for. Returns the exit status: kNoOpenGl without
 /// ffmpeg. Call with one thread alone.
 int RenderMovie(const RenderOptions& options, const std::string& command);
+
+/// The same of pictures that are there, in their order, each as large as the options say.
+int MovieOfPictures(const RenderOptions& options, const std::string& command,
+                    const std::vector<std::string>& pictures);
 
 }  // namespace gl3

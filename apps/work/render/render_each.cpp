@@ -128,6 +128,12 @@ int DrawAllModels(const EachJob& job, EachPart part, EachReport* report) {
 
 }  // namespace
 
+int RenderEachInto(const EachJob& job, EachReport* report, std::size_t* skipped) {
+  const EachPart part = ModelsToDo(job.options);
+  *skipped = part.done;
+  return DrawAllModels(job, part, report);
+}
+
 int RenderEach(const EachJob& job) {
   const Stopwatch watch;
   const EachPart part = ModelsToDo(job.options);

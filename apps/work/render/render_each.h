@@ -1,7 +1,10 @@
 // The work of `gl3 render` where each model has pictures of its own.
 #pragma once
 
+#include <cstddef>
+
 #include "apps/options/render_options.h"
+#include "apps/work/render/each_report.h"
 
 namespace gl3 {
 
@@ -10,5 +13,9 @@ namespace gl3 {
 /// report that --json asks for. Returns the exit status, that of the first failure. Call with one
 /// thread alone.
 int RenderEach(const EachJob& job);
+
+/// The same without a report on standard output: it is left in `*report`, with the number of models
+/// whose pictures were there before in `*skipped`.
+int RenderEachInto(const EachJob& job, EachReport* report, std::size_t* skipped);
 
 }  // namespace gl3

@@ -43,7 +43,10 @@ void AddIdNames(const RenderOptions& options, const hostkit::Scene& scene,
   if (options.recipe == RecipeKind::kNone) return;
   Json objects = Json::array(), materials = Json::array();
   for (const hostkit::SceneInstance& instance : scene.instances) {
-    objects.push_back(scene.meshes[static_cast<std::size_t>(instance.mesh)].name);
+    const std::string node =
+        instance.node < 0 ? "" : scene.nodeNames[static_cast<std::size_t>(instance.node)].name;
+    objects.push_back(node.empty() ? scene.meshes[static_cast<std::size_t>(instance.mesh)].name
+                                   : node);
   }
   for (const hostkit::SceneMaterial& material : scene.materials) materials.push_back(material.name);
   if (options.passes.object) recipe->emplace_back("gl3:objects", JsonLine(objects));

@@ -28,8 +28,9 @@ std::vector<std::string> DescribeInputs(const std::vector<std::string>& models);
 hostkit::Recipe MakeRecipe(const RecipeBase& base, const RenderOptions& options, const Shot& shot,
                            const std::string& camera);
 
-/// What stands behind the ids of the passes that are written: the names of the scene's instances
-/// and materials in their order, as JSON arrays of text. Nothing where recipes tell nothing.
+/// What stands behind the ids of the passes that are written: the names of the nodes that place
+/// the scene's instances, or else of their meshes, and of its materials in their order, as JSON
+/// arrays of text. Nothing where recipes tell nothing.
 void AddIdNames(const RenderOptions& options, const hostkit::Scene& scene, hostkit::Recipe* recipe);
 
 /// One line for each model whose hash is not the one in the recipe that is repeated.

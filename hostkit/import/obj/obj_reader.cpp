@@ -21,6 +21,7 @@
 #include "hostkit/import/obj/obj_model.h"
 #include "hostkit/import/polygon_cutter.h"
 #include "hostkit/import/read_meshes.h"
+#include "hostkit/import/wide_text.h"
 #include "hostkit/services/pixel_values.h"
 
 namespace hostkit {
@@ -252,24 +253,6 @@ class ObjAssembly {
   std::size_t m_lostParts = 0;
 };
 
-/// A text of 16-bit characters, in either byte order, as one of bytes (UTF-8).
-std::string Narrowed(std::string_view text, bool isBigEndian) {
-  std::string narrow;
-  for (std::size_t i = 2; i + 1 < text.size(); i += 2) {
-    const auto high = static_cast<unsigned char>(text[i + (isBigEndian ? 0 : 1)]);
-    const auto low = static_cast<unsigned char>(text[i + (isBigEndian ? 1 : 0)]);
-    const unsigned unit = 256u * high + low;
-    if (unit < 0x80) {
-      narrow += static_cast<char>(unit);
-      continue;
-    }
-    if (unit >= 0x800) narrow += static_cast<char>(0xE0 | unit >> 12);
-    narrow += static_cast<char>(unit >= 0x800 ? 0x80 | (unit >> 6 & 0x3F) : 0xC0 | unit >> 6);
-    narrow += static_cast<char>(0x80 | (unit & 0x3F));
-  }
-  return narrow;
-}
-
 void TellUnread(const ModelSource& source, const ObjModel& model) {
   const std::string& path = source.files.ModelPath();
   if (model.freeForms > 0) {
@@ -291,8 +274,8 @@ bool ReadObj(const ModelSource& source, std::string* error) {
   if (!ReadModelFile(source, &bytes, error)) return false;
   std::string_view text = bytes.Text();
   std::string narrow;
-  if (text.starts_with("\xFE\xFF") || text.starts_with("\xFF\xFE")) {
-    narrow = Narrowed(text, text[0] == '\xFE');
+  if (IsWideText(text)) {
+    narrow = NarrowText(text);
     text = narrow;
   }
   if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);

@@ -18,12 +18,6 @@ using Imath::V3d;
 
 constexpr std::size_t kMostParts = 10'000;
 
-double NumberOf(std::string_view text) {
-  const char* at = text.data();
-  double value = 0;
-  return ReadNumber(&at, at + text.size(), &value) ? value : 0;
-}
-
 /// Twelve numbers: the rows of a matrix for row vectors, without its last column.
 M44d PlaceOf(std::string_view text) {
   M44d place;
@@ -124,9 +118,9 @@ class Package {
       const std::string_view kind = ThreeMfName(list.name());
       for (const pugi::xml_node& node : list.children()) {
         if (kind == "vertices") {
-          object.positions.emplace_back(NumberOf(node.attribute("x").value()),
-                                        NumberOf(node.attribute("y").value()),
-                                        NumberOf(node.attribute("z").value()));
+          object.positions.emplace_back(ThreeMfNumber(node.attribute("x").value()),
+                                        ThreeMfNumber(node.attribute("y").value()),
+                                        ThreeMfNumber(node.attribute("z").value()));
         } else if (kind == "triangles") {
           object.triangles.push_back(TriangleIn(node, group, index));
         }

@@ -14,12 +14,6 @@ namespace {
 
 constexpr ColorBuf kWhite{255, 255, 255, 255};
 
-double NumberOf(std::string_view text) {
-  const char* at = text.data();
-  double value = 0;
-  return ReadNumber(&at, at + text.size(), &value) ? value : 0;
-}
-
 /// "#RRGGBB" or "#RRGGBBAA".
 ColorBuf ColorOf(std::string_view text) {
   ColorBuf color = kWhite;
@@ -103,6 +97,12 @@ std::string_view ThreeMfAttribute(const pugi::xml_node& node, std::string_view n
   return {};
 }
 
+double ThreeMfNumber(std::string_view text) {
+  const char* at = text.data();
+  double value = 0;
+  return ReadNumber(&at, at + text.size(), &value) ? value : 0;
+}
+
 std::uint32_t ThreeMfIndex(std::string_view text) {
   const char* at = text.data();
   std::int64_t value = 0;
@@ -150,8 +150,8 @@ void ThreeMfProperties::ReadPicture(const pugi::xml_node& node, std::uint32_t id
 void ThreeMfProperties::ReadCoordinates(const pugi::xml_node& node, Looks& looks) const {
   const auto picture = m_pictureNumbers.find(ThreeMfIndex(ThreeMfAttribute(node, "texid")));
   for (const pugi::xml_node& place : node.children()) {
-    const double u = NumberOf(ThreeMfAttribute(place, "u"));
-    const double v = NumberOf(ThreeMfAttribute(place, "v"));
+    const double u = ThreeMfNumber(ThreeMfAttribute(place, "u"));
+    const double v = ThreeMfNumber(ThreeMfAttribute(place, "v"));
     const bool isThere = picture != m_pictureNumbers.end();
     looks.push_back({isThere ? kWhite : ColorBuf{}, isThere ? picture->second : -1, TopDown(u, v)});
   }
@@ -166,7 +166,7 @@ void ThreeMfProperties::ReadComposites(const pugi::xml_node& node, Looks& looks)
     double sums[4] = {}, all = 0;
     for (const std::uint32_t member : members) {
       if (values.empty()) break;
-      const double share = std::clamp(NumberOf(TakeWord(&values)), 0.0, 1.0);
+      const double share = std::clamp(ThreeMfNumber(TakeWord(&values)), 0.0, 1.0);
       const ColorBuf color = At(group, member).color;
       const std::uint8_t channels[] = {color.red, color.green, color.blue, color.alpha};
       for (int c = 0; c < 4; ++c) sums[c] += share * channels[c] / 255;

@@ -21,6 +21,8 @@ constexpr std::uint32_t kNoThreeMfIndex = 0xffffffff;
 std::string_view ThreeMfAttribute(const pugi::xml_node& node, std::string_view name);
 /// The name without the prefix that stands for its namespace.
 std::string_view ThreeMfName(const char* name);
+/// A number; 0 where there is none.
+double ThreeMfNumber(std::string_view text);
 /// A whole number from 0, or kNoThreeMfIndex.
 std::uint32_t ThreeMfIndex(std::string_view text);
 

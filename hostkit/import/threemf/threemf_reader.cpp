@@ -35,7 +35,7 @@ using Imath::V3d;
 constexpr std::size_t kMostInstances = 100'000;
 constexpr int kDeepest = 64;               // components of components
 constexpr std::size_t kLongestName = 256;  // bytes; each placement has it
-constexpr std::uint32_t kWhite = 0xffffffff;
+constexpr std::uint32_t kWhiteBits = 0xffffffff;
 constexpr float kSlack = 1e-4f;  // by which coordinates may miss the edge of a picture
 
 std::uint64_t WordOf(const V2f& uv) {
@@ -184,7 +184,7 @@ class Assembly {
       for (int i = 0; i < 3; ++i) {
         const ThreeMfLook& look = triangle.looks[i];
         const auto color = std::bit_cast<std::uint32_t>(look.color);
-        hasColors = hasColors || (picture < 0 ? look.color.alpha > 0 : color != kWhite);
+        hasColors = hasColors || (picture < 0 ? look.color.alpha > 0 : color != kWhiteBits);
         mesh.triangles.push_back(numbers.NumberOf(triangle.corners[i], color, WordOf(look.uv)));
       }
     }

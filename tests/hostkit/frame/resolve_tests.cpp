@@ -21,7 +21,7 @@ TEST(Resolve, PixelsAreTheMeansOfTheirSamples) {
   for (const int side : {1, 2, 3}) {
     const auto samples = hostkit::NewHalfBitmap(kWidth * side, kHeight * side);
     const auto picture = hostkit::NewHalfBitmap(kWidth, kHeight);
-    const HBitmapBuffer& from = *samples->GetBufferHead();
+    HBitmapBuffer& from = *samples->GetBufferHead();
     for (int i = 0; i < from.RowStep() * from.Height(); ++i) {
       static_cast<half*>(from.Data())[i] = static_cast<float>(i * 97 % 256) / 255;
     }

@@ -11,6 +11,13 @@ using hostkit::PictureWrap;
 using hostkit::Scene;
 using hostkit::SceneMaterial;
 
+/// The same text in 16-bit characters, the lower byte first.
+std::string Wide(const std::string& text) {
+  std::string wide = "\xFF\xFE";
+  for (const char c : text) wide += {c, '\0'};
+  return wide;
+}
+
 /// A triangle with an effect of the profile's technique, and a camera of that view, scaled by 0.5.
 std::string Dae(const std::string& sampler, const std::string& technique, const std::string& view) {
   return R"(<?xml version="1.0"?>
@@ -54,15 +61,20 @@ TEST_F(Import, ColladaShadersAreWhatTheySay) {
     std::string technique;
     float red, roughness;
     bool isUnlit;
-  } kCases[] = {{"<phong>" + diffuse + shine + "</phong>", 0.75f, 1, false},
-                {"<lambert>" + diffuse + "</lambert>", 0.75f, 0, false},
-                {"<constant>" + colors + "</constant>", 0.25f, 0, true}};
+  } kCases[] = {
+      {"<phong>" + diffuse + shine + "</phong>", 0.75f, 1, false},
+      {"<lambert>" + diffuse + "</lambert>", 0.75f, 0, false},
+      {"<lambert><diffuse><color>\n 0.5 0 0 1 </color></diffuse></lambert>", 0.5f, 0, false},
+      {"<constant>" + colors + "</constant>", 0.25f, 0, true}};
   for (const auto& [technique, red, roughness, isUnlit] : kCases) {
-    const Scene scene = Read(Write("m.dae", Dae("", technique, kView)));
-    const SceneMaterial& material = FirstMaterial(scene);
-    EXPECT_NEAR(material.surface.base.red.Current(), red, 1e-4f) << technique;
-    EXPECT_NEAR(material.surface.roughness.Current(), roughness, 1e-4f) << technique;
-    EXPECT_EQ(material.isUnlit, isUnlit) << technique;
+    const std::string text = Dae("", technique, kView);
+    for (const std::string& bytes : {text, Wide(text)}) {
+      const Scene scene = Read(Write("m.dae", bytes));
+      const SceneMaterial& material = FirstMaterial(scene);
+      EXPECT_NEAR(material.surface.base.red.Current(), red, 1e-4f) << technique;
+      EXPECT_NEAR(material.surface.roughness.Current(), roughness, 1e-4f) << technique;
+      EXPECT_EQ(material.isUnlit, isUnlit) << technique;
+    }
   }
 }
 

@@ -179,4 +179,18 @@ TEST_F(Import, BadPicturesAreRefusedWithTheirReason) {
   }
 }
 
+/// A picture that is laid on along z reaches from the least x to the greatest, straight.
+TEST_F(Import, PicturesAreLaidOnAsByProjectors) {
+  const std::string path = "/usr/share/assimp/models/LWO/LWO2/MappingModes/earth_planar_z.lwo";
+  if (!std::filesystem::exists(path)) GTEST_SKIP() << "assimp-testmodels is not installed";
+  const Scene scene = Read(path);
+  const hostkit::SceneMesh& mesh = scene.meshes.at(0);
+  ASSERT_EQ(mesh.uvs.size(), mesh.positions.size());
+  const auto byX = [](const V3f& a, const V3f& b) { return a.x < b.x; };
+  const auto [least, most] = std::minmax_element(mesh.positions.begin(), mesh.positions.end(), byX);
+  for (std::size_t i = 0; i < mesh.uvs.size(); ++i) {
+    EXPECT_NEAR(mesh.uvs[i].x, (mesh.positions[i].x - least->x) / (most->x - least->x), 1e-3f) << i;
+  }
+}
+
 }  // namespace

@@ -82,6 +82,20 @@ bool XClient::Exists(unsigned long window) {
   return m_connection->Attributes(window).has_value();
 }
 
+unsigned long XClient::Find(const std::string& title) {
+  Display* const display = m_connection->display;
+  Window root = 0, parent = 0;
+  Window* windows = nullptr;
+  unsigned count = 0;
+  unsigned long found = 0;
+  XQueryTree(display, DefaultRootWindow(display), &root, &parent, &windows, &count);
+  for (unsigned i = 0; i < count; i++) {
+    if (IsShown(windows[i]) && Title(windows[i]) == title) found = windows[i];
+  }
+  if (windows) XFree(windows);
+  return found;
+}
+
 bool XClient::IsShown(unsigned long window) {
   const auto attributes = m_connection->Attributes(window);
   return attributes && attributes->map_state == IsViewable;

@@ -21,6 +21,8 @@ class XClient {
   /// Asks the window's program to close it, as a click on a frame's button does.
   void AskToClose(unsigned long window);
   bool Exists(unsigned long window);
+  /// The top-level window of that title; 0 without one.
+  unsigned long Find(const std::string& title);
   bool IsShown(unsigned long window);
   /// As window managers show it.
   std::string Title(unsigned long window);

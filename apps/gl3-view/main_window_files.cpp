@@ -1,0 +1,189 @@
+// The viewer's window: which files it shows.
+#include <QAction>
+#include <QCollator>
+#include <QDir>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLocale>
+#include <QMimeData>
+#include <QSettings>
+#include <QSignalBlocker>
+#include <QStatusBar>
+#include <QUrl>
+#include <algorithm>
+#include <utility>
+
+#include "apps/base/warning_digest.h"
+#include "apps/gl3-view/main_window.h"
+#include "apps/gl3-view/recent_files.h"
+
+namespace view {
+namespace {
+
+constexpr int kWarningTime = 10000;  // milliseconds
+
+/// Lines for a tool tip, which Qt would take for HTML if they looked like it: names out of a model
+/// could have pictures fetched from any file.
+QString PlainToolTip(const QString& lines) {
+  return lines.isEmpty() ? lines : "<p style='white-space:pre'>" + lines.toHtmlEscaped() + "</p>";
+}
+
+QStringList LocalFiles(const QMimeData* data) {
+  QStringList files;
+  for (const QUrl& url : data->urls()) {
+    if (url.isLocalFile()) files << url.toLocalFile();
+  }
+  return files;
+}
+
+QString Counted(std::size_t count, const char* one, const char* several) {
+  return QLocale().toString(static_cast<qlonglong>(count)) + ' ' + (count == 1 ? one : several);
+}
+
+}  // namespace
+
+void MainWindow::AskForFiles(bool add) {
+  const QStringList last = m_recent.isEmpty() ? QStringList() : FilesOfRecent(m_recent.first());
+  const QStringList files = QFileDialog::getOpenFileNames(
+      this, add ? "Add to the scene" : "Open a model", QFileInfo(last.value(0)).path());
+  if (files.isEmpty()) return;
+  if (add) return Load(m_files + files, true, false);
+  Open(files);
+}
+
+void MainWindow::Open(const QStringList& files) {
+  if (!files.isEmpty()) Load(files, false, false);
+}
+
+void MainWindow::Reload(bool unasked) {
+  if (m_files.isEmpty() || (unasked && !m_follow->isChecked())) return;
+  m_wasChanged = unasked && IsLoading();
+  if (!m_wasChanged) Load(m_files, true, unasked);
+}
+
+/// The file before or behind the one that is shown, of those in its folder that look alike.
+void MainWindow::OpenNeighbour(int step) {
+  if (m_files.isEmpty()) return;
+  static const QStringList kKinds = {"*.glb", "*.gltf", "*.obj", "*.ply", "*.stl",
+                                     "*.3mf", "*.fbx",  "*.dae", "*.3ds", "*.off"};
+  const QFileInfo shown(m_files.first());
+  QStringList names = shown.absoluteDir().entryList(kKinds + QStringList{"*." + shown.suffix()},
+                                                    QDir::Files | QDir::Readable);
+  QCollator order;
+  order.setNumericMode(true);
+  order.setCaseSensitivity(Qt::CaseInsensitive);
+  std::sort(names.begin(), names.end(), order);
+  const qsizetype at = names.indexOf(shown.fileName());
+  if (at < 0 || names.size() < 2) return;
+  const qsizetype next = (at + step + names.size()) % names.size();
+  Open({shown.absoluteDir().filePath(names[next])});
+}
+
+void MainWindow::Load(const QStringList& files, bool stays, bool unasked) {
+  const QString what = (stays ? "Reading %1 anew" : "Loading %1");
+  statusBar()->showMessage(what.arg(files.join(", ")) + " … (Esc stops it)");
+  m_cancel->setEnabled(true);
+  const QString stamp = ModelWatch::StampOf(files);
+  m_loader.Load(files, [=, this](std::unique_ptr<hostkit::Scene> scene, const std::string& error) {
+    m_cancel->setEnabled(false);
+    statusBar()->clearMessage();
+    const bool isRead = scene != nullptr;
+    // What is written from now on is looked at again, also after a failure.
+    if (isRead || files == m_files) {
+      const hostkit::Scene* const model = isRead ? scene.get() : m_viewport->Scene();
+      QStringList watched = files;
+      if (model) watched += FilesOfScene(files, *model);
+      m_watch.Watch(watched, stamp, files.size());
+    }
+    if (isRead) {
+      Show(std::move(scene), files, stays);
+    } else if (unasked) {
+      m_troubleLabel->setText("Not read anew: " + QString::fromStdString(error));
+      m_troubleLabel->setToolTip(PlainToolTip(QString::fromStdString(error)));
+      m_troubleLabel->show();
+    } else {
+      Complain(error);
+    }
+    if (std::exchange(m_wasChanged, false)) Reload(true);
+  });
+}
+
+void MainWindow::Show(std::unique_ptr<hostkit::Scene> scene, const QStringList& files, bool stays) {
+  std::string error;
+  const VisibleParts parts = m_viewport->Parts();
+  if (!m_viewport->SetScene(std::move(scene), stays, &error)) return Complain(error);
+  m_troubleLabel->hide();
+  m_hint->hide();
+  m_files = files;
+  m_recent = WithRecent(m_recent, files);
+  QSettings().setValue("recent", m_recent);
+  FillRecent();
+  FillCameras();
+  setWindowTitle(NamesOf(files) + " – gl3-view");
+  m_animation->SetModel(m_viewport->Scene(), m_viewport->Time(), stays);
+  m_parts->SetModel(m_viewport->Scene());
+  ShowFacts(*m_viewport->Scene());
+  // Of the same model, as far as can be told.
+  if (!stays || !parts.IsAnyHidden() || parts.Count() != m_viewport->Parts().Count()) return;
+  Hide(parts.Hidden());
+  m_parts->ShowHidden(m_viewport->Parts());
+}
+
+void MainWindow::ShowFacts(const hostkit::Scene& model) {
+  const std::size_t placed = model.instances.size();
+  m_modelLabel->setText(Counted(model.TriangleCount(), "triangle", "triangles") + ", " +
+                        Counted(model.meshes.size(), "mesh", "meshes") + ", placed " +
+                        (placed == 1 ? QString("once") : Counted(placed, "time", "times")));
+  QStringList warnings;
+  for (const std::string& line : gl3::DigestOf(model.warnings)) {
+    warnings << QString::fromStdString(line);
+  }
+  m_modelLabel->setToolTip(PlainToolTip(warnings.join('\n')));
+  if (!warnings.empty()) statusBar()->showMessage(warnings.first(), kWarningTime);
+}
+
+void MainWindow::FillRecent() {
+  m_recentMenu->clear();
+  m_recentMenu->setEnabled(!m_recent.isEmpty());
+  int number = 1;
+  for (const QString& entry : m_recent) {
+    const QString name = RecentText(entry).replace('&', "&&");
+    m_recentMenu->addAction(QString("&%1 %2").arg(number++).arg(name), this,
+                            [this, entry] { Open(FilesOfRecent(entry)); });
+  }
+}
+
+/// Also what can be done only with a model.
+void MainWindow::FillCameras() {
+  const hostkit::Scene* const model = m_viewport->Scene();
+  for (QAction* action : {m_save, m_copy, m_copyPicture, m_add, m_reload}) {
+    action->setEnabled(model != nullptr);
+  }
+  m_cameraMenu->clear();
+  m_cameraMenu->setEnabled(model && !model->cameras.empty());
+  if (!model) return;
+  for (std::size_t i = 0; i < model->cameras.size(); ++i) {
+    const QString name = QString::fromStdString(model->cameras[i].name).replace('&', "&&");
+    // As the camera is by then: an animation may move it.
+    m_cameraMenu->addAction(name, this, [this, i] {
+      const hostkit::Scene* const scene = m_viewport->Scene();
+      if (!scene || i >= scene->cameras.size()) return;
+      m_viewport->TakeCamera(scene->cameras[i]);
+      const QSignalBlocker quiet(m_parallel);
+      m_parallel->setChecked(m_viewport->Camera().IsParallel());
+    });
+  }
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+  if (!LocalFiles(event->mimeData()).isEmpty()) event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+  event->acceptProposedAction();
+  Open(LocalFiles(event->mimeData()));
+}
+
+}  // namespace view

@@ -1,0 +1,168 @@
+// The list of what a model has.
+#include "apps/gl3-view/scene_list.h"
+
+#include <Imath/ImathBoxAlgo.h>
+
+#include <QAction>
+#include <QHeaderView>
+#include <QLocale>
+#include <QScopedValueRollback>
+#include <QTreeWidget>
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+#include "apps/base/text.h"
+
+namespace view {
+namespace {
+
+enum Column { kName, kTriangles, kSize, kMaterial };
+constexpr int kPartNumber = Qt::UserRole;
+constexpr std::size_t kMostParts = 20000;  // rows that a list is of use with
+constexpr int kSizeDigits = 4;
+
+/// A name out of a file on one line.
+QString Shown(const std::string& name, const QString& otherwise) {
+  const QString text = QString::fromStdString(gl3::OneLine(name));
+  return text.isEmpty() ? otherwise : text;
+}
+
+QString SizeText(const Imath::V3f& size) {
+  return QString("%1 × %2 × %3")
+      .arg(static_cast<double>(size.x), 0, 'g', kSizeDigits)
+      .arg(static_cast<double>(size.y), 0, 'g', kSizeDigits)
+      .arg(static_cast<double>(size.z), 0, 'g', kSizeDigits);
+}
+
+QTreeWidgetItem* AddGroup(QTreeWidget* tree, const QString& name, std::size_t count) {
+  auto* const group = new QTreeWidgetItem(tree);
+  group->setText(kName, QString("%1 (%2)").arg(name).arg(count));
+  group->setFlags(Qt::ItemIsEnabled);
+  return group;
+}
+
+/// The bounds of each mesh in its own space.
+std::vector<Imath::Box3f> BoundsOfMeshes(const hostkit::Scene& model) {
+  std::vector<Imath::Box3f> bounds(model.meshes.size());
+  for (std::size_t i = 0; i < bounds.size(); ++i) {
+    for (const Imath::V3f& position : model.meshes[i].positions) bounds[i].extendBy(position);
+  }
+  return bounds;
+}
+
+}  // namespace
+
+SceneList::SceneList(Listener listener, QWidget* parent)
+    : QDockWidget("Scene", parent), m_listener(std::move(listener)), m_tree(new QTreeWidget(this)) {
+  setObjectName("scene");
+  m_tree->setHeaderLabels({"Name", "Triangles", "Size", "Material"});
+  m_tree->setUniformRowHeights(true);
+  m_tree->setContextMenuPolicy(Qt::ActionsContextMenu);
+  const auto add = [this](const char* text, void (SceneList::*act)()) {
+    auto* const action = new QAction(text, m_tree);
+    connect(action, &QAction::triggered, this, act);
+    m_tree->addAction(action);
+  };
+  add("Show this &alone", &SceneList::Isolate);
+  add("&Show all", &SceneList::ShowAll);
+  setWidget(m_tree);
+  connect(m_tree, &QTreeWidget::itemChanged, this, [this] { TellHidden(); });
+  connect(m_tree, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* item) {
+    if (m_setting) return;
+    const QVariant part = item ? item->data(kName, kPartNumber) : QVariant();
+    m_listener.mark(part.isValid() ? part.toInt() : -1);
+  });
+}
+
+void SceneList::SetModel(const hostkit::Scene* model) {
+  const QScopedValueRollback<bool> setting(m_setting, true);
+  m_tree->clear();
+  m_parts.clear();
+  if (!model) return;
+  AddParts(*model);
+  AddLooks(*model);
+  m_tree->topLevelItem(0)->setExpanded(true);
+  m_tree->resizeColumnToContents(kName);
+}
+
+void SceneList::AddParts(const hostkit::Scene& model) {
+  QTreeWidgetItem* const group = AddGroup(m_tree, "Placed meshes", model.instances.size());
+  const std::vector<Imath::Box3f> bounds = BoundsOfMeshes(model);
+  const std::size_t count = std::min(model.instances.size(), kMostParts);
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto mesh = static_cast<std::size_t>(model.instances[i].mesh);
+    const hostkit::SceneMesh& shape = model.meshes[mesh];
+    auto* const row = new QTreeWidgetItem(group);
+    row->setText(kName, Shown(shape.name, QString("mesh %1").arg(mesh)));
+    row->setText(kTriangles,
+                 QLocale().toString(static_cast<qlonglong>(shape.triangles.size() / 3)));
+    row->setTextAlignment(kTriangles, Qt::AlignRight);
+    if (!bounds[mesh].isEmpty()) {
+      const Imath::Box3f placed = Imath::transform(bounds[mesh], model.instances[i].toWorld);
+      row->setText(kSize, SizeText(placed.size()));
+    }
+    row->setText(kMaterial,
+                 Shown(model.materials[static_cast<std::size_t>(shape.material)].name, ""));
+    row->setData(kName, kPartNumber, static_cast<int>(i));
+    row->setCheckState(kName, Qt::Checked);
+    m_parts.push_back(row);
+  }
+}
+
+void SceneList::AddLooks(const hostkit::Scene& model) {
+  QTreeWidgetItem* const materials = AddGroup(m_tree, "Materials", model.materials.size());
+  for (const hostkit::SceneMaterial& material : model.materials) {
+    (new QTreeWidgetItem(materials))->setText(kName, Shown(material.name, "without a name"));
+  }
+  QTreeWidgetItem* const pictures = AddGroup(m_tree, "Pictures", model.images.size());
+  for (const hostkit::SceneImage& image : model.images) {
+    auto* const row = new QTreeWidgetItem(pictures);
+    row->setText(kName, Shown(image.name, "without a name"));
+    if (!image.bitmap) continue;
+    row->setText(kSize,
+                 QString("%1 × %2").arg(image.bitmap->GetWidth()).arg(image.bitmap->GetHeight()));
+  }
+}
+
+void SceneList::ShowPart(int part) {
+  const QScopedValueRollback<bool> setting(m_setting, true);
+  const auto index = static_cast<std::size_t>(part);
+  m_tree->setCurrentItem(part >= 0 && index < m_parts.size() ? m_parts[index] : nullptr);
+}
+
+void SceneList::TellHidden() {
+  if (m_setting) return;
+  std::vector<bool> hidden;
+  for (const QTreeWidgetItem* part : m_parts) {
+    hidden.push_back(part->checkState(kName) != Qt::Checked);
+  }
+  m_listener.hide(std::move(hidden));
+}
+
+void SceneList::SetHidden(const std::vector<bool>& hidden) {
+  const QScopedValueRollback<bool> setting(m_setting, true);
+  for (std::size_t i = 0; i < m_parts.size(); ++i) {
+    m_parts[i]->setCheckState(kName, hidden[i] ? Qt::Unchecked : Qt::Checked);
+  }
+}
+
+void SceneList::ShowHidden(const VisibleParts& parts) {
+  SetHidden(parts.Hidden());
+}
+
+void SceneList::Isolate() {
+  const auto current = std::find(m_parts.begin(), m_parts.end(), m_tree->currentItem());
+  if (current == m_parts.end()) return;
+  std::vector<bool> hidden(m_parts.size(), true);
+  hidden[static_cast<std::size_t>(current - m_parts.begin())] = false;
+  SetHidden(hidden);
+  TellHidden();
+}
+
+void SceneList::ShowAll() {
+  SetHidden(std::vector<bool>(m_parts.size()));
+  TellHidden();
+}
+
+}  // namespace view

@@ -1,0 +1,49 @@
+// The list of what a model has.
+#pragma once
+
+#include <QDockWidget>
+#include <functional>
+#include <vector>
+
+#include "apps/gl3-view/visible_parts.h"
+#include "hostkit/scene/scene.h"
+
+class QTreeWidget;
+class QTreeWidgetItem;
+
+namespace view {
+
+/// Placed meshes with their triangles, size and material: to be hidden, shown alone and marked; and
+/// materials and pictures.
+class SceneList : public QDockWidget {
+ public:
+  struct Listener {
+    std::function<void(std::vector<bool> hidden)> hide;  ///< By part.
+    std::function<void(int part)> mark;                  ///< -1: none.
+  };
+
+  SceneList(Listener listener, QWidget* parent);
+
+  /// Shows a model of which nothing is hidden; null for none.
+  void SetModel(const hostkit::Scene* model);
+  /// Makes a part the current one without telling of it; -1: none.
+  void ShowPart(int part);
+  /// Shows which parts are hidden, without telling of it.
+  void ShowHidden(const VisibleParts& parts);
+  /// Hides all but the current part, or shows all.
+  void Isolate();
+  void ShowAll();
+
+ private:
+  void AddParts(const hostkit::Scene& model);
+  void AddLooks(const hostkit::Scene& model);
+  void SetHidden(const std::vector<bool>& hidden);
+  void TellHidden();
+
+  Listener m_listener;
+  QTreeWidget* m_tree;
+  std::vector<QTreeWidgetItem*> m_parts;
+  bool m_setting = false;
+};
+
+}  // namespace view

@@ -1,0 +1,84 @@
+// The picture at rest, which is made between other events.
+#include <utility>
+
+#include "apps/gl3-view/viewport.h"
+#include "platform/agl.h"
+
+namespace view {
+namespace {
+
+// How long other events wait for a slice of it at most, but for what cannot be cut.
+constexpr int kSliceMilliseconds = 8;
+
+}  // namespace
+
+/// Whether a saved picture would differ from the frame, and can be shown in its place: where the
+/// driver outlines polygons it outlines pictures, too.
+bool Viewport::CanRefine() const {
+  if (m_driverOutlines) return false;
+  return m_isReduced || m_settings.samplesPerSide > 1 || !m_options.effects.calls.empty();
+}
+
+bool Viewport::Refine(std::string* error) {
+  QElapsedTimer watch;
+  watch.start();
+  const gl3::RenderOptions options = Options();
+  hostkit::FrameSettings settings = m_settings;
+  settings.width = options.width;
+  settings.height = options.height;
+  const hostkit::Picture picture =
+      m_scene->Render(options, settings, *m_effects, error, [this] { return PauseRefining(); });
+  if (!picture.bitmap) return false;
+  m_refineMilliseconds = static_cast<double>(watch.nsecsElapsed()) / 1e6;
+  auto shown = std::make_unique<PictureShow>(m_driver);
+  if (!shown->Take(picture)) {
+    *error = "memory ran out; make the window smaller";
+    return false;
+  }
+  m_refined = std::move(shown);
+  return true;
+}
+
+void Viewport::BeginRefining() {
+  StopRefining();
+  m_refineError.clear();
+  if (!m_scene || !EnsureSurface(&m_refineError)) return;
+  m_work = SlicedWork::Create([this] { m_isRefined = Refine(&m_refineError); });
+  if (!m_work) return Tell(false, {}, "memory ran out; close other programs");
+  m_slices.start(0);
+}
+
+void Viewport::GoOnRefining() {
+  m_slice.start();
+  if (!m_work || !m_work->Continue()) return;
+  m_slices.stop();
+  m_work.reset();
+  if (m_isRefined) {
+    DrawFrame();
+  } else if (m_refineError.empty()) {
+    m_rest.start();  // it was in the way of something else
+  } else {
+    Tell(false, {}, m_refineError);
+  }
+}
+
+/// Throws away what there is of the picture at rest while it is being made. Where nothing is to be
+/// drawn before it, it is begun anew later.
+void Viewport::StopRefining() {
+  if (!m_work) return;
+  m_slices.stop();
+  const std::unique_ptr<SlicedWork> work = std::exchange(m_work, nullptr);
+  work->Stop();
+  m_rest.start();
+}
+
+/// Within the work: lets other events in when its slice is over.
+bool Viewport::PauseRefining() {
+  if (!m_work) return false;  // it is being stopped
+  if (!m_slice.hasExpired(kSliceMilliseconds)) return true;
+  const AGLContext context = aglGetCurrentContext();
+  // What asks OpenGL something in between, such as a report, may leave another context.
+  return m_work->Pause() && aglGetCurrentContext() == context;
+}
+
+}  // namespace view
