@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "host/Version.h"
+
 namespace hostkit {
 namespace {
 
@@ -19,10 +21,16 @@ bool IsAskedFor() {
   return value && *value && std::string_view(value) != "0";
 }
 
+/// As libraries of the host kit are called when they are installed: with the interface's version.
+std::string LibraryName() {
+  const std::string_view version = kHostVersion;
+  return "libgl3checking.so." + std::string(version.substr(sizeof kHostVersionPrefix - 1));
+}
+
 /// Beside this library, wherever that is: the search path of the process may not lead there.
 DriverWatch OpenWatch() {
   Dl_info self{};
-  std::string path = "libgl3checking.so";
+  std::string path = LibraryName();
   if (dladdr(reinterpret_cast<const void*>(&OpenWatch), &self) && self.dli_fname) {
     const std::string own(self.dli_fname);
     path = own.substr(0, own.rfind('/') + 1) + path;
@@ -31,10 +39,8 @@ DriverWatch OpenWatch() {
   void* const entry = library ? dlsym(library, kDriverWatchEntry) : nullptr;
   if (!entry) {
     const char* const why = dlerror();
-    std::fprintf(stderr,
-                 "GL3_CHECK: nothing is checked: %s; install libgl3checking.so beside "
-                 "libgl3services.so\n",
-                 why ? why : "libgl3checking.so cannot be opened");
+    std::fprintf(stderr, "GL3_CHECK: nothing is checked: %s; install %s beside libgl3services.so\n",
+                 why ? why : "the library cannot be opened", LibraryName().c_str());
   }
   return reinterpret_cast<DriverWatch>(entry);
 }

@@ -34,5 +34,8 @@ for kept in "$here"/*.png; do
 done
 rm -rf "$failures"
 # Checked calls draw the same, and none of ours is wrong.
-GL3_CHECK=1 "$bin/gl3" info --compare "$work" --driver default || failed=1
+GL3_CHECK=1 "$bin/gl3" info --compare "$work" --driver default 2>"$work.told" || failed=1
+cat "$work.told" >&2
+! grep -q GL3_CHECK "$work.told" || failed=1
+rm "$work.told"
 [[ -z $failed ]] || { mv "$work" "$failures" && echo "references_test: see $failures" && exit 1; }
