@@ -216,7 +216,9 @@ TEST_F(Modes, AreTheSameWhenCallsAreChecked) {
   // What is told reaches standard error, for one that there is nobody to tell it.
   const Gl3Setup copy = {.environment = {"GL3_CHECK=1", "GL3_MODULE_PATH=" GL3_LIB_DIR},
                          .program = CopyOfTheProgram(m_base / "copy")};
-  ASSERT_TRUE(fs::remove(m_base / "copy/lib/gl3/libgl3checking.so"));
+  for (const auto& entry : fs::directory_iterator(m_base / "copy/lib/gl3")) {
+    if (entry.path().stem().string().starts_with("libgl3checking")) fs::remove(entry);
+  }
   EXPECT_EQ(Run(m_render, copy).err.find("GL3_CHECK: nothing is checked: "), 0u);
 }
 
