@@ -122,7 +122,7 @@ TEST_F(Modes, WriteDistances) {
   EXPECT_EQ(together.at("Z"), z);
   EXPECT_EQ(together.at("R"), plain.at("R"));
 
-  const std::string turn = m_render + "-o p_##.png --turntable 2 --depth d_##.exr";
+  const std::string turn = "render squares.obj -s 96x64 -o p_##.png --turntable 2 --depth d_##.exr";
   Done(turn);
   EXPECT_TRUE(fs::exists(Path("d_01.exr")));
   ASSERT_TRUE(fs::remove(Path("d_02.exr")));  // a shot is there when all of its files are
