@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/base/x_server.h"
 #include "apps/gl3-view/scene_view.h"
 #include "apps/gl3-view/window_surface.h"
 #include "apps/work/render/frame_setup.h"
@@ -21,6 +22,7 @@
 #include "platform/gl.h"
 #include "samples/showroom.h"
 #include "samples/small_models.h"
+#include "tests/support/common/x_client.h"
 
 namespace bench {
 namespace {
@@ -96,7 +98,7 @@ void Measure(GADriver* driver, const std::shared_ptr<const hostkit::Scene>& scen
 }
 
 void Run(const Options& options, Report& report) {
-  XTestServer server;
+  gl3::XServer server;
   if (!StartWindowServer(server, kCases[1].width, kCases[1].height, report)) return;
   const HostModule module;
   const std::shared_ptr<const hostkit::Scene> scene = Showroom();

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/base/x_server.h"
 #include "bench/support/bare_surface.h"
 #include "bench/support/bare_window.h"
 #include "bench/support/geometry.h"
@@ -13,6 +14,7 @@
 #include "bench/support/window_server.h"
 #include "platform/mfc.h"
 #include "platform/platform.h"
+#include "tests/support/common/x_client.h"
 
 namespace bench {
 namespace {
@@ -103,7 +105,7 @@ void Measure(GADriver* driver, const Case& each, const Options& options, Report&
 }
 
 void Run(const Options& options, Report& report) {
-  XTestServer server;
+  gl3::XServer server;
   if (!StartWindowServer(server, 2 * kCases[1].width, kCases[1].height, report)) return;
   const HostModule module;
   for (const Case& each : kCases) Measure(module.Driver(), each, options, report);

@@ -13,7 +13,7 @@ mkdir -p "$folder"
   printf 'PROJECT_NUMBER = %s\n' "$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)"
   printf 'OUTPUT_DIRECTORY = "%s"\n' "$folder"
   printf 'INPUT = docs/HOSTING.md docs/EFFECTS.md %s\n' \
-    "$(echo host/*.h platform/*.h && sed -n 's/^  \(hostkit\/.*\.h\))*$/\1/p' cmake/install.cmake)" |
+    "$(echo host/*.h platform/*.h && grep '^hostkit/' cmake/public_headers.txt)" |
     tr '\n' ' '
 } | doxygen -
 

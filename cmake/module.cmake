@@ -45,11 +45,13 @@ target_compile_options(gl3module PRIVATE -fvisibility=hidden)
 target_precompile_headers(gl3module PRIVATE <GL/glew.h>)
 target_link_libraries(gl3module PUBLIC gl3platform Imath::Imath OpenMP::OpenMP_CXX)
 
+# The exports have the version of the interface that they are built for.
+configure_file(cmake/OpenGL3.map.in ${CMAKE_BINARY_DIR}/OpenGL3.map @ONLY)
 add_library(OpenGL3 MODULE)
 target_link_libraries(OpenGL3 PRIVATE gl3module)
 set_target_properties(OpenGL3 PROPERTIES
   PREFIX ""
   INSTALL_RPATH "$ORIGIN"
-  LINK_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/OpenGL3.map)
+  LINK_DEPENDS ${CMAKE_BINARY_DIR}/OpenGL3.map)
 target_link_options(OpenGL3 PRIVATE
-  -Wl,--version-script=${CMAKE_SOURCE_DIR}/cmake/OpenGL3.map)
+  -Wl,--version-script=${CMAKE_BINARY_DIR}/OpenGL3.map)

@@ -7,8 +7,9 @@ class HBitmapNode;
 
 /// Effects on finished frames, chosen by number (Effect). Operations return 1 for success and 0 for
 /// failure, whose reason goes to the log "GPUShader.log" beside the program that runs, where it can
-/// be written. They change the current context. The surface that a set-up of an effect makes stays
-/// for good, also when the program is gone (some 6 MB): set an effect up once a size.
+/// be written and is no folder of the system (/usr, /opt, …). They change the current context. The
+/// surface that a set-up of an effect makes stays for good, also when the program is gone (some 6
+/// MB): set an effect up once a size.
 ///
 /// Made by GADriver::CreateShaderProgram and deleted by the host before the driver, whose
 /// Initialize comes before Init. Used on the host's drawing thread alone. hostkit::EffectRunner

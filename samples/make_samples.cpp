@@ -13,6 +13,7 @@
 #include "samples/reed.h"
 #include "samples/showroom.h"
 #include "samples/small_models.h"
+#include "samples/write_file.h"
 
 namespace {
 

@@ -10,10 +10,11 @@
 #include <cstddef>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <utility>
 
 #include "samples/glb_writer.h"
+#include "samples/red_cube.h"
+#include "samples/write_file.h"
 
 namespace samples {
 namespace {
@@ -63,21 +64,11 @@ void FillScene(const Shape& shape, aiScene& scene) {
 
 }  // namespace
 
-bool WriteFile(const std::string& path, const std::string& bytes, std::string* error) {
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  file.close();
-  if (file) return true;
-  *error = fmt::format("{}: cannot be written; check the folder and the disk", path);
-  return false;
-}
-
 bool WriteCubes(const std::string& folder, std::string* error) {
   aiScene scene;
   FillScene(Box({1, 1, 1}, 1), scene);
-  constexpr std::pair<const char*, const char*> kFormats[] = {{"obj", "obj"},  {"plyb", "ply"},
-                                                              {"stlb", "stl"}, {"collada", "dae"},
-                                                              {"3ds", "3ds"},  {"fbxa", "fbx"}};
+  constexpr std::pair<const char*, const char*> kFormats[] = {
+      {"plyb", "ply"}, {"stlb", "stl"}, {"collada", "dae"}, {"3ds", "3ds"}, {"fbxa", "fbx"}};
   Assimp::Exporter exporter;
   for (const auto& [format, suffix] : kFormats) {
     const std::string path = (std::filesystem::path(folder) / "cube.").string() + suffix;
@@ -85,7 +76,7 @@ bool WriteCubes(const std::string& folder, std::string* error) {
     *error = fmt::format("{}: cannot be written ({})", path, exporter.GetErrorString());
     return false;
   }
-  return true;
+  return WriteRedCubeObj(folder, error);
 }
 
 std::string ToPly(const Shape& shape) {

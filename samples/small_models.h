@@ -8,9 +8,6 @@
 
 namespace samples {
 
-/// Writes `bytes` to `path`. False with one line in `*error` when that fails.
-bool WriteFile(const std::string& path, const std::string& bytes, std::string* error);
-
 /// Writes a red cube, from -0.5 to 0.5, as cube.obj with cube.mtl, cube.ply, cube.stl, cube.dae,
 /// cube.3ds and cube.fbx into `folder`.
 bool WriteCubes(const std::string& folder, std::string* error);

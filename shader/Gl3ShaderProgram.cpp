@@ -1,10 +1,12 @@
 // The shader program's log, and GLSL programs.
 #include "shader/Gl3ShaderProgram.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <iterator>
 
 #include "host/Heaps.h"
 #include "platform/gl.h"
@@ -12,12 +14,24 @@
 
 namespace {
 
-/// The log's path; empty when the system does not tell where the program is. Of a longer path, the
-/// part that fits is taken.
+/// What belongs to the system: packages and administrators fill it, and programs from there are
+/// shared by all users.
+constexpr const char* kSystemFolders[] = {"/bin/", "/lib/", "/lib64/", "/opt/", "/sbin/", "/usr/"};
+
+bool IsOfTheSystem(const char* path) {
+  return std::any_of(
+      std::begin(kSystemFolders), std::end(kSystemFolders),
+      [path](const char* folder) { return std::strncmp(path, folder, std::strlen(folder)) == 0; });
+}
+
+/// The log's path; empty when the system does not tell where the program is, and when it is in one
+/// of the system's own folders, which even those who may write there keep as their packages made
+/// them. Of a longer path, the part that fits is taken.
 String LogPath() {
   constexpr DWORD kMaxPath = 256;
   char path[kMaxPath] = {};
   GetModuleFileNameA(GetModuleHandleA(nullptr), path, kMaxPath);
+  if (IsOfTheSystem(path)) return String();
   const String program(path);
   const int slash = program.ReverseFind('/');
   return slash < 0 ? String() : program.Mid(0, slash + 1) + String("GPUShader.log");

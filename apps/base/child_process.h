@@ -6,8 +6,9 @@
 namespace gl3 {
 
 /// Makes a process that was just forked a worker: it ends with its parent, a crash leaves no file
-/// in the user's folder, and standard error goes nowhere unless the user wants all to be told:
-/// libraries that print before they fail must not break the promise of one line.
+/// in the user's folder, and standard error goes nowhere unless the user wants all to be told, or
+/// calls to be checked: libraries that print before they fail must not break the promise of one
+/// line.
 void BecomeWorker();
 
 /// Writes the text and a '\0' behind it, which tells messages apart in a pipe; the text itself is

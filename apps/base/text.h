@@ -7,11 +7,6 @@
 
 namespace gl3 {
 
-/// The text with `instead` for each character that would steer a terminal or turn what follows
-/// around: those below U+0020 and U+007F to U+009F (also as bytes of their own), the line and
-/// paragraph separators and the bidirectional controls (Unicode, UAX #9, table 4 and 2.7).
-std::string WithoutControls(const std::string& text, char instead);
-
 /// The text on one line: control characters become spaces.
 std::string OneLine(const std::string& text);
 

@@ -32,7 +32,7 @@ Examples:
 
 Environment (flags beat it):
   GL3_MODULE_PATH  folders to look for OpenGL3.so in, with colons between; else it
-                   is looked for beside gl3, then in ../lib/gl3
+                   is looked for beside gl3, in ../lib/gl3 and beside its libraries
   GL3_DEVICE       as --device
   GL3_CONFINED     1 (all but empty and 0): as --confined, and no flag beats it
   GL3_PLATFORM     surfaceless, x11 or device: how OpenGL is reached

@@ -7,11 +7,11 @@ namespace gl3 {
 
 const WorkTable* LoadWork(Outcome* outcome) {
   // Global, since the renderer module takes the host's services from what the process has loaded.
-  void* library = dlopen("libgl3work.so", RTLD_NOW | RTLD_GLOBAL);
+  void* library = dlopen(GL3_WORK_LIBRARY, RTLD_NOW | RTLD_GLOBAL);
   const void* table = library ? dlsym(library, "kGl3Work") : nullptr;
   if (!table) {
     const char* why = dlerror();
-    *outcome = {kNoOpenGl, std::string(why ? why : "libgl3work.so cannot be loaded") +
+    *outcome = {kNoOpenGl, std::string(why ? why : GL3_WORK_LIBRARY " cannot be loaded") +
                                "; install what is missing, or build gl3 again"};
   }
   return static_cast<const WorkTable*>(table);

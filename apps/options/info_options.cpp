@@ -13,12 +13,15 @@ its own: a driver that crashes or hangs is told, and the rest of the report
 comes all the same.
 
 Exit status of --check: 0 when nothing failed (warnings allow work), else 4.
+Of --compare: 6 when a picture is further from the kept one than drivers may be,
+or a driver crashed; 0 also where one says what it cannot draw.
 
 Examples:
   gl3 info
   gl3 info --check
   gl3 info --all-devices
   gl3 info --device cpu --extended
+  gl3 info --compare drivers
   gl3 info --json > report.json)";
 
 Option AddKind(const OptionParser& parser, InfoOptions* options, const char* name, InfoKind kind,
@@ -39,6 +42,25 @@ void AddInfoOptions(const OptionParser& parser, InfoOptions* options) {
                                     "The OpenGL extensions, one a line, and nothing else");
   const Option all = parser.AddFlag(
       "--all-devices", "Ask every device that EGL lists, one after another", &options->allDevices);
+  const Option compare = parser.Add("--compare", "FOLDER",
+                                    "Draw the gallery on every device and driver, and compare the\n"
+                                    "pictures; those, their differences and compare.json go there",
+                                    [=](const std::string& text, std::string* error) {
+                                      options->kind = InfoKind::kCompare;
+                                      options->compareFolder = text;
+                                      if (text.empty()) *error = "--compare wants a folder";
+                                      return !text.empty();
+                                    });
+  parser
+      .AddEach("--driver", "NAME",
+               "Of them these alone, as the table calls them; can be given several\n"
+               "times",
+               [=](const std::vector<std::string>& names, std::string*) {
+                 options->compareDrivers = names;
+                 return true;
+               })
+      .Need(compare);
+  compare.Exclude(check).Exclude(extended).Exclude(extensions).Exclude(all);
   check.Exclude(extended).Exclude(extensions);
   extended.Exclude(extensions).Exclude(all);
   extensions.Exclude(all);

@@ -9,6 +9,7 @@
 #include <set>
 
 #include "apps/base/text.h"
+#include "hostkit/services/without_controls.h"
 
 namespace gl3 {
 namespace {
@@ -28,7 +29,7 @@ std::size_t PercentFrame(const std::string& text, std::size_t at, int* digits) {
 
 /// One name without what a file's name cannot have. Bytes of UTF-8 stay whole.
 std::string FileName(const std::string& name) {
-  std::string good = WithoutControls(name, '_');
+  std::string good = hostkit::WithoutControls(name, '_');
   for (char& c : good) {
     if (c == '/' || c == '\\') c = '_';
   }

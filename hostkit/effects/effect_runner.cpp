@@ -146,8 +146,8 @@ EffectRunner::Program* EffectRunner::MakeProgram(const EffectCall& call, int pas
   if (!program->shader || !program->shader->Init(call.kind->program, parameters,
                                                  static_cast<int>(std::size(parameters)))) {
     *error = fmt::format(
-        "effect {}: its shaders cannot be set up on {}; GPUShader.log beside the program tells "
-        "why, or try --device cpu",
+        "effect {}: its shaders cannot be set up on {}; GPUShader.log beside a program outside of "
+        "/usr and /opt tells why, or try --device cpu",
         call.kind->name, m_rendererName);
     return nullptr;
   }

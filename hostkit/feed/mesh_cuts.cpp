@@ -24,7 +24,9 @@ ColorBuf Between(const ColorBuf& a, const ColorBuf& b, float share) {
 class Cutter {
  public:
   Cutter(const SceneMesh& mesh, const std::vector<CutLine>& lines)
-      : m_mesh(mesh), m_lines(lines), m_madeOn(lines.size()) {}
+      : m_mesh(mesh), m_lines(lines), m_madeOn(lines.size()) {
+    m_hasBands = std::any_of(lines.begin(), lines.end(), IsBandLine);
+  }
 
   std::unique_ptr<MeshCuts> Cut() {
     const std::vector<std::uint32_t>& triangles = m_mesh.triangles;
@@ -33,11 +35,24 @@ class Cutter {
       CutFrom(0, {triangles[i], triangles[i + 1], triangles[i + 2]});
     }
     const bool isWhole = m_cuts->made.empty() && m_cuts->triangles.size() == triangles.size();
-    return isWhole ? nullptr : std::move(m_cuts);
+    return isWhole && !m_hasBands ? nullptr : std::move(m_cuts);
   }
 
  private:
   using Polygon = std::vector<std::uint32_t>;  // convex, wound as its triangle
+
+  static bool IsBandLine(const CutLine& line) {
+    return line.of == CutLine::kAlpha && !line.dropsBelow;
+  }
+
+  std::uint8_t BandOf(const Polygon& polygon) const {
+    float sum = 0;
+    for (const std::uint32_t vertex : polygon) sum += static_cast<float>(ColorOf(vertex).alpha);
+    const float mean = sum / static_cast<float>(polygon.size());
+    return static_cast<std::uint8_t>(
+        std::count_if(m_lines.begin(), m_lines.end(),
+                      [mean](const CutLine& line) { return IsBandLine(line) && line.at <= mean; }));
+  }
 
   bool IsMade(std::uint32_t vertex) const { return vertex >= m_mesh.positions.size(); }
   const CutVertex& Made(std::uint32_t vertex) const {
@@ -98,6 +113,7 @@ class Cutter {
     if (line == m_lines.size()) {
       for (std::size_t i = 2; i < polygon.size(); ++i) {
         m_cuts->triangles.insert(m_cuts->triangles.end(), {polygon[0], polygon[i - 1], polygon[i]});
+        if (m_hasBands) m_cuts->bands.push_back(BandOf(polygon));
       }
       return;
     }
@@ -118,6 +134,7 @@ class Cutter {
 
   const SceneMesh& m_mesh;
   const std::vector<CutLine>& m_lines;
+  bool m_hasBands = false;
   std::unique_ptr<MeshCuts> m_cuts = std::make_unique<MeshCuts>();
   // For each line the vertices on it, by the two that they lie between.
   std::vector<std::unordered_map<std::uint64_t, std::uint32_t>> m_madeOn;

@@ -32,12 +32,16 @@ struct CutVertex {
 struct MeshCuts {
   std::vector<CutVertex> made;           ///< Numbered on from the mesh's own vertices.
   std::vector<std::uint32_t> triangles;  ///< Three indices each, wound as the mesh's.
+  /// By triangle: how many of the lines of alpha that leave nothing out it lies above. Empty
+  /// without such lines.
+  std::vector<std::uint8_t> bands;
 };
 
 /// Cuts a mesh along all lines, those of alpha first, since alphas are rounded on the way. Edges
 /// that triangles share are cut at the same places, computed the same way round, so that no crack
 /// opens between them; where the two differ in texture coordinates or alpha along their edge, one
-/// may be cut there and the other not. Null when there is nothing to cut and to leave out.
+/// may be cut there and the other not. Null when there is nothing to cut and to leave out, and
+/// there are no bands.
 std::unique_ptr<MeshCuts> CutMesh(const SceneMesh& mesh, const std::vector<CutLine>& lines);
 
 }  // namespace hostkit

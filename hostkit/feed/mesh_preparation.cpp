@@ -24,6 +24,10 @@ using Imath::V3f;
 constexpr std::size_t kMaxTrianglesToInspect = 500000;
 // Alphas that are this much below a cut-off are rounded ones of it, in steps of 1/255.
 constexpr float kAlphaSlack = 1e-3f;
+// By how much the picture's least alpha, of 255, may differ within a band; and how many bands there
+// are at most, and texels of their pictures before these are enlarged.
+constexpr float kAlphaStep = 8, kMostBands = 16;
+constexpr std::int64_t kMostBandTexels = std::int64_t{1} << 23;
 
 bool AreIndicesGood(const SceneMesh& mesh) {
   auto good = [&](const std::vector<std::uint32_t>& indices) {
@@ -121,7 +125,10 @@ void PreparedScene::CutOff(const Subject& subject, PreparedMesh* prepared) {
     const bool differ = std::any_of(colors.begin(), colors.end(), [&](const ColorBuf& color) {
       return color.alpha != colors[0].alpha;
     });
-    if (differ) prepared->leastVertexAlpha = 255 * cutoff / alpha - kAlphaSlack;
+    if (differ) {
+      prepared->leastVertexAlpha = 255 * cutoff / alpha - kAlphaSlack;
+      ChooseBands(subject, cutoff / alpha, prepared);
+    }
     if (!differ) alpha *= static_cast<float>(colors[0].alpha) / 255;
   }
   const float least = std::ceil(255 * cutoff / std::max(alpha, 1e-6f) - kAlphaSlack);
@@ -129,6 +136,48 @@ void PreparedScene::CutOff(const Subject& subject, PreparedMesh* prepared) {
   prepared->leastAlpha = prepared->isInvisible ? 255 : std::max(static_cast<int>(least), 1);
   prepared->material = Keep(*prepared->material);
   prepared->material->transparency = AnimatableValue(0.0f);
+}
+
+/// Bands in which the picture's least alpha differs little, where both it and the vertices' count:
+/// their product is to be `wanted`.
+void PreparedScene::ChooseBands(const Subject& subject, float wanted, PreparedMesh* prepared) {
+  if (subject.image < 0 || !m_pictures.HasAlpha(subject.image)) return;
+  const auto [lowest, highest] =
+      std::minmax_element(subject.mesh.colors.begin(), subject.mesh.colors.end(),
+                          [](const ColorBuf& a, const ColorBuf& b) { return a.alpha < b.alpha; });
+  const float product = 255 * 255 * wanted;
+  const float least = product / std::max<float>(highest->alpha, 1);
+  const float most = std::min(product / std::max<float>(lowest->alpha, 1), 255.0f);
+  const auto affordable = static_cast<float>(kMostBandTexels / m_pictures.TexelsOf(subject.image));
+  const float count = std::min({std::ceil((most - least) / kAlphaStep), affordable, kMostBands});
+  for (float band = 0; band < count; ++band) {
+    const float step = (most - least) / count, upper = most - band * step;
+    const float middle = std::ceil(upper - step / 2 - kAlphaSlack);
+    prepared->bands.push_back({product / upper, std::max(static_cast<int>(middle), 1)});
+  }
+}
+
+/// Gives each band its texture. False when memory runs out.
+bool PreparedScene::ChooseBandTextures(const TextureRecipe& recipe, GATexture* AlphaBand::*texture,
+                                       PreparedMesh* prepared) {
+  TextureRecipe own = recipe;
+  for (AlphaBand& band : prepared->bands) {
+    own.leastAlpha = band.leastAlpha;
+    const PreparedTexture* made = m_pictures.Make(own);
+    if (!made) return false;
+    band.*texture = made->texture.get();
+  }
+  return true;
+}
+
+int PreparedMesh::LeastAlphaAt(int vertexAlpha) const {
+  int least = leastAlpha;
+  for (const AlphaBand& band : bands) {
+    if (&band == &bands.front() || band.from <= static_cast<float>(vertexAlpha)) {
+      least = band.leastAlpha;
+    }
+  }
+  return least;
 }
 
 /// False when memory runs out.
@@ -146,7 +195,7 @@ bool PreparedScene::ChoosePictures(const Subject& subject, PreparedMesh* prepare
   prepared->texture = texture->texture.get();
   prepared->uvs = texture->uvs;
   prepared->transparent = prepared->transparent || hasAlpha;
-  return true;
+  return ChooseBandTextures(recipe, &AlphaBand::texture, prepared);
 }
 
 /// Makes what is seen of a surface beside light. False when memory runs out.
@@ -213,7 +262,7 @@ bool PreparedScene::AddGlow(const Subject& subject, PreparedMesh* prepared) {
   if (!texture) return false;
   glow.texture = texture->texture.get();
   glow.uvs = texture->uvs;
-  return true;
+  return ChooseBandTextures(recipe, &AlphaBand::glow, prepared);
 }
 
 /// Cuts the triangles where that makes a difference.
@@ -221,6 +270,9 @@ void PreparedScene::ChooseCuts(const Subject& subject, PreparedMesh* prepared) {
   std::vector<CutLine> lines;
   if (prepared->leastVertexAlpha > 0) {
     lines.push_back({CutLine::kAlpha, prepared->leastVertexAlpha, true});
+  }
+  for (std::size_t i = 1; i < prepared->bands.size(); ++i) {
+    lines.push_back({CutLine::kAlpha, prepared->bands[i].from});
   }
   if (prepared->texture) AddHoldLines(subject.mesh, prepared->uvs, &lines);
   if (prepared->glow.texture) AddHoldLines(subject.mesh, prepared->glow.uvs, &lines);

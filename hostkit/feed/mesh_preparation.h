@@ -9,8 +9,9 @@
 //   emission of glass    goes into the picture, since nothing can be added to what waits to be
 //                        blended: light falls on it with the rest
 //   alpha cut-off        the picture's alpha becomes 0 or 255, enlarged first so that its edges are
-//                        found between texels; vertices' alpha cuts the triangles. With both, each
-//                        is held against the cut-off by itself, not their product.
+//                        found between texels; vertices' alpha cuts the triangles. With both, the
+//                        triangles are cut into bands of vertices' alpha, each with a picture cut
+//                        off at what is left for it to give (AlphaBand)
 //   wraps, filters       see picture_layout.h
 #pragma once
 
@@ -40,6 +41,14 @@ struct Glow {
   UvMap uvs;
 };
 
+/// What has a vertices' alpha of at least `from`, 0 to 255, up to where the next band begins.
+struct AlphaBand {
+  float from = 0;
+  int leastAlpha = 0;            ///< Of the picture: see PreparedMesh.
+  GATexture* texture = nullptr;  ///< Instead of the mesh's.
+  GATexture* glow = nullptr;     ///< Likewise.
+};
+
 struct PreparedMesh {
   AttrProperty* material = nullptr;  ///< For the renderer. Lives as long as PreparedScene.
   /// For vertices that are lit by VertexLighting without pictures, and what is added: the emission,
@@ -64,10 +73,17 @@ struct PreparedMesh {
   bool isInvisible = false;  ///< Cut off altogether.
   /// Above 0: what of the picture has less alpha, of 255, is not seen, and the rest is opaque.
   int leastAlpha = 0;
-  float leastVertexAlpha = 0;  ///< The same of differing alphas of the vertices' colours.
+  float leastVertexAlpha = 0;    ///< The same of differing alphas of the vertices' colours.
+  std::vector<AlphaBand> bands;  ///< Of those of `cuts`, rising; empty: the mesh is in one.
 
   /// Null without texture.
   const UvMap* Uvs() const { return texture ? &uvs : nullptr; }
+  /// The band of a triangle that is drawn; null without bands.
+  const AlphaBand* BandOf(std::size_t triangle) const {
+    return bands.size() < 2 ? bands.data() : &bands[cuts->bands[triangle]];
+  }
+  /// The picture's least alpha where the vertices' colours have this one.
+  int LeastAlphaAt(int vertexAlpha) const;
 };
 
 /// Textures, materials and meshes of a scene as they are fed to a display list.
@@ -86,6 +102,9 @@ class PreparedScene {
   bool PrepareMesh(const Scene& scene, const SceneMesh& mesh, std::string* error);
   void ChooseSurface(const Subject& subject, PreparedMesh* prepared);
   void CutOff(const Subject& subject, PreparedMesh* prepared);
+  void ChooseBands(const Subject& subject, float wanted, PreparedMesh* prepared);
+  bool ChooseBandTextures(const TextureRecipe& recipe, GATexture* AlphaBand::*texture,
+                          PreparedMesh* prepared);
   bool ChoosePictures(const Subject& subject, PreparedMesh* prepared);
   bool ChooseLook(const Subject& subject, PreparedMesh* prepared);
   bool MixEmission(const Subject& subject, PreparedMesh* prepared);

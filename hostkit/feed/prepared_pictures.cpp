@@ -49,6 +49,11 @@ bool PreparedPictures::IsPicture(int image) const {
          m_scene->images[static_cast<std::size_t>(image)].bitmap;
 }
 
+std::int64_t PreparedPictures::TexelsOf(int image) const {
+  const HBitmapNode& bitmap = *m_scene->images[static_cast<std::size_t>(image)].bitmap;
+  return std::int64_t{bitmap.GetWidth()} * bitmap.GetHeight();
+}
+
 bool PreparedPictures::HasAlpha(int image) {
   const auto [found, isNew] = m_hasAlpha.try_emplace(image, false);
   if (isNew) {

@@ -4,6 +4,7 @@
 #include <Imath/ImathBox.h>
 #include <Imath/ImathVec.h>
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <tuple>
@@ -40,6 +41,8 @@ class PreparedPictures {
 
   /// Whether the index is one of a picture with pixels.
   bool IsPicture(int image) const;
+  /// How many texels a picture has.
+  std::int64_t TexelsOf(int image) const;
   /// Whether some texel of the picture is not opaque.
   bool HasAlpha(int image);
   /// The texture, which lives as long as this; one picture at least must be there. Null when memory

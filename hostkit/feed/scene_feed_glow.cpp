@@ -47,6 +47,7 @@ void SceneFeed::FeedGlowTriangles() {
     const GAVertex& c = m_vertices[corners.index[2]];
     const bool facesAway = FacesAway(a, b, c);
     if (facesAway && (m_placed.hidesBacks || !mayTurn)) continue;
+    if (const AlphaBand* const band = prepared.BandOf(i / 3)) UseTexture(band->glow);
     const bool swapped = !prepared.perVertexColors && facesAway == prepared.transparent;
     record[0] = a;
     record[1] = swapped ? c : b;

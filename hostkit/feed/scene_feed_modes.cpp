@@ -49,13 +49,15 @@ ColorBuf SceneFeed::PictureMean(int image, std::size_t triangle, int leastAlpha)
 ColorBuf SceneFeed::FaceColor(std::size_t triangle, const Corners& corners) const {
   const PreparedMesh& prepared = *m_placed.prepared;
   ColorBuf color = kWhite;
+  int least = prepared.leastAlpha;
   if (prepared.perVertexColors) {
     const std::vector<ColorBuf>& colors = m_placed.mesh->colors;
     color = Mean(colors[corners.index[0]], colors[corners.index[1]], colors[corners.index[2]]);
+    least = prepared.LeastAlphaAt(color.alpha);
     if (prepared.leastAlpha > 0) color.alpha = color.alpha < prepared.leastVertexAlpha ? 0 : 255;
   }
   if (prepared.image < 0) return color;
-  return Times(color, PictureMean(prepared.image, triangle, prepared.leastAlpha));
+  return Times(color, PictureMean(prepared.image, triangle, least));
 }
 
 // What a triangle of a mesh with an emission picture shines with, from 0 to 1.

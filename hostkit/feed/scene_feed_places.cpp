@@ -52,7 +52,7 @@ bool SceneFeed::Place(const SceneInstance& instance, const UvMap* uvs) {
   m_placed.hidesBacks = !m_placed.prepared->showsBacks && !m_view.settings->showsAllBacks;
   if (m_placed.mesh->positions.empty() || m_placed.prepared->isInvisible) return false;
   M44f toView = instance.toWorld * m_view.worldToView;
-  m_placed.mirrored = Rows(toView).AtUnitSize().Determinant() < 0;
+  m_placed.mirrored = (Rows(toView).AtUnitSize().Determinant() < 0) != m_placed.mesh->isMirrored;
   PlaceVertices(toView, uvs);
   if (!m_placed.prepared->hasNormals) MakeNormals();
   return true;

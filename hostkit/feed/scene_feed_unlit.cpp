@@ -128,7 +128,8 @@ void SceneFeed::FeedColoredTriangles() {
                                m_vertices[corners.index[2]]);
     if (facesAway && m_placed.hidesBacks) continue;
     if (facesAway && prepared.transparent && prepared.closed) continue;  // as the queue does
-    SortedTriangle triangle{0, prepared.texture, {}};
+    const AlphaBand* const band = prepared.BandOf(i / 3);
+    SortedTriangle triangle{0, band ? band->texture : prepared.texture, {}};
     for (int k = 0; k < 3; ++k) {
       const GAVertex& v = m_vertices[corners.index[k]];
       ColorBuf color = LitColor(corners.index[k], facesAway);

@@ -1,8 +1,10 @@
 // ZIP archives.
 #include "hostkit/import/archive.h"
 
+#include <strings.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 
 namespace hostkit {
@@ -70,6 +72,24 @@ bool Archive::Read(const std::string& name, std::uint64_t mostBytes, std::string
   } while (count > 0 && bytes->size() <= mostBytes);
   unzCloseCurrentFile(Get());
   return count == 0;
+}
+
+std::string Archive::FirstWithEnding(const std::string& ending) const {
+  if (!IsOpen()) return {};
+  for (int found = unzGoToFirstFile(Get()); found == UNZ_OK; found = unzGoToNextFile(Get())) {
+    char name[4096];  // what is longer is cut
+    unz_file_info64 info = {};
+    if (unzGetCurrentFileInfo64(Get(), &info, name, sizeof name, nullptr, 0, nullptr, 0) !=
+        UNZ_OK) {
+      break;
+    }
+    const std::size_t length = std::min<std::size_t>(info.size_filename, sizeof name);
+    if (length >= ending.size() &&
+        strncasecmp(name + length - ending.size(), ending.c_str(), ending.size()) == 0) {
+      return {name, length};
+    }
+  }
+  return {};
 }
 
 }  // namespace hostkit

@@ -30,6 +30,9 @@ class Archive {
   /// is broken, or when it has more than `mostBytes`.
   bool Read(const std::string& name, std::uint64_t mostBytes, std::string* bytes) const;
 
+  /// The name of the first entry that ends so, without regard to case; "" when there is none.
+  std::string FirstWithEnding(const std::string& ending) const;
+
  private:
   ArchiveInput m_input;
   std::unique_ptr<void, int (*)(unzFile)> m_archive;

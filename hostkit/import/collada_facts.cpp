@@ -1,55 +1,18 @@
 // What COLLADA files say and the import library does not hand on.
 #include "hostkit/import/collada_facts.h"
 
-#include <strings.h>
-#include <pugixml.hpp>
+#include <string_view>
 
-#include <cmath>
-#include <filesystem>
-#include <utility>
-
+#include "hostkit/import/collada_xml.h"
 #include "hostkit/import/number_text.h"
-#include "hostkit/import/read_meshes.h"
 
 namespace hostkit {
 namespace {
 
-using Elements = std::map<std::string, pugi::xml_node>;  // by identifier
-
-/// Calls `visit` for every element of that name, wherever it is.
-template <class Visit>
-class Walker : public pugi::xml_tree_walker {
- public:
-  Walker(const char* name, Visit visit) : m_name(name), m_visit(std::move(visit)) {}
-  bool for_each(pugi::xml_node& node) override {
-    if (std::string_view(node.name()) == m_name) m_visit(node);
-    return true;
-  }
-
- private:
-  std::string_view m_name;
-  Visit m_visit;
-};
-
-template <class Visit>
-void ForEach(pugi::xml_node root, const char* name, Visit visit) {
-  Walker<Visit> walker(name, std::move(visit));
-  root.traverse(walker);
-}
-
-Elements ById(pugi::xml_node root, const char* name) {
-  Elements elements;
-  ForEach(root, name, [&elements](const pugi::xml_node& node) {
-    elements.emplace(node.attribute("id").value(), node);
-  });
-  return elements;
-}
-
-/// The element that a "#identifier" leads to.
-pugi::xml_node Target(const Elements& elements, const char* url) {
-  const auto found = elements.find(*url == '#' ? url + 1 : url);
-  return found == elements.end() ? pugi::xml_node() : found->second;
-}
+using collada::ById;
+using collada::Elements;
+using collada::ForEach;
+using collada::Target;
 
 float NumberIn(const pugi::xml_node& node) {
   const std::string_view text = Trimmed(node.text().get());
@@ -94,20 +57,21 @@ pugi::xml_node SamplerOf(const pugi::xml_node& effect) {
 
 }  // namespace
 
-ColladaFacts::ColladaFacts(const ModelFiles& files) {
-  const std::string suffix = std::filesystem::path(files.ModelPath()).extension().string();
-  const OpenedFile file = files.OpenModel();
-  FileBytes bytes;
-  pugi::xml_document document;
-  if (strcasecmp(suffix.c_str(), ".dae") != 0 || !file.IsOpen() || !ReadWhole(file, &bytes) ||
-      !document.load_buffer(bytes.bytes.get(), bytes.size)) {
-    return;
-  }
+ColladaFacts::ColladaFacts(const pugi::xml_document& document) {
+  ReadCameras(document);
+  ReadWraps(document);
+  ReadSteps(document);
+}
+
+void ColladaFacts::ReadCameras(const pugi::xml_document& document) {
   const Elements cameras = ById(document, "camera");
   ForEach(document, "instance_camera", [&](const pugi::xml_node& instance) {
     m_cameras.push_back({instance.parent().attribute("id").value(),
                          HeightOf(Target(cameras, instance.attribute("url").value()))});
   });
+}
+
+void ColladaFacts::ReadWraps(const pugi::xml_document& document) {
   const Elements effects = ById(document, "effect");
   std::map<std::string, Wraps> byEffect;  // looked into once, however many materials use it
   ForEach(document, "material", [&](const pugi::xml_node& material) {
@@ -121,6 +85,25 @@ ColladaFacts::ColladaFacts(const ModelFiles& files) {
     m_wraps.emplace(material.attribute("id").value(), wraps);
     m_wraps.emplace(material.attribute("name").value(), wraps);
   });
+}
+
+/// Nodes some of whose keys are no steps are left to the library's straight lines.
+void ColladaFacts::ReadSteps(const pugi::xml_document& document) {
+  const Elements sources = ById(document, "source"), samplers = ById(document, "sampler");
+  const Elements nodes = ById(document, "node");
+  std::set<std::string> others;
+  ForEach(document, "channel", [&](const pugi::xml_node& channel) {
+    const pugi::xml_node sampler = Target(samplers, channel.attribute("source").value());
+    const bool isStepped =
+        collada::AreSteps(Target(sources, collada::InputOf(sampler, "INTERPOLATION")));
+    const std::string_view target = channel.attribute("target").value();
+    const std::string id(target.substr(0, target.find('/')));
+    for (const std::string& name :
+         {id, std::string(Target(nodes, id.c_str()).attribute("name").value())}) {
+      if (!name.empty()) (isStepped ? m_stepped : others).insert(name);
+    }
+  });
+  for (const std::string& name : others) m_stepped.erase(name);
 }
 
 float ColladaFacts::ParallelHeight(const std::string& name, std::size_t index,

@@ -81,6 +81,7 @@ class MotionImport {
   void AddCameras();
   void AddLights(const std::vector<const aiLight*>& lights);
   void AddAnimations();
+  void AddMorphKeys();
 
  private:
   const aiScene& Source() const { return *m_context.source; }
@@ -95,6 +96,8 @@ class MotionImport {
   bool IsOf(const aiString& keys, std::size_t deformation) const;
   void AddChannel(const aiNodeAnim& source, double ticksPerSecond, SceneAnimation& animation);
   void AddWeights(const aiMeshMorphAnim& source, double ticksPerSecond, SceneAnimation& animation);
+  static void AddWeightChannel(WeightChannel channel, std::size_t deformation,
+                               SceneAnimation& animation);
 
   // From a node that is not animated to the nearest one above it that is.
   struct Way {
@@ -294,6 +297,9 @@ void MotionImport::AddChannel(const aiNodeAnim& source, double ticksPerSecond,
            channel.translations.keys);
   CopyKeys(source.mRotationKeys, source.mNumRotationKeys, ticksPerSecond, channel.rotations.keys);
   CopyKeys(source.mScalingKeys, source.mNumScalingKeys, ticksPerSecond, channel.scales.keys);
+  if (m_context.collada && m_context.collada->HasSteps(node->mName.C_Str())) {
+    channel.translations.curve = channel.rotations.curve = channel.scales.curve = KeyCurve::kStep;
+  }
   animation.duration = std::max({animation.duration, LastTime(channel.translations.keys),
                                  LastTime(channel.rotations.keys), LastTime(channel.scales.keys)});
   animation.channels.push_back(std::move(channel));
@@ -314,11 +320,29 @@ void MotionImport::AddWeights(const aiMeshMorphAnim& source, double ticksPerSeco
   for (std::size_t d = 0; d < m_motion.deformations.size(); ++d) {
     const std::vector<float>& rest = m_motion.deformations[d].weights;
     if (rest.empty() || !IsOf(source.mName, d)) continue;
-    WeightChannel channel = ImportShapeKeys(source, ticksPerSecond, rest);
-    if (channel.times.empty()) continue;
-    channel.deformation = static_cast<int>(d);
-    animation.duration = std::max(animation.duration, channel.times.back());
-    animation.weights.push_back(std::move(channel));
+    AddWeightChannel(ImportShapeKeys(CollectShapeKeys(source, ticksPerSecond), rest), d, animation);
+  }
+}
+
+void MotionImport::AddWeightChannel(WeightChannel channel, std::size_t deformation,
+                                    SceneAnimation& animation) {
+  if (channel.times.empty()) return;
+  channel.deformation = static_cast<int>(deformation);
+  animation.duration = std::max(animation.duration, channel.times.back());
+  animation.weights.push_back(std::move(channel));
+}
+
+/// Keys of morph controllers go with the first animation.
+void MotionImport::AddMorphKeys() {
+  for (std::size_t d = 0; m_context.morphs && d < m_motion.deformations.size(); ++d) {
+    const std::vector<std::uint32_t>* numbers = nullptr;
+    const ColladaMorph* const morph = m_context.morphs->Of(*m_sources[d], &numbers);
+    const std::vector<float>& rest = m_motion.deformations[d].weights;
+    if (!morph || morph->keys.empty() || rest.empty()) continue;
+    if (m_motion.animations.empty()) m_motion.animations.emplace_back();
+    WeightChannel channel = ImportShapeKeys(morph->keys, rest);
+    if (morph->areSteps) channel.curve = KeyCurve::kStep;
+    AddWeightChannel(std::move(channel), d, m_motion.animations[0]);
   }
 }
 
@@ -352,6 +376,7 @@ void ImportMotion(const ImportContext& context, const std::vector<int>& meshes,
   motion.AddCameras();
   motion.AddLights(lights);
   motion.AddAnimations();
+  motion.AddMorphKeys();
 }
 
 }  // namespace hostkit

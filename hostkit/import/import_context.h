@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "hostkit/import/collada_facts.h"
+#include "hostkit/import/collada_morphs.h"
 #include "hostkit/import/import_pictures.h"
 #include "hostkit/scene/recentre.h"
 #include "hostkit/scene/scene.h"
@@ -27,6 +28,7 @@ struct ImportContext {
   Scene* scene = nullptr;
   ExactPlaces* places = nullptr;          ///< Of what is in the scene.
   const ColladaFacts* collada = nullptr;  ///< Of COLLADA alone.
+  const ColladaMorphs* morphs = nullptr;  ///< Likewise.
 
   /// Adds a warning line, once however often it is given.
   void Warn(std::string line) const { AddWarning(*scene, std::move(line)); }

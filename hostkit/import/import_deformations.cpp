@@ -140,6 +140,19 @@ void AddTargets(const ImportContext& context, const aiMesh& source, SceneDeforma
   }
 }
 
+/// The shapes of a morph controller. Normals stay as they are.
+void AddMorph(const ImportContext& context, const aiMesh& source, SceneDeformation& deformation) {
+  const std::vector<std::uint32_t>* numbers = nullptr;
+  const ColladaMorph* morph = context.morphs ? context.morphs->Of(source, &numbers) : nullptr;
+  if (!morph || numbers->size() != source.mNumVertices) return;
+  deformation.weights = morph->weights;
+  for (const std::vector<V3f>& ways : morph->ways) {
+    MorphTarget& target = deformation.targets.emplace_back();
+    target.positions.reserve(numbers->size());
+    for (const std::uint32_t number : *numbers) target.positions.push_back(ways[number]);
+  }
+}
+
 /// Behind the values of all vertices, `each` a vertex, those of the copies.
 template <class Value>
 void Repeat(std::vector<Value>& values, const std::vector<std::uint32_t>& copies,
@@ -155,11 +168,12 @@ void Repeat(std::vector<Value>& values, const std::vector<std::uint32_t>& copies
 
 void ImportDeformation(const ImportContext& context, const aiMesh& source,
                        const std::vector<std::uint32_t>& copies, int mesh) {
-  if (source.mNumBones == 0 && source.mNumAnimMeshes == 0) return;
+  if (source.mNumBones == 0 && source.mNumAnimMeshes == 0 && !context.morphs) return;
   const SceneMesh& made = context.scene->meshes[static_cast<std::size_t>(mesh)];
   SceneDeformation deformation;
   deformation.mesh = mesh;
   AddTargets(context, source, deformation);
+  if (deformation.targets.empty()) AddMorph(context, source, deformation);
   AddInfluences(context, source, deformation);
   if (deformation.targets.empty() && deformation.joints.empty()) return;
   deformation.positions = made.positions;

@@ -14,6 +14,7 @@
 
 #include "hostkit/scene/directions.h"
 #include "hostkit/scene/vertex_places.h"
+#include "hostkit/services/share_work.h"
 
 namespace hostkit {
 namespace {
@@ -29,6 +30,7 @@ constexpr float kCosHalfCrease = 0.867f;
 constexpr std::uint32_t kMostAround = 512;
 constexpr float kCosSameNormal = 0.999f;  // corners closer than this share a vertex
 const V3f kAnyDirection(0, 1, 0);
+constexpr std::size_t kTrianglesAPiece = 32768;  // or places: less does not pay a thread
 
 /// A power of two that brings the mesh to a size of about 1: squares of squares of coordinates, in
 /// whatever units, would leave the range of a float.
@@ -59,17 +61,23 @@ V3f FacingOf(const SceneMesh& mesh, std::size_t triangle, const V3f& areaNormal,
   return length > kThinnest * longest && std::isfinite(length) ? areaNormal / length : V3f(0.0f);
 }
 
+/// What a triangle gives to the normals around it.
+struct Facing {
+  V3f area;       ///< See AreaNormal.
+  V3f direction;  ///< See FacingOf.
+};
+
 /// The normal of a corner of `triangle`: the mean, by area, of those around its place that face
 /// about the same way; a triangle that faces no way takes the mean of all.
-V3f CornerNormal(const std::vector<V3f>& areas, const std::vector<V3f>& facings,
-                 std::size_t triangle, std::span<const std::uint32_t> around) {
-  const V3f& own = facings[triangle];
+V3f CornerNormal(const std::vector<Facing>& facings, std::size_t triangle,
+                 std::span<const std::uint32_t> around) {
+  const V3f& own = facings[triangle].direction;
   if (around.size() > kMostAround) return UnitOr(own, kAnyDirection);
   const float least = own == V3f(0.0f) ? -1 : kCosCrease;
   V3f sum(0.0f);
   for (std::uint32_t other : around) {
-    const bool hasFacing = facings[other] != V3f(0.0f);
-    if (hasFacing && facings[other].dot(own) >= least) sum += areas[other];
+    const V3f& direction = facings[other].direction;
+    if (direction != V3f(0.0f) && direction.dot(own) >= least) sum += facings[other].area;
   }
   return UnitOr(sum, kAnyDirection);
 }
@@ -100,17 +108,16 @@ Surroundings FindSurroundings(const SceneMesh& mesh, const std::vector<std::uint
 
 /// The normal that all corners of a place have, where its triangles face about the same way; zero
 /// where they have to be looked at one by one.
-V3f PlaceNormal(const std::vector<V3f>& areas, const std::vector<V3f>& facings,
-                std::span<const std::uint32_t> around) {
+V3f PlaceNormal(const std::vector<Facing>& facings, std::span<const std::uint32_t> around) {
   if (around.size() > kMostAround) return V3f(0.0f);
   V3f sum(0.0f);
   for (std::uint32_t triangle : around) {
-    if (facings[triangle] != V3f(0.0f)) sum += areas[triangle];
+    if (facings[triangle].direction != V3f(0.0f)) sum += facings[triangle].area;
   }
   const V3f normal = UnitOr(sum, V3f(0.0f));
   const bool isSmooth = std::all_of(around.begin(), around.end(), [&](std::uint32_t triangle) {
-    const V3f& facing = facings[triangle];
-    return facing == V3f(0.0f) || facing.dot(normal) >= kCosHalfCrease;
+    const V3f& direction = facings[triangle].direction;
+    return direction == V3f(0.0f) || direction.dot(normal) >= kCosHalfCrease;
   });
   return isSmooth ? normal : V3f(0.0f);
 }
@@ -172,26 +179,25 @@ class CornerVertices {
 std::vector<std::uint32_t> MakeNormals(SceneMesh& mesh) {
   const std::size_t triangleCount = mesh.triangles.size() / 3;
   const float unit = UnitOf(mesh);
-  std::vector<V3f> areas, facings;
-  areas.reserve(triangleCount);
-  facings.reserve(triangleCount);
-  for (std::size_t t = 0; t < triangleCount; ++t) {
-    areas.push_back(AreaNormal(mesh, t, unit));
-    facings.push_back(FacingOf(mesh, t, areas.back(), unit));
-  }
+  std::vector<Facing> facings(triangleCount);
+  ShareRanges(triangleCount, kTrianglesAPiece, [&](std::size_t begin, std::size_t end) {
+    for (std::size_t t = begin; t < end; ++t) {
+      facings[t].area = AreaNormal(mesh, t, unit);
+      facings[t].direction = FacingOf(mesh, t, facings[t].area, unit);
+    }
+  });
   std::size_t placeCount = 0;
   const std::vector<std::uint32_t> places = NumberPlaces(mesh.positions, &placeCount);
   const Surroundings around = FindSurroundings(mesh, places, placeCount);
-  std::vector<V3f> shared;
-  shared.reserve(placeCount);
-  for (std::size_t p = 0; p < placeCount; ++p) {
-    shared.push_back(PlaceNormal(areas, facings, around.At(p)));
-  }
+  std::vector<V3f> shared(placeCount);
+  ShareRanges(placeCount, kTrianglesAPiece, [&](std::size_t begin, std::size_t end) {
+    for (std::size_t p = begin; p < end; ++p) shared[p] = PlaceNormal(facings, around.At(p));
+  });
   CornerVertices corners(mesh);
   for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
     const std::uint32_t place = places[mesh.triangles[i]];
     V3f normal = shared[place];
-    if (normal == V3f(0.0f)) normal = CornerNormal(areas, facings, i / 3, around.At(place));
+    if (normal == V3f(0.0f)) normal = CornerNormal(facings, i / 3, around.At(place));
     mesh.triangles[i] = corners.VertexFor(mesh.triangles[i], normal);
   }
   return corners.TakeCopies();

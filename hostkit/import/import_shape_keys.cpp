@@ -14,26 +14,16 @@ namespace {
 // Weights that a channel may have, whatever its keys; and for each key, beyond that.
 constexpr std::size_t kMostWeights = 1 << 20, kMostForEachKey = 64;
 
-struct ShapeKey {
-  double time = 0;
-  float weight = 0;
-};
 using ShapeKeys = std::vector<ShapeKey>;
 
 /// The usable keys of each target, by time. `*times` gets all of their times.
-std::vector<ShapeKeys> CollectKeys(const aiMeshMorphAnim& source, double ticksPerSecond,
-                                   std::size_t targets, std::vector<double>* times) {
+std::vector<ShapeKeys> SortKeys(const ShapeKeys& all, std::size_t targets,
+                                std::vector<double>* times) {
   std::vector<ShapeKeys> keys(targets);
-  for (unsigned k = 0; source.mKeys && k < source.mNumKeys; ++k) {
-    const aiMeshMorphKey& key = source.mKeys[k];
-    const double time = key.mTime / ticksPerSecond;
-    if (!std::isfinite(time) || !key.mValues || !key.mWeights) continue;
-    for (unsigned i = 0; i < key.mNumValuesAndWeights; ++i) {
-      const auto weight = static_cast<float>(key.mWeights[i]);
-      if (key.mValues[i] >= targets || !std::isfinite(weight)) continue;
-      keys[key.mValues[i]].push_back({time, weight});
-      times->push_back(time);
-    }
+  for (const ShapeKey& key : all) {
+    if (key.target >= targets || !std::isfinite(key.time) || !std::isfinite(key.weight)) continue;
+    keys[key.target].push_back(key);
+    times->push_back(key.time);
   }
   for (ShapeKeys& each : keys) {
     std::stable_sort(each.begin(), each.end(),
@@ -59,11 +49,23 @@ float WeightAt(const ShapeKeys& keys, double time) {
 
 }  // namespace
 
-WeightChannel ImportShapeKeys(const aiMeshMorphAnim& source, double ticksPerSecond,
-                              const std::vector<float>& rest) {
+std::vector<ShapeKey> CollectShapeKeys(const aiMeshMorphAnim& source, double ticksPerSecond) {
+  ShapeKeys keys;
+  for (unsigned k = 0; source.mKeys && k < source.mNumKeys; ++k) {
+    const aiMeshMorphKey& key = source.mKeys[k];
+    if (!key.mValues || !key.mWeights) continue;
+    for (unsigned i = 0; i < key.mNumValuesAndWeights; ++i) {
+      keys.push_back(
+          {key.mTime / ticksPerSecond, key.mValues[i], static_cast<float>(key.mWeights[i])});
+    }
+  }
+  return keys;
+}
+
+WeightChannel ImportShapeKeys(const std::vector<ShapeKey>& all, const std::vector<float>& rest) {
   WeightChannel channel;
   std::vector<double> times;
-  const std::vector<ShapeKeys> keys = CollectKeys(source, ticksPerSecond, rest.size(), &times);
+  const std::vector<ShapeKeys> keys = SortKeys(all, rest.size(), &times);
   std::size_t count = 0;
   for (const ShapeKeys& each : keys) count += each.size();
   if (times.size() * rest.size() > kMostWeights + count * kMostForEachKey) return channel;

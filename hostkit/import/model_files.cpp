@@ -21,6 +21,8 @@
 #include <system_error>
 #include <utility>
 
+#include "hostkit/services/without_controls.h"
+
 namespace hostkit {
 
 /// A reference taken apart.
@@ -201,15 +203,7 @@ std::string NameForMessage(const std::string& name) {
   std::size_t length = std::min(name.size(), kLongest);
   // Not in the middle of a character of UTF-8.
   while (length > 0 && length < name.size() && (name[length] & 0xC0) == 0x80) --length;
-  std::string shown = name.substr(0, length);
-  for (std::size_t i = 0; i < shown.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(shown[i]);
-    const bool isSecondControl =
-        byte == 0xC2 && i + 1 < shown.size() && (shown[i + 1] & 0xE0) == 0x80;
-    if (isSecondControl) shown[i + 1] = '?';
-    if (byte < 0x20 || byte == 0x7F || isSecondControl) shown[i] = '?';
-  }
-  return shown;
+  return WithoutControls(std::string_view(name).substr(0, length), '?');
 }
 
 ModelFiles::ModelFiles(const std::string& modelPath, FileReach reach)

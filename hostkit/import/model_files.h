@@ -42,7 +42,8 @@ struct OpenedFile {
 /// All bytes of a file; false when it is shorter by now than it was, or cannot be read.
 bool ReadWhole(const OpenedFile& file, std::vector<unsigned char>* bytes);
 
-/// A name out of a file as a message may show it: 200 bytes at most, without control characters.
+/// A name out of a file as a message may show it: 200 bytes at most, without what
+/// steers terminals or turns text around (see WithoutControls).
 std::string NameForMessage(const std::string& name);
 
 /// Finds and opens what a model names, and nothing else. What it names may lie below the model's

@@ -2,6 +2,7 @@
 #include "hostkit/import/model_import.h"
 
 #include <assimp/importerdesc.h>
+#include <assimp/material.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 #include <fmt/format.h>
@@ -14,11 +15,13 @@
 #include <filesystem>
 #include <new>
 #include <optional>
+#include <sstream>
 #include <system_error>
 #include <utility>
 #include <vector>
 
 #include "hostkit/import/archive_check.h"
+#include "hostkit/import/collada_xml.h"
 #include "hostkit/import/gltf/gltf_reader.h"
 #include "hostkit/import/import_animations.h"
 #include "hostkit/import/import_checks.h"
@@ -95,10 +98,50 @@ bool CheckArchive(const ModelFiles& files, std::string* error) {
   return fault.empty();
 }
 
+/// Pictures that are laid on as on a sphere, a cylinder or a plane get texture coordinates. The
+/// library does that for meshes alone whose corners share no vertices, and refuses others.
+unsigned StepsFor(const aiScene& source) {
+  if ((source.mFlags & AI_SCENE_FLAGS_NON_VERBOSE_FORMAT) != 0) return kSteps;
+  for (unsigned m = 0; m < source.mNumMaterials; ++m) {
+    const aiMaterial& material = *source.mMaterials[m];
+    for (unsigned p = 0; p < material.mNumProperties; ++p) {
+      const aiMaterialProperty& property = *material.mProperties[p];
+      int mapping = aiTextureMapping_UV;
+      if (std::strcmp(property.mKey.C_Str(), _AI_MATKEY_MAPPING_BASE) == 0 &&
+          material.Get(_AI_MATKEY_MAPPING_BASE, property.mSemantic, property.mIndex, mapping) ==
+              aiReturn_SUCCESS &&
+          mapping != aiTextureMapping_UV) {
+        return kSteps | aiProcess_GenUVCoords;
+      }
+    }
+  }
+  return kSteps;
+}
+
+/// What is taken of a COLLADA file before the import library reads it.
+struct ColladaSource {
+  std::optional<ColladaFacts> facts;
+  ColladaMorphs morphs;
+  std::string replaced;  ///< What the library reads instead; empty: the file.
+
+  void Load(const ModelFiles& files) {
+    pugi::xml_document document;
+    if (!collada::Load(files, document)) return;
+    facts.emplace(document);
+    // What is in archives is the library's, with pictures and all.
+    const std::string suffix = fs::path(files.ModelPath()).extension().string();
+    if (strcasecmp(suffix.c_str(), ".dae") != 0 || !morphs.TakeFrom(document)) return;
+    std::ostringstream text;
+    document.save(text, "", pugi::format_raw);
+    replaced = std::move(text).str();
+  }
+};
+
 /// Reads the file, checks what was read, and then takes the steps. `*warnings` gets a line for each
 /// thing that is not as the file says.
 const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
-                          std::vector<std::string>* warnings, std::string* error) {
+                          ColladaSource& collada, std::vector<std::string>* warnings,
+                          std::string* error) {
   const std::string& path = files.ModelPath();
   const std::string suffix = fs::path(path).extension().string();
   if (!importer.IsExtensionSupported(suffix)) {
@@ -109,13 +152,17 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
     return nullptr;
   }
   if (!CheckArchive(files, error)) return nullptr;
-  importer.SetIOHandler(new ModelIo(files, *warnings));  // the importer's from here on
+  collada.Load(files);
+  // The importer's from here on.
+  importer.SetIOHandler(new ModelIo(files, collada.replaced, *warnings));
   const aiScene* source = importer.ReadFile(path, 0);
   if (source) {
     // The importer owns it, and hands it out for reading only; nothing else refers to it yet.
-    const std::size_t dropped = CheckSource(const_cast<aiScene&>(*source));
+    auto& mutableSource = const_cast<aiScene&>(*source);
+    const std::size_t dropped = CheckSource(mutableSource);
+    collada.morphs.TakeNumbers(mutableSource);
     if (dropped > 0) warnings->push_back(MissingVerticesText(path, dropped));
-    source = importer.ApplyPostProcessing(kSteps);
+    source = importer.ApplyPostProcessing(StepsFor(*source));
   }
   if (source) return source;
   // A file that it names and does not get is likely to be why, and tells the remedy.
@@ -155,14 +202,15 @@ bool ReadByLibrary(const ModelSource& source, std::string* error) {
   auto owner = std::make_unique<Assimp::Importer>();
   Assimp::Importer& importer = source.options.leavesMemory ? *owner.release() : *owner;
   ImportContext context;
-  context.source = ReadSource(importer, source.files, &source.scene.warnings, error);
+  ColladaSource collada;
+  context.source = ReadSource(importer, source.files, collada, &source.scene.warnings, error);
   if (!context.source) return false;
   context.path = source.files.ModelPath();
   context.format = FormatOf(importer);
   context.scene = &source.scene;
   context.places = &source.places;
-  std::optional<ColladaFacts> collada;
-  if (context.format == SourceFormat::kCollada) context.collada = &collada.emplace(source.files);
+  if (collada.facts) context.collada = &*collada.facts;
+  if (!collada.replaced.empty()) context.morphs = &collada.morphs;
   if (context.collada && (context.source->mFlags & AI_SCENE_FLAGS_INCOMPLETE) != 0) {
     // The library puts pyramids between the nodes of such files.
     context.Warn(

@@ -102,6 +102,11 @@ bool ModelIo::Exists(const char* path) const {
 
 Assimp::IOStream* ModelIo::Open(const char* path, const char* mode) {
   if (std::strpbrk(mode, "wa+")) return nullptr;
+  if (!m_model.empty() && path == m_files.ModelPath()) {
+    // For reading alone, whatever the type of the pointer.
+    FilePtr text(fmemopen(const_cast<char*>(m_model.data()), m_model.size(), "rb"), std::fclose);
+    return text ? new ModelStream(std::move(text), m_model.size()) : nullptr;
+  }
   OpenedFile opened = Find(path);
   if (!opened.IsOpen()) return nullptr;
   // The model itself was checked before the library heard of it.

@@ -13,10 +13,11 @@ namespace hostkit {
 /// Hands the import library files of `files` and no others, for reading alone.
 class ModelIo : public Assimp::IOSystem {
  public:
-  /// Neither is owned, and both must outlive the object. `faults` gets one line, once, for each
+  /// None is owned, and all must outlive the object. `faults` gets one line, once, for each
   /// file that a model names and does not get, other than those that are not there; 100 at most.
-  ModelIo(const ModelFiles& files, std::vector<std::string>& faults)
-      : m_files(files), m_faults(faults) {}
+  /// Unless it is empty, `model` are the bytes that the model is taken to have.
+  ModelIo(const ModelFiles& files, const std::string& model, std::vector<std::string>& faults)
+      : m_files(files), m_model(model), m_faults(faults) {}
 
   bool Exists(const char* path) const override;
   char getOsSeparator() const override { return '/'; }
@@ -34,6 +35,7 @@ class ModelIo : public Assimp::IOSystem {
   void Tell(const std::string& reference, std::string line) const;
 
   const ModelFiles& m_files;
+  const std::string& m_model;
   std::vector<std::string>& m_faults;
   mutable std::vector<std::string> m_told;  ///< Names without "..", that no more is said of.
   std::set<FileId> m_checked;               ///< Files that are no archives, or good ones.

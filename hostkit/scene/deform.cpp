@@ -4,15 +4,13 @@
 #include <Imath/ImathVec.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <exception>
-#include <thread>
 
 #include "hostkit/scene/directions.h"
+#include "hostkit/services/share_work.h"
 
 namespace hostkit {
 namespace {
@@ -25,7 +23,6 @@ using Imath::V3f;
 constexpr std::size_t kPiece = 1024;
 // A thread of its own pays from about this many vertices on.
 constexpr std::size_t kVerticesAThread = 32768;
-constexpr std::size_t kMostThreads = 16;
 // Squared lengths between which normals can be divided by their length as floats.
 constexpr float kLeastSquare = 1e-30f, kMostSquare = 1e30f;
 
@@ -124,6 +121,7 @@ class MeshDeformer {
   void Morph(std::size_t first, std::size_t count, Vertices& vertices) const;
   void Skin(std::size_t first, std::size_t count, Vertices& vertices) const;
   Rows BlendedRows(std::size_t vertex) const;
+  bool IsMirrored() const;
 
   const SceneDeformation& m_from;
   const DeformationPose& m_pose;
@@ -139,6 +137,23 @@ MeshDeformer::MeshDeformer(const DeformedMesh& deformed)
   }
   m_joints.reserve(m_pose.jointsToPosed.size());
   for (const M44f& matrix : m_pose.jointsToPosed) m_joints.push_back(RowsOf(matrix));
+  m_mesh.isMirrored = IsMirrored();
+}
+
+/// Whether most of the mesh follows joints that mirror.
+bool MeshDeformer::IsMirrored() const {
+  std::vector<bool> mirrors;
+  mirrors.reserve(m_joints.size());
+  for (const Rows& joint : m_joints) {
+    const V3d x = ToDoubles(joint.x), y = ToDoubles(joint.y), z = ToDoubles(joint.z);
+    mirrors.push_back(x.dot(y.cross(z)) < 0);
+  }
+  if (std::find(mirrors.begin(), mirrors.end(), true) == mirrors.end()) return false;
+  double balance = 0;
+  for (std::size_t i = 0; i < m_from.vertexJoints.size(); ++i) {
+    balance += mirrors[m_from.vertexJoints[i]] ? m_from.vertexWeights[i] : -m_from.vertexWeights[i];
+  }
+  return balance > 0;
 }
 
 void MeshDeformer::Morph(std::size_t first, std::size_t count, Vertices& vertices) const {
@@ -202,24 +217,6 @@ void MeshDeformer::DeformPiece(std::size_t piece) const {
   }
 }
 
-/// Runs `work` for all numbers below `count`, by as many threads at most.
-template <class Work>
-void Share(std::size_t count, std::size_t threads, const Work& work) {
-  std::atomic<std::size_t> next = 0;
-  const auto run = [&] {
-    for (std::size_t i = next++; i < count; i = next++) work(i);
-  };
-  std::vector<std::thread> others;
-  others.reserve(threads);
-  try {
-    while (others.size() + 1 < threads) others.emplace_back(run);
-  } catch (const std::exception&) {
-    // The system has no more threads: those that there are do all of it.
-  }
-  run();
-  for (std::thread& other : others) other.join();
-}
-
 /// Whether the pose can be taken: a mesh whose joints or weights are beyond the numbers stays.
 bool IsUsable(const DeformationPose& pose) {
   return std::all_of(pose.weights.begin(), pose.weights.end(),
@@ -246,11 +243,8 @@ void DeformMeshes(const std::vector<DeformedMesh>& meshes) {
     for (std::size_t i = 0; i < deformer.PieceCount(); ++i) pieces.push_back({&deformer, i});
     vertices += deformer.VertexCount();
   }
-  const std::size_t processors = std::max(std::thread::hardware_concurrency(), 1u);
-  const std::size_t threads =
-      std::min({processors, kMostThreads, std::max<std::size_t>(vertices / kVerticesAThread, 1)});
-  Share(pieces.size(), threads,
-        [&](std::size_t i) { pieces[i].deformer->DeformPiece(pieces[i].number); });
+  ShareWork(pieces.size(), std::max<std::size_t>(vertices / kVerticesAThread, 1),
+            [&](std::size_t i) { pieces[i].deformer->DeformPiece(pieces[i].number); });
 }
 
 std::vector<const SceneDeformation*> DeformationsByMesh(const Scene& scene) {

@@ -26,8 +26,9 @@ struct DeformedMesh {
 };
 
 /// Puts positions and unit normals of the meshes, each of which is named once, where their poses
-/// have them; large ones on all processors. A vertex that would come out not finite stays as it is
-/// in the mesh, and a normal that would lose its length keeps its direction from before.
+/// have them, and tells whether they are mirrored; large ones on all processors. A vertex that
+/// would come out not finite stays as it is in the mesh, and a normal that would lose its length
+/// keeps its direction from before.
 void DeformMeshes(const std::vector<DeformedMesh>& meshes);
 
 /// The deformation of each of the scene's meshes; null where it has none.

@@ -61,6 +61,8 @@ struct SceneMesh {
   std::vector<Imath::V2f> uvs;      ///< v = 0 is the image's row 0.
   std::vector<ColorBuf> colors;     ///< Multiplied into the material's base colour.
   bool colorsHaveAlpha = false;     ///< Some vertex colour is not opaque.
+  /// Its joints mirror it: front faces are clockwise, and normals point inwards.
+  bool isMirrored = false;
   std::vector<std::uint32_t> triangles;  ///< Three indices each.
   std::vector<std::uint32_t> lines;      ///< Two indices each.
   std::vector<std::uint32_t> points;     ///< One index each.

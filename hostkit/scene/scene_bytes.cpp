@@ -197,6 +197,7 @@ void TransferMesh(Stream& stream, Part& mesh) {
   stream.Array(mesh.uvs);
   stream.Array(mesh.colors);
   stream.Flag(mesh.colorsHaveAlpha);
+  stream.Flag(mesh.isMirrored);
   stream.Array(mesh.triangles);
   stream.Array(mesh.lines);
   stream.Array(mesh.points);

@@ -3,26 +3,23 @@
 
 #include <cxxabi.h>
 #include <dlfcn.h>
-#include <elf.h>
 #include <fmt/format.h>
-#include <link.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
-#include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <string_view>
 #include <system_error>
 #include <vector>
 
 #include "host/GADriver.h"
 #include "host/Services.h"
+#include "host/Version.h"
 #include "hostkit/services/current_driver.h"
+#include "hostkit/services/driver_watch.h"
+#include "hostkit/services/module_file.h"
 #include "platform/win32.h"
 
 namespace hostkit {
@@ -30,73 +27,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kModuleName = "OpenGL3.so";
-constexpr const char* kSearchPath = "GL3_MODULE_PATH";
-
 using DllMainFunction = int (*)(HINSTANCE, DWORD, void*);
 
 struct LibraryCloser {
   void operator()(void* library) const { dlclose(library); }
 };
 using Library = std::unique_ptr<void, LibraryCloser>;
-
-/// Reads `count` bytes from `offset` of a file.
-bool ReadAt(std::ifstream& file, std::uint64_t offset, void* to, std::size_t count) {
-  file.seekg(static_cast<std::streamoff>(offset));
-  return static_cast<bool>(file.read(static_cast<char*>(to), static_cast<std::streamsize>(count)));
-}
-
-bool IsElf(const ElfW(Ehdr) & header) {
-  return std::memcmp(header.e_ident, ELFMAG, SELFMAG) == 0;
-}
-
-/// Whether the file holds all that its program headers promise. The system's loader maps what they
-/// say, and a library that was cut short ends the process with a bus error.
-bool IsWhole(std::ifstream& file, const ElfW(Ehdr) & header, std::uint64_t size) {
-  for (unsigned i = 0; i < header.e_phnum; ++i) {
-    ElfW(Phdr) segment;
-    if (!ReadAt(file, header.e_phoff + std::uint64_t{i} * header.e_phentsize, &segment,
-                sizeof segment)) {
-      return false;
-    }
-    if (segment.p_type != PT_LOAD) continue;
-    if (segment.p_offset > size || segment.p_filesz > size - segment.p_offset) return false;
-  }
-  return true;
-}
-
-/// Why the file at `path` is no library for this process, with the remedy; empty when it may be.
-std::string WhyNotALibrary(const std::string& path) {
-  std::error_code error;
-  const fs::file_status status = fs::status(path, error);
-  if (!fs::exists(status)) {
-    const bool missing = status.type() == fs::file_type::not_found;
-    return fmt::format("{}; build the module, or set {} to its folder",
-                       missing ? "there is no such file" : error.message(), kSearchPath);
-  }
-  if (!fs::is_regular_file(status)) return "it is not a file; name the module's file itself";
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return fmt::format("{}; make it readable", std::strerror(errno));
-
-  ElfW(Ehdr) header{}, own{};
-  if (!ReadAt(file, 0, &header, sizeof header) || !IsElf(header)) {
-    return fmt::format("it is not a shared library; name a build of {}", kModuleName);
-  }
-  std::ifstream self("/proc/self/exe", std::ios::binary);
-  const bool knowSelf = ReadAt(self, 0, &own, sizeof own) && IsElf(own);
-  if (knowSelf &&
-      (header.e_machine != own.e_machine || header.e_ident[EI_CLASS] != own.e_ident[EI_CLASS] ||
-       header.e_ident[EI_DATA] != own.e_ident[EI_DATA])) {
-    return "it is built for another machine; build it for this one";
-  }
-  if (header.e_type != ET_DYN) {
-    return fmt::format("it is not a shared library; name a build of {}", kModuleName);
-  }
-  if (!IsWhole(file, header, fs::file_size(path, error))) {
-    return "the file is cut short; build or copy it again";
-  }
-  return {};
-}
 
 std::string Demangle(const std::string& symbol) {
   int status = 0;
@@ -140,15 +76,20 @@ GADriver* MakeDriver(CreateDriverFunction create, std::string* why) {
   return nullptr;
 }
 
+/// One of the module's three exports; null when it has none of this version.
+void* Entry(void* library, const char* name) {
+  return dlvsym(library, name, kHostVersion);
+}
+
 void CallDllMain(void* library, DWORD reason, int* result) {
-  const auto dllMain = reinterpret_cast<DllMainFunction>(dlsym(library, "DllMain"));
+  const auto dllMain = reinterpret_cast<DllMainFunction>(Entry(library, "DllMain"));
   if (dllMain) *result = dllMain(static_cast<HINSTANCE>(library), reason, nullptr);
 }
 
 /// Opens the library at `path` and tells it that it was attached; null with the reason and remedy
 /// in `*why`.
 Library OpenLibrary(const std::string& path, std::string* why) {
-  *why = WhyNotALibrary(path);
+  *why = WhyNotAModule(path);
   if (!why->empty()) return nullptr;
   // A path without a slash would be searched for among the system's libraries.
   const std::string place = path.find('/') == std::string::npos ? "./" + path : path;
@@ -160,7 +101,7 @@ Library OpenLibrary(const std::string& path, std::string* why) {
     return nullptr;
   }
   for (const char* name : {"DllMain", "CreateDriver"}) {
-    if (dlsym(library.get(), name)) continue;
+    if (Entry(library.get(), name)) continue;
     *why = MissingExport(name);
     return nullptr;
   }
@@ -181,13 +122,14 @@ std::unique_ptr<LoadedModule> LoadedModule::Load(const std::string& path, std::s
   GADriver* driver = nullptr;
   if (library) {
     const auto create =
-        reinterpret_cast<CreateDriverFunction>(dlsym(library.get(), "CreateDriver"));
+        reinterpret_cast<CreateDriverFunction>(Entry(library.get(), "CreateDriver"));
     driver = MakeDriver(create, &why);
   }
   if (!driver) {
     if (error) *error = fmt::format("{}: cannot load the module: {}", path, why);
     return nullptr;
   }
+  ShowToWatch(driver);
   std::unique_ptr<LoadedModule> module(new LoadedModule(path, library.release()));
   module->m_driver = driver;
   module->m_previousDriver = SetDriver(driver);
@@ -207,20 +149,39 @@ void* LoadedModule::Symbol(const char* name) const {
   return dlsym(m_library, name);
 }
 
+std::string HostKitFolder() {
+  Dl_info self{};
+  const bool isKnown = dladdr(reinterpret_cast<const void*>(&HostKitFolder), &self) != 0;
+  const std::string library = isKnown && self.dli_fname ? self.dli_fname : "";
+  const std::size_t slash = library.rfind('/');
+  if (slash == std::string::npos) return {};
+  return fs::path(library.substr(0, slash + 1)).lexically_normal().parent_path().string();
+}
+
 std::string FindModule(std::string* error) {
   std::vector<fs::path> places;
-  const char* searched = std::getenv(kSearchPath);
+  const auto add = [&places](const fs::path& folder) {
+    const fs::path place = (folder / kModuleName).lexically_normal();
+    if (std::find(places.begin(), places.end(), place) == places.end()) places.push_back(place);
+  };
+  const char* searched = std::getenv(kModuleSearchPath);
   std::string_view rest = searched ? searched : "";
   while (!rest.empty()) {
     const std::size_t end = std::min(rest.find(':'), rest.size());
-    if (end > 0) places.push_back(fs::path(rest.substr(0, end)) / kModuleName);
+    if (end > 0) add(rest.substr(0, end));
     rest.remove_prefix(std::min(end + 1, rest.size()));
   }
   std::error_code code;
-  const fs::path folder = fs::read_symlink("/proc/self/exe", code).parent_path();
-  if (!folder.empty()) {
-    places.push_back(folder / kModuleName);
-    places.push_back((folder / ".." / "lib" / "gl3" / kModuleName).lexically_normal());
+  const fs::path program = fs::read_symlink("/proc/self/exe", code).parent_path();
+  if (!program.empty()) {
+    add(program);
+    add(program / "../lib/gl3");
+  }
+  const fs::path kit = HostKitFolder();
+  if (!kit.empty()) {
+    add(kit);
+    add(kit / "gl3");
+    add(kit / "lib/gl3");
   }
   std::string looked;
   for (const fs::path& place : places) {
@@ -230,7 +191,7 @@ std::string FindModule(std::string* error) {
   if (error) {
     *error = fmt::format(
         "cannot find the module {}: it is none of {}; build it, or set {} to its folder",
-        kModuleName, looked.empty() ? "(no places)" : looked, kSearchPath);
+        kModuleName, looked.empty() ? "(no places)" : looked, kModuleSearchPath);
   }
   return {};
 }

@@ -16,7 +16,9 @@ class LoadedModule {
  public:
   /// Loads the module file at `path` (see FindModule), calls its DllMain for process attach, and
   /// makes a driver, which is not initialised yet. On failure returns null, and `*error` tells the
-  /// file, the missing symbol or other reason, and the remedy, in one line.
+  /// file, the missing symbol or other reason, and the remedy, in one line. Of a module that is
+  /// made for another version of hosts (host/Version.h) that line names both, and nothing of it has
+  /// run.
   static std::unique_ptr<LoadedModule> Load(const std::string& path, std::string* error);
   /// Deletes the driver, makes the one before current, and calls DllMain for process detach. The
   /// module's code stays in the process.
@@ -40,9 +42,14 @@ class LoadedModule {
   GADriver* m_previousDriver = nullptr;
 };
 
+/// The folder that the host kit's libraries are loaded from, as the system's loader came there;
+/// empty when it does not tell.
+std::string HostKitFolder();
+
 /// The path of OpenGL3.so: the first that exists in the folders of GL3_MODULE_PATH (colon
-/// separated), beside the executable, in ../lib/gl3 from the executable. Empty with `*error` naming
-/// every place that was looked in and the remedy.
+/// separated), beside the executable, in ../lib/gl3 from the executable, beside the host kit's
+/// libraries, in gl3 or lib/gl3 below these. Empty with `*error` naming every place that was looked
+/// in and the remedy.
 std::string FindModule(std::string* error);
 
 }  // namespace hostkit

@@ -124,4 +124,15 @@ TEST_F(Modes, WriteDistances) {
   EXPECT_TRUE(fs::exists(Path("d_02.exr")));
 }
 
+/// What the renderer is told wrongly is told on standard error, and changes nothing.
+TEST_F(Modes, AreTheSameWhenCallsAreChecked) {
+  const Gl3Setup checked = {.environment = {"GL3_CHECK=1"}};
+  for (const char* more : {"", "--grid --fog 1,9 --text a", "--mode points --antialias 2"}) {
+    const Channels plain = Render(more);
+    EXPECT_EQ(Done(m_render + more, checked), "");
+    EXPECT_EQ(ReadExr(Path("out.exr")), plain) << more;
+  }
+  EXPECT_EQ(Run(m_render + "--text a,-9,8", checked).err.find("GL3_CHECK: text-outside: "), 0u);
+}
+
 }  // namespace

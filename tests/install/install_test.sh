@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # An install tree on its own: moved away from where it was installed, with nothing in the
-# environment, it must render, build another host, and complete command lines.
+# environment, it must render, build other hosts, complete command lines and make thumbnails, and leave
+# nothing behind; Debian packages of it likewise, in a root of their own.
 # usage: install_test.sh BUILD_FOLDER SOURCE_FOLDER
 set -euo pipefail
 build=$1 source=$2
@@ -50,10 +51,165 @@ check_tour() {
     fail "the glass is not green, or the blur is none"
 }
 
-cmake --install "$build" --prefix "$work/first" >/dev/null
-mv "$work/first" "$work/tree"
-mkdir "$work/home" && cd "$work/home"
+# Whatever a document beside the README leads to must be there.
+check_links() {
+  local document link
+  while IFS= read -r document; do
+    while IFS= read -r link; do
+      [[ $link == *:* || -e $(dirname "$document")/${link%%#*} ]] ||
+        fail "$document leads to $link, which is not installed"
+    done < <(awk '/^```/ {code = !code} !code' "$document" | grep -oP '\]\(\K[^)#]+' || true)
+  done < <(find "$1" -name '*.md')
+}
 
+# Hosts against the installed tree, in every way that they are told of.
+# shellcheck disable=SC2016 # ${…} is CMake's
+build_hosts() {
+  local tree=$work/tree
+  {
+    cmake -S "$tree/share/doc/gl3/samples/host" -B "$work/host" -DCMAKE_PREFIX_PATH="$tree"
+    cmake --build "$work/host"
+  } >"$work/log" 2>&1 || { cat "$work/log" >&2; fail "the example hosts cannot be built"; }
+  "${alone[@]}" GL3_CHECK=1 "$work/host/example_host" ring.png 2>told
+  check_picture ring.png
+  "${alone[@]}" GL3_CHECK=1 "$work/host/example_tour" . 2>>told
+  [[ ! -s told ]] || fail "the samples are told: $(<told)"
+  check_tour
+
+  printf '%s\n' '#include <cstdio>' '#include "hostkit/services/module_loader.h"' \
+    'int main() { std::puts(hostkit::FindModule(nullptr).c_str()); }' >find.cpp
+  local -a flags
+  read -ra flags < <(PKG_CONFIG_PATH=$tree/lib/pkgconfig pkg-config --cflags --libs gl3-services)
+  g++ -std=c++20 find.cpp "${flags[@]}" -o find
+  [[ $("${alone[@]}" ./find) == "$tree/lib/gl3/OpenGL3.so" ]] ||
+    fail "a host elsewhere does not find the module beside the host kit"
+
+  mkdir wants
+  printf '%s\n' 'cmake_minimum_required(VERSION 3.25)' 'project(Wants LANGUAGES CXX)' \
+    'foreach(component platform scene nothing)' '  find_package(OpenGL3Host COMPONENTS ${component})' \
+    '  message("${component} ${OpenGL3Host_FOUND}: ${OpenGL3Host_NOT_FOUND_MESSAGE}")' \
+    '  unset(OpenGL3Host_NOT_FOUND_MESSAGE)' 'endforeach()' >wants/CMakeLists.txt
+  cmake -S wants -B wants/build -DCMAKE_PREFIX_PATH="$tree" -DCMAKE_DISABLE_FIND_PACKAGE_Imath=ON \
+    >wants/log 2>&1 || { cat wants/log >&2; fail "a host that wants too much stops CMake"; }
+  local line
+  for line in '^platform 1: $' '^scene 0: component scene needs Imath.*libimath-dev' \
+    '^nothing 0: there is no component nothing; there are platform'; do
+    grep -q "$line" wants/log || { cat wants/log >&2; fail "no line '$line' about components"; }
+  done
+}
+
+# completed SHELL PROGRAM [VERB]: the words that a shell offers for options there, one a line. Of zsh,
+# what it would show is printed.
+# shellcheck disable=SC2016 # the text is the shells' own
+completed() {
+  local share=$work/tree/share program=$2 verb=${3:-}
+  case $1 in
+    bash) bash -c 'source "$1"; COMP_WORDS=("$2" ${3:+"$3"} --) COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
+      "_${2//-/_}"; printf "%s\n" "${COMPREPLY[@]}"' \
+      bash "$share/bash-completion/completions/$program" "$program" "$verb" ;;
+    zsh) zsh -f -c '_describe() { local name=$@[-1]; print -l -- "${(@P)name%%:*}" }
+      words=($2 ${3:+$3} --) CURRENT=$#words; source $1' \
+      zsh "$share/zsh/site-functions/_$program" "$program" "$verb" ;;
+    fish) env HOME="$work/home" fish --no-config -c "source \$argv[1]; complete -C \"\$argv[2] --\"" \
+      "$share/fish/vendor_completions.d/$program.fish" "$program${verb:+ $verb}" | cut -f1 ;;
+  esac
+}
+
+# Every option that a program's help has, in every shell that is here.
+check_completions() {
+  local program=$1 verb shell help option offered
+  for verb in '' $("$work/tree/bin/$program" --help | awk '/^Verbs:/ {on = 1; next} /^[A-Z]/ {on = 0}
+    on && /^  [a-z]/ {print $1}'); do
+    help=("$program" ${verb:+"$verb"})
+    [[ ! -x $work/tree/bin/$program-$verb ]] || help=("$program-$verb")
+    for shell in bash zsh fish; do
+      command -v "$shell" >/dev/null || continue
+      offered=$(completed "$shell" "$program" "$verb")
+      while read -r option; do
+        grep -qxe "$option" <<<"$offered" || fail "$shell does not complete $program $verb $option"
+      done < <("$work/tree/bin/${help[0]}" "${help[@]:1}" --help |
+        grep -oP '^  (-[a-z],)?\K--[a-z][a-z0-9-]*(?=[ ,]|$)')
+    done
+  done
+}
+
+# What a file manager runs for a model, with the names that it puts in place of the letters: some want
+# a file without a suffix.
+check_thumbnailer() {
+  local command
+  command=$(sed -n 's/^Exec=//p' "$work/tree/share/thumbnailers/gl3.thumbnailer")
+  command=${command//%i/"'$work/showroom.glb'"}
+  command=${command//%o/thumb}
+  "${alone[@]}" PATH="$work/tree/bin:/usr/bin:/bin" sh -c "${command//%s/96}"
+  mv thumb thumb.png
+  oiiotool --info thumb.png | grep -q '  96 x   96, 4 channel' || fail "a thumbnail of another size"
+  check_picture thumb.png
+}
+
+# Packages in a root that has nothing else but the system's libraries, read-only, and goes without a
+# trace when they are removed.
+check_packages() {
+  local root=$work/root place libraries
+  if ! command -v dpkg-shlibdeps >/dev/null; then
+    echo "install_test: no packages are made: there is no dpkg-shlibdeps"
+    return
+  fi
+  "$source/cmake/make_packages.sh" "$build" "$work/packages"
+  if [[ $(id -u) -ne 0 ]] || ! unshare -m true 2>/dev/null; then
+    echo "install_test: packages are not installed: that takes root and a mount namespace"
+    return
+  fi
+  mkdir -p "$root"/{var/lib/dpkg/{info,updates},tmp,proc,dev,etc,usr/lib64}
+  ln -s usr/lib "$root/lib"
+  ln -s usr/lib64 "$root/lib64"
+  touch "$root/var/lib/dpkg/status"
+  cp "$work/showroom.glb" "$root/tmp"
+  find "$root" ! -path '*/var/lib/dpkg*' | sort >"$work/before"
+  local -a dpkg=(env "PATH=$PATH:/usr/sbin:/sbin" dpkg "--root=$root" --log=/dev/null --force-depends)
+  "${dpkg[@]}" -i "$work"/packages/*.deb >"$work/log" 2>&1 || { cat "$work/log" >&2; fail "dpkg fails"; }
+  for place in gl3 libgl3-host1 libgl3-host-dev gl3-view; do
+    [[ $place == gl3-view && ! -e $build/bin/gl3-view ]] ||
+      grep -q "^Package: $place\$" "$root/var/lib/dpkg/status" ||
+      fail "there is no package $place"
+  done
+  libraries=$(gcc -print-multiarch)
+  # shellcheck disable=SC2016 # for the shell in the namespace
+  "${alone[@]}" unshare -m bash -euc 'root=$1
+    bind() { mkdir -p "$root$1"; mount --bind "$1" "$root$1"; mount -o remount,bind,ro "$root$1"; }
+    for place in "/usr/lib/$2" /usr/lib64 /usr/share/glvnd /usr/share/fonts /etc/fonts; do
+      [[ ! -d $place ]] || bind "$place"
+    done
+    mount --bind /dev "$root/dev"
+    mount --bind /proc "$root/proc"
+    inside() { env -i HOME=/tmp/home PATH=/usr/bin /usr/sbin/chroot "$root" "$@"; }
+    inside gl3 render /tmp/showroom.glb -o /tmp/room.png -s 160x90 --camera hero
+    inside gl3 filter /tmp/room.png -o /tmp/soft.png --effect blur
+    [[ ! -e $root/usr/bin/gl3-view ]] || inside gl3 view --version >/dev/null' \
+    bash "$root" "$libraries" || fail "what is installed from packages does not run"
+  check_picture "$root/tmp/room.png"
+  check_picture "$root/tmp/soft.png"
+  check_links "$root/usr/share/doc"
+  rm -rf "$root"/tmp/{home,room.png,soft.png} "$root/etc/fonts"
+  rmdir "$root/usr/lib/$libraries" "$root"/usr/share/{glvnd,fonts}
+  "${dpkg[@]}" --purge gl3-view libgl3-host-dev gl3 libgl3-host1 >"$work/log" 2>&1 ||
+    { cat "$work/log" >&2; fail "dpkg cannot remove the packages"; }
+  find "$root" ! -path '*/var/lib/dpkg*' | sort | comm -13 "$work/before" - >"$work/left"
+  [[ ! -s $work/left ]] || fail "packages leave behind: $(cat "$work/left")"
+}
+
+# Somebody else's file stays, and what an earlier release had goes.
+mkdir -p "$work/first/bin"
+touch "$work/first/bin/other"
+"$source/cmake/installed_tree.sh" install "$build" "$work/first"
+cp -a "$work/first" "$work/tree"
+tee -a "$work/first/lib/gl3/installed.txt" <<<lib/gl3/old.so >"$work/first/lib/gl3/old.so"
+"$source/cmake/installed_tree.sh" install "$build" "$work/first"
+[[ ! -e $work/first/lib/gl3/old.so ]] || fail "an earlier installation's file stays"
+"$source/cmake/installed_tree.sh" uninstall "$work/first"
+[[ $(cd "$work/first" && find . | sort | xargs) == '. ./bin ./bin/other' ]] ||
+  fail "left behind: $(find "$work/first")"
+
+mkdir "$work/home" && cd "$work/home"
 "$build/bin/make_samples" "$work" >/dev/null
 "${alone[@]}" "$work/tree/bin/gl3" render "$work/showroom.glb" -o room.png -s 160x90 --camera hero
 check_picture room.png
@@ -61,24 +217,12 @@ check_picture room.png
 while read -r header; do
   [[ -f $work/tree/include/gl3/$header ]] || fail "$header is included, but not installed"
 done < <(grep -rhoP '^#include "\K[^"]+' "$work/tree/include/gl3" | sort -u)
-
-# The sanitizers' run-time library has to come first in a program; theirs is not this host's.
+check_links "$work/tree/share/doc"
+check_completions gl3
+check_thumbnailer
+# The sanitizers' run-time library has to come first in a program; theirs is not these hosts', and no
+# package is made of them.
 if ! grep -q 'CMAKE_CXX_FLAGS:.*-fsanitize' "$build/CMakeCache.txt"; then
-  {
-    cmake -S "$source/samples/host" -B "$work/host" -DCMAKE_PREFIX_PATH="$work/tree"
-    cmake --build "$work/host"
-  } >"$work/log" 2>&1 || { cat "$work/log" >&2; fail "the example hosts cannot be built"; }
-  "${alone[@]}" "$work/host/example_host" ring.png
-  check_picture ring.png
-  "${alone[@]}" "$work/host/example_tour" .
-  check_tour
+  build_hosts
+  check_packages
 fi
-
-# shellcheck source=/dev/null
-source "$work/tree/share/bash-completion/completions/gl3"
-COMP_WORDS=("$work/tree/bin/gl3" render --paral) COMP_CWORD=2
-_gl3
-[[ ${COMPREPLY[*]} == --parallel ]] || fail "--paral is completed to '${COMPREPLY[*]}'"
-COMP_WORDS=("$work/tree/bin/gl3" rend) COMP_CWORD=1
-_gl3
-[[ ${COMPREPLY[*]} == render ]] || fail "rend is completed to '${COMPREPLY[*]}'"

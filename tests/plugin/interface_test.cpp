@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -12,12 +13,17 @@
 #include "host/DisplayList.h"
 #include "host/GATexture.h"
 #include "host/Streams.h"
+#include "host/Version.h"
 #include "platform/cgl.h"
 #include "platform/corefoundation.h"
 #include "settings/DialogTemplates.h"
 #include "shader/Gl3ShaderProgram.h"
 
 namespace {
+
+// Whoever has to change a number of this file changes what hosts were promised, and raises this
+// one.
+static_assert(std::string_view(kHostVersion) == "GL3_HOST_1");
 
 // Lists of constants are compared as types, so that a wrong number does not compile.
 template <int... kValues>

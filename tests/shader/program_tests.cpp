@@ -278,6 +278,11 @@ TEST_F(ProgramTest, LogLines) {
     g_programPath = path;
     Program().WriteLog("lost");
   }
+  for (const std::string folder : {"/usr/bin/", "/usr/local/bin/", "/opt/"}) {  // nothing may be
+    g_programPath = folder + "host";
+    Program().WriteLog("lost");
+    EXPECT_FALSE(std::filesystem::remove(folder + "GPUShader.log")) << folder;
+  }
   EXPECT_EQ(InitEffect(1), 1);
   EXPECT_TRUE(Processes(1));
 }

@@ -22,6 +22,7 @@ driver/GL3Driver.cpp  driver texture buffer displaylist shader settings host pla
 driver/OpenGL3.cpp    driver settings host platform
 hostkit/confine
 hostkit/services      host platform
+hostkit/checking      hostkit/services host platform
 hostkit/pictures      hostkit/services host platform
 hostkit/scene         hostkit/services host platform
 hostkit/import        hostkit/scene hostkit/pictures hostkit/services host platform
@@ -29,15 +30,16 @@ hostkit/isolated      hostkit/scene hostkit/services host platform
 hostkit/feed          hostkit/scene hostkit/services host platform
 hostkit/frame         hostkit/feed hostkit/scene hostkit/pictures hostkit/services host platform
 hostkit/effects       hostkit/pictures hostkit/services host platform
-apps/base
-apps/options          apps/base hostkit/feed hostkit/effects hostkit/scene
+apps/base             hostkit/services
+apps/options          apps/base hostkit/services hostkit/feed hostkit/effects hostkit/scene
 apps/work/common      apps/base apps/options hostkit/confine hostkit/pictures hostkit/services host platform
 apps/work/settings    apps/base apps/options apps/work/common hostkit/services
-apps/work/info        apps/base apps/options apps/work/common hostkit/effects hostkit/confine hostkit/services host platform
+apps/work/compare     apps/base apps/options apps/work/common hostkit/pictures hostkit/services host samples
+apps/work/info        apps/base apps/options apps/work/common apps/work/compare hostkit/effects hostkit/confine hostkit/services host platform
 apps/work/filter      apps/base apps/options apps/work/common hostkit/effects hostkit/pictures hostkit/services host platform
 apps/gl3-import       hostkit/confine hostkit/import hostkit/isolated hostkit/scene hostkit/services host platform
 apps/work/render      apps/base apps/options apps/work/common hostkit/effects hostkit/frame hostkit/feed hostkit/isolated hostkit/scene hostkit/pictures hostkit/services host platform
-apps/work             apps/base apps/options apps/work/common apps/work/settings apps/work/info apps/work/filter apps/work/render
+apps/work             apps/base apps/options apps/work/common apps/work/settings apps/work/compare apps/work/info apps/work/filter apps/work/render
 apps/gl3              apps/base apps/options apps/work
 apps/gl3-view         apps/base apps/options apps/work/common apps/work/render hostkit/effects hostkit/frame hostkit/feed hostkit/isolated hostkit/scene hostkit/pictures hostkit/services host platform
 samples
@@ -45,7 +47,7 @@ samples/host          hostkit/scene hostkit/pictures hostkit/services host platf
 '
 
 # What may lie at the top of the repository.
-top='.ci .clang-format .clang-tidy .editorconfig .gitignore CMakeLists.txt CMakePresets.json
+top='.ci .clang-format .clang-tidy .editorconfig .gitignore CHANGELOG.md CMakeLists.txt CMakePresets.json
 CONTRIBUTING.md LICENSE README.md apps bench buffer cmake dev displaylist docs driver host hostkit
 packages.txt platform samples settings shader share tests texture'
 
@@ -144,7 +146,7 @@ lib=$bin/../lib/gl3
 hardening() {
   local binary headers path
   for binary in "$bin"/* "$lib"/*; do
-    [[ -f $binary && $(head -c 4 "$binary") == $'\x7fELF' ]] || continue
+    [[ -f $binary && ! -L $binary && $(head -c 4 "$binary") == $'\x7fELF' ]] || continue
     headers=$(readelf -W -d -l "$binary")
     while IFS= read -r path; do
       [[ $path =~ ^\$ORIGIN(/\.\./lib/gl3)?$ ]] || echo "$binary: it searches '$path'"
@@ -166,10 +168,10 @@ hardening() {
   done
 }
 breach "binaries look for libraries at fixed places of their own, and are built to resist" < <(hardening)
-for binary in "$bin"/gl3 "$lib"/OpenGL3.so "$lib"/gl3-import "$lib"/libgl3{platform,fonts,services,confine,pictures,scene,import,isolated,feed,frame,effects,base,options,work}.so; do
+for binary in "$bin"/gl3 "$lib"/OpenGL3.so "$lib"/gl3-import "$lib"/libgl3{platform,fonts,services,checking,confine,pictures,scene,import,isolated,feed,frame,effects,base,options,work}.so; do
   breach "neither the module nor gl3 links Qt ($binary)" < <(loads "$binary" libQt)
 done
-for binary in "$bin"/gl3 "$lib"/OpenGL3.so "$lib"/libgl3{services,confine,pictures,scene,isolated,feed,frame,effects,work}.so; do
+for binary in "$bin"/gl3 "$lib"/OpenGL3.so "$lib"/libgl3{services,checking,confine,pictures,scene,isolated,feed,frame,effects,work}.so; do
   breach "whoever imports no models links no importer ($binary)" < <(loads "$binary" libassimp)
 done
 

@@ -7,8 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "apps/base/x_server.h"
 #include "platform/platform.h"
-#include "tests/support/common/x_server.h"
 
 namespace {
 constexpr int kSkipped = 77;  // as tests/CMakeLists.txt has it
@@ -16,7 +16,7 @@ constexpr int kSkipped = 77;  // as tests/CMakeLists.txt has it
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
-  XTestServer server;
+  gl3::XServer server;
   const std::string display = server.Start(1400, 900);
   if (display.empty()) {
     std::fprintf(stderr, "view_tests: no Xvfb here, skipped; apt-get install xvfb\n");

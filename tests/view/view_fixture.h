@@ -23,7 +23,8 @@
 #include "platform/platform.h"
 #include "samples/showroom.h"
 #include "samples/small_models.h"
-#include "tests/support/common/x_server.h"
+#include "samples/write_file.h"
+#include "tests/support/common/x_client.h"
 
 /// A driver as the viewer starts it.
 inline std::unique_ptr<gl3::DriverSession> StartDriver() {

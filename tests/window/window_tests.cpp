@@ -5,10 +5,11 @@
 #include <algorithm>
 #include <set>
 
+#include "apps/base/x_server.h"
 #include "platform/mfc.h"
 #include "platform/platform.h"
 #include "tests/support/common/holds.h"
-#include "tests/support/common/x_server.h"
+#include "tests/support/common/x_client.h"
 #include "tests/support/drawing_fixture.h"
 #include "tests/support/next_symbol.h"
 
@@ -379,7 +380,7 @@ TEST(ServerDeathTest, WithoutServerWindowsAreHidden) {
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
-  XTestServer server;
+  gl3::XServer server;
   // Processes that a test starts take the server that is there.
   if (!std::getenv("GL3_TEST_DISPLAY")) setenv("GL3_TEST_DISPLAY", server.Start().c_str(), 1);
   setenv("DISPLAY", std::getenv("GL3_TEST_DISPLAY"), 1);

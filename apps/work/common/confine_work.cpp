@@ -13,6 +13,7 @@
 #include "host/Services.h"
 #include "hostkit/confine/confine.h"
 #include "hostkit/confine/sanitized.h"
+#include "hostkit/services/module_loader.h"
 
 namespace gl3 {
 namespace {
@@ -106,7 +107,7 @@ void AddReadable(const std::vector<std::string>& inputs, const std::string& modu
   std::error_code code;
   const fs::path program = fs::read_symlink("/proc/self/exe", code);
   readable->push_back(program.parent_path().string());
-  readable->push_back((program.parent_path() / "../lib/gl3").string());
+  readable->push_back(hostkit::HostKitFolder());
   for (const char* name : kPathVariables) {
     std::string paths = Environment(name);
     while (!paths.empty()) {

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "apps/work/compare/compare_job.h"
 #include "apps/work/info/info_checks.h"
 #include "apps/work/info/info_report.h"
 #include "apps/work/info/probe_child.h"
@@ -133,6 +134,11 @@ Outcome TellAllDevices(const InfoOptions& options, std::string* result) {
 }  // namespace
 
 Outcome Info(const InfoOptions& options, std::string* result) {
+  if (options.kind == InfoKind::kCompare) {
+    std::string trouble;  // of the listing: the drivers' own lines tell what it means for them
+    const std::size_t devices = ListDevices(options, &trouble).size();
+    return CompareDrivers(options, static_cast<int>(devices), result);
+  }
   if (options.allDevices) return TellAllDevices(options, result);
   Json report;
   Outcome outcome;

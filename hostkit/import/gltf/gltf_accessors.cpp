@@ -108,7 +108,7 @@ const Accessor* Accessors::Get(int index) {
   return entry->second ? &*entry->second : nullptr;
 }
 
-std::optional<Accessor> Accessors::Make(const Json& json) {
+std::optional<Accessor> Accessors::Make(Json json) {
   Accessor accessor;
   accessor.type = static_cast<ComponentType>(IndexOf(json, "componentType"));
   accessor.components = ComponentsOf(TextOf(json, "type"));
@@ -119,14 +119,14 @@ std::optional<Accessor> Accessors::Make(const Json& json) {
   if (elementSize == 0 || accessor.count == 0 || accessor.count > kMostElements)
     return std::nullopt;
   accessor.stride = elementSize;
-  if (Member(json, "bufferView").is_null()) {
+  if (Member(json, "bufferView").IsNull()) {
     accessor.data = Keep(accessor.count * elementSize);  // all zeros
   } else {
     PlaceIn(IndexOf(json, "bufferView"), CountOf(json, "byteOffset", 0), accessor);
   }
   if (!accessor.data) return std::nullopt;
-  const Json& sparse = Member(json, "sparse");
-  if (sparse.is_object() && !ApplySparse(sparse, accessor, elementSize)) return std::nullopt;
+  const Json sparse = Member(json, "sparse");
+  if (sparse.IsObject() && !ApplySparse(sparse, accessor, elementSize)) return std::nullopt;
   return accessor;
 }
 
@@ -153,9 +153,9 @@ unsigned char* Accessors::Keep(std::size_t size) {
   return m_kept.back().get();
 }
 
-bool Accessors::ApplySparse(const Json& sparse, Accessor& accessor, std::size_t elementSize) {
-  const Json& indices = Member(sparse, "indices");
-  const Json& values = Member(sparse, "values");
+bool Accessors::ApplySparse(Json sparse, Accessor& accessor, std::size_t elementSize) {
+  const Json indices = Member(sparse, "indices");
+  const Json values = Member(sparse, "values");
   Accessor places, replaced = accessor;
   places.type = static_cast<ComponentType>(IndexOf(indices, "componentType"));
   places.count = replaced.count = CountOf(sparse, "count", 0);

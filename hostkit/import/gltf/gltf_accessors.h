@@ -45,10 +45,10 @@ class Accessors {
   const Accessor* Get(int index);
 
  private:
-  std::optional<Accessor> Make(const Json& json);
+  std::optional<Accessor> Make(Json json);
   bool PlaceIn(int view, std::uint64_t offset, Accessor& accessor);
   unsigned char* Keep(std::size_t size);
-  bool ApplySparse(const Json& sparse, Accessor& accessor, std::size_t elementSize);
+  bool ApplySparse(Json sparse, Accessor& accessor, std::size_t elementSize);
 
   const Document& m_document;
   Buffers& m_buffers;

@@ -33,7 +33,7 @@ struct Keys {
   }
 };
 
-KeyCurve CurveOf(const Json& sampler) {
+KeyCurve CurveOf(Json sampler) {
   const std::string name = TextOf(sampler, "interpolation");
   return name == "STEP"          ? KeyCurve::kStep
          : name == "CUBICSPLINE" ? KeyCurve::kCubic
@@ -105,25 +105,25 @@ class AnimationReader {
         m_hooks(hooks),
         m_deformations(deformations) {}
 
-  SceneAnimation Read(const Json& json, int index) {
+  SceneAnimation Read(Json json, int index) {
     SceneAnimation animation;
     animation.name = TextOf(json, "name");
     m_name = m_document.NameOf("animation", json, index);
     m_channels.clear();
-    const Json& channels = Member(json, "channels");
+    const Json channels = Member(json, "channels");
     for (std::size_t i = 0; i < Length(channels); ++i) AddChannel(json, channels[i], animation);
     return animation;
   }
 
  private:
-  void AddChannel(const Json& json, const Json& channel, SceneAnimation& animation) {
-    const Json& target = Member(channel, "target");
+  void AddChannel(Json json, Json channel, SceneAnimation& animation) {
+    const Json target = Member(channel, "target");
     const std::string path = TextOf(target, "path");
     const int node = IndexOf(target, "node");
     const bool isThere = node >= 0 && static_cast<std::size_t>(node) < m_tree.isInScene.size() &&
                          m_tree.isInScene[static_cast<std::size_t>(node)];
     if (!isThere) return;  // nothing of the scene hangs on it
-    const Json& sampler = Entry(Member(json, "samplers"), IndexOf(channel, "sampler"));
+    const Json sampler = Entry(Member(json, "samplers"), IndexOf(channel, "sampler"));
     const int components = path == "rotation" ? 4 : path == "weights" ? 1 : 3;
     Keys keys;
     if (!ReadKeys(sampler, components, keys)) {
@@ -139,7 +139,7 @@ class AnimationReader {
     if (path == "scale") FillTrack(keys, moved.scales);
   }
 
-  bool ReadKeys(const Json& sampler, int components, Keys& keys) {
+  bool ReadKeys(Json sampler, int components, Keys& keys) {
     const Accessor* times = m_accessors.Get(IndexOf(sampler, "input"));
     const Accessor* values = m_accessors.Get(IndexOf(sampler, "output"));
     keys.curve = CurveOf(sampler);
@@ -205,11 +205,11 @@ class AnimationReader {
 MovedNodes FindMoved(const Document& document) {
   const std::size_t count = Length(Member(document.Root(), "nodes"));
   MovedNodes moved{std::vector<bool>(count), std::vector<bool>(count)};
-  const Json& animations = Member(document.Root(), "animations");
+  const Json animations = Member(document.Root(), "animations");
   for (std::size_t a = 0; a < Length(animations); ++a) {
-    const Json& channels = Member(animations[a], "channels");
+    const Json channels = Member(animations[a], "channels");
     for (std::size_t c = 0; c < Length(channels); ++c) {
-      const Json& target = Member(channels[c], "target");
+      const Json target = Member(channels[c], "target");
       const int node = IndexOf(target, "node");
       if (node < 0 || static_cast<std::size_t>(node) >= count) continue;
       const std::string path = TextOf(target, "path");
@@ -225,7 +225,7 @@ MovedNodes FindMoved(const Document& document) {
 void AddAnimations(Document& document, Accessors& accessors, const NodeTree& tree,
                    const NodeHooks& hooks, Deformations& deformations) {
   AnimationReader reader(document, accessors, tree, hooks, deformations);
-  const Json& animations = Member(document.Root(), "animations");
+  const Json animations = Member(document.Root(), "animations");
   for (std::size_t i = 0; i < Length(animations); ++i) {
     document.Source().scene.motion.animations.push_back(
         reader.Read(animations[i], static_cast<int>(i)));

@@ -12,19 +12,19 @@ namespace hostkit::gltf {
 namespace {
 
 /// What a view takes its bytes from: itself, or what is compressed in its place.
-const Json& CompressionOf(const Json& view) {
+Json CompressionOf(Json view) {
   return Extension(view, "EXT_meshopt_compression");
 }
 
-const Json& RangeOf(const Json& view) {
-  const Json& compression = CompressionOf(view);
-  return compression.is_object() ? compression : view;
+Json RangeOf(Json view) {
+  const Json compression = CompressionOf(view);
+  return compression.IsObject() ? compression : view;
 }
 
 }  // namespace
 
 bool Buffers::Load(std::string* error) {
-  const Json& views = Member(m_document.Root(), "bufferViews");
+  const Json views = Member(m_document.Root(), "bufferViews");
   std::set<int> needed;
   for (std::size_t i = 0; i < Length(views); ++i)
     needed.insert(IndexOf(RangeOf(views[i]), "buffer"));
@@ -37,7 +37,7 @@ bool Buffers::Load(std::string* error) {
 }
 
 bool Buffers::LoadOne(int index, std::string* error) {
-  const Json& buffer = m_document.Item("buffers", index);
+  const Json buffer = m_document.Item("buffers", index);
   const std::string uri = TextOf(buffer, "uri");
   std::string shown = fmt::format("{}: its buffer {}", m_document.Path(), index);
   Bytes& bytes = m_buffers[static_cast<std::size_t>(index)];
@@ -87,7 +87,7 @@ bool Buffers::LoadUri(const std::string& uri, const std::string& shown, Storage*
 }
 
 /// The bytes that "buffer", "byteOffset" and "byteLength" name; empty where they lead out of it.
-Bytes Buffers::Part(const Json& range) const {
+Bytes Buffers::Part(Json range) const {
   const int index = IndexOf(range, "buffer");
   if (index < 0 || static_cast<std::size_t>(index) >= m_buffers.size()) return {};
   const Bytes buffer = m_buffers[static_cast<std::size_t>(index)];
@@ -97,7 +97,7 @@ Bytes Buffers::Part(const Json& range) const {
   return buffer.subspan(offset, length);
 }
 
-std::optional<BufferView> Buffers::MakeMeshoptView(const Json& compression) {
+std::optional<BufferView> Buffers::MakeMeshoptView(Json compression) {
   auto storage = std::make_shared<std::vector<unsigned char>>();
   BufferView view;
   view.stride = CountOf(compression, "byteStride", 0);
@@ -107,10 +107,10 @@ std::optional<BufferView> Buffers::MakeMeshoptView(const Json& compression) {
   return view;
 }
 
-std::optional<BufferView> Buffers::MakeView(const Json& json) {
-  if (!json.is_object()) return std::nullopt;
-  const Json& compression = CompressionOf(json);
-  if (compression.is_object()) return MakeMeshoptView(compression);
+std::optional<BufferView> Buffers::MakeView(Json json) {
+  if (!json.IsObject()) return std::nullopt;
+  const Json compression = CompressionOf(json);
+  if (compression.IsObject()) return MakeMeshoptView(compression);
   const BufferView view{Part(json), CountOf(json, "byteStride", 0)};
   return view.bytes.empty() ? std::nullopt : std::optional(view);
 }

@@ -41,9 +41,9 @@ class Buffers {
 
   bool LoadOne(int index, std::string* error);
   bool LoadUri(const std::string& uri, const std::string& shown, Storage* to, std::string* error);
-  std::optional<BufferView> MakeView(const Json& view);
-  std::optional<BufferView> MakeMeshoptView(const Json& compression);
-  Bytes Part(const Json& range) const;
+  std::optional<BufferView> MakeView(Json view);
+  std::optional<BufferView> MakeMeshoptView(Json compression);
+  Bytes Part(Json range) const;
 
   const Document& m_document;
   std::vector<Bytes> m_buffers;

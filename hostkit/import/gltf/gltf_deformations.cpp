@@ -64,19 +64,19 @@ void PlaceSet(const std::vector<std::uint32_t>& joints, const std::vector<float>
 }  // namespace
 
 bool Deformations::IsSkinned(int node) const {
-  const Json& skin = m_document.Item("skins", IndexOf(m_document.Item("nodes", node), "skin"));
+  const Json skin = m_document.Item("skins", IndexOf(m_document.Item("nodes", node), "skin"));
   return Length(Member(skin, "joints")) > 0;
 }
 
 /// The weights of the node, else of its mesh; none where neither tells any.
 std::vector<float> Deformations::RestWeights(int node) const {
-  const Json& json = m_document.Item("nodes", node);
-  const Json& own = Member(json, "weights");
-  const Json& weights =
-      own.is_array() ? own : Member(m_document.Item("meshes", IndexOf(json, "mesh")), "weights");
+  const Json json = m_document.Item("nodes", node);
+  const Json own = Member(json, "weights");
+  const Json weights =
+      own.IsList() ? own : Member(m_document.Item("meshes", IndexOf(json, "mesh")), "weights");
   std::vector<float> numbers;
   for (std::size_t i = 0; i < Length(weights); ++i) {
-    const float number = weights[i].is_number() ? ToFloat(weights[i].get<double>()) : 0;
+    const float number = ToFloat(weights[i].Number());
     numbers.push_back(std::isfinite(number) ? number : 0);
   }
   return numbers;
@@ -85,11 +85,11 @@ std::vector<float> Deformations::RestWeights(int node) const {
 const std::vector<SceneJoint>& Deformations::JointsOf(int skin) {
   const auto [entry, isNew] = m_joints.try_emplace(skin);
   if (!isNew) return entry->second;
-  const Json& json = m_document.Item("skins", skin);
-  const Json& nodes = Member(json, "joints");
+  const Json json = m_document.Item("skins", skin);
+  const Json nodes = Member(json, "joints");
   const Accessor* binds = m_accessors.Get(IndexOf(json, "inverseBindMatrices"));
   const bool hasBinds = binds && binds->components == 16 && binds->count >= Length(nodes);
-  if (!hasBinds && Member(json, "inverseBindMatrices").is_number()) {
+  if (!hasBinds && Member(json, "inverseBindMatrices").IsNumber()) {
     m_document.Note("skins are taken without their inverse bind matrices, which are broken",
                     m_document.NameOf("skin", json, skin));
   }
@@ -145,7 +145,7 @@ bool Deformations::Skin(int node, const Primitive& primitive, SceneDeformation& 
 
 /// Those whose weights stay 0 are left out.
 void Deformations::AddTargets(int node, const Primitive& primitive, SceneDeformation& deformation) {
-  const Json& targets = Member(*primitive.json, "targets");
+  const Json targets = Member(primitive.json, "targets");
   std::vector<float> weights = RestWeights(node);
   const bool isShown = m_hasMovingWeights[static_cast<std::size_t>(node)] ||
                        std::any_of(weights.begin(), weights.end(), [](float w) { return w != 0; });

@@ -42,10 +42,10 @@ std::size_t FindChunk(Bytes file, std::size_t at, std::uint32_t kind) {
 }
 
 /// Major and minor number; nothing where it is no version.
-std::pair<int, int> VersionFrom(const Json& value) {
-  if (value.is_number()) return {static_cast<int>(std::clamp(value.get<double>(), 0.0, 99.0)), 0};
-  if (!value.is_string()) return {-1, 0};
-  const std::string& text = value.get_ref<const std::string&>();
+std::pair<int, int> VersionFrom(Json value) {
+  if (value.IsNumber()) return {static_cast<int>(std::clamp(value.Number(), 0.0, 99.0)), 0};
+  if (!value.IsText()) return {-1, 0};
+  const std::string& text = value.Text();
   char* end = nullptr;
   const long major = std::strtol(text.c_str(), &end, 10);
   if (end == text.c_str()) return {-1, 0};
@@ -79,7 +79,7 @@ bool Document::Load(std::string* error) {
   if (!TakeApart(&text, error) || !Parse(text, error)) return false;
   if (m_binary.empty()) std::vector<unsigned char>().swap(m_file);
   if (!CheckVersion(error) || !CheckExtensions(error)) return false;
-  FindOddKinds(m_root, [this](const std::string& name) {
+  FindOddKinds(Root(), [this](const std::string& name) {
     Note("members of the wrong kind, a text for a number, say, count as missing", name);
   });
   return true;
@@ -131,29 +131,31 @@ bool Document::Parse(Bytes text, std::string* error) {
   while (!text.empty() && (text.back() == 0 || text.back() == ' '))
     text = text.first(text.size() - 1);
   const auto offset = text.empty() ? 0 : static_cast<std::size_t>(text.data() - m_file.data());
-  std::string reason;
-  try {
-    m_root = Json::parse(text.begin(), text.end());
-    if (m_root.is_object()) return true;
-    reason = "holds JSON, but no glTF";
-  } catch (const Json::parse_error& problem) {
-    reason = problem.byte > text.size()
-                 ? fmt::format("ends in the middle of its JSON, after {} bytes",
-                               WithCommas(offset + text.size()))
-                 : fmt::format("not valid JSON at byte {}", WithCommas(offset + problem.byte));
-  } catch (const Json::exception&) {
-    reason = "its JSON holds a number beyond all numbers";
+  std::string reason = "holds JSON, but no glTF";
+  std::size_t at = 0;
+  switch (m_json.Read({reinterpret_cast<const char*>(text.data()), text.size()}, &at)) {
+    case JsonText::Fault::kNone:
+      if (Root().IsObject()) return true;
+      break;
+    case JsonText::Fault::kNotJson:
+      reason = at > text.size() ? fmt::format("ends in the middle of its JSON, after {} bytes",
+                                              WithCommas(offset + text.size()))
+                                : fmt::format("not valid JSON at byte {}", WithCommas(offset + at));
+      break;
+    case JsonText::Fault::kHugeNumber:
+      reason = "its JSON holds a number beyond all numbers";
+      break;
   }
   *error = fmt::format("{}: {}; export the model again", Path(), reason);
   return false;
 }
 
 bool Document::CheckVersion(std::string* error) {
-  const Json& asset = Member(m_root, "asset");
+  const Json asset = Member(Root(), "asset");
   const auto [major, minor] = VersionFrom(Member(asset, "version"));
   // Version 1.0 keeps its objects by name, and need not tell its version.
-  const Json& meshes = Member(m_root, "meshes");
-  const bool isOlder = major == 1 || (major < 0 && meshes.is_object() && !meshes.empty());
+  const Json meshes = Member(Root(), "meshes");
+  const bool isOlder = major == 1 || (major < 0 && meshes.IsObject() && meshes.Size() > 0);
   if (isOlder) {
     error->clear();
     return false;
@@ -167,18 +169,18 @@ bool Document::CheckVersion(std::string* error) {
 }
 
 bool Document::CheckExtensions(std::string* error) {
-  const Json& required = Member(m_root, "extensionsRequired");
+  const Json required = Member(Root(), "extensionsRequired");
   for (std::size_t i = 0; i < Length(required); ++i) {
-    const std::string name = required[i].is_string() ? required[i].get<std::string>() : "";
+    const std::string name = required[i].Text();
     if (SupportOf(name) != Support::kNone) continue;
     *error =
         fmt::format("{}: requires the extension {}, which is not known here; export it without",
                     Path(), NameForMessage(name));
     return false;
   }
-  const Json& used = Member(m_root, "extensionsUsed");
+  const Json used = Member(Root(), "extensionsUsed");
   for (std::size_t i = 0; i < Length(used); ++i) {
-    const std::string name = used[i].is_string() ? used[i].get<std::string>() : "";
+    const std::string name = used[i].Text();
     if (SupportOf(name) == Support::kNone) {
       Note("uses extensions that are not known here and may change how it looks", name);
     }
@@ -186,7 +188,7 @@ bool Document::CheckExtensions(std::string* error) {
   return true;
 }
 
-std::string Document::NameOf(const char* kind, const Json& item, int index) const {
+std::string Document::NameOf(const char* kind, Json item, int index) const {
   std::string name = TextOf(item, "name");
   return name.empty() ? fmt::format("{} {}", kind, index) : name;
 }

@@ -28,11 +28,9 @@ class Document {
   /// `*error`, which is empty where the file is of glTF 1.0.
   bool Load(std::string* error);
 
-  const Json& Root() const { return m_root; }
+  Json Root() const { return m_json.Root(); }
   /// The entry of a list at the top; a null value where there is none.
-  const Json& Item(const char* list, int index) const {
-    return gltf::Entry(Member(m_root, list), index);
-  }
+  Json Item(const char* list, int index) const { return gltf::Entry(Member(Root(), list), index); }
   /// The chunk of bytes in a binary file; empty in others.
   Bytes Binary() const { return m_binary; }
   /// How many bytes the file has.
@@ -42,7 +40,7 @@ class Document {
   const std::string& Path() const { return m_source.files.ModelPath(); }
 
   /// The item's name for messages: its own, else its kind and index.
-  std::string NameOf(const char* kind, const Json& item, int index) const;
+  std::string NameOf(const char* kind, Json item, int index) const;
 
   /// Notes something for the warnings: what of a kind happened to that thing. `what` reads on after
   /// the model's name, and holds for one as for many.
@@ -66,7 +64,7 @@ class Document {
   const ModelSource& m_source;
   std::vector<unsigned char> m_file;
   Bytes m_binary;
-  Json m_root;
+  JsonText m_json;
   std::map<std::string, Notes> m_notes;
 };
 

@@ -13,7 +13,7 @@ namespace {
 constexpr int kMostComponents = 4;
 
 /// What a whole number of a normalised accessor is divided by; 1 for others.
-float DivisorOf(const Json& accessor) {
+float DivisorOf(Json accessor) {
   if (!FlagOf(accessor, "normalized")) return 1;
   switch (static_cast<ComponentType>(IndexOf(accessor, "componentType"))) {
     case ComponentType::kByte:
@@ -57,8 +57,7 @@ bool TakeAttribute(const draco::PointCloud& points, draco::PointAttribute& attri
 
 }  // namespace
 
-std::unique_ptr<DracoGeometry> DecodeDraco(const Json& primitive, const Json& accessors,
-                                           Bytes packed) {
+std::unique_ptr<DracoGeometry> DecodeDraco(Json primitive, Json accessors, Bytes packed) {
   draco::DecoderBuffer buffer;
   buffer.Init(reinterpret_cast<const char*>(packed.data()), packed.size());
   draco::Decoder decoder;
@@ -71,19 +70,18 @@ std::unique_ptr<DracoGeometry> DecodeDraco(const Json& primitive, const Json& ac
   for (draco::FaceIndex f(0); f < mesh->num_faces(); ++f) {
     for (const draco::PointIndex& point : mesh->face(f)) geometry->indices.push_back(point.value());
   }
-  const Json& ids = Member(Extension(primitive, "KHR_draco_mesh_compression"), "attributes");
-  const Json& attributes = Member(primitive, "attributes");
-  for (auto id = ids.begin(); ids.is_object() && id != ids.end(); ++id) {
-    const int unique = IndexFrom(id.value());
-    const int at =
-        unique < 0 ? -1 : mesh->GetAttributeIdByUniqueId(static_cast<std::uint32_t>(unique));
-    if (at < 0) return nullptr;
-    const Json& accessor = Entry(accessors, IndexOf(attributes, id.key().c_str()));
-    if (!TakeAttribute(*mesh, *mesh->attribute(at), DivisorOf(accessor), id.key(), *geometry)) {
-      return nullptr;
-    }
-  }
-  return geometry;
+  const Json ids = Member(Extension(primitive, "KHR_draco_mesh_compression"), "attributes");
+  const Json attributes = Member(primitive, "attributes");
+  bool isGood = true;
+  ids.ForEach([&](const std::string& name, Json id) {
+    const int unique = IndexFrom(id);
+    const int at = !isGood || unique < 0
+                       ? -1
+                       : mesh->GetAttributeIdByUniqueId(static_cast<std::uint32_t>(unique));
+    const float divisor = DivisorOf(Entry(accessors, IndexOf(attributes, name.c_str())));
+    isGood = at >= 0 && TakeAttribute(*mesh, *mesh->attribute(at), divisor, name, *geometry);
+  });
+  return isGood ? std::move(geometry) : nullptr;
 }
 
 }  // namespace hostkit::gltf

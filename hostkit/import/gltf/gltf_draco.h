@@ -20,7 +20,6 @@ struct DracoGeometry {
 
 /// Unpacks `packed`. `primitive` names the attributes and their numbers, and `accessors` tells
 /// whether whole numbers are normalised. Null where it is broken.
-std::unique_ptr<DracoGeometry> DecodeDraco(const Json& primitive, const Json& accessors,
-                                           Bytes packed);
+std::unique_ptr<DracoGeometry> DecodeDraco(Json primitive, Json accessors, Bytes packed);
 
 }  // namespace hostkit::gltf

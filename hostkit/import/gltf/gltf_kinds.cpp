@@ -96,12 +96,12 @@ constexpr std::pair<std::string_view, unsigned> kKinds[] = {
 };
 static_assert(std::is_sorted(std::begin(kKinds), std::end(kKinds)));
 
-unsigned KindOf(const Json& value) {
-  if (value.is_number()) return kNumber;
-  if (value.is_string()) return kText;
-  if (value.is_boolean()) return kFlag;
-  if (value.is_array()) return kList;
-  if (value.is_object()) return kObject;
+unsigned KindOf(Json value) {
+  if (value.IsNumber()) return kNumber;
+  if (value.IsText()) return kText;
+  if (value.IsFlag()) return kFlag;
+  if (value.IsList()) return kList;
+  if (value.IsObject()) return kObject;
   return 0;
 }
 
@@ -115,23 +115,22 @@ unsigned KindsFor(std::string_view name) {
 
 }  // namespace
 
-void FindOddKinds(const Json& root, const std::function<void(const std::string&)>& tell) {
-  std::vector<const Json*> pending{&root};
+void FindOddKinds(Json root, const std::function<void(const std::string&)>& tell) {
+  std::vector<Json> pending{root};
   while (!pending.empty()) {
-    const Json& value = *pending.back();
+    const Json value = pending.back();
     pending.pop_back();
-    for (auto item = value.begin(); item != value.end(); ++item) {
-      if (value.is_object()) {
-        const std::string& name = item.key();
+    value.ForEach([&, isObject = value.IsObject()](const std::string& name, Json item) {
+      if (isObject) {
         const unsigned kinds = KindsFor(name);
-        if (kinds != 0 && (kinds & KindOf(*item)) == 0) tell(name);
+        if (kinds != 0 && (kinds & KindOf(item)) == 0) tell(name);
         // Extensions of others have names of their own, and so has what users add.
         const bool isOthers = name == "extras" || (name.find('_') != std::string::npos &&
                                                    SupportOf(name) != Support::kDrawn);
-        if (isOthers) continue;
+        if (isOthers) return;
       }
-      if (item->is_structured()) pending.push_back(&*item);
-    }
+      if (item.Size() > 0) pending.push_back(item);
+    });
   }
 }
 

@@ -13,12 +13,12 @@ namespace {
 
 enum class AlphaMode { kOpaque, kMask, kBlend };
 
-float CutoffOf(const Json& json) {
+float CutoffOf(Json json) {
   return std::max(NumberOf(json, "alphaCutoff", 0.5f), 0.0f);
 }
 
 /// A mask that nothing can lie below is none.
-AlphaMode AlphaModeOf(const Json& json) {
+AlphaMode AlphaModeOf(Json json) {
   const std::string mode = TextOf(json, "alphaMode");
   if (mode == "BLEND") return AlphaMode::kBlend;
   return mode == "MASK" && CutoffOf(json) > 0 ? AlphaMode::kMask : AlphaMode::kOpaque;
@@ -30,23 +30,23 @@ struct Factor {
   float alpha = 1;
 };
 
-Factor FactorOf(const Json& json, const char* key) {
+Factor FactorOf(Json json, const char* key) {
   const std::array<double, 4> numbers = NumbersOf<4>(json, key, {1, 1, 1, 1});
   return {{ToFloat(numbers[0]), ToFloat(numbers[1]), ToFloat(numbers[2])}, ToFloat(numbers[3])};
 }
 
-Rgb ColorOf(const Json& json, const char* key, double fallback) {
+Rgb ColorOf(Json json, const char* key, double fallback) {
   const std::array<double, 3> numbers = NumbersOf<3>(json, key, {fallback, fallback, fallback});
   return {ToFloat(numbers[0]), ToFloat(numbers[1]), ToFloat(numbers[2])};
 }
 
-bool HasTexture(const Json& json, const char* key) {
-  return Member(json, key).is_object();
+bool HasTexture(Json json, const char* key) {
+  return Member(json, key).IsObject();
 }
 
 /// The surface by metalness and roughness. With a map the factors only scale it: it is not looked
 /// at, and stands for middling values.
-void SetMetallic(const Json& physical, const Rgb& base, AttrProperty& surface) {
+void SetMetallic(Json physical, const Rgb& base, AttrProperty& surface) {
   float metallic = Unit(NumberOf(physical, "metallicFactor", 1));
   float roughness = Unit(NumberOf(physical, "roughnessFactor", 1));
   if (HasTexture(physical, "metallicRoughnessTexture")) {
@@ -58,7 +58,7 @@ void SetMetallic(const Json& physical, const Rgb& base, AttrProperty& surface) {
 
 /// The same by specular colour and glossiness. Metals then have a black diffuse colour and carry
 /// their own in the specular one.
-void SetSpecularGlossy(const Json& glossy, const Rgb& base, AttrProperty& surface) {
+void SetSpecularGlossy(Json glossy, const Rgb& base, AttrProperty& surface) {
   const Rgb specular = ColorOf(glossy, "specularFactor", 1);
   const bool hasMap = HasTexture(glossy, "specularGlossinessTexture");
   const float gloss = Unit(NumberOf(glossy, "glossinessFactor", 1)) * (hasMap ? 0.5f : 1);
@@ -73,8 +73,8 @@ void SetUnlit(const Rgb& base, SceneMaterial& material) {
 }
 
 /// Alpha of the factor, and what the mode makes of the product with those of picture and vertex.
-void SetAlpha(const Json& json, AlphaMode mode, float alpha, SceneMaterial& material) {
-  const Json& transmission = Extension(json, "KHR_materials_transmission");
+void SetAlpha(Json json, AlphaMode mode, float alpha, SceneMaterial& material) {
+  const Json transmission = Extension(json, "KHR_materials_transmission");
   // It tints what is behind; blending can only thin the surface, which must stay seen.
   const float clear = 0.75f * Unit(NumberOf(transmission, "transmissionFactor", 0));
   const float missing = mode == AlphaMode::kOpaque ? 0 : 1 - Unit(alpha);
@@ -89,16 +89,16 @@ AlphaUse AlphaUseOf(AlphaMode mode) {
 }  // namespace
 
 const MaterialUse& Materials::Get(int index) {
-  if (m_document.Item("materials", index).is_null()) index = -1;
+  if (m_document.Item("materials", index).IsNull()) index = -1;
   const auto [entry, isNew] = m_made.try_emplace(index);
   if (isNew) entry->second = Make(m_document.Item("materials", index), index);
   return entry->second;
 }
 
-MaterialUse Materials::Make(const Json& json, int index) {
-  const Json& physical = Member(json, "pbrMetallicRoughness");
-  const Json& glossy = Extension(json, "KHR_materials_pbrSpecularGlossiness");
-  const bool isGlossy = glossy.is_object();
+MaterialUse Materials::Make(Json json, int index) {
+  const Json physical = Member(json, "pbrMetallicRoughness");
+  const Json glossy = Extension(json, "KHR_materials_pbrSpecularGlossiness");
+  const bool isGlossy = glossy.IsObject();
   const AlphaMode mode = AlphaModeOf(json);
   const Factor factor =
       isGlossy ? FactorOf(glossy, "diffuseFactor") : FactorOf(physical, "baseColorFactor");
@@ -114,7 +114,7 @@ MaterialUse Materials::Make(const Json& json, int index) {
   use.uvTransform = base.transform;
   use.usesVertexAlpha = mode != AlphaMode::kOpaque;
   const Rgb color = DisplayColor(factor.color);
-  if (Extension(json, "KHR_materials_unlit").is_object()) {
+  if (Extension(json, "KHR_materials_unlit").IsObject()) {
     SetUnlit(color, material);
   } else {
     if (isGlossy) {
@@ -131,7 +131,7 @@ MaterialUse Materials::Make(const Json& json, int index) {
   return use;
 }
 
-void Materials::SetEmission(const Json& json, const Texture& base, MaterialUse& use,
+void Materials::SetEmission(Json json, const Texture& base, MaterialUse& use,
                             SceneMaterial& material) {
   const float strength = std::max(
       NumberOf(Extension(json, "KHR_materials_emissive_strength"), "emissiveStrength", 1), 0.0f);

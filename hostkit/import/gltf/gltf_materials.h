@@ -36,12 +36,11 @@ class Materials {
     bool isThere = false;  ///< The material names one, whether or not it can be had.
   };
 
-  MaterialUse Make(const Json& json, int index);
-  int PictureOf(const Json& texture, PictureUse use);
-  int EmbeddedPicture(const Json& image, int index, const PictureUse& use);
-  Texture TextureOf(const Json& info, AlphaUse alpha);
-  void SetEmission(const Json& json, const Texture& base, MaterialUse& use,
-                   SceneMaterial& material);
+  MaterialUse Make(Json json, int index);
+  int PictureOf(Json texture, PictureUse use);
+  int EmbeddedPicture(Json image, int index, const PictureUse& use);
+  Texture TextureOf(Json info, AlphaUse alpha);
+  void SetEmission(Json json, const Texture& base, MaterialUse& use, SceneMaterial& material);
 
   Document& m_document;
   Buffers& m_buffers;

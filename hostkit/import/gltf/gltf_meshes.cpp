@@ -86,13 +86,13 @@ void Extend(Selection& selection, const std::vector<std::uint32_t>& splits) {
 std::vector<Primitive>& Meshes::Of(int index) {
   const auto [entry, isNew] = m_made.try_emplace(index);
   if (!isNew) return entry->second;
-  const Json& json = m_document.Item("meshes", index);
-  const Json& primitives = Member(json, "primitives");
+  const Json json = m_document.Item("meshes", index);
+  const Json primitives = Member(json, "primitives");
   m_name = m_document.NameOf("mesh", json, index);
   Scene& scene = m_document.Source().scene;
   for (std::size_t i = 0; i < Length(primitives); ++i) {
     Primitive primitive;
-    primitive.json = &primitives[i];
+    primitive.json = primitives[i];
     SceneMesh mesh;
     mesh.name = TextOf(json, "name");
     if (!Make(primitive, mesh)) continue;
@@ -120,7 +120,7 @@ int Meshes::OwnMesh(Primitive& primitive) {
 }
 
 std::size_t Meshes::VertexCount(const Primitive& primitive) {
-  const int index = IndexOf(Member(*primitive.json, "attributes"), "POSITION");
+  const int index = IndexOf(Member(primitive.json, "attributes"), "POSITION");
   if (primitive.unpacked) {
     const auto found = primitive.unpacked->attributes.find("POSITION");
     return found == primitive.unpacked->attributes.end() ? 0 : found->second.count;
@@ -140,24 +140,23 @@ const Accessor* Meshes::Attribute(const Primitive& primitive, const char* name) 
     const auto found = primitive.unpacked->attributes.find(name);
     if (found != primitive.unpacked->attributes.end()) return &found->second;
   }
-  const Json& accessor = Member(Member(*primitive.json, "attributes"), name);
-  return accessor.is_null() ? nullptr : Checked(m_accessors.Get(IndexFrom(accessor)), primitive);
+  const Json accessor = Member(Member(primitive.json, "attributes"), name);
+  return accessor.IsNull() ? nullptr : Checked(m_accessors.Get(IndexFrom(accessor)), primitive);
 }
 
-const Accessor* Meshes::TargetAttribute(const Primitive& primitive, const Json& target,
-                                        const char* name) {
-  const Json& accessor = Member(target, name);
-  return accessor.is_null() ? nullptr : Checked(m_accessors.Get(IndexFrom(accessor)), primitive);
+const Accessor* Meshes::TargetAttribute(const Primitive& primitive, Json target, const char* name) {
+  const Json accessor = Member(target, name);
+  return accessor.IsNull() ? nullptr : Checked(m_accessors.Get(IndexFrom(accessor)), primitive);
 }
 
 /// False where it is packed and cannot be had.
 bool Meshes::Unpack(Primitive& primitive) {
-  const Json& packing = Extension(*primitive.json, kDraco);
-  if (!packing.is_object()) return true;
+  const Json packing = Extension(primitive.json, kDraco);
+  if (!packing.IsObject()) return true;
   const BufferView* view = m_buffers.View(IndexOf(packing, "bufferView"));
   if (view) {
     primitive.unpacked =
-        DecodeDraco(*primitive.json, Member(m_document.Root(), "accessors"), view->bytes);
+        DecodeDraco(primitive.json, Member(m_document.Root(), "accessors"), view->bytes);
   }
   // Some files have the same besides, for readers that cannot unpack it.
   return primitive.unpacked || VertexCount(primitive) > 0;
@@ -170,8 +169,8 @@ bool Meshes::ListIndices(const Primitive& primitive, std::size_t count,
     to->swap(primitive.unpacked->indices);
     return true;
   }
-  const Json& indices = Member(*primitive.json, "indices");
-  if (!indices.is_null()) {
+  const Json indices = Member(primitive.json, "indices");
+  if (!indices.IsNull()) {
     const Accessor* accessor = m_accessors.Get(IndexFrom(indices));
     return accessor && ReadIndices(*accessor, to);
   }
@@ -181,9 +180,9 @@ bool Meshes::ListIndices(const Primitive& primitive, std::size_t count,
 }
 
 bool Meshes::Make(Primitive& primitive, SceneMesh& mesh) {
-  const Json& mode = Member(*primitive.json, "mode");
+  const Json mode = Member(primitive.json, "mode");
   // What is unpacked is triangles, whatever the mode was.
-  int kind = mode.is_null() ? kUsualMode : IndexFrom(mode);
+  int kind = mode.IsNull() ? kUsualMode : IndexFrom(mode);
   const bool isUnpacked = Unpack(primitive);
   if (primitive.unpacked) kind = kUsualMode;
   const std::size_t corners = CornersOf(kind);
@@ -202,7 +201,7 @@ bool Meshes::Make(Primitive& primitive, SceneMesh& mesh) {
   m_room -= faces.size();
   if (!PlaceVertices(*positions, corners, primitive, mesh, faces)) return false;
   ListOf(mesh, corners) = std::move(faces);
-  const MaterialUse& material = m_materials.Get(gltf::IndexOf(*primitive.json, "material"));
+  const MaterialUse& material = m_materials.Get(gltf::IndexOf(primitive.json, "material"));
   mesh.material = material.material;
   AddNormals(primitive, mesh);
   AddUvs(primitive, material, mesh);

@@ -14,7 +14,7 @@ namespace hostkit::gltf {
 
 /// A primitive that is a mesh of the scene.
 struct Primitive {
-  const Json* json = nullptr;
+  Json json;
   int mesh = -1;  ///< Index into Scene::meshes.
   /// Which of the primitive's vertices those of the mesh are.
   Selection vertices;
@@ -39,7 +39,7 @@ class Meshes {
   /// An attribute of as many elements as the primitive has vertices; null without one.
   const Accessor* Attribute(const Primitive& primitive, const char* name);
   /// The same of a morph target.
-  const Accessor* TargetAttribute(const Primitive& primitive, const Json& target, const char* name);
+  const Accessor* TargetAttribute(const Primitive& primitive, Json target, const char* name);
 
  private:
   bool Unpack(Primitive& primitive);

@@ -39,7 +39,7 @@ bool ApplyFilter(const std::string& filter, std::size_t count, std::size_t strid
 
 }  // namespace
 
-bool DecodeMeshopt(const Json& extension, Bytes packed, std::vector<unsigned char>* bytes) {
+bool DecodeMeshopt(Json extension, Bytes packed, std::vector<unsigned char>* bytes) {
   const std::uint64_t count = CountOf(extension, "count", 0);
   const std::uint64_t stride = CountOf(extension, "byteStride", 0);
   constexpr std::uint64_t kWidest = 256;

@@ -8,6 +8,6 @@
 namespace hostkit::gltf {
 
 /// Unpacks what the extension says of `packed`; false where that is broken.
-bool DecodeMeshopt(const Json& extension, Bytes packed, std::vector<unsigned char>* bytes);
+bool DecodeMeshopt(Json extension, Bytes packed, std::vector<unsigned char>* bytes);
 
 }  // namespace hostkit::gltf

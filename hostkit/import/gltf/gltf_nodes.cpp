@@ -25,7 +25,7 @@ using Imath::V3f;
 constexpr std::array<double, 3> kNoMove = {0, 0, 0}, kUnitScale = {1, 1, 1};
 constexpr std::array<double, 4> kNoTurn = {0, 0, 0, 1};
 
-M44d PlaceOf(const Json& node) {
+M44d PlaceOf(Json node) {
   if (Length(Member(node, "matrix")) == 16) {
     const M44d unit;
     std::array<double, 16> identity{};
@@ -56,7 +56,7 @@ M44f ToFloats(const M44d& matrix) {
 }
 
 /// The names of the file's scenes, for messages.
-std::string SceneNames(const Json& scenes) {
+std::string SceneNames(Json scenes) {
   constexpr std::size_t kMost = 20;
   std::string names;
   for (std::size_t i = 0; i < std::min(Length(scenes), kMost); ++i) {
@@ -66,28 +66,31 @@ std::string SceneNames(const Json& scenes) {
   return names.empty() ? "none with a name" : names;
 }
 
-/// The scene that is asked for; null with `*error` where there is none of that name. A null value
-/// where the file has no scenes.
-const Json* ChooseScene(const Document& document, std::string* error) {
-  const Json& scenes = Member(document.Root(), "scenes");
+/// Takes the scene that is asked for: a null value where the file has no scenes. False with
+/// `*error` where there is none of that name.
+bool ChooseScene(const Document& document, Json* scene, std::string* error) {
+  const Json scenes = Member(document.Root(), "scenes");
   const std::string& wanted = document.Source().options.scene;
   if (wanted.empty()) {
-    const Json& own = document.Item("scenes", IndexOf(document.Root(), "scene"));
-    return own.is_object() ? &own : &Entry(scenes, 0);
+    const Json own = document.Item("scenes", IndexOf(document.Root(), "scene"));
+    *scene = own.IsObject() ? own : scenes[0];
+    return true;
   }
   for (std::size_t i = 0; i < Length(scenes); ++i) {
-    if (TextOf(scenes[i], "name") == wanted) return &scenes[i];
+    if (TextOf(scenes[i], "name") != wanted) continue;
+    *scene = scenes[i];
+    return true;
   }
   *error = fmt::format("{}: has no scene {}; there are: {}", document.Path(),
                        NameForMessage(wanted), SceneNames(scenes));
-  return nullptr;
+  return false;
 }
 
 /// Nodes that are no other's child: what is there where a file has no scenes.
-std::vector<int> FindRoots(const Json& nodes) {
+std::vector<int> FindRoots(Json nodes) {
   std::vector<bool> isChild(Length(nodes));
-  for (const Json& node : nodes) {
-    const Json& children = Member(node, "children");
+  for (std::size_t node = 0; node < Length(nodes); ++node) {
+    const Json children = Member(nodes[node], "children");
     for (std::size_t i = 0; i < Length(children); ++i) {
       const int child = IndexFrom(children[i]);
       if (child >= 0 && static_cast<std::size_t>(child) < isChild.size()) {
@@ -102,7 +105,7 @@ std::vector<int> FindRoots(const Json& nodes) {
   return roots;
 }
 
-std::vector<int> IndicesIn(const Json& list) {
+std::vector<int> IndicesIn(Json list) {
   std::vector<int> indices;
   for (std::size_t i = 0; i < Length(list); ++i) indices.push_back(IndexFrom(list[i]));
   return indices;
@@ -163,14 +166,14 @@ class Walk {
 
   void Enter(std::size_t node, int parent) {
     m_states[node] = kAbove;
-    const Json& json = m_document.Item("nodes", static_cast<int>(node));
+    const Json json = m_document.Item("nodes", static_cast<int>(node));
     const M44d place = PlaceOf(json);
     M44d& toWorld = m_tree.toWorld[node];
     toWorld = parent < 0 ? place : place * m_tree.toWorld[static_cast<std::size_t>(parent)];
     m_tree.places[node] = ToFloats(place);
     m_tree.parents[node] = parent;
-    const Json& visible = Member(Extension(json, "KHR_node_visibility"), "visible");
-    if (visible.is_boolean() && !visible.get<bool>()) return;
+    const Json visible = Member(Extension(json, "KHR_node_visibility"), "visible");
+    if (visible.IsFlag() && !visible.Flag()) return;
     if (!IsFinite(ToFloats(toWorld)) || !IsFinite(m_tree.places[node])) {
       m_document.Note("nodes left out with all below them, since their place is not finite",
                       Name(node));
@@ -191,10 +194,10 @@ class Walk {
 }  // namespace
 
 bool ReadNodes(Document& document, NodeTree* tree, std::string* error) {
-  const Json* scene = ChooseScene(document, error);
-  if (!scene) return false;
-  const std::vector<int> roots = scene->is_object() ? IndicesIn(Member(*scene, "nodes"))
-                                                    : FindRoots(Member(document.Root(), "nodes"));
+  Json scene;
+  if (!ChooseScene(document, &scene, error)) return false;
+  const std::vector<int> roots = scene.IsObject() ? IndicesIn(Member(scene, "nodes"))
+                                                  : FindRoots(Member(document.Root(), "nodes"));
   return Walk(document, *tree).Run(roots, error);
 }
 
@@ -204,7 +207,7 @@ Quatf ToRotation(const float* xyzw) {
   return length > 0 && std::isfinite(length) ? rotation / length : Quatf();
 }
 
-NodePlace RestOf(const Json& node, const M44f& place) {
+NodePlace RestOf(Json node, const M44f& place) {
   NodePlace rest;
   V3f shear;
   if (Length(Member(node, "matrix")) == 16) {

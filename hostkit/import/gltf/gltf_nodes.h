@@ -25,7 +25,7 @@ struct NodeTree {
 bool ReadNodes(Document& document, NodeTree* tree, std::string* error);
 
 /// The node's place taken apart, as it is at rest.
-NodePlace RestOf(const Json& node, const Imath::M44f& place);
+NodePlace RestOf(Json node, const Imath::M44f& place);
 
 /// An array of four floats as a rotation of unit length; none where it is no rotation.
 Imath::Quatf ToRotation(const float* xyzw);

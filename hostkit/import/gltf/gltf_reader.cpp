@@ -23,10 +23,14 @@ using Imath::M44f;
 constexpr std::size_t kMostInstances = std::size_t{1} << 22;
 
 /// The copies that EXT_mesh_gpu_instancing makes of a node's mesh, in its space; one without it.
-std::vector<M44f> CopiesAt(const Json& node, Accessors& accessors) {
-  const Json& attributes = Member(Extension(node, "EXT_mesh_gpu_instancing"), "attributes");
-  if (!attributes.is_object() || attributes.empty()) return {M44f()};
-  const Accessor* any = accessors.Get(IndexFrom(attributes.begin().value()));
+std::vector<M44f> CopiesAt(Json node, Accessors& accessors) {
+  const Json attributes = Member(Extension(node, "EXT_mesh_gpu_instancing"), "attributes");
+  if (!attributes.IsObject() || attributes.Size() == 0) return {M44f()};
+  int first = -1;
+  attributes.ForEach([&first](const std::string&, Json index) {
+    if (first < 0) first = IndexFrom(index);
+  });
+  const Accessor* any = accessors.Get(first);
   const std::size_t count = any ? std::min(any->count, kMostInstances) : 0;
   std::vector<M44f> copies(count);
   const auto read = [&](const char* name, int components, const auto& apply) {
@@ -78,7 +82,7 @@ class Instances {
   }
 
   void AddNode(int node) {
-    const Json& json = m_document.Item("nodes", node);
+    const Json json = m_document.Item("nodes", node);
     const int mesh = IndexOf(json, "mesh");
     if (mesh < 0) return;
     const std::vector<M44f> copies = CopiesAt(json, m_accessors);

@@ -24,24 +24,23 @@ using Imath::V3f;
 const V3f kForward(0, 0, -1), kUp(0, 1, 0);
 
 /// The node's name, which tells several users of one thing apart, or else the thing's.
-std::string NameOf(const Document& document, int node, const char* kind, const Json& thing,
-                   int index) {
+std::string NameOf(const Document& document, int node, const char* kind, Json thing, int index) {
   const std::string name = TextOf(document.Item("nodes", node), "name");
   return name.empty() ? document.NameOf(kind, thing, index) : name;
 }
 
-void SetCuts(const Json& lens, SceneCamera& camera) {
+void SetCuts(Json lens, SceneCamera& camera) {
   camera.nearCut = std::max(NumberOf(lens, "znear", 0), 0.0f);
   const float far = NumberOf(lens, "zfar", 0);
   camera.farCut = far > camera.nearCut ? far : 0;
 }
 
 /// Sets the lens; false where the file does not tell it.
-bool SetLens(const Json& json, SceneCamera& camera) {
+bool SetLens(Json json, SceneCamera& camera) {
   constexpr float kNarrowest = 0.01f, kWidest = 3.0f;
-  const Json& perspective = Member(json, "perspective");
-  const Json& parallel = Member(json, "orthographic");
-  if (perspective.is_object()) {
+  const Json perspective = Member(json, "perspective");
+  const Json parallel = Member(json, "orthographic");
+  if (perspective.IsObject()) {
     const float fov = NumberOf(perspective, "yfov", 0);
     camera.verticalFov = std::clamp(fov, kNarrowest, kWidest);
     camera.aspect = std::max(NumberOf(perspective, "aspectRatio", 0), 0.0f);
@@ -73,7 +72,7 @@ int LightType(const std::string& type) {
   return -1;
 }
 
-void SetCone(const Json& spot, SceneLight& light) {
+void SetCone(Json spot, SceneLight& light) {
   constexpr float kQuarter = std::numbers::pi_v<float> / 4,
                   kDegrees = 180 / std::numbers::pi_v<float>;
   float outer = NumberOf(spot, "outerConeAngle", kQuarter);
@@ -85,7 +84,7 @@ void SetCone(const Json& spot, SceneLight& light) {
 
 /// A light with `intensity` as the brightness that the file gives it at `middle`; false when it
 /// cannot be used.
-bool MakeLight(const Json& json, const M44d& place, const V3d& middle, SceneLight& light) {
+bool MakeLight(Json json, const M44d& place, const V3d& middle, SceneLight& light) {
   const M44f toWorld(place);
   light.type = LightType(TextOf(json, "type"));
   const std::array<double, 3> color = NumbersOf<3>(json, "color", {1, 1, 1});
@@ -121,7 +120,7 @@ void AddCameras(Document& document, const NodeTree& tree, const NodeHooks& hooks
   for (const int node : tree.order) {
     const int index = IndexOf(document.Item("nodes", node), "camera");
     if (index < 0) continue;
-    const Json& json = document.Item("cameras", index);
+    const Json json = document.Item("cameras", index);
     SceneCamera camera;
     camera.name = NameOf(document, node, "camera", json, index);
     if (!SetLens(json, camera)) {
@@ -145,7 +144,7 @@ void AddCameras(Document& document, const NodeTree& tree, const NodeHooks& hooks
 void AddLights(Document& document, const NodeTree& tree, const NodeHooks& hooks) {
   constexpr const char* kLights = "KHR_lights_punctual";
   Scene& scene = document.Source().scene;
-  const Json& lights = Member(Extension(document.Root(), kLights), "lights");
+  const Json lights = Member(Extension(document.Root(), kLights), "lights");
   if (Length(lights) == 0) return;
   SettleAtRest(scene);
   ExactPlaces& places = document.Source().places;
@@ -153,7 +152,7 @@ void AddLights(Document& document, const NodeTree& tree, const NodeHooks& hooks)
   for (const int node : tree.order) {
     const int index = IndexOf(Extension(document.Item("nodes", node), kLights), "light");
     if (index < 0) continue;
-    const Json& json = Entry(lights, index);
+    const Json json = Entry(lights, index);
     SceneLight light;
     light.name = NameOf(document, node, "light", json, index);
     const M44d& toWorld = tree.toWorld[static_cast<std::size_t>(node)];

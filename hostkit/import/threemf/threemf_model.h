@@ -11,8 +11,8 @@
 #include <utility>
 #include <vector>
 
-#include "host/Colors.h"
 #include "hostkit/import/archive.h"
+#include "hostkit/import/threemf/threemf_properties.h"
 
 namespace hostkit {
 
@@ -21,8 +21,7 @@ using ThreeMfId = std::pair<std::string, std::uint32_t>;
 
 struct ThreeMfTriangle {
   std::uint32_t corners[3];
-  /// Colours of the corners; alpha 0: none is given.
-  ColorBuf colors[3];
+  ThreeMfLook looks[3];  ///< Of the corners. The first one's picture is the triangle's.
 };
 
 /// A placement of an object, in another or in the world.
@@ -40,10 +39,15 @@ struct ThreeMfObject {
 
 struct ThreeMfModel {
   std::map<ThreeMfId, ThreeMfObject> objects;
+  std::vector<ThreeMfPicture> pictures;
   std::vector<ThreeMfUse> items;  ///< What is built.
-  std::size_t pictures = 0;       ///< Triangles with pictures on them, which are not read.
   std::size_t missingParts = 0;   ///< Parts that others name and that cannot be read.
 };
+
+/// Reads a part of a package, named with or without a leading slash. False when it cannot be read,
+/// or has more than `mostBytes`.
+bool ReadThreeMfPart(const Archive& archive, const std::string& part, std::uint64_t mostBytes,
+                     std::string* bytes);
 
 /// Reads the model of a package, in millimetres or whatever its unit is. False with what is wrong,
 /// and the remedy, in `*fault`.

@@ -50,6 +50,27 @@ TEST_F(Deformed, CreasesComeAndGoAsTheMeshBends) {
   EXPECT_GT(Different(pictures[0], pictures[1], 0.3f), 20) << "the diagonal, 40 pixels long";
 }
 
+TEST_F(Deformed, MirroringJointsLeaveTheOutsideOutside) {
+  Scene scene = SceneOf({Material(1, 1, 1)}, Square(0));
+  scene.materials[0].showsBacks = false;
+  Scene plain = SceneOf({Material(1, 1, 1)}, Square(0));
+  plain.materials[0].showsBacks = false;
+  hostkit::SceneDeformation& deformation = scene.motion.deformations.emplace_back();
+  deformation.positions = scene.meshes[0].positions;
+  deformation.normals = scene.meshes[0].normals;
+  deformation.joints = {{-1, M44f().setScale(V3f(-1, 1, 1))}};
+  deformation.influences = 1;
+  deformation.vertexJoints = {0, 0, 0, 0};
+  deformation.vertexWeights = {1, 1, 1, 1};
+  hostkit::PoseScene(scene, {}, 0);
+  m_settings.lights = hostkit::LightSet::kThreePoint;
+  for (const float eye : {10.0f, -10.0f}) {
+    const hostkit::Picture mirrored = Render(scene, FrontView(eye));
+    EXPECT_EQ(Different(mirrored, Render(plain, FrontView(eye)), 0.01f), 0) << eye;
+  }
+  EXPECT_GT(At(Render(scene), 40, 40).red, 0.3f);
+}
+
 TEST_F(Deformed, APaneThatGrowsOutOfAPointIsSeenFromBehind) {
   std::vector<V3f> toMiddle = Square(0).positions;
   for (V3f& way : toMiddle) way = -way;

@@ -150,6 +150,15 @@ TEST_F(Frames, AlphaIsCutOffAtItsProduct) {
     EXPECT_EQ(BytesAt(picture, 28, y), (Bytes{0, 0, 255}));
     EXPECT_EQ(BytesAt(picture, 31, y)[2], 0) << "opaque from there on";
   }
+  // The same with a picture of half the alpha: twenty pixels in, within those of a band.
+  material.image = 0;
+  scene.images[0].bitmap = Texels({{255, 255, 255, 128}}, 1);
+  for (const DrawMode mode : {DrawMode::kShaded, DrawMode::kFlat}) {
+    m_settings.mode = mode;
+    picture = Render(scene);
+    EXPECT_EQ(BytesAt(picture, 36, 25), (Bytes{0, 0, 255}));
+    EXPECT_EQ(BytesAt(picture, mode == DrawMode::kFlat ? 57 : 44, 25)[2], 0);
+  }
 }
 
 TEST_F(Frames, EmissionIsAddedToWhatIsLit) {

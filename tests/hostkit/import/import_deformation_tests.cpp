@@ -9,6 +9,7 @@
 #include "hostkit/import/import_normals.h"
 #include "hostkit/scene/node_animation.h"
 #include "tests/hostkit/import/import_fixture.h"
+#include "tests/support/common/zip_file.h"
 
 namespace {
 
@@ -102,6 +103,86 @@ TEST_F(Deformations, SkinsFollowTheirJointsAtRestAndAsTheyMove) {
   // On its way the last corner, half of which goes around the elbow, rises above both.
   const V3f reach = hostkit::MeasureReach(scene, {0}).bounds.max;
   EXPECT_TRUE(reach.equalWithAbsError({2, 1 + std::sqrt(5.0f) / 2, 0}, 1e-3f)) << reach;
+}
+
+TEST_F(Deformations, KeysThatAreStepsHoldAlsoInArchives) {
+  std::string strip = SkinnedStrip(true);
+  const std::string output = R"(<input semantic="OUTPUT" source="#v"/>)";
+  strip.replace(strip.find(output), output.size(),
+                output + R"(<input semantic="INTERPOLATION" source="#k"/>)");
+  strip.replace(strip.find("<sampler"), 0, R"(<source id="k"><Name_array id="ka" count="2">
+STEP STEP</Name_array><technique_common><accessor source="#ka" count="2" stride="1"><param
+ name="INTERPOLATION" type="Name"/></accessor></technique_common></source>)");
+  const std::string manifest = "<?xml version=\"1.0\"?><dae_root>strip.dae</dae_root>";
+  for (const std::string& path :
+       {Write("steps.dae", strip),
+        Write(
+            "steps.zae",
+            Zip({{"a.dae", SkinnedStrip(true)}, {"manifest.xml", manifest}, {"strip.dae", strip}})),
+        Write("first.zae", Zip({{"strip.dae", strip}}))}) {
+    Scene scene = Read(path);
+    hostkit::PoseScene(scene, {0}, 1.9);
+    ExpectStrip(scene, kBent);
+    hostkit::PoseScene(scene, {0}, 2);
+    ExpectStrip(scene, kStraight);
+  }
+}
+
+/// A triangle that goes to other places by half of one shape, and from none to all of a second one
+/// in two seconds; two of its corners lie at one place.
+std::string Morphed(const std::string& method) {
+  const auto source = [](const std::string& id, int count, const std::string& numbers) {
+    return "<source id=\"" + id + "\"><float_array id=\"" + id + "a\" count=\"" +
+           std::to_string(count) + "\">" + numbers + "</float_array><technique_common><accessor " +
+           "source=\"#" + id + "a\" count=\"" + std::to_string(count == 9 ? 3 : count) +
+           "\" stride=\"" +
+           (count == 9 ? "3\"><param name=\"X\" type=\"float\"/><param name=\"Y\" "
+                         "type=\"float\"/><param name=\"Z\" type=\"float\"/>"
+                       : "1\"><param type=\"float\"/>") +
+           "</accessor></technique_common></source>";
+  };
+  const auto geometry = [&source](const std::string& id, const std::string& numbers) {
+    return "<geometry id=\"" + id + "\"><mesh>" + source(id + "p", 9, numbers) + "<vertices id=\"" +
+           id + "v\"><input semantic=\"POSITION\" source=\"#" + id +
+           "p\"/></vertices><triangles count=\"1\"><input semantic=\"VERTEX\" source=\"#" + id +
+           "v\" offset=\"0\"/><p>0 2 1</p></triangles></mesh></geometry>";
+  };
+  const bool isRelative = method == "RELATIVE";
+  return R"(<?xml version="1.0"?>
+<COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1"><asset/>
+<library_animations><animation>)" +
+         source("t", 2, "0 2") + source("w", 2, "0 1") +
+         R"x(<sampler id="sm"><input semantic="INPUT" source="#t"/><input semantic="OUTPUT" source="#w"/>
+</sampler><channel source="#sm" target="m/weights(1)"/></animation></library_animations>
+<library_geometries>)x" +
+         geometry("g", "0 0 0  0 0 0  0 1 0") +
+         geometry("h", isRelative ? "0 0 0  2 0 0  0 0 0" : "0 0 0  2 0 0  0 1 0") +
+         geometry("k", isRelative ? "0 0 4  0 0 0  0 0 0" : "0 0 4  0 0 0  0 1 0") +
+         R"(</library_geometries><library_controllers><controller id="m"><morph source="#g" method=")" +
+         method +
+         R"("><source id="mt"><IDREF_array id="mta" count="2">h k</IDREF_array></source>)" +
+         source("mw", 2, "0.5 0") + R"(<targets><input semantic="MORPH_TARGET" source="#mt"/>
+<input semantic="MORPH_WEIGHT" source="#mw"/></targets></morph></controller></library_controllers>
+<library_visual_scenes><visual_scene id="s"><node id="n"><translate>0 0 7</translate>
+<instance_controller url="#m"/></node></visual_scene></library_visual_scenes>
+<scene><instance_visual_scene url="#s"/></scene></COLLADA>)";
+}
+
+TEST_F(Deformations, MorphControllersMoveTheirMesh) {
+  for (const char* method : {"NORMALIZED", "RELATIVE"}) {
+    Scene scene = Read(Write("morph.dae", Morphed(method)));
+    ASSERT_EQ(scene.instances.size(), 1u) << method;
+    EXPECT_TRUE(scene.warnings.empty());
+    EXPECT_TRUE(scene.meshes.at(0).uvs.empty());
+    for (const float time : {-1.0f, 1.0f}) {  // at rest; half-way
+      if (time > 0) hostkit::PoseScene(scene, {0}, time);
+      const V3f corners[] = {{0, 0, time > 0 ? 9.0f : 7.0f}, {0, 1, 7}, {1, 0, 7}};
+      const hostkit::SceneMesh& mesh = scene.meshes[0];
+      for (std::size_t i = 0; i < 3; ++i) {
+        ExpectNear(mesh.positions[mesh.triangles.at(i)] * scene.instances[0].toWorld, corners[i]);
+      }
+    }
+  }
 }
 
 /// A triangle with two shapes, the first of which is keyed from none of it to all of it in two

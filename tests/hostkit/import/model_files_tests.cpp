@@ -159,9 +159,10 @@ TEST_F(ModelFolder, ReadableFoldersAreThoseThatNamesReach) {
 
 TEST_F(ModelFolder, NamesInMessagesSteerNothing) {
   const ModelFiles files(m_model, FileReach::kNeighbours);
-  const std::string text = files.FaultText("../\x1b[2J\n\xc2\x9b\x7f\xc3\xa4", FileFault::kOutside);
+  const std::string text =
+      files.FaultText("../\x1b[2J\n\xc2\x9b\x7f\x9b\xe2\x80\xae\xc3\xa4", FileFault::kOutside);
   EXPECT_EQ(text, m_model +
-                      ": it names ../?[2J????\xc3\xa4, which lies outside its folder; put it "
+                      ": it names ../?[2J?????\xc3\xa4, which lies outside its folder; put it "
                       "beside the model");
   EXPECT_EQ(hostkit::NameForMessage(std::string(199, 'a') + "\xc3\xa4"), std::string(199, 'a'));
 }

@@ -66,20 +66,62 @@ TEST_F(ThreeMf, ColorsAreThoseOfObjectsTrianglesAndCorners) {
   const std::string groups =
       R"(<basematerials id="5"><base name="a" displaycolor="#10203040"/><base displaycolor="#abcdef"/>
 </basematerials><m:colorgroup id="6"><m:color color="#FF0000"/><m:color color="#00FF00FF"/>
-</m:colorgroup><m:texture2dgroup id="8" texid="9"/>)";
+</m:colorgroup>)";
   const Scene scene = ReadModel(
       Model(groups + Mesh(R"(id="1" pid="5" pindex="1")", R"(pid="6" p1="0" p2="1" p3="0")") +
-                Mesh("id=\"2\"", R"(pid="5" p1="0")") + Mesh("id=\"3\"", R"(pid="8" p1="0")"),
-            R"(<item objectid="1"/><item objectid="2"/><item objectid="3"/>)"));
+                Mesh("id=\"2\"", R"(pid="5" p1="0")"),
+            R"(<item objectid="1"/><item objectid="2"/>)"));
   EXPECT_EQ(ColorOf(scene.meshes.at(0), 2), (std::vector<int>{0xab, 0xcd, 0xef, 255}));
   EXPECT_EQ(ColorOf(scene.meshes[0], 3), (std::vector<int>{255, 0, 0, 255}));
   EXPECT_EQ(ColorOf(scene.meshes[0], 4), (std::vector<int>{0, 255, 0, 255}));
   EXPECT_EQ(ColorOf(scene.meshes.at(1), 0), (std::vector<int>{204, 204, 204, 255}));
   EXPECT_EQ(ColorOf(scene.meshes[1], 5), (std::vector<int>{0x10, 0x20, 0x30, 0x40}));
   EXPECT_TRUE(scene.meshes[1].colorsHaveAlpha);
-  EXPECT_TRUE(scene.meshes.at(2).colors.empty());
-  ASSERT_EQ(scene.warnings.size(), 1u);
-  EXPECT_TRUE(Holds(scene.warnings[0], {"pictures on triangles left out: 1;"}));
+  EXPECT_TRUE(scene.warnings.empty());
+}
+
+TEST_F(ThreeMf, PicturesLieOnTheCornersThatNameThem) {
+  const std::string resources =
+      R"(<m:texture2d id="9" path="/3D/a.png" tilestyleu="mirror" tilestylev="none" filter="nearest"/>
+<m:texture2d id="7" path="/3D/gone.png"/><m:texture2dgroup id="8" texid="9"><m:tex2coord u="0" v="0"/>
+<m:tex2coord u="3" v="0.25"/><m:tex2coord u="0" v="1.5"/></m:texture2dgroup>
+<m:texture2dgroup id="6" texid="7"><m:tex2coord u="0" v="0"/></m:texture2dgroup>)";
+  const std::string model = Model(resources + Mesh("id=\"1\"", R"(pid="8" p1="0" p2="1" p3="2")") +
+                                      Mesh("id=\"2\"", R"(pid="6" p1="0")"),
+                                  R"(<item objectid="1"/><item objectid="2"/>)");
+  const Scene scene =
+      Read(Write("m.3mf", Zip({{"3D/3dmodel.model", model}, {"3D/a.png", FourColorsPng()}})));
+  ASSERT_EQ(scene.meshes.size(), 4u);
+  EXPECT_EQ(scene.materials.at(scene.meshes[0].material).image, -1);
+  const SceneMesh& pictured = scene.meshes[1];
+  const hostkit::SceneImage& image = scene.images.at(scene.materials.at(pictured.material).image);
+  EXPECT_EQ(image.wrapU, hostkit::PictureWrap::kMirror);
+  EXPECT_TRUE(image.isNearest);
+  // v goes up from the picture's lower left.
+  const Imath::V2f expected[] = {{0, 1}, {3, 0.75f}, {0, -0.5f}};
+  ASSERT_EQ(pictured.triangles.size(), 3u);
+  for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(pictured.uvs[pictured.triangles[i]], expected[i]);
+  EXPECT_TRUE(pictured.colors.empty());
+  ASSERT_EQ(scene.warnings.size(), 2u);
+  EXPECT_TRUE(Holds(scene.warnings[0], {"gone.png", "cannot be read from the package"}));
+  EXPECT_TRUE(Holds(scene.warnings[1], {"reach beyond pictures which end there: 1;"}));
+}
+
+TEST_F(ThreeMf, MixturesAndLayersAreOneLook) {
+  const std::string groups = R"(<basematerials id="1"><base displaycolor="#FF0000"/>
+<base displaycolor="#0000FF"/></basematerials><m:compositematerials id="2" matid="1" matindices="0 1">
+<m:composite values="0.25 0.75"/></m:compositematerials><m:colorgroup id="3">
+<m:color color="#80FFFF"/><m:color color="#00FF0080"/></m:colorgroup>
+<m:multiproperties id="4" pids="1 3" blendmethods="multiply"><m:multi pindices="0"/></m:multiproperties>
+<m:multiproperties id="5" pids="1 3"><m:multi pindices="1 1"/></m:multiproperties>)";
+  const Scene scene =
+      ReadModel(Model(groups + Mesh(R"(id="10" pid="2" pindex="0")", R"(pid="4" p1="0")") +
+                          Mesh(R"(id="11" pid="5" pindex="0")", ""),
+                      R"(<item objectid="10"/><item objectid="11"/>)"));
+  EXPECT_EQ(ColorOf(scene.meshes.at(0), 0), (std::vector<int>{64, 0, 191, 255}));
+  EXPECT_EQ(ColorOf(scene.meshes[0], 3), (std::vector<int>{128, 0, 0, 255}));
+  // Green that covers a half and a little, over blue.
+  EXPECT_EQ(ColorOf(scene.meshes.at(1), 0), (std::vector<int>{0, 128, 127, 255}));
 }
 
 TEST_F(ThreeMf, WhatLeadsNowhereIsTold) {

@@ -11,6 +11,7 @@
 #include "hostkit/scene/scene_merge.h"
 #include "samples/showroom.h"
 #include "samples/small_models.h"
+#include "samples/write_file.h"
 #include "tests/support/common/temp_folder.h"
 
 namespace {

@@ -146,6 +146,7 @@ TEST(SceneBytes, BringTheWholeSceneBack) {
   materials[0].showsBacks = false, shows("backs");
   materials[0].emissionImage = 0, shows("emission");
   meshes[0].colorsHaveAlpha = false, shows("alpha");
+  meshes[0].isMirrored = true, shows("mirrored");
   origin.z = 0.5, shows("origin");
   upAxis = hostkit::UpAxis::kMinusX, shows("what is up");
   motion.animations[0].channels[0].rotations.keys[0].time = 0, shows("rotations");

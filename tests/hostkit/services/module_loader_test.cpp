@@ -1,6 +1,8 @@
 // Module loading and text streams.
+#include <dlfcn.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <memory>
 #include <utility>
 
@@ -41,6 +43,22 @@ TEST(ModuleLoader, MakesTheDriverCurrentWhileItLives) {
   hostkit::SetDriver(before);
 }
 
+/// Nothing of the checks is there unless they are asked for.
+TEST(ModuleLoader, LoadsTheChecksWhenTheEnvironmentAsks) {
+  const auto areLoaded = [] {
+    std::string error;
+    EXPECT_NE(LoadedModule::Load(kGood, &error), nullptr) << error;
+    void* const library = dlopen("libgl3checking.so", RTLD_NOW | RTLD_NOLOAD);
+    if (library) dlclose(library);
+    return library != nullptr;
+  };
+  for (const char* value : {"", "0", "1"}) {
+    setenv("GL3_CHECK", value, 1);
+    EXPECT_EQ(areLoaded(), *value == '1') << value;
+  }
+  unsetenv("GL3_CHECK");
+}
+
 TEST(ModuleLoader, TellsWhatIsWrong) {
   const TempFolder folder;
   folder.Write("text.so", "This is no library, but long enough to hold the header of one. Really!");
@@ -62,7 +80,10 @@ TEST(ModuleLoader, TellsWhatIsWrong) {
       {folder.Path("empty.so"), "not a shared library"},
       {cut, "cut short"},
       {other, "another machine"},
-      {"/lib/x86_64-linux-gnu/libm.so.6", "does not export DllMain"},
+      {"/lib/x86_64-linux-gnu/libm.so.6", "names no version of hosts"},
+      // Refused before the loader could miss what it needs.
+      {TEST_MODULES "/later_module.so",
+       "made for hosts of version GL3_HOST_4711, and this program is a host of GL3_HOST_1"},
       {TEST_MODULES "/mute_module.so", "does not export CreateDriver"},
       {TEST_MODULES "/needy_module.so", "ServiceThatNoHostHas(String const&, int)"}};
   for (const auto& [path, reason] : cases) {

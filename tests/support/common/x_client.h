@@ -1,28 +1,9 @@
-// An X server of the tests' own, and another program at it: what that sees and does.
+// Another program at the X server: what it sees and does.
 #pragma once
-
-#include <sys/types.h>
 
 #include <cstdint>
 #include <string>
 #include <vector>
-
-/// Xvfb with one screen of 24 bits, without a window manager.
-class XTestServer {
- public:
-  XTestServer() = default;
-  XTestServer(const XTestServer&) = delete;
-  XTestServer& operator=(const XTestServer&) = delete;
-  ~XTestServer() { Stop(); }
-
-  /// Returns its name for DISPLAY, empty when there is no Xvfb or it does not start. The screen's
-  /// size is in pixels.
-  std::string Start(int width = 800, int height = 600);
-  void Stop();
-
- private:
-  pid_t m_process = 0;
-};
 
 /// A program with a connection of its own to the server of DISPLAY. Windows go by their numbers.
 class XClient {

@@ -1,0 +1,100 @@
+// Ways through a COLLADA document.
+#include "hostkit/import/collada_xml.h"
+
+#include <strings.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <filesystem>
+
+#include "hostkit/import/archive.h"
+#include "hostkit/import/archive_check.h"
+#include "hostkit/import/number_text.h"
+#include "hostkit/import/read_meshes.h"
+
+namespace hostkit::collada {
+namespace {
+
+/// The model in an archive: the one that its manifest names, else the first.
+bool ReadArchived(const OpenedFile& file, std::string* bytes) {
+  const Archive archive(file.file.Get(), file.size);
+  std::string manifest, name;
+  pugi::xml_document document;
+  if (archive.Read("manifest.xml", kMostUnpackedBytes, &manifest) &&
+      document.load_buffer(manifest.data(), manifest.size())) {
+    ForEach(document, "dae_root",
+            [&name](const pugi::xml_node& root) { name = Trimmed(root.text().get()); });
+  }
+  if (name.empty()) name = archive.FirstWithEnding(".dae");
+  return !name.empty() && archive.Read(name, kMostUnpackedBytes, bytes);
+}
+
+}  // namespace
+
+bool Load(const ModelFiles& files, pugi::xml_document& document) {
+  const std::string suffix = std::filesystem::path(files.ModelPath()).extension().string();
+  const bool isArchive = strcasecmp(suffix.c_str(), ".zae") == 0;
+  if (!isArchive && strcasecmp(suffix.c_str(), ".dae") != 0) return false;
+  const OpenedFile file = files.OpenModel();
+  if (!file.IsOpen()) return false;
+  if (isArchive) {
+    std::string bytes;
+    return ReadArchived(file, &bytes) && document.load_buffer(bytes.data(), bytes.size());
+  }
+  FileBytes bytes;
+  return ReadWhole(file, &bytes) && document.load_buffer(bytes.bytes.get(), bytes.size);
+}
+
+Elements ById(pugi::xml_node root, const char* name) {
+  Elements elements;
+  ForEach(root, name, [&elements](const pugi::xml_node& node) {
+    elements.emplace(node.attribute("id").value(), node);
+  });
+  return elements;
+}
+
+pugi::xml_node Target(const Elements& elements, const char* url) {
+  const auto found = elements.find(*url == '#' ? url + 1 : url);
+  return found == elements.end() ? pugi::xml_node() : found->second;
+}
+
+const char* InputOf(const pugi::xml_node& node, const char* semantic) {
+  return node.find_child_by_attribute("input", "semantic", semantic).attribute("source").value();
+}
+
+std::vector<double> NumbersOf(const pugi::xml_node& source, std::size_t each) {
+  const pugi::xml_node accessor = source.child("technique_common").child("accessor");
+  const std::size_t stride = std::max(accessor.attribute("stride").as_uint(1), 1u);
+  const std::size_t offset = accessor.attribute("offset").as_uint(0);
+  const std::string_view text = source.child("float_array").text().get();
+  std::vector<double> numbers;
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  for (std::size_t i = 0;; ++i) {
+    while (at < end && IsSpace(*at)) ++at;
+    double number = 0;
+    if (!ReadNumber(&at, end, &number)) break;
+    if (i >= offset && (i - offset) % stride < each) numbers.push_back(number);
+  }
+  return numbers;
+}
+
+std::vector<std::string> NamesOf(const pugi::xml_node& source) {
+  std::vector<std::string> names;
+  for (const char* kind : {"IDREF_array", "Name_array"}) {
+    std::string_view text = source.child(kind).text().get();
+    while (!text.empty()) {
+      const std::string_view word = TakeWord(&text);
+      if (!word.empty()) names.emplace_back(word);
+    }
+  }
+  return names;
+}
+
+bool AreSteps(const pugi::xml_node& source) {
+  const std::vector<std::string> curves = NamesOf(source);
+  return !curves.empty() && std::all_of(curves.begin(), curves.end(),
+                                        [](const std::string& curve) { return curve == "STEP"; });
+}
+
+}  // namespace hostkit::collada
