@@ -183,12 +183,12 @@ TEST_F(Framing, CutsAnewWhatMoves) {
   Write("sliding.bin", std::string(reinterpret_cast<const char*>(numbers), sizeof numbers));
   Write("sliding.gltf", kSliding);
   const Gl3Result result =
-      Run("render sliding.gltf -o out_#.png -s 200x100 --antialias 1 --material unlit --parallel "
+      Run("render sliding.gltf -o out_##.png -s 200x100 --antialias 1 --material unlit --parallel "
           "--eye 0,0,5 --target 0,0,0 --frames 1-2 --fps 1 --section x=0");
   EXPECT_EQ(result.status, 0) << result.err;
   const double unit = 100 / (10 * std::tan(std::numbers::pi / 9));  // 5 in front of the eye
   for (const int frame : {1, 2}) {
-    const Spot spot = SpotOf(ReadPng(Path(fmt::format("out_{}.png", frame))), 255, 0, 0);
+    const Spot spot = SpotOf(ReadPng(Path(fmt::format("out_{:02}.png", frame))), 255, 0, 0);
     EXPECT_NEAR(spot.left, 100 - (frame == 1 ? 0.5 : 1.5) * unit, 1) << frame;
     EXPECT_NEAR(spot.right, 100 - (frame == 1 ? 0 : 0.5) * unit, 1) << frame;
   }
