@@ -163,6 +163,37 @@ TEST_F(Framing, CutsSolidsOpenAndClosesThem) {
   ExpectRefused("render cube.obj -o cut.png --section x=-3", 2, {"--section: ", "from -1 to 1"});
 }
 
+/// A red square of side 1 about the origin that moves by 1 to the left within a second.
+constexpr const char* kSliding = R"({"asset": {"version": "2.0"},
+"nodes": [{"name": "Plate", "mesh": 0}], "scenes": [{"nodes": [0]}], "scene": 0,
+"materials": [{"pbrMetallicRoughness": {"baseColorFactor": [1, 0, 0, 1]}}],
+"meshes": [{"primitives": [{"attributes": {"POSITION": 0}, "mode": 5, "material": 0}]}],
+"animations": [{"samplers": [{"input": 1, "output": 2}],
+  "channels": [{"sampler": 0, "target": {"node": 0, "path": "translation"}}]}],
+"accessors": [
+  {"bufferView": 0, "componentType": 5126, "count": 4, "type": "VEC3"},
+  {"bufferView": 0, "byteOffset": 48, "componentType": 5126, "count": 2, "type": "SCALAR"},
+  {"bufferView": 0, "byteOffset": 56, "componentType": 5126, "count": 2, "type": "VEC3"}],
+"bufferViews": [{"buffer": 0, "byteLength": 80}],
+"buffers": [{"byteLength": 80, "uri": "sliding.bin"}]})";
+
+TEST_F(Framing, CutsAnewWhatMoves) {
+  const float numbers[] = {-0.5, -0.5, 0, 0.5, -0.5, 0, -0.5, 0.5, 0, 0.5,
+                           0.5,  0,    0, 1,   0,    0, 0,    -1,  0, 0};
+  Write("sliding.bin", std::string(reinterpret_cast<const char*>(numbers), sizeof numbers));
+  Write("sliding.gltf", kSliding);
+  const Gl3Result result =
+      Run("render sliding.gltf -o out_##.png -s 200x100 --antialias 1 --material unlit --parallel "
+          "--eye 0,0,5 --target 0,0,0 --frames 1-2 --fps 1 --section x=0");
+  EXPECT_EQ(result.status, 0) << result.err;
+  const double unit = 100 / (10 * std::tan(std::numbers::pi / 9));  // 5 in front of the eye
+  for (const int frame : {1, 2}) {
+    const Spot spot = SpotOf(ReadPng(Path(fmt::format("out_{:02}.png", frame))), 255, 0, 0);
+    EXPECT_NEAR(spot.left, 100 - (frame == 1 ? 0.5 : 1.5) * unit, 1) << frame;
+    EXPECT_NEAR(spot.right, 100 - (frame == 1 ? 0 : 0.5) * unit, 1) << frame;
+  }
+}
+
 TEST_F(Framing, IsRepeatedFromRecipes) {
   const Pixels first = Render(
       "box.obj --azimuth 33 --elevation -12.5 --margin 20 --zoom 1.25 "
