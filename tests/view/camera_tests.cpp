@@ -65,7 +65,7 @@ TEST(OrbitCamera, AParallelViewKeepsItsHeightAndItsDistanceFromTheModel) {
 
 TEST(RenderCommand, FilesThatLookLikeOptionsStayFiles) {
   EXPECT_EQ(view::RenderCommand({"a.obj", "-b c.obj"}, "-p.png", {"--grid"}),
-            "gl3 render a.obj './-b c.obj' -o ./-p.png --grid");
+            "gl3 render a.obj './-b c.obj' --merge -o ./-p.png --grid");
 }
 
 TEST(OrbitCamera, ItsArgumentsReadBackExactly) {

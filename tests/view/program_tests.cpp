@@ -1,9 +1,11 @@
 // The viewer's program from outside, and what needs no window.
 #include <gtest/gtest.h>
 
+#include <QFile>
 #include <QListWidget>
 #include <QProcess>
 #include <QPushButton>
+#include <QSettings>
 #include <QTest>
 
 #include "apps/gl3-view/entry_list.h"
@@ -38,11 +40,17 @@ TEST(EntryList, TheCurrentEntryCanBeRemoved) {
 }
 
 TEST(ViewProgram, EndsWhenItsWindowIsDestroyed) {
+  QFile::remove(QSettings().fileName());
   XClient screen;
   QProcess process;
   process.start(GL3_BIN_DIR "/gl3-view");
   unsigned long window = 0;
   ASSERT_TRUE(QTest::qWaitFor([&] { return (window = screen.Find("gl3-view")) != 0; }, 60000));
+  const auto isDrawn = [&] {
+    const std::vector<std::uint32_t> pixels = screen.Pixels(window, 100, 200);
+    return !pixels.empty() && pixels.back() == 0x292B30u;  // the background
+  };
+  ASSERT_TRUE(QTest::qWaitFor(isDrawn, 60000));
   screen.Destroy(window);
   ASSERT_TRUE(process.waitForFinished(60000));
   EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
