@@ -1,3 +1,4 @@
+// A red cube as OBJ text.
 #include "samples/red_cube.h"
 
 #include <fmt/format.h>

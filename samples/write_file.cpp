@@ -1,3 +1,4 @@
+// Writing sample files.
 #include "samples/write_file.h"
 
 #include <fmt/format.h>

@@ -1,3 +1,4 @@
+// Another program as a child process, with what it prints.
 #include "apps/base/run_program.h"
 
 #include <fcntl.h>

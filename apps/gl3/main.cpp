@@ -16,7 +16,8 @@ namespace gl3 {
 namespace {
 
 constexpr Verb kVerbs[] = {
-    {"render", "Draw model files into a picture (PNG, EXR, JPEG, WebP, TIFF or PPM)", AddRenderVerb},
+    {"render", "Draw model files into a picture (PNG, EXR, JPEG, WebP, TIFF or PPM)",
+     AddRenderVerb},
     {"filter", "Put pictures through effects (blur, sharpen, edges and more)", AddFilterVerb},
     {"farm", "Share a render or filter among many machines or processors", AddFarmVerb},
     {"info", "Tell what OpenGL is found, and whether it will do", AddInfoVerb},

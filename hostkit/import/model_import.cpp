@@ -176,8 +176,9 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
   const std::string& path = files.ModelPath();
   const std::string suffix = fs::path(path).extension().string();
   if (suffix.empty()) {
-    *error = path + ": its name has no suffix, which tells the kind of a model; name it as what it "
-                    "is, such as chair.glb or chair.obj";
+    *error = path +
+             ": its name has no suffix, which tells the kind of a model; name it as what it "
+             "is, such as chair.glb or chair.obj";
     return nullptr;
   }
   if (!importer.IsExtensionSupported(suffix)) {

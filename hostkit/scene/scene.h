@@ -117,7 +117,9 @@ struct SceneFacts {
   std::string format;               ///< For people: "glTF 2.0", say.
   double metersPerUnit = 0;         ///< Of the scene's coordinates; 0: the file says none.
   std::vector<std::string> scenes;  ///< Names of those that it holds; some may be empty.
-  std::vector<std::string> extensionsUsed, extensionsRequired;  ///< As they are called in it.
+  /// Extensions of its format, as they are called in it: those that it makes use of, and
+  std::vector<std::string> extensionsUsed;
+  std::vector<std::string> extensionsRequired;  ///< those without which it is not to be drawn.
 };
 
 /// Everything of a model.

@@ -34,6 +34,7 @@ apps/base             hostkit/services
 apps/options          apps/base hostkit/services hostkit/feed hostkit/effects hostkit/pictures hostkit/scene
 apps/work/common      apps/base apps/options hostkit/confine hostkit/pictures hostkit/services host platform
 apps/work/settings    apps/base apps/options apps/work/common hostkit/services
+samples
 apps/work/compare     apps/base apps/options apps/work/common hostkit/pictures hostkit/services host samples
 apps/work/info        apps/base apps/options apps/work/common apps/work/compare hostkit/effects hostkit/confine hostkit/isolated hostkit/pictures hostkit/scene hostkit/services host platform
 apps/work/filter      apps/base apps/options apps/work/common hostkit/effects hostkit/pictures hostkit/services host platform
@@ -43,7 +44,6 @@ apps/work/farm        apps/base apps/options apps/work/common apps/work/filter a
 apps/work             apps/base apps/options apps/work/common apps/work/settings apps/work/compare apps/work/info apps/work/filter apps/work/render apps/work/farm
 apps/gl3              apps/base apps/options apps/work
 apps/gl3-view         apps/base apps/options apps/work/common apps/work/render hostkit/effects hostkit/frame hostkit/feed hostkit/isolated hostkit/scene hostkit/pictures hostkit/services host platform
-samples
 samples/host          hostkit/scene hostkit/pictures hostkit/services host platform
 '
 

@@ -1,3 +1,4 @@
+// The table of ways to draw, and the variables that make them.
 #include "apps/work/compare/compare_drivers.h"
 
 #include <fmt/format.h>

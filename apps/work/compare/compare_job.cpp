@@ -1,3 +1,4 @@
+// Drawing, comparing and telling.
 #include "apps/work/compare/compare_job.h"
 
 #include <fmt/format.h>

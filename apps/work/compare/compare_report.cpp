@@ -1,3 +1,4 @@
+// What comparing drivers found, in words and figures.
 #include "apps/work/compare/compare_report.h"
 
 #include <fmt/format.h>

@@ -1,3 +1,4 @@
+// The gallery's tables, and the models that its pictures show.
 #include "apps/work/compare/compare_scenes.h"
 
 #include <fmt/format.h>

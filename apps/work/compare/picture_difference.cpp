@@ -1,3 +1,4 @@
+// Differences of pictures, byte by byte and block by block.
 #include "apps/work/compare/picture_difference.h"
 
 #include <Imath/half.h>

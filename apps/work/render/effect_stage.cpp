@@ -4,7 +4,8 @@
 namespace gl3 {
 
 bool EffectStage::Apply(GADriver* driver, const std::vector<hostkit::EffectCall>& calls,
-                        hostkit::Picture* picture, std::string* error, const hostkit::Pause& pause) {
+                        hostkit::Picture* picture, std::string* error,
+                        const hostkit::Pause& pause) {
   if (calls.empty()) return true;
   if (!m_runner) m_runner = hostkit::EffectRunner::Create(driver, {}, error);
   if (!m_runner) return false;

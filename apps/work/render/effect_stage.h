@@ -16,7 +16,8 @@ namespace gl3 {
 class EffectStage {
  public:
   /// Puts a finished picture through `calls`, in place; a depth channel stays. On failure returns
-  /// false with one line in `*error`, and the picture is as it was. `pause` as ApplyEffects takes it.
+  /// false with one line in `*error`, and the picture is as it was. `pause` as ApplyEffects takes
+  /// it.
   bool Apply(GADriver* driver, const std::vector<hostkit::EffectCall>& calls,
              hostkit::Picture* picture, std::string* error, const hostkit::Pause& pause = {});
 
