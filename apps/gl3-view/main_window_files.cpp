@@ -116,6 +116,7 @@ void MainWindow::Show(std::unique_ptr<hostkit::Scene> scene, const QStringList& 
   if (!m_viewport->SetScene(std::move(scene), stays, &error)) return Complain(error);
   m_troubleLabel->hide();
   m_hint->hide();
+  if (!stays) m_viewport->setFocus();  // arrow keys move the camera
   m_files = files;
   m_recent = WithRecent(m_recent, files);
   QSettings().setValue("recent", m_recent);
