@@ -22,6 +22,7 @@
 #include "platform/gl.h"
 #include "samples/showroom.h"
 #include "samples/small_models.h"
+#include "samples/write_file.h"
 #include "tests/support/common/x_client.h"
 
 namespace bench {
