@@ -166,8 +166,9 @@ TEST(FontDeathTest, SoItIsWithoutTheFontLibrary) {
   const std::filesystem::path real = std::filesystem::canonical(library.dli_fname);
   const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) / "gl3_lonely";
   std::filesystem::create_directory(folder);
-  std::filesystem::remove(folder / "libgl3platform.so");
-  std::filesystem::create_symlink(real, folder / "libgl3platform.so");
+  const std::filesystem::path lonely = folder / std::filesystem::path(library.dli_fname).filename();
+  std::filesystem::remove(lonely);
+  std::filesystem::create_symlink(real, lonely);
   setenv("LD_LIBRARY_PATH", folder.c_str(), 1);
   EXPECT_EXIT(UseFontTwice(), testing::ExitedWithCode(0),
               "^[^\n]*libgl3fonts.so, which belongs[^\n]*\nused 1 list 1$");

@@ -226,7 +226,7 @@ TEST_F(Import, BadFilesAreRefusedWithTheirReason) {
       {m_folder.Path(""), "is a folder"},
       {Write("empty.ply", ""), "is empty"},
       {Write("model.xyz", "1 2 3"), "not known"},
-      {Write("plain", "1 2 3"), "not known"},
+      {Write("plain", "1 2 3"), "no suffix"},
       {Write("lone.obj", "vn 0 0 1\n"), "nothing to draw"}};
   for (const auto& [path, reason] : cases) EXPECT_TRUE(Holds(Refusal(path), {reason}));
   const std::string noise(300, '\xa7');
