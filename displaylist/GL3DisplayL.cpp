@@ -20,7 +20,7 @@ void EmitVertex(const Vector& position, const GAColor& color) {
 GL3DisplayList::GL3DisplayList(RenderInfo* info)
     : DisplayList(info), m_buffer(static_cast<GL3GABuffer*>(info->buffer)) {
   if (!m_buffer) {
-    m_ownBuffer.reset(new GL3GABuffer(info, GL3GABuffer::kOffScreen, 0));
+    m_ownBuffer = std::make_unique<GL3GABuffer>(info, GL3GABuffer::kOffScreen, 0);
     m_buffer = m_ownBuffer.get();
     if (!m_buffer) return;
   }

@@ -4,13 +4,13 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <poll.h>
-#include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -54,9 +54,11 @@ struct Pipe {
     }
   }
   std::vector<char*> list;
+  list.reserve(words.size() + 1);
   for (const std::string& word : words) list.push_back(const_cast<char*>(word.c_str()));
   list.push_back(nullptr);
-  execv(list[0], list.data());
+  std::signal(SIGPIPE, SIG_DFL);
+  execvp(list[0], list.data());
   _exit(kNotStarted);
 }
 
@@ -113,7 +115,8 @@ ProgramEnd RunProgram(const std::vector<std::string>& words,
   } else if (WIFSIGNALED(status)) {
     end.trouble = fmt::format("was ended by signal {}", WTERMSIG(status));
   } else if (WEXITSTATUS(status) == kNotStarted) {
-    end.trouble = "cannot be started";
+    end.isThere = false;
+    end.trouble = "is not there, or cannot be started";
   } else {
     end.status = WEXITSTATUS(status);
   }

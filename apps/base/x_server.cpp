@@ -2,10 +2,11 @@
 #include "apps/base/x_server.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <csignal>
 
 namespace gl3 {
 

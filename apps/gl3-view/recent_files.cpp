@@ -27,7 +27,7 @@ QStringList FilesOfRecent(const QString& entry) {
 }
 
 QString NamesOf(const QStringList& files) {
-  const QString first = QFileInfo(files.value(0)).fileName();
+  QString first = QFileInfo(files.value(0)).fileName();
   if (files.size() < 2) return first;
   if (files.size() == 2) return first + " + " + QFileInfo(files[1]).fileName();
   return QString("%1 + %2 more").arg(first).arg(files.size() - 1);

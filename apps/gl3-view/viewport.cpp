@@ -73,7 +73,7 @@ bool Viewport::SetDriver(GADriver* driver, std::string* error) {
 }
 
 /// Uploads a model that is posed as its animation begins, or at rest.
-bool Viewport::MakeView(std::shared_ptr<hostkit::Scene> model, std::string* error) {
+bool Viewport::MakeView(const std::shared_ptr<hostkit::Scene>& model, std::string* error) {
   if (!EnsureSurface(error)) return false;
   std::unique_ptr<SceneView> view = SceneView::Create(m_driver, model, error);
   if (!view) return false;

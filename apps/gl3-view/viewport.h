@@ -134,7 +134,7 @@ class Viewport : public QWidget {
  private:
   bool EnsureSurface(std::string* error);
   bool PaintScene(SceneView& scene);
-  bool MakeView(std::shared_ptr<hostkit::Scene> model, std::string* error);
+  bool MakeView(const std::shared_ptr<hostkit::Scene>& model, std::string* error);
   SceneView* ChooseDetail(FrameFigures* figures);
   bool Rebuild(std::string* error);
   void ShowPose();

@@ -19,7 +19,7 @@ bool IsFile(const std::string& path) {
   return fs::is_regular_file(path, error);
 }
 
-bool IsThere(const std::string& path) {
+bool IsFileThere(const std::string& path) {
   std::error_code error;
   return fs::exists(path, error);
 }
@@ -47,7 +47,7 @@ std::string RecipeFiles::Find(const std::string& name, const std::string& hash,
     m_missing.Add(name, option);
   } else if (IsBelowPicture(path)) {
     m_near.Add(path, option);
-  } else if (m_isConfined || IsThere(path)) {
+  } else if (m_isConfined || IsFileThere(path)) {
     m_far.Add(path, option);
   }
   return path;

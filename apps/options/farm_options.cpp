@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kMostTasks = 100000, kMostPerNode = 1024, kMostRetries = 10;
 constexpr int kMostMinutes = 60 * 24 * 365;
-constexpr std::uint64_t kLeastMemory = 64ull << 20;
+constexpr std::uint64_t kLeastMemoryOfTask = 64ull << 20;
 constexpr double kLongestFrame = 1e6;
 
 constexpr const char* kFarmFooter = R"(
@@ -62,7 +62,7 @@ bool ReadMeasured(const std::string& text, FarmOptions* options, std::string* er
 
 bool ReadTaskMemory(const std::string& text, FarmOptions* options, std::string* error) {
   std::uint64_t bytes = 0;
-  if (ParseBytes(text, &bytes) && bytes >= kLeastMemory) {
+  if (ParseBytes(text, &bytes) && bytes >= kLeastMemoryOfTask) {
     options->memory = bytes;
     return true;
   }

@@ -147,6 +147,7 @@ Outcome CheckGivenOnce(const OptionParser& given, const std::string& option) {
   const std::vector<std::string> values = found->second.GivenValues();
   if (values.size() < 2) return {};
   std::vector<std::string> quoted;
+  quoted.reserve(values.size());
   for (const std::string& value : values) quoted.push_back(ShellQuote(value));
   return {kWrongUsage, option + ": is given more than once (" + JoinNames(quoted) + "); give one"};
 }

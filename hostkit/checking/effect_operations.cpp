@@ -18,14 +18,14 @@ static_assert(int{Program::kBlurMerge} == int{Program::kFilterMerge} &&
               int{Program::kBlurWidth} == int{Program::kFilterWidth} &&
               int{Program::kBlurHeight} == int{Program::kFilterHeight} &&
               int{Program::kBlurParameters} == int{Program::kFilterParameters});
-constexpr int kSideStep = 4;
+constexpr int kEffectSideStep = 4;
 
 bool HasSetUps(int effect) {
   return effect == Program::kBlur || effect == Program::kFilter;
 }
 
 bool AreMultiples(int width, int height) {
-  return width % kSideStep == 0 && height % kSideStep == 0;
+  return width % kEffectSideStep == 0 && height % kEffectSideStep == 0;
 }
 
 std::string TextOf(int effect, const float* parameters, const RenderInfo* info) {

@@ -23,8 +23,8 @@ template <class Result, class Class, class... Arguments, Result (Class::*member)
 class Thunk<member, before, after> {
  public:
   static SlotChange Install(const char* name, unsigned rules) {
-    s_name = name;
-    s_rules = rules;
+    m_name = name;
+    m_rules = rules;
     return {SlotOf(member), AddressOf(&Thunk::Call)};
   }
 
@@ -32,7 +32,7 @@ class Thunk<member, before, after> {
     auto& object = *reinterpret_cast<Class*>(this);
     const auto original =
         MemberAt<Result (Class::*)(Arguments...)>(OriginalFunction(&object, SlotOf(member)));
-    Visit visit(s_name, s_rules);
+    Visit visit(m_name, m_rules);
     if (!visit.IsOfHost()) return (object.*original)(static_cast<Arguments>(arguments)...);
     Before(visit, object, arguments...);
     if constexpr (std::is_void_v<Result>) {
@@ -62,8 +62,8 @@ class Thunk<member, before, after> {
     visit.Unlock();
   }
 
-  static inline const char* s_name = nullptr;
-  static inline unsigned s_rules = 0;
+  static inline const char* m_name = nullptr;
+  static inline unsigned m_rules = 0;
 };
 
 /// What stands in the slot that `delete` calls: `before`, then the function that stood there.
@@ -71,7 +71,7 @@ template <class Class, void (*before)(Visit&, Class&)>
 class DeletingThunk {
  public:
   static SlotChange Install(const char* name) {
-    s_name = name;
+    m_name = name;
     return {kDeletingDestructor, AddressOf(&DeletingThunk::Call)};
   }
 
@@ -79,7 +79,7 @@ class DeletingThunk {
     auto& object = *reinterpret_cast<Class*>(this);
     const auto original =
         MemberAt<void (Class::*)()>(OriginalFunction(&object, kDeletingDestructor));
-    Visit visit(s_name, kFree);
+    Visit visit(m_name, kFree);
     if (visit.IsOfHost()) {
       visit.Lock();
       before(visit, object);
@@ -89,7 +89,7 @@ class DeletingThunk {
   }
 
  private:
-  static inline const char* s_name = nullptr;
+  static inline const char* m_name = nullptr;
 };
 
 /// A row of a class's table: the operation, its name, its rules, and its own checks.

@@ -22,7 +22,7 @@ struct Presence {
   Presence& operator=(const Presence&) = delete;
   ~Presence() { *lives = false; }
 };
-thread_local const Presence g_presence;
+thread_local const Presence kPresence;
 
 struct Listener {
   MisuseCallback callback = nullptr;
@@ -119,7 +119,7 @@ void Visit::CheckThread() {
     return;
   }
   driver.thread = self;
-  driver.threadLives = g_presence.lives;
+  driver.threadLives = kPresence.lives;
 }
 
 void Visit::NoteGlErrors() {

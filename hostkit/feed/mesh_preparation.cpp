@@ -148,8 +148,9 @@ void PreparedScene::ChooseBands(const Subject& subject, float wanted, PreparedMe
   const float product = 255 * 255 * wanted;
   const float least = product / std::max<float>(highest->alpha, 1);
   const float most = std::min(product / std::max<float>(lowest->alpha, 1), 255.0f);
-  const auto affordable = static_cast<float>(kMostBandTexels / m_pictures.TexelsOf(subject.image));
-  const float count = std::min({std::ceil((most - least) / kAlphaStep), affordable, kMostBands});
+  const auto affordable = kMostBandTexels / m_pictures.TexelsOf(subject.image);
+  const float count = std::min(
+      {std::ceil((most - least) / kAlphaStep), static_cast<float>(affordable), kMostBands});
   for (float band = 0; band < count; ++band) {
     const float step = (most - least) / count, upper = most - band * step;
     const float middle = std::ceil(upper - step / 2 - kAlphaSlack);

@@ -240,7 +240,7 @@ const FormatReader* ReaderOf(const std::string& path) {
 
 /// What the library calls a format, without what it says of its own part in it.
 std::string FormatName(const aiImporterDesc& info) {
-  const std::string name = info.mName ? info.mName : "";
+  std::string name = info.mName ? info.mName : "";
   for (const char* word : {" Importer", " Reader", " importer", " reader"}) {
     if (const std::size_t at = name.find(word); at != std::string::npos) return name.substr(0, at);
   }

@@ -112,7 +112,8 @@ std::string DefinedVersion(std::ifstream& file, const VersionTable& table) {
       text.push_back(c);
     }
     if (text.starts_with(kHostVersionPrefix) &&
-        text.find_first_not_of("0123456789", std::strlen(kHostVersionPrefix)) == text.npos) {
+        text.find_first_not_of("0123456789", std::strlen(kHostVersionPrefix)) ==
+            std::string::npos) {
       return text;
     }
     if (definition.vd_next == 0) break;
@@ -164,7 +165,7 @@ std::string WhyNotAModule(const std::string& path) {
 
   Header header{};
   if (!ReadAt(file, 0, &header, sizeof header) || !IsElf(header)) return NoLibrary();
-  const std::string why = WhyNotForThisMachine(header);
+  std::string why = WhyNotForThisMachine(header);
   if (!why.empty()) return why;
   std::vector<Segment> segments;
   if (!ReadSegments(file, header, fs::file_size(path, error), &segments)) {

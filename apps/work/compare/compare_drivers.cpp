@@ -8,7 +8,7 @@
 namespace gl3 {
 namespace {
 
-using Environment = std::map<std::string, std::string>;
+using Variables = std::map<std::string, std::string>;
 
 /// Variables that choose how Mesa renders in software: docs.mesa3d.org/envvars.html.
 constexpr const char* kThreads = "LP_NUM_THREADS";
@@ -18,7 +18,7 @@ constexpr const char* kVersion = "MESA_GL_VERSION_OVERRIDE";
 constexpr const char* kExtensions = "MESA_EXTENSION_OVERRIDE";
 
 /// What every way starts from: off the screen, whatever the user has set.
-Environment Plain() {
+Variables Plain() {
   return {{"GL3_PLATFORM", "surfaceless"},
           {"GL3_DEVICE", ""},
           {kThreads, ""},
@@ -62,7 +62,7 @@ std::string FolderName(const std::string& name) {
   return folder;
 }
 
-CompareDriver Make(std::string name, const Environment& changes) {
+CompareDriver Make(const std::string& name, const Variables& changes) {
   CompareDriver driver{name, FolderName(name), Plain()};
   for (const auto& [variable, value] : changes) driver.environment[variable] = value;
   return driver;

@@ -23,7 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kSize = "256x144";  // as the kept pictures
+constexpr const char* kPictureSize = "256x144";  // as the kept pictures
 /// The renderer's settings in all ways, whatever the user's are. Anisotropic filters are on by
 /// default where the device has them, but not in software, where the kept pictures are from.
 constexpr const char* kSettings = "settings.ini";
@@ -144,7 +144,7 @@ ComparedPicture Comparison::DrawScene(const CompareDriver& driver, const Compare
   const std::string name = scene.name + ".png";
   const std::string path = (m_folder / "pictures" / driver.folder / name).string();
   std::vector<std::string> words = {
-      "render", (m_folder / "models" / scene.model).string(), "-o", path, "-s", kSize, "-q"};
+      "render", (m_folder / "models" / scene.model).string(), "-o", path, "-s", kPictureSize, "-q"};
   words.insert(words.end(), scene.arguments.begin(), scene.arguments.end());
   const ProgramEnd end = RunGl3(driver, words);
   if (!end.trouble.empty()) picture.trouble = "gl3 " + end.trouble;

@@ -248,6 +248,7 @@ PartReport FarmCommand::Render(const std::vector<FarmPicture>& pictures,
 
 int FarmCommand::MakeMovie(const std::vector<FarmPicture>& pictures) const {
   std::vector<std::string> frames;
+  frames.reserve(pictures.size());
   for (const FarmPicture& picture : pictures) frames.push_back(picture.outputs.front());
   return MovieOfPictures(m_movie, Recipe(pictures.front()), frames);
 }

@@ -13,6 +13,7 @@
 
 #include "apps/base/command_words.h"
 #include "apps/base/messages.h"
+#include "apps/base/run_program.h"
 #include "apps/base/text.h"
 #include "apps/work/farm/batch_script.h"
 #include "apps/work/farm/farm_control.h"
@@ -22,7 +23,6 @@
 #include "apps/work/farm/measure.h"
 #include "apps/work/farm/node_check.h"
 #include "apps/work/farm/picture_check.h"
-#include "apps/work/farm/program_run.h"
 #include "apps/work/farm/slurm.h"
 #include "hostkit/services/without_controls.h"
 
@@ -52,7 +52,7 @@ std::string NewFolder(const std::string& pictures) {
 /// Names travel through JSON, scripts and logs, in which some characters mean something else.
 Outcome CheckNames(const FarmPlan& plan, const std::string& folder) {
   CommandWords names = plan.words;
-  names.insert(names.end(), {plan.workFolder, folder, ThisProgram()});
+  names.insert(names.end(), {plan.workFolder, folder, OwnProgram()});
   for (const FarmPicture& picture : plan.pictures) {
     names.push_back(picture.input);
     names.insert(names.end(), picture.outputs.begin(), picture.outputs.end());
@@ -114,7 +114,7 @@ Outcome FarmStart::Measure() {
   Measurement measured = {m_options.startSeconds, m_options.frameSeconds, 0, {}};
   const bool isGiven = m_options.frameSeconds > 0 || m_options.local;
   if (!isGiven || m_command->NeedsCameras()) {
-    const Outcome outcome = MeasureFirst(*m_command, &measured);
+    Outcome outcome = MeasureFirst(*m_command, &measured);
     if (outcome.status != kDone) return outcome;
     PrintNote(fmt::format("measured: {:.3f} s to start, {:.3f} s a picture, {} of memory",
                           measured.startSeconds, measured.pictureSeconds,
@@ -160,9 +160,8 @@ int FarmStart::Run() {
 int FarmStart::Print(const FarmFolder& folder, const std::vector<PictureChunk>& chunks) const {
   std::string text;
   for (std::size_t i = 0; i < chunks.size() && m_options.local; ++i) {
-    text +=
-        JoinCommand({ThisProgram(), "farm", "task", folder.Path(), "1", std::to_string(i + 1)}) +
-        fmt::format("  # {} pictures\n", chunks[i].size());
+    text += JoinCommand({OwnProgram(), "farm", "task", folder.Path(), "1", std::to_string(i + 1)}) +
+            fmt::format("  # {} pictures\n", chunks[i].size());
   }
   if (m_options.local || chunks.empty()) return PrintResult(text);
   BatchWork work;

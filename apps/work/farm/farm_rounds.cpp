@@ -10,10 +10,11 @@
 #include <utility>
 
 #include "apps/base/messages.h"
+#include "apps/base/run_program.h"
 #include "apps/base/text.h"
 #include "apps/work/farm/contact_sheet.h"
 #include "apps/work/farm/node_check.h"
-#include "apps/work/farm/program_run.h"
+#include "apps/work/farm/program_pool.h"
 #include "apps/work/farm/slurm.h"
 
 namespace gl3 {
@@ -86,9 +87,9 @@ void ShowLocalProgress(const FarmPlan& plan) {
 void DrawLocalRound(const FarmFolder& folder, const FarmPlan& plan, int round, std::size_t tasks) {
   std::vector<PoolProgram> programs;
   for (std::size_t task = 1; task <= tasks; ++task) {
-    programs.push_back({{ThisProgram(), "farm", "task", folder.Path(), std::to_string(round),
-                         std::to_string(task)},
-                        folder.Log(round, std::to_string(task))});
+    programs.push_back(
+        {{OwnProgram(), "farm", "task", folder.Path(), std::to_string(round), std::to_string(task)},
+         folder.Log(round, std::to_string(task))});
   }
   RunPool(programs, plan.options.tasks, [&] { ShowLocalProgress(plan); });
   ShowProgress("");
@@ -99,6 +100,7 @@ void DrawLocalRound(const FarmFolder& folder, const FarmPlan& plan, int round, s
 std::vector<PictureChunk> ShareOut(const FarmPlan& plan, const std::vector<std::size_t>& pictures,
                                    std::size_t mostTasks) {
   std::vector<double> seconds;
+  seconds.reserve(pictures.size());
   for (const std::size_t picture : pictures) seconds.push_back(plan.seconds[picture]);
   ShareWish wish = {plan.startSeconds, plan.options.tasks, mostTasks, kLeastTaskSeconds};
   if (!plan.options.local) wish.startSeconds += kSchedulerSeconds;

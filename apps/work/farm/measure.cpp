@@ -1,10 +1,9 @@
 // What a picture takes, by drawing the first ones.
 #include "apps/work/farm/measure.h"
 
-#include <stdlib.h>
-
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <system_error>

@@ -25,7 +25,7 @@ constexpr int kMostOfOneName = 1000;
 std::string CameraInFile(const OutputPattern& pattern, const Json& frame) {
   const std::string plain = FileNames({frame.value("camera", "")}).front();
   for (int number = 1; number <= kMostOfOneName; ++number) {
-    const std::string name = number == 1 ? plain : plain + "-" + std::to_string(number);
+    std::string name = number == 1 ? plain : plain + "-" + std::to_string(number);
     if (pattern.Expand(frame.at("frame"), name) == frame.at("output")) return name;
   }
   return "";

@@ -11,10 +11,11 @@
 #include <memory>
 
 #include "apps/base/file_checks.h"
+#include "apps/base/run_program.h"
 #include "apps/base/supervised_child.h"
 #include "apps/base/text.h"
 #include "apps/work/common/confine_work.h"
-#include "apps/work/farm/program_run.h"
+#include "apps/work/farm/program_pool.h"
 #include "hostkit/pictures/picture_in.h"
 #include "hostkit/pictures/picture_recipe.h"
 
@@ -242,7 +243,7 @@ FarmFindings CheckPictures(const FarmFolder& folder, const FarmPlan& plan) {
   const int parts = std::clamp(static_cast<int>(plan.pictures.size() / 16), 1, UsableProcessors());
   std::vector<PoolProgram> programs;
   for (int part = 1; part <= parts; ++part) {
-    programs.push_back({{ThisProgram(), "farm", "verify", folder.Path(), std::to_string(part),
+    programs.push_back({{OwnProgram(), "farm", "verify", folder.Path(), std::to_string(part),
                          std::to_string(parts)},
                         folder.Log(0, fmt::format("check-{}", part))});
   }

@@ -9,9 +9,9 @@
 #include <fstream>
 #include <sstream>
 
+#include "apps/base/run_program.h"
 #include "apps/base/text.h"
 #include "apps/work/farm/picture_check.h"
-#include "apps/work/farm/program_run.h"
 
 namespace gl3 {
 namespace {
@@ -22,13 +22,13 @@ constexpr std::size_t kUsualArrayTasks = 1000;
 /// Reading and decoding a large picture.
 constexpr double kPictureSeconds = 0.25;
 
-Outcome Failed(const CommandWords& words, const CommandEnd& end) {
-  if (end.status == kNoProgram) {
+Outcome Failed(const CommandWords& words, const ProgramEnd& end) {
+  if (!end.isThere) {
     return {kRunFailed, words[0] +
                             ": there is no such program; install the package slurm-client, or give "
                             "--local to draw on this machine"};
   }
-  const std::string why = OneLine(end.err.substr(0, end.err.find_last_not_of('\n') + 1));
+  const std::string why = OneLine(end.errors.substr(0, end.errors.find_last_not_of('\n') + 1));
   return {kRunFailed,
           fmt::format("{}: {}; gl3 farm --dry-run shows what it was given, --sbatch adds "
                       "to it",
@@ -61,7 +61,7 @@ int NodeProcessors(const CommandWords& submitOptions) {
   const std::string partition = PartitionOf(submitOptions);
   if (!partition.empty()) words.push_back("--partition=" + partition);
   int least = 0;
-  for (const std::string& line : TextLines(RunCommand(words).out)) {
+  for (const std::string& line : TextLines(RunProgram(words).output)) {
     const int count = std::atoi(line.c_str());
     if (count > 0) least = least == 0 ? count : std::min(least, count);
   }
@@ -89,15 +89,15 @@ Outcome WriteScript(const std::string& path, const std::string& text) {
 
 /// The number that the scheduler gives a job; `--parsable` has the cluster's name behind it.
 Outcome Submit(const CommandWords& words, std::string* id) {
-  const CommandEnd end = RunCommand(words);
-  *id = end.out.substr(0, end.out.find_first_not_of("0123456789"));
+  const ProgramEnd end = RunProgram(words);
+  *id = end.output.substr(0, end.output.find_first_not_of("0123456789"));
   return end.status == 0 && !id->empty() ? Outcome() : Failed(words, end);
 }
 
 }  // namespace
 
 std::size_t MostArrayTasks() {
-  for (const std::string& line : TextLines(RunCommand({"scontrol", "show", "config"}).out)) {
+  for (const std::string& line : TextLines(RunProgram({"scontrol", "show", "config"}).output)) {
     const std::size_t equals = line.find('=');
     if (!line.starts_with("MaxArraySize") || equals == std::string::npos) continue;
     const long size = std::atol(line.c_str() + equals + 1);
@@ -108,7 +108,7 @@ std::size_t MostArrayTasks() {
 
 Outcome DescribeWork(const FarmFolder& folder, const FarmPlan& plan, int round,
                      const std::vector<PictureChunk>& chunks, BatchWork* work) {
-  work->program = ThisProgram();
+  work->program = OwnProgram();
   work->folder = folder.Path();
   work->round = round;
   work->tasks = chunks.size();
@@ -175,7 +175,7 @@ void KeepTasksOffBadNodes(const FarmFolder& folder) {
   CommandWords good, bad;
   SortNodes(folder, &good, &bad);
   if (!array || good.empty() || bad.empty()) return;
-  RunCommand({"scontrol", "update", std::string("JobId=") + array, "ExcNodeList=" + Joined(bad)});
+  RunProgram({"scontrol", "update", std::string("JobId=") + array, "ExcNodeList=" + Joined(bad)});
 }
 
 std::vector<std::string> JobIds(const FarmFolder& folder) {
@@ -192,9 +192,9 @@ bool JobStates(const std::vector<std::string>& ids, std::vector<std::string>* st
   states->clear();
   // Asked for one by one: of several, one that the scheduler has forgotten spoils the answer.
   for (const std::string& id : ids) {
-    const CommandEnd end = RunCommand({"squeue", "--noheader", "--format=%T", "--jobs=" + id});
-    if (end.status != 0 && end.err.find("Invalid job id") == std::string::npos) return false;
-    const CommandWords lines = TextLines(end.out);
+    const ProgramEnd end = RunProgram({"squeue", "--noheader", "--format=%T", "--jobs=" + id});
+    if (end.status != 0 && end.errors.find("Invalid job id") == std::string::npos) return false;
+    const CommandWords lines = TextLines(end.output);
     states->insert(states->end(), lines.begin(), lines.end());
   }
   return true;
@@ -203,7 +203,7 @@ bool JobStates(const std::vector<std::string>& ids, std::vector<std::string>* st
 Outcome CancelJobs(const std::vector<std::string>& ids) {
   CommandWords words = {"scancel"};
   words.insert(words.end(), ids.begin(), ids.end());
-  const CommandEnd end = RunCommand(words);
+  const ProgramEnd end = RunProgram(words);
   return end.status == 0 ? Outcome() : Failed(words, end);
 }
 

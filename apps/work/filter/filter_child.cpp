@@ -117,7 +117,7 @@ Outcome FilterRun::Read(FilteredPicture* report, hostkit::BitmapPtr* picture) {
   hostkit::PictureFacts facts;
   const auto kind = m_job.options.effects.calls.empty() ? hostkit::PixelKind::kHalves
                                                         : hostkit::PixelKind::kBytes;
-  const Outcome outcome = m_reader->Read(report->input, kind, picture, &facts);
+  Outcome outcome = m_reader->Read(report->input, kind, picture, &facts);
   if (outcome.status != kDone) return outcome;
   report->width = (*picture)->GetWidth();
   report->height = (*picture)->GetHeight();

@@ -43,7 +43,7 @@ std::string FindProgram(const std::string& name) {
   std::istringstream folders(path ? path : "");
   for (std::string folder; std::getline(folders, folder, ':');) {
     if (!folder.starts_with('/')) continue;
-    const std::string program = folder + "/" + name;
+    std::string program = folder + "/" + name;
     struct stat status {};
     const bool isFile = stat(program.c_str(), &status) == 0 && S_ISREG(status.st_mode);
     if (isFile && access(program.c_str(), X_OK) == 0) return program;
@@ -129,6 +129,7 @@ Outcome MovieMaker::Start(const std::string& command) {
 /// 0 or an error number.
 int MovieMaker::Spawn(const std::vector<std::string>& words, int input) {
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);
   posix_spawn_file_actions_t actions;

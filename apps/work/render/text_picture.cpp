@@ -39,8 +39,8 @@ class Canvas {
     const int rowBytes = (glyph.width + 7) / 8;
     for (int row = 0; row < glyph.height; ++row) {
       for (int column = 0; column < glyph.width; ++column) {
-        const auto byte = static_cast<std::size_t>(row * rowBytes + column / 8);
-        if (!(glyph.bits[byte] >> (7 - column % 8) & 1)) continue;
+        const int byte = row * rowBytes + column / 8;
+        if (!(glyph.bits[static_cast<std::size_t>(byte)] >> (7 - column % 8) & 1)) continue;
         const int x = Floor(at + glyph.left + column) - m_left;
         const int y = m_top - 1 - Floor(glyph.bottom + row);
         ++m_counts[static_cast<std::size_t>(y) * static_cast<std::size_t>(m_width) +

@@ -73,6 +73,7 @@ void Json::ForEach(const std::function<void(const std::string& name, Json value)
   }
 }
 
+// NOLINTNEXTLINE(bugprone-exception-escape): an empty value is made without one
 struct JsonText::State {
   Value root;
 };

@@ -42,7 +42,7 @@ std::uint64_t WordOf(const V2f& uv) {
   return std::bit_cast<std::uint64_t>(std::array<float, 2>{uv.x, uv.y});
 }
 
-V2f UvOf(std::uint64_t word) {
+V2f UvOfWord(std::uint64_t word) {
   const auto uv = std::bit_cast<std::array<float, 2>>(word);
   return {uv[0], uv[1]};
 }
@@ -201,7 +201,7 @@ class Assembly {
       mesh.positions.push_back(placed.positions[corner.place]);
       const auto color = std::bit_cast<ColorBuf>(static_cast<std::uint32_t>(corner.a));
       if (hasColors) mesh.colors.push_back(color.alpha > 0 ? color : plain);
-      if (hasUvs) mesh.uvs.push_back(UvOf(corner.b));
+      if (hasUvs) mesh.uvs.push_back(UvOfWord(corner.b));
     }
   }
 

@@ -1,23 +1,20 @@
 // Other programs, started with their arguments as they are.
-#include "apps/work/farm/program_run.h"
+#include "apps/work/farm/program_pool.h"
 
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <csignal>
 #include <cstddef>
 #include <ctime>
-#include <filesystem>
 #include <map>
-#include <system_error>
 
 namespace gl3 {
 namespace {
 
+constexpr int kNoProgram = 127;  // as shells have it
 constexpr long kTickNanoseconds = 200'000'000;
 
 [[noreturn]] void BecomeProgram(const std::vector<std::string>& words, int out, int err,
@@ -28,6 +25,7 @@ constexpr long kTickNanoseconds = 200'000'000;
   sigprocmask(SIG_SETMASK, &mask, nullptr);
   std::signal(SIGPIPE, SIG_DFL);
   std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
   for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));
   argv.push_back(nullptr);
   execvp(argv[0], argv.data());
@@ -36,16 +34,6 @@ constexpr long kTickNanoseconds = 200'000'000;
 
 int StatusOf(int ended) {
   return WIFEXITED(ended) ? WEXITSTATUS(ended) : 128 + WTERMSIG(ended);
-}
-
-std::string ReadAll(int file) {
-  std::string text;
-  char block[4096];
-  for (ssize_t count;
-       (count = pread(file, block, sizeof block, static_cast<off_t>(text.size()))) > 0;) {
-    text.append(block, static_cast<std::size_t>(count));
-  }
-  return text;
 }
 
 /// The processes of a pool.
@@ -99,27 +87,6 @@ void Pool::Reap() {
 }
 
 }  // namespace
-
-CommandEnd RunCommand(const std::vector<std::string>& words) {
-  CommandEnd end;
-  const int out = memfd_create("out", MFD_CLOEXEC), err = memfd_create("err", MFD_CLOEXEC);
-  sigset_t mask;
-  sigprocmask(SIG_SETMASK, nullptr, &mask);
-  const pid_t process = out >= 0 && err >= 0 ? fork() : -1;
-  if (process == 0) BecomeProgram(words, out, err, mask);
-  int ended = 0;
-  while (process > 0 && waitpid(process, &ended, 0) < 0 && errno == EINTR) {
-  }
-  if (process > 0) end = {StatusOf(ended), ReadAll(out), ReadAll(err)};
-  if (out >= 0) close(out);
-  if (err >= 0) close(err);
-  return end;
-}
-
-std::string ThisProgram() {
-  std::error_code code;
-  return std::filesystem::read_symlink("/proc/self/exe", code).string();
-}
 
 std::vector<int> RunPool(const std::vector<PoolProgram>& programs, int width,
                          const std::function<void()>& tick) {

@@ -1,27 +1,11 @@
-// Other programs, started with their arguments as they are; no shell reads them.
+// Other programs beside each other, started with their arguments as they are; no shell reads them.
 #pragma once
 
 #include <functional>
 #include <string>
 #include <vector>
 
-#include "apps/base/messages.h"
-
 namespace gl3 {
-
-/// The status of a program that there is not.
-constexpr int kNoProgram = 127;
-
-struct CommandEnd {
-  int status = -1;  ///< Exit status; 128 and the signal that ended it; 127: there is none.
-  std::string out, err;
-};
-
-/// Runs a program, looked for as shells do, to its end.
-CommandEnd RunCommand(const std::vector<std::string>& words);
-
-/// The path of this program.
-std::string ThisProgram();
 
 /// A program to run beside others.
 struct PoolProgram {
