@@ -53,6 +53,18 @@ TEST_F(AdderTest, TransparentTrianglesAndQuadsAreQueued) {
   EXPECT_EQ(TransparentQueue::Records(Buffer())[6].attribute, &m_clear);
 }
 
+TEST_F(AdderTest, TransparentTrianglesFillTheQueueToItsLastPlace) {
+  MakeTransparent();
+  GL3GABuffer::m_maxtransparentpolys = 3;
+  for (const int queued : {1, 2, 3, 3}) {
+    List().AddTransformedTri(m_v, 1);
+    EXPECT_EQ(TransparentQueue::Count(Buffer()), queued);
+  }
+  GlRecorder gl;
+  List().FlushArrays();  // the one too many was drawn with those that are not transparent
+  EXPECT_EQ(Draws(gl), Lines{"glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_INT)"});
+}
+
 TEST_F(AdderTest, ATransparentQuadDrainsTheFullQueue) {
   MakeTransparent();
   GlRecorder gl;
