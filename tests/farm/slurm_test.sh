@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # A farm on the real scheduler: two nodes on this machine, of which one is killed with its tasks in the
-# middle. All pictures must come, with the bytes of a run without a farm. Everything it starts has
-# files and ports of its own, and is ended by its process number, however the test ends.
+# middle. All pictures must come, with the bytes of a run without a farm. Then another farm is cancelled
+# in the middle. Everything it starts has files and ports of its own, and is ended by its process number,
+# however the test ends.
 # usage: slurm_test.sh BIN_FOLDER. Status 77: skipped, since something is not there.
 set -euo pipefail
 bin=$(readlink -f "$1")
@@ -55,8 +56,9 @@ wait_for() {
   done
 }
 
+ended() { [[ -z $(squeue --noheader) ]]; }
 pictures() { find "$1" -maxdepth 1 -name 't*.png' | wc -l; }
-has_pictures() { [[ $(pictures "$work/out") -ge $1 ]]; }
+has_pictures() { [[ $(pictures "$work/$1") -ge $2 ]]; }
 both_nodes_draw() { [[ $(find "$work"/out/gl3-farm-*/nodes -name 'n?.json' | wc -l) -eq 2 ]]; }
 nodes_are_idle() { [[ $(sinfo --noheader --Node --format='%T' | grep -c idle) -eq 2 ]]; }
 
@@ -78,7 +80,7 @@ start() {
 start_scheduler() {
   local -a ports
   mapfile -t ports < <(free_ports 3)
-  mkdir "$work"/{log,state,n1,n2,out,alone}
+  mkdir "$work"/{log,state,n1,n2,out,alone,part}
   head -c 1024 /dev/urandom >"$work/munge.key"
   chmod 600 "$work/munge.key"
   # cred_expire is what a task that was put back waits for.
@@ -151,7 +153,7 @@ cd "$work"
 turn=(render model.obj -s 1200x900 --turntable "$frames")
 id=$("$bin/gl3" farm --tasks 4 --per-node 2 --measured 0.1,4 -- "${turn[@]}" -o out/t####.png)
 wait_for 120 "both nodes" both_nodes_draw
-wait_for 120 "the first pictures" has_pictures 6
+wait_for 120 "the first pictures" has_pictures out 6
 before=$(pictures out)
 [[ $before -lt $frames ]] || fail "all was drawn before a node could be killed"
 kill_node n2 "${daemons[3]}"
@@ -163,4 +165,17 @@ for picture in alone/*.png; do
   cmp "$picture" "out/${picture#alone/}" || fail "$picture differs"
 done
 grep -q '"restarts": [1-9]' out/gl3-farm-*/report.json || fail "no task was begun anew"
-echo "slurm_test: $before pictures before a node was lost, all $frames of them in the end"
+
+id=$("$bin/gl3" farm --tasks 2 --per-node 2 --measured 0.1,4 -- "${turn[@]}" -o part/t####.png)
+wait_for 120 "pictures of the other farm" has_pictures part 2
+"$bin/gl3" farm cancel "$id" | grep -q " of $frames pictures are there" || fail "no farm was cancelled"
+wait_for 120 "the end of what was cancelled" ended
+part=$(pictures part)
+[[ $part -lt $frames ]] || fail "all was drawn before the farm was cancelled"
+"$bin/gl3" farm wait "$id" 2>said && fail "a cancelled farm has come to its end"
+grep -q 'was cancelled' said || fail "of a cancelled farm is said: $(<said)"
+for picture in part/*.png; do
+  cmp "$picture" "alone/${picture#part/}" || fail "$picture of the cancelled farm differs"
+done
+echo "slurm_test: $before pictures before a node was lost, all $frames of them in the end, and $part when"\
+  "another farm was cancelled"
