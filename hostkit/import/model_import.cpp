@@ -130,9 +130,14 @@ struct Preparation {
 
   void Prepare(const ModelFiles& files) {
     pugi::xml_document document;
-    if (collada::Load(files, document)) facts.emplace(document);
-    // What is in archives is the library's, with pictures and all.
-    if (IsCollada(files) && morphs.TakeFrom(document)) return Replace(document);
+    std::string entry;
+    if (collada::Load(files, document, &entry)) {
+      facts.emplace(document);
+      if (morphs.TakeFrom(document)) {
+        replaced = collada::ToBytes(files, document, entry);
+        return;
+      }
+    }
     // The library takes texts of 16-bit characters for no texts, or for empty ones.
     const OpenedFile file = files.OpenModel();
     char mark[2] = {};
@@ -148,23 +153,12 @@ struct Preparation {
   bool Tidy(const ModelFiles& files) {
     constexpr unsigned kTrimmed = pugi::parse_default | pugi::parse_trim_pcdata;
     pugi::xml_document document;
-    const bool isLoaded =
-        IsCollada(files) &&
-        (replaced.empty() ? collada::Load(files, document, kTrimmed)
-                          : document.load_buffer(replaced.data(), replaced.size(), kTrimmed));
-    if (isLoaded) Replace(document);
-    return isLoaded;
-  }
-
- private:
-  static bool IsCollada(const ModelFiles& files) {
-    return strcasecmp(fs::path(files.ModelPath()).extension().c_str(), ".dae") == 0;
-  }
-
-  void Replace(const pugi::xml_document& document) {
-    std::ostringstream text;
-    document.save(text, "", pugi::format_raw);
-    replaced = std::move(text).str();
+    std::string entry;
+    if (!collada::Load(files, document, &entry, kTrimmed)) return false;
+    morphs = {};
+    morphs.TakeFrom(document);
+    replaced = collada::ToBytes(files, document, entry);
+    return !replaced.empty();
   }
 };
 
@@ -299,6 +293,12 @@ bool ReadByLibrary(const ModelSource& source, std::string* error) {
         fmt::format("{}: it has no shapes; its nodes are drawn as a skeleton; export it "
                     "with its geometry",
                     context.path));
+  }
+  if (prepared.morphs.LeftOut() > 0) {
+    context.Warn(
+        fmt::format("{}: morph controllers or shapes of them left out, since they are broken, too "
+                    "large, or second ones of a mesh: {}; export it as glTF",
+                    context.path, prepared.morphs.LeftOut()));
   }
   const std::vector<MaterialTraits> traits = ImportMaterials(context, source.pictures);
   const std::vector<int> meshes = ImportMeshes(context, traits);
