@@ -69,6 +69,19 @@ std::string ToBytes(const ModelFiles& files, const pugi::xml_document& document,
   return CopyArchive(Archive(file.file.Get(), file.size), entry, text);
 }
 
+std::string OddIndex(const pugi::xml_document& document) {
+  constexpr const char *kBlanks = " \t\r\n", *kUsual = " \t\r\n+-0123456789";
+  std::string odd;
+  ForEach(document, "p", [&](const pugi::xml_node& indices) {
+    const std::string_view text = indices.text().get();
+    const std::size_t at = odd.empty() ? text.find_first_not_of(kUsual) : std::string_view::npos;
+    if (at == std::string_view::npos) return;
+    const std::size_t begin = text.find_last_of(kBlanks, at) + 1;  // npos + 1 is 0
+    odd = text.substr(begin, text.find_first_of(kBlanks, at) - begin);
+  });
+  return odd;
+}
+
 Elements ById(pugi::xml_node root, const char* name) {
   Elements elements;
   ForEach(root, name, [&elements](const pugi::xml_node& node) {

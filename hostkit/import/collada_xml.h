@@ -45,6 +45,10 @@ bool Load(const ModelFiles& files, pugi::xml_document& document, std::string* en
 std::string ToBytes(const ModelFiles& files, const pugi::xml_document& document,
                     const std::string& entry);
 
+/// The first word among the indices of faces that is no whole number, at which the import library
+/// would go on for ever; "" where there is none.
+std::string OddIndex(const pugi::xml_document& document);
+
 /// All elements of that name.
 Elements ById(pugi::xml_node root, const char* name);
 

@@ -127,12 +127,14 @@ struct Preparation {
   std::optional<ColladaFacts> facts;
   ColladaMorphs morphs;
   std::string replaced;  ///< What the library reads instead; empty: the file.
+  std::string oddIndex;  ///< Of COLLADA that the library must not read; else empty.
 
   void Prepare(const ModelFiles& files) {
     pugi::xml_document document;
     std::string entry;
     if (collada::Load(files, document, &entry)) {
       facts.emplace(document);
+      oddIndex = collada::OddIndex(document);
       if (morphs.TakeFrom(document)) {
         replaced = collada::ToBytes(files, document, entry);
         return;
@@ -184,6 +186,12 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
   }
   if (!CheckArchive(files, error)) return nullptr;
   prepared.Prepare(files);
+  if (!prepared.oddIndex.empty()) {
+    *error =
+        fmt::format("{}: its indices hold {}, which is no whole number; export the model again",
+                    path, NameForMessage(prepared.oddIndex));
+    return nullptr;
+  }
   // The importer's from here on.
   importer.SetIOHandler(new ModelIo(files, prepared.replaced, *warnings));
   const aiScene* source = importer.ReadFile(path, 0);
