@@ -85,10 +85,11 @@ std::string OneLine(std::string text) {
 SourceFormat FormatOf(const aiImporterDesc* info) {
   if (!info) return SourceFormat::kOther;
   constexpr std::pair<const char*, SourceFormat> kKnown[] = {
+      {"Blender 3D Importer", SourceFormat::kBlender},
       {"Collada Importer", SourceFormat::kCollada},
       {"Irrlicht Scene Reader", SourceFormat::kIrrlicht}};
   for (const auto& [name, format] : kKnown) {
-    if (std::strcmp(info->mName, name) == 0) return format;
+    if (std::string_view(info->mName).starts_with(name)) return format;
   }
   return SourceFormat::kOther;
 }
