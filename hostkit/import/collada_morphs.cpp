@@ -81,8 +81,8 @@ int WeightNumber(std::string_view target, std::string_view* address) {
   const char* at = target.data() + open + 1;
   std::int64_t number = 0;
   constexpr std::int64_t kLargest = 1 << 25;
-  const bool isGood = ReadInteger(&at, target.data() + target.size(), &number) && number >= 0 &&
-                      number <= kLargest;
+  const bool isGood =
+      ReadInteger(&at, target.data() + target.size(), &number) && number >= 0 && number <= kLargest;
   return isGood ? static_cast<int>(number) : -1;
 }
 

@@ -28,7 +28,7 @@ bool ReadArchived(const OpenedFile& file, std::string* bytes, std::string* entry
   if (archive.Read("manifest.xml", kMostUnpackedBytes, &manifest) &&
       document.load_buffer(manifest.data(), manifest.size())) {
     ForEach(document, "dae_root",
-            [&name](const pugi::xml_node& root) { name = Trimmed(root.text().get()); });
+            [&name](const pugi::xml_node& root) { name = Unescaped(Trimmed(root.text().get())); });
   }
   if (name.empty()) name = archive.FirstWithEnding(".dae");
   // Archives have no "./" in the names of their entries.
@@ -73,6 +73,7 @@ std::string OddIndex(const pugi::xml_document& document) {
   constexpr const char *kBlanks = " \t\r\n", *kUsual = " \t\r\n+-0123456789";
   std::string odd;
   ForEach(document, "p", [&](const pugi::xml_node& indices) {
+    if (std::string_view(indices.parent().parent().name()) != "mesh") return;
     const std::string_view text = indices.text().get();
     const std::size_t at = odd.empty() ? text.find_first_not_of(kUsual) : std::string_view::npos;
     if (at == std::string_view::npos) return;

@@ -169,12 +169,11 @@ std::string Morphed(const std::string& method) {
 }
 
 TEST_F(Deformations, MorphControllersMoveTheirMesh) {
-  const std::string manifest = "<?xml version=\"1.0\"?><dae_root>./in/m.dae</dae_root>";
-  for (const std::string& path :
-       {Write("morph.dae", Morphed("NORMALIZED")),
-        Write("morph.zae", Zip({{"a.dae", SkinnedStrip(false)},
-                                {"in/m.dae", Morphed("RELATIVE")},
-                                {"manifest.xml", manifest}}))}) {
+  const std::string manifest = "<?xml version=\"1.0\"?><dae_root>./in/m%20n.dae</dae_root>";
+  for (const std::string& path : {Write("morph.dae", Morphed("NORMALIZED")),
+                                  Write("morph.zae", Zip({{"a.dae", SkinnedStrip(false)},
+                                                          {"in/m n.dae", Morphed("RELATIVE")},
+                                                          {"manifest.xml", manifest}}))}) {
     Scene scene = Read(path);
     ASSERT_EQ(scene.instances.size(), 1u) << path;
     EXPECT_TRUE(scene.warnings.empty());
