@@ -1,4 +1,4 @@
-// A surface to draw on without a window, and to read back.
+// A surface to draw on that nobody sees, and to read back.
 #pragma once
 
 #include <memory>
@@ -10,11 +10,13 @@
 #include "host/RenderInfo.h"
 #include "hostkit/frame/overlay_painter.h"
 #include "hostkit/services/bitmap_ptr.h"
+#include "platform/mfc_windows.h"
 
 namespace hostkit {
 
-/// An off-screen buffer with depth and a display list on it, kept from frame to frame. The driver
-/// must outlive it. Not moved: the buffer points to the record.
+/// A buffer with depth and a display list on it, kept from frame to frame. It is off screen, but on
+/// a window where the environment says GL3_SURFACE=window, so that the two can be compared. The
+/// driver must outlive it. Not moved: the buffer points to the record.
 class OffScreenSurface {
  public:
   explicit OffScreenSurface(GADriver* driver) : m_driver(driver) {}
@@ -32,7 +34,10 @@ class OffScreenSurface {
   BitmapPtr Read(int width, int height);
 
  private:
+  bool ChooseKind(int width, int height, GABuffer::Mode* mode, std::string* error);
+
   GADriver* m_driver;
+  CWnd m_window;  // goes after the buffer on it
   RenderInfo m_info;
   std::unique_ptr<GABuffer> m_buffer;
   std::unique_ptr<DisplayList> m_list;  // holds on to the buffer's context
