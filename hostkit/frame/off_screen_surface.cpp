@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "hostkit/frame/sample_means.h"
 #include "platform/mfc.h"
 #include "platform/platform.h"
 
@@ -72,6 +73,12 @@ BitmapPtr OffScreenSurface::Read(int width, int height) {
   m_buffer->FillBitmapNode(bitmap.get(), GABuffer::kTopRowFirst);
   HBitmapBuffer* colors = bitmap->FindBuffer("ColorAlpha");
   return colors && colors->Data() ? std::move(bitmap) : nullptr;
+}
+
+bool OffScreenSurface::ReadMeans(int samplesPerSide, const PixelWindow& window,
+                                 HBitmapBuffer* pixels) {
+  m_buffer->IsFogEnabled();  // makes its context current
+  return hostkit::ReadMeans(m_height, samplesPerSide, window, pixels);
 }
 
 }  // namespace hostkit

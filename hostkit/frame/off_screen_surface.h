@@ -9,6 +9,7 @@
 #include "host/GADriver.h"
 #include "host/RenderInfo.h"
 #include "hostkit/frame/overlay_painter.h"
+#include "hostkit/scene/camera_window.h"
 #include "hostkit/services/bitmap_ptr.h"
 #include "platform/mfc_windows.h"
 
@@ -32,6 +33,9 @@ class OffScreenSurface {
   /// The `width` x `height` pixels at the lower left, in a "ColorAlpha" buffer of half floats.
   /// Null without memory.
   BitmapPtr Read(int width, int height);
+  /// Writes the mean of each block of `samplesPerSide` x `samplesPerSide` pixels of an opaque frame
+  /// into a pixel of `window`; see hostkit::ReadMeans.
+  bool ReadMeans(int samplesPerSide, const PixelWindow& window, HBitmapBuffer* pixels);
 
  private:
   bool ChooseKind(int width, int height, GABuffer::Mode* mode, std::string* error);
