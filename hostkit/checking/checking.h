@@ -24,8 +24,8 @@ struct Misuse {
 };
 
 /// Is told a misuse, on the thread that made the call and as a rule before the call reaches the
-/// module. `userData` is what CheckCalls was given, and must stay as long as a driver is checked. It
-/// may call the interface itself, unchecked; what it throws ends the process.
+/// module. `userData` is what CheckCalls was given, and must stay as long as a driver is checked.
+/// It may call the interface itself, unchecked; what it throws ends the process.
 using MisuseCallback = void (*)(const Misuse& misuse, void* userData);
 
 /// Has every driver checked that LoadedModule makes from now on, with all that it makes, and
