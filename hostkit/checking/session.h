@@ -7,6 +7,7 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <unordered_map>
 #include <utility>
@@ -100,7 +101,7 @@ struct Session {
   std::unordered_map<const DisplayList*, ListState> lists;
   std::unordered_map<const GATexture*, TextureState> textures;
   std::unordered_map<const GAShaderProgram*, EffectState> effects;
-  std::set<std::pair<Kind, const char*>> told;  ///< With operations.
+  std::set<std::pair<Kind, std::string_view>> told;  ///< With operations.
 
   /// Null for an object that is not checked.
   BufferState* Find(const GABuffer* buffer);

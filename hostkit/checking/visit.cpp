@@ -37,7 +37,8 @@ void Print(const Misuse& misuse) {
   std::fputs(line.c_str(), stderr);
 }
 
-void Tell(const Misuse& misuse) {
+/// What the callback throws ends the process, as MisuseCallback says.
+void Tell(const Misuse& misuse) noexcept {
   Listener listener;
   {
     const std::lock_guard lock(g_listenerMutex);
@@ -93,7 +94,7 @@ Visit::~Visit() {
 }
 
 void Visit::Note(Kind kind, std::string values) {
-  if (!m_session.told.emplace(kind, m_operation).second) return;
+  if (!m_isOfHost || !m_session.told.emplace(kind, m_operation).second) return;
   const MisuseText& text = kMisuseTexts[static_cast<std::size_t>(kind)];
   m_noted.push_back({text.name, m_operation, std::move(values), text.remedy});
 }
@@ -110,7 +111,7 @@ void Visit::Unlock() {
 
 /// The thread that calls is the drawing thread, as long as it runs.
 void Visit::CheckThread() {
-  if (Has(kAnyThread)) return;
+  if (!m_isOfHost || Has(kAnyThread)) return;
   DriverState& driver = m_session.driver;
   const std::thread::id self = std::this_thread::get_id();
   if (driver.thread == self) return;
