@@ -126,7 +126,11 @@ ProgramEnd Comparison::RunGl3(const CompareDriver& driver, std::vector<std::stri
   // Compiled shaders of one way are nothing to another, and Mesa does not always tell them apart.
   std::map<std::string, std::string> environment = driver.environment;
   environment["GL3_REGISTRY"] = (m_folder / kSettings).string();
-  environment["XDG_CACHE_HOME"] = (m_folder / "cache" / driver.folder).string();
+  // Mesa makes its own folder within this one alone, and speaks of it when it cannot.
+  const fs::path cache = m_folder / "cache" / driver.folder;
+  std::error_code code;
+  fs::create_directories(cache, code);
+  environment["XDG_CACHE_HOME"] = fs::absolute(cache, code).string();
   return RunProgram(words, environment, m_options.run.limits.timeoutSeconds);
 }
 
