@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "apps/base/text.h"
+#include "apps/work/info/model_facts.h"
 
 namespace view {
 namespace {
@@ -35,11 +36,15 @@ QString SizeText(const Imath::V3f& size) {
       .arg(static_cast<double>(size.z), 0, 'g', kSizeDigits);
 }
 
-QTreeWidgetItem* AddGroup(QTreeWidget* tree, const QString& name, std::size_t count) {
+QTreeWidgetItem* AddGroup(QTreeWidget* tree, const QString& name) {
   auto* const group = new QTreeWidgetItem(tree);
-  group->setText(kName, QString("%1 (%2)").arg(name).arg(count));
+  group->setText(kName, name);
   group->setFlags(Qt::ItemIsEnabled);
   return group;
+}
+
+QTreeWidgetItem* AddGroup(QTreeWidget* tree, const QString& name, std::size_t count) {
+  return AddGroup(tree, QString("%1 (%2)").arg(name).arg(count));
 }
 
 /// The bounds of each mesh in its own space.
@@ -84,6 +89,7 @@ void SceneList::SetModel(const hostkit::Scene* model) {
   AddLooks(*model);
   m_tree->topLevelItem(0)->setExpanded(true);
   m_tree->resizeColumnToContents(kName);
+  AddFacts(*model);
 }
 
 void SceneList::AddParts(const hostkit::Scene& model) {
@@ -122,6 +128,18 @@ void SceneList::AddLooks(const hostkit::Scene& model) {
     if (!image.bitmap) continue;
     row->setText(kSize,
                  QString("%1 × %2").arg(image.bitmap->GetWidth()).arg(image.bitmap->GetHeight()));
+  }
+}
+
+/// As `gl3 info` tells them, over all columns.
+void SceneList::AddFacts(const hostkit::Scene& model) {
+  QTreeWidgetItem* const group = AddGroup(m_tree, "Facts");
+  for (const auto& [label, value] : gl3::LinesOf(gl3::DescribeModel("", model))) {
+    for (const QString& line : QString::fromStdString(value).split('\n')) {
+      auto* const row = new QTreeWidgetItem(group);
+      row->setText(kName, QString::fromStdString(label) + ": " + line);
+      row->setFirstColumnSpanned(true);
+    }
   }
 }
 
