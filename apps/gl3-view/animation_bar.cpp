@@ -54,6 +54,7 @@ void AnimationBar::MakeControls() {
   m_slider = new QSlider(Qt::Horizontal, this);
   m_slider->setObjectName("time");
   m_slider->setMinimumWidth(80);
+  m_slider->setFocusPolicy(Qt::TabFocus);  // as the others
   addWidget(m_slider);
   connect(m_slider, &QSlider::valueChanged, this, [this](int frame) {
     if (m_setting) return;

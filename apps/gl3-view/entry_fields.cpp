@@ -13,6 +13,18 @@ namespace {
 constexpr int kDecimals = 3;
 constexpr double kSteps = 100;  // from the least number to the largest
 
+/// A number whose least one has a name: it is next to 0.
+class NamedLeastSpin : public QSpinBox {
+ public:
+  using QSpinBox::QSpinBox;
+  void stepBy(int steps) override {
+    const bool isNamed = !specialValueText().isEmpty() && minimum() < 0;
+    if (isNamed && value() == minimum() && steps > 0) return setValue(steps - 1);
+    if (isNamed && value() >= 0 && value() + steps < 0) return setValue(minimum());
+    QSpinBox::stepBy(steps);
+  }
+};
+
 }  // namespace
 
 EntryFields::EntryFields(EntryKind kind, std::function<void(const QString&)> changed,
@@ -36,7 +48,7 @@ void EntryFields::AddField(std::size_t index) {
   const EntryField& field = m_fields[index];
   QWidget* widget = nullptr;
   if (field.value.typeId() == QMetaType::Int) {
-    auto* const spin = new QSpinBox(this);
+    auto* const spin = new NamedLeastSpin(this);
     spin->setRange(static_cast<int>(field.least), static_cast<int>(field.most));
     spin->setValue(field.value.toInt());
     spin->setSpecialValueText(field.leastText);

@@ -177,6 +177,7 @@ void MainWindow::ApplyChoices() {
   bool good = ReadChoices(m_panel->Arguments(), &options, &error);
   if (good) good = m_viewport->SetOptions(options, &error);
   m_panel->ShowProblem(good ? QString() : QString::fromStdString(error));
+  if (!good) FillCameras();  // perhaps there is no model any more
   // The driver reads how it draws polygons when it is made.
   if (good && DriverWishOf(options) != m_driverWish) {
     RestartDriver(m_viewport->Options());
@@ -216,7 +217,9 @@ void MainWindow::ShowReport() {
 
 void MainWindow::ShowTime(const ShownTime& time) {
   std::string error;
-  if (!m_viewport->SetTime(time, &error)) Complain(error);
+  if (m_viewport->SetTime(time, &error)) return;
+  Complain(error);
+  FillCameras();
 }
 
 void MainWindow::Hide(std::vector<bool> hidden) {
@@ -224,6 +227,7 @@ void MainWindow::Hide(std::vector<bool> hidden) {
   if (m_viewport->Hide(std::move(hidden), &error)) return;
   statusBar()->showMessage(QString::fromStdString(error), kNoticeTime);
   m_parts->ShowHidden(m_viewport->Parts());
+  FillCameras();
 }
 
 void MainWindow::Complain(const std::string& text) {

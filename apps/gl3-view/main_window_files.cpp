@@ -68,7 +68,8 @@ void MainWindow::OpenNeighbour(int step) {
   if (m_files.isEmpty()) return;
   static const QStringList kKinds = {"*.glb", "*.gltf", "*.obj", "*.ply", "*.stl",
                                      "*.3mf", "*.fbx",  "*.dae", "*.3ds", "*.off"};
-  const QFileInfo shown(m_files.first());
+  // While one is loading, the next press goes on from that.
+  const QFileInfo shown(IsLoading() ? m_asked.first() : m_files.first());
   QStringList names = shown.absoluteDir().entryList(kKinds + QStringList{"*." + shown.suffix()},
                                                     QDir::Files | QDir::Readable);
   QCollator order;
@@ -82,6 +83,7 @@ void MainWindow::OpenNeighbour(int step) {
 }
 
 void MainWindow::Load(const QStringList& files, bool stays, bool unasked) {
+  m_asked = files;
   const QString what = (stays ? "Reading %1 anew" : "Loading %1");
   statusBar()->showMessage(what.arg(files.join(", ")) + " … (Esc stops it)");
   m_cancel->setEnabled(true);
@@ -90,13 +92,7 @@ void MainWindow::Load(const QStringList& files, bool stays, bool unasked) {
     m_cancel->setEnabled(false);
     statusBar()->clearMessage();
     const bool isRead = scene != nullptr;
-    // What is written from now on is looked at again, also after a failure.
-    if (isRead || files == m_files) {
-      const hostkit::Scene* const model = isRead ? scene.get() : m_viewport->Scene();
-      QStringList watched = files;
-      if (model) watched += FilesOfScene(files, *model);
-      m_watch.Watch(watched, stamp, files.size());
-    }
+    const QStringList watched = isRead ? files + FilesOfScene(files, *scene) : m_watched;
     if (isRead) {
       Show(std::move(scene), files, stays);
     } else if (unasked) {
@@ -106,6 +102,11 @@ void MainWindow::Load(const QStringList& files, bool stays, bool unasked) {
     } else {
       Complain(error);
     }
+    // What is written from now on is looked at again, also after a failure.
+    if (files == m_files) {
+      m_watched = watched;
+      m_watch.Watch(m_watched, stamp, files.size());
+    }
     if (std::exchange(m_wasChanged, false)) Reload(true);
   });
 }
@@ -113,7 +114,12 @@ void MainWindow::Load(const QStringList& files, bool stays, bool unasked) {
 void MainWindow::Show(std::unique_ptr<hostkit::Scene> scene, const QStringList& files, bool stays) {
   std::string error;
   const VisibleParts parts = m_viewport->Parts();
-  if (!m_viewport->SetScene(std::move(scene), stays, &error)) return Complain(error);
+  m_parts->SetModel(scene.get());  // a section takes its pictures
+  if (!m_viewport->SetScene(std::move(scene), stays, &error)) {
+    m_parts->SetModel(m_viewport->Scene());
+    FillCameras();
+    return Complain(error);
+  }
   m_troubleLabel->hide();
   m_hint->hide();
   if (!stays) m_viewport->setFocus();  // arrow keys move the camera
@@ -124,7 +130,6 @@ void MainWindow::Show(std::unique_ptr<hostkit::Scene> scene, const QStringList& 
   FillCameras();
   setWindowTitle(NamesOf(files) + " – gl3-view");
   m_animation->SetModel(m_viewport->Scene(), m_viewport->Time(), stays);
-  m_parts->SetModel(m_viewport->Scene());
   ShowFacts(*m_viewport->Scene());
   // Of the same model, as far as can be told.
   if (!stays || !parts.IsAnyHidden() || parts.Count() != m_viewport->Parts().Count()) return;

@@ -46,6 +46,13 @@ constexpr struct {
 
 }  // namespace
 
+/// The key of an action is for the picture alone: in lists, boxes and buttons it means something of
+/// their own.
+void MainWindow::LeaveKeyToControls(QAction* action) {
+  action->setShortcutContext(Qt::WidgetShortcut);
+  m_viewport->addAction(action);
+}
+
 void MainWindow::MakeFileMenu() {
   QMenu* file = menuBar()->addMenu("&File");
   file->addAction("&Open…", QKeySequence::Open, this, [this] { AskForFiles(false); });
@@ -62,10 +69,10 @@ void MainWindow::MakeFileMenu() {
     statusBar()->showMessage("Loading was stopped", kMessageTime);
   });
   m_cancel->setEnabled(false);
-  file->addAction("&Next file of the folder", QKeySequence("PgDown"), this,
-                  [this] { OpenNeighbour(1); });
-  file->addAction("&Previous file of the folder", QKeySequence("PgUp"), this,
-                  [this] { OpenNeighbour(-1); });
+  LeaveKeyToControls(file->addAction("&Next file of the folder", QKeySequence("PgDown"), this,
+                                     [this] { OpenNeighbour(1); }));
+  LeaveKeyToControls(file->addAction("&Previous file of the folder", QKeySequence("PgUp"), this,
+                                     [this] { OpenNeighbour(-1); }));
   file->addSeparator();
   m_save = file->addAction("&Save picture…", QKeySequence::Save, this, [this] { AskForPicture(); });
   m_copyPicture = file->addAction("Copy p&icture", QKeySequence::Copy, this, [this] {
@@ -108,6 +115,7 @@ void MainWindow::MakeViewMenu() {
   m_axes->setCheckable(true);
   connect(m_axes, &QAction::toggled, this, [this](bool on) { m_viewport->ShowAxes(on); });
   MakeModeMenu(menu);
+  menu->addAction("&Edges", QKeySequence("E"), this, [this] { m_panel->Toggle("--edges"); });
   menu->addAction("&Grid", QKeySequence("G"), this, [this] { m_panel->Toggle("--grid"); });
   menu->addAction("Reset &drawing choices", this, [this] { SetChoices({}); });
   MakeAnimationMenu(menu);
@@ -132,8 +140,9 @@ void MainWindow::MakeModeMenu(QMenu* view) {
 
 void MainWindow::MakeAnimationMenu(QMenu* view) {
   QMenu* const menu = view->addMenu("&Animation");
-  menu->addAction("&Play or pause", QKeySequence("Space"), this,
-                  [this] { m_animation->SetPlaying(!m_animation->IsPlaying()); });
+  LeaveKeyToControls(menu->addAction("&Play or pause", QKeySequence("Space"), this, [this] {
+    m_animation->SetPlaying(!m_animation->IsPlaying());
+  }));
   menu->addAction("One frame &on", QKeySequence("."), this, [this] { m_animation->Step(1); });
   menu->addAction("One frame &back", QKeySequence(","), this, [this] { m_animation->Step(-1); });
 }

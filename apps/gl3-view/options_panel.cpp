@@ -9,21 +9,23 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSpinBox>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <optional>
 
+#include "apps/gl3-view/background_choice.h"
 #include "apps/gl3-view/choice_judge.h"
 #include "apps/gl3-view/color_button.h"
 #include "apps/gl3-view/entry_list.h"
 #include "apps/gl3-view/fog_choice.h"
+#include "apps/gl3-view/section_choice.h"
 #include "hostkit/effects/effect_table.h"
 
 namespace view {
 namespace {
 
-const QColor kBackground(0x29, 0x2b, 0x30);  // as gl3 render has it unasked
 constexpr int kLeastWidth = 240;
 constexpr const char* kProblemStyle = "color: #b00020";
 
@@ -44,8 +46,8 @@ OptionsPanel::OptionsPanel(QWidget* parent) : QWidget(parent) {
   m_form = new QFormLayout();
   layout->addLayout(m_form);
   AddSurfaces();
+  AddSurroundings();
   AddHelpers();
-  AddFog();
   AddLists();
   AddEnd();
   layout->addStretch();
@@ -67,26 +69,21 @@ void OptionsPanel::AddSurfaces() {
                                       {"scene", "The model's"},
                                       {"headlight", "Headlight"},
                                       {"three-point", "Three-point"}};
+  static constexpr Named kMaterials[] = {{"file", "The model's"},
+                                         {"clay", "Clay: light grey, opaque"},
+                                         {"matte", "Matte: without highlights"},
+                                         {"shiny", "Shiny: with bright highlights"},
+                                         {"unlit", "Unlit: the colours alone"}};
   static constexpr Named kSamples[] = {{"1", "1 sample: fastest"},
                                        {"2", "2 × 2 samples"},
                                        {"3", "3 × 3 samples"},
                                        {"4", "4 × 4 samples"}};
   AddCombo("&Mode", "--mode", kModes);
+  AddFlag("Ed&ges", "--edges");
+  AddOptionalColor("Line &colour", "--line-color", Qt::black);
+  AddCombo("Mate&rial", "--material", kMaterials);
+  AddOptionalColor("O&ne colour", "--color", QColor(0xc8, 0xb8, 0x98));
   AddCombo("&Lights", "--lights", kLights);
-  auto* const color = new ColorButton(
-      kBackground, [this] { Changed(); }, this);
-  AddField("&Background", color,
-           {.option = "--background",
-            .values =
-                [color] {
-                  if (color->Color() == kBackground) return QStringList();
-                  return QStringList{color->Color().name()};
-                },
-            .set =
-                [color](const QStringList& values) {
-                  const QColor read(values.value(0));
-                  color->SetColor(read.isValid() ? read : kBackground);
-                }});
   AddFlag("Bac&kfaces", "--backfaces");
   AddCombo("&Antialias", "--antialias", kSamples, 1);
 }
@@ -102,10 +99,22 @@ void OptionsPanel::AddHelpers() {
   AddCombo("&Up axis", "--up-axis", kAxes);
   AddSpin("Point &size", "--point-size", 0, 64, 0)->setSpecialValueText("automatic");
   AddSwitch("Gri&d", "--grid", "", "spacing, world units");
-  AddSwitch("Vertex mar&kers", "--control-points", "", "half a side, pixels");
+  AddSwitch("Verte&x markers", "--control-points", "", "automatic; half a side, pixels");
+  AddSwitch("Scale &bar", "--scale-bar", "", "unit, such as mm");
+  auto* const section = new SectionChoice([this] { Changed(); }, this);
+  AddField("Cut a&way", section,
+           {.option = "--section",
+            .values = [section] { return section->Values(); },
+            .set = [section](const QStringList& values) { section->SetValues(values); }});
 }
 
-void OptionsPanel::AddFog() {
+/// What is behind the model, and before it.
+void OptionsPanel::AddSurroundings() {
+  auto* const behind = new BackgroundChoice([this] { Changed(); }, this);
+  AddField("&Background", behind,
+           {.option = "--background",
+            .values = [behind] { return behind->Values(); },
+            .set = [behind](const QStringList& values) { behind->SetValues(values); }});
   auto* const fog = new FogChoice([this] { Changed(); }, this);
   fog->SetSuggestion([this] { return m_suggestFog ? m_suggestFog() : std::pair(1.f, 10.f); });
   AddField("Fo&g", fog,
@@ -247,6 +256,42 @@ void OptionsPanel::AddSwitch(const QString& label, const QString& option, const 
   m_fields.back().caption->setBuddy(box);
 }
 
+/// A colour that is chosen or not.
+void OptionsPanel::AddOptionalColor(const QString& label, const QString& option,
+                                    const QColor& standard) {
+  auto* const row = new QWidget(this);
+  auto* const layout = new QHBoxLayout(row);
+  layout->setContentsMargins(0, 0, 0, 0);
+  auto* const box = new QCheckBox(row);
+  box->setObjectName(option);
+  auto* const color = new ColorButton(
+      standard,
+      [this, box] {
+        m_setting = true;  // who chooses a colour wants it
+        box->setChecked(true);
+        m_setting = false;
+        Changed();
+      },
+      row);
+  layout->addWidget(box);
+  layout->addWidget(color, 1);
+  connect(box, &QCheckBox::toggled, this, [this] { Changed(); });
+  AddField(label, row,
+           {.option = option,
+            .values =
+                [box, color] {
+                  if (!box->isChecked()) return QStringList();
+                  return QStringList{color->Color().name()};
+                },
+            .set =
+                [box, color, standard](const QStringList& values) {
+                  const QColor read(values.value(0));
+                  box->setChecked(read.isValid());
+                  color->SetColor(read.isValid() ? read : standard);
+                }});
+  m_fields.back().caption->setBuddy(box);
+}
+
 void OptionsPanel::AddList(const QString& label, const QString& option, EntryKind kind,
                            const std::function<void(EntryList*)>& prepare) {
   auto* const list = new EntryList(
@@ -293,7 +338,9 @@ void OptionsPanel::Judge() {
 /// What is wrong with a field, in the panel's words instead of those of the command line.
 QString OptionsPanel::InOwnWords(const Field& field, QString problem) const {
   if (problem.startsWith(field.option + ": ")) problem.remove(0, field.option.size() + 2);
-  for (const Field& other : m_fields) problem.replace(other.option + ' ', other.label + ' ');
+  for (const Field& other : m_fields) {
+    problem.replace(QRegularExpression(other.option + "(?![a-z-])"), other.label);
+  }
   return problem;
 }
 

@@ -18,6 +18,7 @@
 #include "apps/work/render/render_recipe.h"
 #include "hostkit/effects/byte_image.h"
 #include "hostkit/pictures/picture.h"
+#include "hostkit/pictures/picture_formats.h"
 
 namespace view {
 namespace {
@@ -74,6 +75,13 @@ class SizeDialog : public QDialog {
   QComboBox* m_recipe;
 };
 
+/// What the file dialog lists.
+QString PictureFilter() {
+  QString patterns = QString::fromStdString(hostkit::WrittenSuffixes());
+  patterns.remove(',').replace('.', "*.");
+  return "Pictures (" + patterns + ')';
+}
+
 /// The pointer shows that the program is busy.
 struct WaitPointer {
   WaitPointer() { QApplication::setOverrideCursor(Qt::WaitCursor); }
@@ -86,8 +94,7 @@ struct WaitPointer {
 
 bool AskWhatToSave(QWidget* parent, const QString& suggestion, SaveChoice* choice,
                    std::string* error) {
-  QFileDialog files(parent, "Save picture", QFileInfo(suggestion).path(),
-                    "Pictures (*.png *.exr *.jpg *.jpeg)");
+  QFileDialog files(parent, "Save picture", QFileInfo(suggestion).path(), PictureFilter());
   files.setAcceptMode(QFileDialog::AcceptSave);
   files.setDefaultSuffix("png");
   files.selectFile(QFileInfo(suggestion).fileName());
