@@ -9,6 +9,7 @@
 #include <string>
 
 #include "apps/gl3-view/color_button.h"
+#include "apps/gl3-view/texts.h"
 #include "apps/options/background_option.h"
 
 namespace view {
@@ -30,14 +31,14 @@ BackgroundChoice::BackgroundChoice(std::function<void()> changed, QWidget* paren
   layout->setContentsMargins(0, 0, 0, 0);
   m_kind = new QComboBox(this);
   m_kind->setObjectName("--background");
-  m_kind->addItems({"one colour", "gradient", "picture"});
+  m_kind->addItems({Tr("one colour"), Tr("gradient"), Tr("picture")});
   setFocusProxy(m_kind);
   layout->addWidget(m_kind);
   m_color = new ColorButton(
       kUsual, [this] { m_changed(); }, this);
   m_bottom = new ColorButton(
       kUsualBottom, [this] { m_changed(); }, this);
-  m_bottom->setToolTip("At the bottom");
+  m_bottom->setToolTip(Tr("At the bottom"));
   layout->addWidget(m_color);
   layout->addWidget(m_bottom);
   m_choose = new QPushButton(this);
@@ -55,13 +56,13 @@ BackgroundChoice::BackgroundChoice(std::function<void()> changed, QWidget* paren
 void BackgroundChoice::ShowFields() {
   const int kind = m_kind->currentIndex();
   m_color->setVisible(kind != kPicture);
-  m_color->setToolTip(kind == kGradient ? "At the top" : "");
+  m_color->setToolTip(kind == kGradient ? Tr("At the top") : QString());
   m_bottom->setVisible(kind == kGradient);
   m_choose->setVisible(kind == kPicture);
 }
 
 void BackgroundChoice::AskForPicture() {
-  const QString file = QFileDialog::getOpenFileName(window(), "A picture behind the model",
+  const QString file = QFileDialog::getOpenFileName(window(), Tr("A picture behind the model"),
                                                     QFileInfo(m_picture).path());
   if (file.isEmpty()) return;
   SetPicture(file);
@@ -71,7 +72,7 @@ void BackgroundChoice::AskForPicture() {
 void BackgroundChoice::SetPicture(const QString& file) {
   m_picture = file;
   const QString name = QFileInfo(file).fileName().replace('&', "&&");
-  m_choose->setText(file.isEmpty() ? "Choose…" : name);
+  m_choose->setText(file.isEmpty() ? Tr("Choose…") : name);
 }
 
 QStringList BackgroundChoice::Values() const {

@@ -7,6 +7,8 @@
 #include <QSpinBox>
 #include <utility>
 
+#include "apps/gl3-view/texts.h"
+
 namespace view {
 namespace {
 
@@ -72,7 +74,7 @@ void EntryFields::AddField(std::size_t index) {
   }
   widget->setObjectName(field.name);
   widget->setToolTip(field.tip);
-  m_form->addRow(field.name, widget);
+  m_form->addRow(Tr(field.name.toUtf8().constData()), widget);
 }
 
 void EntryFields::Change(std::size_t index, const QVariant& value) {

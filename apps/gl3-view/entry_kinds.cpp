@@ -5,6 +5,7 @@
 #include <string>
 
 #include "apps/gl3-view/entry_fields.h"
+#include "apps/gl3-view/texts.h"
 #include "apps/options/drawing_readers.h"
 #include "apps/options/effect_options.h"
 
@@ -52,8 +53,8 @@ QString EffectOf(const QString& entry, const std::vector<EntryField>& fields) {
 
 EntryField PlaceField(const char* name, int value, const char* none) {
   const int least = none[0] ? kNowhere : -kFarthestPlace;
-  const QString tip = "Pixels from the picture's top left";
-  return {name, tip, value, static_cast<double>(least), kFarthestPlace, none};
+  const QString tip = Tr("Pixels from the picture's top left");
+  return {name, tip, value, static_cast<double>(least), kFarthestPlace, Tr(none)};
 }
 
 std::vector<EntryField> TextFields(const QString& entry) {
@@ -65,12 +66,12 @@ std::vector<EntryField> TextFields(const QString& entry) {
     color = QString::fromStdString(
         fmt::format("#{:02x}{:02x}{:02x}", text.color->red, text.color->green, text.color->blue));
   }
-  return {{"Text", "What is written", QString::fromStdString(text.text), 0, 0, ""},
-          PlaceField("X", text.place ? text.place->x : kNowhere, "automatic"),
-          PlaceField("Y", text.place ? text.place->y : kNowhere, "automatic"),
-          {"Colour", "Such as #ffaa00 or white; empty: black or white", color, 0, 0, ""},
-          {"Size", "Height of the letters in pixels", text.size > 0 ? text.size : kUsualSize,
-           kUsualSize, kLargestSize, "ten pixels"}};
+  return {{Mark("Text"), Tr("What is written"), QString::fromStdString(text.text), 0, 0, ""},
+          PlaceField("X", text.place ? text.place->x : kNowhere, Mark("automatic")),
+          PlaceField("Y", text.place ? text.place->y : kNowhere, Mark("automatic")),
+          {Mark("Colour"), Tr("Such as #ffaa00 or white; empty: black or white"), color, 0, 0, ""},
+          {Mark("Size"), Tr("Height of the letters in pixels"),
+           text.size > 0 ? text.size : kUsualSize, kUsualSize, kLargestSize, Tr("ten pixels")}};
 }
 
 /// Whether that is how the entry is read.
@@ -103,10 +104,11 @@ std::vector<EntryField> OverlayFields(const QString& entry) {
   gl3::OverlayOption overlay;
   std::string error;
   if (!gl3::ReadOverlay(entry.toStdString(), &overlay, &error)) return {};
-  return {{"File", "The picture", QString::fromStdString(overlay.path), 0, 0, ""},
-          PlaceField("X", overlay.x, ""),
-          PlaceField("Y", overlay.y, ""),
-          {"Opacity", "From 0, clear, to 1", static_cast<double>(overlay.alpha), 0, 1, ""}};
+  return {
+      {Mark("File"), Tr("The picture"), QString::fromStdString(overlay.path), 0, 0, ""},
+      PlaceField("X", overlay.x, ""),
+      PlaceField("Y", overlay.y, ""),
+      {Mark("Opacity"), Tr("From 0, clear, to 1"), static_cast<double>(overlay.alpha), 0, 1, ""}};
 }
 
 QString OverlayOf(const QString&, const std::vector<EntryField>& fields) {

@@ -18,6 +18,7 @@
 #include "apps/base/warning_digest.h"
 #include "apps/gl3-view/main_window.h"
 #include "apps/gl3-view/recent_files.h"
+#include "apps/gl3-view/texts.h"
 
 namespace view {
 namespace {
@@ -38,16 +39,12 @@ QStringList LocalFiles(const QMimeData* data) {
   return files;
 }
 
-QString Counted(std::size_t count, const char* one, const char* several) {
-  return QLocale().toString(static_cast<qlonglong>(count)) + ' ' + (count == 1 ? one : several);
-}
-
 }  // namespace
 
 void MainWindow::AskForFiles(bool add) {
   const QStringList last = m_recent.isEmpty() ? QStringList() : FilesOfRecent(m_recent.first());
   const QStringList files = QFileDialog::getOpenFileNames(
-      this, add ? "Add to the scene" : "Open a model", QFileInfo(last.value(0)).path());
+      this, add ? Tr("Add to the scene") : Tr("Open a model"), QFileInfo(last.value(0)).path());
   if (files.isEmpty()) return;
   if (add) return Load(m_files + files, true, false);
   Open(files);
@@ -84,8 +81,9 @@ void MainWindow::OpenNeighbour(int step) {
 
 void MainWindow::Load(const QStringList& files, bool stays, bool unasked) {
   m_asked = files;
-  const QString what = (stays ? "Reading %1 anew" : "Loading %1");
-  statusBar()->showMessage(what.arg(files.join(", ")) + " … (Esc stops it)");
+  const QString what =
+      stays ? Tr("Reading %1 anew … (Esc stops it)") : Tr("Loading %1 … (Esc stops it)");
+  statusBar()->showMessage(what.arg(files.join(", ")));
   m_cancel->setEnabled(true);
   const QString stamp = ModelWatch::StampOf(files);
   m_loader.Load(files, [=, this](std::unique_ptr<hostkit::Scene> scene, const std::string& error) {
@@ -96,7 +94,7 @@ void MainWindow::Load(const QStringList& files, bool stays, bool unasked) {
     if (isRead) {
       Show(std::move(scene), files, stays);
     } else if (unasked) {
-      m_troubleLabel->setText("Not read anew: " + QString::fromStdString(error));
+      m_troubleLabel->setText(Tr("Not read anew: %1").arg(QString::fromStdString(error)));
       m_troubleLabel->setToolTip(PlainToolTip(QString::fromStdString(error)));
       m_troubleLabel->show();
     } else {
@@ -139,9 +137,11 @@ void MainWindow::Show(std::unique_ptr<hostkit::Scene> scene, const QStringList& 
 
 void MainWindow::ShowFacts(const hostkit::Scene& model) {
   const std::size_t placed = model.instances.size();
-  m_modelLabel->setText(Counted(model.TriangleCount(), "triangle", "triangles") + ", " +
-                        Counted(model.meshes.size(), "mesh", "meshes") + ", placed " +
-                        (placed == 1 ? QString("once") : Counted(placed, "time", "times")));
+  const QStringList counts = {
+      TrCount("%1 triangle", "%1 triangles", model.TriangleCount()),
+      TrCount("%1 mesh", "%1 meshes", model.meshes.size()),
+      placed == 1 ? Tr("placed once") : TrCount("placed %1 time", "placed %1 times", placed)};
+  m_modelLabel->setText(counts.join(", "));
   QStringList warnings;
   for (const std::string& line : gl3::DigestOf(model.warnings)) {
     warnings << QString::fromStdString(line);

@@ -21,6 +21,7 @@
 #include "apps/gl3-view/entry_list.h"
 #include "apps/gl3-view/fog_choice.h"
 #include "apps/gl3-view/section_choice.h"
+#include "apps/gl3-view/texts.h"
 #include "hostkit/effects/effect_table.h"
 
 namespace view {
@@ -59,50 +60,50 @@ void OptionsPanel::Changed() {
 }
 
 void OptionsPanel::AddSurfaces() {
-  static constexpr Named kModes[] = {{"shaded", "Shaded"},
-                                     {"flat", "Flat: a colour a triangle"},
-                                     {"wireframe", "Wireframe: all edges"},
-                                     {"wireframe-gl", "Wireframe, lit by the driver"},
-                                     {"lines", "Line drawing"},
-                                     {"points", "Points: all vertices"}};
-  static constexpr Named kLights[] = {{"auto", "Automatic"},
-                                      {"scene", "The model's"},
-                                      {"headlight", "Headlight"},
-                                      {"three-point", "Three-point"}};
-  static constexpr Named kMaterials[] = {{"file", "The model's"},
-                                         {"clay", "Clay: light grey, opaque"},
-                                         {"matte", "Matte: without highlights"},
-                                         {"shiny", "Shiny: with bright highlights"},
-                                         {"unlit", "Unlit: the colours alone"}};
-  static constexpr Named kSamples[] = {{"1", "1 sample: fastest"},
-                                       {"2", "2 × 2 samples"},
-                                       {"3", "3 × 3 samples"},
-                                       {"4", "4 × 4 samples"}};
-  AddCombo("&Mode", "--mode", kModes);
-  AddFlag("Ed&ges", "--edges");
-  AddOptionalColor("Line &colour", "--line-color", Qt::black);
-  AddCombo("Mate&rial", "--material", kMaterials);
-  AddOptionalColor("O&ne colour", "--color", QColor(0xc8, 0xb8, 0x98));
-  AddCombo("&Lights", "--lights", kLights);
-  AddFlag("Bac&kfaces", "--backfaces");
-  AddCombo("&Antialias", "--antialias", kSamples, 1);
+  static constexpr Named kModes[] = {{"shaded", Mark("Shaded")},
+                                     {"flat", Mark("Flat: a colour a triangle")},
+                                     {"wireframe", Mark("Wireframe: all edges")},
+                                     {"wireframe-gl", Mark("Wireframe, lit by the driver")},
+                                     {"lines", Mark("Line drawing")},
+                                     {"points", Mark("Points: all vertices")}};
+  static constexpr Named kLights[] = {{"auto", Mark("Automatic")},
+                                      {"scene", Mark("The model's")},
+                                      {"headlight", Mark("Headlight")},
+                                      {"three-point", Mark("Three-point")}};
+  static constexpr Named kMaterials[] = {{"file", Mark("The model's")},
+                                         {"clay", Mark("Clay: light grey, opaque")},
+                                         {"matte", Mark("Matte: without highlights")},
+                                         {"shiny", Mark("Shiny: with bright highlights")},
+                                         {"unlit", Mark("Unlit: the colours alone")}};
+  static constexpr Named kSamples[] = {{"1", Mark("1 sample: fastest")},
+                                       {"2", Mark("2 × 2 samples")},
+                                       {"3", Mark("3 × 3 samples")},
+                                       {"4", Mark("4 × 4 samples")}};
+  AddCombo(Tr("&Mode"), "--mode", kModes);
+  AddFlag(Tr("Ed&ges"), "--edges");
+  AddOptionalColor(Tr("Line &colour"), "--line-color", Qt::black);
+  AddCombo(Tr("Mate&rial"), "--material", kMaterials);
+  AddOptionalColor(Tr("O&ne colour"), "--color", QColor(0xc8, 0xb8, 0x98));
+  AddCombo(Tr("&Lights"), "--lights", kLights);
+  AddFlag(Tr("Bac&kfaces"), "--backfaces");
+  AddCombo(Tr("&Antialias"), "--antialias", kSamples, 1);
 }
 
 void OptionsPanel::AddHelpers() {
-  static constexpr Named kAxes[] = {{"auto", "As the file says"},
+  static constexpr Named kAxes[] = {{"auto", Mark("As the file says")},
                                     {"+X", "+X"},
                                     {"-X", "−X"},
                                     {"+Y", "+Y"},
                                     {"-Y", "−Y"},
                                     {"+Z", "+Z"},
                                     {"-Z", "−Z"}};
-  AddCombo("&Up axis", "--up-axis", kAxes);
-  AddSpin("Point &size", "--point-size", 0, 64, 0)->setSpecialValueText("automatic");
-  AddSwitch("Gri&d", "--grid", "", "spacing, world units");
-  AddSwitch("Verte&x markers", "--control-points", "", "automatic; half a side, pixels");
-  AddSwitch("Scale &bar", "--scale-bar", "", "unit, such as mm");
+  AddCombo(Tr("&Up axis"), "--up-axis", kAxes);
+  AddSpin(Tr("Point &size"), "--point-size", 0, 64, 0)->setSpecialValueText(Tr("automatic"));
+  AddSwitch(Tr("Gri&d"), "--grid", "", Tr("spacing, world units"));
+  AddSwitch(Tr("Verte&x markers"), "--control-points", "", Tr("automatic; half a side, pixels"));
+  AddSwitch(Tr("Scale &bar"), "--scale-bar", "", Tr("unit, such as mm"));
   auto* const section = new SectionChoice([this] { Changed(); }, this);
-  AddField("Cut a&way", section,
+  AddField(Tr("Cut a&way"), section,
            {.option = "--section",
             .values = [section] { return section->Values(); },
             .set = [section](const QStringList& values) { section->SetValues(values); }});
@@ -111,20 +112,20 @@ void OptionsPanel::AddHelpers() {
 /// What is behind the model, and before it.
 void OptionsPanel::AddSurroundings() {
   auto* const behind = new BackgroundChoice([this] { Changed(); }, this);
-  AddField("&Background", behind,
+  AddField(Tr("&Background"), behind,
            {.option = "--background",
             .values = [behind] { return behind->Values(); },
             .set = [behind](const QStringList& values) { behind->SetValues(values); }});
   auto* const fog = new FogChoice([this] { Changed(); }, this);
   fog->SetSuggestion([this] { return m_suggestFog ? m_suggestFog() : std::pair(1.f, 10.f); });
-  AddField("Fo&g", fog,
+  AddField(Tr("Fo&g"), fog,
            {.option = "--fog",
             .values = [fog] { return fog->Values(); },
             .set = [fog](const QStringList& values) { fog->SetValues(values); }});
 }
 
 void OptionsPanel::AddLists() {
-  AddList("&Effects", "--effect", EffectEntries(), [](EntryList* list) {
+  AddList(Tr("&Effects"), "--effect", EffectEntries(), [](EntryList* list) {
     auto* const menu = new QMenu(list);
     for (const hostkit::EffectKind& kind : hostkit::kEffectKinds) {
       QString text = QString::fromLatin1(kind.name);
@@ -134,14 +135,15 @@ void OptionsPanel::AddLists() {
     }
     list->AddButton()->setMenu(menu);
   });
-  AddList("&Overlays", "--overlay", OverlayEntries(), [](EntryList* list) {
+  AddList(Tr("&Overlays"), "--overlay", OverlayEntries(), [](EntryList* list) {
     connect(list->AddButton(), &QPushButton::clicked, list, [list] {
-      const QString file = QFileDialog::getOpenFileName(list->window(), "Overlay a picture");
+      const QString file = QFileDialog::getOpenFileName(list->window(), Tr("Overlay a picture"));
       if (!file.isEmpty()) list->Add(file, false);
     });
   });
-  AddList("&Texts", "--text", TextEntries(), [](EntryList* list) {
-    connect(list->AddButton(), &QPushButton::clicked, list, [list] { list->Add("Text", true); });
+  AddList(Tr("&Texts"), "--text", TextEntries(), [](EntryList* list) {
+    connect(list->AddButton(), &QPushButton::clicked, list,
+            [list] { list->Add(Tr("Text"), true); });
   });
 }
 
@@ -149,7 +151,7 @@ void OptionsPanel::AddEnd() {
   m_problem = NewProblemLabel("problem", this);
   m_form->addRow(m_problem);
   m_form->setRowVisible(m_problem, false);
-  m_reset = new QPushButton("&Reset all", this);
+  m_reset = new QPushButton(Tr("&Reset all"), this);
   m_reset->setObjectName("reset");
   m_reset->setEnabled(false);
   m_form->addRow(m_reset);
@@ -176,7 +178,7 @@ void OptionsPanel::AddCombo(const QString& label, const QString& option,
   combo->setObjectName(option);
   // The longest entry is not to make the panel wide.
   combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-  for (const auto& [name, text] : names) combo->addItem(text, name);
+  for (const auto& [name, text] : names) combo->addItem(Tr(text), name);
   combo->setCurrentIndex(standard);
   connect(combo, &QComboBox::currentIndexChanged, this, [this] { Changed(); });
   AddField(label, combo,
@@ -199,7 +201,7 @@ QSpinBox* OptionsPanel::AddSpin(const QString& label, const QString& option, int
   spin->setObjectName(option);
   spin->setRange(least, most);
   spin->setValue(standard);
-  spin->setSuffix(" pixels");
+  spin->setSuffix(' ' + Tr("pixels"));
   connect(spin, &QSpinBox::valueChanged, this, [this] { Changed(); });
   AddField(label, spin,
            {.option = option,

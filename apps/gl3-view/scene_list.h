@@ -38,12 +38,13 @@ class SceneList : public QDockWidget {
   void AddParts(const hostkit::Scene& model);
   void AddLooks(const hostkit::Scene& model);
   void AddFacts(const hostkit::Scene& model);
-  void SetHidden(const std::vector<bool>& hidden);
+  void SetHidden(std::vector<bool> hidden);
   void TellHidden();
 
   Listener m_listener;
   QTreeWidget* m_tree;
-  std::vector<QTreeWidgetItem*> m_parts;
+  std::vector<QTreeWidgetItem*> m_parts;  // by part, as many as have a row
+  std::vector<bool> m_hidden;             // by part
   bool m_setting = false;
 };
 

@@ -8,13 +8,16 @@
 #include <algorithm>
 #include <utility>
 
+#include "apps/gl3-view/texts.h"
+
 namespace view {
 namespace {
 
 constexpr struct {
   const char *text, *axis;
-} kSides[] = {{"none", ""},       {"beyond x", "x"},  {"beyond y", "y"}, {"beyond z", "z"},
-              {"before x", "-x"}, {"before y", "-y"}, {"before z", "-z"}};
+} kSides[] = {{Mark("none"), ""},      {Mark("beyond x"), "x"},  {Mark("beyond y"), "y"},
+              {Mark("beyond z"), "z"}, {Mark("before x"), "-x"}, {Mark("before y"), "-y"},
+              {Mark("before z"), "-z"}};
 // At the ends there would be all of it or nothing.
 constexpr int kLeast = 1, kMiddle = 50, kMost = 99;
 
@@ -25,7 +28,7 @@ SectionChoice::SectionChoice(std::function<void()> changed, QWidget* parent) : Q
   layout->setContentsMargins(0, 0, 0, 0);
   m_axis = new QComboBox(this);
   m_axis->setObjectName("--section");
-  for (const auto& [text, axis] : kSides) m_axis->addItem(text, axis);
+  for (const auto& [text, axis] : kSides) m_axis->addItem(Tr(text), axis);
   setFocusProxy(m_axis);
   layout->addWidget(m_axis);
   m_percent = new QSpinBox(this);
@@ -33,7 +36,7 @@ SectionChoice::SectionChoice(std::function<void()> changed, QWidget* parent) : Q
   m_percent->setRange(kLeast, kMost);
   m_percent->setValue(kMiddle);
   m_percent->setSuffix(" %");
-  m_percent->setToolTip("Of the model's extent along the axis");
+  m_percent->setToolTip(Tr("Of the model's extent along the axis"));
   m_percent->setKeyboardTracking(false);
   m_percent->hide();
   layout->addWidget(m_percent);

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <utility>
 
+#include "apps/gl3-view/texts.h"
 #include "apps/work/render/frame_setup.h"
 #include "host/GADriver.h"
 #include "hostkit/effects/byte_image.h"
@@ -157,7 +158,7 @@ bool Viewport::Hide(std::vector<bool> hidden, std::string* error) {
   if (!m_scene) return true;
   hidden.resize(m_parts.Count());
   if (std::find(hidden.begin(), hidden.end(), false) == hidden.end()) {
-    *error = "nothing would be left to see; show another part first";
+    *error = Tr("nothing would be left to see; show another part first").toStdString();
     return false;
   }
   StopRefining();
@@ -324,7 +325,7 @@ void Viewport::ShowAxes(bool shown) {
 
 bool Viewport::EnsureSurface(std::string* error) {
   if (!m_driver) {
-    *error = "the renderer is not loaded; start the program again";
+    *error = Tr("the renderer is not loaded; start the program again").toStdString();
     return false;
   }
   if (!m_surface) m_surface = WindowSurface::Adopt(winId(), m_driver, error);
@@ -378,7 +379,8 @@ bool Viewport::DrawFrame() {
     if (m_scene && !m_refined && CanRefine()) m_rest.start();
   }
   if (!isWhole && error.empty()) {
-    error = "memory ran out for a picture over the frame; make it or the window smaller";
+    error = Tr("memory ran out for a picture over the frame; make it or the window smaller")
+                .toStdString();
   }
   Tell(ready && isWhole, figures, error);
   return ready;

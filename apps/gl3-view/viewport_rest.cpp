@@ -2,6 +2,7 @@
 #include <new>
 #include <utility>
 
+#include "apps/gl3-view/texts.h"
 #include "apps/gl3-view/viewport.h"
 #include "platform/agl.h"
 
@@ -11,7 +12,7 @@ namespace {
 // How long other events wait for a slice of it at most, but for what cannot be cut.
 constexpr int kSliceMilliseconds = 8;
 
-constexpr const char* kNoMemory = "memory ran out; make the window smaller";
+constexpr const char* kNoMemory = Mark("memory ran out; make the window smaller");
 
 }  // namespace
 
@@ -36,7 +37,7 @@ bool Viewport::Refine(std::string* error) {
   m_refineMilliseconds = static_cast<double>(watch.nsecsElapsed()) / 1e6;
   auto shown = std::make_unique<PictureShow>(m_driver);
   if (!shown->Take(picture)) {
-    *error = kNoMemory;
+    *error = Tr(kNoMemory).toStdString();
     return false;
   }
   m_refined = std::move(shown);
@@ -53,10 +54,10 @@ void Viewport::BeginRefining() {
     try {
       m_isRefined = Refine(&m_refineError);
     } catch (const std::bad_alloc&) {
-      m_refineError = kNoMemory;
+      m_refineError = Tr(kNoMemory).toStdString();
     }
   });
-  if (!m_work) return Tell(false, {}, "memory ran out; close other programs");
+  if (!m_work) return Tell(false, {}, Tr("memory ran out; close other programs").toStdString());
   m_slices.start(0);
 }
 
