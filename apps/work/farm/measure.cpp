@@ -61,8 +61,6 @@ Outcome MeasureFirst(const FarmCommand& command, Measurement* measured) {
   measured->startSeconds =
       std::max(report.seconds - measured->pictureSeconds * static_cast<double>(pictures.size()),
                kLeastSeconds);
-  measured->peakMemory = report.peakMemory;
-  measured->cameras = report.cameras;
   return {};
 }
 
