@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "apps/base/file_checks.h"
 #include "apps/base/text.h"
 #include "apps/work/render/frame_setup.h"
 #include "apps/work/render/nothing_seen.h"
@@ -29,10 +30,10 @@ void ModelRender::Warn(const std::string& text) {
 
 /// Reports what the run waited for the import: most of it takes place while OpenGL starts.
 Outcome ModelRender::Take(ImportedModel model) {
-  if (model.end != hostkit::ImportEnd::kDone) {
-    return {model.end == hostkit::ImportEnd::kUnreadable ? kUnreadableInput : kRunFailed,
-            model.error};
+  if (model.end == hostkit::ImportEnd::kUnreadable) {
+    return UnreadableInput(m_options.models, model.error);
   }
+  if (model.end != hostkit::ImportEnd::kDone) return {kRunFailed, model.error};
   m_scene = std::move(model.scene);
   for (const std::string& warning : m_scene->warnings) Warn(warning);
   Outcome outcome = PrepareSubject(m_options.subject, m_scene.get());
