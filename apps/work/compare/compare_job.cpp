@@ -166,7 +166,7 @@ ComparedPicture Comparison::DrawScene(const CompareDriver& driver, const Compare
 ComparedDriver Comparison::Draw(const CompareDriver& driver) {
   ComparedDriver compared{driver, Json::object(), "", {}};
   const ProgramEnd end = RunGl3(driver, {"info", "--json", "-q"});
-  const Json report = Json::parse(end.output, nullptr, false);
+  const Json report = ParsedJson(end.output);
   for (const char* const part : {"display", "opengl", "limits"}) {
     if (report.is_object() && report.contains(part)) compared.facts[part] = report[part];
   }

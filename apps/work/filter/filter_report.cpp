@@ -74,7 +74,7 @@ std::string WarningPiece(const std::string& text, bool ofClipping) {
 void FilterReport::Add(const std::vector<std::string>& pieces) {
   m_hasStarted = false;
   for (const std::string& text : pieces) {
-    const Json piece = Json::parse(text, nullptr, false);
+    const Json piece = ParsedJson(text);
     if (piece.contains("start")) {
       m_hasStarted = true;
       m_start = piece["start"];
