@@ -108,6 +108,10 @@ int FilterReport::FirstFailure() const {
   return kDone;
 }
 
+int FilterReport::LastStatus() const {
+  return m_pictures.empty() ? static_cast<int>(kDone) : m_pictures.back()["status"].get<int>();
+}
+
 std::string FilterReport::Format(std::size_t skipped, double total) const {
   Json json = m_start.empty() ? StartJson({}) : m_start;
   json["pictures"] = m_pictures;

@@ -152,11 +152,9 @@ Outcome ModelRender::Write(const Shot& shot, const hostkit::SceneCamera& camera,
   pictureOptions.exrEncoding = m_options.exrEncoding;
   const bool isDepthInside = shot.depth == shot.output;
   pictureOptions.depth = isDepthInside || m_options.passes.z;
-  const PictureStream& stream = m_options.stream;
   const bool isWritten =
-      stream.descriptor >= 0
-          ? hostkit::StreamPicture({stream.descriptor, stream.name, stream.kind}, picture, recipe,
-                                   pictureOptions, &error)
+      m_options.stream.IsOpen()
+          ? hostkit::StreamPicture(m_options.stream, picture, recipe, pictureOptions, &error)
           : hostkit::WritePicture(shot.output, picture, recipe, pictureOptions, &error);
   if (!isWritten) return {kUnwritableOutput, error};
   if (!shot.depth.empty() && !isDepthInside) {
