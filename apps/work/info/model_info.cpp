@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "apps/base/file_checks.h"
 #include "apps/base/text.h"
 #include "apps/work/info/info_report.h"
 #include "apps/work/info/model_facts.h"
@@ -93,10 +94,11 @@ Outcome TellModels(const InfoOptions& options, std::string* result) {
       text += (text.empty() ? "" : "\n") + FormatModel(models.back());
       continue;
     }
-    const int status = end == hostkit::ImportEnd::kUnreadable ? kUnreadableInput : kRunFailed;
-    models.push_back({{"model", path}, {"status", status}, {"error", error}});
-    PrintError(error);
-    if (outcome.status == kDone) outcome.status = status;
+    const Outcome failed = end == hostkit::ImportEnd::kUnreadable ? UnreadableInput({path}, error)
+                                                                  : Outcome{kRunFailed, error};
+    models.push_back({{"model", path}, {"status", failed.status}, {"error", failed.message}});
+    PrintError(failed.message);
+    if (outcome.status == kDone) outcome.status = failed.status;
   }
   *result = options.run.json ? PrintedJson({{"models", models}}) : text;
   return outcome;
