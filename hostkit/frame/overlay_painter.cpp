@@ -9,6 +9,7 @@
 
 #include "hostkit/pictures/picture_in.h"
 #include "hostkit/services/bitmap_ptr.h"
+#include "hostkit/services/flat_drawing.h"
 
 namespace hostkit {
 namespace {
@@ -136,10 +137,7 @@ bool OverlayPainter::Paint(const PaintTarget& target, const FrameSettings& setti
 
 // The renderer makes fonts with the contexts of windows, and all contexts share them.
 void OverlayPainter::MakeFonts() {
-  if (m_hasFonts) return;
-  RenderInfo info;
-  const std::unique_ptr<GABuffer> buffer(m_driver->CreateBuffer(&info, GABuffer::kOnScreen, 0));
-  m_hasFonts = buffer && buffer->Reallocate(1, 1, GABuffer::kWithoutDepth);
+  if (!m_hasFonts) m_hasFonts = MakeGlyphs(m_driver);
 }
 
 }  // namespace hostkit
