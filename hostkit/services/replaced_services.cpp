@@ -22,15 +22,15 @@ struct Kind {
 
 const std::vector<Kind>& Kinds() {
   static const auto& kinds = *new std::vector<Kind>{
-      {"String",
+      {"class String is",
        {"_ZN6StringC1EPKc", "_ZN6StringC1ERKS_", "_ZN6StringD1Ev", "_ZN6StringaSEOS_",
         "_ZN6StringaSERKS_", "_ZN6StringpLERKS_", "_ZNK6String11ReverseFindEc",
         "_ZNK6String3MidEii", "_ZNK6String4FindERKS_", "_ZNK6String4FindEic"}},
-      {"FileStream",
+      {"class FileStream is",
        {"_ZN10FileStreamD1Ev", "_ZN10FileStream4OpenERK6Stringi", "_ZN10FileStream5CloseEv",
         "_ZN10FileStream5WriteEPKc"}},
-      {"GAColor", {"_ZN7GAColorC1ERKS_", "_ZN7GAColoraSERKS_", "_ZN7GAColor3SetEhhhh"}},
-      {"the bitmaps",
+      {"class GAColor is", {"_ZN7GAColorC1ERKS_", "_ZN7GAColoraSERKS_", "_ZN7GAColor3SetEhhhh"}},
+      {"the bitmaps are",
        {"_ZN11HTreeObject12DeleteHandleEv", "_ZN10HByteBlock12DeleteHandleEv",
         "_ZN10HByteBlockD1Ev", "_ZN13HBitmapBufferC1ERK6StringNS_11ChannelTypeEiii",
         "_ZN13HBitmapBufferD1Ev", "_ZN13HBitmapBuffer12AllocateDataEi",
@@ -40,7 +40,8 @@ const std::vector<Kind>& Kinds() {
         "_ZN11HBitmapNode13RemoveBuffersERK6String", "_ZNK11HBitmapNode4CopyEv",
         "_ZN11HBitmapNode4CopyERKS_", "_ZN11HBitmapNode11ScaleBitmapEii",
         "_ZN11HBitmapNode15CreateByteBlockEiPii", "_ZN11HBitmapNodeD1Ev"}},
-      {"the registry", {"_Z16GetRegistryValueRK6StringS1_i", "_Z16SetRegistryValueRK6StringS1_i"}},
+      {"the registry is",
+       {"_Z16GetRegistryValueRK6StringS1_i", "_Z16SetRegistryValueRK6StringS1_i"}},
   };
   return kinds;
 }
@@ -65,22 +66,25 @@ std::vector<std::string> HalfReplacedServices(
     const std::function<std::string(const char*)>& supplierOf) {
   std::vector<std::string> lines;
   for (const Kind& kind : Kinds()) {
-    const char* first = nullptr;
-    std::string supplier;
+    const char* const first = kind.symbols.front();
+    const std::string supplier = supplierOf(first);
     for (const char* symbol : kind.symbols) {
       const std::string other = supplierOf(symbol);
-      if (other.empty()) continue;
-      if (!first) {
-        first = symbol;
-        supplier = other;
-      } else if (other != supplier) {
-        lines.push_back(
-            fmt::format("{} is replaced in part: {} is of {}, and {} of {}; define all of it, or "
-                        "give what is not meant for it another name or a namespace",
-                        kind.name, Readable(first), supplier, Readable(symbol), other));
-        break;
-      }
+      if (other == supplier || other.empty()) continue;
+      lines.push_back(
+          fmt::format("{} replaced in part: {} comes from {}, and {} from {}; define all that "
+                      "belong together, or give what is none of them another name or a namespace",
+                      kind.name, Readable(first), supplier, Readable(symbol), other));
+      break;
     }
+  }
+  const std::string library = supplierOf("_ZN7hostkit10CountHeapsEv");
+  const std::string heap = supplierOf("_Z7FreeExtPv");
+  if (heap != library && supplierOf("_ZN13HBitmapBuffer12AllocateDataEi") == library) {
+    lines.push_back(
+        fmt::format("FreeExt(void*) comes from {}, and cannot release the pictures of the bitmaps "
+                    "of {}; define the bitmaps as well, or neither",
+                    heap, library));
   }
   return lines;
 }

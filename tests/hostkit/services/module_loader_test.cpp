@@ -159,10 +159,15 @@ TEST(HalfReplacedServices, AreNamedWithWhereTheyComeFrom) {
     return Holds(symbol, {"6String3Mid"}) ? std::string("planner") : std::string("the kit");
   });
   ASSERT_EQ(lines.size(), 1u);
-  EXPECT_TRUE(Holds(lines[0], {"String is replaced in part", "String::Mid(int, int) const",
+  EXPECT_TRUE(Holds(lines[0], {"class String is replaced in part", "String::Mid(int, int) const",
                                "planner", "the kit", "namespace"}))
       << lines[0];
   EXPECT_EQ(hostkit::HalfReplacedServices(), std::vector<std::string>());
+  const auto heap = hostkit::HalfReplacedServices([](const char* symbol) {
+    return std::string(Holds(symbol, {"FreeExt"}) ? "planner" : "the kit");
+  });
+  ASSERT_EQ(heap.size(), 1u);
+  EXPECT_TRUE(Holds(heap[0], {"FreeExt", "planner", "the bitmaps"})) << heap[0];
 }
 
 }  // namespace
