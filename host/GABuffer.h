@@ -151,10 +151,11 @@ class GABuffer : public GAssistObject {
   /// 1 or 0. Also a way to make the context current that changes nothing.
   virtual int IsFogEnabled() { return 0; }
   /// Fog on (other than 0) or off. It has the scene record's colour and, at density 1, grows in a
-  /// straight line from its fogStart to its fogEnd, cut to whole view units (with both cut to the
-  /// same, or an end before the start, it is nowhere or everywhere); at any other density
-  /// exponentially: at distance d, exp(-density * d) of a thing's own colour remains. Without a
-  /// scene record it is black. The record is read now, and so is the density that was set last.
+  /// straight line from its fogStart to its fogEnd, cut to whole view units (an end that is not
+  /// behind the start then turns it round: what is near lies in fog, what is far does not); at any
+  /// other density exponentially: at distance d, exp(-density * d) of a thing's own colour remains.
+  /// Without a scene record it is black. The record is read now, and so is the density that was set
+  /// last.
   virtual void SetFogState(int /*on*/) {}
   /// The fog colour of whatever context is current, with its alpha, which is 1, in blue's place:
   /// the blue that was set cannot be asked for.

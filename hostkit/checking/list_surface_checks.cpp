@@ -36,8 +36,8 @@ void CheckSide(Visit& visit, const RenderInfo& info, const Vector& side, const V
   const bool faces = info.perspective == 0 ? side.z > 0 : Dot(side, corner) < 0;
   if (!faces || platform::CurrentRenderer().find("llvmpipe") == std::string::npos) return;
   visit.Note(Kind::kSidesUnlit,
-             "after a scene with glass, llvmpipe may light corners that run counter-clockwise from "
-             "behind: with ambient light alone");
+             "after a scene with glass, llvmpipe may light surfaces whose corners run "
+             "counter-clockwise from the wrong side, so that ambient light alone is left");
 }
 
 /// `checks`: what is transparent waits.

@@ -113,7 +113,7 @@ void Visit::Note(Kind kind, std::string values) {
 
 void Visit::NoteRepeats() {
   for (const auto& [kind, calls] : std::exchange(m_session.repeats, {})) {
-    Add(kind, fmt::format("so it was in {} calls more", calls));
+    Add(kind, fmt::format("so it was {} times more", calls));
   }
 }
 

@@ -14,29 +14,6 @@
 namespace hostkit {
 namespace {
 
-// Planes of the view that overlays are drawn in. The renderer moves what lies on the near plane
-// 0.005 away from it, which of this range is nothing: only what is cut by a scene's own near plane
-// could come before an overlay.
-constexpr float kNear = -1, kFar = -1000;
-
-// A view whose units are the surface's pixels, y down from its top left. Parallel, since under
-// perspective the renderer maps pixels only beyond a distance of 0.99, where a small scene may not
-// reach.
-void FillPixelView(int width, int height, RenderInfo* info) {
-  info->perspective = 0;
-  info->nearZ = kNear;
-  info->farZ = kFar;
-  info->scaleX = info->scaleY = 1;
-  info->offsetX = info->offsetY = 0;
-  info->originX = info->originY = 0;
-  info->viewLeft = info->viewTop = 0;
-  info->viewRight = static_cast<float>(width);
-  info->viewBottom = static_cast<float>(-height);
-  info->imageWidth = info->pixelRight = width;
-  info->imageHeight = info->pixelBottom = height;
-  info->pixelLeft = info->pixelTop = 0;
-}
-
 // Pictures are cut into textures of this side. Larger ones the renderer may compress or halve.
 constexpr int kTileSide = 512;
 
@@ -98,7 +75,7 @@ bool OverlayPainter::Blit(GABuffer& buffer, const OverlayPicture& picture, int l
   for (const Tile& tile : *tiles) {
     const int x = picture.x + tile.x - left, y = picture.y + tile.y - top;
     const CRect rect(x, y, x + tile.width, y + tile.height);
-    buffer.TransparentBlit(tile.texture.get(), rect, kNear, tile.extent, picture.alpha);
+    buffer.TransparentBlit(tile.texture.get(), rect, kPixelViewNear, tile.extent, picture.alpha);
   }
   return true;
 }
@@ -113,6 +90,8 @@ void OverlayPainter::ForgetPictures() {
 bool OverlayPainter::Paint(const PaintTarget& target, const FrameSettings& settings, int left,
                            int top, int width, int height) {
   GABuffer& buffer = *target.buffer;
+  // Parallel, since under perspective the renderer maps pixels only beyond a distance of 0.99,
+  // where a small scene may not reach.
   FillPixelView(width, height, target.info);
   ForgetPictures();
   buffer.ComputeProjectionMatrices();

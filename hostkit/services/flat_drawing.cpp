@@ -9,17 +9,15 @@
 
 namespace hostkit {
 void FillPixelView(int width, int height, RenderInfo* info) {
-  const auto right = static_cast<float>(width), top = static_cast<float>(height);
   info->perspective = 0;
+  info->nearZ = kPixelViewNear;
+  info->farZ = kPixelViewFar;
   info->scaleX = info->scaleY = 1;
   info->offsetX = info->offsetY = 0;
-  info->originX = 0;
-  info->originY = top;  // view units grow upwards from the last row
-  info->nearZ = -1;
-  info->farZ = -1000;
-  info->viewLeft = info->viewBottom = 0;
-  info->viewRight = right;
-  info->viewTop = top;
+  info->originX = info->originY = 0;
+  info->viewLeft = info->viewTop = 0;
+  info->viewRight = static_cast<float>(width);
+  info->viewBottom = static_cast<float>(-height);
   info->imageWidth = info->pixelRight = width;
   info->imageHeight = info->pixelBottom = height;
   info->pixelLeft = info->pixelTop = 0;

@@ -11,11 +11,16 @@ class GADriver;
 
 namespace hostkit {
 
+/// Planes of the view below. The 0.005 by which the module moves things off planes are nothing of
+/// what lies between them.
+constexpr float kPixelViewNear = -1;
+constexpr float kPixelViewFar = -1000;  ///< See above.
+
 /// Fills a parallel view in which a view unit is a pixel, for a surface of `width` x `height`
 /// pixels. In the screen's projection (x, y) is then the pixel's own place, y downwards from the
-/// top left, and in the scene's it is (x, height - y). What is drawn is seen at depths from -1 to
-/// -1000, planes that are nearZ and farZ. The members that a view does not determine stay as they
-/// are: buffer, scene, viewWindow, objectToView, environment, flags.
+/// top left, and in the scene's it is (x, -y). What is drawn is seen at depths
+/// between the planes above, which are nearZ and farZ. The members that a view does not determine
+/// stay as they are: buffer, scene, viewWindow, objectToView, environment, flags.
 void FillPixelView(int width, int height, RenderInfo* info);
 
 /// Has the glyphs made that GABuffer::TextOutA writes with, once after GADriver::Initialize, for

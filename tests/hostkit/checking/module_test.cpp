@@ -150,13 +150,13 @@ struct PanelAndGlass {
     light.type = GALight::kDirectional;
     light.target = {0, 0, -1};
   }
-  /// A square from (left, 4), clockwise with normals to the viewer, or the other way round.
+  /// A square from (left, -12), clockwise with normals to the viewer, or the other way round.
   void Add(float left, float z, bool clockwise) {
     const float sign = clockwise ? -1.f : 1.f;
     GAVertex strip[4];
     for (int i = 0; i < 4; ++i) {
       const float across = (i % 2 == 0) == clockwise ? 1.f : 0.f, up = i < 2 ? 0.f : 1.f;
-      strip[i] = {left + 8 * across, 4 + 8 * up, z, 0, 0, -sign, across, 1 - up};
+      strip[i] = {left + 8 * across, 8 * up - 12, z, 0, 0, -sign, across, 1 - up};
     }
     surface.list->AddTransformedQuad(strip, DisplayList::kQuadSorted, 1);
   }
