@@ -7,6 +7,7 @@
 #include "host/GABuffer.h"
 #include "hostkit/checking/record_checks.h"
 #include "hostkit/checking/thunk.h"
+#include "hostkit/services/without_controls.h"
 
 namespace hostkit::checking {
 namespace {
@@ -154,8 +155,8 @@ void BeforeTextOut(Visit& visit, Buffer& self, int x, int y, const char* text, c
   if (!*text) return;
   CheckText(visit, text);
   if (!visit.State().driver.hasGlyphs) {
-    visit.Note(Kind::kNoGlyphs,
-               fmt::format("no buffer of a window has made glyphs for \"{:.40}\"", text));
+    visit.Note(Kind::kNoGlyphs, fmt::format("no buffer of a window has made glyphs for \"{:.40}\"",
+                                            WithoutControls(text, '?')));
   }
   const BufferState* buffer = visit.State().Find(&self);
   if (!buffer || !buffer->info) return;
@@ -245,15 +246,13 @@ void AfterSetFogDensity(Visit& visit, Buffer& self, float density) {
 }
 
 void BeforeDeleteBuffer(Visit& visit, Buffer& self) {
-  Session& session = visit.State();
-  const BufferState* buffer = session.Find(&self);
-  ListState* list = buffer ? session.ListOf(*buffer) : nullptr;
-  if (list) {
+  for (auto& [list, state] : visit.State().lists) {
+    if (state.buffer != &self || state.isBufferGone) continue;
     visit.Note(Kind::kBufferBeforeList, "the list that draws into the buffer still lives");
-    list->isBufferGone = true;
-    list->isBlockOpen = false;
+    state.isBufferGone = true;
+    state.isBlockOpen = false;
   }
-  session.buffers.erase(&self);
+  visit.State().buffers.erase(&self);
 }
 
 constexpr unsigned kPicture = kSurface | kOutOfBlock | kMakesCurrent;

@@ -24,8 +24,8 @@ struct Misuse {
 };
 
 /// Is told a misuse, on the thread that made the call and as a rule before the call reaches the
-/// module. `userData` is what CheckCalls was given. It may call the interface itself, unchecked;
-/// what it throws ends the process.
+/// module. `userData` is what CheckCalls was given, and must stay as long as a driver is checked.
+/// It may call the interface itself, unchecked; what it throws ends the process.
 using MisuseCallback = void (*)(const Misuse& misuse, void* userData);
 
 /// Has every driver checked that LoadedModule makes from now on, with all that it makes, and
@@ -42,7 +42,8 @@ void CheckCalls(MisuseCallback callback = nullptr, void* userData = nullptr);
 void LeaveCallsUnchecked();
 
 /// Has one driver checked, and what it makes from now on: for hosts that load the module in a way
-/// of their own. Null is harmless, and so is a driver that is checked already.
+/// of their own, before it has made anything, since what is not known counts as deleted. Null is
+/// harmless, and so is a driver that is checked already.
 void CheckDriver(GADriver* driver);
 
 }  // namespace hostkit

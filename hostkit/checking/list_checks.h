@@ -16,7 +16,6 @@ void BeforeSetTexture(Visit& visit, DisplayList& self, GATexture* texture);
 void AfterSetTexture(Visit& visit, DisplayList& self, GATexture* texture);
 void BeforeListProjection(Visit& visit, DisplayList& self, int mode);
 void AfterListProjection(Visit& visit, DisplayList& self, int mode);
-void BeforeSetupLights(Visit& visit, DisplayList& self, LightListNode* lights);
 void AfterSetupLights(Visit& visit, DisplayList& self, LightListNode* lights);
 void AfterSetMaterial(Visit& visit, DisplayList& self, AttrProperty* material, float scale);
 void BeforeBeginInstructions(Visit& visit, DisplayList& self);

@@ -36,6 +36,18 @@ void SetSwitch(Visit& visit, DisplayList& self, int function) {
   }
 }
 
+/// Notes lights beyond those of the GL, which cannot be asked while a block is open.
+void CheckLightCount(Visit& visit, const LightListNode* lights) {
+  constexpr int kLeastLights = 8;  // of every GL
+  const int most = GlInteger(GL_MAX_LIGHTS, kLeastLights);
+  int shining = 0;
+  for (const LightListNode* node = lights; node; node = node->next) {
+    if (node->light && node->light->Shines()) ++shining;
+  }
+  if (shining <= most) return;
+  visit.Note(Kind::kManyLights, fmt::format("{} lights shine, and the GL has {}", shining, most));
+}
+
 }  // namespace
 
 void BeforeSetDepthFunc(Visit& visit, DisplayList& self, int function) {
@@ -101,18 +113,8 @@ void AfterListProjection(Visit& visit, DisplayList& self, int mode) {
   if (BufferState* buffer = visit.State().BufferOf(*list)) buffer->projection = mode != 0;
 }
 
-void BeforeSetupLights(Visit& visit, DisplayList&, LightListNode* lights) {
-  constexpr int kLeastLights = 8;  // of every GL
-  const int most = GlInteger(GL_MAX_LIGHTS, kLeastLights);
-  int shining = 0;
-  for (const LightListNode* node = lights; node; node = node->next) {
-    if (node->light && node->light->Shines()) ++shining;
-  }
-  if (shining <= most) return;
-  visit.Note(Kind::kManyLights, fmt::format("{} lights shine, and the GL has {}", shining, most));
-}
-
 void AfterSetupLights(Visit& visit, DisplayList& self, LightListNode* lights) {
+  CheckLightCount(visit, lights);
   SetSwitch(visit, self, DisplayList::kLightingOn);
   ListState* list = visit.State().Find(&self);
   BufferState* buffer = list ? visit.State().BufferOf(*list) : nullptr;

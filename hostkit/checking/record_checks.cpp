@@ -5,6 +5,8 @@
 
 #include <cmath>
 
+#include "hostkit/services/without_controls.h"
+
 namespace hostkit::checking {
 namespace {
 
@@ -86,7 +88,8 @@ void CheckLinearFog(Visit& visit, const SceneRecord& scene) {
 void CheckText(Visit& visit, const char* text) {
   for (const auto* byte = reinterpret_cast<const unsigned char*>(text); *byte; ++byte) {
     if (IsUtf8Pair(byte[0], byte[1])) {
-      visit.Note(Kind::kTextBytes, fmt::format("\"{:.40}\" looks like UTF-8", text));
+      visit.Note(Kind::kTextBytes,
+                 fmt::format("\"{:.40}\" looks like UTF-8", WithoutControls(text, '?')));
       return;
     }
     if (*byte >= ' ' && (*byte < 0x7F || *byte > 0x9F)) continue;

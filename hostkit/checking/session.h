@@ -8,6 +8,7 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <unordered_map>
 #include <utility>
@@ -113,7 +114,7 @@ struct Session {
   std::unordered_map<const DisplayList*, ListState> lists;
   std::unordered_map<const GATexture*, TextureState> textures;
   std::unordered_map<const GAShaderProgram*, EffectState> effects;
-  std::set<std::pair<Kind, const char*>> told;  ///< With operations, or null for any.
+  std::set<std::pair<Kind, std::string_view>> told;  ///< With operations, or empty for any.
   /// Calls more of the kinds that are told of one operation alone.
   std::map<Kind, int> repeats;
 

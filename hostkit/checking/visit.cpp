@@ -39,7 +39,8 @@ void Print(const Misuse& misuse) {
   std::fputs(line.c_str(), stderr);
 }
 
-void Tell(const Misuse& misuse) {
+/// What the callback throws ends the process, as MisuseCallback says.
+void Tell(const Misuse& misuse) noexcept {
   Listener listener;
   {
     const std::lock_guard lock(g_listenerMutex);
@@ -102,9 +103,10 @@ Visit::~Visit() {
 }
 
 void Visit::Note(Kind kind, std::string values) {
+  if (!m_isOfHost) return;
   if (kind == Kind::kBlockOpen) m_isInOpenBlock = true;
   const bool once = IsOfEveryCall(kind);
-  if (m_session.told.emplace(kind, once ? nullptr : m_operation).second) {
+  if (m_session.told.emplace(kind, once ? std::string_view() : m_operation).second) {
     Add(kind, std::move(values));
   } else if (once) {
     ++m_session.repeats[kind];
@@ -112,6 +114,7 @@ void Visit::Note(Kind kind, std::string values) {
 }
 
 void Visit::NoteRepeats() {
+  if (!m_isOfHost) return;
   for (const auto& [kind, calls] : std::exchange(m_session.repeats, {})) {
     Add(kind, fmt::format("so it was {} times more", calls));
   }
@@ -134,7 +137,7 @@ void Visit::Unlock() {
 
 /// The thread that calls is the drawing thread, as long as it runs.
 void Visit::CheckThread() {
-  if (Has(kAnyThread)) return;
+  if (!m_isOfHost || Has(kAnyThread)) return;
   DriverState& driver = m_session.driver;
   const std::thread::id self = std::this_thread::get_id();
   if (driver.thread == self) return;

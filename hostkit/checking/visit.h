@@ -42,8 +42,8 @@ class Visit {
   bool IsOfHost() const { return m_isOfHost; }
   bool Has(Rule rule) const { return (m_rules & rule) != 0; }
   Session& State() { return m_session; }
-  /// Notes a misuse, unless it was told already: for this operation, or for any, of those that one
-  /// mistake makes of every call. Between Lock and Unlock.
+  /// Notes a misuse of the host, unless it was told already: for this operation, or for any, of
+  /// those that one mistake makes of every call. Between Lock and Unlock.
   void Note(Kind kind, std::string values);
   /// Notes how many calls more there were of the latter.
   void NoteRepeats();

@@ -14,6 +14,10 @@
 namespace hostkit {
 namespace {
 
+// The far plane for what is behind: so far that its depth is that of a cleared buffer, but for the
+// last of 24 bits.
+constexpr float kBehind = -65536;
+
 // Pictures are cut into textures of this side. Larger ones the renderer may compress or halve.
 constexpr int kTileSide = 512;
 
@@ -69,13 +73,14 @@ const std::vector<OverlayPainter::Tile>* OverlayPainter::TilesOf(const OverlayPi
   return &uploaded.tiles;
 }
 
-bool OverlayPainter::Blit(GABuffer& buffer, const OverlayPicture& picture, int left, int top) {
+bool OverlayPainter::Blit(GABuffer& buffer, const OverlayPicture& picture, int left, int top,
+                          float z) {
   const std::vector<Tile>* tiles = TilesOf(picture);
   if (!tiles) return false;
   for (const Tile& tile : *tiles) {
     const int x = picture.x + tile.x - left, y = picture.y + tile.y - top;
     const CRect rect(x, y, x + tile.width, y + tile.height);
-    buffer.TransparentBlit(tile.texture.get(), rect, kPixelViewNear, tile.extent, picture.alpha);
+    buffer.TransparentBlit(tile.texture.get(), rect, z, tile.extent, picture.alpha);
   }
   return true;
 }
@@ -87,12 +92,13 @@ void OverlayPainter::ForgetPictures() {
   }
 }
 
-bool OverlayPainter::Paint(const PaintTarget& target, const FrameSettings& settings, int left,
-                           int top, int width, int height) {
+/// Has the target's list draw in the pixels of the surface.
+void OverlayPainter::Begin(const PaintTarget& target, int width, int height, float far) {
   GABuffer& buffer = *target.buffer;
   // Parallel, since under perspective the renderer maps pixels only beyond a distance of 0.99,
   // where a small scene may not reach.
   FillPixelView(width, height, target.info);
+  target.info->farZ = far;
   ForgetPictures();
   buffer.ComputeProjectionMatrices();
   if (buffer.IsFogEnabled()) buffer.SetFogState(0);
@@ -101,9 +107,24 @@ bool OverlayPainter::Paint(const PaintTarget& target, const FrameSettings& setti
   target.list->SetDepthFunc(DisplayList::kNormalBlending);
   target.list->SetDepthFunc(DisplayList::kLightingOff);
   buffer.SetProjection(GABuffer::kSceneProjection);
+}
+
+bool OverlayPainter::PaintBehind(const PaintTarget& target,
+                                 const std::shared_ptr<HBitmapNode>& picture, int width,
+                                 int height) {
+  Begin(target, width, height, kBehind);
+  const bool good = Blit(*target.buffer, {picture, 0, 0, 1}, 0, 0, kBehind);
+  target.list->EndInstructions();
+  return good;
+}
+
+bool OverlayPainter::Paint(const PaintTarget& target, const FrameSettings& settings, int left,
+                           int top, int width, int height) {
+  GABuffer& buffer = *target.buffer;
+  Begin(target, width, height, kPixelViewFar);
   bool good = true;
   for (const OverlayPicture& picture : settings.overlays) {
-    good = Blit(buffer, picture, left, top) && good;
+    good = Blit(buffer, picture, left, top, kPixelViewNear) && good;
   }
   for (const TextNote& note : settings.texts) {
     GAColor color;

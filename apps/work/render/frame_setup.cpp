@@ -139,6 +139,7 @@ Outcome MakeFrameSettings(const RenderOptions& options, FrameSettings* settings,
   if (outcome.status != kDone) return outcome;
   settings->lights = drawing.lights;
   settings->showsAllBacks = drawing.backfaces;
+  settings->showsEdges = drawing.edges;
   settings->lineColor = drawing.lineColor;
   settings->creaseDegrees = drawing.creaseDegrees.value_or(settings->creaseDegrees);
   settings->pointSize = drawing.pointSize;

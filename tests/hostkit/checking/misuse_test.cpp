@@ -173,6 +173,12 @@ const Case kBufferCases[] = {
        bare->Reallocate(8, 8, 0);
        bare->ComputeProjectionMatrices();
      }},
+    {"shared-buffer GADriver::CreateDisplayList, buffer-before-list ~GABuffer, "
+     "list-after-buffer ~DisplayList",
+     [](World& w) {
+       delete w.driver->CreateDisplayList(&w.info);
+       w.buffer.reset(), w.list.reset();
+     }},
     {"buffer-before-list ~GABuffer, list-after-buffer DisplayList::SetTexture, "
      "list-after-buffer ~DisplayList",
      [](World& w) { w.buffer.reset(), w.list->SetTexture(nullptr), w.list.reset(); }},
@@ -417,6 +423,18 @@ TEST(Checking, GivesBackWhatTheDriverAnswers) {
   EXPECT_EQ(world.buffer->GetZValue(3, 2), 23);
   EXPECT_EQ(world.buffer->GetFogColor().red, 0.75f);
   EXPECT_NE(dynamic_cast<FakeBuffer*>(world.buffer.get()), nullptr);
+}
+
+TEST(Checking, ForgetsWhatTheCallbackDeletes) {
+  World world;
+  const auto drop = [](const Misuse& misuse, void* told) {
+    World::Keep(misuse, told);
+    static_cast<World*>(told)->texture.reset();
+  };
+  hostkit::CheckCalls(drop, &world);
+  world.buffer->FillBitmapNode(nullptr, 0);
+  world.driver->Terminate();
+  EXPECT_EQ(world.values.back(), "1 lists, 1 buffers, 0 textures and 1 effects still live");
 }
 
 /// A thread may take over when the one before has ended.

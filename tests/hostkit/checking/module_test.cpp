@@ -11,6 +11,7 @@
 #include "hostkit/services/bitmap_ptr.h"
 #include "hostkit/services/flat_drawing.h"
 #include "hostkit/services/module_loader.h"
+#include "platform/gl.h"
 #include "platform/platform.h"
 #include "tests/support/common/holds.h"
 
@@ -62,6 +63,21 @@ class CheckedModule : public testing::Test {
   std::vector<Misuse> m_told;
 };
 
+/// On surfaces. Whether the GL tells its errors, or is asked for them.
+class CheckedGl : public CheckedModule, public testing::WithParamInterface<bool> {
+ protected:
+  ~CheckedGl() override { __GLEW_KHR_debug = GL_TRUE; }
+
+  static std::unique_ptr<LoadedModule> Start() {
+    auto module = Load();
+    EXPECT_TRUE(module->Driver()->Initialize());
+    __GLEW_KHR_debug = GetParam() ? GL_TRUE : GL_FALSE;
+    return module;
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(TellsErrors, CheckedGl, testing::Bool());
+
 TEST(UncheckedModule, HasTheTablesOfItsClasses) {
   const auto module = Load();
   const auto create = reinterpret_cast<CreateDriverFunction>(module->Symbol("CreateDriver"));
@@ -79,9 +95,8 @@ TEST_F(CheckedModule, KeepsItsTypesBehindOtherTables) {
   EXPECT_TRUE(typeid(driver) == typeid(other));
 }
 
-TEST_F(CheckedModule, TellsErrorsOfTheGl) {
-  const auto module = Load();
-  ASSERT_TRUE(module->Driver()->Initialize());
+TEST_P(CheckedGl, TellsErrorsOfTheGl) {
+  const auto module = Start();
   RenderInfo info;
   const std::unique_ptr<GABuffer> buffer(
       module->Driver()->CreateBuffer(&info, GABuffer::kOnScreen, 0));
@@ -107,19 +122,30 @@ struct Surface {
 };
 
 /// What is drawn goes to the surface that was used last.
-TEST_F(CheckedModule, TellsAnotherSurfacesContext) {
-  const auto module = Load();
-  ASSERT_TRUE(module->Driver()->Initialize());
+TEST_P(CheckedGl, TellsAnotherSurfacesContext) {
+  const auto module = Start();
   const Surface first(module->Driver()), second(module->Driver());
   EXPECT_EQ(Names(), std::vector<std::string>());
   first.list->AddSolidRectangle(0, 0, 1, 1, -2);
   EXPECT_EQ(Names(), std::vector<std::string>{"other-context"});
 }
 
+/// In a block the GL may not be asked for anything.
+TEST_P(CheckedGl, LeavesTheGlAloneInABlock) {
+  const auto module = Start();
+  const Surface surface(module->Driver());
+  GALight light;
+  LightListNode lights{nullptr, &light};
+  surface.list->PrepForPoints();
+  surface.list->AddTransformedPoint({0, 0, -2});
+  surface.list->SetupLights(&lights);
+  surface.list->EndInstructions();
+  EXPECT_EQ(Names(), std::vector<std::string>());
+}
+
 /// The second scene of a host that follows the plain order.
-TEST_F(CheckedModule, TellsLostLighting) {
-  const auto module = Load();
-  ASSERT_TRUE(module->Driver()->Initialize());
+TEST_P(CheckedGl, TellsLostLighting) {
+  const auto module = Start();
   const Surface surface(module->Driver());
   GALight light;
   LightListNode lights{nullptr, &light};
