@@ -29,9 +29,10 @@ struct Misuse {
 using MisuseCallback = void (*)(const Misuse& misuse, void* userData);
 
 /// Has every driver checked that LoadedModule makes from now on, with all that it makes, and
-/// `callback` told each misuse once an operation and driver. Null for a line on standard error
-/// each. The module does what it would have done, and so do the calls. From any thread, before the
-/// driver is made.
+/// `callback` told each misuse once an operation and driver; what one mistake makes of every call,
+/// such as drawing without a surface, once in all, and how often more at the driver's end. Null for
+/// a line on standard error each. The module does what it would have done, and so do the calls.
+/// From any thread, before the driver is made.
 ///
 /// GL3_CHECK=1 in the environment does the same for a program that does not call this, with lines
 /// on standard error; without either, nothing of this library is loaded or run.

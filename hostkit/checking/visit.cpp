@@ -3,7 +3,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <utility>
 
 #include "hostkit/checking/gl_errors.h"
@@ -45,6 +47,13 @@ void Tell(const Misuse& misuse) noexcept {
     listener = g_listener;
   }
   listener.callback ? listener.callback(misuse, listener.userData) : Print(misuse);
+}
+
+/// What one mistake makes of every call that follows.
+bool IsOfEveryCall(Kind kind) {
+  constexpr Kind kKinds[] = {Kind::kBeforeInitialize, Kind::kSecondThread, Kind::kNoSurface,
+                             Kind::kSurfaceFailed, Kind::kNoProjection};
+  return std::find(std::begin(kKinds), std::end(kKinds), kind) != std::end(kKinds);
 }
 
 void CheckSurface(Visit& visit, const BufferState& buffer) {
@@ -94,7 +103,24 @@ Visit::~Visit() {
 }
 
 void Visit::Note(Kind kind, std::string values) {
-  if (!m_isOfHost || !m_session.told.emplace(kind, m_operation).second) return;
+  if (!m_isOfHost) return;
+  if (kind == Kind::kBlockOpen) m_isInOpenBlock = true;
+  const bool once = IsOfEveryCall(kind);
+  if (m_session.told.emplace(kind, once ? std::string_view() : m_operation).second) {
+    Add(kind, std::move(values));
+  } else if (once) {
+    ++m_session.repeats[kind];
+  }
+}
+
+void Visit::NoteRepeats() {
+  if (!m_isOfHost) return;
+  for (const auto& [kind, calls] : std::exchange(m_session.repeats, {})) {
+    Add(kind, fmt::format("so it was {} times more", calls));
+  }
+}
+
+void Visit::Add(Kind kind, std::string values) {
   const MisuseText& text = kMisuseTexts[static_cast<std::size_t>(kind)];
   m_noted.push_back({text.name, m_operation, std::move(values), text.remedy});
 }
@@ -125,7 +151,7 @@ void Visit::CheckThread() {
 
 void Visit::NoteGlErrors() {
   for (std::string& error : TakeGlErrors(Has(kNewContext), !m_session.IsBlockOpen())) {
-    Note(Kind::kGlError, std::move(error));
+    if (!m_isInOpenBlock) Note(Kind::kGlError, std::move(error));
   }
 }
 

@@ -9,35 +9,14 @@
 
 #include "hostkit/pictures/picture_in.h"
 #include "hostkit/services/bitmap_ptr.h"
+#include "hostkit/services/flat_drawing.h"
 
 namespace hostkit {
 namespace {
 
-// Planes of the view that overlays are drawn in. The renderer moves what lies on the near plane
-// 0.005 away from it, which of this range is nothing: only what is cut by a scene's own near plane
-// could come before an overlay.
-constexpr float kNear = -1, kFar = -1000;
-// For what is behind: so far that its depth is that of a cleared buffer, but for the last of 24
-// bits.
+// The far plane for what is behind: so far that its depth is that of a cleared buffer, but for the
+// last of 24 bits.
 constexpr float kBehind = -65536;
-
-// A view whose units are the surface's pixels, y down from its top left. Parallel, since under
-// perspective the renderer maps pixels only beyond a distance of 0.99, where a small scene may not
-// reach.
-void FillPixelView(int width, int height, float far, RenderInfo* info) {
-  info->perspective = 0;
-  info->nearZ = kNear;
-  info->farZ = far;
-  info->scaleX = info->scaleY = 1;
-  info->offsetX = info->offsetY = 0;
-  info->originX = info->originY = 0;
-  info->viewLeft = info->viewTop = 0;
-  info->viewRight = static_cast<float>(width);
-  info->viewBottom = static_cast<float>(-height);
-  info->imageWidth = info->pixelRight = width;
-  info->imageHeight = info->pixelBottom = height;
-  info->pixelLeft = info->pixelTop = 0;
-}
 
 // Pictures are cut into textures of this side. Larger ones the renderer may compress or halve.
 constexpr int kTileSide = 512;
@@ -116,7 +95,10 @@ void OverlayPainter::ForgetPictures() {
 /// Has the target's list draw in the pixels of the surface.
 void OverlayPainter::Begin(const PaintTarget& target, int width, int height, float far) {
   GABuffer& buffer = *target.buffer;
-  FillPixelView(width, height, far, target.info);
+  // Parallel, since under perspective the renderer maps pixels only beyond a distance of 0.99,
+  // where a small scene may not reach.
+  FillPixelView(width, height, target.info);
+  target.info->farZ = far;
   ForgetPictures();
   buffer.ComputeProjectionMatrices();
   if (buffer.IsFogEnabled()) buffer.SetFogState(0);
@@ -139,10 +121,10 @@ bool OverlayPainter::PaintBehind(const PaintTarget& target,
 bool OverlayPainter::Paint(const PaintTarget& target, const FrameSettings& settings, int left,
                            int top, int width, int height) {
   GABuffer& buffer = *target.buffer;
-  Begin(target, width, height, kFar);
+  Begin(target, width, height, kPixelViewFar);
   bool good = true;
   for (const OverlayPicture& picture : settings.overlays) {
-    good = Blit(buffer, picture, left, top, kNear) && good;
+    good = Blit(buffer, picture, left, top, kPixelViewNear) && good;
   }
   for (const TextNote& note : settings.texts) {
     GAColor color;
@@ -155,10 +137,7 @@ bool OverlayPainter::Paint(const PaintTarget& target, const FrameSettings& setti
 
 // The renderer makes fonts with the contexts of windows, and all contexts share them.
 void OverlayPainter::MakeFonts() {
-  if (m_hasFonts) return;
-  RenderInfo info;
-  const std::unique_ptr<GABuffer> buffer(m_driver->CreateBuffer(&info, GABuffer::kOnScreen, 0));
-  m_hasFonts = buffer && buffer->Reallocate(1, 1, GABuffer::kWithoutDepth);
+  if (!m_hasFonts) m_hasFonts = MakeGlyphs(m_driver);
 }
 
 }  // namespace hostkit
