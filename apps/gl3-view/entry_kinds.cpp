@@ -66,12 +66,13 @@ std::vector<EntryField> TextFields(const QString& entry) {
     color = QString::fromStdString(
         fmt::format("#{:02x}{:02x}{:02x}", text.color->red, text.color->green, text.color->blue));
   }
-  return {{Mark("Text"), Tr("What is written"), QString::fromStdString(text.text), 0, 0, ""},
-          PlaceField("X", text.place ? text.place->x : kNowhere, Mark("automatic")),
-          PlaceField("Y", text.place ? text.place->y : kNowhere, Mark("automatic")),
-          {Mark("Colour"), Tr("Such as #ffaa00 or white; empty: black or white"), color, 0, 0, ""},
-          {Mark("Size"), Tr("Height of the letters in pixels"),
-           text.size > 0 ? text.size : kUsualSize, kUsualSize, kLargestSize, Tr("ten pixels")}};
+  return {
+      {TrMark("Text"), Tr("What is written"), QString::fromStdString(text.text), 0, 0, ""},
+      PlaceField("X", text.place ? text.place->x : kNowhere, TrMark("automatic")),
+      PlaceField("Y", text.place ? text.place->y : kNowhere, TrMark("automatic")),
+      {TrMark("Colour"), Tr("Such as #ffaa00 or white; empty: black or white"), color, 0, 0, ""},
+      {TrMark("Size"), Tr("Height of the letters in pixels"),
+       text.size > 0 ? text.size : kUsualSize, kUsualSize, kLargestSize, Tr("ten pixels")}};
 }
 
 /// Whether that is how the entry is read.
@@ -105,10 +106,10 @@ std::vector<EntryField> OverlayFields(const QString& entry) {
   std::string error;
   if (!gl3::ReadOverlay(entry.toStdString(), &overlay, &error)) return {};
   return {
-      {Mark("File"), Tr("The picture"), QString::fromStdString(overlay.path), 0, 0, ""},
+      {TrMark("File"), Tr("The picture"), QString::fromStdString(overlay.path), 0, 0, ""},
       PlaceField("X", overlay.x, ""),
       PlaceField("Y", overlay.y, ""),
-      {Mark("Opacity"), Tr("From 0, clear, to 1"), static_cast<double>(overlay.alpha), 0, 1, ""}};
+      {TrMark("Opacity"), Tr("From 0, clear, to 1"), static_cast<double>(overlay.alpha), 0, 1, ""}};
 }
 
 QString OverlayOf(const QString&, const std::vector<EntryField>& fields) {

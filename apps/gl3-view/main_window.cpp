@@ -3,7 +3,6 @@
 
 #include <QApplication>
 #include <QDockWidget>
-#include <QLocale>
 #include <QMessageBox>
 #include <QScreen>
 #include <QScrollArea>

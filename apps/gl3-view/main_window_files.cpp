@@ -6,7 +6,6 @@
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QLocale>
 #include <QMimeData>
 #include <QSettings>
 #include <QSignalBlocker>

@@ -21,31 +21,31 @@ struct StandardView {
   Imath::V3f direction;  // from the model to the eye
 };
 const StandardView kViews[] = {
-    {Mark("&Front"), "1", {0, 0, 1}},     {Mark("&Back"), "2", {0, 0, -1}},
-    {Mark("&Left"), "3", {-1, 0, 0}},     {Mark("&Right"), "4", {1, 0, 0}},
-    {Mark("&Top"), "5", {0, 1, 0}},       {Mark("B&ottom"), "6", {0, -1, 0}},
-    {Mark("&Isometric"), "7", {1, 1, 1}},
+    {TrMark("&Front"), "1", {0, 0, 1}},     {TrMark("&Back"), "2", {0, 0, -1}},
+    {TrMark("&Left"), "3", {-1, 0, 0}},     {TrMark("&Right"), "4", {1, 0, 0}},
+    {TrMark("&Top"), "5", {0, 1, 0}},       {TrMark("B&ottom"), "6", {0, -1, 0}},
+    {TrMark("&Isometric"), "7", {1, 1, 1}},
 };
 
 constexpr struct {
   const char *text, *key, *mode;  // the mode as --mode has it
-} kModes[] = {{Mark("&Shaded"), "S", ""},
-              {Mark("&Flat"), "Shift+F", "flat"},
-              {Mark("&Wireframe"), "W", "wireframe"},
-              {Mark("Wireframe, &lit"), "Shift+W", "wireframe-gl"},
-              {Mark("Li&nes"), "L", "lines"},
-              {Mark("&Points"), "O", "points"}};
+} kModes[] = {{TrMark("&Shaded"), "S", ""},
+              {TrMark("&Flat"), "Shift+F", "flat"},
+              {TrMark("&Wireframe"), "W", "wireframe"},
+              {TrMark("Wireframe, &lit"), "Shift+W", "wireframe-gl"},
+              {TrMark("Li&nes"), "L", "lines"},
+              {TrMark("&Points"), "O", "points"}};
 
 /// Keys that no menu shows.
 constexpr struct {
   const char *key, *text;
 } kOtherKeys[] = {
-    {Mark("Arrow keys"), Mark("Orbit; with Shift pan")},
-    {Mark("+ and −"), Mark("Nearer, farther")},
-    {Mark("Left button"), Mark("Orbit; a click selects a vertex, with Ctrl one more or less")},
-    {Mark("Middle button, or Shift and left"), Mark("Pan")},
-    {Mark("Wheel, right button"), Mark("Zoom")},
-    {Mark("Delete"), Mark("In a list: remove the entry")}};
+    {TrMark("Arrow keys"), TrMark("Orbit; with Shift pan")},
+    {TrMark("+ and −"), TrMark("Nearer, farther")},
+    {TrMark("Left button"), TrMark("Orbit; a click selects a vertex, with Ctrl one more or less")},
+    {TrMark("Middle button, or Shift and left"), TrMark("Pan")},
+    {TrMark("Wheel, right button"), TrMark("Zoom")},
+    {TrMark("Delete"), TrMark("In a list: remove the entry")}};
 
 }  // namespace
 

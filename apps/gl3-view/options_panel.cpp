@@ -60,25 +60,25 @@ void OptionsPanel::Changed() {
 }
 
 void OptionsPanel::AddSurfaces() {
-  static constexpr Named kModes[] = {{"shaded", Mark("Shaded")},
-                                     {"flat", Mark("Flat: a colour a triangle")},
-                                     {"wireframe", Mark("Wireframe: all edges")},
-                                     {"wireframe-gl", Mark("Wireframe, lit by the driver")},
-                                     {"lines", Mark("Line drawing")},
-                                     {"points", Mark("Points: all vertices")}};
-  static constexpr Named kLights[] = {{"auto", Mark("Automatic")},
-                                      {"scene", Mark("The model's")},
-                                      {"headlight", Mark("Headlight")},
-                                      {"three-point", Mark("Three-point")}};
-  static constexpr Named kMaterials[] = {{"file", Mark("The model's")},
-                                         {"clay", Mark("Clay: light grey, opaque")},
-                                         {"matte", Mark("Matte: without highlights")},
-                                         {"shiny", Mark("Shiny: with bright highlights")},
-                                         {"unlit", Mark("Unlit: the colours alone")}};
-  static constexpr Named kSamples[] = {{"1", Mark("1 sample: fastest")},
-                                       {"2", Mark("2 × 2 samples")},
-                                       {"3", Mark("3 × 3 samples")},
-                                       {"4", Mark("4 × 4 samples")}};
+  static constexpr Named kModes[] = {{"shaded", TrMark("Shaded")},
+                                     {"flat", TrMark("Flat: a colour a triangle")},
+                                     {"wireframe", TrMark("Wireframe: all edges")},
+                                     {"wireframe-gl", TrMark("Wireframe, lit by the driver")},
+                                     {"lines", TrMark("Line drawing")},
+                                     {"points", TrMark("Points: all vertices")}};
+  static constexpr Named kLights[] = {{"auto", TrMark("Automatic")},
+                                      {"scene", TrMark("The model's")},
+                                      {"headlight", TrMark("Headlight")},
+                                      {"three-point", TrMark("Three-point")}};
+  static constexpr Named kMaterials[] = {{"file", TrMark("The model's")},
+                                         {"clay", TrMark("Clay: light grey, opaque")},
+                                         {"matte", TrMark("Matte: without highlights")},
+                                         {"shiny", TrMark("Shiny: with bright highlights")},
+                                         {"unlit", TrMark("Unlit: the colours alone")}};
+  static constexpr Named kSamples[] = {{"1", TrMark("1 sample: fastest")},
+                                       {"2", TrMark("2 × 2 samples")},
+                                       {"3", TrMark("3 × 3 samples")},
+                                       {"4", TrMark("4 × 4 samples")}};
   AddCombo(Tr("&Mode"), "--mode", kModes);
   AddFlag(Tr("Ed&ges"), "--edges");
   AddOptionalColor(Tr("Line &colour"), "--line-color", Qt::black);
@@ -90,7 +90,7 @@ void OptionsPanel::AddSurfaces() {
 }
 
 void OptionsPanel::AddHelpers() {
-  static constexpr Named kAxes[] = {{"auto", Mark("As the file says")},
+  static constexpr Named kAxes[] = {{"auto", TrMark("As the file says")},
                                     {"+X", "+X"},
                                     {"-X", "−X"},
                                     {"+Y", "+Y"},

@@ -29,9 +29,9 @@ constexpr int kMostPixelsASide = 16384;
 /// What a saved file tells, and that choice as --recipe has it.
 constexpr struct {
   const char *text, *name;
-} kRecipes[] = {{Mark("how it was made, without folders"), SaveChoice::kNamesAlone},
-                {Mark("how it was made, with all paths"), "full"},
-                {Mark("nothing"), "none"}};
+} kRecipes[] = {{TrMark("how it was made, without folders"), SaveChoice::kNamesAlone},
+                {TrMark("how it was made, with all paths"), "full"},
+                {TrMark("nothing"), "none"}};
 
 /// Size, background and recipe; file names are asked for by the file dialog.
 class SizeDialog : public QDialog {

@@ -15,9 +15,9 @@ namespace {
 
 constexpr struct {
   const char *text, *axis;
-} kSides[] = {{Mark("none"), ""},      {Mark("beyond x"), "x"},  {Mark("beyond y"), "y"},
-              {Mark("beyond z"), "z"}, {Mark("before x"), "-x"}, {Mark("before y"), "-y"},
-              {Mark("before z"), "-z"}};
+} kSides[] = {{TrMark("none"), ""},      {TrMark("beyond x"), "x"},  {TrMark("beyond y"), "y"},
+              {TrMark("beyond z"), "z"}, {TrMark("before x"), "-x"}, {TrMark("before y"), "-y"},
+              {TrMark("before z"), "-z"}};
 // At the ends there would be all of it or nothing.
 constexpr int kLeast = 1, kMiddle = 50, kMost = 99;
 

@@ -13,7 +13,7 @@ QString Tr(const char* text);
 /// The same of a text with a number at %1, for one and for several.
 QString TrCount(const char* one, const char* several, std::size_t count);
 /// Marks a text of a table, which is for Tr later.
-constexpr const char* Mark(const char* text) {
+constexpr const char* TrMark(const char* text) {
   return text;
 }
 

@@ -12,7 +12,7 @@ namespace {
 // How long other events wait for a slice of it at most, but for what cannot be cut.
 constexpr int kSliceMilliseconds = 8;
 
-constexpr const char* kNoMemory = Mark("memory ran out; make the window smaller");
+constexpr const char* kNoMemory = TrMark("memory ran out; make the window smaller");
 
 }  // namespace
 
