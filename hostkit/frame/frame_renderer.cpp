@@ -222,11 +222,7 @@ BitmapPtr FrameRenderer::State::Render(const FrameSettings& settings, const View
   if (!surface.Ensure(tiling.width * side, tiling.height * side, error)) return nullptr;
   rendererName = platform::CurrentRenderer() + ", OpenGL " + platform::CurrentVersion();
   painter->Begin(settings, view);
-  const bool direct = side == 1 && !IsMatte(settings) && tiling.width == settings.width &&
-                      tiling.height == settings.height;
-  BitmapPtr picture =
-      direct ? DrawAndRead({0, 0, settings.width, settings.height}, settings.background, error)
-             : RenderTiles(settings, tiling, error);
+  BitmapPtr picture = RenderTiles(settings, tiling, error);
   if (picture && settings.backdrop) {
     PutPixelsBehind(*settings.backdrop->FindBuffer("ColorAlpha"),
                     picture->FindBuffer("ColorAlpha"));

@@ -89,6 +89,9 @@ TEST_F(SamePixels, ComeOfFewExtensionsOrItIsToldWhichIsMissing) {
     EXPECT_EQ(Draw("", Without(std::string("GL3_HIDDEN=") + name)), first) << name;
   }
   std::filesystem::remove(Path("p07.png"));
+  ExpectRefused("render room.glb -o p.png --effect sobel", 1,
+                {"effects need GL_ARB_framebuffer_object", "update"},
+                {.environment = {"MESA_EXTENSION_OVERRIDE=-GL_ARB_framebuffer_object"}});
   for (const char* name :
        {"GL_ARB_texture_non_power_of_two", "GL_ARB_depth_texture", "GL_EXT_framebuffer_object"}) {
     ExpectRefused("render room.glb -o p.png", 4, {std::string(name) + " not supported", "update"},

@@ -126,7 +126,11 @@ ProgramEnd Comparison::RunGl3(const CompareDriver& driver, std::vector<std::stri
   // Compiled shaders of one way are nothing to another, and Mesa does not always tell them apart.
   std::map<std::string, std::string> environment = driver.environment;
   environment["GL3_REGISTRY"] = (m_folder / kSettings).string();
-  environment["XDG_CACHE_HOME"] = (m_folder / "cache" / driver.folder).string();
+  // Mesa makes its own folder within this one alone, and speaks of it when it cannot.
+  const fs::path cache = m_folder / "cache" / driver.folder;
+  std::error_code code;
+  fs::create_directories(cache, code);
+  environment["XDG_CACHE_HOME"] = fs::absolute(cache, code).string();
   return RunProgram(words, environment, m_options.run.limits.timeoutSeconds);
 }
 
@@ -182,7 +186,7 @@ ComparedDriver Comparison::Draw(const CompareDriver& driver) {
   compared.driver = driver;
   compared.facts = Json::object();
   const ProgramEnd end = RunGl3(driver, {"info", "--json", "-q"});
-  const Json report = Json::parse(end.output, nullptr, false);
+  const Json report = ParsedJson(end.output);
   for (const char* const part : {"display", "opengl", "limits"}) {
     if (report.is_object() && report.contains(part)) compared.facts[part] = report[part];
   }
