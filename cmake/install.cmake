@@ -63,10 +63,12 @@ if(TARGET gl3-view)
     file(MAKE_DIRECTORY ${folder})
     add_custom_command(OUTPUT ${catalogue} DEPENDS ${translation}
       COMMAND ${GL3_MSGFMT} --check-format -o ${catalogue} ${translation})
-    target_sources(gl3-view PRIVATE ${catalogue})
+    list(APPEND catalogues ${catalogue})
     install(FILES ${catalogue} COMPONENT viewer
       DESTINATION ${CMAKE_INSTALL_DATADIR}/locale/${language}/LC_MESSAGES)
   endforeach()
+  add_custom_target(viewer_catalogues DEPENDS ${catalogues})
+  add_dependencies(gl3-view viewer_catalogues)
   install(FILES share/icons/gl3-view.svg COMPONENT viewer
     DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
 endif()

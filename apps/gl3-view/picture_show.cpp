@@ -117,7 +117,7 @@ void PaintAxes(WindowSurface& surface, const hostkit::View& view) {
   std::sort(std::begin(axes), std::end(axes),
             [](const Axis& a, const Axis& b) { return a.end.z < b.end.z; });  // the nearest last
   const float scale = static_cast<float>(surface.Height()) / kAxesPictureHeight;
-  const Imath::V2f origin(kAxesMargin * scale - static_cast<float>(surface.Width()) / 2,
+  const Imath::V2f origin(static_cast<float>(surface.Width()) / 2 - kAxesMargin * scale,
                           kAxesMargin * scale - static_cast<float>(surface.Height()) / 2);
   std::vector<GALitVertex> corners;
   for (const Axis& axis : axes) {

@@ -49,7 +49,8 @@ class Projection {
 void PaintControlPoints(WindowSurface& surface, const hostkit::View& view,
                         const std::vector<Imath::V3f>& places, const ColorBuf& color);
 
-/// Draws the directions of the world's axes in the lower left corner: x red, y green, z blue.
+/// Draws the directions of the world's axes in the lower right corner, where no scale bar is: x
+/// red, y green, z blue.
 void PaintAxes(WindowSurface& surface, const hostkit::View& view);
 
 }  // namespace view

@@ -181,6 +181,23 @@ TEST_F(ViewTest, WhatIsBehindTheModelMovesWithTheWindow) {
   }
 }
 
+TEST_F(ViewTest, AxesStandInACornerOfTheWindowAlone) {
+  Open(Path("cube.obj"));
+  m_window->SetChoices({"--antialias=1"});
+  Rest();
+  const Frame before = Shown();
+  QTest::keyClick(m_window.get(), Qt::Key_X);
+  Rest();
+  const Frame now = Shown();
+  EXPECT_GT(DifferentPixels(now, before), 50);
+  EXPECT_EQ(DifferentPixels(OffScreen(1), before), 0);
+  const auto width = static_cast<std::size_t>(View().width());
+  for (std::size_t i = 0; i < now.size(); ++i) {
+    const bool isInCorner = i / width > now.size() / width * 3 / 4 && i % width > width * 3 / 4;
+    ASSERT_TRUE(isInCorner || now[i] == before[i]) << i % width << ", " << i / width;
+  }
+}
+
 TEST_F(ViewTest, AtRestTheFrameHasItsEffectsAndIsSmooth) {
   Open(Path("room.glb"));
   Rest();
