@@ -2,9 +2,7 @@
 #include "apps/base/file_checks.h"
 
 #include <fmt/format.h>
-#include <linux/magic.h>
 #include <sys/stat.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,19 +10,14 @@
 #include <cstring>
 #include <filesystem>
 
+#include "hostkit/services/kernel_file.h"
+
 namespace gl3 {
 namespace {
 
 namespace fs = std::filesystem;
 
 ScratchFolder* g_scratch = nullptr;
-
-/// Whether a file is one that the kernel makes up as it is read.
-bool IsOfKernel(const std::string& path) {
-  struct statfs system {};
-  if (::statfs(path.c_str(), &system) != 0) return false;
-  return system.f_type == PROC_SUPER_MAGIC || system.f_type == SYSFS_MAGIC;
-}
 
 /// The folder that the picture file grows in: that of what a link points to.
 fs::path FolderOf(const std::string& path) {
@@ -53,7 +46,7 @@ Outcome CheckInput(const std::string& path) {
   }
   if (S_ISDIR(status.st_mode)) return refuse("it is a folder; name a model file in it");
   if (!S_ISREG(status.st_mode)) return refuse("it is not a regular file; save the model to one");
-  if (IsOfKernel(path)) {
+  if (hostkit::IsKernelFile(path)) {
     return refuse("it is a file of the kernel's own, which tells no size; copy it to a disk first");
   }
   if (status.st_size == 0) return refuse("the file is empty; export or copy it anew");
@@ -61,6 +54,14 @@ Outcome CheckInput(const std::string& path) {
     return refuse("it may not be read; change its permissions");
   }
   return {};
+}
+
+Outcome UnreadableInput(const std::vector<std::string>& paths, const std::string& error) {
+  for (const std::string& path : paths) {
+    Outcome found = CheckInput(path);
+    if (found.status != kDone) return found;
+  }
+  return {kUnreadableInput, error};
 }
 
 bool IsThere(const std::string& path) {

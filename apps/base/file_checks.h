@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "apps/base/messages.h"
 
@@ -13,6 +14,10 @@ namespace gl3 {
 /// Whether a model can be read at all: there, a file, not empty, permitted. kUnreadableInput with a
 /// message, or kDone.
 Outcome CheckInput(const std::string& path);
+
+/// Why none of these models came out of an import that says `error`: what CheckInput finds, which
+/// importers take for an empty file, say, else that. kUnreadableInput.
+Outcome UnreadableInput(const std::vector<std::string>& paths, const std::string& error);
 
 /// Whether a picture is there already, so that --skip-existing leaves it out. Pictures appear
 /// whole; an empty file is none.

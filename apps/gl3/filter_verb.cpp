@@ -9,26 +9,39 @@
 #include "apps/gl3/work_library.h"
 #include "apps/options/filter_options.h"
 #include "apps/options/output_checks.h"
+#include "apps/options/standard_stream.h"
 
 namespace gl3 {
 namespace {
 
-int RunFilter(const OptionParser& given, const FilterOptions& options, const std::string& command) {
+/// All that can be found out without work; reads the picture from standard input, if there is one.
+Outcome Prepare(const WorkTable& work, StandardInput* input, FilterOptions* options,
+                std::vector<std::string>* outputs) {
+  Outcome outcome = CheckFilterOptions(*options);
+  if (outcome.status == kDone) outcome = input->PlacePicture(&options->inputs);
+  if (outcome.status == kDone) outcome = NameOutputs(*options, outputs);
+  const bool isStreamed = options->output == kStandardStream;
+  for (const std::string& output : *outputs) {
+    if (outcome.status == kDone && !isStreamed) outcome = work.checkOutput(output);
+  }
+  if (outcome.status == kDone) outcome = SendResultTo(options->run.jsonFile, work);
+  if (outcome.status == kDone) outcome = input->Read();
+  if (outcome.status == kDone && isStreamed) {
+    outcome = StartStream(options->format, work, &options->stream);
+  }
+  return outcome;
+}
+
+int RunFilter(const OptionParser& given, FilterOptions options, const std::string& command) {
   SetVerbosity(options.run.verbosity);
+  StandardInput input;
   std::vector<std::string> outputs;
   Outcome outcome = CheckGivenOnce(given, "--output");
-  if (outcome.status == kDone) outcome = CheckFilterOptions(options);
-  if (outcome.status == kDone) outcome = NameOutputs(options, &outputs);
   const WorkTable* work = outcome.status == kDone ? LoadWork(&outcome) : nullptr;
-  for (const std::string& output : outputs) {
-    if (outcome.status == kDone) outcome = work->checkOutput(output);
-  }
-  if (outcome.status == kDone) outcome = SendResultTo(options.run.jsonFile, *work);
-  if (outcome.status != kDone) {
-    PrintError(outcome.message);
-    return outcome.status;
-  }
-  return work->filter({options, outputs, command});
+  if (work) outcome = Prepare(*work, &input, &options, &outputs);
+  if (outcome.status == kDone) return work->filter({options, outputs, command});
+  PrintError(outcome.message);
+  return outcome.status;
 }
 
 }  // namespace

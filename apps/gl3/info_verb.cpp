@@ -19,7 +19,8 @@ int RunInfo(InfoOptions options) {
   StandardInput input;
   const WorkTable* work = LoadWork(&outcome);
   if (work) outcome = SendResultTo(options.run.jsonFile, *work);
-  if (outcome.status == kDone) outcome = input.Take(options.modelFormat, &options.models);
+  if (outcome.status == kDone) outcome = input.PlaceModel(options.modelFormat, &options.models);
+  if (outcome.status == kDone) outcome = input.Read();
   if (outcome.status == kDone) outcome = work->info(options, &result);
   // A report is printed whatever it says; the message behind it is what a user sees last.
   const int printed = result.empty() ? kDone : PrintResult(result);

@@ -16,11 +16,12 @@ namespace gl3 {
 namespace {
 
 constexpr Verb kVerbs[] = {
-    {"render", "Draw model files into a picture (PNG, EXR, JPEG, WebP, TIFF or PPM)",
+    {"render", "Draw models into pictures (PNG, EXR, JPEG, WebP, TIFF, PPM) and movies",
      AddRenderVerb},
-    {"filter", "Put pictures through effects (blur, sharpen, edges and more)", AddFilterVerb},
+    {"filter", "Convert and scale pictures, put them through effects (blur, edges and more)",
+     AddFilterVerb},
     {"farm", "Share a render or filter among many machines or processors", AddFarmVerb},
-    {"info", "Tell what OpenGL is found, and whether it will do", AddInfoVerb},
+    {"info", "Tell what models hold, what files are read, and whether OpenGL will do", AddInfoVerb},
     {"settings", "Show and change the renderer's settings", AddSettingsVerb},
     {"view", "Show model files in a window", AddViewVerb},
 };
@@ -47,7 +48,7 @@ Exit status:
   1  the run failed
   2  wrong usage
   3  input that cannot be read
-  4  no usable OpenGL, or no module
+  4  no usable OpenGL, no module, or no ffmpeg for a movie
   5  output that cannot be written
   6  a comparison that does not match)";
 

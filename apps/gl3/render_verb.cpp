@@ -15,6 +15,7 @@
 #include "apps/options/output_checks.h"
 #include "apps/options/output_pattern.h"
 #include "apps/options/render_options.h"
+#include "apps/options/standard_stream.h"
 
 namespace gl3 {
 namespace {
@@ -117,27 +118,19 @@ int RunMovies(const OptionParser& given, const RenderOptions& options,
   return status;
 }
 
-/// Makes standard output a stream of pictures.
-Outcome StartStream(RenderOptions* options, const WorkTable& work) {
-  PictureStream& stream = options->stream;
-  stream.name = "standard output";
-  stream.kind = options->format.empty() ? "png" : options->format;
-  if (stream.kind.starts_with('.')) stream.kind.erase(0, 1);
-  Outcome outcome = work.checkStream(stream.kind);
-  if (outcome.status == kDone) stream.descriptor = TakeStandardOutput(&outcome);
-  return outcome;
-}
-
 /// All that can be found out without work; reads the model from standard input, if there is one.
 Outcome Prepare(const WorkTable& work, RenderOptions* options, StandardInput* input) {
   Outcome outcome = CheckRenderOptions(*options);
   if (outcome.status == kDone) outcome = SendResultTo(options->run.jsonFile, work);
   if (outcome.status == kDone && !options->IsEach()) outcome = CheckFolders(*options, work);
   if (outcome.status == kDone && options->IsEach()) outcome = CheckFoldersOfEach(*options, work);
-  if (outcome.status == kDone) outcome = input->Take(options->modelFormat, &options->models);
+  if (outcome.status == kDone) outcome = input->PlaceModel(options->modelFormat, &options->models);
+  if (outcome.status == kDone) outcome = input->Read();
   // Of many models those that cannot be read are told when it is their turn.
   if (outcome.status == kDone && !options->IsEach()) outcome = CheckModels(*options);
-  if (outcome.status == kDone && options->IsStreamed()) outcome = StartStream(options, work);
+  if (outcome.status == kDone && options->IsStreamed()) {
+    outcome = StartStream(options->format, work, &options->stream);
+  }
   return outcome;
 }
 

@@ -12,7 +12,7 @@
 #include <cstring>
 
 #include "apps/base/text.h"
-#include "apps/options/render_options.h"
+#include "apps/options/standard_stream.h"
 
 namespace gl3 {
 namespace {
@@ -35,7 +35,7 @@ Outcome CopyInput(const std::string& path) {
   for (;;) {
     const ssize_t count = read(STDIN_FILENO, block.data(), block.size());
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return Refuse(std::string(std::strerror(errno)) + "; name a model's file");
+    if (count < 0) return Refuse(std::string(std::strerror(errno)) + "; name a file");
     if (count == 0) break;
     size += static_cast<std::size_t>(count);
     if (std::fwrite(block.data(), 1, static_cast<std::size_t>(count), file.get()) !=
@@ -44,7 +44,17 @@ Outcome CopyInput(const std::string& path) {
     }
   }
   if (std::fflush(file.get()) != 0) return fail();
-  return size > 0 ? Outcome() : Refuse("it is empty; send a model, or name its file");
+  return size > 0 ? Outcome() : Refuse("it is empty; send a file, or name one");
+}
+
+/// What stands for standard input among files; null when nothing does, with kWrongUsage when two
+/// do.
+std::string* FindInput(std::vector<std::string>* files, Outcome* outcome) {
+  const auto at = std::find(files->begin(), files->end(), kStandardStream);
+  if (at == files->end()) return nullptr;
+  if (std::find(at + 1, files->end(), kStandardStream) == files->end()) return &*at;
+  *outcome = {kWrongUsage, "-: there is one standard input; give it once"};
+  return nullptr;
 }
 
 /// Whether the text can be a suffix, and nothing else in a path.
@@ -56,15 +66,13 @@ bool IsSuffix(const std::string& text) {
 
 }  // namespace
 
-Outcome StandardInput::Take(const std::string& format, std::vector<std::string>* models) {
-  const auto at = std::find(models->begin(), models->end(), kStandardStream);
-  if (at == models->end()) {
-    if (format.empty()) return {};
+Outcome StandardInput::PlaceModel(const std::string& format, std::vector<std::string>* models) {
+  Outcome outcome;
+  std::string* const model = FindInput(models, &outcome);
+  if (!model) {
+    if (outcome.status != kDone || format.empty()) return outcome;
     return {kWrongUsage,
             "--model-format: it is about standard input; give the model - or leave it out"};
-  }
-  if (std::find(at + 1, models->end(), kStandardStream) != models->end()) {
-    return {kWrongUsage, "MODEL: there is one standard input; give - once"};
   }
   const std::string suffix = format.starts_with('.') ? format.substr(1) : format;
   if (!IsSuffix(suffix)) {
@@ -73,13 +81,36 @@ Outcome StandardInput::Take(const std::string& format, std::vector<std::string>*
                                         : "--model-format: " + ShellQuote(format) +
                                               " is no suffix; give one such as glb"};
   }
+  return Place("stdin." + suffix, model);
+}
+
+Outcome StandardInput::PlacePicture(std::vector<std::string>* pictures) {
+  Outcome outcome;
+  std::string* const picture = FindInput(pictures, &outcome);
+  return picture ? Place("stdin", picture) : outcome;
+}
+
+Outcome StandardInput::Place(const std::string& name, std::string* path) {
   m_folder = std::make_unique<ScratchFolder>();
   if (m_folder->Path().empty()) {
     return Refuse(std::string("no folder can be made for it (") + std::strerror(errno) +
                   "); set TMPDIR to one that may be written to");
   }
-  *at = m_folder->Path() + "/stdin." + suffix;
-  return CopyInput(*at);
+  *path = m_path = m_folder->Path() + "/" + name;
+  return {};
+}
+
+Outcome StandardInput::Read() const {
+  return m_path.empty() ? Outcome() : CopyInput(m_path);
+}
+
+Outcome StartStream(const std::string& format, const WorkTable& work,
+                    hostkit::StreamTarget* stream) {
+  stream->name = "standard output";
+  stream->kind = format.empty() ? "png" : format.substr(format.starts_with('.') ? 1 : 0);
+  Outcome outcome = work.checkStream(stream->kind);
+  if (outcome.status == kDone) stream->descriptor = TakeStandardOutput(&outcome);
+  return outcome;
 }
 
 Outcome SendResultTo(const std::string& file, const WorkTable& work) {

@@ -3,6 +3,7 @@
 
 #include "apps/options/option_readers.h"
 #include "apps/options/picture_options.h"
+#include "apps/options/standard_stream.h"
 
 namespace gl3 {
 namespace {
@@ -25,6 +26,7 @@ the first failure.
 Examples:
   gl3 filter *.tif -o small/%n.webp --size 640x
   gl3 filter shot.exr -o shot.jpg
+  gl3 filter - -o - --format webp --size 640x <photo.jpg >small.webp
   gl3 filter photo.jpg -o soft.png --effect blur:radius=4,passes=2
   gl3 filter shot.exr -o edges.png --effect grayscale --effect sobel
   mkdir soft && gl3 filter frames/*.png -o soft/ --effect blur
@@ -35,11 +37,15 @@ Examples:
 
 void AddFilterOptions(const OptionParser& parser, FilterOptions* options) {
   parser.SetFooter("\nEffects and their parameters:\n" + EffectHelp() + kFilterFooter);
-  parser.AddWords("IMAGE", "...", "Pictures, each filtered by itself", &options->inputs).Require();
+  parser
+      .AddWords("IMAGE", "...", "Pictures, each filtered by itself; -: standard input",
+                &options->inputs)
+      .Require();
   AddEffectOptions(parser, &options->effects);
   parser.BeginGroup("Picture");
-  AddPictureFileOptions(parser, "\nA pattern or folder for several, see below", &options->output,
-                        &options->jpegQuality, &options->exrEncoding);
+  AddPictureFileOptions(parser, "\na pattern or folder for several, see below; -: standard output",
+                        &options->output, &options->jpegQuality, &options->exrEncoding);
+  AddStreamFormatOption(parser, &options->format);
   parser.Add("-s,--size", "WxH",
              "Scale to this size before all effects; one side alone (640x, x480)\n"
              "keeps the shape",
@@ -65,8 +71,15 @@ void AddFilterOptions(const OptionParser& parser, FilterOptions* options) {
 }
 
 Outcome CheckFilterOptions(const FilterOptions& options) {
-  if (!options.verify || !options.effects.calls.empty()) return {};
-  return {kWrongUsage, "--verify: there is no effect to compare; add --effect"};
+  if (options.verify && options.effects.calls.empty()) {
+    return {kWrongUsage, "--verify: there is no effect to compare; add --effect"};
+  }
+  Outcome outcome =
+      CheckStreamOptions(options.output, options.format, options.skipExisting, options.run);
+  if (outcome.status != kDone || options.output != kStandardStream) return outcome;
+  if (!options.verify || options.run.json) return {};
+  return {kWrongUsage,
+          "--verify: standard output carries the pictures; leave -o out, or give --json=FILE"};
 }
 
 }  // namespace gl3

@@ -10,12 +10,15 @@
 #include "apps/options/recipe_option.h"
 #include "apps/options/run_options.h"
 #include "hostkit/pictures/picture.h"
+#include "hostkit/pictures/picture_stream.h"
 
 namespace gl3 {
 
 struct FilterOptions {
   std::vector<std::string> inputs;
   std::string output;  ///< As given: a file, a pattern or a folder; empty with `verify` alone.
+  hostkit::StreamTarget stream;  ///< In place of `output` where it is open.
+  std::string format;            ///< Kind of what goes to standard output; empty: PNG.
   /// Pixels that pictures are scaled to first; 0: in proportion to the other, or both as they are.
   int width = 0, height = 0;
   EffectOptions effects;  ///< None: pictures are converted.
@@ -41,7 +44,8 @@ void AddFilterOptions(const OptionParser& parser, FilterOptions* options);
 /// Combinations that mean nothing: kWrongUsage with a message, or kDone.
 Outcome CheckFilterOptions(const FilterOptions& options);
 
-/// The output file of each input, in their order; none when nothing is to be written. kWrongUsage
+/// The output file of each input, in their order ("-" for standard output); none when nothing is to
+/// be written. kWrongUsage
 /// with a message when there is no clear answer: several inputs and one name, two that would get
 /// the same one, or an output that is one of the inputs. A single input may be replaced when it is
 /// named as the output.

@@ -12,6 +12,7 @@
 #include "apps/base/text.h"
 #include "apps/options/filter_options.h"
 #include "apps/options/output_pattern.h"
+#include "apps/options/standard_stream.h"
 #include "hostkit/pictures/picture_formats.h"
 
 namespace gl3 {
@@ -81,6 +82,10 @@ Outcome NameOutputs(const FilterOptions& options, std::vector<std::string>* outp
     }
     if (options.verify) return {};
     return Refuse("nothing says where to write; give -o OUT, or --verify to compare alone");
+  }
+  if (options.output == kStandardStream) {
+    outputs->assign(options.inputs.size(), options.output);
+    return {};
   }
   const OutputPattern pattern(options.output);
   const bool isFolder = IsFolder(options.output);

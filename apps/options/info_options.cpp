@@ -1,6 +1,8 @@
 // What `gl3 info` is asked for.
 #include "apps/options/info_options.h"
 
+#include "apps/options/standard_stream.h"
+
 namespace gl3 {
 namespace {
 

@@ -52,20 +52,6 @@ Outcome CheckPattern(const RenderOptions& options, const std::string& output, co
   return CheckSequence(options.sequence, options.cameras, output, option, options.IsEach());
 }
 
-/// Pictures that go one after another to one place.
-Outcome CheckStream(const RenderOptions& options) {
-  Outcome outcome = CheckModels(options, options.output, "--output");
-  if (outcome.status != kDone) return outcome;
-  if (options.sequence.skipExisting) {
-    return {kWrongUsage,
-            "--skip-existing: on standard output nothing is there before; leave it out"};
-  }
-  if (!options.run.json || !options.run.jsonFile.empty()) return {};
-  return {kWrongUsage,
-          "--json: standard output carries the pictures; give --json=FILE, or /dev/fd/3 for a "
-          "descriptor"};
-}
-
 Outcome CheckMovie(const RenderOptions& options) {
   const OutputPattern pattern(options.output);
   const std::string name = "--output: " + ShellQuote(options.output) + " is a movie, ";
@@ -119,12 +105,11 @@ RenderOptions OptionsOfOne(const RenderOptions& options, const std::string& mode
 }
 
 Outcome CheckOutputs(const RenderOptions& options) {
-  Outcome outcome;
-  if (!options.format.empty() && !options.IsStreamed()) {
-    return {kWrongUsage, "--format: it is about standard output; give -o -, or leave it out"};
-  }
+  Outcome outcome = CheckStreamOptions(options.output, options.format,
+                                       options.sequence.skipExisting, options.run);
+  if (outcome.status != kDone) return outcome;
   if (options.IsStreamed()) {
-    outcome = CheckStream(options);
+    outcome = CheckModels(options, options.output, "--output");
   } else if (FindMovieKind(options.output)) {
     outcome = CheckMovie(options);
   } else {

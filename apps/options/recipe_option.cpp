@@ -7,6 +7,7 @@
 
 #include "apps/base/command_words.h"
 #include "apps/options/option_readers.h"
+#include "apps/options/standard_stream.h"
 
 namespace gl3 {
 namespace {
@@ -34,6 +35,7 @@ void AddRecipeOption(const OptionParser& parser, RecipeKind* kind) {
 }
 
 std::string RecipePath(const std::string& path, RecipeKind kind) {
+  if (path == kStandardStream) return path;
   const std::size_t end = path.find_last_not_of('/');
   if (kind == RecipeKind::kFull || end == std::string::npos) return path;
   const std::string whole = path.substr(0, end + 1);

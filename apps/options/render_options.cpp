@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "apps/base/text.h"
+#include "apps/options/movie_kinds.h"
 #include "apps/options/option_readers.h"
 #include "apps/options/output_checks.h"
 #include "apps/options/picture_options.h"
@@ -149,10 +150,7 @@ void AddPictureOptions(const OptionParser& parser, RenderOptions* options) {
       "Of z, normal, object, material: also write these channels into the\n"
       ".exr, at pixel centres without smoothing; see below",
       [=](const std::string& t, std::string* e) { return ReadPasses(t, &options->passes, e); });
-  parser.AddText("--format", "KIND",
-                 "Of the pictures for -o -, standard output: a suffix such as png\n"
-                 "(default) or ppm, or rgb24 or rgba, which are rows of bytes alone",
-                 &options->format);
+  AddStreamFormatOption(parser, &options->format);
   AddModelFormatOption(parser, &options->modelFormat);
   parser.AddFlag("--merge", "All models in one scene, in place of pictures of each",
                  &options->merge);
@@ -259,10 +257,13 @@ Outcome CheckEye(const RenderOptions& options) {
 
 Outcome CheckPasses(const RenderOptions& options) {
   if (!options.passes.Any()) return {};
-  const hostkit::PictureFormat* format = hostkit::FindWrittenFormat(options.output);
-  if (format && !format->keepsPasses) {
+  const hostkit::PictureFormat* format =
+      hostkit::FindWrittenFormat(options.IsStreamed() ? "x." + options.format : options.output);
+  const bool isPicture = format || !(options.IsStreamed() || FindMovieKind(options.output));
+  if (!isPicture || (format && !format->keepsPasses)) {
     return {kWrongUsage, "--passes: " + ShellQuote(options.output) +
-                             " cannot hold them; give -o a name that ends in .exr"};
+                             " cannot hold them; give -o a name that ends in .exr, or - with "
+                             "--format exr"};
   }
   if (options.drawing.mode != hostkit::DrawMode::kDriverWireframe) return {};
   return {kWrongUsage,

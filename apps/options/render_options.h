@@ -16,21 +16,13 @@
 #include "apps/options/recipe_option.h"
 #include "apps/options/run_options.h"
 #include "apps/options/sequence_options.h"
+#include "apps/options/standard_stream.h"
 #include "apps/options/subject_options.h"
 #include "hostkit/pictures/picture.h"
+#include "hostkit/pictures/picture_stream.h"
 #include "hostkit/scene/up_axis.h"
 
 namespace gl3 {
-
-/// What stands for standard input among models, and for standard output.
-inline constexpr const char* kStandardStream = "-";
-
-/// Where pictures go that become no files: one after another to an open descriptor.
-struct PictureStream {
-  int descriptor = -1;  ///< -1: there is none, and pictures become files.
-  std::string kind;     ///< Of the pictures: see hostkit::StreamTarget.
-  std::string name;     ///< For messages.
-};
 
 /// What joins the colours in an OpenEXR file.
 struct RenderPasses {
@@ -42,7 +34,7 @@ struct RenderOptions {
   std::vector<std::string> models;  ///< Files.
   bool merge = false;  ///< All of them are one scene, in this order; else each is drawn by itself.
   std::string output;  ///< With places for frame, camera and model: see OutputPattern.
-  PictureStream stream;                    ///< In place of `output`, which then names no files.
+  hostkit::StreamTarget stream;            ///< In place of `output` where it is open.
   std::string format;                      ///< Kind of what goes to standard output; empty: PNG.
   std::string modelFormat;                 ///< Kind of what standard input holds; empty: unknown.
   std::string scene;                       ///< Of each model, by name; empty: its own choice.

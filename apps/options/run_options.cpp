@@ -42,11 +42,6 @@ bool IsSet(const char* variable) {
 
 }  // namespace
 
-void AddModelFormatOption(const OptionParser& parser, std::string* format) {
-  parser.AddText("--model-format", "KIND",
-                 "What the MODEL -, standard input, is: a suffix such as glb", format);
-}
-
 void AddConfinedOption(const OptionParser& parser, RunOptions* options) {
   options->confined = IsSet("GL3_CONFINED");
   // Called only when it is on, so that --confined=false does not undo what the environment says.

@@ -22,9 +22,6 @@ struct RunOptions {
 /// Adds the options to `parser`; parsing fills `*options`, which must live until then.
 void AddRunOptions(const OptionParser& parser, RunOptions* options);
 
-/// Adds --model-format, the kind of the model that comes from standard input.
-void AddModelFormatOption(const OptionParser& parser, std::string* format);
-
 /// Adds --confined, which is among them, alone. GL3_CONFINED sets it at once, for good.
 void AddConfinedOption(const OptionParser& parser, RunOptions* options);
 

@@ -18,6 +18,7 @@
 #include "hostkit/pictures/picture_formats.h"
 #include "hostkit/pictures/picture_guards.h"
 #include "hostkit/pictures/picture_sink.h"
+#include "hostkit/services/kernel_file.h"
 
 namespace hostkit {
 namespace {
@@ -86,6 +87,11 @@ bool ReadPictureFile(const std::string& path, std::vector<unsigned char>* bytes,
   }
   if (!std::filesystem::is_regular_file(status)) {  // opening a pipe could wait for ever
     *error = fmt::format("{}: is not a regular file; save the picture to one", path);
+    return false;
+  }
+  if (IsKernelFile(path)) {
+    *error = fmt::format(
+        "{}: is a file of the kernel's own, which tells no size; copy it to a disk first", path);
     return false;
   }
   std::ifstream file(path, std::ios::binary);

@@ -36,27 +36,33 @@ struct StbFile {
 template <class Value>
 using Decoded = std::unique_ptr<Value, decltype(&std::free)>;
 
-/// Why decoding failed, and the remedy.
+/// Why the decoder failed last, and the remedy.
 std::string DecodeErrorText(const PictureSink& sink) {
   const std::string reason = stbi_failure_reason();
   if (reason == "outofmem") return NoMemoryText(sink.Width(), sink.Height());
   return fmt::format("the picture is broken ({}); write it anew", Printable(reason));
 }
 
+/// Why there is no size in what begins as a PNG file does.
+std::string PngRefusal(std::string_view file, const PictureSink& sink) {
+  constexpr std::size_t kSidesEnd = 24;
+  if (file.size() < kSidesEnd) return "the picture ends early; write it anew";
+  const auto [width, height] = PngSize(file);
+  const std::string refusal = SizeRefusal(width, height, UINT64_MAX);
+  if (!refusal.empty()) return refusal;
+  if (width > 0 && height > 0) return DecodeErrorText(sink);
+  return fmt::format("a PNG picture whose header tells {} x {} pixels; write it anew", width,
+                     height);
+}
+
 /// The size that the file tells; false with the reason for what is no picture.
-bool ReadStbSize(const StbFile& file, std::string_view text, int* width, int* height,
-                 std::string* reason) {
+bool ReadStbSize(const StbFile& file, std::string_view text, const PictureSink& sink, int* width,
+                 int* height, std::string* reason) {
   int channels = 0;
   if (stbi_info_from_memory(file.bytes, file.length, width, height, &channels)) return true;
-  const auto [toldWidth, toldHeight] = PngSize(text);
-  *reason = SizeRefusal(toldWidth, toldHeight, UINT64_MAX);
-  if (reason->empty() && text.starts_with("\x89PNG")) {
-    *reason = fmt::format("a PNG picture whose header tells {} x {} pixels; write it anew",
-                          toldWidth, toldHeight);
-  }
-  if (reason->empty()) {
-    *reason = fmt::format("not a {} picture; convert it to one", ReadFormatNames());
-  }
+  *reason = text.starts_with("\x89PNG")
+                ? PngRefusal(text, sink)
+                : fmt::format("not a {} picture; convert it to one", ReadFormatNames());
   return false;
 }
 
@@ -113,7 +119,7 @@ bool DecodeOther(const unsigned char* bytes, std::size_t size, PictureSink& sink
     return false;
   }
   int width = 0, height = 0;
-  if (!ReadStbSize(file, text, &width, &height, reason)) return false;
+  if (!ReadStbSize(file, text, sink, &width, &height, reason)) return false;
   if (!sink.Begin(width, height, reason)) return false;
   if (!AreHdrRowsWhole(text, width, height)) {
     *reason = "the picture ends early; write it anew";

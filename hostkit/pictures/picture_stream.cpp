@@ -77,7 +77,8 @@ bool WriteRawRows(const RawKind& raw, const PicturePixels& pixels, int descripto
   return true;
 }
 
-std::string StreamErrorText(int code) {
+std::string StreamErrorText(const StreamTarget& target, int code) {
+  if (code == EPIPE && !target.whenGone.empty()) return target.whenGone;
   if (code == EPIPE) return "its reader has gone; keep it until the last picture";
   if (code == EBADF) return "it is closed; send it to a file or a program";
   return WriteErrorText(code);
@@ -105,15 +106,15 @@ bool StreamPicture(const StreamTarget& target, const Picture& picture, const Rec
     if (!DescribePixels(picture, options, &pixels)) {
       return fail("the picture is empty; render it again");
     }
-    return WriteRawRows(*raw, pixels, target.descriptor) || fail(StreamErrorText(errno));
+    return WriteRawRows(*raw, pixels, target.descriptor) || fail(StreamErrorText(target, errno));
   }
   const File file = MemoryFile();
-  if (!file) return fail(StreamErrorText(errno));
+  if (!file) return fail(StreamErrorText(target, errno));
   std::string reason;
   if (!EncodePicture(file.get(), "x." + target.kind, picture, recipe, options, &reason)) {
     return fail(reason);
   }
-  return CopyAll(file.get(), target.descriptor) || fail(StreamErrorText(errno));
+  return CopyAll(file.get(), target.descriptor) || fail(StreamErrorText(target, errno));
 }
 
 }  // namespace hostkit

@@ -9,11 +9,14 @@ namespace hostkit {
 
 /// Where they go.
 struct StreamTarget {
-  int descriptor = -1;
-  std::string name;  ///< For messages.
+  int descriptor = -1;  ///< Open and the caller's; -1: there is none.
+  std::string name;     ///< For messages.
   /// Their kind: a suffix of WritePicture without its dot, or rows of bytes alone, the top one
   /// first: "rgb24" (red, green, blue, on black) or "rgba" (alpha as well, straight).
   std::string kind;
+  std::string whenGone;  ///< What is told when its reader has gone; empty: the usual words.
+
+  bool IsOpen() const { return descriptor >= 0; }
 };
 
 /// Whether there is such a kind; else false with one line in `*error` that lists them.

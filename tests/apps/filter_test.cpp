@@ -67,8 +67,15 @@ TEST_F(Filters, AreRefusedInOneLineWithTheRemedy) {
   Write("broken.png", "\x89PNG\r\n\x1a\n and no more");
   Write("broken.exr", "\x76\x2f\x31\x01\x02");
   Write("empty.png", "");
-  Write("none.png", std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\0\0\0\0\1\x8\6\0\0\0", 29));
-  ExpectRefused("filter none.png -o b.png --effect tint", 3, {"none.png", "0 x 1 pixels"});
+  ExpectRefused("filter a.png -o b.png -o c.png", 2, {"--output", "b.png", "c.png", "give one"});
+  const std::string start("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16);
+  for (const auto& [sides, part] : {std::pair(std::string("\0\0\0\0\0\0\0\1", 8), "0 x 1 pixels"),
+                                    {"\x7f\xff\xff\xff\x7f\xff\xff\xff", "2147483647 x 2147483647"},
+                                    {"", "ends early"}}) {
+    Write("none.png", start + sides + (sides.empty() ? "" : std::string("\x8\6\0\0\0", 5)));
+    ExpectRefused("filter none.png -o b.png --effect tint", 3, {"none.png", part, "; "});
+  }
+  ExpectRefused("filter /proc/cpuinfo -o b.png", 3, {"/proc/cpuinfo", "kernel"});
   for (const char* name : {"missing.png", "broken.png", "broken.exr", "empty.png", "sub"}) {
     ExpectRefused({"filter", name, "-o", "b.png", "--effect", "tint"}, 3, {name, "; "});
   }

@@ -65,7 +65,11 @@ TEST_F(Refusals, OfOutputThatCannotBeWritten) {
     ExpectRefused({"render", "ok.obj", "-o", output}, 5, {output, "; "});
   }
   ExpectRefused("render ok.obj -o /proc/ok.png", 5, {"/proc/ok.png", "no files can be made"});
-  ExpectRefused("render /proc/cpuinfo -o ok.png", 3, {"/proc/cpuinfo", "kernel"});
+  for (const char* line :
+       {"render /proc/cpuinfo -o ok.png", "render /proc/cpuinfo -o %n.png", "info /proc/cpuinfo"}) {
+    ExpectRefused(line, 3, {"/proc/cpuinfo", "kernel"});
+  }
+  ExpectRefused("render ok.obj -o a.png -o b.png", 2, {"--output", "a.png", "b.png", "give one"});
   ExpectRefused(m_render + "--depth missing/z.exr", 5, {"missing/z.exr", "; "});
   ExpectRefused("render ok.obj -o no/x##.png --turntable 2", 5, {"no/x01.png"});
   // As a disk does that fills up in mid-write: the check before the work cannot see it.

@@ -41,6 +41,29 @@ TEST_F(Streams, CarryAModelInAndPicturesOut) {
   EXPECT_EQ(Names(), (std::set<std::string>{"a.obj", "a.png", "a.rgba", "r.json"}));
   const Gl3Result info = Shell(kGl3 + std::string("info - --model-format obj <a.obj"));
   EXPECT_TRUE(Holds(info.out, {"triangles", "4"}));
+  EXPECT_EQ(Shell(kGl3 + ("render - --model-format obj -o b.png" + look) + "<a.obj").status, 0);
+  EXPECT_TRUE(Holds(Read("b.png"), {"gl3 render - --model-format obj -o b.png"}));
+}
+
+TEST_F(Streams, CarryPicturesThroughFilters) {
+  Done("render a.obj -o a.png -s 7x5");
+  Done("filter a.png -o negative.png --effect negative");
+  const Pixels expected = ReadPng(Path("negative.png"));
+  const std::string filter = kGl3 + std::string("filter ");
+  Gl3Result result = Shell(filter + "- -o - --format rgba --effect negative <a.png >n.rgba");
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(Read("n.rgba"), std::string(expected.rgba.begin(), expected.rgba.end()));
+  result = Shell(filter + "a.png - -o - --format .ppm --recipe none --json=r.json <a.png >two.ppm");
+  EXPECT_EQ(Read("two.ppm").size(), 2 * (3 + 4 + 4 + 7 * 5 * 3)) << result.err;
+  EXPECT_EQ(nlohmann::json::parse(Read("r.json"))["pictures"].size(), 2u);
+  EXPECT_EQ(Shell(filter + "- -o %n.webp <a.png").status, 0);
+  EXPECT_EQ(Read("stdin.webp").substr(8, 4), "WEBP");
+  ExpectRefused("filter a.png -o - --json", 2, {"--json", "--json=FILE"});
+  ExpectRefused("filter a.png -o - --verify --effect tint", 2, {"--verify", "--json=FILE"});
+  ExpectRefused("filter a.png -o b.png --format png", 2, {"--format", "-o -"});
+  ExpectRefused("filter - - -o b.png", 2, {"-: ", "once"});
+  ExpectRefused("render a.obj -o - --passes z", 2, {"--passes", "--format exr"});
+  ExpectRefused("render a.obj -o t.mp4 --turntable 2 --passes z", 2, {"--passes", "t.mp4"});
 }
 
 TEST_F(Streams, ThatEndAreTold) {
@@ -55,7 +78,13 @@ TEST_F(Streams, ThatEndAreTold) {
   EXPECT_EQ(Shell(draw + ">&-").status, 5);
   EXPECT_TRUE(Holds(Shell("{ " + draw + "; echo status $? >&2; } | head -c 9").err, {"status 5"}));
   EXPECT_EQ(Shell(kGl3 + std::string("render - --model-format stl -o b.png </dev/null")).status, 3);
-  EXPECT_EQ(Names(), (std::set<std::string>{"a.obj"}));
+  // Of several pictures the first one that finds no reader is the last.
+  Write("white.pbm", "P1 1 1 0");
+  const std::string filter = kGl3 + std::string("filter white.pbm white.pbm -o - --size 999x");
+  const Gl3Result result =
+      Shell("{ " + filter + " --format ppm; echo status $? >&2; } | head -c 9");
+  EXPECT_EQ(result.err.find("\nstatus 5\n"), result.err.find('\n')) << result.err;
+  EXPECT_EQ(Names(), (std::set<std::string>{"a.obj", "white.pbm"}));
 }
 
 /// A stand-in for ffmpeg, which writes its words and how many bytes it was sent to the movie, or
@@ -83,7 +112,7 @@ TEST_F(Movies, GetTheirFramesAndAppearWhole) {
   const Gl3Result result = Make("-o t.mp4 --turntable 4 --fps 12.5 --json");
   EXPECT_EQ(result.status, 0) << result.err;
   const std::string movie = Read("t.mp4");
-  EXPECT_TRUE(Holds(movie, {"\n8x6\n-framerate\n12.5\n", "\nlibx264\n", "\nmp4\n",
+  EXPECT_TRUE(Holds(movie, {"\n-xerror\n", "\n8x6\n-framerate\n12.5\n", "\nlibx264\n", "\nmp4\n",
                             "\ncomment=gl3 render a.obj -s 8x6 -o t.mp4"}));
   EXPECT_EQ(LastLine(movie), std::to_string(4 * 8 * 6 * 3));
   EXPECT_EQ(nlohmann::json::parse(result.out)["pictures"], 4);
@@ -104,9 +133,12 @@ TEST_F(Movies, ThatFailLeaveNothing) {
     EXPECT_EQ(Read("t.gif"), "old");
   };
   Install("cat >/dev/null; exit 1\n");
-  expect(Make("-o t.gif --turntable 2"), 5, "t.gif: ffmpeg could not finish it");
+  const char* gaveUp = "t.gif: cannot be written: ffmpeg gave up";
+  expect(Make("-o t.gif --turntable 2"), 5, gaveUp);
+  Install("cat >/dev/null\n");
+  expect(Make("-o t.gif --turntable 2"), 5, gaveUp);
   Install("exit 0\n");
-  expect(Make("-o t.gif --turntable 60 -s 200x200"), 5, "t.gif: ");
+  expect(Make("-o t.gif --turntable 60 -s 200x200"), 5, gaveUp);
   Install("exec sleep 100\n");
   expect(Make("-o t.gif --turntable 2 --timeout 1"), 1, "--timeout");
   Install("cat >/dev/null\n");

@@ -8,6 +8,10 @@ constexpr auto kReplace = Json::error_handler_t::replace;
 
 }  // namespace
 
+Json ParsedJson(const std::string& text) {
+  return Json::parse(text, nullptr, false);
+}
+
 std::string PrintedJson(const Json& json) {
   // In ASCII, so that no name out of a model steers the terminal that shows it.
   return json.dump(2, ' ', true, kReplace) + "\n";

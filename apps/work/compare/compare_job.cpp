@@ -186,7 +186,7 @@ ComparedDriver Comparison::Draw(const CompareDriver& driver) {
   compared.driver = driver;
   compared.facts = Json::object();
   const ProgramEnd end = RunGl3(driver, {"info", "--json", "-q"});
-  const Json report = Json::parse(end.output, nullptr, false);
+  const Json report = ParsedJson(end.output);
   for (const char* const part : {"display", "opengl", "limits"}) {
     if (report.is_object() && report.contains(part)) compared.facts[part] = report[part];
   }

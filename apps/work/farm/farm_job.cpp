@@ -60,7 +60,7 @@ Outcome CheckNames(const FarmPlan& plan, const std::string& folder) {
   }
   for (const std::string& name : names) {
     const bool isPlain = hostkit::WithoutControls(name, '?') == name;
-    if (isPlain && Json::parse(JsonLine(name), nullptr, false) == Json(name)) continue;
+    if (isPlain && ParsedJson(JsonLine(name)) == Json(name)) continue;
     return {kWrongUsage,
             ShellQuote(OneLine(name)) +
                 ": a farm takes no names with line ends, control characters or other than UTF-8; "

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -122,7 +123,7 @@ Outcome FarmFolder::WriteFirst(const std::string& name, const Json& json) const 
 
 Json FarmFolder::Read(const std::string& name) const {
   std::ifstream file(File(name), std::ios::binary);
-  const Json json = file ? Json::parse(file, nullptr, false) : Json();
+  const Json json = ParsedJson({std::istreambuf_iterator<char>(file), {}});
   return json.is_discarded() ? Json() : json;
 }
 

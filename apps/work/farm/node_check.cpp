@@ -25,7 +25,7 @@ Json Ask(const RunOptions& run, InfoKind kind, Outcome* outcome) {
   options.kind = kind;
   std::string text;
   *outcome = Info(options, &text);
-  return Json::parse(text, nullptr, false);
+  return ParsedJson(text);
 }
 
 /// What there is to say of this node: "check", "renderer", "status", "problem".

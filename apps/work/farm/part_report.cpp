@@ -46,7 +46,7 @@ void AddFrames(const Json& frames, const std::string& output, PartReport* report
 template <class Add>
 PartReport ReadAny(const std::string& text, Add add) {
   PartReport report;
-  const Json json = Json::parse(text, nullptr, false);
+  const Json json = ParsedJson(text);
   try {
     if (!json.is_object()) return report;
     report = ReadRun(json);

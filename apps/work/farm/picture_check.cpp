@@ -67,7 +67,7 @@ Json Broken(const CheckedFile& file, const std::string& why) {
 /// What a child said of a file. A picture may have turned it against us: which file it was, we know
 /// better, and a recipe has texts alone.
 Json ReadFinding(const std::string& text, const CheckedFile& file) {
-  const Json said = Json::parse(text, nullptr, false);
+  const Json said = ParsedJson(text);
   if (!said.is_object()) return Broken(file, "nothing is known of it");
   Json found = {{"picture", file.picture}, {"file", file.path}};
   for (const char* name : {"state", "why"}) {

@@ -76,8 +76,8 @@ Outcome FilterRun::StartDriver() {
   Outcome outcome;
   m_reader = PictureReader::Start(options.run.confined, &outcome);
   if (!m_reader) return outcome;
-  outcome =
-      ConfineDrawing({options.inputs, m_job.outputs}, options.run.module, options.run.confined);
+  const auto outputs = options.stream.IsOpen() ? std::vector<std::string>() : m_job.outputs;
+  outcome = ConfineDrawing({options.inputs, outputs}, options.run.module, options.run.confined);
   if (outcome.status != kDone) return outcome;
   if (options.effects.calls.empty()) {  // converting takes no OpenGL
     m_line.Tell(StartPiece(m_start));
@@ -124,9 +124,11 @@ Outcome FilterRun::Read(FilteredPicture* report, hostkit::BitmapPtr* picture) {
   if (!m_job.outputs.empty()) m_inputHash = HashFile(report->input);
   report->read = watch.Milliseconds();
   if (facts.wasLinear) m_line.Note(report->input + ": its linear light was encoded for display");
-  const hostkit::PictureFormat* format = hostkit::FindWrittenFormat(report->output);
+  const hostkit::StreamTarget& stream = m_job.options.stream;
+  const hostkit::PictureFormat* format =
+      hostkit::FindWrittenFormat(stream.IsOpen() ? "x." + stream.kind : report->output);
   const bool areCut =
-      facts.clipped && (kind == hostkit::PixelKind::kBytes || (format && !format->keepsHalves));
+      facts.clipped && (kind == hostkit::PixelKind::kBytes || !format || !format->keepsHalves);
   if (areCut && !std::exchange(m_warnedOfClipping, true)) {
     const char* what =
         kind == hostkit::PixelKind::kBytes ? "effects work on" : "all kinds but .exr hold";
@@ -193,9 +195,12 @@ Outcome FilterRun::Write(const hostkit::Picture& picture, FilteredPicture* repor
   hostkit::PictureOptions options;
   options.quality = m_job.options.jpegQuality;
   options.exrEncoding = m_job.options.exrEncoding;
-  if (!hostkit::WritePicture(report->output, picture, MakeRecipe(report->input), options, &error)) {
-    return {kUnwritableOutput, error};
-  }
+  const hostkit::Recipe recipe = MakeRecipe(report->input);
+  const hostkit::StreamTarget& stream = m_job.options.stream;
+  const bool isWritten =
+      stream.IsOpen() ? hostkit::StreamPicture(stream, picture, recipe, options, &error)
+                      : hostkit::WritePicture(report->output, picture, recipe, options, &error);
+  if (!isWritten) return {kUnwritableOutput, error};
   report->write = watch.Milliseconds();
   m_line.Note(fmt::format("{}: written in {:.1f} ms", report->output, report->write));
   return {};
@@ -247,6 +252,7 @@ Outcome FilterRun::Run() {
     if (count > 1) m_line.Progress(m_done, count, input);
     m_line.Tell(PicturePiece(report, m_job.options.effects.calls));
     if (!m_reader->IsAlive()) return {};  // another child goes on
+    if (m_job.options.stream.IsOpen() && report.status == kUnwritableOutput) return {};
   }
   if (count > 1) m_line.Progress(m_done, count, "");
   return {};

@@ -33,7 +33,8 @@ FilterPart PicturesToDo(const FilterJob& job) {
 int FilterAll(const FilterJob& job, FilterPart part, FilterReport* report) {
   const std::vector<std::size_t> all = part.pictures;
   const std::size_t skipped = part.done;
-  const std::string output = job.outputs.empty() ? "" : job.outputs.front();
+  const bool isStreamed = job.options.stream.IsOpen();
+  const std::string output = job.outputs.empty() || isStreamed ? "" : job.outputs.front();
   int status = kDone;
   while (report->PictureCount() < all.size()) {
     ChildTold told;
@@ -55,6 +56,7 @@ int FilterAll(const FilterJob& job, FilterPart part, FilterReport* report) {
     if (status == kDone) status = report->FirstFailure();
     if (status == kDone) status = ended;
     if (!report->HasStarted()) break;
+    if (isStreamed && report->LastStatus() == kUnwritableOutput) break;  // nor is there more room
     const auto next = static_cast<std::ptrdiff_t>(report->PictureCount());
     part.pictures.assign(all.begin() + next, all.end());
     part.done = skipped + report->DoneCount();

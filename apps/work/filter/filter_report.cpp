@@ -74,7 +74,7 @@ std::string WarningPiece(const std::string& text, bool ofClipping) {
 void FilterReport::Add(const std::vector<std::string>& pieces) {
   m_hasStarted = false;
   for (const std::string& text : pieces) {
-    const Json piece = Json::parse(text, nullptr, false);
+    const Json piece = ParsedJson(text);
     if (piece.contains("start")) {
       m_hasStarted = true;
       m_start = piece["start"];
@@ -106,6 +106,10 @@ int FilterReport::FirstFailure() const {
     if (picture["status"] != kDone) return picture["status"];
   }
   return kDone;
+}
+
+int FilterReport::LastStatus() const {
+  return m_pictures.empty() ? static_cast<int>(kDone) : m_pictures.back()["status"].get<int>();
 }
 
 std::string FilterReport::Format(std::size_t skipped, double total) const {

@@ -55,6 +55,8 @@ class FilterReport {
   std::size_t DoneCount() const;
   /// The status of the first picture that failed, else kDone.
   int FirstFailure() const;
+  /// The status of the last picture so far; kDone without one.
+  int LastStatus() const;
 
   /// The report as a JSON object on several lines. `skipped` pictures were there before; `total` is
   /// the milliseconds of all.

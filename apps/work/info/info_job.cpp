@@ -34,7 +34,7 @@ struct Answer {
 Answer Ask(const InfoOptions& options, const std::function<void(const Tell&)>& work) {
   Answer answer;
   answer.trouble = RunProbe(options.run.limits.timeoutSeconds, work, [&](const std::string& text) {
-    Json piece = Json::parse(text, nullptr, false);
+    Json piece = ParsedJson(text);
     if (!piece.is_object()) return;
     if (const std::string at = piece.value("at", ""); !at.empty()) PrintNote(at);
     answer.told.push_back(std::move(piece));

@@ -33,7 +33,7 @@ std::string ModelPiece(const RenderReport& report, const Outcome& outcome) {
 void EachReport::Add(const std::vector<std::string>& pieces) {
   m_hasStarted = false;
   for (const std::string& text : pieces) {
-    Json piece = Json::parse(text, nullptr, false);
+    Json piece = ParsedJson(text);
     if (piece.contains("start")) {
       m_hasStarted = true;
       if (m_start.empty()) m_warnings = piece["warnings"];

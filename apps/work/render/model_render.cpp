@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "apps/base/file_checks.h"
 #include "apps/base/text.h"
 #include "apps/work/render/frame_setup.h"
 #include "apps/work/render/nothing_seen.h"
@@ -30,10 +31,10 @@ void ModelRender::Warn(const std::string& text) {
 
 /// Reports what the run waited for the import: most of it takes place while OpenGL starts.
 Outcome ModelRender::Take(ImportedModel model) {
-  if (model.end != hostkit::ImportEnd::kDone) {
-    return {model.end == hostkit::ImportEnd::kUnreadable ? kUnreadableInput : kRunFailed,
-            model.error};
+  if (model.end == hostkit::ImportEnd::kUnreadable) {
+    return UnreadableInput(m_options.models, model.error);
   }
+  if (model.end != hostkit::ImportEnd::kDone) return {kRunFailed, model.error};
   m_scene = std::move(model.scene);
   for (const std::string& warning : m_scene->warnings) Warn(warning);
   const hostkit::LightSet lights = m_options.drawing.lights;
@@ -161,11 +162,9 @@ Outcome ModelRender::Write(const Shot& shot, const hostkit::SceneCamera& camera,
   pictureOptions.exrEncoding = m_options.exrEncoding;
   const bool isDepthInside = shot.depth == shot.output;
   pictureOptions.depth = isDepthInside || m_options.passes.z;
-  const PictureStream& stream = m_options.stream;
   const bool isWritten =
-      stream.descriptor >= 0
-          ? hostkit::StreamPicture({stream.descriptor, stream.name, stream.kind}, picture, recipe,
-                                   pictureOptions, &error)
+      m_options.stream.IsOpen()
+          ? hostkit::StreamPicture(m_options.stream, picture, recipe, pictureOptions, &error)
           : hostkit::WritePicture(shot.output, picture, recipe, pictureOptions, &error);
   if (!isWritten) return {kUnwritableOutput, error};
   if (!shot.depth.empty() && !isDepthInside) {

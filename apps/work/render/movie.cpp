@@ -35,6 +35,8 @@ namespace {
 
 constexpr int kMovieDescriptor = 3;  // of ffmpeg: the file that it writes
 constexpr const char* kFrameKind = "rgb24";
+constexpr const char* kGaveUp =
+    "ffmpeg gave up; look whether the disk is full, and with -v what it says";
 
 /// The absolute path of the first program of that name on PATH; empty without one. Of relative
 /// folders, which would be other ones for whoever starts it elsewhere, none counts.
@@ -59,6 +61,7 @@ std::vector<std::string> MovieWords(const std::string& program, const RenderOpti
                                     "-nostdin",
                                     "-loglevel",
                                     "error",
+                                    "-xerror",
                                     "-f",
                                     "rawvideo",
                                     "-pixel_format",
@@ -180,8 +183,10 @@ Outcome MovieMaker::Finish() {
     return {kRunFailed, fmt::format("{}: ffmpeg took beyond {} s to finish it; raise --timeout",
                                     m_path, m_options.run.limits.timeoutSeconds)};
   }
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
-    return Fail("ffmpeg could not finish it; -v shows what it says");
+  struct stat movie {};
+  const bool isMade = fstat(fileno(m_file.Stream()), &movie) == 0 && movie.st_size > 0;
+  if (!isMade || !WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+    return Fail(std::string("cannot be written: ") + kGaveUp);
   }
   std::string reason;
   return m_file.Commit(&reason) ? Outcome() : Fail("cannot be written: " + reason);
@@ -212,7 +217,7 @@ int RenderMovie(const RenderOptions& options, const std::string& command) {
     if (started.status != kDone) return TellEnd(started);
   }
   RenderOptions own = options;
-  if (!isThere) own.stream = {maker.Input(), kFrameKind, path};
+  if (!isThere) own.stream = {maker.Input(), path, kFrameKind, kGaveUp};
   ChildTold told;
   int status = RunSupervised(
       own.run.limits, "",
@@ -244,7 +249,7 @@ Outcome PipePicture(const std::string& path, const RenderOptions& options, int d
     const ssize_t count = write(descriptor, rows.data() + sent, rows.size() - sent);
     if (count > 0) sent += static_cast<std::size_t>(count);
     if (count > 0 || errno == EINTR) continue;
-    return {kUnwritableOutput, path + ": ffmpeg takes no more; -v shows what it says"};
+    return {kUnwritableOutput, options.output + ": cannot be written: " + kGaveUp};
   }
   return {};
 }

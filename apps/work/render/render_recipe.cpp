@@ -41,6 +41,7 @@ hostkit::Recipe MakeRecipe(const RecipeBase& base, const RenderOptions& options,
 void AddIdNames(const RenderOptions& options, const hostkit::Scene& scene,
                 hostkit::Recipe* recipe) {
   if (options.recipe == RecipeKind::kNone) return;
+  if (!options.passes.object && !options.passes.material) return;
   Json objects = Json::array(), materials = Json::array();
   for (const hostkit::SceneInstance& instance : scene.instances) {
     const std::string node =

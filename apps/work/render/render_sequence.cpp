@@ -47,7 +47,7 @@ Outcome PlanShots(const RenderOptions& options, const hostkit::Scene& scene,
 }
 
 Outcome CheckFolders(const RenderOptions& options, const std::vector<Shot>& shots) {
-  const bool isStreamed = options.stream.descriptor >= 0;
+  const bool isStreamed = options.stream.IsOpen();
   std::set<std::string> folders;
   for (const Shot& shot : shots) {
     for (const std::string& path : {isStreamed ? std::string() : shot.output, shot.depth}) {

@@ -57,8 +57,8 @@ Outcome ConfineRender(const RenderOptions& options, RenderSession* session) {
     session->reader = PictureReader::Start(options.run.confined, &outcome);
   }
   if (outcome.status != kDone) return outcome;
-  const bool isStreamed = options.stream.descriptor >= 0;  // which is open
-  WorkFiles files = {options.models, {isStreamed ? "" : options.output, options.drawing.depth}};
+  const std::string output = options.stream.IsOpen() ? "" : options.output;
+  WorkFiles files = {options.models, {output, options.drawing.depth}};
   for (const OverlayOption& overlay : options.drawing.overlays) {
     files.inputs.push_back(overlay.path);
   }
