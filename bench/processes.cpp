@@ -1,7 +1,6 @@
 // `gl3` as a process: from model files to PNG pictures, against a program that does the least
 // (bench/bare/bare_render.cpp) with the same camera; and its start.
 #include <fmt/format.h>
-#include <png.h>
 
 #include <array>
 #include <cstddef>
@@ -14,6 +13,7 @@
 
 #include "bench/support/child_process.h"
 #include "bench/support/harness.h"
+#include "bench/support/png_file.h"
 
 namespace bench {
 namespace {
@@ -43,50 +43,6 @@ constexpr Case kCases[] = {
     {"render OBJ, positions", ".obj", 1'000'000, 1, 0.8, kMostMemory, false, Case::kPositionsAlone},
     {"render glTF by its bytes", ".glb", 1'000'000, 1, 1.3, 0, false, Case::kBytes},
 };
-
-/// A PNG file as red, green, blue bytes with the text of its `gl3:camera`.
-struct PngContent {
-  std::vector<png_byte> pixels;
-  std::string camera;
-};
-
-PngContent ReadPng(const std::string& path) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
-                                                             std::fclose);
-  png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-  png_infop info = png ? png_create_info_struct(png) : nullptr;
-  if (!file || !info) throw std::runtime_error(path + ": cannot be read");
-  png_init_io(png, file.get());
-  png_read_png(png, info, PNG_TRANSFORM_STRIP_ALPHA, nullptr);
-  PngContent content;
-  const std::size_t rowBytes = png_get_rowbytes(png, info);
-  for (png_uint_32 y = 0; y < png_get_image_height(png, info); ++y) {
-    const png_byte* row = png_get_rows(png, info)[y];
-    content.pixels.insert(content.pixels.end(), row, row + rowBytes);
-  }
-  png_textp texts = nullptr;
-  for (int i = 0, count = png_get_text(png, info, &texts, nullptr); i < count; ++i) {
-    if (std::string(texts[i].key) == "gl3:camera") content.camera = texts[i].text;
-  }
-  png_destroy_read_struct(&png, &info, nullptr);
-  return content;
-}
-
-/// Empty when two pictures are the same but for rounding and edges, and show something.
-std::string ComparePictures(const std::vector<png_byte>& floor, const std::vector<png_byte>& ours) {
-  if (floor.size() != ours.size()) return "the pictures have different sizes";
-  constexpr double kMostDifference = 2;  // of 255, in the mean
-  double difference = 0;
-  std::size_t shown = 0;
-  for (std::size_t i = 0; i < ours.size(); ++i) {
-    difference += std::abs(floor[i] - ours[i]);
-    shown += ours[i] != ours[i % 3];  // other than in the first corner
-  }
-  if (shown * 30 < ours.size()) return "the picture is all but empty";
-  difference /= static_cast<double>(ours.size());
-  if (difference <= kMostDifference) return "";
-  return fmt::format("the pictures differ by {:.1f} of 255 in the mean", difference);
-}
 
 struct Costs {
   Figure floor, ours, floorMemory, oursMemory;
@@ -152,7 +108,7 @@ void MeasureRender(const Case& each, const TemporaryFolder& folder, const Option
   row.mostRatio = each.mostMemory;
   report.Add(row);
   if (options.oursOnly) return;
-  const std::string problem = ComparePictures(ReadPng(barePicture).pixels, ReadPng(picture).pixels);
+  const std::string problem = ComparePictures(ReadPng(barePicture), ReadPng(picture));
   if (!problem.empty()) report.Fail(model + ": " + problem);
 }
 
@@ -199,8 +155,7 @@ void MeasureMany(const TemporaryFolder& folder, const Options& options, Report& 
   row.ours = medians[1];
   report.Add(row);
   const std::string last = folder.File(fmt::format("small{}.png", count - 1));
-  const std::string problem =
-      ComparePictures(ReadPng(folder.File("small0.png")).pixels, ReadPng(last).pixels);
+  const std::string problem = ComparePictures(ReadPng(folder.File("small0.png")), ReadPng(last));
   if (!problem.empty()) report.Fail(last + ": " + problem);
 }
 

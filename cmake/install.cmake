@@ -53,6 +53,20 @@ if(TARGET gl3-view)
   install(TARGETS gl3qt LIBRARY DESTINATION ${gl3_library_folder} COMPONENT viewer NAMELINK_SKIP)
   gl3_share(viewer applications/gl3-view.desktop applications)
   gl3_share(viewer metainfo/gl3-view.metainfo.xml metainfo)
+  # A translation is a filled-in copy of share/locale/gl3-view.pot, named after its language.
+  file(GLOB translations CONFIGURE_DEPENDS share/locale/*.po)
+  foreach(translation IN LISTS translations)
+    find_program(GL3_MSGFMT msgfmt REQUIRED)
+    cmake_path(GET translation STEM language)
+    set(catalogue ${CMAKE_BINARY_DIR}/share/locale/${language}/LC_MESSAGES/gl3-view.mo)
+    cmake_path(GET catalogue PARENT_PATH folder)
+    file(MAKE_DIRECTORY ${folder})
+    add_custom_command(OUTPUT ${catalogue} DEPENDS ${translation}
+      COMMAND ${GL3_MSGFMT} --check-format -o ${catalogue} ${translation})
+    target_sources(gl3-view PRIVATE ${catalogue})
+    install(FILES ${catalogue} COMPONENT viewer
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/locale/${language}/LC_MESSAGES)
+  endforeach()
   install(FILES share/icons/gl3-view.svg COMPONENT viewer
     DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
 endif()

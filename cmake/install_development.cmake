@@ -55,6 +55,10 @@ endfunction()
 
 target_compile_features(gl3platform INTERFACE cxx_std_20)
 target_include_directories(gl3platform INTERFACE $<INSTALL_INTERFACE:${gl3_header_folder}>)
+# The module finds services in the process that loads it, so that a program which calls none of them
+# itself must not do without, as linkers are told by default.
+target_link_libraries(gl3services INTERFACE
+  $<INSTALL_INTERFACE:-Wl,--push-state,--no-as-needed,$<TARGET_FILE:$<TARGET_NAME:gl3services>>,--pop-state>)
 set(GL3_COMPONENT_TABLE "set(_gl3_components ${gl3_components})\n")
 foreach(component IN LISTS gl3_components)
   set_target_properties(gl3${component} PROPERTIES EXPORT_NAME ${component})
@@ -67,6 +71,10 @@ foreach(component IN LISTS gl3_components)
     "set(_gl3_${component}_packages ${foreign})\n")
 
   set(GL3_COMPONENT ${component})
+  set(GL3_LINK -lgl3${component})
+  if(component STREQUAL services)
+    set(GL3_LINK -Wl,--push-state,--no-as-needed,-lgl3services,--pop-state)
+  endif()
   list(TRANSFORM own PREPEND gl3- OUTPUT_VARIABLE GL3_REQUIRES)
   list(TRANSFORM GL3_REQUIRES APPEND " = ${PROJECT_VERSION}")
   foreach(package IN LISTS foreign)

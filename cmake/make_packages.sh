@@ -101,8 +101,9 @@ needs gl3 "$host (= $version)"
 package gl3 graphics '' \
   'render 3D models to pictures from the command line' <<'TEXT'
 gl3 draws models in glTF, OBJ, PLY, STL, COLLADA, FBX and some forty more
-formats to PNG, OpenEXR or JPEG through OpenGL, without a window, an X server
-or a GPU. It puts pictures through effects, and tells what OpenGL there is.
+formats to PNG, OpenEXR, JPEG, WebP, TIFF, PPM and movies through OpenGL,
+without a window, an X server or a GPU. It puts pictures through effects, and
+tells what OpenGL there is.
 .
 This package has its documents as well, and thumbnails for file managers.
 TEXT

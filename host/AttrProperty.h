@@ -15,7 +15,12 @@ struct AttrProperty {
   /// Bit 1 of a colour source word: the colour is the base colour, not the one beside the word.
   static constexpr std::uint32_t kFromBaseColor = 1u << 1;
 
-  AnimatableColor base;  ///< Of diffuse light, less what the ambient colour takes.
+  /// The surface's own colour. Channel by channel diffuse light has base * (1 - A) of it, where the
+  /// ambient colour A is the material's own, whole(ambientFactor) times `ambient` or `base`, and
+  /// what the surroundings add: environment colour * intensity * base in mode
+  /// LightingEnvironment::kAmbientColorMode, else base * (1 - L) * SceneRecord::ambientAmount, L
+  /// being 0.3 red + 0.59 green + 0.11 blue of the material's own.
+  AnimatableColor base;
   /// 0: the material's own ambient colour is `ambient`; kFromBaseColor: it is `base`.
   std::uint32_t ambientSource = 0;
   AnimatableColor ambient;  ///< Where ambientSource does not say otherwise.

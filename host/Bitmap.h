@@ -73,7 +73,9 @@ class HBitmapBuffer : public HTreeObject {
   int Height() const { return m_height; }      ///< Pixels.
   /// Elements from a pixel to the one on its right.
   int PixelStep() const { return m_pixelStep; }
-  /// Elements from a pixel to the one below it; 0 for a row too long to be stored.
+  /// Elements from a pixel to the one below it; 0 for a row too long to be stored. The host kit's
+  /// has no gaps, PixelStep() * Width(), and a host's own must have none, either: what the module
+  /// writes into a buffer that it asked for it writes row behind row, without asking for this.
   int RowStep() const { return m_rowStep; }
   /// The first element of the top row, null without storage. Owned by the buffer; stays in place.
   void* Data() const { return m_data; }
@@ -98,8 +100,8 @@ class HBitmapBuffer : public HTreeObject {
   HBitmapBuffer* m_next = nullptr;
 };
 
-/// Four channels. Bytes lie as red, green, blue, alpha; half floats (and floats) as blue, green,
-/// red, alpha.
+/// Four channels: what every buffer of four channels is, copies and scaled ones included. Bytes lie
+/// as red, green, blue, alpha; half floats (and floats) as blue, green, red, alpha.
 class HRGBABuffer : public HBitmapBuffer {
  public:
   using HBitmapBuffer::HBitmapBuffer;
@@ -135,17 +137,20 @@ class HBitmapNode : public HTreeObject {
   /// this in between: each adds a buffer of its own.
   void RemoveBuffers(const String& name);
 
-  /// A copy with every buffer; released by the caller with DeleteHandle. Null without memory.
+  /// A copy with every buffer, of its own size, those without storage as such; released by the
+  /// caller with DeleteHandle. Null without memory.
   HBitmapNode* Copy() const;
   /// Becomes a copy of `source`: takes on its size and copies of its buffers in place of its own.
   /// Returns 1, or 0 without memory, and then nothing has changed.
   int Copy(const HBitmapNode& source);
-  /// A copy scaled to the given size; released by the caller with DeleteHandle. Null when a side
-  /// is not positive or memory runs out.
+  /// A copy scaled to the given size, released by the caller with DeleteHandle: every buffer,
+  /// whatever its size and name, on its own: linearly, by an area's mean where it shrinks, colours
+  /// of four channels weighted by alpha. Null when a side is not positive or memory runs out.
   HBitmapNode* ScaleBitmap(int width, int height);
   /// The picture as packed 8-bit pixels, three bytes a pixel when it is opaque, else four.
   /// `wrap` tells how the texture repeats (0: repeat) and does not change the pixels. Bit 0 of
-  /// `*flags` (may be null) is set when any alpha is below 255, else cleared. `bgr` non-zero asks
+  /// `*flags` (may be null) is set when any alpha is below 255, else cleared; its other bits stay
+  /// as they are. `bgr` non-zero asks
   /// for blue, green, red order. Null when there is no picture or no memory.
   HByteBlock* CreateByteBlock(int wrap, int* flags, int bgr);
 

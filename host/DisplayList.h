@@ -16,18 +16,25 @@
 class GATexture;
 struct RenderInfo;
 
-/// Operations in binary-interface order. "Transformed" coordinates are in view space, the others
-/// in object space (RenderInfo::objectToView applies); rectangles are in the current projection's
-/// units: pixels, y downwards, in the screen's, view units, y upwards, in the scene's, and in both
-/// their `z` is one of view space, between RenderInfo::farZ and nearZ. At another z, 0 for one,
-/// nothing is seen. Pointers handed in are read during the call, except materials, light lists and
-/// textures, which must live until the frame is drawn. The operations that are not pure are the
-/// host's own: they cut their shape into lines and hand those to the derived adders. Counts,
-/// indices and pointers are trusted: an index beyond the vertices is followed, a null pointer too.
-/// Nothing reports a failure.
+/// Operations in binary-interface order. "Transformed" coordinates are in the units of the loaded
+/// projection (GABuffer::Projection), which are called view space here: view units, y upwards, in
+/// the scene's; pixels, y downwards, in the screen's, for lines, polygons and points as well as for
+/// rectangles. The other coordinates are in object space, from which RenderInfo::objectToView leads
+/// there. In both projections `z` is one between RenderInfo::farZ and nearZ: at another z, 0 for
+/// one, nothing is seen. Of two things at one depth the later one is seen. Pointers handed in are
+/// read during the call, except materials, light lists and textures, which must live until the
+/// frame is drawn. The operations that are not pure are the host's own: they cut their shape into
+/// lines and hand those to the derived adders. Counts, indices and pointers are trusted: an index
+/// beyond the vertices is followed, a null pointer too. Nothing reports a failure.
 ///
 /// Made by GADriver::CreateDisplayList, deleted by the host before its buffer; one list a buffer.
 /// Used on the host's drawing thread alone.
+///
+/// Pixels, in the screen's projection: an area has those whose middle lies inside, so that one from
+/// 10 to 20 has pixels 10 to 19. Lines are one pixel wide unless told otherwise. One between
+/// middles of pixels, (10.5, 4.5) to (20.5, 4.5), has those from 10 to 19: the end's own pixel is
+/// left to the next line. Lines at whole coordinates lie between two rows of pixels, and the GL
+/// chooses: outlines of rectangles do. A point is one pixel, the one that it lies in.
 ///
 /// A frame: BeginInstructions, then states (SetupLights, SetMaterial, SetTexture, SetDepthFunc) and
 /// adders, EndInstructions or ExecuteInstructions, and the buffer's EndScene. Some adders draw at
@@ -37,9 +44,19 @@ struct RenderInfo;
 /// opened. What is transparent, by its texture's picture or its material, waits in the buffer for
 /// the end of the scene where an adder is asked to check that.
 ///
-/// A surface faces the viewer when its corners, seen on the screen, run counter-clockwise;
-/// transparent ones that face away are not drawn. Its normals point away from the viewer then: the
-/// GL's front is set to clockwise, and the other side is lit with normals turned round.
+/// Despite its name a list records nothing: what is added is drawn at once or with its batch, and
+/// gone. The same again is added again. Instructions may begin and end several times a frame,
+/// before EndScene and after it, for overlays; all is drawn in the order of the calls but for what
+/// waits.
+///
+/// The GL's front is set to clockwise. A surface is lit where its normals point to the side from
+/// which its corners run clockwise as seen on the screen; the other side, from which they run
+/// counter-clockwise, is lit with normals turned round. So light falls on what the viewer sees when
+/// corners run clockwise and normals point to him, and when corners run counter-clockwise and
+/// normals point away; else there is ambient light alone. What is transparent and waits has to run
+/// counter-clockwise: clockwise it counts as facing away, and is left out. What is opaque is better
+/// handed in clockwise, triangle by triangle, since llvmpipe (Mesa 22.3), which lights backs right
+/// at first, does not after a scene with glass.
 class DisplayList : public GAssistObject {
  public:
   /// What SetDepthFunc switches.
@@ -116,9 +133,9 @@ class DisplayList : public GAssistObject {
   virtual void AddLine(Vector a, GAColor& colorA, Vector b, GAColor& colorB);
   /// Lines a[i] to b[i] from object space, from one colour to the other.
   virtual void AddLineList(Vector* a, Vector* b, int count, GAColor& colorA, GAColor& colorB);
-  /// A line into the batch of lines, one pixel wide, in the default colour. Colours are read now,
-  /// in steps of 1/255; lighting and texture are those in force at the flush, so that hosts switch
-  /// both off for lines.
+  /// A line into the batch of lines, one pixel wide, in the default colour. On pixels see above.
+  /// Colours are read now, in steps of 1/255; lighting and texture are those in force at the flush,
+  /// so that hosts switch both off for lines.
   virtual void AddTransformedLine(const Vector& a, const Vector& b) = 0;
   /// In a colour.
   virtual void AddTransformedLine(const Vector& a, const Vector& b, const GAColor& color) = 0;
@@ -144,7 +161,8 @@ class DisplayList : public GAssistObject {
                                   std::vector<unsigned int>& indices) = 0;
 
   /// An outline, drawn at once in the default colour, with the texture and lighting in force. On
-  /// the near plane it is moved 0.005 inwards.
+  /// the near plane it is moved 0.005 inwards. It lies between pixels, see above; one through the
+  /// middles of pixels is an AddTransformedLineList.
   virtual void AddRectangle(int x1, int y1, int x2, int y2, float z) = 0;
   /// In a colour; its z stays as it is.
   virtual void AddRectangle(int x1, int y1, int x2, int y2, float z, GAColor& color) = 0;
@@ -249,9 +267,13 @@ class DisplayList : public GAssistObject {
   /// afterwards, and yet on for the buffer when it was on before or what waited had a light list:
   /// then the next SetupLights would not turn it on, and what follows would be unlit.
   /// SetDepthFunc(kLightingOff) puts that right before it, and so does EndInstructions afterwards.
+  /// When the last that was drawn had a texture, texturing is off in the GL, too, and yet on for
+  /// the list when it was on before: then the next SetTexture would not turn it on.
+  /// SetTexture(nullptr) puts that right before it. GABuffer::TransparentBlit does the same.
   virtual void FlushTransparentPolys() = 0;
-  /// Begins a frame: forgets the texture, without switching texturing off (SetTexture(nullptr)
-  /// does). All other state is as the frame before left it: what PrepFor prepared, depth test,
+  /// Begins a frame, or a part of it: forgets the texture, without switching texturing off
+  /// (SetTexture(nullptr) does, and puts right what textured glass leaves, see below). All other
+  /// state is as the frame before left it: what PrepFor prepared, depth test,
   /// blending, lighting, projection, material.
   virtual void BeginInstructions() = 0;
   /// Ends a frame's instructions: closes the open block, flushes, and switches lighting off. The

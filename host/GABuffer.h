@@ -10,7 +10,9 @@
 class GATexture;
 class HBitmapNode;
 
-/// A drawing surface with its own view and its own GL context. The order of the operations is the
+/// A drawing surface with its own view and its own GL context. Frames of two buffers go one after
+/// the other, each to its end: what some of a list's operations draw goes to the context that is
+/// current, whosever it is. The order of the operations is the
 /// binary interface between host and module. Operations return 1 for success and 0 for failure
 /// unless said otherwise. Pixel coordinates have their origin at the top left but for GetZValue.
 ///
@@ -66,7 +68,8 @@ class GABuffer : public GAssistObject {
   virtual int AllocateforShader(int width, int height) = 0;
   /// What Clear fills with, in steps of 1/255, without alpha; an empty handle is black, and so it
   /// begins. Read-back makes everything within 0.01 of it transparent, surfaces of that colour too.
-  /// `color` is read now. Makes no context current. Always 1.
+  /// `color` is read now; one that was set before there was a driver is empty. Makes no context
+  /// current. Always 1.
   virtual int SetBackground(const GAColor& color) = 0;
   /// Releases surface, context and queue; Reallocate makes new ones. Always 1, also when there is
   /// nothing to release.
@@ -80,11 +83,13 @@ class GABuffer : public GAssistObject {
   /// A picture over the scene: `rect` in pixels, turned upright when its edges are exchanged, at
   /// view depth `z`, tested against the scene's depths (at nearZ it is over everything). The
   /// texture's part from (0, 0), its top left, to `extent` is shown, times `alpha`, 0 to 1: extent
-  /// (1, 1) is all of it. Drawn in the projection that is loaded, which must be the scene's, and
-  /// with the lighting and fog that are in force. Always 1, also when nothing is drawn: rectangle
-  /// outside the view, texture null or empty, or z not between nearZ and farZ (0, for one). A `z`
-  /// on one of those planes is moved 0.005 inwards. Under perspective, nearer than -0.99 pixels are
-  /// taken for view units. Texturing is off in the GL afterwards.
+  /// (1, 1) is all of it. Drawn in the projection that is loaded, which must be the scene's (in the
+  /// screen's nothing is seen, or it is seen elsewhere), and with the lighting and fog that are in
+  /// force. Always 1, also when nothing is drawn: rectangle outside the view, texture null or
+  /// empty, or z not between nearZ and farZ (0, for one). A `z` on one of those planes is moved
+  /// 0.005 inwards. Under perspective, nearer than -0.99 pixels are taken for view units. Texturing
+  /// is off in the GL afterwards, whatever the display list thinks:
+  /// DisplayList::SetTexture(nullptr) before its next texture.
   virtual int TransparentBlit(GATexture* /*texture*/, CRect /*rect*/, float /*z*/,
                               const Vector2& /*extent*/, float /*alpha*/) {
     return 0;
@@ -104,7 +109,8 @@ class GABuffer : public GAssistObject {
   virtual int FillBitmapNode(HBitmapNode* node, int bottomUp) = 0;
   /// Fills a rectangle of pixels, cut to the view's pixel rectangle, over everything that is there,
   /// blended by the colour's alpha. `z`: as in TransparentBlit, in the screen's projection. The
-  /// scene's projection is loaded afterwards. Always 1.
+  /// scene's projection is loaded afterwards, also for what still waits in the list's batches:
+  /// DisplayList::ExecuteInstructions before. Always 1.
   virtual int AfxFillRect(int x, int y, int width, int height, float z, GAColor& color) = 0;
   /// Writes a text, a byte a glyph in Latin-1 (UTF-8 is not read as such), from (x + 1, y + 11) on,
   /// in pixels, which is the left end of its base line: (x, y) is about the top left of its first
@@ -115,8 +121,9 @@ class GABuffer : public GAssistObject {
   ///
   /// Glyphs are made with contexts of on-screen modes, and shared by all buffers of the driver: off
   /// screen nothing is written before some buffer of mode kOnScreen or kKeepContext had a
-  /// Reallocate, which may be deleted again. Where there is no font, nothing is written. The
-  /// scene's projection is loaded afterwards. Always 1; a null text writes nothing.
+  /// Reallocate, which may be deleted again (hostkit::MakeGlyphs). Where there is no font, nothing
+  /// is written. How wide a text is cannot be asked. The scene's projection is loaded afterwards,
+  /// as by AfxFillRect. Always 1; a null text writes nothing.
   virtual int TextOutA(int x, int y, const char* text, const GAColor& color, int) = 0;
   /// Depth in window coordinates, 0 (near plane) to 1 (far plane, or nothing), at a pixel counted
   /// from the lower left, unlike all others: y is height - 1 - y from the top. -100000000 where
@@ -144,9 +151,11 @@ class GABuffer : public GAssistObject {
   /// 1 or 0. Also a way to make the context current that changes nothing.
   virtual int IsFogEnabled() { return 0; }
   /// Fog on (other than 0) or off. It has the scene record's colour and, at density 1, grows in a
-  /// straight line from its fogStart to its fogEnd, cut to whole view units; at any other density
-  /// exponentially: at distance d, exp(-density * d) of a thing's own colour remains. Without a
-  /// scene record it is black. The record is read now, and so is the density that was set last.
+  /// straight line from its fogStart to its fogEnd, cut to whole view units (an end that is not
+  /// behind the start then turns it round: what is near lies in fog, what is far does not); at any
+  /// other density exponentially: at distance d, exp(-density * d) of a thing's own colour remains.
+  /// Without a scene record it is black. The record is read now, and so is the density that was set
+  /// last.
   virtual void SetFogState(int /*on*/) {}
   /// The fog colour of whatever context is current, with its alpha, which is 1, in blue's place:
   /// the blue that was set cannot be asked for.

@@ -22,8 +22,10 @@ struct RenderInfo;
 /// deleted itself. A change of settings in the registry reaches the next driver only.
 ///
 /// Before Initialize, and after one that failed, these answer: IsOperational, IsSupportGPU,
-/// IsHardwareSupport, GetDriverInfo, GLGetLastError, CreatePropertyPage, and the colours. Buffers
-/// and display lists can be made, and show nothing; textures and effects may not be made or set up.
+/// IsHardwareSupport, GetDriverInfo, GLGetLastError, CreatePropertyPage, and the colours. All else
+/// waits for an Initialize that answered 1. Textures may not be made before it, and effects cannot
+/// be set up; what buffers and display lists answer and draw means nothing, a 1 of Reallocate
+/// included.
 class GADriver : public GAssistObject {
  public:
   virtual ~GADriver() = default;
@@ -86,7 +88,8 @@ class GADriver : public GAssistObject {
   /// Vendor, renderer and versions of the GL, a line each, valid until the next call. Needs neither
   /// Initialize nor a context.
   virtual const char* GetDriverInfo() { return ""; }
-  /// Whether effects can run: 1 before Initialize, afterwards whether the GL is later than 2.0.
+  /// 1 before the first Initialize, whatever the GL; afterwards whether that has found a GL later
+  /// than 2.0, which effects need. That may be so though it failed: IsOperational tells.
   virtual int IsSupportGPU() = 0;
 };
 

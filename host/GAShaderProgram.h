@@ -36,9 +36,11 @@ class GAShaderProgram : public GAssistObject {
   };
   /// Places in the parameters of kBlur. All but the radius are cut to whole numbers.
   enum BlurParameter : int {
-    kBlurMerge = 0,      ///< A MergeMode.
-    kBlurPasses = 1,     ///< How often it is applied; 0 leaves the picture as it is.
-    kBlurRadius = 2,     ///< Pixels to either side; none below 1.43.
+    kBlurMerge = 0,   ///< A MergeMode.
+    kBlurPasses = 1,  ///< How often it is applied; 0 leaves the picture as it is.
+    /// Pixels to either side; none below 1.43. Samples lie more than a pixel apart
+    /// (docs/EFFECTS.md), 2 at radius 4: a line that is thinner comes out as several, side by side.
+    kBlurRadius = 2,
     kBlurWidth = 3,      ///< Pixels of the pictures.
     kBlurHeight = 4,     ///< Pixels of the pictures.
     kBlurParameters = 5  ///< How many there are.

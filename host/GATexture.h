@@ -14,9 +14,12 @@ class HBitmapNode;
 /// without mipmaps. A picture with any alpha below 255 makes the surfaces that it is on
 /// transparent.
 ///
-/// A texture must outlive the frame that it is drawn in: queued triangles keep a pointer to it.
-/// Made by GADriver::CreateTexture, after Initialize; deleted by the host before the driver. Used
-/// on the host's drawing thread alone. All buffers of the driver share it.
+/// A texture must outlive the frame that it is drawn in: queued triangles keep a pointer to it. Its
+/// picture may be exchanged, by FreeGATexture and another maker, between frames. Within a frame
+/// that takes an ExecuteInstructions before and a SetTexture afterwards, and what waits for
+/// EndScene with the texture is drawn with the new picture. Made by GADriver::CreateTexture, after
+/// Initialize; deleted by the host before the driver. Used on the host's drawing thread alone. All
+/// buffers of the driver share it.
 class GATexture : public GAssistObject {
  public:
   /// How a texture goes on beyond its edges, in both directions.

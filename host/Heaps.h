@@ -2,6 +2,10 @@
 // The module calls them on the host's drawing thread; those of the host kit may be called from any.
 #pragma once
 
+#if __cplusplus < 202002L
+#error "hosts of OpenGL3 are C++20: -std=c++20"
+#endif
+
 #include <cstddef>
 
 /// Memory of the objects that are handed to the host: driver, colours, buffers, display lists,

@@ -52,9 +52,11 @@ struct GALight {
 };
 
 /// The list's nodes. Owned by the host, until the frame is drawn that the list was set for (the
-/// buffer's EndScene). The module compares pointers to detect a change of list, so a list that
-/// changes gets a new head. The first lights that shine are taken, as many as the GL has (at least
-/// eight: GL_MAX_LIGHTS); what is behind them is left out without a word.
+/// buffer's EndScene). DisplayList::SetupLights reads list and lights whenever it is called: a
+/// colour that changed behind the same head takes effect there. What waits for EndScene keeps the
+/// head alone, and is lit as the list says then; there heads are compared, so that glass in two
+/// states of a light takes two lists. The first lights that shine are taken, as many as the GL has
+/// (at least eight: GL_MAX_LIGHTS); what is behind them is left out without a word.
 struct LightListNode {
   LightListNode* next = nullptr;  ///< Null ends the list. No circles.
   GALight* light = nullptr;       ///< Null: the node is passed over. Not owned.

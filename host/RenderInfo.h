@@ -74,7 +74,10 @@ struct RenderInfo {
   float nearZ = -1, farZ = -1000;
   /// Pixels from the top left of the surface to where the view's axis meets it.
   float originX = 0, originY = 0;
-  /// Window of the view at the near plane, in view units; of parallel views at every depth.
+  /// Window of the view at the near plane, in view units; of parallel views at every depth. From
+  /// the scales it is viewLeft = ((pixelLeft - originX) / scaleX - offsetX) * d, viewRight
+  /// likewise, and viewTop = ((originY - pixelTop) / scaleY - offsetY) * d, viewBottom likewise,
+  /// where d is nearZ / perspective under perspective, and 1 in parallel views.
   float viewLeft = -1, viewRight = 1, viewTop = 1, viewBottom = -1;
   /// Pixels of the picture: what GABuffer::Blit keeps, and the surface that effects draw with.
   std::int32_t imageWidth = 0, imageHeight = 0;

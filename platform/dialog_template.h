@@ -2,6 +2,10 @@
 // are, how they are grouped, and in one table all the texts, so that a translation replaces that.
 #pragma once
 
+#if __cplusplus < 202002L
+#error "hosts of OpenGL3 are C++20: -std=c++20"
+#endif
+
 #include <cstddef>
 #include <span>
 

@@ -11,6 +11,8 @@
 #include <cmath>
 #include <utility>
 
+#include "apps/gl3-view/texts.h"
+
 namespace view {
 namespace {
 
@@ -34,7 +36,7 @@ double DurationOf(const hostkit::Scene& model, const std::string& name) {
 }  // namespace
 
 AnimationBar::AnimationBar(std::function<void(const ShownTime&)> changed, QWidget* parent)
-    : QToolBar("Animation", parent), m_changed(std::move(changed)) {
+    : QToolBar(Tr("Animation"), parent), m_changed(std::move(changed)) {
   setObjectName("animation");
   MakeControls();
   m_tick.setInterval(kTickMilliseconds);
@@ -44,16 +46,17 @@ AnimationBar::AnimationBar(std::function<void(const ShownTime&)> changed, QWidge
 }
 
 void AnimationBar::MakeControls() {
-  m_which = AddCombo("which animation", "Which animation");
+  m_which = AddCombo("which animation", Tr("Which animation"));
   connect(m_which, &QComboBox::currentIndexChanged, this, [this] { Choose(); });
-  addAction("|◀", this, [this] { Step(-FrameCount()); })->setToolTip("To the beginning");
-  addAction("◀", this, [this] { Step(-1); })->setToolTip("One frame back (comma)");
+  addAction("|◀", this, [this] { Step(-FrameCount()); })->setToolTip(Tr("To the beginning"));
+  addAction("◀", this, [this] { Step(-1); })->setToolTip(Tr("One frame back (comma)"));
   m_play = addAction("▶", this, [this] { SetPlaying(!IsPlaying()); });
-  m_play->setToolTip("Play or pause (space)");
-  addAction("▶|", this, [this] { Step(1); })->setToolTip("One frame on (full stop)");
+  m_play->setToolTip(Tr("Play or pause (space)"));
+  addAction("▶|", this, [this] { Step(1); })->setToolTip(Tr("One frame on (full stop)"));
   m_slider = new QSlider(Qt::Horizontal, this);
   m_slider->setObjectName("time");
   m_slider->setMinimumWidth(80);
+  m_slider->setFocusPolicy(Qt::TabFocus);  // as the others
   addWidget(m_slider);
   connect(m_slider, &QSlider::valueChanged, this, [this](int frame) {
     if (m_setting) return;
@@ -63,11 +66,11 @@ void AnimationBar::MakeControls() {
   m_label = new QLabel(this);
   m_label->setObjectName("time shown");
   addWidget(m_label);
-  m_speed = AddCombo("speed", "Speed");
+  m_speed = AddCombo("speed", Tr("Speed"));
   for (const double speed : kSpeeds) m_speed->addItem(QString("× %1").arg(speed), speed);
   m_speed->setCurrentIndex(m_speed->findData(kUsualSpeed));
-  m_rate = AddCombo("frame rate", "Frames a second");
-  for (const double rate : kRates) m_rate->addItem(QString("%1 fps").arg(rate), rate);
+  m_rate = AddCombo("frame rate", Tr("Frames a second"));
+  for (const double rate : kRates) m_rate->addItem(Tr("%1 fps").arg(rate), rate);
   m_rate->setCurrentIndex(m_rate->findData(m_time.rate));
   connect(m_rate, &QComboBox::currentIndexChanged, this, [this] {
     if (m_setting) return;
@@ -75,12 +78,12 @@ void AnimationBar::MakeControls() {
     m_time.rate = m_rate->currentData().toDouble();
     ShowFrame(1 + static_cast<int>(std::lround(seconds * m_time.rate)));
   });
-  m_loop = addAction("Loop");
+  m_loop = addAction(Tr("Loop"));
   m_loop->setCheckable(true);
   m_loop->setChecked(true);
 }
 
-QComboBox* AnimationBar::AddCombo(const char* name, const char* tip) {
+QComboBox* AnimationBar::AddCombo(const char* name, const QString& tip) {
   auto* const combo = new QComboBox(this);
   combo->setObjectName(name);
   combo->setToolTip(tip);
@@ -95,7 +98,7 @@ void AnimationBar::SetModel(const hostkit::Scene* model, const ShownTime& time, 
   m_time = time;
   m_which->clear();
   m_durations = {0};
-  m_which->addItem("At rest");
+  m_which->addItem(Tr("At rest"));
   QStringList names;
   if (model) {
     for (const hostkit::SceneAnimation& animation : model->motion.animations) {
@@ -103,7 +106,7 @@ void AnimationBar::SetModel(const hostkit::Scene* model, const ShownTime& time, 
       // All of a name count together, and the first is the one that no name asks for.
       if (names.contains(name) || (name.isEmpty() && !names.isEmpty())) continue;
       names << name;
-      m_which->addItem(name.isEmpty() ? QString("Animation") : name, name);
+      m_which->addItem(name.isEmpty() ? Tr("Animation") : name, name);
       m_durations.push_back(DurationOf(*model, animation.name));
     }
   }
@@ -149,7 +152,7 @@ void AnimationBar::Refresh() {
   m_slider->setEnabled(m_time.isAnimated);
   m_slider->setRange(1, count);
   m_slider->setValue(m_time.frame);
-  m_label->setText(m_time.isAnimated ? QString("%1 of %2 s, frame %3")
+  m_label->setText(m_time.isAnimated ? Tr("%1 of %2 s, frame %3")
                                            .arg(m_time.Seconds(), 0, 'f', 2)
                                            .arg((count - 1) / m_time.rate, 0, 'f', 2)
                                            .arg(m_time.frame)

@@ -37,7 +37,7 @@ class AnimationBar : public QToolBar {
 
  private:
   void MakeControls();
-  QComboBox* AddCombo(const char* name, const char* tip);
+  QComboBox* AddCombo(const char* name, const QString& tip);
   void Choose();
   void ShowFrame(int frame);
   void Refresh();

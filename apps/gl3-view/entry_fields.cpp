@@ -7,11 +7,25 @@
 #include <QSpinBox>
 #include <utility>
 
+#include "apps/gl3-view/texts.h"
+
 namespace view {
 namespace {
 
 constexpr int kDecimals = 3;
 constexpr double kSteps = 100;  // from the least number to the largest
+
+/// A number whose least one has a name: it is next to 0.
+class NamedLeastSpin : public QSpinBox {
+ public:
+  using QSpinBox::QSpinBox;
+  void stepBy(int steps) override {
+    const bool isNamed = !specialValueText().isEmpty() && minimum() < 0;
+    if (isNamed && value() == minimum() && steps > 0) return setValue(steps - 1);
+    if (isNamed && value() >= 0 && value() + steps < 0) return setValue(minimum());
+    QSpinBox::stepBy(steps);
+  }
+};
 
 }  // namespace
 
@@ -36,7 +50,7 @@ void EntryFields::AddField(std::size_t index) {
   const EntryField& field = m_fields[index];
   QWidget* widget = nullptr;
   if (field.value.typeId() == QMetaType::Int) {
-    auto* const spin = new QSpinBox(this);
+    auto* const spin = new NamedLeastSpin(this);
     spin->setRange(static_cast<int>(field.least), static_cast<int>(field.most));
     spin->setValue(field.value.toInt());
     spin->setSpecialValueText(field.leastText);
@@ -60,7 +74,7 @@ void EntryFields::AddField(std::size_t index) {
   }
   widget->setObjectName(field.name);
   widget->setToolTip(field.tip);
-  m_form->addRow(field.name, widget);
+  m_form->addRow(Tr(field.name.toUtf8().constData()), widget);
 }
 
 void EntryFields::Change(std::size_t index, const QVariant& value) {

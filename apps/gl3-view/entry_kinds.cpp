@@ -5,6 +5,7 @@
 #include <string>
 
 #include "apps/gl3-view/entry_fields.h"
+#include "apps/gl3-view/texts.h"
 #include "apps/options/drawing_readers.h"
 #include "apps/options/effect_options.h"
 
@@ -13,6 +14,8 @@ namespace {
 
 // A place beyond all that can be given stands for none.
 constexpr int kFarthestPlace = 100000, kNowhere = -kFarthestPlace - 1;
+// A size below all that can be given stands for the usual one.
+constexpr int kUsualSize = 3, kLargestSize = 256;
 
 QString Number(double value) {
   return QString::fromStdString(fmt::format("{}", static_cast<float>(value)));
@@ -50,8 +53,8 @@ QString EffectOf(const QString& entry, const std::vector<EntryField>& fields) {
 
 EntryField PlaceField(const char* name, int value, const char* none) {
   const int least = none[0] ? kNowhere : -kFarthestPlace;
-  const QString tip = "Pixels from the picture's top left";
-  return {name, tip, value, static_cast<double>(least), kFarthestPlace, none};
+  const QString tip = Tr("Pixels from the picture's top left");
+  return {name, tip, value, static_cast<double>(least), kFarthestPlace, Tr(none)};
 }
 
 std::vector<EntryField> TextFields(const QString& entry) {
@@ -63,13 +66,23 @@ std::vector<EntryField> TextFields(const QString& entry) {
     color = QString::fromStdString(
         fmt::format("#{:02x}{:02x}{:02x}", text.color->red, text.color->green, text.color->blue));
   }
-  return {{"Text", "What is written", QString::fromStdString(text.text), 0, 0, ""},
-          PlaceField("X", text.place ? text.place->x : kNowhere, "automatic"),
-          PlaceField("Y", text.place ? text.place->y : kNowhere, "automatic"),
-          {"Colour", "Such as #ffaa00 or white; empty: black or white", color, 0, 0, ""}};
+  return {
+      {TrMark("Text"), Tr("What is written"), QString::fromStdString(text.text), 0, 0, ""},
+      PlaceField("X", text.place ? text.place->x : kNowhere, TrMark("automatic")),
+      PlaceField("Y", text.place ? text.place->y : kNowhere, TrMark("automatic")),
+      {TrMark("Colour"), Tr("Such as #ffaa00 or white; empty: black or white"), color, 0, 0, ""},
+      {TrMark("Size"), Tr("Height of the letters in pixels"),
+       text.size > 0 ? text.size : kUsualSize, kUsualSize, kLargestSize, Tr("ten pixels")}};
 }
 
-/// A colour needs a place, as the option has it.
+/// Whether that is how the entry is read.
+bool IsReadAs(const QString& entry, const QString& text) {
+  gl3::TextOption read;
+  std::string error;
+  return gl3::ReadText(entry.toStdString(), &read, &error) && read.text == text.toStdString();
+}
+
+/// A colour needs a place, as the option has it, and so does a text that ends like one.
 QString TextOf(const QString&, const std::vector<EntryField>& fields) {
   constexpr int kUsualPlace = 8;
   const auto place = [&](std::size_t index) {
@@ -77,21 +90,26 @@ QString TextOf(const QString&, const std::vector<EntryField>& fields) {
     return value == kNowhere ? kUsualPlace : value;
   };
   const QString color = fields[3].value.toString().trimmed();
+  const QString text = fields[0].value.toString();
   const bool isPlaced = fields[1].value.toInt() != kNowhere ||
-                        fields[2].value.toInt() != kNowhere || !color.isEmpty();
-  QString text = fields[0].value.toString();
-  if (isPlaced) text += QString(",%1,%2").arg(place(1)).arg(place(2));
-  return color.isEmpty() ? text : text + ',' + color;
+                        fields[2].value.toInt() != kNowhere || !color.isEmpty() ||
+                        !IsReadAs(text, text);
+  QString entry = text;
+  if (isPlaced) entry += QString(",%1,%2").arg(place(1)).arg(place(2));
+  if (!color.isEmpty()) entry += ',' + color;
+  const int size = fields[4].value.toInt();
+  return size == kUsualSize ? entry : entry + QString(",%1px").arg(size);
 }
 
 std::vector<EntryField> OverlayFields(const QString& entry) {
   gl3::OverlayOption overlay;
   std::string error;
   if (!gl3::ReadOverlay(entry.toStdString(), &overlay, &error)) return {};
-  return {{"File", "The picture", QString::fromStdString(overlay.path), 0, 0, ""},
-          PlaceField("X", overlay.x, ""),
-          PlaceField("Y", overlay.y, ""),
-          {"Opacity", "From 0, clear, to 1", static_cast<double>(overlay.alpha), 0, 1, ""}};
+  return {
+      {TrMark("File"), Tr("The picture"), QString::fromStdString(overlay.path), 0, 0, ""},
+      PlaceField("X", overlay.x, ""),
+      PlaceField("Y", overlay.y, ""),
+      {TrMark("Opacity"), Tr("From 0, clear, to 1"), static_cast<double>(overlay.alpha), 0, 1, ""}};
 }
 
 QString OverlayOf(const QString&, const std::vector<EntryField>& fields) {

@@ -11,6 +11,8 @@
 #include <QVBoxLayout>
 #include <utility>
 
+#include "apps/gl3-view/texts.h"
+
 namespace view {
 namespace {
 
@@ -35,8 +37,8 @@ EntryList::EntryList(const QString& name, EntryKind kind, std::function<void()> 
   m_list->setFixedHeight((m_list->fontMetrics().lineSpacing() + 4) * kLines + 4);
   layout->addWidget(m_list);
   auto* const buttons = new QHBoxLayout();
-  m_add = new QPushButton("Add", this);
-  auto* const remove = new QPushButton("Remove", this);
+  m_add = new QPushButton(Tr("Add"), this);
+  auto* const remove = new QPushButton(Tr("Remove"), this);
   remove->setEnabled(false);
   buttons->addWidget(m_add);
   buttons->addWidget(remove);

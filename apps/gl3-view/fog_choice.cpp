@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 
 #include "apps/gl3-view/color_button.h"
+#include "apps/gl3-view/texts.h"
 
 namespace view {
 namespace {
@@ -28,12 +29,12 @@ FogChoice::FogChoice(std::function<void()> changed, QWidget* parent)
   layout->setContentsMargins(0, 0, 0, 0);
   m_kind = new QComboBox(this);
   m_kind->setObjectName("--fog");
-  m_kind->addItems({"none", "linear", "exponential"});
+  m_kind->addItems({Tr("none"), Tr("linear"), Tr("exponential")});
   setFocusProxy(m_kind);
   layout->addWidget(m_kind);
   auto* const row = new QHBoxLayout();
   layout->addLayout(row);
-  const auto addField = [this, row](const char* hint) {
+  const auto addField = [this, row](const QString& hint) {
     auto* const field = new QLineEdit(this);
     field->setPlaceholderText(hint);
     field->setToolTip(hint);
@@ -41,9 +42,9 @@ FogChoice::FogChoice(std::function<void()> changed, QWidget* parent)
     connect(field, &QLineEdit::editingFinished, this, [this] { m_changed(); });
     return field;
   };
-  m_near = addField("distance from the eye where it begins");
-  m_far = addField("distance from the eye where nothing else is seen");
-  m_density = addField("density, a world unit");
+  m_near = addField(Tr("distance from the eye where it begins"));
+  m_far = addField(Tr("distance from the eye where nothing else is seen"));
+  m_density = addField(Tr("density, a world unit"));
   m_color = new ColorButton(
       kFogColor, [this] { m_changed(); }, this);
   layout->addWidget(m_color);

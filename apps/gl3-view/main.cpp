@@ -14,6 +14,7 @@
 #include "apps/gl3-view/main_window.h"
 #include "apps/gl3-view/model_loader.h"
 #include "apps/gl3-view/renderer_dialogs.h"
+#include "apps/gl3-view/texts.h"
 #include "apps/gl3-view/view_options.h"
 #include "apps/work/render/frame_setup.h"
 #include "platform/platform.h"
@@ -71,6 +72,7 @@ int Run(int argc, char** argv, const ViewOptions& options) {
   QApplication application(argc, argv);
   // It made the user's locale the process's. Numbers of the renderer's report keep their points.
   std::setlocale(LC_NUMERIC, "C");
+  UseCatalogues((QApplication::applicationDirPath() + "/../share/locale").toStdString());
 
   gl3::ApplyDriverSettings(gl3::RenderOptions());
   gl3::Outcome outcome;

@@ -3,7 +3,6 @@
 
 #include <QApplication>
 #include <QDockWidget>
-#include <QLocale>
 #include <QMessageBox>
 #include <QScreen>
 #include <QScrollArea>
@@ -15,6 +14,7 @@
 
 #include "apps/gl3-view/render_command.h"
 #include "apps/gl3-view/report_dialog.h"
+#include "apps/gl3-view/texts.h"
 #include "apps/work/render/frame_setup.h"
 #include "hostkit/services/registry.h"
 
@@ -81,7 +81,7 @@ void MainWindow::MakePanel() {
   m_panel = new OptionsPanel(this);
   m_panel->SetListener([this] { ApplyChoices(); });
   m_panel->SetFogSuggestion([this] { return m_viewport->SceneDistances(); });
-  auto* const dock = new QDockWidget("Drawing", this);
+  auto* const dock = new QDockWidget(Tr("Drawing"), this);
   dock->setObjectName("drawing");
   auto* const scroll = new QScrollArea(dock);
   scroll->setWidget(m_panel);
@@ -98,7 +98,7 @@ void MainWindow::MakePanel() {
 }
 
 void MainWindow::MakeStatusBar() {
-  m_modelLabel = new QLabel("No model", this);
+  m_modelLabel = new QLabel(Tr("No model"), this);
   m_troubleLabel = new QLabel(this);
   m_troubleLabel->setObjectName("reload problem");
   m_troubleLabel->setStyleSheet("color: #b00020");
@@ -115,7 +115,7 @@ void MainWindow::MakeStatusBar() {
   statusBar()->addPermanentWidget(m_selectionLabel);
   statusBar()->addPermanentWidget(m_frameLabel);
   // Lies over the picture, which is a window of its own.
-  m_hint = new QLabel("Open a model with Ctrl+O, or drop its file here", m_viewport);
+  m_hint = new QLabel(Tr("Open a model with Ctrl+O, or drop its file here"), m_viewport);
   m_hint->setObjectName("hint");
   m_hint->setAlignment(Qt::AlignCenter);
   m_hint->setWordWrap(true);
@@ -177,6 +177,7 @@ void MainWindow::ApplyChoices() {
   bool good = ReadChoices(m_panel->Arguments(), &options, &error);
   if (good) good = m_viewport->SetOptions(options, &error);
   m_panel->ShowProblem(good ? QString() : QString::fromStdString(error));
+  if (!good) FillCameras();  // perhaps there is no model any more
   // The driver reads how it draws polygons when it is made.
   if (good && DriverWishOf(options) != m_driverWish) {
     RestartDriver(m_viewport->Options());
@@ -216,7 +217,9 @@ void MainWindow::ShowReport() {
 
 void MainWindow::ShowTime(const ShownTime& time) {
   std::string error;
-  if (!m_viewport->SetTime(time, &error)) Complain(error);
+  if (m_viewport->SetTime(time, &error)) return;
+  Complain(error);
+  FillCameras();
 }
 
 void MainWindow::Hide(std::vector<bool> hidden) {
@@ -224,6 +227,7 @@ void MainWindow::Hide(std::vector<bool> hidden) {
   if (m_viewport->Hide(std::move(hidden), &error)) return;
   statusBar()->showMessage(QString::fromStdString(error), kNoticeTime);
   m_parts->ShowHidden(m_viewport->Parts());
+  FillCameras();
 }
 
 void MainWindow::Complain(const std::string& text) {
@@ -236,21 +240,21 @@ void MainWindow::Complain(const std::string& text) {
 }
 
 void MainWindow::ShowFigures(const FrameFigures& figures) {
-  QString text = QString("%1 ms, %2×%3")
+  QString text = Tr("%1 ms, %2×%3")
                      .arg(figures.milliseconds, 0, 'f', 1)
                      .arg(figures.width)
                      .arg(figures.height);
   const bool isMoving =
       m_viewport->Scene() && m_sinceFrame.isValid() && !m_sinceFrame.hasExpired(kLongestFrame);
   if (figures.refined) {
-    text.prepend("at rest: ");
+    text = Tr("at rest: %1").arg(text);
     m_sinceFrame.invalidate();
   } else {
     const double between = static_cast<double>(m_sinceFrame.isValid() ? m_sinceFrame.elapsed() : 0);
     if (isMoving && between > 0) {
-      text.prepend(QString("%1 frames/s, ").arg(1000 / between, 0, 'f', 0));
+      text = Tr("%1 frames/s, %2").arg(1000 / between, 0, 'f', 0).arg(text);
     }
-    if (figures.reduced) text += ", less detail";
+    if (figures.reduced) text = Tr("%1, less detail").arg(text);
     m_sinceFrame.start();
   }
   m_frameLabel->setText(text);
@@ -260,13 +264,13 @@ void MainWindow::ShowSelection(const std::vector<PickedVertex>& selection) {
   if (selection.empty()) return m_selectionLabel->clear();
   const PickedVertex& last = selection.back();
   m_parts->ShowPart(m_viewport->Parts().PartOf(last.instance));
-  QString text = QString("%1 selected, vertex %2 at %3")
+  QString text = Tr("%1 selected, vertex %2 at %3")
                      .arg(selection.size())
                      .arg(last.vertex)
                      .arg(Place(m_viewport->Scene()->origin + Imath::V3d(last.place)));
   if (selection.size() > 1) {
     const Imath::V3d apart(last.place - selection[selection.size() - 2].place);
-    text += QString(", %1 from the one before (%2)")
+    text += Tr(", %1 from the one before (%2)")
                 .arg(apart.length(), 0, 'g', kPlaceDigits)
                 .arg(Place(apart));
   }

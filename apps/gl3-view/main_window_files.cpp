@@ -6,7 +6,6 @@
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QLocale>
 #include <QMimeData>
 #include <QSettings>
 #include <QSignalBlocker>
@@ -18,6 +17,7 @@
 #include "apps/base/warning_digest.h"
 #include "apps/gl3-view/main_window.h"
 #include "apps/gl3-view/recent_files.h"
+#include "apps/gl3-view/texts.h"
 
 namespace view {
 namespace {
@@ -38,16 +38,12 @@ QStringList LocalFiles(const QMimeData* data) {
   return files;
 }
 
-QString Counted(std::size_t count, const char* one, const char* several) {
-  return QLocale().toString(static_cast<qlonglong>(count)) + ' ' + (count == 1 ? one : several);
-}
-
 }  // namespace
 
 void MainWindow::AskForFiles(bool add) {
   const QStringList last = m_recent.isEmpty() ? QStringList() : FilesOfRecent(m_recent.first());
   const QStringList files = QFileDialog::getOpenFileNames(
-      this, add ? "Add to the scene" : "Open a model", QFileInfo(last.value(0)).path());
+      this, add ? Tr("Add to the scene") : Tr("Open a model"), QFileInfo(last.value(0)).path());
   if (files.isEmpty()) return;
   if (add) return Load(m_files + files, true, false);
   Open(files);
@@ -68,7 +64,8 @@ void MainWindow::OpenNeighbour(int step) {
   if (m_files.isEmpty()) return;
   static const QStringList kKinds = {"*.glb", "*.gltf", "*.obj", "*.ply", "*.stl",
                                      "*.3mf", "*.fbx",  "*.dae", "*.3ds", "*.off"};
-  const QFileInfo shown(m_files.first());
+  // While one is loading, the next press goes on from that.
+  const QFileInfo shown(IsLoading() ? m_asked.first() : m_files.first());
   QStringList names = shown.absoluteDir().entryList(kKinds + QStringList{"*." + shown.suffix()},
                                                     QDir::Files | QDir::Readable);
   QCollator order;
@@ -82,29 +79,30 @@ void MainWindow::OpenNeighbour(int step) {
 }
 
 void MainWindow::Load(const QStringList& files, bool stays, bool unasked) {
-  const QString what = (stays ? "Reading %1 anew" : "Loading %1");
-  statusBar()->showMessage(what.arg(files.join(", ")) + " … (Esc stops it)");
+  m_asked = files;
+  const QString what =
+      stays ? Tr("Reading %1 anew … (Esc stops it)") : Tr("Loading %1 … (Esc stops it)");
+  statusBar()->showMessage(what.arg(files.join(", ")));
   m_cancel->setEnabled(true);
   const QString stamp = ModelWatch::StampOf(files);
   m_loader.Load(files, [=, this](std::unique_ptr<hostkit::Scene> scene, const std::string& error) {
     m_cancel->setEnabled(false);
     statusBar()->clearMessage();
     const bool isRead = scene != nullptr;
-    // What is written from now on is looked at again, also after a failure.
-    if (isRead || files == m_files) {
-      const hostkit::Scene* const model = isRead ? scene.get() : m_viewport->Scene();
-      QStringList watched = files;
-      if (model) watched += FilesOfScene(files, *model);
-      m_watch.Watch(watched, stamp, files.size());
-    }
+    const QStringList watched = isRead ? files + FilesOfScene(files, *scene) : m_watched;
     if (isRead) {
       Show(std::move(scene), files, stays);
     } else if (unasked) {
-      m_troubleLabel->setText("Not read anew: " + QString::fromStdString(error));
+      m_troubleLabel->setText(Tr("Not read anew: %1").arg(QString::fromStdString(error)));
       m_troubleLabel->setToolTip(PlainToolTip(QString::fromStdString(error)));
       m_troubleLabel->show();
     } else {
       Complain(error);
+    }
+    // What is written from now on is looked at again, also after a failure.
+    if (files == m_files) {
+      m_watched = watched;
+      m_watch.Watch(m_watched, stamp, files.size());
     }
     if (std::exchange(m_wasChanged, false)) Reload(true);
   });
@@ -113,7 +111,12 @@ void MainWindow::Load(const QStringList& files, bool stays, bool unasked) {
 void MainWindow::Show(std::unique_ptr<hostkit::Scene> scene, const QStringList& files, bool stays) {
   std::string error;
   const VisibleParts parts = m_viewport->Parts();
-  if (!m_viewport->SetScene(std::move(scene), stays, &error)) return Complain(error);
+  m_parts->SetModel(scene.get());  // a section takes its pictures
+  if (!m_viewport->SetScene(std::move(scene), stays, &error)) {
+    m_parts->SetModel(m_viewport->Scene());
+    FillCameras();
+    return Complain(error);
+  }
   m_troubleLabel->hide();
   m_hint->hide();
   if (!stays) m_viewport->setFocus();  // arrow keys move the camera
@@ -124,7 +127,6 @@ void MainWindow::Show(std::unique_ptr<hostkit::Scene> scene, const QStringList& 
   FillCameras();
   setWindowTitle(NamesOf(files) + " – gl3-view");
   m_animation->SetModel(m_viewport->Scene(), m_viewport->Time(), stays);
-  m_parts->SetModel(m_viewport->Scene());
   ShowFacts(*m_viewport->Scene());
   // Of the same model, as far as can be told.
   if (!stays || !parts.IsAnyHidden() || parts.Count() != m_viewport->Parts().Count()) return;
@@ -134,9 +136,11 @@ void MainWindow::Show(std::unique_ptr<hostkit::Scene> scene, const QStringList& 
 
 void MainWindow::ShowFacts(const hostkit::Scene& model) {
   const std::size_t placed = model.instances.size();
-  m_modelLabel->setText(Counted(model.TriangleCount(), "triangle", "triangles") + ", " +
-                        Counted(model.meshes.size(), "mesh", "meshes") + ", placed " +
-                        (placed == 1 ? QString("once") : Counted(placed, "time", "times")));
+  const QStringList counts = {
+      TrCount("%1 triangle", "%1 triangles", model.TriangleCount()),
+      TrCount("%1 mesh", "%1 meshes", model.meshes.size()),
+      placed == 1 ? Tr("placed once") : TrCount("placed %1 time", "placed %1 times", placed)};
+  m_modelLabel->setText(counts.join(", "));
   QStringList warnings;
   for (const std::string& line : gl3::DigestOf(model.warnings)) {
     warnings << QString::fromStdString(line);

@@ -8,6 +8,7 @@
 
 #include "apps/gl3-view/main_window.h"
 #include "apps/gl3-view/render_command.h"
+#include "apps/gl3-view/texts.h"
 
 namespace view {
 namespace {
@@ -36,7 +37,7 @@ bool MainWindow::CopyPicture(std::string* error) {
   const QImage image = DrawImage(*m_viewport, error);
   if (image.isNull()) return false;
   QGuiApplication::clipboard()->setImage(image);
-  statusBar()->showMessage("Copied the picture", kDoneTime);
+  statusBar()->showMessage(Tr("Copied the picture"), kDoneTime);
   return true;
 }
 
@@ -61,7 +62,7 @@ void MainWindow::AskForPicture() {
   settings.setValue("picture size", chosen == seen ? QSize() : chosen);
   const QStringList arguments = PictureArguments(*m_viewport, m_panel->Arguments(), choice);
   if (!SavePicture(*m_viewport, m_files, arguments, choice.file, &error)) return Complain(error);
-  statusBar()->showMessage("Saved " + choice.file, kDoneTime);
+  statusBar()->showMessage(Tr("Saved %1").arg(choice.file), kDoneTime);
 }
 
 }  // namespace view

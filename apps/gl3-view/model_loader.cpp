@@ -9,6 +9,7 @@
 #include "apps/base/file_checks.h"
 #include "apps/base/messages.h"
 #include "apps/base/supervised_child.h"
+#include "apps/gl3-view/texts.h"
 #include "hostkit/isolated/import_process.h"
 
 namespace view {
@@ -40,9 +41,11 @@ void ModelLoader::Import::Run() {
     limits.cancelled = &cancelled;
     hostkit::ImportProcess(paths, limits).Finish({}, &scene, &error);
   } catch (const std::bad_alloc&) {
-    error = paths.front() + ": memory ran out; close other programs or try a smaller model";
+    error = paths.front() + ": " +
+            Tr("memory ran out; close other programs or try a smaller model").toStdString();
   } catch (const std::exception& problem) {
-    error = paths.front() + ": " + problem.what() + "; export it anew or in another format";
+    error = paths.front() + ": " + problem.what() + "; " +
+            Tr("export it anew or in another format").toStdString();
   }
 }
 

@@ -40,7 +40,10 @@ ModelWatch::ModelWatch(std::function<void()> changed) : m_changed(std::move(chan
   m_quiet.setSingleShot(true);
   m_quiet.setInterval(kQuietMilliseconds);
   connect(&m_quiet, &QTimer::timeout, this, [this] { Look(); });
-  const auto touched = [this] { m_quiet.start(); };
+  // Not put off by what else is written in the folder: a look finds whether the files still change.
+  const auto touched = [this] {
+    if (!m_quiet.isActive()) m_quiet.start();
+  };
   connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, touched);
   connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, touched);
 }

@@ -45,8 +45,13 @@ struct MovingDetail::Making {
 };
 
 MovingDetail::~MovingDetail() {
+  LetGo();
+}
+
+void MovingDetail::LetGo() {
   Forget();
   for (const std::unique_ptr<QThread>& thread : m_stopped) thread->wait();
+  m_stopped.clear();
 }
 
 void MovingDetail::Took(const std::shared_ptr<const hostkit::Scene>& model, double milliseconds) {
@@ -77,7 +82,7 @@ SceneView* MovingDetail::Ready(GADriver* driver) {
   if (!m_scene) return nullptr;
   if (!m_view) {
     std::string error;
-    m_view = SceneView::Create(driver, m_scene, &error);
+    m_view = SceneView::Create(driver, m_scene, m_scene, &error);
     if (!m_view) m_scene.reset();
   }
   if (m_view && !m_isPosed) {

@@ -36,6 +36,8 @@ class MovingDetail : public QObject {
   void ForgetDriver() { m_view.reset(); }
   /// Lets go of it all: there is another model, or the same in another way.
   void Forget();
+  /// The same, and waits until no thread reads a model any more.
+  void LetGo();
 
  private:
   struct Making;

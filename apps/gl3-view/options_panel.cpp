@@ -9,21 +9,24 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSpinBox>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <optional>
 
+#include "apps/gl3-view/background_choice.h"
 #include "apps/gl3-view/choice_judge.h"
 #include "apps/gl3-view/color_button.h"
 #include "apps/gl3-view/entry_list.h"
 #include "apps/gl3-view/fog_choice.h"
+#include "apps/gl3-view/section_choice.h"
+#include "apps/gl3-view/texts.h"
 #include "hostkit/effects/effect_table.h"
 
 namespace view {
 namespace {
 
-const QColor kBackground(0x29, 0x2b, 0x30);  // as gl3 render has it unasked
 constexpr int kLeastWidth = 240;
 constexpr const char* kProblemStyle = "color: #b00020";
 
@@ -44,8 +47,8 @@ OptionsPanel::OptionsPanel(QWidget* parent) : QWidget(parent) {
   m_form = new QFormLayout();
   layout->addLayout(m_form);
   AddSurfaces();
+  AddSurroundings();
   AddHelpers();
-  AddFog();
   AddLists();
   AddEnd();
   layout->addStretch();
@@ -57,65 +60,72 @@ void OptionsPanel::Changed() {
 }
 
 void OptionsPanel::AddSurfaces() {
-  static constexpr Named kModes[] = {{"shaded", "Shaded"},
-                                     {"flat", "Flat: a colour a triangle"},
-                                     {"wireframe", "Wireframe: all edges"},
-                                     {"wireframe-gl", "Wireframe, lit by the driver"},
-                                     {"lines", "Line drawing"},
-                                     {"points", "Points: all vertices"}};
-  static constexpr Named kLights[] = {{"auto", "Automatic"},
-                                      {"scene", "The model's"},
-                                      {"headlight", "Headlight"},
-                                      {"three-point", "Three-point"}};
-  static constexpr Named kSamples[] = {{"1", "1 sample: fastest"},
-                                       {"2", "2 × 2 samples"},
-                                       {"3", "3 × 3 samples"},
-                                       {"4", "4 × 4 samples"}};
-  AddCombo("&Mode", "--mode", kModes);
-  AddCombo("&Lights", "--lights", kLights);
-  auto* const color = new ColorButton(
-      kBackground, [this] { Changed(); }, this);
-  AddField("&Background", color,
-           {.option = "--background",
-            .values =
-                [color] {
-                  if (color->Color() == kBackground) return QStringList();
-                  return QStringList{color->Color().name()};
-                },
-            .set =
-                [color](const QStringList& values) {
-                  const QColor read(values.value(0));
-                  color->SetColor(read.isValid() ? read : kBackground);
-                }});
-  AddFlag("Bac&kfaces", "--backfaces");
-  AddCombo("&Antialias", "--antialias", kSamples, 1);
+  static constexpr Named kModes[] = {{"shaded", TrMark("Shaded")},
+                                     {"flat", TrMark("Flat: a colour a triangle")},
+                                     {"wireframe", TrMark("Wireframe: all edges")},
+                                     {"wireframe-gl", TrMark("Wireframe, lit by the driver")},
+                                     {"lines", TrMark("Line drawing")},
+                                     {"points", TrMark("Points: all vertices")}};
+  static constexpr Named kLights[] = {{"auto", TrMark("Automatic")},
+                                      {"scene", TrMark("The model's")},
+                                      {"headlight", TrMark("Headlight")},
+                                      {"three-point", TrMark("Three-point")}};
+  static constexpr Named kMaterials[] = {{"file", TrMark("The model's")},
+                                         {"clay", TrMark("Clay: light grey, opaque")},
+                                         {"matte", TrMark("Matte: without highlights")},
+                                         {"shiny", TrMark("Shiny: with bright highlights")},
+                                         {"unlit", TrMark("Unlit: the colours alone")}};
+  static constexpr Named kSamples[] = {{"1", TrMark("1 sample: fastest")},
+                                       {"2", TrMark("2 × 2 samples")},
+                                       {"3", TrMark("3 × 3 samples")},
+                                       {"4", TrMark("4 × 4 samples")}};
+  AddCombo(Tr("&Mode"), "--mode", kModes);
+  AddFlag(Tr("Ed&ges"), "--edges");
+  AddOptionalColor(Tr("Line &colour"), "--line-color", Qt::black);
+  AddCombo(Tr("Mate&rial"), "--material", kMaterials);
+  AddOptionalColor(Tr("O&ne colour"), "--color", QColor(0xc8, 0xb8, 0x98));
+  AddCombo(Tr("&Lights"), "--lights", kLights);
+  AddFlag(Tr("Bac&kfaces"), "--backfaces");
+  AddCombo(Tr("&Antialias"), "--antialias", kSamples, 1);
 }
 
 void OptionsPanel::AddHelpers() {
-  static constexpr Named kAxes[] = {{"auto", "As the file says"},
+  static constexpr Named kAxes[] = {{"auto", TrMark("As the file says")},
                                     {"+X", "+X"},
                                     {"-X", "−X"},
                                     {"+Y", "+Y"},
                                     {"-Y", "−Y"},
                                     {"+Z", "+Z"},
                                     {"-Z", "−Z"}};
-  AddCombo("&Up axis", "--up-axis", kAxes);
-  AddSpin("Point &size", "--point-size", 0, 64, 0)->setSpecialValueText("automatic");
-  AddSwitch("Gri&d", "--grid", "", "spacing, world units");
-  AddSwitch("Vertex mar&kers", "--control-points", "", "half a side, pixels");
+  AddCombo(Tr("&Up axis"), "--up-axis", kAxes);
+  AddSpin(Tr("Point &size"), "--point-size", 0, 64, 0)->setSpecialValueText(Tr("automatic"));
+  AddSwitch(Tr("Gri&d"), "--grid", "", Tr("spacing, world units"));
+  AddSwitch(Tr("Verte&x markers"), "--control-points", "", Tr("automatic; half a side, pixels"));
+  AddSwitch(Tr("Scale &bar"), "--scale-bar", "", Tr("unit, such as mm"));
+  auto* const section = new SectionChoice([this] { Changed(); }, this);
+  AddField(Tr("Cut a&way"), section,
+           {.option = "--section",
+            .values = [section] { return section->Values(); },
+            .set = [section](const QStringList& values) { section->SetValues(values); }});
 }
 
-void OptionsPanel::AddFog() {
+/// What is behind the model, and before it.
+void OptionsPanel::AddSurroundings() {
+  auto* const behind = new BackgroundChoice([this] { Changed(); }, this);
+  AddField(Tr("&Background"), behind,
+           {.option = "--background",
+            .values = [behind] { return behind->Values(); },
+            .set = [behind](const QStringList& values) { behind->SetValues(values); }});
   auto* const fog = new FogChoice([this] { Changed(); }, this);
   fog->SetSuggestion([this] { return m_suggestFog ? m_suggestFog() : std::pair(1.f, 10.f); });
-  AddField("Fo&g", fog,
+  AddField(Tr("Fo&g"), fog,
            {.option = "--fog",
             .values = [fog] { return fog->Values(); },
             .set = [fog](const QStringList& values) { fog->SetValues(values); }});
 }
 
 void OptionsPanel::AddLists() {
-  AddList("&Effects", "--effect", EffectEntries(), [](EntryList* list) {
+  AddList(Tr("&Effects"), "--effect", EffectEntries(), [](EntryList* list) {
     auto* const menu = new QMenu(list);
     for (const hostkit::EffectKind& kind : hostkit::kEffectKinds) {
       QString text = QString::fromLatin1(kind.name);
@@ -125,14 +135,15 @@ void OptionsPanel::AddLists() {
     }
     list->AddButton()->setMenu(menu);
   });
-  AddList("&Overlays", "--overlay", OverlayEntries(), [](EntryList* list) {
+  AddList(Tr("&Overlays"), "--overlay", OverlayEntries(), [](EntryList* list) {
     connect(list->AddButton(), &QPushButton::clicked, list, [list] {
-      const QString file = QFileDialog::getOpenFileName(list->window(), "Overlay a picture");
+      const QString file = QFileDialog::getOpenFileName(list->window(), Tr("Overlay a picture"));
       if (!file.isEmpty()) list->Add(file, false);
     });
   });
-  AddList("&Texts", "--text", TextEntries(), [](EntryList* list) {
-    connect(list->AddButton(), &QPushButton::clicked, list, [list] { list->Add("Text", true); });
+  AddList(Tr("&Texts"), "--text", TextEntries(), [](EntryList* list) {
+    connect(list->AddButton(), &QPushButton::clicked, list,
+            [list] { list->Add(Tr("Text"), true); });
   });
 }
 
@@ -140,7 +151,7 @@ void OptionsPanel::AddEnd() {
   m_problem = NewProblemLabel("problem", this);
   m_form->addRow(m_problem);
   m_form->setRowVisible(m_problem, false);
-  m_reset = new QPushButton("&Reset all", this);
+  m_reset = new QPushButton(Tr("&Reset all"), this);
   m_reset->setObjectName("reset");
   m_reset->setEnabled(false);
   m_form->addRow(m_reset);
@@ -167,7 +178,7 @@ void OptionsPanel::AddCombo(const QString& label, const QString& option,
   combo->setObjectName(option);
   // The longest entry is not to make the panel wide.
   combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-  for (const auto& [name, text] : names) combo->addItem(text, name);
+  for (const auto& [name, text] : names) combo->addItem(Tr(text), name);
   combo->setCurrentIndex(standard);
   connect(combo, &QComboBox::currentIndexChanged, this, [this] { Changed(); });
   AddField(label, combo,
@@ -190,7 +201,7 @@ QSpinBox* OptionsPanel::AddSpin(const QString& label, const QString& option, int
   spin->setObjectName(option);
   spin->setRange(least, most);
   spin->setValue(standard);
-  spin->setSuffix(" pixels");
+  spin->setSuffix(' ' + Tr("pixels"));
   connect(spin, &QSpinBox::valueChanged, this, [this] { Changed(); });
   AddField(label, spin,
            {.option = option,
@@ -247,6 +258,42 @@ void OptionsPanel::AddSwitch(const QString& label, const QString& option, const 
   m_fields.back().caption->setBuddy(box);
 }
 
+/// A colour that is chosen or not.
+void OptionsPanel::AddOptionalColor(const QString& label, const QString& option,
+                                    const QColor& standard) {
+  auto* const row = new QWidget(this);
+  auto* const layout = new QHBoxLayout(row);
+  layout->setContentsMargins(0, 0, 0, 0);
+  auto* const box = new QCheckBox(row);
+  box->setObjectName(option);
+  auto* const color = new ColorButton(
+      standard,
+      [this, box] {
+        m_setting = true;  // who chooses a colour wants it
+        box->setChecked(true);
+        m_setting = false;
+        Changed();
+      },
+      row);
+  layout->addWidget(box);
+  layout->addWidget(color, 1);
+  connect(box, &QCheckBox::toggled, this, [this] { Changed(); });
+  AddField(label, row,
+           {.option = option,
+            .values =
+                [box, color] {
+                  if (!box->isChecked()) return QStringList();
+                  return QStringList{color->Color().name()};
+                },
+            .set =
+                [box, color, standard](const QStringList& values) {
+                  const QColor read(values.value(0));
+                  box->setChecked(read.isValid());
+                  color->SetColor(read.isValid() ? read : standard);
+                }});
+  m_fields.back().caption->setBuddy(box);
+}
+
 void OptionsPanel::AddList(const QString& label, const QString& option, EntryKind kind,
                            const std::function<void(EntryList*)>& prepare) {
   auto* const list = new EntryList(
@@ -293,7 +340,9 @@ void OptionsPanel::Judge() {
 /// What is wrong with a field, in the panel's words instead of those of the command line.
 QString OptionsPanel::InOwnWords(const Field& field, QString problem) const {
   if (problem.startsWith(field.option + ": ")) problem.remove(0, field.option.size() + 2);
-  for (const Field& other : m_fields) problem.replace(other.option + ' ', other.label + ' ');
+  for (const Field& other : m_fields) {
+    problem.replace(QRegularExpression(other.option + "(?![a-z-])"), other.label);
+  }
   return problem;
 }
 

@@ -1,6 +1,7 @@
 // The panel with the choices of how to draw.
 #pragma once
 
+#include <QColor>
 #include <QLabel>
 #include <QStringList>
 #include <QWidget>
@@ -61,7 +62,7 @@ class OptionsPanel : public QWidget {
 
   void AddSurfaces();
   void AddHelpers();
-  void AddFog();
+  void AddSurroundings();
   void AddLists();
   void AddEnd();
   void AddField(const QString& label, QWidget* widget, Field field);
@@ -71,6 +72,7 @@ class OptionsPanel : public QWidget {
   void AddFlag(const QString& label, const QString& option);
   void AddSwitch(const QString& label, const QString& option, const QString& standard,
                  const QString& hint);
+  void AddOptionalColor(const QString& label, const QString& option, const QColor& standard);
   void AddList(const QString& label, const QString& option, EntryKind kind,
                const std::function<void(EntryList*)>& prepare);
   QString InOwnWords(const Field& field, QString problem) const;

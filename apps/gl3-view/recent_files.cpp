@@ -3,6 +3,8 @@
 
 #include <QFileInfo>
 
+#include "apps/gl3-view/texts.h"
+
 namespace view {
 namespace {
 
@@ -30,7 +32,7 @@ QString NamesOf(const QStringList& files) {
   QString first = QFileInfo(files.value(0)).fileName();
   if (files.size() < 2) return first;
   if (files.size() == 2) return first + " + " + QFileInfo(files[1]).fileName();
-  return QString("%1 + %2 more").arg(first).arg(files.size() - 1);
+  return Tr("%1 + %2 more").arg(first).arg(files.size() - 1);
 }
 
 QString RecentText(const QString& entry) {

@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 #include <string>
 
+#include "apps/gl3-view/texts.h"
 #include "host/GADriver.h"
 #include "hostkit/services/settings_sheet.h"
 #include "platform/platform.h"
@@ -35,7 +36,7 @@ QString ReportText(GADriver& driver) {
 
 ReportDialog::ReportDialog(GADriver& driver, QWidget* parent)
     : QDialog(parent), m_text(ReportText(driver)) {
-  setWindowTitle("GPU report");
+  setWindowTitle(Tr("GPU report"));
   auto* const layout = new QVBoxLayout(this);
   auto* const text = new QPlainTextEdit(m_text, this);
   text->setReadOnly(true);
@@ -43,7 +44,7 @@ ReportDialog::ReportDialog(GADriver& driver, QWidget* parent)
   text->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
   layout->addWidget(text);
   auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
-  QPushButton* const copy = buttons->addButton("Copy &text", QDialogButtonBox::ActionRole);
+  QPushButton* const copy = buttons->addButton(Tr("Copy &text"), QDialogButtonBox::ActionRole);
   connect(copy, &QPushButton::clicked, this,
           [this] { QGuiApplication::clipboard()->setText(m_text); });
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);

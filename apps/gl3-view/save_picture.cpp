@@ -13,11 +13,13 @@
 #include <algorithm>
 
 #include "apps/gl3-view/render_command.h"
+#include "apps/gl3-view/texts.h"
 #include "apps/work/common/check_output.h"
 #include "apps/work/render/render_camera.h"
 #include "apps/work/render/render_recipe.h"
 #include "hostkit/effects/byte_image.h"
 #include "hostkit/pictures/picture.h"
+#include "hostkit/pictures/picture_formats.h"
 
 namespace view {
 namespace {
@@ -27,24 +29,24 @@ constexpr int kMostPixelsASide = 16384;
 /// What a saved file tells, and that choice as --recipe has it.
 constexpr struct {
   const char *text, *name;
-} kRecipes[] = {{"how it was made, without folders", SaveChoice::kNamesAlone},
-                {"how it was made, with all paths", "full"},
-                {"nothing", "none"}};
+} kRecipes[] = {{TrMark("how it was made, without folders"), SaveChoice::kNamesAlone},
+                {TrMark("how it was made, with all paths"), "full"},
+                {TrMark("nothing"), "none"}};
 
 /// Size, background and recipe; file names are asked for by the file dialog.
 class SizeDialog : public QDialog {
  public:
   SizeDialog(const SaveChoice& choice, QWidget* parent) : QDialog(parent) {
-    setWindowTitle("Save picture");
+    setWindowTitle(Tr("Save picture"));
     auto* const form = new QFormLayout(this);
-    m_width = AddSide(form, "&Width", choice.width);
-    m_height = AddSide(form, "&Height", choice.height);
-    m_transparent = new QCheckBox("&Transparent background", this);
+    m_width = AddSide(form, Tr("&Width"), choice.width);
+    m_height = AddSide(form, Tr("&Height"), choice.height);
+    m_transparent = new QCheckBox(Tr("&Transparent background"), this);
     form->addRow(m_transparent);
     m_recipe = new QComboBox(this);
-    for (const auto& [text, name] : kRecipes) m_recipe->addItem(text, name);
+    for (const auto& [text, name] : kRecipes) m_recipe->addItem(Tr(text), name);
     m_recipe->setCurrentIndex(std::max(m_recipe->findData(choice.recipe), 0));
-    form->addRow("The &file tells", m_recipe);
+    form->addRow(Tr("The &file tells"), m_recipe);
     auto* const buttons =
         new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel, this);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
@@ -60,10 +62,10 @@ class SizeDialog : public QDialog {
   }
 
  private:
-  QSpinBox* AddSide(QFormLayout* form, const char* label, int value) {
+  QSpinBox* AddSide(QFormLayout* form, const QString& label, int value) {
     auto* const side = new QSpinBox(this);
     side->setRange(1, kMostPixelsASide);
-    side->setSuffix(" pixels");
+    side->setSuffix(' ' + Tr("pixels"));
     side->setValue(value);
     form->addRow(label, side);
     return side;
@@ -73,6 +75,13 @@ class SizeDialog : public QDialog {
   QCheckBox* m_transparent;
   QComboBox* m_recipe;
 };
+
+/// What the file dialog lists.
+QString PictureFilter() {
+  QString patterns = QString::fromStdString(hostkit::WrittenSuffixes());
+  patterns.remove(',').replace('.', "*.");
+  return Tr("Pictures") + " (" + patterns + ')';
+}
 
 /// The pointer shows that the program is busy.
 struct WaitPointer {
@@ -86,8 +95,7 @@ struct WaitPointer {
 
 bool AskWhatToSave(QWidget* parent, const QString& suggestion, SaveChoice* choice,
                    std::string* error) {
-  QFileDialog files(parent, "Save picture", QFileInfo(suggestion).path(),
-                    "Pictures (*.png *.exr *.jpg *.jpeg)");
+  QFileDialog files(parent, Tr("Save picture"), QFileInfo(suggestion).path(), PictureFilter());
   files.setAcceptMode(QFileDialog::AcceptSave);
   files.setDefaultSuffix("png");
   files.selectFile(QFileInfo(suggestion).fileName());
@@ -129,7 +137,7 @@ QImage DrawImage(Viewport& viewport, std::string* error) {
   if (!picture.bitmap) return {};
   const hostkit::BitmapPtr bytes = hostkit::BytesFromHalves(*picture.bitmap);
   if (!bytes) {
-    *error = "memory ran out; make the window smaller";
+    *error = Tr("memory ran out; make the window smaller").toStdString();
     return {};
   }
   QImage image(bytes->GetWidth(), bytes->GetHeight(), QImage::Format_RGBX8888);

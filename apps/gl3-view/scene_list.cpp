@@ -13,6 +13,8 @@
 #include <utility>
 
 #include "apps/base/text.h"
+#include "apps/gl3-view/texts.h"
+#include "apps/work/info/model_facts.h"
 
 namespace view {
 namespace {
@@ -35,11 +37,15 @@ QString SizeText(const Imath::V3f& size) {
       .arg(static_cast<double>(size.z), 0, 'g', kSizeDigits);
 }
 
-QTreeWidgetItem* AddGroup(QTreeWidget* tree, const QString& name, std::size_t count) {
+QTreeWidgetItem* AddGroup(QTreeWidget* tree, const QString& name) {
   auto* const group = new QTreeWidgetItem(tree);
-  group->setText(kName, QString("%1 (%2)").arg(name).arg(count));
+  group->setText(kName, name);
   group->setFlags(Qt::ItemIsEnabled);
   return group;
+}
+
+QTreeWidgetItem* AddGroup(QTreeWidget* tree, const QString& name, std::size_t count) {
+  return AddGroup(tree, QString("%1 (%2)").arg(name).arg(count));
 }
 
 /// The bounds of each mesh in its own space.
@@ -54,18 +60,20 @@ std::vector<Imath::Box3f> BoundsOfMeshes(const hostkit::Scene& model) {
 }  // namespace
 
 SceneList::SceneList(Listener listener, QWidget* parent)
-    : QDockWidget("Scene", parent), m_listener(std::move(listener)), m_tree(new QTreeWidget(this)) {
+    : QDockWidget(Tr("Scene"), parent),
+      m_listener(std::move(listener)),
+      m_tree(new QTreeWidget(this)) {
   setObjectName("scene");
-  m_tree->setHeaderLabels({"Name", "Triangles", "Size", "Material"});
+  m_tree->setHeaderLabels({Tr("Name"), Tr("Triangles"), Tr("Size"), Tr("Material")});
   m_tree->setUniformRowHeights(true);
   m_tree->setContextMenuPolicy(Qt::ActionsContextMenu);
-  const auto add = [this](const char* text, void (SceneList::*act)()) {
+  const auto add = [this](const QString& text, void (SceneList::*act)()) {
     auto* const action = new QAction(text, m_tree);
     connect(action, &QAction::triggered, this, act);
     m_tree->addAction(action);
   };
-  add("Show this &alone", &SceneList::Isolate);
-  add("&Show all", &SceneList::ShowAll);
+  add(Tr("Show this &alone"), &SceneList::Isolate);
+  add(Tr("&Show all"), &SceneList::ShowAll);
   setWidget(m_tree);
   connect(m_tree, &QTreeWidget::itemChanged, this, [this] { TellHidden(); });
   connect(m_tree, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* item) {
@@ -79,22 +87,25 @@ void SceneList::SetModel(const hostkit::Scene* model) {
   const QScopedValueRollback<bool> setting(m_setting, true);
   m_tree->clear();
   m_parts.clear();
+  m_hidden.clear();
   if (!model) return;
+  m_hidden.resize(model->instances.size());
   AddParts(*model);
   AddLooks(*model);
   m_tree->topLevelItem(0)->setExpanded(true);
   m_tree->resizeColumnToContents(kName);
+  AddFacts(*model);
 }
 
 void SceneList::AddParts(const hostkit::Scene& model) {
-  QTreeWidgetItem* const group = AddGroup(m_tree, "Placed meshes", model.instances.size());
+  QTreeWidgetItem* const group = AddGroup(m_tree, Tr("Placed meshes"), model.instances.size());
   const std::vector<Imath::Box3f> bounds = BoundsOfMeshes(model);
   const std::size_t count = std::min(model.instances.size(), kMostParts);
   for (std::size_t i = 0; i < count; ++i) {
     const auto mesh = static_cast<std::size_t>(model.instances[i].mesh);
     const hostkit::SceneMesh& shape = model.meshes[mesh];
     auto* const row = new QTreeWidgetItem(group);
-    row->setText(kName, Shown(shape.name, QString("mesh %1").arg(mesh)));
+    row->setText(kName, Shown(shape.name, Tr("mesh %1").arg(mesh)));
     row->setText(kTriangles,
                  QLocale().toString(static_cast<qlonglong>(shape.triangles.size() / 3)));
     row->setTextAlignment(kTriangles, Qt::AlignRight);
@@ -111,17 +122,29 @@ void SceneList::AddParts(const hostkit::Scene& model) {
 }
 
 void SceneList::AddLooks(const hostkit::Scene& model) {
-  QTreeWidgetItem* const materials = AddGroup(m_tree, "Materials", model.materials.size());
+  QTreeWidgetItem* const materials = AddGroup(m_tree, Tr("Materials"), model.materials.size());
   for (const hostkit::SceneMaterial& material : model.materials) {
-    (new QTreeWidgetItem(materials))->setText(kName, Shown(material.name, "without a name"));
+    (new QTreeWidgetItem(materials))->setText(kName, Shown(material.name, Tr("without a name")));
   }
-  QTreeWidgetItem* const pictures = AddGroup(m_tree, "Pictures", model.images.size());
+  QTreeWidgetItem* const pictures = AddGroup(m_tree, Tr("Pictures"), model.images.size());
   for (const hostkit::SceneImage& image : model.images) {
     auto* const row = new QTreeWidgetItem(pictures);
-    row->setText(kName, Shown(image.name, "without a name"));
+    row->setText(kName, Shown(image.name, Tr("without a name")));
     if (!image.bitmap) continue;
     row->setText(kSize,
                  QString("%1 × %2").arg(image.bitmap->GetWidth()).arg(image.bitmap->GetHeight()));
+  }
+}
+
+/// As `gl3 info` tells them, over all columns.
+void SceneList::AddFacts(const hostkit::Scene& model) {
+  QTreeWidgetItem* const group = AddGroup(m_tree, Tr("Facts"));
+  for (const auto& [label, value] : gl3::LinesOf(gl3::DescribeModel("", model))) {
+    for (const QString& line : QString::fromStdString(value).split('\n')) {
+      auto* const row = new QTreeWidgetItem(group);
+      row->setText(kName, QString::fromStdString(label) + ": " + line);
+      row->setFirstColumnSpanned(true);
+    }
   }
 }
 
@@ -131,19 +154,20 @@ void SceneList::ShowPart(int part) {
   m_tree->setCurrentItem(part >= 0 && index < m_parts.size() ? m_parts[index] : nullptr);
 }
 
+/// Those without a row stay as they are.
 void SceneList::TellHidden() {
   if (m_setting) return;
-  std::vector<bool> hidden;
-  for (const QTreeWidgetItem* part : m_parts) {
-    hidden.push_back(part->checkState(kName) != Qt::Checked);
+  for (std::size_t i = 0; i < m_parts.size(); ++i) {
+    m_hidden[i] = m_parts[i]->checkState(kName) != Qt::Checked;
   }
-  m_listener.hide(std::move(hidden));
+  m_listener.hide(m_hidden);
 }
 
-void SceneList::SetHidden(const std::vector<bool>& hidden) {
+void SceneList::SetHidden(std::vector<bool> hidden) {
   const QScopedValueRollback<bool> setting(m_setting, true);
+  m_hidden = std::move(hidden);
   for (std::size_t i = 0; i < m_parts.size(); ++i) {
-    m_parts[i]->setCheckState(kName, hidden[i] ? Qt::Unchecked : Qt::Checked);
+    m_parts[i]->setCheckState(kName, m_hidden[i] ? Qt::Unchecked : Qt::Checked);
   }
 }
 
@@ -154,14 +178,14 @@ void SceneList::ShowHidden(const VisibleParts& parts) {
 void SceneList::Isolate() {
   const auto current = std::find(m_parts.begin(), m_parts.end(), m_tree->currentItem());
   if (current == m_parts.end()) return;
-  std::vector<bool> hidden(m_parts.size(), true);
+  std::vector<bool> hidden(m_hidden.size(), true);
   hidden[static_cast<std::size_t>(current - m_parts.begin())] = false;
-  SetHidden(hidden);
+  SetHidden(std::move(hidden));
   TellHidden();
 }
 
 void SceneList::ShowAll() {
-  SetHidden(std::vector<bool>(m_parts.size()));
+  SetHidden(std::vector<bool>(m_hidden.size()));
   TellHidden();
 }
 

@@ -14,7 +14,7 @@ class QTreeWidgetItem;
 namespace view {
 
 /// Placed meshes with their triangles, size and material: to be hidden, shown alone and marked; and
-/// materials and pictures.
+/// materials, pictures, and what else there is to tell of it.
 class SceneList : public QDockWidget {
  public:
   struct Listener {
@@ -24,7 +24,7 @@ class SceneList : public QDockWidget {
 
   SceneList(Listener listener, QWidget* parent);
 
-  /// Shows a model of which nothing is hidden; null for none.
+  /// Shows a model as it was read, of which nothing is hidden; null for none.
   void SetModel(const hostkit::Scene* model);
   /// Makes a part the current one without telling of it; -1: none.
   void ShowPart(int part);
@@ -37,12 +37,14 @@ class SceneList : public QDockWidget {
  private:
   void AddParts(const hostkit::Scene& model);
   void AddLooks(const hostkit::Scene& model);
-  void SetHidden(const std::vector<bool>& hidden);
+  void AddFacts(const hostkit::Scene& model);
+  void SetHidden(std::vector<bool> hidden);
   void TellHidden();
 
   Listener m_listener;
   QTreeWidget* m_tree;
-  std::vector<QTreeWidgetItem*> m_parts;
+  std::vector<QTreeWidgetItem*> m_parts;  // by part, as many as have a row
+  std::vector<bool> m_hidden;             // by part
   bool m_setting = false;
 };
 

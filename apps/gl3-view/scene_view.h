@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "apps/gl3-view/window_surface.h"
@@ -21,18 +22,25 @@ namespace view {
 /// A scene that was uploaded to a driver, which must outlive it.
 class SceneView {
  public:
-  /// On failure returns null and one line in `*error`.
+  /// `whole` has what is seen from where, and its bounds: the scene itself, or that of which it is
+  /// a part. On failure returns null and one line in `*error`.
   static std::unique_ptr<SceneView> Create(GADriver* driver,
                                            std::shared_ptr<const hostkit::Scene> scene,
+                                           std::shared_ptr<const hostkit::Scene> whole,
                                            std::string* error);
 
   const hostkit::Scene& Model() const { return *m_scene; }
   const std::shared_ptr<const hostkit::Scene>& Shared() const { return m_scene; }
   const Imath::Box3f& Bounds() const { return m_bounds; }
   /// The scene was posed anew.
-  void TakePose() { m_bounds = m_scene->Bounds(); }
+  void TakePose() { m_bounds = m_whole->Bounds(); }
   /// The view that `options` (with --eye and the rest) ask for, as `gl3 render` takes it.
   hostkit::View ViewFor(const gl3::RenderOptions& options) const;
+  /// `settings` with the scale bar of that view, if `options` ask for one.
+  hostkit::FrameSettings WithScaleBar(const gl3::RenderOptions& options,
+                                      const hostkit::FrameSettings& settings) const;
+  /// What Paint puts behind the scene: see FramePainter.
+  void SetBehind(std::shared_ptr<HBitmapNode> picture) { m_painter->SetBehind(std::move(picture)); }
 
   /// Draws a frame into the surface, with one sample a pixel; does not show it. The size in
   /// `settings` is the surface's. False when memory ran out for an overlay, which is then missing.
@@ -48,10 +56,11 @@ class SceneView {
   std::string RendererName() const { return m_renderer ? m_renderer->RendererName() : ""; }
 
  private:
-  SceneView(GADriver* driver, std::shared_ptr<const hostkit::Scene> scene);
+  SceneView(GADriver* driver, std::shared_ptr<const hostkit::Scene> scene,
+            std::shared_ptr<const hostkit::Scene> whole);
 
   GADriver* m_driver;
-  std::shared_ptr<const hostkit::Scene> m_scene;
+  std::shared_ptr<const hostkit::Scene> m_scene, m_whole;
   Imath::Box3f m_bounds;
   std::unique_ptr<hostkit::FramePainter> m_painter;
   std::unique_ptr<hostkit::FrameRenderer> m_renderer;  // made when it is first needed

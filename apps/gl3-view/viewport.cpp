@@ -5,8 +5,10 @@
 #include <chrono>
 #include <utility>
 
+#include "apps/gl3-view/texts.h"
 #include "apps/work/render/frame_setup.h"
 #include "host/GADriver.h"
+#include "hostkit/effects/byte_image.h"
 #include "hostkit/scene/camera.h"
 #include "hostkit/services/module_settings.h"
 
@@ -64,24 +66,39 @@ bool Viewport::SetDriver(GADriver* driver, std::string* error) {
   if (m_model) {
     // What is kept of a model at its upload is that of its animation's beginning.
     m_poser->Pose(m_animations, 0);
-    if (EnsureSurface(error)) m_scene = SceneView::Create(driver, m_model, error);
-    if (m_scene) ShowPose();
-    if (!m_scene) m_model.reset();
+    if (!MakeView(m_model, m_reach, &m_subject, error)) {
+      DropScene();
+    } else if (!ShowPose(error)) {
+      return false;
+    }
   }
   Changed();
   return !m_model == !m_scene;
 }
 
-/// Uploads a model that is posed as its animation begins, or at rest.
-bool Viewport::MakeView(const std::shared_ptr<hostkit::Scene>& model, std::string* error) {
+/// Uploads what is drawn of a model that is posed as its animation begins, or at rest. `reach`: its
+/// bounds while it moves.
+bool Viewport::MakeView(const std::shared_ptr<hostkit::Scene>& model, const Imath::Box3f& reach,
+                        ShownSubject* subject, std::string* error) {
   if (!EnsureSurface(error)) return false;
-  std::unique_ptr<SceneView> view = SceneView::Create(m_driver, model, error);
+  if (subject->MovesPictures()) m_detail.LetGo();  // it may read them
+  std::unique_ptr<SceneView> view = SceneView::Create(m_driver, subject->Make(reach), model, error);
   if (!view) return false;
   StopRefining();
   m_surface->Info()->scene = nullptr;  // the record of the one that goes
   m_scene = std::move(view);
   m_detail.Forget();
   return true;
+}
+
+/// There is no model any more.
+void Viewport::DropScene() {
+  StopRefining();
+  if (m_surface) m_surface->Info()->scene = nullptr;
+  m_detail.Forget();
+  m_scene.reset();
+  m_model.reset();
+  Changed();
 }
 
 bool Viewport::SetScene(std::shared_ptr<hostkit::Scene> scene, bool stays, std::string* error) {
@@ -91,7 +108,11 @@ bool Viewport::SetScene(std::shared_ptr<hostkit::Scene> scene, bool stays, std::
   if (time.isAnimated) animations = hostkit::FindAnimations(*scene, time.animation);
   time.isAnimated = !animations.empty();
   const hostkit::SceneReach reach = hostkit::MeasureReach(*scene, animations);
-  if (!MakeView(scene, error)) return false;
+  ShownSubject subject(scene);
+  subject.Dress(m_options.subject);
+  if (!MakeView(scene, reach.bounds, &subject, error)) return false;
+  m_subject = std::move(subject);
+  m_reach = reach.bounds;
   m_selection.clear();
   m_time = time;
   m_animations = std::move(animations);
@@ -102,9 +123,9 @@ bool Viewport::SetScene(std::shared_ptr<hostkit::Scene> scene, bool stays, std::
   m_camera.SetUpAxis(m_options.upAxis.value_or(m_model->upAxis));
   m_camera.SetSubject(reach.bounds, reach.points, m_model->origin);
   if (!stays) LookFrom(kFirstView);
-  ShowPose();
+  const bool isShown = ShowPose(error);
   if (m_listener.selected) m_listener.selected(m_selection);
-  return true;
+  return isShown;
 }
 
 bool Viewport::SetTime(const ShownTime& time, std::string* error) {
@@ -117,8 +138,7 @@ bool Viewport::SetTime(const ShownTime& time, std::string* error) {
     if (time.isAnimated) m_animations = hostkit::FindAnimations(*m_model, time.animation);
     return Rebuild(error);
   }
-  ShowPose();
-  return true;
+  return ShowPose(error);
 }
 
 /// Uploads the model anew, of which other parts or animations are shown now. Where it is seen from
@@ -128,13 +148,9 @@ bool Viewport::Rebuild(std::string* error) {
   const hostkit::SceneReach reach = hostkit::MeasureReach(*m_model, m_animations);
   m_poser = std::make_unique<hostkit::ScenePoser>(*m_model);
   m_camera.SetSubject(reach.bounds, reach.points, m_model->origin);
-  if (MakeView(m_model, error)) {
-    ShowPose();
-    return true;
-  }
-  m_scene.reset();
-  m_model.reset();
-  Changed();
+  m_reach = reach.bounds;
+  if (MakeView(m_model, m_reach, &m_subject, error)) return ShowPose(error);
+  DropScene();
   return false;
 }
 
@@ -142,7 +158,7 @@ bool Viewport::Hide(std::vector<bool> hidden, std::string* error) {
   if (!m_scene) return true;
   hidden.resize(m_parts.Count());
   if (std::find(hidden.begin(), hidden.end(), false) == hidden.end()) {
-    *error = "nothing would be left to see; show another part first";
+    *error = Tr("nothing would be left to see; show another part first").toStdString();
     return false;
   }
   StopRefining();
@@ -182,12 +198,18 @@ void Viewport::PaintMarks() {
   PaintControlPoints(*m_surface, CurrentView(), places, kMarkedColor);
 }
 
-/// Puts the model where it is at the time that is shown.
-void Viewport::ShowPose() {
+/// Puts the model where it is at the time that is shown. What is cut open is cut anew for that.
+/// Without memory there is no model any more, with one line in `*error`.
+bool Viewport::ShowPose(std::string* error) {
   m_poser->Pose(m_animations, m_time.Seconds());
   m_detail.Pose(m_animations, m_time.Seconds());
+  if (IsCutAnew() && !MakeView(m_model, m_reach, &m_subject, error)) {
+    DropScene();
+    return false;
+  }
   m_scene->TakePose();
   Changed();
+  return true;
 }
 
 bool Viewport::SetOptions(const gl3::RenderOptions& options, std::string* error) {
@@ -200,9 +222,37 @@ bool Viewport::SetOptions(const gl3::RenderOptions& options, std::string* error)
   StopRefining();  // before its settings go
   m_options = options;
   m_settings = std::move(settings);
+  TakeBackdrop();
   if (m_model) m_camera.SetUpAxis(m_options.upAxis.value_or(m_model->upAxis));
   Changed();
-  return true;
+  if (!m_model || !m_subject.IsOther(options.subject)) return true;
+  m_detail.LetGo();
+  m_subject.Dress(options.subject);
+  return !m_scene || Rebuild(error);
+}
+
+/// Gets what is behind the scene ready for the window.
+void Viewport::TakeBackdrop() {
+  m_behind.reset();
+  if (m_settings.backdrop) m_behind = hostkit::BytesFromHalves(*m_settings.backdrop);
+}
+
+/// Makes what is behind the scene anew when the window has another size. False with one line in
+/// `*error` when that fails, and then nothing is behind it.
+bool Viewport::FitBackdrop(std::string* error) {
+  const bool fits =
+      m_settings.width == m_surface->Width() && m_settings.height == m_surface->Height();
+  if (!m_settings.backdrop || fits) return true;
+  hostkit::FrameSettings settings;
+  const gl3::Outcome outcome = gl3::MakeFrameSettings(Options(), &settings);
+  if (outcome.status == gl3::kDone) {
+    m_settings = std::move(settings);
+  } else {
+    m_settings.backdrop.reset();
+    *error = outcome.message;
+  }
+  TakeBackdrop();
+  return outcome.status == gl3::kDone;
 }
 
 gl3::RenderOptions Viewport::Options() const {
@@ -275,7 +325,7 @@ void Viewport::ShowAxes(bool shown) {
 
 bool Viewport::EnsureSurface(std::string* error) {
   if (!m_driver) {
-    *error = "the renderer is not loaded; start the program again";
+    *error = Tr("the renderer is not loaded; start the program again").toStdString();
     return false;
   }
   if (!m_surface) m_surface = WindowSurface::Adopt(winId(), m_driver, error);
@@ -289,19 +339,22 @@ bool Viewport::PaintScene(SceneView& scene) {
   settings.samplesPerSide = 1;
   settings.transparentBackground = false;
   settings.depth = false;
-  return scene.Paint(*m_surface, settings, CurrentView());
+  scene.SetBehind(m_behind);
+  return scene.Paint(*m_surface, scene.WithScaleBar(Options(), settings), CurrentView());
 }
 
-/// What to draw now. Less detail is for frames that are followed by one with all of it.
-SceneView* Viewport::ChooseDetail(FrameFigures* figures) {
-  SceneView* const less = m_driverOutlines ? nullptr : m_detail.Ready(m_driver);
+/// What to draw now. Less detail is for frames that are followed by one with all of it, and what
+/// stands still with all of it is not to lose it when it is uncovered.
+SceneView* Viewport::ChooseDetail(bool isOther, FrameFigures* figures) {
+  const bool mayBeLess = !m_driverOutlines && (isOther || m_isReduced);
+  SceneView* const less = mayBeLess ? m_detail.Ready(m_driver) : nullptr;
   figures->reduced = m_isReduced = less != nullptr;
   return less ? less : m_scene.get();
 }
 
 bool Viewport::DrawFrame() {
   StopRefining();  // its surface is another one
-  m_isStale = false;
+  const bool isOther = std::exchange(m_isStale, false);
   std::string error;
   const bool ready = EnsureSurface(&error);
   bool isWhole = true;
@@ -309,23 +362,25 @@ bool Viewport::DrawFrame() {
   if (ready) {
     figures = {0, m_surface->Width(), m_surface->Height(), m_refined != nullptr};
     const Clock::time_point start = Clock::now();
+    isWhole = FitBackdrop(&error);
     if (m_refined) {
-      isWhole = m_refined->Paint(*m_surface);
+      isWhole = m_refined->Paint(*m_surface) && isWhole;
     } else if (m_scene) {
-      isWhole = PaintScene(*ChooseDetail(&figures));
+      isWhole = PaintScene(*ChooseDetail(isOther, &figures)) && isWhole;
     } else {
       m_surface->Clear(m_settings.background);
     }
     figures.milliseconds = m_refined ? m_refineMilliseconds : MillisecondsSince(start);
     if (m_scene) PaintMarks();
     m_surface->Present();
-    if (m_scene && !m_refined && !figures.reduced) {
-      m_detail.Took(m_model, MillisecondsSince(start));
+    if (m_scene && !m_refined && !figures.reduced && !IsCutAnew()) {
+      m_detail.Took(m_scene->Shared(), MillisecondsSince(start));
     }
     if (m_scene && !m_refined && CanRefine()) m_rest.start();
   }
-  if (!isWhole) {
-    error = "memory ran out for a picture over the frame; make it or the window smaller";
+  if (!isWhole && error.empty()) {
+    error = Tr("memory ran out for a picture over the frame; make it or the window smaller")
+                .toStdString();
   }
   Tell(ready && isWhole, figures, error);
   return ready;

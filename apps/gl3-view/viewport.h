@@ -15,6 +15,7 @@
 #include "apps/gl3-view/orbit_camera.h"
 #include "apps/gl3-view/picture_show.h"
 #include "apps/gl3-view/scene_view.h"
+#include "apps/gl3-view/shown_subject.h"
 #include "apps/gl3-view/shown_time.h"
 #include "apps/gl3-view/sliced_work.h"
 #include "apps/gl3-view/vertex_picker.h"
@@ -63,8 +64,9 @@ class Viewport : public QWidget {
   /// The model, as long as it can be drawn: null without a driver that works.
   const hostkit::Scene* Scene() const { return m_scene ? m_model.get() : nullptr; }
 
-  /// How to draw; the camera in it is not used. On failure (an overlay that cannot be read) nothing
-  /// changes, with one line in `*error`.
+  /// How to draw, and what of the model; the camera in it is not used. On failure one line in
+  /// `*error`: of an overlay that cannot be read, and then nothing changes, or of memory, and then
+  /// there is no model any more.
   bool SetOptions(const gl3::RenderOptions& options, std::string* error);
   /// The options with the camera and the size of what is seen.
   gl3::RenderOptions Options() const;
@@ -134,10 +136,16 @@ class Viewport : public QWidget {
  private:
   bool EnsureSurface(std::string* error);
   bool PaintScene(SceneView& scene);
-  bool MakeView(const std::shared_ptr<hostkit::Scene>& model, std::string* error);
-  SceneView* ChooseDetail(FrameFigures* figures);
+  void TakeBackdrop();
+  bool FitBackdrop(std::string* error);
+  bool MakeView(const std::shared_ptr<hostkit::Scene>& model, const Imath::Box3f& reach,
+                ShownSubject* subject, std::string* error);
+  void DropScene();
+  SceneView* ChooseDetail(bool isOther, FrameFigures* figures);
   bool Rebuild(std::string* error);
-  void ShowPose();
+  bool ShowPose(std::string* error);
+  /// Whether each moment is cut open anew.
+  bool IsCutAnew() const { return m_subject.IsCut() && !m_animations.empty(); }
   void PaintMarks();
   bool Refine(std::string* error);
   void BeginRefining();
@@ -154,13 +162,16 @@ class Viewport : public QWidget {
   bool m_driverOutlines = false;  // it draws polygons as wires
   Listener m_listener;
   gl3::RenderOptions m_options;
-  hostkit::FrameSettings m_settings;  // of m_options, with the overlays' pictures
+  hostkit::FrameSettings m_settings;      // of m_options, with the overlays' pictures
+  std::shared_ptr<HBitmapNode> m_behind;  // its backdrop in bytes, for the window
   OrbitCamera m_camera;
   std::shared_ptr<hostkit::Scene> m_model;
   ShownTime m_time;
   std::vector<int> m_animations;  // of the model, that m_time names
   std::unique_ptr<hostkit::ScenePoser> m_poser;
-  VisibleParts m_parts;  // of the model
+  VisibleParts m_parts;    // of the model
+  ShownSubject m_subject;  // likewise
+  Imath::Box3f m_reach;    // its bounds while it moves
   int m_marked = -1;
   Imath::Box3f m_markedBox;  // of its mesh
   std::vector<PickedVertex> m_selection;

@@ -1,6 +1,8 @@
 // The picture at rest, which is made between other events.
+#include <new>
 #include <utility>
 
+#include "apps/gl3-view/texts.h"
 #include "apps/gl3-view/viewport.h"
 #include "platform/agl.h"
 
@@ -10,13 +12,16 @@ namespace {
 // How long other events wait for a slice of it at most, but for what cannot be cut.
 constexpr int kSliceMilliseconds = 8;
 
+constexpr const char* kNoMemory = TrMark("memory ran out; make the window smaller");
+
 }  // namespace
 
 /// Whether a saved picture would differ from the frame, and can be shown in its place: where the
 /// driver outlines polygons it outlines pictures, too.
 bool Viewport::CanRefine() const {
   if (m_driverOutlines) return false;
-  return m_isReduced || m_settings.samplesPerSide > 1 || !m_options.effects.calls.empty();
+  return m_isReduced || m_settings.samplesPerSide > 1 || !m_options.effects.calls.empty() ||
+         m_settings.backdrop;
 }
 
 bool Viewport::Refine(std::string* error) {
@@ -32,7 +37,7 @@ bool Viewport::Refine(std::string* error) {
   m_refineMilliseconds = static_cast<double>(watch.nsecsElapsed()) / 1e6;
   auto shown = std::make_unique<PictureShow>(m_driver);
   if (!shown->Take(picture)) {
-    *error = "memory ran out; make the window smaller";
+    *error = Tr(kNoMemory).toStdString();
     return false;
   }
   m_refined = std::move(shown);
@@ -43,8 +48,16 @@ void Viewport::BeginRefining() {
   StopRefining();
   m_refineError.clear();
   if (!m_scene || !EnsureSurface(&m_refineError)) return;
-  m_work = SlicedWork::Create([this] { m_isRefined = Refine(&m_refineError); });
-  if (!m_work) return Tell(false, {}, "memory ran out; close other programs");
+  if (!FitBackdrop(&m_refineError)) return Tell(false, {}, m_refineError);
+  m_isRefined = false;
+  m_work = SlicedWork::Create([this] {
+    try {
+      m_isRefined = Refine(&m_refineError);
+    } catch (const std::bad_alloc&) {
+      m_refineError = Tr(kNoMemory).toStdString();
+    }
+  });
+  if (!m_work) return Tell(false, {}, Tr("memory ran out; close other programs").toStdString());
   m_slices.start(0);
 }
 

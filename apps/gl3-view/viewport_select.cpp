@@ -33,9 +33,11 @@ void Viewport::Select(int x, int y, bool add) {
   if (!m_scene || !EnsureSurface(&error)) return;
   StopRefining();
   const hostkit::View view = CurrentView();
-  const std::vector<PickedVertex> candidates =
+  std::vector<PickedVertex> candidates =
       VerticesNear(*m_model, view, m_surface->Width(), m_surface->Height(),
                    static_cast<float>(x) + 0.5f, static_cast<float>(y) + 0.5f, kPickRadius);
+  std::erase_if(candidates,
+                [this](const PickedVertex& vertex) { return m_subject.IsBeyond(vertex.place); });
   // What hides what is asked of a frame of the surfaces alone, which nobody gets to see.
   hostkit::FrameSettings settings;
   settings.width = m_surface->Width();

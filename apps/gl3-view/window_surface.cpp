@@ -1,6 +1,7 @@
 // A window that a toolkit made, as the renderer module sees it.
 #include "apps/gl3-view/window_surface.h"
 
+#include "apps/gl3-view/texts.h"
 #include "host/GADriver.h"
 #include "platform/platform.h"
 
@@ -12,7 +13,8 @@ std::unique_ptr<WindowSurface> WindowSurface::Adopt(unsigned long number, GADriv
   const HWND handle = platform::AdoptWindow(number, error);
   if (!handle) return nullptr;
   if (!surface->m_window.Attach(handle)) {
-    *error = "the window is drawn into already; close this program and start it again";
+    *error =
+        Tr("the window is drawn into already; close this program and start it again").toStdString();
     return nullptr;
   }
   surface->m_info.viewWindow = &surface->m_window;
@@ -29,19 +31,20 @@ bool WindowSurface::Fit(std::string* error) {
   RECT client;
   m_window.GetClientRect(&client);
   if (client.right <= 0 || client.bottom <= 0) {
-    *error = "the window is gone; start the program again";
+    *error = Tr("the window is gone; start the program again").toStdString();
     return false;
   }
   if (m_list && client.right == m_width && client.bottom == m_height) return true;
   if (!m_buffer) m_buffer.reset(m_driver->CreateBuffer(&m_info, GABuffer::kKeepContext, 0));
   if (!m_buffer || !m_buffer->Reallocate(client.right, client.bottom, GABuffer::kWithDepth)) {
-    *error = "OpenGL cannot draw into the window; see what `gl3 info --check` finds";
+    *error =
+        Tr("OpenGL cannot draw into the window; see what `gl3 info --check` finds").toStdString();
     return false;
   }
   m_info.buffer = m_buffer.get();
   if (!m_list) m_list.reset(m_driver->CreateDisplayList(&m_info));
   if (!m_list) {
-    *error = "memory ran out; close other programs";
+    *error = Tr("memory ran out; close other programs").toStdString();
     return false;
   }
   m_width = client.right;

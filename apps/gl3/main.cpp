@@ -39,6 +39,7 @@ Environment (flags beat it):
   GL3_DEVICE       as --device
   GL3_CONFINED     1 (all but empty and 0): as --confined, and no flag beats it
   GL3_PLATFORM     surfaceless, x11 or device: how OpenGL is reached
+  GL3_SURFACE      pbuffer or, with GL3_PLATFORM=x11, window: what render draws into
   GL3_REGISTRY     the settings file (default ~/.config/gl3/registry.ini)
   NO_COLOR         no colours in messages
 

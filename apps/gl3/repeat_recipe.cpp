@@ -70,6 +70,7 @@ class RecipeOptions {
   }
 
   bool IsGiven(const std::string& name) const { return m_given.count(name) > 0; }
+  bool IsKept(const std::string& name) const { return m_kept.count(name) > 0; }
   /// Sets the option's values, and keeps them.
   void Replace(const std::string& name, const Words& values) {
     Drop(name);
@@ -159,7 +160,8 @@ void TakeOnePicture(const std::map<std::string, std::string>& entries, RecipeOpt
 void DropOfOtherModes(hostkit::DrawMode mode, RecipeOptions* kept) {
   if (!kept->IsGiven("--mode")) return;
   if (!HasCreases(mode)) kept->Drop("--crease");
-  if (!HasLineColor(mode)) kept->Drop("--line-color");
+  if (!HasSurfaces(mode)) kept->Drop("--edges");
+  if (!HasLineColor(mode) && !kept->IsKept("--edges")) kept->Drop("--line-color");
   if (HasOverlays(mode)) return;
   kept->Drop("--overlay");
   kept->Drop("--scale-bar");

@@ -26,8 +26,6 @@ constexpr Choice<DrawMode> kModes[] = {
     {"lines", DrawMode::kLines},         {"points", DrawMode::kPoints},
 };
 
-constexpr int kMarkerSize = 2;
-
 /// An option that may be given several times; `read` makes one of each.
 template <class Thing>
 void AddList(const OptionParser& parser, const std::string& name, const std::string& type,
@@ -86,6 +84,8 @@ void AddModeOptions(const OptionParser& parser, DrawingOptions* options) {
              "lines: open edges, creases and outlines; what is behind is hidden\n"
              "points: every vertex, lit",
              ChoiceReader(kModes, "a known mode", &options->mode));
+  parser.AddFlag("--edges", "With shaded and flat: every edge of the triangles over them",
+                 &options->edges);
   parser.AddFlag("--backfaces",
                  "Show triangles from behind, too, whose material is single-sided\n"
                  "(default: as the model says)",
@@ -97,8 +97,9 @@ void AddModeOptions(const OptionParser& parser, DrawingOptions* options) {
         return ReadCrease(t, &options->creaseDegrees, e);
       });
   parser.Add("--line-color", "COLOR",
-             "For wireframe and lines (default: the material's; for lines black or\n"
-             "white, whatever stands out from the background)",
+             "For wireframe, lines and --edges (default: the material's; for lines\n"
+             "black or white, whatever stands out from the background; for --edges\n"
+             "black)",
              LineColorReader(&options->lineColor));
   parser.Add("--point-size", "N",
              "Pixels, 1 to 64, of all points (default: by their number and spacing,\n"
@@ -126,9 +127,9 @@ void AddAnnotationOptions(const OptionParser& parser, DrawingOptions* options) {
       [=](const std::string& t, std::string* e) { return ReadGrid(t, &options->grid, e); });
   parser.AddOptionalValue("--control-points", "SIZE",
                           "Markers on all vertices; --control-points=5 sets half their side in\n"
-                          "pixels, 1 to 64 (default 2)",
+                          "pixels, 1 to 64 (default: by their spacing, up to 3)",
                           [=](const std::string& t, std::string* e) {
-                            options->controlPointSize = kMarkerSize;
+                            options->controlPointSize = hostkit::kSizeBySpacing;
                             return t.empty() ||
                                    IntegerReader(1, 64, &options->controlPointSize)(t, e);
                           });
@@ -167,6 +168,10 @@ bool HasLineColor(DrawMode mode) {
   return mode == DrawMode::kLines || mode == DrawMode::kWireframe;
 }
 
+bool HasSurfaces(DrawMode mode) {
+  return mode == DrawMode::kShaded || mode == DrawMode::kFlat;
+}
+
 bool HasOverlays(DrawMode mode) {
   return mode != DrawMode::kDriverWireframe;
 }
@@ -176,10 +181,14 @@ Outcome CheckDrawingOptions(const DrawingOptions& options) {
   if (options.creaseDegrees && !HasCreases(mode)) {
     return {kWrongUsage, "--crease: only lines have creases; add --mode lines"};
   }
-  if (options.lineColor && !HasLineColor(mode)) {
+  if (options.edges && !HasSurfaces(mode)) {
     return {kWrongUsage,
-            "--line-color: there are no lines of their own to colour; add --mode lines or "
-            "--mode wireframe"};
+            "--edges: there are no surfaces for them to lie on; use --mode shaded or --mode flat"};
+  }
+  if (options.lineColor && !HasLineColor(mode) && !options.edges) {
+    return {kWrongUsage,
+            "--line-color: there are no lines of their own to colour; add --mode lines, --mode "
+            "wireframe or --edges"};
   }
   if (!options.overlays.empty() && !HasOverlays(mode)) {
     return {kWrongUsage,

@@ -33,6 +33,7 @@ struct TextOption {
 struct DrawingOptions {
   hostkit::LightSet lights = hostkit::LightSet::kAuto;
   hostkit::DrawMode mode = hostkit::DrawMode::kShaded;
+  bool edges = false;      ///< Of all triangles, over surfaces.
   bool backfaces = false;  ///< Also those that their materials do not show.
   std::optional<float> creaseDegrees;
   std::optional<ColorBuf> lineColor;
@@ -40,7 +41,7 @@ struct DrawingOptions {
   hostkit::Fog fog;
   bool hasFogColor = false;  ///< Else fog has the background's.
   hostkit::GroundGrid grid;
-  int controlPointSize = 0;  ///< 0: no markers.
+  int controlPointSize = 0;  ///< As FrameSettings has it.
   std::vector<OverlayOption> overlays;
   std::vector<TextOption> texts;
   bool hasScaleBar = false;
@@ -54,6 +55,7 @@ void AddDrawingOptions(const OptionParser& parser, DrawingOptions* options);
 /// What a mode can make use of.
 bool HasCreases(hostkit::DrawMode mode);
 bool HasLineColor(hostkit::DrawMode mode);
+bool HasSurfaces(hostkit::DrawMode mode);
 bool HasOverlays(hostkit::DrawMode mode);
 
 /// Combinations that mean nothing: kWrongUsage with a message, or kDone.

@@ -94,7 +94,7 @@ void AddShareOptions(const OptionParser& parser, FarmOptions* options) {
              IntegerReader(1, kMostPerNode, &options->perNode));
   parser.Add("--measured", "START,FRAME",
              "Seconds to start and for a picture, in place of measuring them\n"
-             "here",
+             "here; give --memory as well, which is 512M else",
              [=](const std::string& t, std::string* e) { return ReadMeasured(t, options, e); });
   parser.Add("--retries", "N",
              "Rounds for what is missing after the first one, 0 to 10 (default\n2)",

@@ -23,9 +23,9 @@
 
 namespace {
 
-/// What one machine and its surroundings take, and what there is to draw. The first six were
+/// What one machine and its surroundings take, and what there is to draw. Those up to `place` were
 /// measured: a frame of the bundled showroom, 1920x1080 as EXR, on one processor, and empty tasks
-/// of Slurm 22.05. The last two are those of a plain file server and of a scheduler as it comes.
+/// of Slurm 22.05. The others are taken to be: a plain file server, and a scheduler as it comes.
 struct Inputs {
   double start = 0.4;                     ///< Seconds from a task's start to its first frame.
   double frame = 0.8;                     ///< Seconds a frame, without its file.

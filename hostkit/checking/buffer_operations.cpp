@@ -1,12 +1,13 @@
 // Checks of the buffer's operations.
 #include <fmt/format.h>
 
-#include <cmath>
 #include <cstring>
 
 #include "host/Bitmap.h"
 #include "host/GABuffer.h"
+#include "hostkit/checking/record_checks.h"
 #include "hostkit/checking/thunk.h"
+#include "hostkit/services/without_controls.h"
 
 namespace hostkit::checking {
 namespace {
@@ -20,9 +21,9 @@ const char* ModeName(int mode) {
   return mode == Buffer::kKeepContext ? "kKeepContext" : "kOnScreen";
 }
 
-void ForgetWaiting(BufferState* buffer) {
-  buffer->glassWaits = false;
-  buffer->waitingTextures.clear();
+void BeforeSetBackground(Visit& visit, Buffer&, const GAColor& color) {
+  if (color.Native()) return;
+  visit.Note(Kind::kEmptyColor, "the colour is empty, and the background will be black");
 }
 
 void BeforeReallocate(Visit& visit, Buffer& self, int width, int height, int) {
@@ -50,7 +51,7 @@ void AfterReallocate(Visit& visit, Buffer& self, int result, int width, int heig
   buffer->height = height;
   buffer->hasDepth = (options & Buffer::kWithDepth) != 0;
   buffer->isProjected = false;
-  if (!keeps) ForgetWaiting(buffer);
+  if (!keeps) buffer->ForgetWaiting(), buffer->drewGlass = false;
   if (buffer->mode != Buffer::kOffScreen) visit.State().driver.hasGlyphs = true;
 }
 
@@ -64,22 +65,23 @@ void AfterDestroy(Visit& visit, Buffer& self, int) {
   buffer->surface = BufferState::Surface::kNone;
   buffer->isProjected = false;
   buffer->context = nullptr;
-  ForgetWaiting(buffer);
+  buffer->ForgetWaiting();
 }
 
-/// Notes a depth at which nothing is seen.
-void CheckDepth(Visit& visit, const Buffer& self, float z) {
+/// Notes a depth at which nothing is seen. Whether it is none such.
+bool CheckDepth(Visit& visit, const Buffer& self, float z) {
   const BufferState* buffer = visit.State().Find(&self);
-  if (!buffer || !buffer->info) return;
+  if (!buffer || !buffer->info) return true;
   const RenderInfo& info = *buffer->info;
-  if (z <= info.nearZ && z >= info.farZ) return;
+  if (z <= info.nearZ && z >= info.farZ) return true;
   visit.Note(Kind::kDepthOutside, fmt::format("z is {}, with nearZ {} and farZ {}: nothing is seen",
                                               z, info.nearZ, info.farZ));
+  return false;
 }
 
 void BeforeTransparentBlit(Visit& visit, Buffer& self, GATexture* texture, const CRect&, float z,
                            const Vector2&, float) {
-  CheckDepth(visit, self, z);
+  const bool isInside = CheckDepth(visit, self, z);
   const TextureState* known = visit.State().Find(texture);
   if (!texture || (known && !known->hasPicture)) {
     visit.Note(Kind::kNull, texture ? "the texture has no picture" : "the texture is null");
@@ -88,18 +90,24 @@ void BeforeTransparentBlit(Visit& visit, Buffer& self, GATexture* texture, const
   }
   constexpr float kNearestMapped = -0.99f;
   const BufferState* buffer = visit.State().Find(&self);
-  if (!buffer || !buffer->info || buffer->info->perspective == 0 || !(z > kNearestMapped)) return;
+  if (!buffer || !buffer->info) return;
+  if (buffer->isProjected && buffer->projection == Buffer::kScreenProjection) {
+    visit.Note(Kind::kWrongProjection,
+               "the screen's projection is loaded, and the picture goes elsewhere");
+  }
+  if (!isInside || buffer->info->perspective == 0 || !(z > kNearestMapped)) return;
   visit.Note(Kind::kDepthTooNear,
              fmt::format("z is {}, nearer than {} under perspective: pixels count as view units", z,
                          kNearestMapped));
 }
 
-/// Buffers of a name stay beside the new one.
-bool HasColors(const HBitmapNode& node) {
+/// The last buffer of pixels that were read; null without one. Those of the name before it stay.
+const HBitmapBuffer* ColorsOf(const HBitmapNode& node) {
+  const HBitmapBuffer* found = nullptr;
   for (const HBitmapBuffer* buffer = node.GetBufferHead(); buffer; buffer = buffer->Next()) {
-    if (std::strcmp(buffer->Name().Text(), "ColorAlpha") == 0) return true;
+    if (std::strcmp(buffer->Name().Text(), "ColorAlpha") == 0) found = buffer;
   }
-  return false;
+  return found;
 }
 
 void BeforeFillBitmapNode(Visit& visit, Buffer& self, HBitmapNode* node, int) {
@@ -107,7 +115,7 @@ void BeforeFillBitmapNode(Visit& visit, Buffer& self, HBitmapNode* node, int) {
     visit.Note(Kind::kNull, "the bitmap is null");
     return;
   }
-  if (HasColors(*node)) visit.Note(Kind::kPictureStays, "the bitmap has a \"ColorAlpha\" already");
+  if (ColorsOf(*node)) visit.Note(Kind::kPictureStays, "the bitmap has a \"ColorAlpha\" already");
   const BufferState* buffer = visit.State().Find(&self);
   if (!buffer || buffer->surface != BufferState::Surface::kReady) return;
   if (node->GetWidth() <= buffer->width && node->GetHeight() <= buffer->height) return;
@@ -116,16 +124,39 @@ void BeforeFillBitmapNode(Visit& visit, Buffer& self, HBitmapNode* node, int) {
                          node->GetHeight(), buffer->width, buffer->height));
 }
 
+/// Of bitmaps that the program has made itself: rows are written one behind the other.
+void AfterFillBitmapNode(Visit& visit, Buffer&, int, HBitmapNode* node, int) {
+  const HBitmapBuffer* colors = node ? ColorsOf(*node) : nullptr;
+  if (!colors || colors->RowStep() == colors->Width() * colors->Channels()) return;
+  visit.Note(Kind::kPaddedRows,
+             fmt::format("RowStep() is {} for {} pixels of {} channels, and the rows were written "
+                         "without a gap",
+                         colors->RowStep(), colors->Width(), colors->Channels()));
+}
+
+/// Notes what waits in batches, when the scene's projection is loaded before it is drawn.
+void CheckBatches(Visit& visit, const Buffer& self) {
+  const BufferState* buffer = visit.State().Find(&self);
+  const ListState* list = buffer ? visit.State().ListOf(*buffer) : nullptr;
+  if (!list || !list->batchesWait || buffer->projection != Buffer::kScreenProjection) return;
+  visit.Note(Kind::kBatchesWait,
+             "what waits in batches will be drawn in the scene's projection, which is loaded now");
+}
+
 void BeforeAfxFillRect(Visit& visit, Buffer& self, int, int, int, int, float z, const GAColor&) {
   CheckDepth(visit, self, z);
+  CheckBatches(visit, self);
 }
 
 void BeforeTextOut(Visit& visit, Buffer& self, int x, int y, const char* text, const GAColor&,
                    int) {
-  if (!text || !*text) return;
+  if (!text) return;
+  CheckBatches(visit, self);
+  if (!*text) return;
+  CheckText(visit, text);
   if (!visit.State().driver.hasGlyphs) {
-    visit.Note(Kind::kNoGlyphs,
-               fmt::format("no buffer of a window has made glyphs for \"{:.40}\"", text));
+    visit.Note(Kind::kNoGlyphs, fmt::format("no buffer of a window has made glyphs for \"{:.40}\"",
+                                            WithoutControls(text, '?')));
   }
   const BufferState* buffer = visit.State().Find(&self);
   if (!buffer || !buffer->info) return;
@@ -152,14 +183,16 @@ void BeforeGetZValue(Visit& visit, Buffer& self, int x, int y) {
 }
 
 void AfterEndScene(Visit& visit, Buffer& self) {
-  if (BufferState* buffer = visit.State().Find(&self)) ForgetWaiting(buffer);
+  if (BufferState* buffer = visit.State().Find(&self)) buffer->KeepGlassDrawn();
 }
 
 void BeforeEndScene(Visit& visit, Buffer& self) {
   const BufferState* buffer = visit.State().Find(&self);
   const ListState* list = buffer ? visit.State().ListOf(*buffer) : nullptr;
   if (!list || !list->batchesWait) return;
-  visit.Note(Kind::kBatchesWait, "batches wait, and will cover the glass before them");
+  visit.Note(Kind::kBatchesWait, buffer->glassWaits
+                                     ? "batches wait, and will cover the glass before them"
+                                     : "batches wait, and are not in this scene");
 }
 
 void BeforeComputeProjectionMatrices(Visit& visit, Buffer& self) {
@@ -169,17 +202,7 @@ void BeforeComputeProjectionMatrices(Visit& visit, Buffer& self) {
     visit.Note(Kind::kNull, "the buffer was made without a RenderInfo");
     return;
   }
-  const RenderInfo& v = *buffer->info;
-  if (!(v.farZ < v.nearZ) || !(v.perspective == 0 || v.nearZ < 0)) {
-    visit.Note(Kind::kViewRecord, fmt::format("nearZ is {} and farZ {}", v.nearZ, v.farZ));
-  } else if (!(std::fabs(v.viewRight - v.viewLeft) > 0 &&
-               std::fabs(v.viewTop - v.viewBottom) > 0)) {
-    visit.Note(Kind::kViewRecord, fmt::format("the window is {} to {} by {} to {}", v.viewLeft,
-                                              v.viewRight, v.viewBottom, v.viewTop));
-  } else if (v.pixelLeft == v.pixelRight || v.pixelTop == v.pixelBottom) {
-    visit.Note(Kind::kViewRecord, fmt::format("the pixels are {} to {} by {} to {}", v.pixelLeft,
-                                              v.pixelRight, v.pixelTop, v.pixelBottom));
-  }
+  CheckView(visit, *buffer->info);
 }
 
 void AfterComputeProjectionMatrices(Visit& visit, Buffer& self) {
@@ -212,17 +235,10 @@ void AfterAfxFillRect(Visit& visit, Buffer& self, int, int, int, int, int, float
   LoadScene(visit, self);
 }
 
-/// Linear fog is cut to whole view units.
 void BeforeSetFogState(Visit& visit, Buffer& self, int on) {
   const BufferState* buffer = visit.State().Find(&self);
   const SceneRecord* scene = on && buffer && buffer->info ? buffer->info->scene : nullptr;
-  if (!scene || !buffer->isFogLinear) return;
-  const float start = scene->fogStart.Current(), end = scene->fogEnd.Current();
-  const float asked = end - start, got = std::trunc(end) - std::trunc(start);
-  constexpr float kTolerance = 0.1f;
-  if (std::fabs(asked - got) <= kTolerance * std::fabs(asked)) return;
-  visit.Note(Kind::kFogCut, fmt::format("fog from {} to {} becomes that from {} to {}", start, end,
-                                        std::trunc(start), std::trunc(end)));
+  if (scene && buffer->isFogLinear) CheckLinearFog(visit, *scene);
 }
 
 void AfterSetFogDensity(Visit& visit, Buffer& self, float density) {
@@ -230,15 +246,13 @@ void AfterSetFogDensity(Visit& visit, Buffer& self, float density) {
 }
 
 void BeforeDeleteBuffer(Visit& visit, Buffer& self) {
-  Session& session = visit.State();
-  const BufferState* buffer = session.Find(&self);
-  ListState* list = buffer ? session.ListOf(*buffer) : nullptr;
-  if (list) {
+  for (auto& [list, state] : visit.State().lists) {
+    if (state.buffer != &self || state.isBufferGone) continue;
     visit.Note(Kind::kBufferBeforeList, "the list that draws into the buffer still lives");
-    list->isBufferGone = true;
-    list->isBlockOpen = false;
+    state.isBufferGone = true;
+    state.isBlockOpen = false;
   }
-  session.buffers.erase(&self);
+  visit.State().buffers.erase(&self);
 }
 
 constexpr unsigned kPicture = kSurface | kOutOfBlock | kMakesCurrent;
@@ -250,7 +264,7 @@ std::vector<SlotChange> BufferRows() {
                                                                  kNewContext | kMakesCurrent),
       On<&Buffer::AllocateforShader, BeforeAllocateforShader>("GABuffer::AllocateforShader",
                                                               kNewContext | kMakesCurrent),
-      On<&Buffer::SetBackground>("GABuffer::SetBackground", kFree),
+      On<&Buffer::SetBackground, BeforeSetBackground>("GABuffer::SetBackground", kFree),
       On<&Buffer::Destroy, kNone, AfterDestroy>("GABuffer::Destroy", kFree),
       On<&Buffer::Clear>("GABuffer::Clear", kPicture),
       On<&Buffer::Blit>("GABuffer::Blit", kFree),
@@ -258,8 +272,8 @@ std::vector<SlotChange> BufferRows() {
                                                           kPicture | kProjected),
       On<&Buffer::BlitToFront>("GABuffer::BlitToFront", kPicture | kReadsPicture),
       On<&Buffer::RepaintFront>("GABuffer::RepaintFront", kFree),
-      On<&Buffer::FillBitmapNode, BeforeFillBitmapNode>("GABuffer::FillBitmapNode",
-                                                        kPicture | kReadsPicture),
+      On<&Buffer::FillBitmapNode, BeforeFillBitmapNode, AfterFillBitmapNode>(
+          "GABuffer::FillBitmapNode", kPicture | kReadsPicture),
       On<&Buffer::AfxFillRect, BeforeAfxFillRect, AfterAfxFillRect>("GABuffer::AfxFillRect",
                                                                     kPicture | kProjected),
       On<&Buffer::TextOutA, BeforeTextOut, AfterTextOut>("GABuffer::TextOutA",

@@ -27,6 +27,7 @@ void CheckDriver(GADriver* driver) {
     session.driver = checking::DriverState();
     session.driver.driver = driver;
     session.told.clear();
+    session.repeats.clear();
   }
   checking::Watch(driver);
   visit.Unlock();

@@ -24,14 +24,15 @@ struct Misuse {
 };
 
 /// Is told a misuse, on the thread that made the call and as a rule before the call reaches the
-/// module. `userData` is what CheckCalls was given. It may call the interface itself, unchecked;
-/// what it throws ends the process.
+/// module. `userData` is what CheckCalls was given, and must stay as long as a driver is checked.
+/// It may call the interface itself, unchecked; what it throws ends the process.
 using MisuseCallback = void (*)(const Misuse& misuse, void* userData);
 
 /// Has every driver checked that LoadedModule makes from now on, with all that it makes, and
-/// `callback` told each misuse once an operation and driver. Null for a line on standard error
-/// each. The module does what it would have done, and so do the calls. From any thread, before the
-/// driver is made.
+/// `callback` told each misuse once an operation and driver; what one mistake makes of every call,
+/// such as drawing without a surface, once in all, and how often more at the driver's end. Null for
+/// a line on standard error each. The module does what it would have done, and so do the calls.
+/// From any thread, before the driver is made.
 ///
 /// GL3_CHECK=1 in the environment does the same for a program that does not call this, with lines
 /// on standard error; without either, nothing of this library is loaded or run.
@@ -41,7 +42,8 @@ void CheckCalls(MisuseCallback callback = nullptr, void* userData = nullptr);
 void LeaveCallsUnchecked();
 
 /// Has one driver checked, and what it makes from now on: for hosts that load the module in a way
-/// of their own. Null is harmless, and so is a driver that is checked already.
+/// of their own, before it has made anything, since what is not known counts as deleted. Null is
+/// harmless, and so is a driver that is checked already.
 void CheckDriver(GADriver* driver);
 
 }  // namespace hostkit

@@ -4,6 +4,7 @@
 #include "host/GABuffer.h"
 #include "host/GADriver.h"
 #include "hostkit/checking/thunk.h"
+#include "platform/platform.h"
 
 namespace hostkit::checking {
 namespace {
@@ -32,6 +33,12 @@ void BeforeInitialize(Visit& visit, GADriver&) {
 void AfterInitialize(Visit& visit, GADriver&, int result) {
   visit.State().driver.initialized = result != 0;
   visit.State().driver.hasGlyphs = false;
+  if (result) return;
+  const platform::DisplayReport& display = platform::DescribeDisplay();
+  visit.Note(Kind::kInitializeFailed,
+             display.platform.empty()
+                 ? "there is no display: " + display.reason
+                 : "the OpenGL is not enough, for which the message box has the reason");
 }
 
 void BeforeTerminate(Visit& visit, GADriver&) {
@@ -73,7 +80,8 @@ void AfterCreateTexture(Visit& visit, GADriver&, GATexture* result) {
 
 void BeforeCreateDisplayList(Visit& visit, GADriver&, RenderInfo* info) {
   if (!info || !info->buffer) {
-    visit.Note(Kind::kNull, info ? "info->buffer is null" : "info is null");
+    visit.Note(Kind::kNull, info ? "info->buffer is null; it is set after the buffer's Reallocate"
+                                 : "info is null");
     return;
   }
   const BufferState* buffer = visit.State().Find(info->buffer);
@@ -113,6 +121,7 @@ void AfterCreateShaderProgram(Visit& visit, GADriver&, GAShaderProgram* result, 
 
 void BeforeDeleteDriver(Visit& visit, GADriver& driver) {
   CheckLeft(visit);
+  visit.NoteRepeats();
   Session& session = visit.State();
   if (session.driver.driver == &driver) session.driver = DriverState();
 }

@@ -45,7 +45,7 @@ void CheckSize(Visit& visit, const float* parameters, const RenderInfo* info) {
                          imageWidth, imageHeight));
 }
 
-void BeforeInit(Visit& visit, Program& self, int effect, const float* parameters, int) {
+void BeforeInit(Visit& visit, Program& self, int effect, const float* parameters, int count) {
   Session& session = visit.State();
   if (!session.driver.initialized) {
     visit.Note(Kind::kBeforeInitialize, "the driver is not operational");
@@ -56,6 +56,11 @@ void BeforeInit(Visit& visit, Program& self, int effect, const float* parameters
   }
   if (!parameters) {
     visit.Note(Kind::kNull, "the parameters are null");
+    return;
+  }
+  if (count < Program::kBlurParameters) {
+    visit.Note(Kind::kParameterCount, fmt::format("count is {}, and effect {} reads {}", count,
+                                                  effect, int{Program::kBlurParameters}));
     return;
   }
   const float filter = parameters[Program::kFilterNumber];
@@ -72,9 +77,10 @@ void BeforeInit(Visit& visit, Program& self, int effect, const float* parameters
              text + " is set up again: the surface of the first time stays, some 6 MB");
 }
 
-void AfterInit(Visit& visit, Program& self, int result, int effect, const float* parameters, int) {
+void AfterInit(Visit& visit, Program& self, int result, int effect, const float* parameters,
+               int count) {
   EffectState* state = visit.State().Find(&self);
-  if (!state || !HasSetUps(effect) || !parameters) return;
+  if (!state || !HasSetUps(effect) || !parameters || count < Program::kBlurParameters) return;
   SetUp& setUp = state->setUps.at(static_cast<std::size_t>(effect));
   setUp.works = result != 0;
   if (!result) return;

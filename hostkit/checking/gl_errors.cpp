@@ -3,7 +3,8 @@
 
 #include <fmt/format.h>
 
-#include <set>
+#include <cstddef>
+#include <map>
 #include <utility>
 
 #include "platform/cgl.h"
@@ -45,27 +46,37 @@ void AskForErrors() {
   }
 }
 
-void HaveErrorsTold() {
+/// Has the GL tell its errors. False where it does not: without the extension, as a context that
+/// was not made for debugging may, and where the host has it tell itself.
+bool HaveErrorsTold() {
+  if (!GLEW_KHR_debug || !glDebugMessageCallback) return false;
+  void* listener = nullptr;
+  glGetPointerv(GL_DEBUG_CALLBACK_FUNCTION, &listener);
+  if (listener && listener != reinterpret_cast<void*>(KeepMessage)) return false;
   glDebugMessageControl(GL_DONT_CARE, GL_DONT_CARE, GL_DONT_CARE, 0, nullptr, GL_FALSE);
   glDebugMessageControl(GL_DEBUG_SOURCE_API, GL_DEBUG_TYPE_ERROR, GL_DONT_CARE, 0, nullptr,
                         GL_TRUE);
   glDebugMessageCallback(KeepMessage, nullptr);
   glEnable(GL_DEBUG_OUTPUT);
   glEnable(GL_DEBUG_OUTPUT_SYNCHRONOUS);
+  const std::size_t told = g_told.size();
+  glEnable(GL_NONE);  // an error, to see whether it is told
+  glGetError();
+  const bool tells = g_told.size() > told;
+  g_told.resize(told);
+  return tells;
 }
 
 }  // namespace
 
 std::vector<std::string> TakeGlErrors(bool fresh, bool mayAsk) {
-  thread_local std::set<CGLContextObj> telling;
+  thread_local std::map<CGLContextObj, bool> isTelling;
   const CGLContextObj context = CGLGetCurrentContext();
-  if (context && fresh) telling.erase(context);
-  if (context && mayAsk && !telling.contains(context)) {
-    AskForErrors();
-    if (GLEW_KHR_debug && glDebugMessageCallback) {
-      HaveErrorsTold();
-      telling.insert(context);
-    }
+  if (context && fresh) isTelling.erase(context);
+  if (context && mayAsk) {
+    const auto [known, isNew] = isTelling.try_emplace(context, false);
+    if (!known->second) AskForErrors();
+    if (isNew) known->second = HaveErrorsTold();
   }
   return std::exchange(g_told, {});
 }

@@ -6,9 +6,10 @@
 
 namespace hostkit::checking {
 
-/// Sees to it that the GL tells the errors of the context that is current, if it does so, and
-/// returns what it has told since the last call, on this thread. `fresh`: the context may be a new
-/// one at an old address. `mayAsk`: no block is open, in which the GL refuses to be asked.
+/// Sees to it that the GL tells the errors of the context that is current, or asks for them where
+/// it does not, and returns what it has told since the last call, on this thread. `fresh`: the
+/// context may be a new one at an old address. `mayAsk`: no block is open, in which the GL refuses
+/// to be asked.
 std::vector<std::string> TakeGlErrors(bool fresh, bool mayAsk);
 
 /// Whether the GL has a capability switched on; true without a context.

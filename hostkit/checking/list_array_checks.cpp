@@ -2,8 +2,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <iterator>
+#include <initializer_list>
 
+#include "host/RenderInfo.h"
 #include "hostkit/checking/list_checks.h"
 
 namespace hostkit::checking {
@@ -17,7 +18,33 @@ void CheckCount(Visit& visit, const char* what, unsigned long long count, unsign
 
 constexpr int kCorners = 4;  // of a quad
 
+/// In the screen's projection, notes what lies as a whole at depths where nothing is seen. In the
+/// scene's that is common: things are behind the viewer.
+void CheckFlatDepths(Visit& visit, const DisplayList& self, std::initializer_list<float> depths) {
+  const ListState* list = visit.State().Find(&self);
+  const BufferState* buffer = list ? visit.State().BufferOf(*list) : nullptr;
+  if (!buffer || !buffer->isProjected || buffer->projection != 0) return;
+  const RenderInfo& info = *list->info;
+  const auto isSeen = [&](float z) { return z <= info.nearZ && z >= info.farZ; };
+  if (std::none_of(depths.begin(), depths.end(), isSeen)) {
+    CheckListDepth(visit, self, *depths.begin());
+  }
+}
+
 }  // namespace
+
+void BeforeLine(Visit& visit, DisplayList& self, const Vector& a, const Vector& b) {
+  CheckFlatDepths(visit, self, {a.z, b.z});
+}
+
+void BeforeColoredLine(Visit& visit, DisplayList& self, const Vector& a, const Vector& b,
+                       const GAColor&) {
+  CheckFlatDepths(visit, self, {a.z, b.z});
+}
+
+void BeforePolygon(Visit& visit, DisplayList& self, const VornPoly& polygon, int) {
+  CheckFlatDepths(visit, self, {polygon.p0.z, polygon.p1.z, polygon.p2.z});
+}
 
 void BeforePoints(Visit& visit, DisplayList&, const Vector* points, int count) {
   LookAtArray(visit, points, count);
@@ -53,14 +80,6 @@ void BeforePolygons(Visit& visit, DisplayList&, const VornPoly* polygons, int co
   for (int i = 0; i < count; ++i) LookAtPolygon(visit, polygons[i]);
 }
 
-void BeforeQuad(Visit& visit, DisplayList&, const GAVertex* vertices, int mode, int) {
-  const bool isPolyline = (mode & DisplayList::kQuadPolyline) != 0;
-  const int count = isPolyline ? mode & DisplayList::kQuadCountMask : kCorners;
-  // The first vertex has the width, whatever the count.
-  if (!IsArray(visit, "the array of vertices", vertices, std::max(count, 1))) return;
-  LookAtArray(visit, vertices, count);
-}
-
 void BeforeColoredQuad(Visit& visit, DisplayList&, const GAVertex* vertices, const RGBFloat* colors,
                        int) {
   LookAtArray(visit, vertices, kCorners);
@@ -69,15 +88,6 @@ void BeforeColoredQuad(Visit& visit, DisplayList&, const GAVertex* vertices, con
 
 void BeforeLitQuad(Visit& visit, DisplayList&, const GALitVertex* vertices) {
   LookAtArray(visit, vertices, kCorners);
-}
-
-/// Element 2 is not read.
-void BeforeTriangle(Visit& visit, DisplayList&, const GAVertex* vertices, int) {
-  if (!IsArray(visit, "the array of vertices", vertices, kCorners)) return;
-  const Vector corners[] = {{vertices[0].x, vertices[0].y, vertices[0].z},
-                            {vertices[1].x, vertices[1].y, vertices[1].z},
-                            {vertices[3].x, vertices[3].y, vertices[3].z}};
-  LookAtArray(visit, corners, std::size(corners));
 }
 
 void BeforeFan(Visit& visit, DisplayList& self, const GAVertex* vertices, unsigned long vertexCount,

@@ -16,7 +16,6 @@ void BeforeSetTexture(Visit& visit, DisplayList& self, GATexture* texture);
 void AfterSetTexture(Visit& visit, DisplayList& self, GATexture* texture);
 void BeforeListProjection(Visit& visit, DisplayList& self, int mode);
 void AfterListProjection(Visit& visit, DisplayList& self, int mode);
-void BeforeSetupLights(Visit& visit, DisplayList& self, LightListNode* lights);
 void AfterSetupLights(Visit& visit, DisplayList& self, LightListNode* lights);
 void AfterSetMaterial(Visit& visit, DisplayList& self, AttrProperty* material, float scale);
 void BeforeBeginInstructions(Visit& visit, DisplayList& self);
@@ -52,6 +51,12 @@ void BeforeColoredRectangle(Visit& visit, DisplayList& self, int, int, int, int,
 void BeforeRoundRect(Visit& visit, DisplayList& self, int, int, int, int, float z, int, int,
                      const GAColor&);
 
+// Lines and polygons in pixels: their depth.
+void BeforeLine(Visit& visit, DisplayList& self, const Vector& a, const Vector& b);
+void BeforeColoredLine(Visit& visit, DisplayList& self, const Vector& a, const Vector& b,
+                       const GAColor&);
+void BeforePolygon(Visit& visit, DisplayList& self, const VornPoly& polygon, int);
+
 // Arrays.
 void BeforePoints(Visit& visit, DisplayList& self, const Vector* points, int count);
 void BeforeSegments(Visit& visit, DisplayList& self, const Vector* a, const Vector* b, int count,
@@ -65,7 +70,7 @@ void BeforeQuad(Visit& visit, DisplayList& self, const GAVertex* vertices, int m
 void BeforeColoredQuad(Visit& visit, DisplayList& self, const GAVertex* vertices,
                        const RGBFloat* colors, int);
 void BeforeLitQuad(Visit& visit, DisplayList& self, const GALitVertex* vertices);
-void BeforeTriangle(Visit& visit, DisplayList& self, const GAVertex* vertices, int);
+void BeforeTriangle(Visit& visit, DisplayList& self, const GAVertex* vertices, int check);
 void BeforeFan(Visit& visit, DisplayList& self, const GAVertex* vertices, unsigned long vertexCount,
                const unsigned short* indices, unsigned long indexCount, int);
 void BeforeLitTriangles(Visit& visit, DisplayList& self, const GALitVertex* vertices,

@@ -40,8 +40,8 @@ Rows StateRows() {
       On<&List::Execute>("DisplayList::Execute", kFree),
       On<&List::SetProjection, BeforeListProjection, AfterListProjection>(
           "DisplayList::SetProjection", kSurface | kProjected),
-      On<&List::SetupLights, BeforeSetupLights, AfterSetupLights>(
-          "DisplayList::SetupLights", kSurface | kClosesBlock | kFlushes),
+      On<&List::SetupLights, kNone, AfterSetupLights>("DisplayList::SetupLights",
+                                                      kSurface | kClosesBlock | kFlushes),
       On<&List::SetMaterial, kNone, AfterSetMaterial>("DisplayList::SetMaterial",
                                                       kSurface | kFlushes),
       On<&List::PrepForLines, BeforePrep<Prepared::kLines>, AfterPrep<Prepared::kLines>>(
@@ -83,14 +83,14 @@ Rows LineRows() {
       On<Adder<Vector, GAColor&, Vector, GAColor&>(&List::AddLine)>("DisplayList::AddLine",
                                                                     kDrawsBatched),
       On<&List::AddLineList, BeforeSegments>("DisplayList::AddLineList", kDrawsBatched),
-      On<Adder<const Vector&, const Vector&>(&List::AddTransformedLine)>(
+      On<Adder<const Vector&, const Vector&>(&List::AddTransformedLine), BeforeLine>(
           "DisplayList::AddTransformedLine", kDrawsBatched),
-      On<Adder<const Vector&, const Vector&, const GAColor&>(&List::AddTransformedLine)>(
-          "DisplayList::AddTransformedLine", kDrawsBatched),
-      On<Adder<const Vector&, const Vector&>(&List::AddTransformedLineRef)>(
+      On<Adder<const Vector&, const Vector&, const GAColor&>(&List::AddTransformedLine),
+         BeforeColoredLine>("DisplayList::AddTransformedLine", kDrawsBatched),
+      On<Adder<const Vector&, const Vector&>(&List::AddTransformedLineRef), BeforeLine>(
           "DisplayList::AddTransformedLineRef", kDrawsBatched),
-      On<Adder<const Vector&, const Vector&, const GAColor&>(&List::AddTransformedLineRef)>(
-          "DisplayList::AddTransformedLineRef", kDrawsBatched),
+      On<Adder<const Vector&, const Vector&, const GAColor&>(&List::AddTransformedLineRef),
+         BeforeColoredLine>("DisplayList::AddTransformedLineRef", kDrawsBatched),
       On<Adder<const Vector&, const GAColor&, const Vector&, const GAColor&>(
           &List::AddTransformedLine)>("DisplayList::AddTransformedLine", kDrawsBatched),
       On<Adder<Vector*, int>(&List::AddTransformedLineList), BeforePoints>(
@@ -134,8 +134,8 @@ Rows OutlineRows() {
 
 Rows SurfaceRows() {
   return {
-      On<&List::AddTransformedPolygon, kNone, AfterPolygon>("DisplayList::AddTransformedPolygon",
-                                                            kDraws),
+      On<&List::AddTransformedPolygon, BeforePolygon, AfterPolygon>(
+          "DisplayList::AddTransformedPolygon", kDraws),
       On<&List::AddTransformedPolygons, BeforePolygons, AfterPolygons>(
           "DisplayList::AddTransformedPolygons", kDraws),
       On<Adder<GAVertex*, int, int>(&List::AddTransformedQuad), BeforeQuad, AfterQuad>(

@@ -21,8 +21,7 @@ void KeepAdded(Visit& visit, DisplayList& self, bool check) {
   ListState* list = visit.State().Find(&self);
   BufferState* buffer = list ? visit.State().BufferOf(*list) : nullptr;
   if (!buffer) return;
-  const TextureState* texture = list->texture ? visit.State().Find(list->texture) : nullptr;
-  if (!check || !(list->isMaterialTransparent || (texture && texture->isTransparent))) {
+  if (!check || !visit.State().IsTransparent(*list)) {
     list->batchesWait = true;
     return;
   }
@@ -35,6 +34,18 @@ void SetSwitch(Visit& visit, DisplayList& self, int function) {
   if (ListState* list = visit.State().Find(&self)) {
     list->switches.at(static_cast<std::size_t>(function) / 2) = function;
   }
+}
+
+/// Notes lights beyond those of the GL, which cannot be asked while a block is open.
+void CheckLightCount(Visit& visit, const LightListNode* lights) {
+  constexpr int kLeastLights = 8;  // of every GL
+  const int most = GlInteger(GL_MAX_LIGHTS, kLeastLights);
+  int shining = 0;
+  for (const LightListNode* node = lights; node; node = node->next) {
+    if (node->light && node->light->Shines()) ++shining;
+  }
+  if (shining <= most) return;
+  visit.Note(Kind::kManyLights, fmt::format("{} lights shine, and the GL has {}", shining, most));
 }
 
 }  // namespace
@@ -68,7 +79,16 @@ void BeforeSetTexture(Visit& visit, DisplayList&, GATexture* texture) {
 }
 
 void AfterSetTexture(Visit& visit, DisplayList& self, GATexture* texture) {
-  if (ListState* list = visit.State().Find(&self)) list->texture = texture;
+  ListState* list = visit.State().Find(&self);
+  if (!list) return;
+  list->texture = texture;
+  const BufferState* buffer = visit.State().BufferOf(*list);
+  const TextureState* known = texture ? visit.State().Find(texture) : nullptr;
+  if (!known || !known->hasPicture || list->isBlockOpen || !buffer) return;
+  if (buffer->surface != BufferState::Surface::kReady || IsGlEnabled(GL_TEXTURE_2D)) return;
+  visit.Note(Kind::kTextureLost,
+             "texturing stays off: textured glass of the scene before, or TransparentBlit, has "
+             "switched it off in the GL alone");
 }
 
 void BeforeListProjection(Visit& visit, DisplayList& self, int mode) {
@@ -93,18 +113,8 @@ void AfterListProjection(Visit& visit, DisplayList& self, int mode) {
   if (BufferState* buffer = visit.State().BufferOf(*list)) buffer->projection = mode != 0;
 }
 
-void BeforeSetupLights(Visit& visit, DisplayList&, LightListNode* lights) {
-  constexpr int kLeastLights = 8;  // of every GL
-  const int most = GlInteger(GL_MAX_LIGHTS, kLeastLights);
-  int shining = 0;
-  for (const LightListNode* node = lights; node; node = node->next) {
-    if (node->light && node->light->Shines()) ++shining;
-  }
-  if (shining <= most) return;
-  visit.Note(Kind::kManyLights, fmt::format("{} lights shine, and the GL has {}", shining, most));
-}
-
 void AfterSetupLights(Visit& visit, DisplayList& self, LightListNode* lights) {
+  CheckLightCount(visit, lights);
   SetSwitch(visit, self, DisplayList::kLightingOn);
   ListState* list = visit.State().Find(&self);
   BufferState* buffer = list ? visit.State().BufferOf(*list) : nullptr;
@@ -151,15 +161,13 @@ void AfterEndInstructions(Visit& visit, DisplayList& self) {
 void BeforeFlushTransparent(Visit& visit, DisplayList& self) {
   const ListState* list = visit.State().Find(&self);
   if (!list || !list->batchesWait) return;
-  visit.Note(Kind::kBatchesWait, "batches wait, and will cover the glass before them");
+  visit.Note(Kind::kBatchesWait, "batches wait, and will cover what is drawn now");
 }
 
 void AfterFlushTransparent(Visit& visit, DisplayList& self) {
   ListState* list = visit.State().Find(&self);
   BufferState* buffer = list ? visit.State().BufferOf(*list) : nullptr;
-  if (!buffer) return;
-  buffer->glassWaits = false;
-  buffer->waitingTextures.clear();
+  if (buffer) buffer->KeepGlassDrawn();
 }
 
 void BeforeDeleteList(Visit& visit, DisplayList& self) {

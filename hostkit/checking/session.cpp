@@ -54,6 +54,11 @@ bool Session::IsBlockOpen() const {
                      [](const auto& list) { return list.second.isBlockOpen; });
 }
 
+bool Session::IsTransparent(const ListState& list) {
+  const TextureState* texture = list.texture ? Find(list.texture) : nullptr;
+  return list.isMaterialTransparent || (texture && texture->isTransparent);
+}
+
 Session& TheSession() {
   static Session& session = *new Session;
   return session;

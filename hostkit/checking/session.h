@@ -3,10 +3,12 @@
 
 #include <array>
 #include <atomic>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <set>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <unordered_map>
 #include <utility>
@@ -52,8 +54,20 @@ struct BufferState {
   bool knowsLooks = false;                     ///< Material or lights were set in its context.
   bool isFogLinear = true;                     ///< By its density.
   bool glassWaits = false;                     ///< Something transparent was added since EndScene.
+  bool drewGlass = false;                      ///< Such was drawn in its context.
   CGLContextObj context = nullptr;             ///< Null when not seen yet.
   std::set<const GATexture*> waitingTextures;  ///< Of what waits for EndScene.
+
+  /// Nothing waits for EndScene any more.
+  void ForgetWaiting() {
+    glassWaits = false;
+    waitingTextures.clear();
+  }
+  /// The same, since it was drawn.
+  void KeepGlassDrawn() {
+    drewGlass = drewGlass || glassWaits;
+    ForgetWaiting();
+  }
 };
 
 struct ListState {
@@ -100,7 +114,9 @@ struct Session {
   std::unordered_map<const DisplayList*, ListState> lists;
   std::unordered_map<const GATexture*, TextureState> textures;
   std::unordered_map<const GAShaderProgram*, EffectState> effects;
-  std::set<std::pair<Kind, const char*>> told;  ///< With operations.
+  std::set<std::pair<Kind, std::string_view>> told;  ///< With operations, or empty for any.
+  /// Calls more of the kinds that are told of one operation alone.
+  std::map<Kind, int> repeats;
 
   /// Null for an object that is not checked.
   BufferState* Find(const GABuffer* buffer);
@@ -112,6 +128,8 @@ struct Session {
   /// The list that draws into a buffer; null when there is none.
   ListState* ListOf(const BufferState& buffer);
   bool IsBlockOpen() const;
+  /// Whether what is added to a list now may be seen through: by its texture or its material.
+  bool IsTransparent(const ListState& list);
 };
 
 /// The process's one, which is never destroyed.

@@ -1,6 +1,8 @@
 // Checks of the texture's operations.
 #include <fmt/format.h>
 
+#include <string_view>
+
 #include "host/Bitmap.h"
 #include "host/GATexture.h"
 #include "hostkit/checking/gl_errors.h"
@@ -22,6 +24,18 @@ void CheckMaker(Visit& visit, const GATexture& self) {
   visit.Note(Kind::kTextureTwice, "the texture has a picture, which stays in the GL's memory");
 }
 
+/// Whether there is a buffer to make a texture of.
+bool HasPicture(const HBitmapNode& bitmap) {
+  for (const HBitmapBuffer* buffer = bitmap.GetBufferHead(); buffer; buffer = buffer->Next()) {
+    const std::string_view name = buffer->Name().Text();
+    if ((name == "Color" || name == "ColorAlpha") && buffer->Data() &&
+        buffer->Width() == bitmap.GetWidth() && buffer->Height() == bitmap.GetHeight()) {
+      return true;
+    }
+  }
+  return false;
+}
+
 void CheckBitmap(Visit& visit, const GATexture& self, const HBitmapNode* bitmap) {
   CheckMaker(visit, self);
   if (!bitmap) {
@@ -29,6 +43,14 @@ void CheckBitmap(Visit& visit, const GATexture& self, const HBitmapNode* bitmap)
     return;
   }
   const int width = bitmap->GetWidth(), height = bitmap->GetHeight();
+  if (!HasPicture(*bitmap)) {
+    visit.Note(
+        Kind::kEmptyPicture,
+        fmt::format("the bitmap of {}x{} has no \"Color\" or \"ColorAlpha\" of that size with "
+                    "storage",
+                    width, height));
+    return;
+  }
   if (width % kSideStep == 0 && height % kSideStep == 0) return;
   visit.Note(Kind::kTextureScaled, fmt::format("the picture of {}x{} is scaled", width, height));
 }
@@ -66,8 +88,10 @@ void AfterMakeForShader(Visit& visit, GATexture& self, int result, HBitmapNode* 
   KeepBitmap(visit, self, result, bitmap);
 }
 
-void BeforeMake(Visit& visit, GATexture& self, HBitmapNode* bitmap, int, int, int) {
+void BeforeMake(Visit& visit, GATexture& self, HBitmapNode* bitmap, int wrap, int, int) {
   CheckBitmap(visit, self, bitmap);
+  if (wrap == GATexture::kRepeat || wrap == GATexture::kBorder) return;
+  visit.Note(Kind::kUnknownNumber, fmt::format("wrap is {}, which counts as kBorder", wrap));
 }
 
 void AfterMake(Visit& visit, GATexture& self, int result, HBitmapNode* bitmap, int, int, int) {

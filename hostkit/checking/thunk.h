@@ -66,7 +66,8 @@ class Thunk<member, before, after> {
   static inline unsigned m_rules = 0;
 };
 
-/// What stands in the slot that `delete` calls: `before`, then the function that stood there.
+/// What stands in the slot that `delete` calls: `before`, then the function that stood there. An
+/// object is forgotten whoever deletes it.
 template <class Class, void (*before)(Visit&, Class&)>
 class DeletingThunk {
  public:
@@ -80,11 +81,9 @@ class DeletingThunk {
     const auto original =
         MemberAt<void (Class::*)()>(OriginalFunction(&object, kDeletingDestructor));
     Visit visit(m_name, kFree);
-    if (visit.IsOfHost()) {
-      visit.Lock();
-      before(visit, object);
-      visit.Unlock();
-    }
+    visit.Lock();
+    before(visit, object);
+    visit.Unlock();
     (object.*original)();
   }
 

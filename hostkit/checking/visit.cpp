@@ -3,7 +3,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <utility>
 
 #include "hostkit/checking/gl_errors.h"
@@ -37,13 +39,21 @@ void Print(const Misuse& misuse) {
   std::fputs(line.c_str(), stderr);
 }
 
-void Tell(const Misuse& misuse) {
+/// What the callback throws ends the process, as MisuseCallback says.
+void Tell(const Misuse& misuse) noexcept {
   Listener listener;
   {
     const std::lock_guard lock(g_listenerMutex);
     listener = g_listener;
   }
   listener.callback ? listener.callback(misuse, listener.userData) : Print(misuse);
+}
+
+/// What one mistake makes of every call that follows.
+bool IsOfEveryCall(Kind kind) {
+  constexpr Kind kKinds[] = {Kind::kBeforeInitialize, Kind::kSecondThread, Kind::kNoSurface,
+                             Kind::kSurfaceFailed, Kind::kNoProjection};
+  return std::find(std::begin(kKinds), std::end(kKinds), kind) != std::end(kKinds);
 }
 
 void CheckSurface(Visit& visit, const BufferState& buffer) {
@@ -93,7 +103,24 @@ Visit::~Visit() {
 }
 
 void Visit::Note(Kind kind, std::string values) {
-  if (!m_session.told.emplace(kind, m_operation).second) return;
+  if (!m_isOfHost) return;
+  if (kind == Kind::kBlockOpen) m_isInOpenBlock = true;
+  const bool once = IsOfEveryCall(kind);
+  if (m_session.told.emplace(kind, once ? std::string_view() : m_operation).second) {
+    Add(kind, std::move(values));
+  } else if (once) {
+    ++m_session.repeats[kind];
+  }
+}
+
+void Visit::NoteRepeats() {
+  if (!m_isOfHost) return;
+  for (const auto& [kind, calls] : std::exchange(m_session.repeats, {})) {
+    Add(kind, fmt::format("so it was {} times more", calls));
+  }
+}
+
+void Visit::Add(Kind kind, std::string values) {
   const MisuseText& text = kMisuseTexts[static_cast<std::size_t>(kind)];
   m_noted.push_back({text.name, m_operation, std::move(values), text.remedy});
 }
@@ -110,7 +137,7 @@ void Visit::Unlock() {
 
 /// The thread that calls is the drawing thread, as long as it runs.
 void Visit::CheckThread() {
-  if (Has(kAnyThread)) return;
+  if (!m_isOfHost || Has(kAnyThread)) return;
   DriverState& driver = m_session.driver;
   const std::thread::id self = std::this_thread::get_id();
   if (driver.thread == self) return;
@@ -124,7 +151,7 @@ void Visit::CheckThread() {
 
 void Visit::NoteGlErrors() {
   for (std::string& error : TakeGlErrors(Has(kNewContext), !m_session.IsBlockOpen())) {
-    Note(Kind::kGlError, std::move(error));
+    if (!m_isInOpenBlock) Note(Kind::kGlError, std::move(error));
   }
 }
 

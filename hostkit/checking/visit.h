@@ -42,22 +42,28 @@ class Visit {
   bool IsOfHost() const { return m_isOfHost; }
   bool Has(Rule rule) const { return (m_rules & rule) != 0; }
   Session& State() { return m_session; }
-  /// Notes a misuse, unless it was told already for this operation. Between Lock and Unlock.
+  /// Notes a misuse of the host, unless it was told already: for this operation, or for any, of
+  /// those that one mistake makes of every call. Between Lock and Unlock.
   void Note(Kind kind, std::string values);
+  /// Notes how many calls more there were of the latter.
+  void NoteRepeats();
 
   /// Begins to look at the state.
   void Lock();
   /// Ends it and tells what was noted.
   void Unlock();
-  /// Notes the errors that the GL has had. Between Lock and Unlock.
+  /// Notes the errors that the GL has had, but for those of a call that a block was open for: that
+  /// is told by itself. Between Lock and Unlock.
   void NoteGlErrors();
 
  private:
   void CheckThread();
+  void Add(Kind kind, std::string values);
 
   const char* m_operation;
   unsigned m_rules;
   bool m_isOfHost;
+  bool m_isInOpenBlock = false;  // and the GL refuses the call
   Session& m_session = TheSession();
   std::unique_lock<std::mutex> m_lock;
   std::vector<Misuse> m_noted;

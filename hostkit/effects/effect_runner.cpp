@@ -110,6 +110,15 @@ bool EffectRunner::ReadLimits(std::string* error) {
     return false;
   }
   m_rendererName = platform::CurrentRenderer() + ", OpenGL " + platform::CurrentVersion();
+  // The module starts with the older GL_EXT_framebuffer_object as well, whose functions have other
+  // names; its effects would call null.
+  if (!glGenFramebuffers) {
+    *error = fmt::format(
+        "effects need GL_ARB_framebuffer_object, which {} lacks; update the "
+        "OpenGL driver, or try --device cpu",
+        m_rendererName);
+    return false;
+  }
   GLint maxTexture = 0;
   glGetIntegerv(GL_MAX_TEXTURE_SIZE, &maxTexture);
   constexpr int kLeastWindow = 8;

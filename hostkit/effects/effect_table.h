@@ -16,7 +16,8 @@ struct EffectKind;
 struct EffectCall {
   const EffectKind* kind = nullptr;  ///< A row of kEffectKinds.
   float passes = 1;                  ///< A whole number; for blur, of pairs: up and down, across.
-  float radius = 10;                 ///< Pixels; of blur alone.
+  /// Pixels; of blur alone, whose samples lie more than one apart: what is thinner doubles.
+  float radius = 10;
 };
 
 /// What an effect does with alpha.

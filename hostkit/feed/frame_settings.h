@@ -66,6 +66,9 @@ struct GroundGrid {
   float spacing = 0;
 };
 
+/// Of markers: as large as their mean spacing in the picture leaves room for.
+inline constexpr int kSizeBySpacing = -1;
+
 /// Everything but the scene and where it is seen from.
 struct FrameSettings {
   /// Pixels.
@@ -86,9 +89,11 @@ struct FrameSettings {
   DrawMode mode = DrawMode::kShaded;  ///< What of the surfaces is drawn.
   /// Also shows triangles from behind whose material says that they are not seen from there.
   bool showsAllBacks = false;
-  /// Of wireframe and lines. Empty: the material's in wireframe, and in lines black or white,
-  /// whatever stands out from the background.
+  /// Of wireframe, lines and edges over surfaces. Empty: the material's in wireframe, in lines
+  /// black or white, whatever stands out from the background, and over surfaces black.
   std::optional<ColorBuf> lineColor;
+  /// Over shaded and flat surfaces also every edge of their triangles, once.
+  bool showsEdges = false;
   float creaseDegrees = 30;  ///< Of lines: faces that meet at a larger angle have an edge.
   /// Pixels, of all points; 0 chooses by their number and spacing. Points of three pixels and more
   /// are round where a pixel has several samples, else square.
@@ -97,7 +102,7 @@ struct FrameSettings {
   Fog fog;                       ///< None at first.
   GroundGrid grid;               ///< None at first.
   std::optional<UpAxis> upAxis;  ///< Of the grid; empty: the scene's.
-  /// Markers on all vertices: half their side in pixels, 0 for none.
+  /// Markers on all vertices: half their side in pixels, 0 for none, or kSizeBySpacing.
   int controlPointSize = 0;
   ColorBuf controlPointColor{255, 170, 0, 255};  ///< Of those markers.
   std::vector<OverlayPicture> overlays;          ///< Drawn in this order, after the scene.

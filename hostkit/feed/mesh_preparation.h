@@ -80,7 +80,8 @@ struct PreparedMesh {
   const UvMap* Uvs() const { return texture ? &uvs : nullptr; }
   /// The band of a triangle that is drawn; null without bands.
   const AlphaBand* BandOf(std::size_t triangle) const {
-    return bands.size() < 2 ? bands.data() : &bands[cuts->bands[triangle]];
+    if (bands.empty()) return nullptr;
+    return bands.size() == 1 ? &bands.front() : &bands[cuts->bands[triangle]];
   }
   /// The picture's least alpha where the vertices' colours have this one.
   int LeastAlphaAt(int vertexAlpha) const;

@@ -14,9 +14,9 @@ namespace {
 
 // Sides of textures are multiples of it.
 constexpr int kMultiple = 4;
-// What copies, windows and squares may come to: texels a side and in all. Squares keep to a side at
-// which the renderer has no driver compress them, and what is enlarged to find edges to less, since
-// its texels take time.
+// What copies, windows and squares may come to: texels a side and in all. Squares, but for large
+// ones, keep to a side at which the renderer has no driver compress them, and what is enlarged to
+// find edges to less, since its texels take time.
 constexpr int kMostSide = 4096, kMostOfSquares = 2048, kMostSmooth = 1024;
 constexpr std::int64_t kMostTexels = std::int64_t{1} << 22;
 // A window on a picture as large as it is itself, and a little more, may have this side.
@@ -65,18 +65,24 @@ AxisLayout LayOut(const Axis& axis, int factor, int mostSide) {
 
 std::initializer_list<int> FactorsOf(Enlarging enlarging) {
   static constexpr std::initializer_list<int> kNone = {1};
+  static constexpr std::initializer_list<int> kDouble = {2, 1};
   static constexpr std::initializer_list<int> kSquares = {64, 32, 16, 8, 4, 2, 1};
   // Odd, so that the texels' middles stay middles of texels.
   static constexpr std::initializer_list<int> kSmooth = {9, 7, 5, 3, 1};
   if (enlarging == Enlarging::kNone) return kNone;
+  if (enlarging == Enlarging::kLargeSquares) return kDouble;
   return enlarging == Enlarging::kSquares ? kSquares : kSmooth;
 }
 
 bool IsAffordable(const PictureLayout& layout, Enlarging enlarging) {
   const std::int64_t width = std::int64_t{layout.u.count} * layout.u.factor;
   const std::int64_t height = std::int64_t{layout.v.count} * layout.v.factor;
-  const int most = enlarging == Enlarging::kSquares ? kMostOfSquares : kMostSmooth;
-  if (layout.u.factor > 1 && std::max(width, height) > most) return false;
+  const bool isEnlarged = layout.u.factor > 1;
+  if (isEnlarged && enlarging == Enlarging::kLargeSquares) {
+    return std::max(width, height) <= kMostSide;
+  }
+  const int most = enlarging == Enlarging::kSmooth ? kMostSmooth : kMostOfSquares;
+  if (isEnlarged && std::max(width, height) > most) return false;
   return width * height <= kMostTexels;
 }
 

@@ -37,9 +37,10 @@ struct PictureLayout {
 
 /// What is done about texels when they are enlarged.
 enum class Enlarging {
-  kNone,     ///< A texel is a texel.
-  kSquares,  ///< They become squares.
-  kSmooth,   ///< They blend: for edges that are to be found between them.
+  kNone,          ///< A texel is a texel.
+  kSquares,       ///< They become squares.
+  kLargeSquares,  ///< The same for a picture whose texture may be as large as any.
+  kSmooth,        ///< They blend: for edges that are to be found between them.
 };
 
 /// From a mesh's texture coordinates to those in a texture: held between `least` and `most`, then

@@ -15,6 +15,8 @@ using Imath::V3f;
 constexpr double kFill = 1.4;
 constexpr float kLeastLimit = 3, kMostLimit = 64;  // pixels
 constexpr float kShareOfHeight = 0.01f;
+constexpr double kMarkerShare = 1.0 / 6;  // of the spacing, for half a side
+constexpr double kLeastMarker = 0.5, kMostMarker = 3;
 // Nearer to the middle than this share of their extent, points do not grow any more.
 constexpr double kNearest = 0.1;
 
@@ -30,6 +32,17 @@ PointSpread SpreadOf(const Imath::Box3f& bounds, std::size_t count) {
   spread.spacing = static_cast<float>(std::max(std::sqrt(area / number), longest / number));
   spread.extent = static_cast<float>(size.length());
   return spread;
+}
+
+/// How far apart neighbours are in a picture of that height, seen from the side.
+double SpacingInPixels(const PointSpread& spread, const View& view, int height) {
+  const SceneCamera& camera = view.camera;
+  double seen = camera.parallelHeight;  // world units that the picture is high
+  if (!(seen > 0)) {
+    const double away = (V3d(spread.middle) - V3d(camera.eye)).length();
+    seen = 2 * std::max(away, kNearest * spread.extent) * std::tan(camera.verticalFov / 2);
+  }
+  return static_cast<double>(spread.spacing) * height / seen;
 }
 
 }  // namespace
@@ -59,14 +72,14 @@ float PointSizeFor(const PointSpread& spread, const View& view, int height) {
   const float most =
       std::clamp(kShareOfHeight * static_cast<float>(height), kLeastLimit, kMostLimit);
   if (!(spread.spacing > 0)) return most;
-  const SceneCamera& camera = view.camera;
-  double seen = camera.parallelHeight;  // world units that the picture is high
-  if (!(seen > 0)) {
-    const double away = (V3d(spread.middle) - V3d(camera.eye)).length();
-    seen = 2 * std::max(away, kNearest * spread.extent) * std::tan(camera.verticalFov / 2);
-  }
-  const double pixels = kFill * spread.spacing * height / seen;
+  const double pixels = kFill * SpacingInPixels(spread, view, height);
   return std::isfinite(pixels) ? std::clamp(static_cast<float>(pixels), 1.0f, most) : most;
+}
+
+float MarkerSizeFor(const PointSpread& spread, const View& view, int height) {
+  const double pixels = kMarkerShare * SpacingInPixels(spread, view, height);
+  const bool isSpread = spread.spacing > 0 && std::isfinite(pixels);
+  return static_cast<float>(isSpread ? std::clamp(pixels, kLeastMarker, kMostMarker) : kMostMarker);
 }
 
 }  // namespace hostkit

@@ -29,4 +29,8 @@ PointSpread SpreadOfVertices(const Scene& scene, const Imath::Box3f& bounds);
 /// turns.
 float PointSizeFor(const PointSpread& spread, const View& view, int height);
 
+/// Half the side of markers on points that lie so, in pixels, 0.5 to 3: they cover a third of the
+/// way to their neighbours.
+float MarkerSizeFor(const PointSpread& spread, const View& view, int height);
+
 }  // namespace hostkit

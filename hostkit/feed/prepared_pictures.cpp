@@ -16,8 +16,16 @@ bool IsWindowed(const SceneImage& image) {
          image.bitmap->GetWidth() % 4 != 0 || image.bitmap->GetHeight() % 4 != 0;
 }
 
-Enlarging EnlargingFor(const PictureMix& mix) {
-  if (mix.Leader()->isNearest) return Enlarging::kSquares;
+// Sides from which on squares take a texture as large as any, of up to 64 MiB; few get one.
+constexpr int kLargeSide = 1024, kMostLargeSquares = 2;
+
+Enlarging EnlargingFor(const PictureMix& mix, int largeSquares) {
+  const SceneImage& leader = *mix.Leader();
+  if (leader.isNearest) {
+    const int side = std::max(leader.bitmap->GetWidth(), leader.bitmap->GetHeight());
+    const bool isLarge = side > kLargeSide && largeSquares < kMostLargeSquares;
+    return isLarge ? Enlarging::kLargeSquares : Enlarging::kSquares;
+  }
   return mix.leastAlpha > 0 ? Enlarging::kSmooth : Enlarging::kNone;
 }
 
@@ -89,12 +97,13 @@ std::unique_ptr<PreparedTexture> PreparedPictures::New(const TextureRecipe& reci
   if (IsReadable(mix.color) && IsReadable(mix.glow)) {
     const int width = bitmap->GetWidth(), height = bitmap->GetHeight();
     const Imath::Box2f& shown = m_shown[static_cast<std::size_t>(&leader - m_scene->images.data())];
-    const PictureLayout layout =
-        LayOutPicture(leader, width, height, shown.isEmpty() ? Imath::Box2f({0, 0}, {1, 1}) : shown,
-                      EnlargingFor(mix));
+    const Enlarging enlarging = EnlargingFor(mix, m_largeSquares);
+    const PictureLayout layout = LayOutPicture(
+        leader, width, height, shown.isEmpty() ? Imath::Box2f({0, 0}, {1, 1}) : shown, enlarging);
+    if (enlarging == Enlarging::kLargeSquares && layout.u.factor > 1) ++m_largeSquares;
     made->uvs = MapInto(layout, width, height);
     if (!mix.IsPictureAlone() || mix.leastAlpha > 0 || !IsPlain(layout, width, height)) {
-      owned = MakePicture(mix, layout, EnlargingFor(mix));
+      owned = MakePicture(mix, layout, enlarging);
       if (!owned) return nullptr;
       bitmap = owned.get();
     }

@@ -59,6 +59,7 @@ class PreparedPictures {
   const Scene* m_scene = nullptr;
   std::vector<Imath::Box2f> m_shown;  // by image: the texture coordinates that it is shown with
   std::map<int, bool> m_hasAlpha;
+  int m_largeSquares = 0;  // textures that Enlarging::kLargeSquares has made large
   std::map<Key, std::unique_ptr<PreparedTexture>> m_textures;
 };
 

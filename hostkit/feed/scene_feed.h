@@ -36,6 +36,7 @@ struct FeedView {
   const FrameSettings* settings = nullptr;  ///< Must live until the frame is drawn.
   ColorBuf background;                      ///< What the surface was cleared with.
   float pointSize = 1;                      ///< Pixels.
+  float controlPointSize = 0;               ///< Half their side in pixels; 0: none.
 };
 
 /// Walks a scene's instances once a frame. Arrays keep their capacity from frame to frame. Scene
@@ -119,6 +120,7 @@ class SceneFeed {
   ColorBuf PictureMean(int image, std::size_t triangle, int leastAlpha) const;
   void FeedFill();
   void FeedEdges(int mesh);
+  void FeedEdgesOver();
   void FindFacesAway();
   bool IsDrawn(const MeshEdge& edge) const;
   void FeedVertices();

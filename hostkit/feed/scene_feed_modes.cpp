@@ -1,4 +1,5 @@
 // Feeds a scene to a display list: the ways to draw that are not shaded, and markers.
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -119,7 +120,9 @@ GALitVertex SceneFeed::EdgeEnd(std::uint32_t vertex) const {
   const V3f place =
       TowardsEye({end.x, end.y, end.z}, kOutOfSurface * static_cast<float>(settings.samplesPerSide),
                  *m_view.info);
-  const ColorBuf color = settings.lineColor.value_or(ContrastColor(settings));
+  const ColorBuf usual =
+      settings.mode == DrawMode::kLines ? ContrastColor(settings) : ColorBuf{0, 0, 0, 255};
+  const ColorBuf color = settings.lineColor.value_or(usual);
   return {place.x, place.y, place.z, color.red, color.green, color.blue, color.alpha};
 }
 
@@ -129,7 +132,7 @@ bool SceneFeed::IsDrawn(const MeshEdge& edge) const {
   const bool isRightAway =
       edge.right < 0 ? isLeftAway : m_facesAway[static_cast<std::size_t>(edge.right)];
   if (m_placed.hidesBacks && isLeftAway && isRightAway) return false;
-  if (edge.right < 0) return true;
+  if (edge.right < 0 || m_view.settings->mode != DrawMode::kLines) return true;
   const float crease = m_view.settings->creaseDegrees * std::numbers::pi_v<float> / 180;
   if (edge.cosine < std::cos(crease)) return true;
   // The outline: one of its triangles is seen from outside, the other one from inside.
@@ -148,6 +151,16 @@ void SceneFeed::FindFacesAway() {
 void SceneFeed::FeedEdges(int mesh) {
   for (const MeshEdge& edge : m_edges.OfMesh(m_scene, mesh)) {
     if (IsDrawn(edge)) m_lines.Add(EdgeEnd(edge.a), EdgeEnd(edge.b));
+  }
+}
+
+/// Every edge of surfaces that are drawn themselves.
+void SceneFeed::FeedEdgesOver() {
+  for (const SceneInstance& instance : m_scene.instances) {
+    // Their triangles may have been cut for pictures; edges are the mesh's.
+    if (!Place(instance) || m_placed.mesh->triangles.empty()) continue;
+    FindFacesAway();
+    FeedEdges(instance.mesh);
   }
 }
 
@@ -179,7 +192,8 @@ void SceneFeed::FeedControlPoints() {
   info.viewTop = m_view.picture->viewTop;
   info.viewBottom = m_view.picture->viewBottom;
   const FrameSettings& settings = *m_view.settings;
-  const int size = settings.controlPointSize * settings.samplesPerSide;
+  const float samples = m_view.controlPointSize * static_cast<float>(settings.samplesPerSide);
+  const int size = std::max(static_cast<int>(std::lround(samples)), 1);
   const ColorBuf& color = settings.controlPointColor;
   m_pointColor.Set(color.red, color.green, color.blue, color.alpha);
   std::size_t count = 0;

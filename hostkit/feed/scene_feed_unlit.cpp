@@ -47,7 +47,8 @@ void SceneFeed::FeedUnlit() {
   m_list->FlushArrays();
   if (hasPictures && m_prepared.HasGlow(false)) FeedGlow(false);
   if (clearFill) m_view.info->buffer->SetFogState(1);
-  if (settings.controlPointSize > 0) FeedControlPoints();
+  if (settings.showsEdges) FeedEdgesOver();
+  if (m_view.controlPointSize > 0) FeedControlPoints();
   m_lines.Draw(m_list);
   if (!m_points.empty()) FeedPoints();
   if (!m_sorted.empty()) FeedSorted();

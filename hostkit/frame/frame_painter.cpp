@@ -89,6 +89,9 @@ void FramePainter::Begin(const FrameSettings& settings, const View& view) {
     const bool areVertices = settings.mode == DrawMode::kPoints;
     m_pointSize = PointSizeFor(areVertices ? m_vertices : m_points, view, settings.height);
   }
+  m_markerSize = settings.controlPointSize == kSizeBySpacing
+                     ? MarkerSizeFor(m_vertices, view, settings.height)
+                     : static_cast<float>(settings.controlPointSize);
   const int side = settings.samplesPerSide;
   FillRenderInfo(m_view, settings.width * side, settings.height * side, &m_picture);
 
@@ -126,7 +129,7 @@ void FramePainter::Clear(const PaintTarget& target, const float* background) {
 
 FeedView FramePainter::ViewOf(const PaintTarget& target, const float* background) {
   return {m_worldToView, m_rig.Head(),        target.info, &m_picture,
-          m_settings,    ToBytes(background), m_pointSize};
+          m_settings,    ToBytes(background), m_pointSize, m_markerSize};
 }
 
 void FramePainter::ApplyFog(GABuffer& buffer) const {
@@ -145,6 +148,12 @@ void FramePainter::Paint(const PaintTarget& target, const PixelWindow& samples,
   FillRenderInfoWindow(m_view, m_settings->width * side, m_settings->height * side, samples,
                        target.info);
   Clear(target, background);
+  if (m_behind) {
+    m_overlays.PaintBehind(target, m_behind, m_settings->width, m_settings->height);
+    FillRenderInfoWindow(m_view, m_settings->width * side, m_settings->height * side, samples,
+                         target.info);
+    target.buffer->ComputeProjectionMatrices();
+  }
   ApplyFog(*target.buffer);
   target.buffer->BeginScene();
   if (m_settings->grid.on) m_grid.Draw(target.list, m_worldToView, *target.info, side);

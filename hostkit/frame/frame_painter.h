@@ -47,6 +47,10 @@ class FramePainter {
   /// Asked while Paint goes on: see SceneFeed. What was painted is not a frame when it said no.
   void SetPause(Pause pause) { m_feed.SetPause(std::move(pause)); }
 
+  /// What Paint puts behind the scene in place of the background's colour: a picture of bytes
+  /// ("Color") of the frame's size. Null: nothing. For frames that are painted whole.
+  void SetBehind(std::shared_ptr<HBitmapNode> picture) { m_behind = std::move(picture); }
+
   /// Prepares lights, fog and planes for a frame of `settings`, which must live until the frame's
   /// last call and are not changed.
   void Begin(const FrameSettings& settings, const View& view);
@@ -92,7 +96,8 @@ class FramePainter {
   const FrameSettings* m_settings = nullptr;
   float m_unit = 1;  // view units in a world unit
   View m_view;       // in view units
-  float m_pointSize = 1;
+  std::shared_ptr<HBitmapNode> m_behind;
+  float m_pointSize = 1, m_markerSize = 0;
   Imath::M44f m_worldToView;
   RenderInfo m_picture;  // as of a surface that held all of it
 };

@@ -99,7 +99,10 @@ HBitmapBuffer* AddFloats(bool isWanted, const char* name, int channels, HBitmapN
 struct FrameRenderer::State {
   explicit State(GADriver* driver) : surface(driver), layers(driver) {}
 
+  bool Draw(const PixelWindow& samples, const float* background);
   BitmapPtr DrawAndRead(const PixelWindow& samples, const float* background, std::string* error);
+  bool DrawTile(const FrameSettings& settings, const PixelWindow& tile, HBitmapBuffer* picture,
+                std::string* error);
   BitmapPtr RenderTiles(const FrameSettings& settings, const Tiling& tiling, std::string* error);
   BitmapPtr Render(const FrameSettings& settings, const View& view, const Tiling& tiling,
                    std::string* error);
@@ -115,17 +118,44 @@ struct FrameRenderer::State {
   std::string rendererName;
 };
 
-BitmapPtr FrameRenderer::State::DrawAndRead(const PixelWindow& samples, const float* background,
-                                            std::string* error) {
-  auto start = Clock::now();
+/// False when the picture is not wanted any more.
+bool FrameRenderer::State::Draw(const PixelWindow& samples, const float* background) {
+  const auto start = Clock::now();
   painter->Paint(surface.Target(), samples, background);
   times.draw += MillisecondsSince(start);
-  if (!GoesOn(pause)) return nullptr;
-  start = Clock::now();
+  return GoesOn(pause);
+}
+
+BitmapPtr FrameRenderer::State::DrawAndRead(const PixelWindow& samples, const float* background,
+                                            std::string* error) {
+  if (!Draw(samples, background)) return nullptr;
+  const auto start = Clock::now();
   BitmapPtr bitmap = surface.Read(surface.Width(), surface.Height());
   times.readBack += MillisecondsSince(start);
   if (!bitmap) *error = kNoMemory;
   return bitmap;
+}
+
+/// Draws what the surface holds of the picture; false also when it is not wanted any more.
+bool FrameRenderer::State::DrawTile(const FrameSettings& settings, const PixelWindow& tile,
+                                    HBitmapBuffer* picture, std::string* error) {
+  const int side = settings.samplesPerSide;
+  const PixelWindow samples{tile.x * side, tile.y * side, surface.Width(), surface.Height()};
+  if (!IsMatte(settings)) {
+    if (!Draw(samples, settings.background)) return false;
+    const auto start = Clock::now();
+    const bool isRead = surface.ReadMeans(side, tile, picture);
+    times.readBack += MillisecondsSince(start);
+    if (!isRead) *error = kNoMemory;
+    return isRead;
+  }
+  const BitmapPtr onBlack = DrawAndRead(samples, kBlackBackground, error);
+  if (!onBlack || !GoesOn(pause)) return false;
+  const BitmapPtr onWhite = DrawAndRead(samples, kWhite, error);
+  if (!onWhite) return false;
+  ResolveSamples(*onBlack->FindBuffer("ColorAlpha"), *onWhite->FindBuffer("ColorAlpha"), side, tile,
+                 picture);
+  return true;
 }
 
 BitmapPtr FrameRenderer::State::RenderTiles(const FrameSettings& settings, const Tiling& tiling,
@@ -135,20 +165,13 @@ BitmapPtr FrameRenderer::State::RenderTiles(const FrameSettings& settings, const
     *error = "memory ran out: choose a smaller picture";
     return nullptr;
   }
-  int side = settings.samplesPerSide;
-  bool matte = IsMatte(settings);
   // Tiles in the last column and row may reach over the picture's edge; the rest is cut off.
   for (int y = 0; y < settings.height; y += tiling.height) {
     for (int x = 0; x < settings.width; x += tiling.width) {
-      PixelWindow samples{x * side, y * side, surface.Width(), surface.Height()};
-      BitmapPtr first = DrawAndRead(samples, matte ? kBlackBackground : settings.background, error);
-      if (!first || !GoesOn(pause)) return nullptr;
-      BitmapPtr second;
-      if (matte) second = DrawAndRead(samples, kWhite, error);
-      if (matte && !second) return nullptr;
-      ResolveSamples(*first->FindBuffer("ColorAlpha"),
-                     second ? second->FindBuffer("ColorAlpha") : nullptr, side,
-                     {x, y, tiling.width, tiling.height}, picture->FindBuffer("ColorAlpha"));
+      if (!DrawTile(settings, {x, y, tiling.width, tiling.height},
+                    picture->FindBuffer("ColorAlpha"), error)) {
+        return nullptr;
+      }
     }
   }
   return picture;
@@ -199,11 +222,7 @@ BitmapPtr FrameRenderer::State::Render(const FrameSettings& settings, const View
   if (!surface.Ensure(tiling.width * side, tiling.height * side, error)) return nullptr;
   rendererName = platform::CurrentRenderer() + ", OpenGL " + platform::CurrentVersion();
   painter->Begin(settings, view);
-  const bool direct = side == 1 && !IsMatte(settings) && tiling.width == settings.width &&
-                      tiling.height == settings.height;
-  BitmapPtr picture =
-      direct ? DrawAndRead({0, 0, settings.width, settings.height}, settings.background, error)
-             : RenderTiles(settings, tiling, error);
+  BitmapPtr picture = RenderTiles(settings, tiling, error);
   if (picture && settings.backdrop) {
     PutPixelsBehind(*settings.backdrop->FindBuffer("ColorAlpha"),
                     picture->FindBuffer("ColorAlpha"));

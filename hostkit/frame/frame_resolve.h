@@ -7,11 +7,10 @@
 namespace hostkit {
 
 /// Averages blocks of `samplesPerSide` x `samplesPerSide` samples into the pixels of `window`,
-/// clipped to `*pixels`. Buffers are half floats as the renderer reads them back. With `onWhite`
-/// null the pixels are opaque. Else `onBlack` and `onWhite` are the same frame on black and on
-/// white: what a pixel lets through of the difference is what it does not cover, and its colour on
-/// black is already multiplied by alpha. Samples on black may be lost, as memory for the pixels.
-void ResolveSamples(HBitmapBuffer& onBlack, const HBitmapBuffer* onWhite, int samplesPerSide,
+/// clipped to `*pixels`, of the same frame on black and on white. Buffers are half floats as the
+/// renderer reads them back. What a pixel lets through of the difference is what it does not cover,
+/// and its colour on black is already multiplied by alpha. Of opaque frames: see ReadMeans.
+void ResolveSamples(const HBitmapBuffer& onBlack, const HBitmapBuffer& onWhite, int samplesPerSide,
                     const PixelWindow& window, HBitmapBuffer* pixels);
 
 /// Lays `layer` over `*pixels` with its top left at (`x`, `y`), clipped. Both are half floats with

@@ -1,4 +1,4 @@
-// A surface to draw on without a window, and to read back.
+// A surface to draw on that nobody sees, and to read back.
 #pragma once
 
 #include <memory>
@@ -9,12 +9,15 @@
 #include "host/GADriver.h"
 #include "host/RenderInfo.h"
 #include "hostkit/frame/overlay_painter.h"
+#include "hostkit/scene/camera_window.h"
 #include "hostkit/services/bitmap_ptr.h"
+#include "platform/mfc_windows.h"
 
 namespace hostkit {
 
-/// An off-screen buffer with depth and a display list on it, kept from frame to frame. The driver
-/// must outlive it. Not moved: the buffer points to the record.
+/// A buffer with depth and a display list on it, kept from frame to frame. It is off screen, but on
+/// a window where the environment says GL3_SURFACE=window, so that the two can be compared. The
+/// driver must outlive it. Not moved: the buffer points to the record.
 class OffScreenSurface {
  public:
   explicit OffScreenSurface(GADriver* driver) : m_driver(driver) {}
@@ -30,9 +33,15 @@ class OffScreenSurface {
   /// The `width` x `height` pixels at the lower left, in a "ColorAlpha" buffer of half floats.
   /// Null without memory.
   BitmapPtr Read(int width, int height);
+  /// Writes the mean of each block of `samplesPerSide` x `samplesPerSide` pixels of an opaque frame
+  /// into a pixel of `window`; see hostkit::ReadMeans.
+  bool ReadMeans(int samplesPerSide, const PixelWindow& window, HBitmapBuffer* pixels);
 
  private:
+  bool ChooseKind(int width, int height, GABuffer::Mode* mode, std::string* error);
+
   GADriver* m_driver;
+  CWnd m_window;  // goes after the buffer on it
   RenderInfo m_info;
   std::unique_ptr<GABuffer> m_buffer;
   std::unique_ptr<DisplayList> m_list;  // holds on to the buffer's context

@@ -80,7 +80,7 @@ BitmapPtr OverlayLayers::DrawPart(OffScreenSurface& surface, const Part& part) {
   }
   BitmapPtr pixels = NewHalfBitmap(part.width, part.height);
   if (!pixels) return nullptr;
-  ResolveSamples(*onGround[0]->FindBuffer("ColorAlpha"), onGround[1]->FindBuffer("ColorAlpha"), 1,
+  ResolveSamples(*onGround[0]->FindBuffer("ColorAlpha"), *onGround[1]->FindBuffer("ColorAlpha"), 1,
                  {0, 0, part.width, part.height}, pixels->FindBuffer("ColorAlpha"));
   return pixels;
 }

@@ -9,32 +9,14 @@
 
 #include "hostkit/pictures/picture_in.h"
 #include "hostkit/services/bitmap_ptr.h"
+#include "hostkit/services/flat_drawing.h"
 
 namespace hostkit {
 namespace {
 
-// Planes of the view that overlays are drawn in. The renderer moves what lies on the near plane
-// 0.005 away from it, which of this range is nothing: only what is cut by a scene's own near plane
-// could come before an overlay.
-constexpr float kNear = -1, kFar = -1000;
-
-// A view whose units are the surface's pixels, y down from its top left. Parallel, since under
-// perspective the renderer maps pixels only beyond a distance of 0.99, where a small scene may not
-// reach.
-void FillPixelView(int width, int height, RenderInfo* info) {
-  info->perspective = 0;
-  info->nearZ = kNear;
-  info->farZ = kFar;
-  info->scaleX = info->scaleY = 1;
-  info->offsetX = info->offsetY = 0;
-  info->originX = info->originY = 0;
-  info->viewLeft = info->viewTop = 0;
-  info->viewRight = static_cast<float>(width);
-  info->viewBottom = static_cast<float>(-height);
-  info->imageWidth = info->pixelRight = width;
-  info->imageHeight = info->pixelBottom = height;
-  info->pixelLeft = info->pixelTop = 0;
-}
+// The far plane for what is behind: so far that its depth is that of a cleared buffer, but for the
+// last of 24 bits.
+constexpr float kBehind = -65536;
 
 // Pictures are cut into textures of this side. Larger ones the renderer may compress or halve.
 constexpr int kTileSide = 512;
@@ -91,13 +73,14 @@ const std::vector<OverlayPainter::Tile>* OverlayPainter::TilesOf(const OverlayPi
   return &uploaded.tiles;
 }
 
-bool OverlayPainter::Blit(GABuffer& buffer, const OverlayPicture& picture, int left, int top) {
+bool OverlayPainter::Blit(GABuffer& buffer, const OverlayPicture& picture, int left, int top,
+                          float z) {
   const std::vector<Tile>* tiles = TilesOf(picture);
   if (!tiles) return false;
   for (const Tile& tile : *tiles) {
     const int x = picture.x + tile.x - left, y = picture.y + tile.y - top;
     const CRect rect(x, y, x + tile.width, y + tile.height);
-    buffer.TransparentBlit(tile.texture.get(), rect, kNear, tile.extent, picture.alpha);
+    buffer.TransparentBlit(tile.texture.get(), rect, z, tile.extent, picture.alpha);
   }
   return true;
 }
@@ -109,10 +92,13 @@ void OverlayPainter::ForgetPictures() {
   }
 }
 
-bool OverlayPainter::Paint(const PaintTarget& target, const FrameSettings& settings, int left,
-                           int top, int width, int height) {
+/// Has the target's list draw in the pixels of the surface.
+void OverlayPainter::Begin(const PaintTarget& target, int width, int height, float far) {
   GABuffer& buffer = *target.buffer;
+  // Parallel, since under perspective the renderer maps pixels only beyond a distance of 0.99,
+  // where a small scene may not reach.
   FillPixelView(width, height, target.info);
+  target.info->farZ = far;
   ForgetPictures();
   buffer.ComputeProjectionMatrices();
   if (buffer.IsFogEnabled()) buffer.SetFogState(0);
@@ -121,9 +107,24 @@ bool OverlayPainter::Paint(const PaintTarget& target, const FrameSettings& setti
   target.list->SetDepthFunc(DisplayList::kNormalBlending);
   target.list->SetDepthFunc(DisplayList::kLightingOff);
   buffer.SetProjection(GABuffer::kSceneProjection);
+}
+
+bool OverlayPainter::PaintBehind(const PaintTarget& target,
+                                 const std::shared_ptr<HBitmapNode>& picture, int width,
+                                 int height) {
+  Begin(target, width, height, kBehind);
+  const bool good = Blit(*target.buffer, {picture, 0, 0, 1}, 0, 0, kBehind);
+  target.list->EndInstructions();
+  return good;
+}
+
+bool OverlayPainter::Paint(const PaintTarget& target, const FrameSettings& settings, int left,
+                           int top, int width, int height) {
+  GABuffer& buffer = *target.buffer;
+  Begin(target, width, height, kPixelViewFar);
   bool good = true;
   for (const OverlayPicture& picture : settings.overlays) {
-    good = Blit(buffer, picture, left, top) && good;
+    good = Blit(buffer, picture, left, top, kPixelViewNear) && good;
   }
   for (const TextNote& note : settings.texts) {
     GAColor color;
@@ -136,10 +137,7 @@ bool OverlayPainter::Paint(const PaintTarget& target, const FrameSettings& setti
 
 // The renderer makes fonts with the contexts of windows, and all contexts share them.
 void OverlayPainter::MakeFonts() {
-  if (m_hasFonts) return;
-  RenderInfo info;
-  const std::unique_ptr<GABuffer> buffer(m_driver->CreateBuffer(&info, GABuffer::kOnScreen, 0));
-  m_hasFonts = buffer && buffer->Reallocate(1, 1, GABuffer::kWithoutDepth);
+  if (!m_hasFonts) m_hasFonts = MakeGlyphs(m_driver);
 }
 
 }  // namespace hostkit

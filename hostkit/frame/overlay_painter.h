@@ -36,6 +36,12 @@ class OverlayPainter {
   bool Paint(const PaintTarget& target, const FrameSettings& settings, int left, int top, int width,
              int height);
 
+  /// Draws a picture of the surface's `width` x `height` pixels behind all that is drawn
+  /// afterwards, into a buffer that was cleared. Leaves the target's record as Paint does. False
+  /// when memory ran out.
+  bool PaintBehind(const PaintTarget& target, const std::shared_ptr<HBitmapNode>& picture,
+                   int width, int height);
+
   /// Makes the fonts for buffers that are not on a window; once is enough.
   void MakeFonts();
 
@@ -53,7 +59,8 @@ class OverlayPainter {
   };
   // To be called with a context current. Null without memory.
   const std::vector<Tile>* TilesOf(const OverlayPicture& picture);
-  bool Blit(GABuffer& buffer, const OverlayPicture& picture, int left, int top);
+  bool Blit(GABuffer& buffer, const OverlayPicture& picture, int left, int top, float z);
+  void Begin(const PaintTarget& target, int width, int height, float far);
   void ForgetPictures();
 
   GADriver* m_driver;

@@ -70,8 +70,7 @@ bool Archive::Read(const std::string& name, std::uint64_t mostBytes, std::string
     count = unzReadCurrentFile(Get(), bytes->data() + size, static_cast<unsigned>(kStep));
     bytes->resize(size + static_cast<std::size_t>(count > 0 ? count : 0));
   } while (count > 0 && bytes->size() <= mostBytes);
-  unzCloseCurrentFile(Get());
-  return count == 0;
+  return unzCloseCurrentFile(Get()) == UNZ_OK && count == 0;  // a sum that differs, too
 }
 
 std::string Archive::FirstWithEnding(const std::string& ending) const {

@@ -7,13 +7,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <functional>
 #include <set>
 #include <string_view>
 #include <utility>
 
 #include "hostkit/import/collada_xml.h"
+#include "hostkit/import/number_text.h"
 #include "hostkit/scene/directions.h"
 
 namespace hostkit {
@@ -28,10 +28,11 @@ using Imath::V3f;
 
 // Marks the texture coordinates that are numbers of positions.
 constexpr int kMark = 71'755;
-constexpr const char* kHidden = "extra";     // to the library
-constexpr const char* kSet = "7";            // the last that the library keeps
-constexpr unsigned kMostNumber = 1u << 24;   // whole numbers are exact as floats up to here
-constexpr std::size_t kMostWays = 1u << 26;  // of all shapes of a file together
+constexpr const char* kHidden = "extra";    // to the library
+constexpr const char* kSet = "7";           // the last that the library keeps
+constexpr unsigned kMostNumber = 1u << 24;  // whole numbers are exact as floats up to here
+// Of all shapes of a file together; of positions, and of vertices.
+constexpr std::size_t kMostWays = 1u << 25;
 
 std::vector<V3f> PositionsOf(const pugi::xml_node& geometry, const Elements& sources) {
   const pugi::xml_node mesh = geometry.child("mesh");
@@ -77,7 +78,17 @@ int WeightNumber(std::string_view target, std::string_view* address) {
   const std::size_t open = target.find_last_of("([");
   if (open == std::string_view::npos) return -1;
   *address = target.substr(0, open);
-  return std::atoi(std::string(target.substr(open + 1)).c_str());
+  const char* at = target.data() + open + 1;
+  std::int64_t number = 0;
+  constexpr std::int64_t kLargest = 1 << 25;
+  const bool isGood =
+      ReadInteger(&at, target.data() + target.size(), &number) && number >= 0 && number <= kLargest;
+  return isGood ? static_cast<int>(number) : -1;
+}
+
+/// A whole number below `count`; `count` for others.
+std::size_t NumberIn(float value, std::size_t count) {
+  return value >= 0 && value < static_cast<float>(count) ? static_cast<std::size_t>(value) : count;
 }
 
 /// One morph controller of a document.
@@ -88,8 +99,9 @@ class Controller {
 
   const char* Base() const { return m_morph.attribute("source").value(); }
 
-  /// False when the shapes cannot be had. `*ways` counts those of all.
-  bool Read(std::size_t* ways, ColladaMorph* morph) {
+  /// False when the shapes cannot be had. `*ways` counts those of all, and `*leftOut` shapes that
+  /// are not as their mesh.
+  bool Read(std::size_t* ways, std::size_t* leftOut, ColladaMorph* morph) {
     const std::vector<V3f> base = PositionsOf(Target(m_geometries, Base()), m_sources);
     if (base.empty() || base.size() > kMostNumber) return false;
     const pugi::xml_node targets = m_morph.child("targets");
@@ -104,6 +116,7 @@ class Controller {
       // One that cannot be used keeps its number, since keys go by numbers.
       const bool isGood = shape.size() == base.size();
       if (!isGood) shape.assign(base.size(), V3f(0.0f));
+      *leftOut += isGood ? 0 : 1;
       for (std::size_t i = 0; isGood && !isRelative && i < base.size(); ++i) shape[i] -= base[i];
       const std::size_t number = morph->ways.size();
       const float weight = number < given.size() ? static_cast<float>(given[number]) : 0;
@@ -191,7 +204,9 @@ bool ColladaMorphs::TakeFrom(pugi::xml_document& document) {
     const char* const base = controller.Base();
     bases["#" + id] = base;
     ColladaMorph morph;
-    if (followed.insert(base).second && controller.Read(&ways, &morph)) {
+    if (!followed.insert(base).second || !controller.Read(&ways, &m_leftOut, &morph)) {
+      ++m_leftOut;
+    } else {
       for (const std::string& address : controller.Addresses()) {
         if (!address.empty()) addresses.emplace(address, m_morphs.size());
       }
@@ -207,20 +222,27 @@ bool ColladaMorphs::TakeFrom(pugi::xml_document& document) {
 }
 
 void ColladaMorphs::TakeNumbers(aiScene& source) {
+  std::size_t ways = 0;
   for (unsigned m = 0; m < source.mNumMeshes; ++m) {
     aiMesh& mesh = *source.mMeshes[m];
     unsigned set = AI_MAX_NUMBER_OF_TEXTURECOORDS;
     while (set > 0 && !mesh.mTextureCoords[set - 1]) --set;
     if (set == 0 || mesh.mNumVertices == 0) continue;
     aiVector3D*& marks = mesh.mTextureCoords[set - 1];
-    const auto morph = static_cast<std::size_t>(std::max(marks[0].y, 0.0f));
-    if (marks[0].z != kMark || morph >= m_morphs.size()) continue;
-    Taken& taken = m_taken[&mesh];
-    taken.morph = morph;
-    for (unsigned i = 0; i < mesh.mNumVertices; ++i) {
-      const auto number = static_cast<std::uint32_t>(std::max(marks[i].x, 0.0f));
-      const bool isThere = number < m_morphs[morph].ways[0].size();
-      taken.numbers.push_back(isThere ? number : 0);
+    const std::size_t morph = NumberIn(marks[0].y, m_morphs.size());
+    if (marks[0].z != kMark || morph == m_morphs.size()) continue;
+    const ColladaMorph& from = m_morphs[morph];
+    ways += from.ways.size() * mesh.mNumVertices;
+    if (ways > kMostWays) {
+      ++m_leftOut;
+    } else {
+      Taken& taken = m_taken[&mesh];
+      taken.morph = morph;
+      for (unsigned i = 0; i < mesh.mNumVertices; ++i) {
+        const std::size_t number = NumberIn(marks[i].x, from.ways[0].size());
+        taken.numbers.push_back(number < from.ways[0].size() ? static_cast<std::uint32_t>(number)
+                                                             : 0);
+      }
     }
     delete[] std::exchange(marks, nullptr);
     mesh.mNumUVComponents[set - 1] = 0;

@@ -41,6 +41,9 @@ class ColladaMorphs {
   /// Takes the numbers out of what the library made of that document.
   void TakeNumbers(aiScene& source);
 
+  /// How many controllers, and shapes of others, nothing follows.
+  std::size_t LeftOut() const { return m_leftOut; }
+
   /// What a mesh of the library's follows, with the position's number of each of its vertices; null
   /// when it follows none.
   const ColladaMorph* Of(const aiMesh& mesh, const std::vector<std::uint32_t>** numbers) const;
@@ -53,6 +56,7 @@ class ColladaMorphs {
 
   std::vector<ColladaMorph> m_morphs;
   std::map<const aiMesh*, Taken> m_taken;
+  std::size_t m_leftOut = 0;
 };
 
 }  // namespace hostkit

@@ -35,9 +35,19 @@ void ForEach(pugi::xml_node root, const char* name, Visit visit) {
   root.traverse(walker);
 }
 
-/// Reads the model, out of its archive if it is in one. False when it is no COLLADA.
-bool Load(const ModelFiles& files, pugi::xml_document& document,
+/// Reads the model, out of its archive if it is in one: then `*entry` becomes its name there. False
+/// when it is no COLLADA.
+bool Load(const ModelFiles& files, pugi::xml_document& document, std::string* entry,
           unsigned options = pugi::parse_default);
+
+/// The model's bytes with `document` in place of the one that Load has read, of `entry` in its
+/// archive if that is not "". "" when the archive cannot be read whole.
+std::string ToBytes(const ModelFiles& files, const pugi::xml_document& document,
+                    const std::string& entry);
+
+/// The first word among the indices of faces that is no whole number, at which the import library
+/// would go on for ever; "" where there is none.
+std::string OddIndex(const pugi::xml_document& document);
 
 /// All elements of that name.
 Elements ById(pugi::xml_node root, const char* name);

@@ -17,6 +17,7 @@ namespace hostkit {
 /// Families of formats that need care of their own.
 enum class SourceFormat {
   kOther,
+  kBlender,   ///< Normals are all smooth, and colours may be bytes with signs.
   kCollada,   ///< The outer cone angle of a spot is made up; the inner one is the file's.
   kIrrlicht,  ///< Cameras give the vertical field of view times the aspect.
 };

@@ -6,6 +6,7 @@
 #include <assimp/mesh.h>
 #include <assimp/scene.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -93,9 +94,27 @@ void CopyColors(const aiColor4D* source, std::size_t count, SceneMesh& mesh) {
   }
 }
 
+/// Colours of Blender before 2.63: bytes, of which the import library makes numbers with signs. Red
+/// and blue are the other way around there, and alpha has another use. None where they are of 0 to
+/// 1, as later ones are.
+std::vector<aiColor4D> ColorsFromBytes(const aiColor4D* source, std::size_t count) {
+  const auto isUnit = [](float part) { return part >= 0 && part <= 1; };
+  const bool isColor = std::all_of(source, source + count, [&isUnit](const aiColor4D& color) {
+    return isUnit(color.r) && isUnit(color.g) && isUnit(color.b);
+  });
+  std::vector<aiColor4D> colors;
+  if (isColor) return colors;
+  colors.reserve(count);
+  const auto share = [](float byte) { return (byte < 0 ? byte + 256 : byte) / 255; };
+  for (const aiColor4D* color = source; color < source + count; ++color) {
+    colors.emplace_back(share(color->b), share(color->g), share(color->r), 1.0f);
+  }
+  return colors;
+}
+
 /// `*copies` gets what MakeNormals tells of vertices that it adds.
-SceneMesh ImportMesh(const aiMesh& source, const MaterialTraits& traits, std::size_t* dropped,
-                     std::vector<std::uint32_t>* copies) {
+SceneMesh ImportMesh(const aiMesh& source, SourceFormat format, const MaterialTraits& traits,
+                     std::size_t* dropped, std::vector<std::uint32_t>* copies) {
   SceneMesh mesh;
   mesh.name = source.mName.C_Str();
   mesh.material = static_cast<int>(source.mMaterialIndex);
@@ -111,9 +130,13 @@ SceneMesh ImportMesh(const aiMesh& source, const MaterialTraits& traits, std::si
     mesh.uvs = CopyUvs(source.mTextureCoords[channel], count, traits.uvTransform);
   }
   if (source.HasVertexColors(0)) {
-    CopyColors(source.mColors[0], count, mesh);
+    const bool mayBeBytes = format == SourceFormat::kBlender;
+    const std::vector<aiColor4D> colors =
+        mayBeBytes ? ColorsFromBytes(source.mColors[0], count) : std::vector<aiColor4D>();
+    CopyColors(colors.empty() ? source.mColors[0] : colors.data(), count, mesh);
   }
-  if (source.mNormals) {
+  // Which of Blender's faces are flat the library does not hand on.
+  if (source.mNormals && format != SourceFormat::kBlender) {
     mesh.normals = CopyVectors(source.mNormals, count);
     RepairNormals(mesh);
   } else if (!mesh.triangles.empty()) {
@@ -147,7 +170,7 @@ std::vector<int> ImportMeshes(const ImportContext& context,
     const bool hasMaterial = from.mMaterialIndex < traits.size();
     const MaterialTraits& its = hasMaterial ? traits[from.mMaterialIndex] : standIn;
     std::vector<std::uint32_t> copies;
-    SceneMesh mesh = ImportMesh(from, its, &dropped, &copies);
+    SceneMesh mesh = ImportMesh(from, context.format, its, &dropped, &copies);
     if (mesh.triangles.empty() && mesh.lines.empty() && mesh.points.empty()) continue;
     if (!hasMaterial) mesh.material = 0;
     if (scene.materials.empty()) scene.materials.push_back(StandInMaterial());

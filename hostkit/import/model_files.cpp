@@ -14,13 +14,13 @@
 #include <cerrno>
 #include <climits>
 #include <cstddef>
-#include <cstdlib>
 #include <filesystem>
 #include <iterator>
 #include <string_view>
 #include <system_error>
 #include <utility>
 
+#include "hostkit/import/number_text.h"
 #include "hostkit/services/without_controls.h"
 
 namespace hostkit {
@@ -89,22 +89,6 @@ std::vector<std::string> Split(const std::string& path) {
 std::string WithSlashes(std::string path) {
   std::replace(path.begin(), path.end(), '\\', '/');
   return path;
-}
-
-/// Turns percent escapes into their bytes, as in URIs ("%20" for a space).
-std::string Unescape(const std::string& text) {
-  std::string plain;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool escape = text[i] == '%' && i + 2 < text.size() &&
-                        std::isxdigit(text[i + 1] & 0xff) && std::isxdigit(text[i + 2] & 0xff);
-    if (!escape) {
-      plain += text[i];
-      continue;
-    }
-    plain += static_cast<char>(std::strtol(text.substr(i + 1, 2).c_str(), nullptr, 16));
-    i += 2;
-  }
-  return plain;
 }
 
 /// Whether it is a URI; a drive letter is no scheme.
@@ -251,7 +235,7 @@ ModelFiles::Reference ModelFiles::TakeApart(const std::string& reference) const 
 OpenedFile ModelFiles::Open(const std::string& reference) const {
   OpenedFile opened = OpenAsWritten(reference);
   if (opened.IsOpen() || reference.find('%') == std::string::npos) return opened;
-  OpenedFile unescaped = OpenAsWritten(Unescape(reference));
+  OpenedFile unescaped = OpenAsWritten(Unescaped(reference));
   const bool tellsMore = unescaped.IsOpen() || opened.fault == FileFault::kMissing;
   return tellsMore ? std::move(unescaped) : std::move(opened);
 }

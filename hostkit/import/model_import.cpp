@@ -85,10 +85,11 @@ std::string OneLine(std::string text) {
 SourceFormat FormatOf(const aiImporterDesc* info) {
   if (!info) return SourceFormat::kOther;
   constexpr std::pair<const char*, SourceFormat> kKnown[] = {
+      {"Blender 3D Importer", SourceFormat::kBlender},
       {"Collada Importer", SourceFormat::kCollada},
       {"Irrlicht Scene Reader", SourceFormat::kIrrlicht}};
   for (const auto& [name, format] : kKnown) {
-    if (std::strcmp(info->mName, name) == 0) return format;
+    if (std::string_view(info->mName).starts_with(name)) return format;
   }
   return SourceFormat::kOther;
 }
@@ -127,12 +128,19 @@ struct Preparation {
   std::optional<ColladaFacts> facts;
   ColladaMorphs morphs;
   std::string replaced;  ///< What the library reads instead; empty: the file.
+  std::string oddIndex;  ///< Of COLLADA that the library must not read; else empty.
 
   void Prepare(const ModelFiles& files) {
     pugi::xml_document document;
-    if (collada::Load(files, document)) facts.emplace(document);
-    // What is in archives is the library's, with pictures and all.
-    if (IsCollada(files) && morphs.TakeFrom(document)) return Replace(document);
+    std::string entry;
+    if (collada::Load(files, document, &entry)) {
+      facts.emplace(document);
+      oddIndex = collada::OddIndex(document);
+      if (morphs.TakeFrom(document)) {
+        replaced = collada::ToBytes(files, document, entry);
+        return;
+      }
+    }
     // The library takes texts of 16-bit characters for no texts, or for empty ones.
     const OpenedFile file = files.OpenModel();
     char mark[2] = {};
@@ -148,23 +156,12 @@ struct Preparation {
   bool Tidy(const ModelFiles& files) {
     constexpr unsigned kTrimmed = pugi::parse_default | pugi::parse_trim_pcdata;
     pugi::xml_document document;
-    const bool isLoaded =
-        IsCollada(files) &&
-        (replaced.empty() ? collada::Load(files, document, kTrimmed)
-                          : document.load_buffer(replaced.data(), replaced.size(), kTrimmed));
-    if (isLoaded) Replace(document);
-    return isLoaded;
-  }
-
- private:
-  static bool IsCollada(const ModelFiles& files) {
-    return strcasecmp(fs::path(files.ModelPath()).extension().c_str(), ".dae") == 0;
-  }
-
-  void Replace(const pugi::xml_document& document) {
-    std::ostringstream text;
-    document.save(text, "", pugi::format_raw);
-    replaced = std::move(text).str();
+    std::string entry;
+    if (!collada::Load(files, document, &entry, kTrimmed)) return false;
+    morphs = {};
+    morphs.TakeFrom(document);
+    replaced = collada::ToBytes(files, document, entry);
+    return !replaced.empty();
   }
 };
 
@@ -190,6 +187,12 @@ const aiScene* ReadSource(Assimp::Importer& importer, const ModelFiles& files,
   }
   if (!CheckArchive(files, error)) return nullptr;
   prepared.Prepare(files);
+  if (!prepared.oddIndex.empty()) {
+    *error =
+        fmt::format("{}: its indices hold {}, which is no whole number; export the model again",
+                    path, NameForMessage(prepared.oddIndex));
+    return nullptr;
+  }
   // The importer's from here on.
   importer.SetIOHandler(new ModelIo(files, prepared.replaced, *warnings));
   const aiScene* source = importer.ReadFile(path, 0);
@@ -299,6 +302,12 @@ bool ReadByLibrary(const ModelSource& source, std::string* error) {
         fmt::format("{}: it has no shapes; its nodes are drawn as a skeleton; export it "
                     "with its geometry",
                     context.path));
+  }
+  if (prepared.morphs.LeftOut() > 0) {
+    context.Warn(
+        fmt::format("{}: morph controllers or shapes of them left out, since they are broken, too "
+                    "large, or second ones of a mesh: {}; export it as glTF",
+                    context.path, prepared.morphs.LeftOut()));
   }
   const std::vector<MaterialTraits> traits = ImportMaterials(context, source.pictures);
   const std::vector<int> meshes = ImportMeshes(context, traits);

@@ -2,6 +2,7 @@
 #include "hostkit/import/number_text.h"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <iterator>
 #include <limits>
@@ -51,6 +52,12 @@ const char* ReadExponent(const char* at, const char* end, int* power) {
   }
   *power += isNegative ? -exponent : exponent;
   return digit;
+}
+
+int HexDigit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  const int letter = std::tolower(static_cast<unsigned char>(c));
+  return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
 }
 
 }  // namespace
@@ -106,6 +113,19 @@ bool IsSameWord(std::string_view a, std::string_view b) {
   };
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [&lower](char one, char other) { return lower(one) == lower(other); });
+}
+
+std::string Unescaped(std::string_view text) {
+  std::string plain;
+  plain.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool isEscape = text[i] == '%' && i + 2 < text.size() && HexDigit(text[i + 1]) >= 0 &&
+                          HexDigit(text[i + 2]) >= 0;
+    plain +=
+        isEscape ? static_cast<char>(16 * HexDigit(text[i + 1]) + HexDigit(text[i + 2])) : text[i];
+    if (isEscape) i += 2;
+  }
+  return plain;
 }
 
 }  // namespace hostkit

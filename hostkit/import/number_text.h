@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace hostkit {
@@ -45,6 +46,9 @@ std::string_view Trimmed(std::string_view text);
 
 /// Takes the first word off `*text`, and what white space is around it; "" when there is none.
 std::string_view TakeWord(std::string_view* text);
+
+/// With percent escapes turned into their bytes, as in URIs ("%20" for a space).
+std::string Unescaped(std::string_view text);
 
 /// Whether both are the same but for the case of ASCII letters.
 bool IsSameWord(std::string_view a, std::string_view b);

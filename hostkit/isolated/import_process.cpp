@@ -343,7 +343,10 @@ bool ListImportKinds(std::vector<ImportKind>* kinds, std::string* error) {
   ImportProcess process(kKindsWord, {kImportProgram}, {}, {});
   if (process.Wait({}, error) != ImportEnd::kDone) return false;
   std::string text(SizeOf(process.Memory()), '\0');
-  if (pread(process.Memory(), text.data(), text.size(), 0) < 0) return false;
+  if (pread(process.Memory(), text.data(), text.size(), 0) < 0) {
+    *error = SystemError("what can be imported cannot be read", errno);
+    return false;
+  }
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
     const std::size_t blank = line.find(' ');

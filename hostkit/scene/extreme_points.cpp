@@ -2,6 +2,7 @@
 #include <Imath/ImathMatrix.h>
 #include <Imath/ImathVec.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -11,6 +12,7 @@
 #include "hostkit/scene/camera.h"
 #include "hostkit/scene/extreme_vertices.h"
 #include "hostkit/scene/scene.h"
+#include "hostkit/services/share_work.h"
 
 namespace hostkit {
 namespace {
@@ -88,13 +90,24 @@ std::vector<std::uint32_t> ExtremeVertices(const std::vector<V3f>& positions,
 }
 
 std::vector<V3f> ExtremePoints(const Scene& scene) {
+  constexpr std::size_t kVerticesAThread = 32768;  // less does not pay one
+  const std::vector<V3f> directions = SpreadDirections();
+  std::vector<Extreme> extremes(directions.size());
+  std::size_t vertices = 0;
+  for (const SceneInstance& instance : scene.instances) {
+    vertices += scene.meshes[static_cast<std::size_t>(instance.mesh)].positions.size();
+  }
+  ShareWork(directions.size(), std::max<std::size_t>(vertices / kVerticesAThread, 1),
+            [&](std::size_t i) {
+              for (const SceneInstance& instance : scene.instances) {
+                const SceneMesh& mesh = scene.meshes[static_cast<std::size_t>(instance.mesh)];
+                if (!mesh.positions.empty()) {
+                  Extend(extremes[i], directions[i], mesh, instance.toWorld);
+                }
+              }
+            });
   std::vector<V3f> points;
-  for (const V3f& direction : SpreadDirections()) {
-    Extreme extreme;
-    for (const SceneInstance& instance : scene.instances) {
-      const SceneMesh& mesh = scene.meshes[static_cast<std::size_t>(instance.mesh)];
-      if (!mesh.positions.empty()) Extend(extreme, direction, mesh, instance.toWorld);
-    }
+  for (const Extreme& extreme : extremes) {
     if (std::isfinite(extreme.reach)) points.push_back(extreme.point);
   }
   return points;

@@ -266,7 +266,9 @@ bool CheckScene(const Scene& scene, std::string* why) {
     *why = "it is of no model";
     return false;
   }
-  if (!std::isfinite(scene.origin.length2()) || scene.upAxis > UpAxis::kMinusZ) {
+  const double unit = scene.facts.metersPerUnit;
+  if (!std::isfinite(scene.origin.length2()) || scene.upAxis > UpAxis::kMinusZ ||
+      !std::isfinite(unit) || unit < 0) {
     *why = "its world is not sound";
     return false;
   }

@@ -46,7 +46,9 @@ ColorBuf Mixed(const ColorBuf& a, const ColorBuf& b, double share) {
 class MeshCut {
  public:
   MeshCut(const SceneMesh& mesh, const Imath::M44f& toWorld, const SectionPlane& plane)
-      : m_mesh(mesh), m_toWorld(toWorld), m_isMirrored(m_toWorld.determinant() < 0) {
+      : m_mesh(mesh),
+        m_toWorld(toWorld),
+        m_isMirrored((m_toWorld.determinant() < 0) != mesh.isMirrored) {
     m_world.reserve(mesh.positions.size());
     m_beyond.reserve(mesh.positions.size());
     for (const V3f& position : mesh.positions) {
@@ -64,6 +66,7 @@ class MeshCut {
     m_left.name = m_mesh.name;
     m_left.material = m_mesh.material;
     m_left.colorsHaveAlpha = m_mesh.colorsHaveAlpha;
+    m_left.isMirrored = m_mesh.isMirrored;
     for (std::size_t i = 0; i + 2 < m_mesh.triangles.size(); i += 3) {
       CutTriangle(m_mesh.triangles.data() + i);
     }

@@ -101,14 +101,14 @@ class Sweep {
     for (const Edge& edge : m_edges) heights.insert(heights.end(), {edge.low.y, edge.high.y});
     std::sort(heights.begin(), heights.end());
     heights.erase(std::unique(heights.begin(), heights.end()), heights.end());
-    std::size_t work = 0, next = 0;
+    std::size_t next = 0;
     for (std::size_t i = 0; i + 1 < heights.size(); ++i) {
       const double bottom = heights[i], top = heights[i + 1];
       std::erase_if(m_active, [&](std::size_t e) { return m_edges[e].high.y <= bottom; });
       while (next < m_edges.size() && m_edges[next].low.y <= bottom) m_active.push_back(next++);
-      work += m_active.size() + 1;
-      if (work > kMostWork) return false;
-      FillBetween(bottom, (bottom + top) / 2);
+      m_work += m_active.size() + 1;
+      if (!Order((bottom + top) / 2)) return false;
+      FillBetween(bottom);
     }
     Close({}, heights.empty() ? 0 : heights.back());
     return true;
@@ -117,17 +117,23 @@ class Sweep {
  private:
   using Pair = std::pair<std::size_t, std::size_t>;  // edges to the left and right
 
-  void FillBetween(double bottom, double middle) {
-    // Nearly in order already.
-    for (std::size_t i = 1; i < m_active.size(); ++i) {
+  /// Puts the edges, which are nearly in order already, in order at that height. False when all
+  /// together is too much to be done.
+  bool Order(double height) {
+    for (std::size_t i = 1; i < m_active.size() && m_work <= kMostWork; ++i) {
       const std::size_t edge = m_active[i];
-      const double x = m_edges[edge].XAt(middle);
+      const double x = m_edges[edge].XAt(height);
       std::size_t at = i;
-      for (; at > 0 && m_edges[m_active[at - 1]].XAt(middle) > x; --at) {
+      for (; at > 0 && m_edges[m_active[at - 1]].XAt(height) > x; --at) {
         m_active[at] = m_active[at - 1];
       }
       m_active[at] = edge;
+      m_work += i - at;
     }
+    return m_work <= kMostWork;
+  }
+
+  void FillBetween(double bottom) {
     std::map<Pair, double> spans;
     int winding = 0;
     std::size_t left = 0;
@@ -158,6 +164,7 @@ class Sweep {
   std::vector<Trapezoid>* m_trapezoids;
   std::vector<std::size_t> m_active;
   std::map<Pair, double> m_spans;  // with the height that they begin at
+  std::size_t m_work = 0;
 };
 
 }  // namespace

@@ -11,7 +11,6 @@
 
 #include "hostkit/services/ext_heap.h"
 #include "hostkit/services/host_heaps.h"
-#include "hostkit/services/spent_pages.h"
 
 namespace {
 
@@ -216,12 +215,6 @@ void FreeString(void* block) {
 }
 
 namespace hostkit {
-
-void GiveBackPages(void* begin, void* end) {
-  const std::uintptr_t first = RoundUp(reinterpret_cast<std::uintptr_t>(begin));
-  const std::uintptr_t last = reinterpret_cast<std::uintptr_t>(end) & ~(kHugePage - 1);
-  if (first < last) madvise(reinterpret_cast<void*>(first), last - first, MADV_DONTNEED);
-}
 
 void* AllocExtPicture(std::size_t size) {
   return HandOutExt(NewMapped(size));

@@ -18,7 +18,8 @@ struct HeapCounts {
   HeapCount gassist, ogl, ext, string;
 };
 
-/// Live blocks of the four heaps. Callable from any thread.
+/// Live blocks of the four heaps, as far as they are the host kit's: of one that the program has
+/// replaced nothing is counted. Callable from any thread.
 HeapCounts CountHeaps();
 
 }  // namespace hostkit

@@ -124,12 +124,14 @@ std::string DefinedVersion(std::ifstream& file, const VersionTable& table) {
 
 std::string WhyNotOfThisVersion(const std::string& version) {
   if (version == kHostVersion) return {};
+  if (version.empty()) {
+    return fmt::format("it is no module: it names no version of hosts; name a build of {} for {}",
+                       kModuleName, kHostVersion);
+  }
   return fmt::format(
-      "{}, and this program is a host of {}; use a module and a program of the same "
-      "release",
-      version.empty() ? "it names no version of hosts that it is made for"
-                      : "it is made for hosts of version " + version,
-      kHostVersion);
+      "it is made for hosts of version {}, and this program is a host of {}; use a module and a "
+      "program of the same release",
+      version, kHostVersion);
 }
 
 std::string NoLibrary() {
@@ -156,8 +158,8 @@ std::string WhyNotAModule(const std::string& path) {
   const fs::file_status status = fs::status(path, error);
   if (!fs::exists(status)) {
     const bool missing = status.type() == fs::file_type::not_found;
-    return fmt::format("{}; build the module, or set {} to its folder",
-                       missing ? "there is no such file" : error.message(), kModuleSearchPath);
+    return fmt::format("{}; build the module, or name the file where it is (FindModule looks)",
+                       missing ? "there is no such file" : error.message());
   }
   if (!fs::is_regular_file(status)) return "it is not a file; name the module's file itself";
   std::ifstream file(path, std::ios::binary);

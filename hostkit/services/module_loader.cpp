@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
@@ -20,6 +21,7 @@
 #include "hostkit/services/current_driver.h"
 #include "hostkit/services/driver_watch.h"
 #include "hostkit/services/module_file.h"
+#include "hostkit/services/replaced_services.h"
 #include "platform/win32.h"
 
 namespace hostkit {
@@ -114,9 +116,21 @@ Library OpenLibrary(const std::string& path, std::string* why) {
   return library;
 }
 
+/// Before any of them is called: what follows may be a crash.
+void TellHalfReplaced() {
+  static const bool isTold = [] {
+    for (const std::string& line : HalfReplacedServices()) {
+      std::fprintf(stderr, "%s: warning: %s\n", kModuleName, line.c_str());
+    }
+    return true;
+  }();
+  static_cast<void>(isTold);
+}
+
 }  // namespace
 
 std::unique_ptr<LoadedModule> LoadedModule::Load(const std::string& path, std::string* error) {
+  TellHalfReplaced();
   std::string why;
   Library library = OpenLibrary(path, &why);
   GADriver* driver = nullptr;

@@ -18,7 +18,8 @@ class LoadedModule {
   /// makes a driver, which is not initialised yet. On failure returns null, and `*error` tells the
   /// file, the missing symbol or other reason, and the remedy, in one line. Of a module that is
   /// made for another version of hosts (host/Version.h) that line names both, and nothing of it has
-  /// run.
+  /// run. A kind of services that the program has replaced in part is told on standard error
+  /// before.
   static std::unique_ptr<LoadedModule> Load(const std::string& path, std::string* error);
   /// Deletes the driver, makes the one before current, and calls DllMain for process detach. The
   /// module's code stays in the process.

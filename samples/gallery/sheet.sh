@@ -20,6 +20,6 @@ while read -r name; do
   count=$((count + 1))
 done < <(awk -F'|' '!/^#/ && NF {gsub(/ /, "", $1); print $1}' "$here/pictures.txt")
 rows=$(((count + columns - 1) / columns))
-"${command[@]}" --mosaic:pad=2 "${columns}x$rows" -d uint8 --compression jpeg:88 \
+"${command[@]}" --nosoftwareattrib --mosaic:pad=2 "${columns}x$rows" -d uint8 --compression jpeg:88 \
   -o "$work/sheet.jpg"
 mv "$work/sheet.jpg" "$sheet"

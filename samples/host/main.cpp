@@ -13,6 +13,7 @@
 #include "hostkit/pictures/picture.h"
 #include "hostkit/scene/camera.h"
 #include "hostkit/services/module_loader.h"
+#include "platform/platform.h"
 
 namespace {
 
@@ -34,8 +35,9 @@ AttrProperty BoxMaterial(int box) {
 }
 
 /// One side of a box around `center`: `out` is its unit normal, `u` and `v` span it, and the three
-/// are right-handed. A triangle is the elements 0, 1 and 3 of its record. The module's fronts are
-/// clockwise; here all are the other way round, with normals that point inwards.
+/// are right-handed. A triangle is the elements 0, 1 and 3 of its record. Corners run
+/// counter-clockwise, and normals point inwards: so glass has to be. For more frames than one see
+/// tour.cpp, which turns what is opaque round.
 void AddSide(DisplayList& list, Vector center, Vector out, Vector u, Vector v, float half) {
   const auto corner = [&](float a, float b) {
     return GAVertex{center.x + half * (out.x + a * u.x + b * v.x),
@@ -128,6 +130,8 @@ int main(int argc, char** argv) {
   std::string error;
   const auto module = hostkit::LoadedModule::Load(OPENGL3_MODULE, &error);
   if (!module) return Fail(error);
-  if (!module->Driver()->Initialize()) return Fail("there is no usable OpenGL");
+  if (!module->Driver()->Initialize()) {
+    return Fail("no usable OpenGL: " + platform::DescribeDisplay().reason);
+  }
   return DrawTo(module->Driver(), argc > 1 ? argv[1] : "ring.png");
 }

@@ -16,6 +16,7 @@
 #include "host/Services.h"
 #include "hostkit/pictures/picture.h"
 #include "hostkit/scene/camera.h"
+#include "hostkit/services/flat_drawing.h"
 #include "hostkit/services/module_loader.h"
 #include "platform/platform.h"
 
@@ -62,13 +63,6 @@ std::unique_ptr<GATexture> MakeTexture(GADriver* driver, int side, int wrap, con
   return texture->MakeGATexture(picture.get(), wrap, 0, 0) ? std::move(texture) : nullptr;
 }
 
-/// Glyphs are made with contexts of windows, and all buffers share them.
-void MakeGlyphs(GADriver* driver) {
-  RenderInfo info;
-  const std::unique_ptr<GABuffer> buffer(driver->CreateBuffer(&info, GABuffer::kOnScreen, 0));
-  if (buffer) buffer->Reallocate(1, 1, GABuffer::kWithoutDepth);
-}
-
 /// A surface with its list, which goes before its buffer, as that before what it points to.
 struct Stage {
   SceneRecord scene;
@@ -94,27 +88,34 @@ struct Stage {
   }
 };
 
-/// A square whose front faces `out`, a unit vector like `right`; its normals point inwards.
+/// A square around `center`; `out` is its unit normal, as long as `right`, which spans it with the
+/// y axis. What is opaque goes in clockwise as the viewer sees it, with normals to his side, and
+/// glass the other way round, for the module leaves out the clockwise.
 void AddPanel(DisplayList& list, Vector center, Vector right, Vector out, float half, int mode) {
+  const bool facesViewer = out.x * center.x + out.y * center.y + out.z * center.z < 0;
+  const float side = facesViewer == (mode == DisplayList::kQuadSorted) ? -1.f : 1.f;
   const auto corner = [&](float a, float b) {
     return GAVertex{center.x + a * half * right.x,
                     center.y + b * half,
                     center.z + a * half * right.z,
-                    -out.x,
-                    -out.y,
-                    -out.z,
+                    side * out.x,
+                    side * out.y,
+                    side * out.z,
                     a + 1,
                     1 - b};
   };
-  std::array<GAVertex, 4> strip = {corner(-1, -1), corner(1, -1), corner(-1, 1), corner(1, 1)};
+  std::array<GAVertex, 4> strip = {corner(side, -1), corner(-side, -1), corner(side, 1),
+                                   corner(-side, 1)};
   list.AddTransformedQuad(strip.data(), mode, 1);
 }
 
 void DrawScene(Stage& stage, Things& things) {
   DisplayList& list = *stage.list;
   list.BeginInstructions();
-  // A scene with glass before this one has left lighting on for the buffer and off in the GL.
+  // A scene with glass before this one has left lighting on for the buffer and off in the GL, and
+  // with a texture on it, texturing on for the list.
   list.SetDepthFunc(DisplayList::kLightingOff);
+  list.SetTexture(nullptr);
   list.SetupLights(&things.lights);
   list.SetTexture(things.checks.get());
   list.SetMaterial(&things.panel, 0);
@@ -182,7 +183,7 @@ std::string Tour(GADriver* driver, const std::string& folder) {
   things.light.position = {2, 3, 0};
   things.light.range = 10;
   things.lights.light = &things.light;
-  MakeGlyphs(driver);
+  hostkit::MakeGlyphs(driver);
 
   Stage stage;
   hostkit::Picture picture, soft;

@@ -7,6 +7,7 @@
 
 #include "apps/work/compare/compare_report.h"
 #include "apps/work/compare/compare_scenes.h"
+#include "tests/support/common/gl3_process.h"
 
 namespace {
 
@@ -56,6 +57,13 @@ TEST(Differences, AMissingQuarterOfLinesOrEdgesIsBeyondTheirBounds) {
     EXPECT_FALSE(gl3::IsWithin(picture)) << scene.name;
   }
   EXPECT_EQ(error, "");
+}
+
+TEST_F(Gl3Test, ADriverThatCrashesIsToldAndIsNoRefusal) {
+  const Gl3Result result = Run("info --compare told --driver default -q",
+                               {.environment = {"GL3_CRASHES=1"}, .preload = GL3_SMALL_DRIVER});
+  EXPECT_EQ(result.status, 6) << result.err;
+  EXPECT_NE(result.err.find("crashed ("), std::string::npos) << result.err;
 }
 
 }  // namespace

@@ -90,7 +90,7 @@ TEST_F(Framing, ShowsTheModelFromTheSideThatTheAnglesTell) {
     const Point right{std::cos(a), 0, -std::sin(a)};
     const Point up{-std::sin(e) * std::sin(a), std::cos(e), -std::sin(e) * std::cos(a)};
     // As if y were up: z is, and the front is what -y faces.
-    const auto turned = [&](const Point& p) { return isZUp ? Point{p.x, p.z, -p.y} : p; };
+    const auto turned = [zUp = isZUp](const Point& p) { return zUp ? Point{p.x, p.z, -p.y} : p; };
     double low[2] = {9, 9}, high[2] = {-9, -9};
     for (int i = 0; i < 16; ++i) {
       const Point own = i < 8 ? Point{i & 1 ? 1. : -1, i & 2 ? .5 : -.5, i & 4 ? .75 : -.75}

@@ -87,6 +87,11 @@ TEST_F(Modes, AddWhatIsAskedForAndRepeatIt) {
   for (const char* mode : {"shaded", "wireframe-gl"}) {
     Done({"render", "--like", "out.exr", "-o", "again.exr", "--mode", mode});
   }
+  const std::vector<float> edged = Render("--edges --line-color 0,1,0").at("G");
+  EXPECT_NE(edged, plain.at("G"));
+  Done("render --like out.exr -o again.exr --mode points");
+  Done("render --like out.exr -o again.exr --mode shaded");
+  EXPECT_EQ(ReadExr(Path("again.exr")).at("G"), edged);
   ExpectRefused("render --like out.exr -o again.exr --mode flat --crease=9", 2,
                 {"--crease: ", "--mode lines"});
 }

@@ -2,7 +2,9 @@
 #include <fmt/format.h>
 
 #include <cmath>
+#include <string_view>
 
+#include "hostkit/confine/sanitized.h"
 #include "tests/attacks/attack_fixture.h"
 #include "tests/support/common/tiff_file.h"
 
@@ -60,6 +62,7 @@ TEST_F(PictureAttacks, DecodersReachNothing) {
                                     {"write", "a.webp: the picture is broken; "},
                                     {"socket", "called what no decoder needs, and was ended; "},
                                     {"exec", "called what no decoder needs, and was ended; "}}) {
+    if (kIsSanitized && std::string_view(fault) != "SEGV") continue;  // nothing is confined then
     setup.environment = {std::string("GL3_PICTURE_FAULT=") + fault};
     ExpectRefused("filter a.webp -o out.png", 3, {"a.webp: ", part}, setup);
     ExpectRefused("render in/m.obj -o out.png --overlay a.webp", 3, {"--overlay: a.webp: ", part},

@@ -1,5 +1,6 @@
 // `gl3 farm` through the program: on this machine, and with a scheduler that runs everything at
 // once.
+#include <algorithm>
 #include <map>
 #include <nlohmann/json.hpp>
 
@@ -13,8 +14,8 @@ namespace {
 
 using Json = nlohmann::json;
 
-/// A scheduler as far as the farm sees it: runs every task when it is submitted, but for the first
-/// array's task number 2, which is lost. squeue knows of nothing.
+/// A scheduler as far as the farm sees it: has $TASK run every task when it is submitted, with the
+/// script, its job's number from 1, and one node a task.
 constexpr const char* kScheduler = R"(#!/bin/sh
 for word; do script=$word; done
 count=$(sed -n 's/^#SBATCH --array=1-\([0-9]*\).*/\1/p' "$script")
@@ -23,9 +24,13 @@ id=$(wc -l <"$SCHEDULER/submitted")
 echo "47$id;cluster"
 cd /
 for task in $(seq "${count:-1}"); do
-  [ "$id$task" = 12 ] || SLURM_ARRAY_TASK_ID=$task sh "$script" >/dev/null 2>&1
+  export script id task SLURM_ARRAY_JOB_ID=47$id SLURM_ARRAY_TASK_ID=$task SLURMD_NODENAME=n$task
+  sh -c "$TASK" >/dev/null 2>&1
 done
+exit 0
 )";
+/// The first array's task number 2 is lost.
+constexpr const char* kLosesOne = "[ $id$task = 12 ] || sh \"$script\"";
 
 class Farm : public Gl3Test {
  protected:
@@ -48,11 +53,26 @@ class Farm : public Gl3Test {
     std::ofstream(m_base / "bin" / name) << text;
     fs::permissions(m_base / "bin" / name, fs::perms(0755));
   }
-  Gl3Setup WithScheduler() const {
+  /// `task` is a shell's command for each task. What is asked of scontrol and scancel is kept.
+  Gl3Setup WithScheduler(const std::string& task = kLosesOne) const {
+    Install("sbatch", kScheduler);
+    Install("squeue", "#!/bin/sh\n");
+    Install("scontrol",
+            "#!/bin/sh\necho \"$*\" >>\"$SCHEDULER/asked\"\n"
+            "echo 'MaxArraySize            = 1001'\n");
+    Install("scancel", "#!/bin/sh\necho \"scancel $*\" >>\"$SCHEDULER/asked\"\n");
     Gl3Setup setup;
     setup.environment = {"PATH=" + (m_base / "bin").string() + ":/usr/bin:/bin",
-                         "SCHEDULER=" + m_base.string(), "XDG_STATE_HOME=" + m_base.string()};
+                         "SCHEDULER=" + m_base.string(), "XDG_STATE_HOME=" + m_base.string(),
+                         "TASK=" + task};
     return setup;
+  }
+  /// Lines of a file of the scheduler's.
+  std::vector<std::string> Lines(const std::string& name) const {
+    std::ifstream file(m_base / name);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);) lines.push_back(line);
+    return lines;
   }
 };
 
@@ -154,9 +174,6 @@ TEST_F(Farm, MakesTheMovieOfItsFrames) {
 }
 
 TEST_F(Farm, SubmitsAnArrayAndOnceMoreWhatIsLost) {
-  Install("sbatch", kScheduler);
-  Install("squeue", "#!/bin/sh\n");
-  Install("scontrol", "#!/bin/sh\necho 'MaxArraySize            = 1001'\n");
   const fs::path odd = Path("it's $HOME; a `place`");
   fs::create_directory(odd);
   const Gl3Words words = {"farm",
@@ -178,9 +195,7 @@ TEST_F(Farm, SubmitsAnArrayAndOnceMoreWhatIsLost) {
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(result.out, "471\n");
   EXPECT_EQ(Run("farm wait 471", WithScheduler()).status, 0);
-  std::ifstream submitted(m_base / "submitted");
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(submitted, line);) lines.push_back(line);
+  const std::vector<std::string> lines = Lines("submitted");
   ASSERT_EQ(lines.size(), 4u) << "an array and a check, twice";
   EXPECT_TRUE(Holds(lines[0], {"--parsable --partition=p ", "round-1.sh"}));
   EXPECT_TRUE(Holds(lines[1], {"--dependency=afterany:471", "check-1.sh"}));
@@ -188,6 +203,56 @@ TEST_F(Farm, SubmitsAnArrayAndOnceMoreWhatIsLost) {
   for (int i = 1; i <= 6; ++i) {
     EXPECT_EQ(ReadPng(odd / ("t0" + std::to_string(i) + ".png")).width, 96);
   }
+}
+
+/// A model that cannot be read is not tried again, though another task is.
+TEST_F(Farm, RepeatsWhatMayHelpAlone) {
+  Write("broken.obj", "f 1 2 3\n");
+  Write("other.obj", kSquaresObj);
+  Run("farm --tasks 2 --measured 0.1,20 --folder job -- render broken.obj squares.obj other.obj "
+      "-o out/%n.png -s 64x48",
+      WithScheduler());
+  EXPECT_EQ(Lines("submitted").size(), 4u);
+  EXPECT_EQ(Json::parse(Read("job/round-2.json"))["tasks"].size(), 1u);
+  const Json report = Report("job");
+  EXPECT_EQ(report["whole"], 2);
+  ASSERT_EQ(report["missing"].size(), 1u);
+  EXPECT_EQ(report["missing"][0]["file"], "out/broken.png");
+}
+
+/// Nodes after the first one draw with another renderer.
+TEST_F(Farm, LeavesOutNodesOfAnotherRenderer) {
+  const Gl3Setup setup =
+      WithScheduler("[ $task = 1 ] || export GALLIUM_DRIVER=softpipe; sh \"$script\"");
+  const std::string command = "farm --tasks 2 --measured 0.1,20 --folder ";
+  Run(command + "job -- " + Turn("out/t%d.png", 4), setup);
+  const std::vector<std::string> asked = Lines("asked");
+  EXPECT_EQ(std::count(asked.begin(), asked.end(), "update JobId=471 ExcNodeList=n2"), 1);
+  EXPECT_TRUE(Holds(Lines("submitted").at(2), {"--exclude=n2", "round-2.sh"}));
+  const Json report = Report("job");
+  EXPECT_EQ(report["status"], 0);
+  EXPECT_EQ(report["whole"], 4);
+  EXPECT_TRUE(Holds(report["nodes"][1]["problem"], {"n2", "softpipe", "--exclude=n2"}));
+  for (int i = 1; i <= 4; ++i) Lose("out/t" + std::to_string(i) + ".png");
+  Run(command + "both --allow-mixed -- " + Turn("out/t%d.png", 4), setup);
+  EXPECT_EQ(Report("both")["status"], 0);
+  EXPECT_EQ(Report("both")["rounds"], 1);
+  EXPECT_EQ(Report("both")["whole"], 4);
+}
+
+TEST_F(Farm, EndsWhatIsCancelled) {
+  const Gl3Setup setup = WithScheduler("true");  // nothing runs
+  Run("farm --measured 0.1,20 --folder job -- " + Turn("out/t%d.png", 4), setup);
+  EXPECT_TRUE(Holds(Done("farm cancel 471", setup), {"0 of 4 pictures are there"}));
+  const std::vector<std::string> asked = Lines("asked");
+  ASSERT_GE(asked.size(), 2u);
+  EXPECT_EQ(asked[asked.size() - 2], "scancel 472") << "the check, which would submit more";
+  EXPECT_EQ(asked.back(), "scancel 471");
+  // What the scheduler began all the same.
+  for (const char* part : {"task", "check"}) Run("farm " + std::string(part) + " job 1 1", setup);
+  EXPECT_TRUE(fs::is_empty(Path("out")));
+  EXPECT_EQ(Lines("submitted").size(), 2u);
+  ExpectRefused("farm wait 471", 1, {"was cancelled", "0 of 4", "goes on"}, setup);
 }
 
 TEST_F(Farm, ShowsWhatItWouldSubmit) {
@@ -221,12 +286,16 @@ TEST_F(Farm, RefusesWhatCannotBeShared) {
     ExpectRefused(words, status, parts, WithScheduler());
   }
   EXPECT_TRUE(fs::is_empty(Path("out")));
+  fs::create_directory(Path("odd"));
+  Write("odd/plan.json", "{}");
+  ExpectRefused("farm cancel odd", 3, {"odd/plan.json", "no plan of a farm"}, WithScheduler());
+  Write("odd/report.json", R"({"status": "none"})");
+  ExpectRefused("farm status odd", 3, {"odd", "damaged"}, WithScheduler());
 }
 
 TEST_F(Farm, WithoutASchedulerSaysSoAndLeavesNothing) {
-  fs::create_directories(m_base / "bin");
   Gl3Setup setup = WithScheduler();
-  setup.environment[0] = "PATH=" + (m_base / "bin").string();
+  setup.environment[0] = "PATH=" + m_base.string();
   ExpectRefused("farm --measured 1,1 -- " + Turn("out/t%d.png", 4), 1,
                 {"sbatch", "slurm-client", "--local"}, setup);
   EXPECT_TRUE(fs::is_empty(Path("out")));

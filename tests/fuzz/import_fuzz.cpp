@@ -24,8 +24,8 @@ namespace fs = std::filesystem;
 using hostkit::ImportEnd;
 
 // The first byte of an input chooses one; the rest is the file. New ones go to the end.
-constexpr const char* kSuffixes[] = {".ply", ".obj", ".stl", ".gltf", ".glb", ".dae",
-                                     ".3ds", ".fbx", ".off", ".3mf",  ".x"};
+constexpr const char* kSuffixes[] = {".ply", ".obj", ".stl", ".gltf", ".glb", ".dae", ".3ds",
+                                     ".fbx", ".off", ".3mf", ".x",    ".amf", ".zae"};
 constexpr const char* kReport = "report.txt";
 
 #ifdef GL3_FUZZ

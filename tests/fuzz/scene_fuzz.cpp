@@ -81,7 +81,8 @@ hostkit::FrameSettings Settings(Input& input) {
   settings.transparentBackground = input.Flag();
   settings.lights = static_cast<hostkit::LightSet>(input.Below(4));
   settings.pointSize = input.Below(4);
-  settings.controlPointSize = input.Below(3);
+  settings.controlPointSize = input.Below(4) + hostkit::kSizeBySpacing;
+  settings.showsEdges = input.Flag();
   settings.grid.on = input.Flag();
   settings.depth = input.Flag();
   settings.fog.on = input.Flag();

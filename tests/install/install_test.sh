@@ -51,6 +51,24 @@ check_tour() {
     fail "the glass is not green, or the blur is none"
 }
 
+# What the plan must show: a line of whole pixels, paper where it ends, the pane's half white over that,
+# and text.
+check_plan() {
+  {
+    values plan.png 1x50+90+30 Avg
+    values plan.png 1x50+90+30 StdDev
+    values plan.png 1x1+90+80 Avg
+    values plan.png 28x12+121+97 Avg
+    values plan.png 60x10+9+5 StdDev
+  } | awk 'NR == 1 { pen = ($1 - 30 / 255) ^ 2 < 0.0001 }
+           NR == 2 { even = $1 + $2 + $3 == 0 }
+           NR == 3 { end = ($1 - 230 / 255) ^ 2 + ($3 - 190 / 255) ^ 2 < 0.0001 }
+           NR == 4 { pane = ($3 - 222 / 255) ^ 2 < 0.0003 }
+           NR == 5 { text = $1 > 0.1 }
+           END { exit !pen || !even || !end || !pane || !text }' ||
+    fail "the plan is drawn in other pixels"
+}
+
 # Whatever a document beside the README leads to must be there.
 check_links() {
   local document link
@@ -73,8 +91,10 @@ build_hosts() {
   "${alone[@]}" GL3_CHECK=1 "$work/host/example_host" ring.png 2>told
   check_picture ring.png
   "${alone[@]}" GL3_CHECK=1 "$work/host/example_tour" . 2>>told
+  "${alone[@]}" GL3_CHECK=1 "$work/host/example_flat" plan.png 2>>told
   [[ ! -s told ]] || fail "the samples are told: $(<told)"
   check_tour
+  check_plan
 
   printf '%s\n' '#include <cstdio>' '#include "hostkit/services/module_loader.h"' \
     'int main() { std::puts(hostkit::FindModule(nullptr).c_str()); }' >find.cpp
@@ -83,6 +103,12 @@ build_hosts() {
   g++ -std=c++20 find.cpp "${flags[@]}" -o find
   [[ $("${alone[@]}" ./find) == "$tree/lib/gl3/OpenGL3.so" ]] ||
     fail "a host elsewhere does not find the module beside the host kit"
+
+  # One that calls none of the services itself.
+  printf '%s\n' '#include <dlfcn.h>' \
+    'int main(int, char** module) { return dlopen(module[1], RTLD_NOW) ? 0 : 1; }' >own.cpp
+  g++ -std=c++20 own.cpp -Wl,--as-needed "${flags[@]}" -o own
+  "${alone[@]}" ./own "$tree/lib/gl3/OpenGL3.so" || fail "the linker leaves out the services"
 
   mkdir wants
   printf '%s\n' 'cmake_minimum_required(VERSION 3.25)' 'project(Wants LANGUAGES CXX)' \

@@ -43,7 +43,7 @@ apps/work/render      apps/base apps/options apps/work/common hostkit/effects ho
 apps/work/farm        apps/base apps/options apps/work/common apps/work/filter apps/work/info apps/work/render hostkit/effects hostkit/pictures hostkit/services host platform
 apps/work             apps/base apps/options apps/work/common apps/work/settings apps/work/compare apps/work/info apps/work/filter apps/work/render apps/work/farm
 apps/gl3              apps/base apps/options apps/work
-apps/gl3-view         apps/base apps/options apps/work/common apps/work/render hostkit/effects hostkit/frame hostkit/feed hostkit/isolated hostkit/scene hostkit/pictures hostkit/services host platform
+apps/gl3-view         apps/base apps/options apps/work/common apps/work/info apps/work/render hostkit/effects hostkit/frame hostkit/feed hostkit/isolated hostkit/scene hostkit/pictures hostkit/services host platform
 samples/host          hostkit/scene hostkit/pictures hostkit/services host platform
 '
 

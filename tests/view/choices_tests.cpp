@@ -109,17 +109,39 @@ TEST_F(ChoicesTest, EntriesHaveFieldsForTheirParameters) {
   EXPECT_EQ(text->findChild<QLineEdit*>("Text")->text(), "Two, three");
   text->findChild<QSpinBox*>("X")->setValue(30);
   EXPECT_EQ(text->Entries(), QStringList{"Two, three,30,9,#ff0000"});
+  m_window->SetChoices({});
+  text->Add("Large,24px", false);
+  auto* const x = text->findChild<QSpinBox*>("X");
+  EXPECT_EQ(x->text(), "automatic");
+  x->stepUp();  // the nearest place
+  EXPECT_EQ(text->Entries(), QStringList{"Large,0,8,24px"});
+  text->findChild<QSpinBox*>("Size")->setValue(40);
+  EXPECT_EQ(text->Entries(), QStringList{"Large,0,8,40px"});
+  m_window->SetChoices({});
+  text->Add("b", false);
+  auto* const written = text->findChild<QLineEdit*>("Text");
+  written->setText("b,1,2");  // is no place
+  Q_EMIT written->editingFinished();
+  EXPECT_EQ(text->Entries(), QStringList{"b,1,2,8,8"});
   List("--overlay")->Add("a,b.png", false);
   List("--overlay")->findChild<QDoubleSpinBox*>("Opacity")->setValue(0.5);
   EXPECT_EQ(List("--overlay")->Entries(), QStringList{"a,b.png,0,0,0.5"});
   EXPECT_NE(Problem("--overlay"), "");  // it is not there
 }
 
+TEST_F(ChoicesTest, KeysOfThePictureStayThoseOfControls) {
+  auto* const box = m_window->Panel().findChild<QCheckBox*>("--backfaces");
+  box->setFocus();
+  QTest::keyClick(box, Qt::Key_Space);
+  EXPECT_TRUE(box->isChecked());
+  EXPECT_EQ(m_window->Panel().Arguments(), QStringList{"--backfaces"});
+}
+
 TEST_F(ChoicesTest, KeysChooseAndResetTakesAllBack) {
-  const std::pair<Qt::Key, QStringList> keys[] = {{Qt::Key_W, {"--mode=wireframe"}},
-                                                  {Qt::Key_L, {"--mode=lines"}},
-                                                  {Qt::Key_O, {"--mode=points"}},
-                                                  {Qt::Key_G, {"--mode=points", "--grid"}}};
+  const std::pair<Qt::Key, QStringList> keys[] = {
+      {Qt::Key_W, {"--mode=wireframe"}}, {Qt::Key_L, {"--mode=lines"}},
+      {Qt::Key_O, {"--mode=points"}},    {Qt::Key_G, {"--mode=points", "--grid"}},
+      {Qt::Key_S, {"--grid"}},           {Qt::Key_E, {"--edges", "--grid"}}};
   auto* const reset = m_window->Panel().findChild<QPushButton*>("reset");
   EXPECT_FALSE(reset->isEnabled());
   for (const auto& [key, expected] : keys) {

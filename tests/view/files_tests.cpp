@@ -3,6 +3,7 @@
 #include <QFileInfo>
 #include <QImage>
 #include <QLabel>
+#include <QTimer>
 
 #include "tests/view/view_fixture.h"
 
@@ -78,7 +79,13 @@ TEST_F(FilesTest, WhatIsWrittenAnewIsShownFromWhereItWasSeen) {
   Rest();
   EXPECT_EQ(View().Scene(), before);
   EXPECT_EQ(DifferentPixels(Shown(), blue), 0);
+  QTimer busy;  // others write in the folder all the time
+  QObject::connect(&busy, &QTimer::timeout,
+                   [this] { Write("other.txt", "x"), QFile::remove(Path("other.txt")); });
+  busy.start(20);
   Write("t.obj", Triangle(3).c_str());
+  ASSERT_TRUE(QTest::qWaitFor([&] { return View().Scene() != before; }, kPatience));
+  busy.stop();
   expectOther(before, blue);
   EXPECT_EQ(Label("reload problem"), "");
 

@@ -1,4 +1,5 @@
-// Gives the viewer's tests an X server, folders of their own and a QApplication.
+// Gives the viewer's tests an X server, folders of their own and a QApplication, and has them fail
+// where the viewer calls the module wrongly.
 #include <gtest/gtest.h>
 
 #include <QApplication>
@@ -8,11 +9,18 @@
 #include <cstdlib>
 
 #include "apps/base/x_server.h"
+#include "hostkit/checking/checking.h"
 #include "platform/platform.h"
 
 namespace {
+
 constexpr int kSkipped = 77;  // as tests/CMakeLists.txt has it
+
+void FailTheTest(const hostkit::Misuse& misuse, void*) {
+  ADD_FAILURE() << misuse.operation << ": " << misuse.values << "; " << misuse.remedy;
 }
+
+}  // namespace
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
@@ -40,5 +48,6 @@ int main(int argc, char** argv) {
   QApplication::setApplicationName("view");
   QSettings::setDefaultFormat(QSettings::IniFormat);
   QApplication application(argc, argv);
+  hostkit::CheckCalls(FailTheTest);
   return RUN_ALL_TESTS();
 }

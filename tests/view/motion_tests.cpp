@@ -58,6 +58,11 @@ TEST_F(MotionTest, TheMomentThatIsShownIsSavedAndCopied) {
     return pixels;
   };
   EXPECT_TRUE(pixelsOf(QGuiApplication::clipboard()->image()) == pixelsOf(saved));
+  m_window->SetChoices({"--section=z=60%"});  // cut open anew at each moment
+  Of<QSlider>("time")->setValue(33);
+  ASSERT_TRUE(m_window->Save(Path("saved.png"), &error)) << error;
+  EXPECT_TRUE(QImage(Path("saved.png")) == Made());
+  m_window->SetChoices({});
   Of<QComboBox>("which animation")->setCurrentIndex(0);
   Rest();
   EXPECT_EQ(DifferentPixels(Shown(), atRest), 0);

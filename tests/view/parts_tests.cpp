@@ -51,6 +51,24 @@ TEST_F(PartsTest, WhatIsHiddenIsAsIfItWereNotThere) {
   EXPECT_EQ(DifferentPixels(both, alone) > 0, true);
 }
 
+TEST_F(PartsTest, FactsAreThoseOfInfo) {
+  Open(Path("room.glb"));
+  QProcess info;
+  info.start(GL3_BIN_DIR "/gl3", {"info", Path("room.glb")});
+  ASSERT_TRUE(info.waitForFinished(60000));
+  QStringList told;  // the first line is the file's name
+  for (const QByteArray& line : info.readAllStandardOutput().trimmed().split('\n').mid(1)) {
+    told << QString::fromUtf8(line).simplified();
+  }
+  const QTreeWidgetItem* facts = Tree()->topLevelItem(Tree()->topLevelItemCount() - 1);
+  QStringList listed;
+  for (int i = 0; i < facts->childCount(); ++i) {
+    listed << facts->child(i)->text(0).replace(": ", " ").simplified();
+  }
+  EXPECT_GT(listed.size(), 7);
+  EXPECT_EQ(listed, told) << listed.join('\n').toStdString();
+}
+
 TEST_F(PartsTest, ListAndPictureSelectInEachOther) {
   Open(Path("room.glb"));
   m_window->SetChoices({"--antialias=1"});

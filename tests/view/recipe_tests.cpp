@@ -41,6 +41,9 @@ TEST_F(ViewTest, SavingRemembersFolderAndSizeAndAddsTheSuffix) {
       if (!dialog || !dialog->isVisible()) return;
       if (auto* const files = qobject_cast<QFileDialog*>(dialog)) {
         folder = files->directory().path();
+        for (const char* pattern : {"*.png", "*.jpeg", "*.webp", "*.tiff", "*.ppm"}) {
+          EXPECT_TRUE(files->nameFilters()[0].contains(pattern)) << pattern;
+        }
         files->selectFile(width ? Path("out/first") : QString("second"));
       } else {
         timer.stop();

@@ -63,6 +63,7 @@ class ViewTest : public testing::Test {
                                    samples::ToGlb(samples::Showroom(256)), &error))
         << error;
     m_window = std::make_unique<view::MainWindow>(StartDriver(), gl3::DeviceChoice{});
+    View().Detail().SetLimit(1e9);  // not by how busy the machine is
     m_window->resize(1000, 700);
     m_window->show();
     m_window->activateWindow();

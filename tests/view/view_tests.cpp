@@ -138,6 +138,12 @@ TEST_F(ViewTest, EveryModeIsWhatIsDrawnOffScreen) {
       {"--fog=2,12,#808080"},
       {"--fog=exp:0.1"},
       {"--overlay=" + Path("overlay.png") + ",40,30,0.5", "--text=Hello,50,60"},
+      {"--edges", "--control-points"},
+      {"--mode=flat", "--edges", "--line-color=#ff0000"},
+      {"--material=matte", "--color=#c03020", "--text=Large,50,60,24px"},
+      {"--section=x=50%", "--scale-bar=mm"},
+      {"--section=-z=30%", "--background=" + Path("overlay.png")},
+      {"--background=#ffffff,#204060"},
       {"--mode=wireframe-gl"},
       {"--mode=shaded"},
   };
@@ -155,6 +161,24 @@ TEST_F(ViewTest, EveryModeIsWhatIsDrawnOffScreen) {
   }
   m_window->SetChoices({"--fog=9,2"});
   EXPECT_NE(m_window->Panel().findChild<QLabel*>("problem --fog")->text(), "");
+}
+
+TEST_F(ViewTest, WhatIsBehindTheModelMovesWithTheWindow) {
+  Open(Path("cube.obj"));
+  m_window->SetChoices({"--background=#f0e000,#002060"});
+  for (const int height : {700, 520}) {
+    m_window->resize(900, height);
+    Rest();
+    EXPECT_EQ(DifferentPixels(Shown(), OffScreen(2)), 0);
+    const Frame atRest = OffScreen(1);
+    View().SetParallel(false);  // something changed, but not what is seen
+    View().DrawFrame();
+    View().DrawFrame();  // the server has shown the one before by now
+    const Frame moving = Shown();
+    EXPECT_EQ(DifferentPixels(moving, atRest), 0) << "all of it but smoothness";
+    EXPECT_GT(moving.front() >> 16 & 255, 230u);  // 240 at the upper edge, 0 at the lower one
+    EXPECT_LT(moving.back() >> 16 & 255, 10u);
+  }
 }
 
 TEST_F(ViewTest, AtRestTheFrameHasItsEffectsAndIsSmooth) {
@@ -205,7 +229,12 @@ TEST_F(ViewTest, DroppedFilesOpenAndAreRemembered) {
 
 TEST_F(ViewTest, ASavedPictureIsTheOneThatItsCommandMakes) {
   Open(Path("room.glb"));
-  m_window->SetChoices({"--effect=sharpen", "--grid", "--text=a 'b'"});
+  const QStringList choices = {
+      "--mode=flat",      "--edges",       "--color=#c0a080",  "--background=#ffffff,#204060",
+      "--grid",           "--scale-bar=m", "--section=-z=40%", "--effect=sharpen",
+      "--text=a 'b',20px"};
+  m_window->SetChoices(choices);
+  EXPECT_EQ(m_window->Panel().Arguments(), choices);
   m_effectContexts = 1;
   Drag(&View(), Qt::LeftButton, {300, 300}, {371, 333});
   Wheel(&View(), 1);
@@ -258,6 +287,9 @@ TEST_F(ViewTest, AClickSelectsTheNearestVertexThatIsSeen) {
   ASSERT_EQ(View().Selection().size(), 1u) << "not taken out again";
   EXPECT_NE(View().Selection()[0].place, nearCorner);
   QTest::mouseClick(&View(), Qt::LeftButton, Qt::NoModifier, {5, 5});
+  EXPECT_TRUE(View().Selection().empty());
+  m_window->SetChoices({"--section=x=50%"});  // the corner is cut away
+  QTest::mouseClick(&View(), Qt::LeftButton, Qt::NoModifier, pixelOf(nearCorner));
   EXPECT_TRUE(View().Selection().empty());
 }
 

@@ -15,8 +15,9 @@ struct CompareDriver {
 };
 
 /// As gl3 draws here by itself comes first; then each of so many EGL devices; Mesa's two software
-/// renderers, with vectors and threads of several sizes; the X server called `display` (none where
-/// empty); and, by Mesa's overrides, an older OpenGL and one without what the module can use.
+/// renderers, with vectors and threads of several sizes, and, by Mesa's overrides, an older OpenGL
+/// and one without what the module can use; the X server called `display` (none where empty), into
+/// pbuffers and into windows.
 std::vector<CompareDriver> ListCompareDrivers(int devices, const std::string& display);
 
 }  // namespace gl3

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <iterator>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -36,6 +37,15 @@ std::string LastLine(const std::string& errors) {
   text = text.substr(text.rfind('\n') + 1);
   const std::string name = "gl3: ";
   return OneLine(text.rfind(name, 0) == 0 ? text.substr(name.size()) : text);
+}
+
+/// Whether a failure is one of the driver's, which says nothing by itself: gl3 or its child came to
+/// no end of its own. These are the words of RunSupervised and RunProbe.
+bool TellsOfCrash(const std::string& line) {
+  constexpr const char* kWords[] = {" crashed (", " ended the process", " took longer than ",
+                                    " was killed from outside"};
+  return std::any_of(std::begin(kWords), std::end(kWords),
+                     [&line](const char* words) { return line.find(words) != std::string::npos; });
 }
 
 std::string CannotWrite(const std::string& file) {
@@ -116,7 +126,11 @@ ProgramEnd Comparison::RunGl3(const CompareDriver& driver, std::vector<std::stri
   // Compiled shaders of one way are nothing to another, and Mesa does not always tell them apart.
   std::map<std::string, std::string> environment = driver.environment;
   environment["GL3_REGISTRY"] = (m_folder / kSettings).string();
-  environment["XDG_CACHE_HOME"] = (m_folder / "cache" / driver.folder).string();
+  // Mesa makes its own folder within this one alone, and speaks of it when it cannot.
+  const fs::path cache = m_folder / "cache" / driver.folder;
+  std::error_code code;
+  fs::create_directories(cache, code);
+  environment["XDG_CACHE_HOME"] = fs::absolute(cache, code).string();
   return RunProgram(words, environment, m_options.run.limits.timeoutSeconds);
 }
 
@@ -143,13 +157,17 @@ ComparedPicture Comparison::DrawScene(const CompareDriver& driver, const Compare
   picture.scene = scene;
   const std::string name = scene.name + ".png";
   const std::string path = (m_folder / "pictures" / driver.folder / name).string();
+  std::error_code code;
+  fs::remove(path, code);  // of an earlier run
+  fs::remove(m_folder / "differences" / driver.folder / name, code);
   std::vector<std::string> words = {
       "render", (m_folder / "models" / scene.model).string(), "-o", path, "-s", kPictureSize, "-q"};
   words.insert(words.end(), scene.arguments.begin(), scene.arguments.end());
   const ProgramEnd end = RunGl3(driver, words);
   if (!end.trouble.empty()) picture.trouble = "gl3 " + end.trouble;
-  if (end.status > 0) picture.refusal = LastLine(end.errors);
-  if (end.status == 0 && !end.errors.empty()) picture.trouble = LastLine(end.errors);
+  const std::string line = LastLine(end.errors);
+  if (end.status > 0) (TellsOfCrash(line) ? picture.trouble : picture.refusal) = line;
+  if (end.status == 0) picture.trouble += line;
   if (end.status != 0 || !picture.trouble.empty()) return picture;
   Pixels pixels, first;
   if (!ReadPixels(path, &pixels, &picture.trouble)) return picture;
@@ -164,7 +182,9 @@ ComparedPicture Comparison::DrawScene(const CompareDriver& driver, const Compare
 }
 
 ComparedDriver Comparison::Draw(const CompareDriver& driver) {
-  ComparedDriver compared{driver, Json::object(), "", {}};
+  ComparedDriver compared;
+  compared.driver = driver;
+  compared.facts = Json::object();
   const ProgramEnd end = RunGl3(driver, {"info", "--json", "-q"});
   const Json report = ParsedJson(end.output);
   for (const char* const part : {"display", "opengl", "limits"}) {
@@ -172,6 +192,7 @@ ComparedDriver Comparison::Draw(const CompareDriver& driver) {
   }
   if (!end.trouble.empty()) compared.problem = "gl3 info " + end.trouble;
   if (end.status > 0) compared.problem = LastLine(end.errors);
+  compared.crashed = !end.trouble.empty() || TellsOfCrash(compared.problem);
   if (end.status != 0) return compared;
   std::error_code code;
   fs::create_directories(m_folder / "pictures" / driver.folder, code);
@@ -180,16 +201,19 @@ ComparedDriver Comparison::Draw(const CompareDriver& driver) {
 
 Outcome Comparison::Judge() const {
   const std::string where = (m_folder / "compare.json").string();
-  if (!m_drivers.front().problem.empty()) return {kNoOpenGl, m_drivers.front().problem};
   for (const ComparedDriver& driver : m_drivers) {
+    if (driver.crashed) return {kMismatch, driver.driver.name + ": " + driver.problem};
     for (const ComparedPicture& picture : driver.pictures) {
       if (picture.trouble.empty() && IsWithin(picture)) continue;
-      return {kMismatch, fmt::format("{}: {}: not as the kept picture; see {} and the differences "
-                                     "beside it",
-                                     driver.driver.name, picture.scene.name, where)};
+      const std::string what = picture.trouble.empty()
+                                   ? "not as the kept picture; see the differences"
+                                   : picture.trouble;
+      return {kMismatch, fmt::format("{}: {}: {} (more in {})", driver.driver.name,
+                                     picture.scene.name, what, where)};
     }
   }
-  return {};
+  const std::string& problem = m_drivers.front().problem;
+  return problem.empty() ? Outcome() : Outcome{kNoOpenGl, problem};
 }
 
 Outcome Comparison::Run(int devices, std::string* result) {

@@ -16,15 +16,16 @@ namespace gl3 {
 struct ComparedPicture {
   CompareScene scene;
   std::string refusal;  ///< Why there is no picture, in gl3's own words.
-  std::string trouble;  ///< What else went wrong: gl3 crashed, or nothing is kept to compare with.
+  std::string trouble;  ///< What else went wrong: a crash, or nothing is kept to compare with.
   std::optional<PictureDifference> kept, first;  ///< None: nothing to compare with.
 };
 
 /// One driver.
 struct ComparedDriver {
   CompareDriver driver;
-  Json facts;           ///< "opengl" and "limits" of `gl3 info --json`.
-  std::string problem;  ///< Why nothing was drawn.
+  Json facts;            ///< "display", "opengl" and "limits" of `gl3 info --json`.
+  std::string problem;   ///< Why nothing was drawn.
+  bool crashed = false;  ///< Because gl3, or its child that asks OpenGL, came to no end.
   std::vector<ComparedPicture> pictures;
 };
 

@@ -13,7 +13,7 @@ namespace {
 
 constexpr double kStartShare = 0.1;
 constexpr double kMostRounds = 4;
-constexpr double kTimeReserve = 4, kLeastMinutes = 5;
+constexpr double kTimeReserve = 4, kLeastMinutes = 5, kMostMinutes = 365.0 * 24 * 60;
 constexpr std::uint64_t kMemoryReserve = 2, kLeastMegabytes = 512;
 
 std::size_t CountChunks(std::size_t pictures, double seconds, const ShareWish& wish) {
@@ -94,7 +94,8 @@ std::size_t MiddleSize(const std::vector<std::uint64_t>& sizes) {
 
 TaskLimits LimitsOfTask(double seconds, std::uint64_t peakMemory) {
   TaskLimits limits;
-  limits.minutes = static_cast<int>(std::ceil(seconds * kTimeReserve / 60) + kLeastMinutes);
+  const double minutes = std::ceil(seconds * kTimeReserve / 60) + kLeastMinutes;
+  limits.minutes = static_cast<int>(std::min(minutes, kMostMinutes));
   limits.megabytes = (peakMemory * kMemoryReserve >> 20) + kLeastMegabytes;
   return limits;
 }

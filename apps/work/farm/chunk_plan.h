@@ -45,7 +45,7 @@ struct TaskLimits {
 };
 
 /// Limits of a task that is measured to take `seconds` and `peakMemory` bytes: four times the one
-/// and five minutes, twice the other and 512 MiB.
+/// and five minutes, a year at the most, twice the other and 512 MiB.
 TaskLimits LimitsOfTask(double seconds, std::uint64_t peakMemory);
 
 }  // namespace gl3

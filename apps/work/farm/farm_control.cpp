@@ -2,7 +2,6 @@
 #include "apps/work/farm/farm_control.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -51,77 +50,95 @@ Outcome FindFarm(const std::string& id, std::string* path) {
               "printed"};
 }
 
-/// Pictures of the plan that are there, as seen from the folder of the farm's command.
-std::string CountPictures(const FarmFolder& folder) {
-  FarmPlan plan;
-  const Outcome outcome = folder.ReadPlan(&plan);
-  if (outcome.status != kDone || chdir(plan.workFolder.c_str()) != 0) return "";
-  const auto done = std::count_if(plan.pictures.begin(), plan.pictures.end(),
-                                  [](const FarmPicture& picture) { return picture.IsThere(); });
-  return fmt::format("{} of {} pictures are there", done, plan.pictures.size());
+int EndWith(const Outcome& outcome) {
+  PrintError(outcome.message);
+  return outcome.status;
 }
 
-int TellStatus(const FarmFolder& folder, bool json) {
-  const Json report = folder.Read("report.json");
-  if (report.is_object()) return TellReport(report, json);
+int TellStatus(const FarmFolder& folder, const FarmPlan& plan, bool json) {
   std::vector<std::string> states;
   const bool isKnown = JobStates(JobIds(folder), &states);
   const auto running = std::count(states.begin(), states.end(), "RUNNING");
-  const std::string counted = CountPictures(folder);
   if (json) {
     return PrintResult(PrintedJson({{"folder", folder.Path()},
                                     {"ended", false},
-                                    {"there", counted},
-                                    {"running", running},
+                                    {"cancelled", folder.IsCancelled()},
+                                    {"pictures", plan.pictures.size()},
+                                    {"there", plan.CountPictures()},
+                                    {"running", isKnown ? Json(running) : Json()},
                                     {"left", isKnown ? Json(states.size()) : Json()}}));
   }
+  if (plan.options.local) return PrintResult(plan.CountedPictures() + "\n");
   if (!isKnown) PrintWarning("squeue: the scheduler does not answer; try again");
-  return PrintResult(fmt::format("{}; {} tasks are running, {} entries wait or run\n", counted,
+  return PrintResult(fmt::format("{}{}; {} tasks are running, {} entries wait or run\n",
+                                 folder.IsCancelled() ? "cancelled; " : "", plan.CountedPictures(),
                                  running, states.size()));
 }
 
-int WaitForEnd(const FarmFolder& folder, bool json) {
+int WaitForEnd(const FarmFolder& folder, const FarmPlan& plan, bool json) {
   int ofNothing = 0;
   for (int naps = 0;; ++naps) {
     const Json report = folder.Read("report.json");
     if (report.is_object()) return TellReport(report, json);
+    if (folder.IsCancelled()) {
+      return EndWith(
+          {kRunFailed, fmt::format("{}: the farm was cancelled; {}; the same command goes on",
+                                   folder.Path(), plan.CountedPictures())});
+    }
     std::vector<std::string> states;
     if (naps % kNapsBetweenQuestions == kNapsBetweenQuestions - 1) {
       const bool isKnown = JobStates(JobIds(folder), &states);
       ofNothing = isKnown && states.empty() ? ofNothing + 1 : 0;
     }
     if (ofNothing == kAnswersOfNothing) {
-      PrintError(
-          fmt::format("{}: the scheduler has no task of it left, and there is no report; "
-                      "{}/logs tells why, and the same command goes on",
-                      folder.Path(), folder.Path()));
-      return kRunFailed;
+      return EndWith(
+          {kRunFailed,
+           fmt::format("{}: the scheduler has no task of it left, and there is no report; "
+                       "{}/logs tells why, and the same command goes on",
+                       folder.Path(), folder.Path())});
     }
-    if (ShowsProgress() && naps % 4 == 0) ShowProgress(CountPictures(folder));
+    if (ShowsProgress() && naps % 4 == 0) ShowProgress(plan.CountedPictures());
     std::this_thread::sleep_for(kNap);
   }
 }
 
-int Cancel(const FarmFolder& folder) {
-  const std::vector<std::string> ids = JobIds(folder);
-  const Outcome outcome = ids.empty() ? Outcome() : CancelJobs(ids);
-  if (outcome.status == kDone) {
-    return PrintResult(CountPictures(folder) + ", all of them whole; the same command goes on\n");
+int CancelFarm(const FarmFolder& folder, const FarmPlan& plan) {
+  // First, so that a check which submits more just now notices.
+  const Outcome noted = folder.Cancel();
+  const Outcome ended = CancelJobs(JobIds(folder));
+  if (ended.status != kDone) return EndWith(ended);
+  if (noted.status != kDone) return EndWith(noted);
+  return PrintResult(plan.CountedPictures() + ", all of them whole; the same command goes on\n");
+}
+
+int ControlFolder(const std::string& action, const FarmFolder& folder, bool json) {
+  const Json report = folder.Read("report.json");
+  if (report.is_object()) return TellReport(report, json);
+  FarmPlan plan;
+  const Outcome outcome = folder.EnterPlan(&plan);
+  if (outcome.status != kDone) return EndWith(outcome);
+  if (action == "status") return TellStatus(folder, plan, json);
+  if (plan.options.local) {
+    return EndWith({kWrongUsage, folder.Path() +
+                                     ": it is drawn on its own machine, by the gl3 farm that was "
+                                     "started there; wait for that, or end it"});
   }
-  PrintError(outcome.message);
-  return outcome.status;
+  return action == "wait" ? WaitForEnd(folder, plan, json) : CancelFarm(folder, plan);
 }
 
 }  // namespace
 
 void RememberFarm(const std::string& id, const FarmFolder& folder) {
   const fs::path index = IndexFolder();
-  std::error_code code;
-  if (!index.empty()) fs::create_directories(index, code);
-  std::ofstream file(index / id);
+  std::ofstream file;
+  if (!index.empty()) {
+    std::error_code code;
+    fs::create_directories(index, code);
+    file.open(index / id);
+  }
   file << folder.Path() << "\n";
   file.close();
-  if (index.empty() || !file) {
+  if (!file) {
     PrintWarning("the farm's number cannot be kept; name its folder to status, wait and cancel");
   }
 }
@@ -129,14 +146,14 @@ void RememberFarm(const std::string& id, const FarmFolder& folder) {
 int ControlFarm(const std::string& action, const std::string& id, const FarmOptions& options) {
   std::string path;
   const Outcome outcome = FindFarm(id, &path);
-  if (outcome.status != kDone) {
-    PrintError(outcome.message);
-    return outcome.status;
+  if (outcome.status != kDone) return EndWith(outcome);
+  try {
+    return ControlFolder(action, FarmFolder(path), options.json);
+  } catch (const Json::exception&) {
+    return EndWith({kUnreadableInput, ShellQuote(path) +
+                                          ": what is in the farm's folder is damaged; repeat the "
+                                          "command that was shared, which goes on"});
   }
-  const FarmFolder folder(path);
-  if (action == "status") return TellStatus(folder, options.json);
-  if (action == "wait") return WaitForEnd(folder, options.json);
-  return Cancel(folder);
 }
 
 }  // namespace gl3

@@ -64,6 +64,16 @@ FarmPlan PlanOf(const Json& json) {
 
 }  // namespace
 
+std::size_t FarmPlan::CountPictures() const {
+  const auto there = std::count_if(pictures.begin(), pictures.end(),
+                                   [](const FarmPicture& picture) { return picture.IsThere(); });
+  return static_cast<std::size_t>(there);
+}
+
+std::string FarmPlan::CountedPictures() const {
+  return fmt::format("{} of {} pictures are there", CountPictures(), pictures.size());
+}
+
 std::string FarmFolder::Log(int round, const std::string& task) const {
   return File(fmt::format("logs/{}-{}.log", round, task));
 }
@@ -165,6 +175,14 @@ Outcome FarmFolder::ReadPlan(FarmPlan* plan) const {
   }
   return {kUnreadableInput,
           File("plan.json") + ": is no plan of a farm; name the folder that gl3 farm made"};
+}
+
+Outcome FarmFolder::EnterPlan(FarmPlan* plan) const {
+  Outcome outcome = ReadPlan(plan);
+  if (outcome.status != kDone || chdir(plan->workFolder.c_str()) == 0) return outcome;
+  return {kUnreadableInput,
+          fmt::format("{}: cannot be entered here: {}; farms need folders that every node sees",
+                      plan->workFolder, std::strerror(errno))};
 }
 
 Outcome FarmFolder::WriteRound(int round, const std::vector<PictureChunk>& chunks) const {

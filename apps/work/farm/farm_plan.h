@@ -7,6 +7,7 @@
 //   nodes/HOST.json what a node's check said
 //   tasks/N-I.json  how the task ended
 //   checks/I.json   what was found of a part of the pictures
+//   cancelled.json  there once the farm was cancelled
 //   logs/           what the tasks printed
 //   frames/         of a movie
 //   report.json     the end
@@ -32,6 +33,11 @@ struct FarmPlan {
   std::uint64_t peakMemory = 0;  ///< Of a task, bytes; 0: unknown.
   /// Of the farm's command line; `words` are not among them.
   FarmOptions options;
+
+  /// How many of the pictures are there, as seen from the current folder.
+  std::size_t CountPictures() const;
+  /// The same as text.
+  std::string CountedPictures() const;
 };
 
 /// The files of a farm's folder.
@@ -60,10 +66,16 @@ class FarmFolder {
 
   Outcome WritePlan(const FarmPlan& plan) const;
   Outcome ReadPlan(FarmPlan* plan) const;
+  /// The same, and makes the folder of the plan's command the current one.
+  Outcome EnterPlan(FarmPlan* plan) const;
   Outcome WriteRound(int round, const std::vector<PictureChunk>& chunks) const;
   Outcome ReadRound(int round, std::vector<PictureChunk>* chunks) const;
+  /// Has tasks and checks that come after this do nothing.
+  Outcome Cancel() const { return Write(kCancelledFile, {{"cancelled", true}}); }
+  bool IsCancelled() const { return Read(kCancelledFile).is_object(); }
 
  private:
+  static constexpr const char* kCancelledFile = "cancelled.json";
   std::string m_path;
 };
 

@@ -2,7 +2,6 @@
 #include "apps/work/farm/farm_rounds.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -79,9 +78,7 @@ Outcome EndMovie(const FarmFolder& folder, const FarmPlan& plan) {
 
 void ShowLocalProgress(const FarmPlan& plan) {
   if (!ShowsProgress() || plan.pictures.size() > kMostCounted) return;
-  const auto done = std::count_if(plan.pictures.begin(), plan.pictures.end(),
-                                  [](const FarmPicture& picture) { return picture.IsThere(); });
-  ShowProgress(fmt::format("{} of {} pictures are there", done, plan.pictures.size()));
+  ShowProgress(plan.CountedPictures());
 }
 
 void DrawLocalRound(const FarmFolder& folder, const FarmPlan& plan, int round, std::size_t tasks) {
@@ -93,6 +90,33 @@ void DrawLocalRound(const FarmFolder& folder, const FarmPlan& plan, int round, s
   }
   RunPool(programs, plan.options.tasks, [&] { ShowLocalProgress(plan); });
   ShowProgress("");
+}
+
+/// Adds the pictures of tasks that told why no repetition helps. False when the round is not known.
+bool AddHopeless(const FarmFolder& folder, int round, std::set<std::size_t>* hopeless) {
+  std::vector<PictureChunk> chunks;
+  if (folder.ReadRound(round, &chunks).status != kDone) return false;
+  for (std::size_t task = 1; task <= chunks.size(); ++task) {
+    const Json report = folder.Read(folder.TaskFile(round, task));
+    const int status = report.is_object() ? report.value("status", 0) : 0;
+    if (status != kWrongUsage && status != kUnreadableInput && status != kUnwritableOutput)
+      continue;
+    hopeless->insert(chunks[task - 1].begin(), chunks[task - 1].end());
+  }
+  return true;
+}
+
+/// Submits what is worth repeating. False when there is nothing, or that is not possible, and the
+/// farm ends.
+bool SubmitAgain(const FarmFolder& folder, const FarmPlan& plan, int round,
+                 const FarmFindings& findings) {
+  const std::vector<std::size_t> again = WorthRepeating(folder, round, findings);
+  if (again.empty() || round > plan.options.retries) return false;
+  std::string id;
+  const Outcome outcome =
+      SubmitRound(folder, plan, round + 1, ShareOut(plan, again, MostArrayTasks()), &id);
+  if (outcome.status != kDone) PrintError(outcome.message);
+  return outcome.status == kDone;
 }
 
 }  // namespace
@@ -118,15 +142,9 @@ std::vector<PictureChunk> ShareOut(const FarmPlan& plan, const std::vector<std::
 
 std::vector<std::size_t> WorthRepeating(const FarmFolder& folder, int round,
                                         const FarmFindings& findings) {
-  std::vector<PictureChunk> chunks;
-  if (folder.ReadRound(round, &chunks).status != kDone) return {};
   std::set<std::size_t> hopeless;
-  for (std::size_t task = 1; task <= chunks.size(); ++task) {
-    const Json report = folder.Read(folder.TaskFile(round, task));
-    const int status = report.is_object() ? report.value("status", 0) : 0;
-    if (status != kWrongUsage && status != kUnreadableInput && status != kUnwritableOutput)
-      continue;
-    hopeless.insert(chunks[task - 1].begin(), chunks[task - 1].end());
+  for (int i = 1; i <= round; ++i) {
+    if (!AddHopeless(folder, i, &hopeless)) return {};
   }
   std::vector<std::size_t> pictures = MissingPictures(findings);
   pictures.erase(std::remove_if(pictures.begin(), pictures.end(),
@@ -191,32 +209,30 @@ int TellReport(const Json& report, bool json) {
   if (status != kDone) PrintError(report.value("message", ""));
   TellTroubles(report);
   const std::string text = fmt::format(
-      "{} of {} pictures are there, whole and alike; the report: {}/report.json\n",
+      "{} of {} pictures are there, whole and alike; the report: {}/report.json",
       report.value("whole", 0), report.value("pictures", 0), report.value("folder", ""));
-  const int printed = PrintResult(json ? PrintedJson(report) : text);
+  const int printed = PrintResult(json ? PrintedJson(report) : OneLine(text) + "\n");
   return status == kDone ? printed : status;
 }
 
 int RunFarmCheck(const std::string& path, int round) {
   const FarmFolder folder(path);
+  // The scheduler may have begun this check anew behind its last deed.
+  if (folder.IsCancelled() || IsSubmitted(folder, round + 1)) return kDone;
   FarmPlan plan;
-  Outcome outcome = folder.ReadPlan(&plan);
-  if (outcome.status == kDone && chdir(plan.workFolder.c_str()) != 0) {
-    outcome = {kUnreadableInput, plan.workFolder + ": this node does not see it; restore it"};
-  }
+  FarmFindings findings;
+  Outcome outcome = folder.EnterPlan(&plan);
+  if (outcome.status == kDone) outcome = CheckPictures(folder, plan, &findings);
   if (outcome.status != kDone) {
     PrintError(outcome.message);
     return outcome.status;
   }
-  const FarmFindings findings = CheckPictures(folder, plan);
-  const std::vector<std::size_t> again = WorthRepeating(folder, round, findings);
-  if (!again.empty() && round <= plan.options.retries) {
-    std::string id;
-    outcome = SubmitRound(folder, plan, round + 1, ShareOut(plan, again, MostArrayTasks()), &id);
-    if (outcome.status == kDone) return kDone;
-    PrintError(outcome.message);
+  if (!SubmitAgain(folder, plan, round, findings)) {
+    return EndFarm(folder, plan, round, findings, false);
   }
-  return EndFarm(folder, plan, round, findings, false);
+  // Whoever cancelled it in the meantime did not know of this round.
+  if (folder.IsCancelled()) CancelJobs(JobIds(folder));
+  return kDone;
 }
 
 int RunLocalFarm(const FarmFolder& folder, const FarmPlan& plan, std::vector<PictureChunk> chunks,
@@ -234,7 +250,12 @@ int RunLocalFarm(const FarmFolder& folder, const FarmPlan& plan, std::vector<Pic
       }
       DrawLocalRound(folder, plan, round, chunks.size());
     }
-    const FarmFindings findings = CheckPictures(folder, plan);
+    FarmFindings findings;
+    const Outcome outcome = CheckPictures(folder, plan, &findings);
+    if (outcome.status != kDone) {
+      PrintError(outcome.message);
+      return outcome.status;
+    }
     std::vector<std::size_t> again;
     if (round > 0 && round <= plan.options.retries) again = WorthRepeating(folder, round, findings);
     if (again.empty()) return EndFarm(folder, plan, round, findings, json);

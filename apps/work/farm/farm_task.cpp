@@ -2,11 +2,8 @@
 #include "apps/work/farm/farm_task.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 
 #include "apps/base/messages.h"
@@ -26,7 +23,9 @@ int Restarts() {
 
 Outcome ReadTask(const FarmFolder& folder, int round, std::size_t task, FarmPlan* plan,
                  std::vector<FarmPicture>* pictures) {
-  Outcome outcome = folder.ReadPlan(plan);
+  if (folder.IsCancelled())
+    return {kRunFailed, folder.Path() + ": the farm was cancelled; repeat its command to go on"};
+  Outcome outcome = folder.EnterPlan(plan);
   std::vector<PictureChunk> chunks;
   if (outcome.status == kDone) outcome = folder.ReadRound(round, &chunks);
   if (outcome.status != kDone) return outcome;
@@ -37,9 +36,7 @@ Outcome ReadTask(const FarmFolder& folder, int round, std::size_t task, FarmPlan
   for (const std::size_t picture : chunks[task - 1]) {
     if (picture < plan->pictures.size()) pictures->push_back(plan->pictures[picture]);
   }
-  if (chdir(plan->workFolder.c_str()) == 0) return {};
-  return {kUnreadableInput, plan->workFolder + ": this node does not see it: " +
-                                std::strerror(errno) + "; farms need folders that every node sees"};
+  return {};
 }
 
 PartReport Draw(const FarmFolder& folder, const FarmPlan& plan,

@@ -1,13 +1,15 @@
 // What a picture takes, by drawing the first ones.
 #include "apps/work/farm/measure.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <system_error>
 
+#include "apps/base/file_checks.h"
 #include "apps/work/farm/chunk_plan.h"
 
 namespace gl3 {
@@ -39,15 +41,15 @@ std::vector<FarmPicture> ToMeasure(const FarmCommand& command) {
 }  // namespace
 
 Outcome MeasureFirst(const FarmCommand& command, Measurement* measured) {
-  std::error_code code;
-  std::string folder = (fs::temp_directory_path(code) / "gl3-farm-XXXXXX").string();
-  if (!mkdtemp(folder.data())) {
+  const ScratchFolder folder;
+  if (folder.Path().empty()) {
     return {kUnwritableOutput,
-            folder + ": " + std::strerror(errno) + "; set TMPDIR to a folder that can be written"};
+            fmt::format("measuring: no folder can be made for it: {}; set TMPDIR "
+                        "to a folder that can be written",
+                        std::strerror(errno))};
   }
   const std::vector<FarmPicture> pictures = ToMeasure(command);
-  const PartReport report = command.Make(pictures, folder);
-  fs::remove_all(folder, code);
+  const PartReport report = command.Make(pictures, folder.Path());
   if (report.status != kDone) return {report.status, ""};
   measured->peakMemory = report.peakMemory;
   measured->cameras = report.cameras;
@@ -61,8 +63,6 @@ Outcome MeasureFirst(const FarmCommand& command, Measurement* measured) {
   measured->startSeconds =
       std::max(report.seconds - measured->pictureSeconds * static_cast<double>(pictures.size()),
                kLeastSeconds);
-  measured->peakMemory = report.peakMemory;
-  measured->cameras = report.cameras;
   return {};
 }
 

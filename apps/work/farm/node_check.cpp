@@ -78,7 +78,7 @@ std::string NodeName() {
 Outcome CheckNode(const FarmFolder& folder, const RunOptions& run, bool allowMixed) {
   const std::string file = "nodes/" + NodeName() + ".json";
   Json node = folder.Read(file);
-  if (!node.is_object()) {
+  if (!node.is_object() || node.value("status", static_cast<int>(kNoOpenGl)) != kDone) {
     node = DescribeNode(run);
     if (node["status"] == kDone) {
       const Outcome compared = Compare(folder, node["renderer"], allowMixed);

@@ -3,7 +3,6 @@
 
 #include <fmt/format.h>
 #include <sched.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <iterator>
@@ -224,10 +223,7 @@ Outcome FarmFindings::Judge(const FarmFolder& folder) const {
 int RunFarmVerify(const std::string& path, int part, int parts) {
   const FarmFolder folder(path);
   FarmPlan plan;
-  Outcome outcome = folder.ReadPlan(&plan);
-  if (outcome.status == kDone && chdir(plan.workFolder.c_str()) != 0) {
-    outcome = {kUnreadableInput, plan.workFolder + ": it is not there; restore it"};
-  }
+  Outcome outcome = folder.EnterPlan(&plan);
   std::unique_ptr<FarmCommand> command;
   if (outcome.status == kDone) command = FarmCommand::Read(plan.words, folder.Path(), &outcome);
   if (command) {
@@ -238,7 +234,10 @@ int RunFarmVerify(const std::string& path, int part, int parts) {
   return outcome.status;
 }
 
-FarmFindings CheckPictures(const FarmFolder& folder, const FarmPlan& plan) {
+Outcome CheckPictures(const FarmFolder& folder, const FarmPlan& plan, FarmFindings* findings) {
+  Outcome outcome;
+  const auto command = FarmCommand::Read(plan.words, folder.Path(), &outcome);
+  if (!command) return outcome;
   // No more than there is work for: a process looks at some hundred small pictures a second.
   const int parts = std::clamp(static_cast<int>(plan.pictures.size() / 16), 1, UsableProcessors());
   std::vector<PoolProgram> programs;
@@ -262,8 +261,8 @@ FarmFindings CheckPictures(const FarmFolder& folder, const FarmPlan& plan) {
       found.push_back(Broken(file, "the check of it failed"));
     }
   }
-  Outcome outcome;
-  return Sort(plan, *FarmCommand::Read(plan.words, folder.Path(), &outcome), found);
+  *findings = Sort(plan, *command, found);
+  return {};
 }
 
 int UsableProcessors() {

@@ -30,8 +30,9 @@ struct FarmFindings {
 /// it finds in the farm's folder. Returns the exit status.
 int RunFarmVerify(const std::string& folder, int part, int parts);
 
-/// Looks at all pictures, with as many processes as there are processors.
-FarmFindings CheckPictures(const FarmFolder& folder, const FarmPlan& plan);
+/// Looks at all pictures, with as many processes as there are processors. Fails where this gl3 does
+/// not understand the plan's command.
+Outcome CheckPictures(const FarmFolder& folder, const FarmPlan& plan, FarmFindings* findings);
 
 /// Processors that this process may use.
 int UsableProcessors();

@@ -94,6 +94,20 @@ Outcome Submit(const CommandWords& words, std::string* id) {
   return end.status == 0 && !id->empty() ? Outcome() : Failed(words, end);
 }
 
+std::string JobsFile(int round) {
+  return fmt::format("jobs-{}.json", round);
+}
+
+/// Words of a folder that anybody may have made, in a command line.
+bool IsJobId(const std::string& text) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+/// Jobs that ended are forgotten after some minutes (MinJobAge).
+bool IsForgotten(const ProgramEnd& end) {
+  return end.errors.find("Invalid job id") != std::string::npos;
+}
+
 }  // namespace
 
 std::size_t MostArrayTasks() {
@@ -160,14 +174,17 @@ Outcome SubmitRound(const FarmFolder& folder, const FarmPlan& plan, int round,
   if (!good.empty() && !bad.empty()) more.push_back("--exclude=" + Joined(bad));
   outcome = Submit(SubmitWords(plan, more, array), id);
   if (outcome.status != kDone) return outcome;
+  CommandWords jobs = {*id};
   std::string checkId;
   more.push_back("--dependency=afterany:" + *id);
   outcome = Submit(SubmitWords(plan, more, check), &checkId);
-  if (outcome.status != kDone) {
-    CancelJobs({*id});
-    return outcome;
+  if (outcome.status == kDone) {
+    jobs.insert(jobs.begin(), checkId);
+    outcome = folder.Write(JobsFile(round), {{"array", *id}, {"check", checkId}});
   }
-  return folder.Write(fmt::format("jobs-{}.json", round), {{"array", *id}, {"check", checkId}});
+  // Of tasks that nobody will look at, nobody would know.
+  if (outcome.status != kDone) CancelJobs(jobs);
+  return outcome;
 }
 
 void KeepTasksOffBadNodes(const FarmFolder& folder) {
@@ -178,14 +195,20 @@ void KeepTasksOffBadNodes(const FarmFolder& folder) {
   RunProgram({"scontrol", "update", std::string("JobId=") + array, "ExcNodeList=" + Joined(bad)});
 }
 
+bool IsSubmitted(const FarmFolder& folder, int round) {
+  return folder.Read(JobsFile(round)).is_object();
+}
+
 std::vector<std::string> JobIds(const FarmFolder& folder) {
   CommandWords ids;
-  for (int round = 1;; ++round) {
-    const Json jobs = folder.Read(fmt::format("jobs-{}.json", round));
-    if (!jobs.is_object()) return ids;
-    ids.push_back(jobs.value("array", ""));
-    ids.push_back(jobs.value("check", ""));
+  for (int round = 1; IsSubmitted(folder, round); ++round) {
+    const Json jobs = folder.Read(JobsFile(round));
+    for (const char* job : {"check", "array"}) {
+      const Json id = jobs.value(job, Json());
+      if (id.is_string() && IsJobId(id)) ids.push_back(id);
+    }
   }
+  return ids;
 }
 
 bool JobStates(const std::vector<std::string>& ids, std::vector<std::string>* states) {
@@ -193,7 +216,7 @@ bool JobStates(const std::vector<std::string>& ids, std::vector<std::string>* st
   // Asked for one by one: of several, one that the scheduler has forgotten spoils the answer.
   for (const std::string& id : ids) {
     const ProgramEnd end = RunProgram({"squeue", "--noheader", "--format=%T", "--jobs=" + id});
-    if (end.status != 0 && end.errors.find("Invalid job id") == std::string::npos) return false;
+    if (end.status != 0 && !IsForgotten(end)) return false;
     const CommandWords lines = TextLines(end.output);
     states->insert(states->end(), lines.begin(), lines.end());
   }
@@ -201,10 +224,13 @@ bool JobStates(const std::vector<std::string>& ids, std::vector<std::string>* st
 }
 
 Outcome CancelJobs(const std::vector<std::string>& ids) {
-  CommandWords words = {"scancel"};
-  words.insert(words.end(), ids.begin(), ids.end());
-  const ProgramEnd end = RunProgram(words);
-  return end.status == 0 ? Outcome() : Failed(words, end);
+  Outcome outcome;
+  for (const std::string& id : ids) {
+    const CommandWords words = {"scancel", id};
+    const ProgramEnd end = RunProgram(words);
+    if (end.status != 0 && !IsForgotten(end)) outcome = Failed(words, end);
+  }
+  return outcome;
 }
 
 }  // namespace gl3

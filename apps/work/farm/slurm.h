@@ -32,14 +32,17 @@ std::vector<std::string> SubmitWords(const FarmPlan& plan, const std::vector<std
 /// check, where others passed.
 void KeepTasksOffBadNodes(const FarmFolder& folder);
 
-/// The scheduler's numbers of all rounds so far.
+/// Whether that round's jobs were submitted.
+bool IsSubmitted(const FarmFolder& folder, int round);
+
+/// The scheduler's numbers of all rounds so far, each round's check before its array.
 std::vector<std::string> JobIds(const FarmFolder& folder);
 
 /// States of what is left of these jobs, "RUNNING" and such, one a task or a group of waiting ones.
 /// False when the scheduler does not answer.
 bool JobStates(const std::vector<std::string>& ids, std::vector<std::string>* states);
 
-/// Ends these jobs.
+/// Ends what is left of these jobs, in their order.
 Outcome CancelJobs(const std::vector<std::string>& ids);
 
 }  // namespace gl3

@@ -49,15 +49,6 @@ std::pair<double, double> ReachAlong(const V3d& normal, const Imath::Box3f& boun
   return reach;
 }
 
-SectionPlane PlaneOf(const SectionOption& option, const Imath::Box3f& bounds, const V3d& origin) {
-  double position = option.position;
-  if (option.isShare) {
-    const auto [first, last] = ReachAlong(option.normal, bounds, origin);
-    position = first + (last - first) * option.position;
-  }
-  return {option.normal, position - option.normal.dot(origin)};
-}
-
 Outcome NothingLeft(const SectionOption& option, const Imath::Box3f& bounds, const V3d& origin) {
   const auto [first, last] = ReachAlong(option.normal, bounds, origin);
   return {
@@ -68,6 +59,15 @@ Outcome NothingLeft(const SectionOption& option, const Imath::Box3f& bounds, con
 }
 
 }  // namespace
+
+SectionPlane PlaneOf(const SectionOption& option, const Imath::Box3f& bounds, const V3d& origin) {
+  double position = option.position;
+  if (option.isShare) {
+    const auto [first, last] = ReachAlong(option.normal, bounds, origin);
+    position = first + (last - first) * option.position;
+  }
+  return {option.normal, position - option.normal.dot(origin)};
+}
 
 Outcome PrepareSubject(const SubjectOptions& options, Scene* scene) {
   std::string unmatched;

@@ -18,6 +18,10 @@ namespace gl3 {
 /// kWrongUsage with a message for names that mean nothing, or when nothing is left.
 Outcome PrepareSubject(const SubjectOptions& options, hostkit::Scene* scene);
 
+/// Where a section cuts. `bounds` are the whole model's, `origin` is the scene's.
+hostkit::SectionPlane PlaneOf(const SectionOption& option, const Imath::Box3f& bounds,
+                              const Imath::V3d& origin);
+
 /// The renderer of a scene, and of what a section leaves of it.
 class SubjectRenderer {
  public:

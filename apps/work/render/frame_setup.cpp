@@ -10,6 +10,7 @@
 #include "apps/work/render/text_picture.h"
 #include "hostkit/frame/backdrop.h"
 #include "hostkit/pictures/picture_in.h"
+#include "hostkit/services/flat_drawing.h"
 #include "hostkit/services/module_settings.h"
 #include "hostkit/services/registry.h"
 #include "platform/platform.h"
@@ -39,7 +40,7 @@ void AddTexts(const std::vector<TextOption>& options, FrameSettings* settings) {
     note.x = option.place ? option.place->x : kTextMargin;
     note.y = option.place ? option.place->y : nextY;
     note.color = option.color.value_or(ContrastColor(*settings));
-    std::string rest = Latin1(option.text);
+    std::string rest = hostkit::Latin1FromUtf8(option.text);
     while (!rest.empty()) {
       const std::size_t end = std::min(rest.find('\n'), rest.size());
       note.text = rest.substr(0, end);
@@ -138,6 +139,7 @@ Outcome MakeFrameSettings(const RenderOptions& options, FrameSettings* settings,
   if (outcome.status != kDone) return outcome;
   settings->lights = drawing.lights;
   settings->showsAllBacks = drawing.backfaces;
+  settings->showsEdges = drawing.edges;
   settings->lineColor = drawing.lineColor;
   settings->creaseDegrees = drawing.creaseDegrees.value_or(settings->creaseDegrees);
   settings->pointSize = drawing.pointSize;

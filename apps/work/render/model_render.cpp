@@ -9,6 +9,7 @@
 #include "apps/base/text.h"
 #include "apps/work/render/frame_setup.h"
 #include "apps/work/render/nothing_seen.h"
+#include "hostkit/feed/light_sets.h"
 #include "hostkit/pictures/picture_stream.h"
 #include "hostkit/scene/camera.h"
 
@@ -36,6 +37,15 @@ Outcome ModelRender::Take(ImportedModel model) {
   if (model.end != hostkit::ImportEnd::kDone) return {kRunFailed, model.error};
   m_scene = std::move(model.scene);
   for (const std::string& warning : m_scene->warnings) Warn(warning);
+  const hostkit::LightSet lights = m_options.drawing.lights;
+  const bool isLitByModel =
+      lights == hostkit::LightSet::kAuto || lights == hostkit::LightSet::kScene;
+  if (isLitByModel && m_scene->lights.size() > hostkit::kMaxLights) {
+    Warn(
+        fmt::format("{}: of its {} lights the {} strongest are drawn with; choose others with "
+                    "--lights, or split the model",
+                    m_options.models.front(), m_scene->lights.size(), hostkit::kMaxLights));
+  }
   Outcome outcome = PrepareSubject(m_options.subject, m_scene.get());
   if (outcome.status != kDone) return outcome;
   m_report.import = model.waited;

@@ -9,6 +9,7 @@
 
 #include "apps/work/render/text_picture.h"
 #include "hostkit/pictures/picture_in.h"
+#include "hostkit/services/flat_drawing.h"
 
 namespace gl3 {
 namespace {
@@ -49,8 +50,8 @@ std::vector<hostkit::OverlayPicture> DrawScaleBar(const ScaleBar& bar, const std
   line.bitmap = hostkit::BitmapFromRgba(rgba.data(), bar.pixels, kThickness);
   line.x = kMargin;
   line.y = top;
-  const std::string text =
-      Latin1(fmt::format("{:.12g}{}{}", bar.length, unit.empty() ? "" : " ", unit));
+  const std::string text = hostkit::Latin1FromUtf8(
+      fmt::format("{:.12g}{}{}", bar.length, unit.empty() ? "" : " ", unit));
   pictures.push_back(std::move(line));
   pictures.push_back(TextPicture(text, kTextSize, color, kMargin, top - kTextGap - kTextSize));
   std::erase_if(pictures, [](const hostkit::OverlayPicture& one) { return !one.bitmap; });

@@ -77,25 +77,6 @@ const platform::Glyph& GlyphOf(const platform::GlyphSet& glyphs, char c) {
 
 }  // namespace
 
-std::string Latin1(const std::string& utf8) {
-  std::string text;
-  for (std::size_t i = 0; i < utf8.size(); ++i) {
-    const auto first = static_cast<unsigned char>(utf8[i]);
-    if (first < 0x80) {
-      text += utf8[i];
-      continue;
-    }
-    unsigned following = 0;
-    while (i + 1 < utf8.size() && (static_cast<unsigned char>(utf8[i + 1]) & 0xC0) == 0x80) {
-      ++i;
-      ++following;
-    }
-    const bool isLatin = following == 1 && (first == 0xC2 || first == 0xC3);
-    text += isLatin ? static_cast<char>((first << 6 & 0xC0) | (utf8[i] & 0x3F)) : '?';
-  }
-  return text;
-}
-
 hostkit::OverlayPicture TextPicture(const std::string& latin1, int size, const ColorBuf& color,
                                     int x, int y) {
   const platform::GlyphSet& glyphs = GlyphsOf(size);

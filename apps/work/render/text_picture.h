@@ -8,10 +8,6 @@
 
 namespace gl3 {
 
-/// UTF-8 as Latin-1, which is what the renderer's fonts have; other characters become question
-/// marks.
-std::string Latin1(const std::string& utf8);
-
 /// One line of Latin-1 in the system's sans-serif font, smooth-edged. The top of its capitals is at
 /// `y`, its left at `x`, in pixels of the frame; `size` is the letters' height in pixels, those
 /// that go below the line and above the others included. Without a bitmap when there is nothing to

@@ -22,6 +22,7 @@
 #include "hostkit/import/archive.h"
 #include "hostkit/import/archive_check.h"
 #include "hostkit/import/corner_numbers.h"
+#include "hostkit/import/length_units.h"
 #include "hostkit/import/number_text.h"
 #include "hostkit/import/read_meshes.h"
 #include "hostkit/import/surface_colors.h"
@@ -150,7 +151,10 @@ class AmfAssembly {
         AddInstance(MeshOf(step.id, object->second), step.toWorld);
       } else {
         for (const pugi::xml_node& use : group->second.children("instance")) {
-          if (pending.size() > kMostPlaces) break;
+          if (pending.size() > kMostPlaces) {
+            ++m_lost;
+            break;
+          }
           pending.push_back(
               {use.attribute("objectid").value(), PlaceOf(use) * step.toWorld, step.depth + 1});
         }
@@ -276,7 +280,9 @@ bool ReadAmf(const ModelSource& source, std::string* error) {
     *error = fmt::format("{}: {}", path, fault);
     return false;
   }
-  AmfAssembly(source, document.child("amf")).Run();
+  const pugi::xml_node root = document.child("amf");
+  source.scene.facts.metersPerUnit = MetersOf(root.attribute("unit").value());
+  AmfAssembly(source, root).Run();
   return true;
 }
 

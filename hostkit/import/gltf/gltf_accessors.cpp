@@ -215,6 +215,13 @@ bool ReadWholes(const Accessor& from, const Selection& selection, int components
       from.type == ComponentType::kUnsignedInt || from.type == ComponentType::kFloat;
   if (!isWhole || from.components < components) return false;
   to->resize(selection.count * static_cast<std::size_t>(components));
+  const std::size_t size = static_cast<std::size_t>(components) * sizeof(std::uint32_t);
+  if (from.type == ComponentType::kUnsignedInt && from.stride == size && selection.list.empty()) {
+    if (!to->empty()) {
+      std::memcpy(to->data(), from.data + selection.first * size, selection.count * size);
+    }
+    return true;
+  }
   WithType(from.type, [&](auto number) {
     using Number = decltype(number);
     std::uint32_t* out = to->data();

@@ -40,6 +40,11 @@ KeyCurve CurveOf(Json sampler) {
                                  : KeyCurve::kLinear;
 }
 
+/// Whether a channel of that path moves its node.
+bool IsMotion(const std::string& path) {
+  return path == "translation" || path == "rotation" || path == "scale";
+}
+
 /// Unusable keys are left out, and of several at one time the last stays.
 void SortKeys(Keys& keys) {
   const std::size_t each = keys.values.size() / keys.times.size();
@@ -123,6 +128,11 @@ class AnimationReader {
     const bool isThere = node >= 0 && static_cast<std::size_t>(node) < m_tree.isInScene.size() &&
                          m_tree.isInScene[static_cast<std::size_t>(node)];
     if (!isThere) return;  // nothing of the scene hangs on it
+    if (!IsMotion(path) && path != "weights") {
+      m_document.Note("animations' channels left out, since they change what is not known here",
+                      m_name);
+      return;
+    }
     const Json sampler = Entry(Member(json, "samplers"), IndexOf(channel, "sampler"));
     const int components = path == "rotation" ? 4 : path == "weights" ? 1 : 3;
     Keys keys;
@@ -214,9 +224,7 @@ MovedNodes FindMoved(const Document& document) {
       if (node < 0 || static_cast<std::size_t>(node) >= count) continue;
       const std::string path = TextOf(target, "path");
       if (path == "weights") moved.weights[static_cast<std::size_t>(node)] = true;
-      if (path == "translation" || path == "rotation" || path == "scale") {
-        moved.places[static_cast<std::size_t>(node)] = true;
-      }
+      if (IsMotion(path)) moved.places[static_cast<std::size_t>(node)] = true;
     }
   }
   return moved;

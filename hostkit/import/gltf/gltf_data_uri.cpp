@@ -2,11 +2,11 @@
 #include <strings.h>
 
 #include <array>
-#include <cctype>
 #include <cstdint>
 #include <string_view>
 
 #include "hostkit/import/gltf/gltf_buffers.h"
+#include "hostkit/import/number_text.h"
 
 namespace hostkit::gltf {
 namespace {
@@ -47,25 +47,6 @@ std::optional<std::vector<unsigned char>> FromBase64(std::string_view text) {
     bytes.push_back(static_cast<unsigned char>(bits >> count));
   }
   return bytes;
-}
-
-int HexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  const int letter = std::tolower(static_cast<unsigned char>(c));
-  return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
-}
-
-std::string Unescaped(std::string_view text) {
-  std::string plain;
-  plain.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool isEscape = text[i] == '%' && i + 2 < text.size() && HexDigit(text[i + 1]) >= 0 &&
-                          HexDigit(text[i + 2]) >= 0;
-    plain +=
-        isEscape ? static_cast<char>(16 * HexDigit(text[i + 1]) + HexDigit(text[i + 2])) : text[i];
-    if (isEscape) i += 2;
-  }
-  return plain;
 }
 
 }  // namespace

@@ -66,18 +66,10 @@ std::string Document::EndsAfter(std::uint64_t size, std::uint64_t expected) cons
 }
 
 bool Document::Load(std::string* error) {
-  const OpenedFile file = m_source.files.OpenModel();
-  if (!file.IsOpen()) {
-    *error = fmt::format("{}: cannot be opened; check its permissions", Path());
-    return false;
-  }
-  if (!ReadWhole(file, &m_file)) {
-    *error = fmt::format("{}: reading stopped half-way; check the disk", Path());
-    return false;
-  }
+  if (!ReadModelFile(m_source, &m_file, error)) return false;
   Bytes text;
   if (!TakeApart(&text, error) || !Parse(text, error)) return false;
-  if (m_binary.empty()) std::vector<unsigned char>().swap(m_file);
+  if (m_binary.empty()) m_file = {};
   if (!CheckVersion(error) || !CheckExtensions(error)) return false;
   FindOddKinds(Root(), [this](const std::string& name) {
     Note("members of the wrong kind, a text for a number, say, count as missing", name);
@@ -86,13 +78,13 @@ bool Document::Load(std::string* error) {
 }
 
 bool Document::TakeApart(Bytes* text, std::string* error) {
-  if (WordAt(m_file, 0) == kMagic) return TakeChunks(text, error);
-  *text = m_file;
+  *text = File();
+  if (WordAt(*text, 0) == kMagic) return TakeChunks(text, error);
   return true;
 }
 
 bool Document::TakeChunks(Bytes* text, std::string* error) {
-  const Bytes file = m_file;
+  const Bytes file = File();
   const std::uint32_t version = WordAt(file, 4), length = WordAt(file, 8);
   constexpr std::size_t kLeast = kHeaderSize + kChunkHeaderSize;
   if (file.size() < kLeast || file.size() < length) {
@@ -130,7 +122,7 @@ bool Document::Parse(Bytes text, std::string* error) {
   // Filled up with blanks, or by some writers with zeros.
   while (!text.empty() && (text.back() == 0 || text.back() == ' '))
     text = text.first(text.size() - 1);
-  const auto offset = text.empty() ? 0 : static_cast<std::size_t>(text.data() - m_file.data());
+  const auto offset = text.empty() ? 0 : static_cast<std::size_t>(text.data() - File().data());
   std::string reason = "holds JSON, but no glTF";
   std::size_t at = 0;
   switch (m_json.Read({reinterpret_cast<const char*>(text.data()), text.size()}, &at)) {

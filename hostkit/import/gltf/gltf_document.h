@@ -12,6 +12,7 @@
 
 #include "hostkit/import/gltf/gltf_json.h"
 #include "hostkit/import/model_reader.h"
+#include "hostkit/import/read_meshes.h"
 
 namespace hostkit::gltf {
 
@@ -34,7 +35,7 @@ class Document {
   /// The chunk of bytes in a binary file; empty in others.
   Bytes Binary() const { return m_binary; }
   /// How many bytes the file has.
-  std::size_t Size() const { return m_file.size(); }
+  std::size_t Size() const { return m_file.size; }
 
   const ModelSource& Source() const { return m_source; }
   const std::string& Path() const { return m_source.files.ModelPath(); }
@@ -54,6 +55,9 @@ class Document {
     std::string names;  ///< The first few.
   };
 
+  Bytes File() const {
+    return {reinterpret_cast<const unsigned char*>(m_file.bytes.get()), m_file.size};
+  }
   bool TakeApart(Bytes* text, std::string* error);
   bool TakeChunks(Bytes* text, std::string* error);
   bool Parse(Bytes text, std::string* error);
@@ -62,7 +66,7 @@ class Document {
   std::string EndsAfter(std::uint64_t size, std::uint64_t expected) const;
 
   const ModelSource& m_source;
-  std::vector<unsigned char> m_file;
+  FileBytes m_file;  ///< Of a text nothing stays once it is parsed.
   Bytes m_binary;
   JsonText m_json;
   std::map<std::string, Notes> m_notes;

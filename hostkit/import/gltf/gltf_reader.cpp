@@ -85,11 +85,14 @@ class Instances {
     const Json json = m_document.Item("nodes", node);
     const int mesh = IndexOf(json, "mesh");
     if (mesh < 0) return;
-    const std::vector<M44f> copies = CopiesAt(json, m_accessors);
+    // Found only where they are used, and there is room: every node may have millions of them.
+    std::vector<M44f> copies;
     for (Primitive& primitive : m_meshes.Of(mesh)) {
+      if (m_document.Source().scene.instances.size() >= kMostInstances) return NoteLeftOut(node);
       const int deformed = m_deformations.Add(node, primitive);
       if (deformed < 0) {
         const int shared = m_meshes.SharedMesh(primitive);
+        if (copies.empty()) copies = CopiesAt(json, m_accessors);
         for (const M44f& copy : copies) Add(node, shared, copy);
       } else if (IsSkinned(deformed)) {
         // Its joints place it, whatever its own node says.
@@ -108,14 +111,18 @@ class Instances {
     return latest.mesh == mesh && !latest.joints.empty();
   }
 
+  void NoteLeftOut(int node) {
+    m_document.Note(
+        fmt::format("copies left out, beyond the first {} or not finite", kMostInstances),
+        m_document.NameOf("node", m_document.Item("nodes", node), node));
+  }
+
   void Add(int node, int mesh, const M44f& copy) {
     Scene& scene = m_document.Source().scene;
     const M44d exact = M44d(copy) * m_tree.toWorld[static_cast<std::size_t>(node)];
     const M44f toWorld(exact);
     if (scene.instances.size() >= kMostInstances || !IsFinite(toWorld)) {
-      m_document.Note(
-          fmt::format("copies left out, beyond the first {} or not finite", kMostInstances),
-          m_document.NameOf("node", m_document.Item("nodes", node), node));
+      NoteLeftOut(node);
       return;
     }
     M44f toNode;

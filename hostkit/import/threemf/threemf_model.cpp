@@ -1,6 +1,7 @@
 // What a 3MF package says, before it becomes a scene.
 #include "hostkit/import/threemf/threemf_model.h"
 
+#include <limits>
 #include <memory>
 #include <pugixml.hpp>
 #include <set>
@@ -8,6 +9,7 @@
 #include <utility>
 
 #include "hostkit/import/archive_check.h"
+#include "hostkit/import/length_units.h"
 #include "hostkit/import/number_text.h"
 
 namespace hostkit {
@@ -18,26 +20,20 @@ using Imath::V3d;
 
 constexpr std::size_t kMostParts = 10'000;
 
-/// Twelve numbers: the rows of a matrix for row vectors, without its last column.
+/// Twelve numbers: the rows of a matrix for row vectors, without its last column. Of a text with
+/// fewer numbers they are none at all.
 M44d PlaceOf(std::string_view text) {
   M44d place;
   const char* at = text.data();
   const char* const end = at + text.size();
   for (int i = 0; i < 12; ++i) {
     while (at < end && IsSpace(*at)) ++at;
-    if (!ReadNumber(&at, end, &place[i / 3][i % 3])) return {};
+    if (i == 0 && at == end) return {};
+    if (!ReadNumber(&at, end, &place[i / 3][i % 3])) {
+      return M44d(std::numeric_limits<double>::quiet_NaN());
+    }
   }
   return place;
-}
-
-/// A unit by its name, in metres; without one it is the millimetre.
-double MetersOf(std::string_view unit) {
-  constexpr std::pair<std::string_view, double> kUnits[] = {
-      {"micron", 1e-6}, {"centimeter", 0.01}, {"inch", 0.0254}, {"foot", 0.3048}, {"meter", 1}};
-  for (const auto& [name, meters] : kUnits) {
-    if (unit == name) return meters;
-  }
-  return 0.001;
 }
 
 /// Reads the parts of a package, each once.

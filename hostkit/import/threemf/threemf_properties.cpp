@@ -14,7 +14,7 @@ namespace {
 
 constexpr ColorBuf kWhite{255, 255, 255, 255};
 
-/// "#RRGGBB" or "#RRGGBBAA".
+/// "#RRGGBB" or "#RRGGBBAA". Alpha is not 0, which means that there is no colour.
 ColorBuf ColorOf(std::string_view text) {
   ColorBuf color = kWhite;
   std::uint8_t* const channels[] = {&color.red, &color.green, &color.blue, &color.alpha};
@@ -28,6 +28,7 @@ ColorBuf ColorOf(std::string_view text) {
     }
     *channels[i] = static_cast<std::uint8_t>(value);
   }
+  color.alpha = std::max<std::uint8_t>(color.alpha, 1);
   return color;
 }
 
@@ -62,6 +63,7 @@ void Lay(const ThreeMfLook& layer, bool multiplies, ThreeMfLook& look) {
     look = layer;
   } else if (multiplies) {
     look.color = Mixed(look.color, layer.color, Product);
+    look.color.alpha = std::max<std::uint8_t>(look.color.alpha, 1);
   } else {
     const int share = layer.color.alpha, clear = (255 - look.color.alpha) * (255 - share);
     look.color = Mixed(look.color, layer.color, [share](int below, int above) {

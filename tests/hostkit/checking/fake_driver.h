@@ -97,7 +97,8 @@ struct FakeProgram : GAShaderProgram {
 
 struct FakeDriver : GADriver {
   void SetDefaults() override {}
-  int Initialize() override { return 1; }
+  static inline int initializes = 1;
+  int Initialize() override { return initializes; }
   int Terminate() override { return 1; }
   int IsOperational() override { return 1; }
   GANativeColor* CreateColor() override { return nullptr; }

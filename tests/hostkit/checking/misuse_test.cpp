@@ -12,6 +12,7 @@
 #include "host/VornPoly.h"
 #include "hostkit/checking/checking.h"
 #include "hostkit/services/bitmap_ptr.h"
+#include "hostkit/services/flat_drawing.h"
 #include "tests/hostkit/checking/fake_driver.h"
 
 namespace {
@@ -26,8 +27,8 @@ struct World {
     driver = std::make_unique<FakeDriver>();
     hostkit::CheckDriver(driver.get());
     driver->Initialize();
-    info.pixelRight = info.imageWidth = 64;
-    info.pixelBottom = info.imageHeight = 32;
+    hostkit::FillPixelView(64, 32, &info);
+    for (GAVertex& vertex : vertices) vertex.nz = -1;
     info.scene = &scene;
     info.objectToView = kNoMotion;
     buffer = NewBuffer(GABuffer::kOffScreen);
@@ -39,7 +40,7 @@ struct World {
     list->BeginInstructions();
   }
   ~World() {
-    FakeBuffer::reallocates = 1;
+    FakeBuffer::reallocates = FakeDriver::initializes = 1;
     hostkit::LeaveCallsUnchecked();
   }
   World(const World&) = delete;
@@ -108,6 +109,17 @@ const Case kDriverCases[] = {
        const std::unique_ptr<GADriver> other = std::make_unique<FakeDriver>();
        hostkit::CheckDriver(other.get());
      }},
+    {"no-surface GABuffer::Clear, left-behind ~GADriver, no-surface ~GADriver",
+     [](World& w) {
+       w.buffer->Destroy(), w.buffer->Clear(), w.buffer->Clear(), w.buffer->BeginScene();
+       w.driver.reset();
+     }},
+    {"initialize-failed GADriver::Initialize",
+     [](World& w) {
+       w.list.reset(), w.buffer.reset(), w.texture.reset(), w.program.reset();
+       FakeDriver::initializes = 0;
+       w.driver->Initialize();
+     }},
     {"left-behind GADriver::Terminate", [](World& w) { w.driver->Terminate(); }},
     {"left-behind ~GADriver", [](World& w) { w.driver.reset(); }},
     {"driver-forgotten GADriver::SetDefaults", [](World& w) { w.driver->SetDefaults(); }},
@@ -150,11 +162,22 @@ const Case kBufferCases[] = {
      [](World& w) { w.info.viewLeft = -9, w.AddLine(); }},
     {"view-record GABuffer::ComputeProjectionMatrices",
      [](World& w) { w.info.farZ = 1, w.buffer->ComputeProjectionMatrices(); }},
+    {"view-record GABuffer::ComputeProjectionMatrices",
+     [](World& w) { w.info.scaleX = 0, w.buffer->ComputeProjectionMatrices(); }},
+    {"view-record GABuffer::ComputeProjectionMatrices",
+     [](World& w) { w.info.viewRight = 66, w.buffer->ComputeProjectionMatrices(); }},
+    {"empty-color GABuffer::SetBackground", [](World& w) { w.buffer->SetBackground(w.color); }},
     {"null GABuffer::ComputeProjectionMatrices",
      [](World& w) {
        const std::unique_ptr<GABuffer> bare(w.driver->CreateBuffer(nullptr, 1, 0));
        bare->Reallocate(8, 8, 0);
        bare->ComputeProjectionMatrices();
+     }},
+    {"shared-buffer GADriver::CreateDisplayList, buffer-before-list ~GABuffer, "
+     "list-after-buffer ~DisplayList",
+     [](World& w) {
+       delete w.driver->CreateDisplayList(&w.info);
+       w.buffer.reset(), w.list.reset();
      }},
     {"buffer-before-list ~GABuffer, list-after-buffer DisplayList::SetTexture, "
      "list-after-buffer ~DisplayList",
@@ -180,7 +203,7 @@ const Case kBufferCases[] = {
     {"z-outside DisplayList::AddRectangle", [](World& w) { w.list->AddRectangle(0, 0, 8, 8, 0); }},
     {"z-too-near GABuffer::TransparentBlit",
      [](World& w) {
-       w.info.nearZ = -0.5f, w.info.perspective = -1;
+       w.info.nearZ = w.info.perspective = -0.5f;
        w.buffer->ComputeProjectionMatrices();
        w.buffer->TransparentBlit(w.texture.get(), CRect(0, 0, 8, 8), -0.5f, {1, 1}, 1);
      }},
@@ -190,6 +213,28 @@ const Case kBufferCases[] = {
        std::unique_ptr<GABuffer>(w.driver->CreateBuffer(&w.info, 0, 0))->Reallocate(1, 1, 0);
        w.buffer->TextOutA(-2, 4, "a", w.color, 0);
      }},
+    {"text-bytes GABuffer::TextOutA",
+     [](World& w) {
+       std::unique_ptr<GABuffer>(w.driver->CreateBuffer(&w.info, 0, 0))->Reallocate(1, 1, 0);
+       w.buffer->TextOutA(4, 4, "\xc3\xa4", w.color, 0);
+     }},
+    {"wrong-projection GABuffer::TransparentBlit",
+     [](World& w) {
+       w.buffer->SetProjection(GABuffer::kScreenProjection);
+       w.buffer->TransparentBlit(w.texture.get(), CRect(0, 0, 8, 8), -1, {1, 1}, 1);
+     }},
+    {"batches-wait GABuffer::AfxFillRect",
+     [](World& w) {
+       w.buffer->SetProjection(GABuffer::kScreenProjection);
+       w.AddLine(), w.buffer->AfxFillRect(0, 0, 8, 8, -2, w.color);
+     }},
+    {"z-outside DisplayList::AddTransformedLine",
+     [](World& w) {
+       w.buffer->SetProjection(GABuffer::kScreenProjection);
+       w.list->AddTransformedLine({0, 0, 0}, {1, 0, 0});
+     }},
+    {"fog-cut GABuffer::SetFogState",
+     [](World& w) { w.scene.fogStart = w.scene.fogEnd = 2, w.buffer->SetFogState(1); }},
     {"fog-cut GABuffer::SetFogState",
      [](World& w) { w.scene.fogEnd = 2.7f, w.buffer->SetFogState(1); }},
     {"pixel-outside GABuffer::GetZValue", [](World& w) { w.buffer->GetZValue(3, 32); }},
@@ -244,6 +289,17 @@ const Case kStateCases[] = {
        }
        w.list->SetupLights(nodes.data());
      }},
+    {"normals-turned DisplayList::AddTransformedTri",
+     [](World& w) {
+       w.vertices[1].x = w.vertices[3].y = 1;
+       for (GAVertex& vertex : w.vertices) vertex.nz = 1;
+       w.list->SetupLights(nullptr), w.list->AddTransformedTri(w.vertices.data(), 0);
+     }},
+    {"no-normal DisplayList::AddTransformedQuad",
+     [](World& w) {
+       w.vertices[2].nz = 0;
+       w.list->SetupLights(nullptr), w.list->AddTransformedQuad(w.vertices.data(), 0, 0);
+     }},
     {"texture-unknown DisplayList::SetTexture",
      [](World& w) {
        FakeTexture other;
@@ -258,6 +314,18 @@ const Case kStateCases[] = {
        w.texture->FreeGATexture();
        w.texture->MakeGATextureForShader(hostkit::NewByteBitmap(64, 33).get());
      }},
+    {"empty-picture GATexture::MakeGATexture",
+     [](World& w) {
+       w.texture->FreeGATexture();
+       w.picture->RemoveBuffers("Color");
+       w.texture->MakeGATexture(w.picture.get(), 0, 0, 0);
+     }},
+    {"unknown-number GATexture::MakeGATexture",
+     [](World& w) {
+       w.texture->FreeGATexture(), w.texture->MakeGATexture(w.picture.get(), 7, 0, 0);
+     }},
+    {"parameter-count GAShaderProgram::Init",
+     [](World& w) { w.program->Init(GAShaderProgram::kBlur, w.parameters.data(), 4); }},
     {"effect-again GAShaderProgram::Init", [](World& w) { w.SetUpBlur(), w.SetUpBlur(); }},
     {"effect-size GAShaderProgram::Init", [](World& w) { w.parameters[3] = 60, w.SetUpBlur(); }},
     {"unknown-number GAShaderProgram::Init",
@@ -355,6 +423,18 @@ TEST(Checking, GivesBackWhatTheDriverAnswers) {
   EXPECT_EQ(world.buffer->GetZValue(3, 2), 23);
   EXPECT_EQ(world.buffer->GetFogColor().red, 0.75f);
   EXPECT_NE(dynamic_cast<FakeBuffer*>(world.buffer.get()), nullptr);
+}
+
+TEST(Checking, ForgetsWhatTheCallbackDeletes) {
+  World world;
+  const auto drop = [](const Misuse& misuse, void* told) {
+    World::Keep(misuse, told);
+    static_cast<World*>(told)->texture.reset();
+  };
+  hostkit::CheckCalls(drop, &world);
+  world.buffer->FillBitmapNode(nullptr, 0);
+  world.driver->Terminate();
+  EXPECT_EQ(world.values.back(), "1 lists, 1 buffers, 0 textures and 1 effects still live");
 }
 
 /// A thread may take over when the one before has ended.

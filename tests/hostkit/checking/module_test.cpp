@@ -8,7 +8,11 @@
 #include "host/GATexture.h"
 #include "host/RenderInfo.h"
 #include "hostkit/checking/checking.h"
+#include "hostkit/services/bitmap_ptr.h"
+#include "hostkit/services/flat_drawing.h"
 #include "hostkit/services/module_loader.h"
+#include "platform/gl.h"
+#include "platform/platform.h"
 #include "tests/support/common/holds.h"
 
 namespace {
@@ -59,6 +63,21 @@ class CheckedModule : public testing::Test {
   std::vector<Misuse> m_told;
 };
 
+/// On surfaces. Whether the GL tells its errors, or is asked for them.
+class CheckedGl : public CheckedModule, public testing::WithParamInterface<bool> {
+ protected:
+  ~CheckedGl() override { __GLEW_KHR_debug = GL_TRUE; }
+
+  static std::unique_ptr<LoadedModule> Start() {
+    auto module = Load();
+    EXPECT_TRUE(module->Driver()->Initialize());
+    __GLEW_KHR_debug = GetParam() ? GL_TRUE : GL_FALSE;
+    return module;
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(TellsErrors, CheckedGl, testing::Bool());
+
 TEST(UncheckedModule, HasTheTablesOfItsClasses) {
   const auto module = Load();
   const auto create = reinterpret_cast<CreateDriverFunction>(module->Symbol("CreateDriver"));
@@ -76,9 +95,8 @@ TEST_F(CheckedModule, KeepsItsTypesBehindOtherTables) {
   EXPECT_TRUE(typeid(driver) == typeid(other));
 }
 
-TEST_F(CheckedModule, TellsErrorsOfTheGl) {
-  const auto module = Load();
-  ASSERT_TRUE(module->Driver()->Initialize());
+TEST_P(CheckedGl, TellsErrorsOfTheGl) {
+  const auto module = Start();
   RenderInfo info;
   const std::unique_ptr<GABuffer> buffer(
       module->Driver()->CreateBuffer(&info, GABuffer::kOnScreen, 0));
@@ -90,7 +108,7 @@ TEST_F(CheckedModule, TellsErrorsOfTheGl) {
 /// A surface, its view and its list, with instructions begun.
 struct Surface {
   explicit Surface(GADriver* driver) {
-    info.pixelRight = info.pixelBottom = info.imageWidth = info.imageHeight = 16;
+    hostkit::FillPixelView(16, 16, &info);
     buffer.reset(driver->CreateBuffer(&info, GABuffer::kOffScreen, 0));
     buffer->Reallocate(16, 16, GABuffer::kWithDepth);
     info.buffer = buffer.get();
@@ -104,25 +122,36 @@ struct Surface {
 };
 
 /// What is drawn goes to the surface that was used last.
-TEST_F(CheckedModule, TellsAnotherSurfacesContext) {
-  const auto module = Load();
-  ASSERT_TRUE(module->Driver()->Initialize());
+TEST_P(CheckedGl, TellsAnotherSurfacesContext) {
+  const auto module = Start();
   const Surface first(module->Driver()), second(module->Driver());
   EXPECT_EQ(Names(), std::vector<std::string>());
   first.list->AddSolidRectangle(0, 0, 1, 1, -2);
   EXPECT_EQ(Names(), std::vector<std::string>{"other-context"});
 }
 
+/// In a block the GL may not be asked for anything.
+TEST_P(CheckedGl, LeavesTheGlAloneInABlock) {
+  const auto module = Start();
+  const Surface surface(module->Driver());
+  GALight light;
+  LightListNode lights{nullptr, &light};
+  surface.list->PrepForPoints();
+  surface.list->AddTransformedPoint({0, 0, -2});
+  surface.list->SetupLights(&lights);
+  surface.list->EndInstructions();
+  EXPECT_EQ(Names(), std::vector<std::string>());
+}
+
 /// The second scene of a host that follows the plain order.
-TEST_F(CheckedModule, TellsLostLighting) {
-  const auto module = Load();
-  ASSERT_TRUE(module->Driver()->Initialize());
+TEST_P(CheckedGl, TellsLostLighting) {
+  const auto module = Start();
   const Surface surface(module->Driver());
   GALight light;
   LightListNode lights{nullptr, &light};
   AttrProperty glass;
   glass.transparency = 0.5f;
-  GAVertex corners[4] = {{0, 0, -2}, {1, 0, -2}, {}, {0, 1, -2}};
+  GAVertex corners[4] = {{0, 0, -2, 0, 0, -1}, {1, 0, -2, 0, 0, -1}, {}, {0, 1, -2, 0, 0, -1}};
   surface.list->SetupLights(&lights);
   surface.list->SetMaterial(&glass, 0);
   surface.list->AddTransformedTri(corners, DisplayList::kCheckTransparency);
@@ -132,6 +161,88 @@ TEST_F(CheckedModule, TellsLostLighting) {
   EXPECT_EQ(Names(), std::vector<std::string>());
   surface.list->SetupLights(&lights);
   EXPECT_EQ(Names(), std::vector<std::string>{"lighting-lost"});
+}
+
+/// Scenes of a textured panel with textured glass before it, in half of a surface.
+struct PanelAndGlass {
+  explicit PanelAndGlass(GADriver* driver) : surface(driver), texture(driver->CreateTexture()) {
+    surface.list->EndInstructions();  // while its context is current
+    const hostkit::BitmapPtr picture = hostkit::NewByteBitmap(8, 8);
+    auto* colors = static_cast<ColorBuf*>(picture->FindBuffer("Color")->Data());
+    for (int i = 0; i < 64; ++i) colors[i] = {255, 120, static_cast<std::uint8_t>(3 * i), 255};
+    texture->MakeGATexture(picture.get(), GATexture::kRepeat, 0, 0);
+    panel.base = {1, 0.5f, 0.25f};
+    glass.transparency = 0.5f;
+    light.type = GALight::kDirectional;
+    light.target = {0, 0, -1};
+  }
+  /// A square from (left, -12), clockwise with normals to the viewer, or the other way round.
+  void Add(float left, float z, bool clockwise) {
+    const float sign = clockwise ? -1.f : 1.f;
+    GAVertex strip[4];
+    for (int i = 0; i < 4; ++i) {
+      const float across = (i % 2 == 0) == clockwise ? 1.f : 0.f, up = i < 2 ? 0.f : 1.f;
+      strip[i] = {left + 8 * across, 8 * up - 12, z, 0, 0, -sign, across, 1 - up};
+    }
+    surface.list->AddTransformedQuad(strip, DisplayList::kQuadSorted, 1);
+  }
+  /// `cured`: what the last scene has left is put right at the beginning.
+  std::vector<unsigned char> Draw(bool cured, bool clockwise) {
+    DisplayList& list = *surface.list;
+    surface.buffer->Clear();
+    list.BeginInstructions();
+    list.SetDepthFunc(DisplayList::kLightingOff);
+    if (cured) list.SetTexture(nullptr);
+    list.SetupLights(&lights);
+    list.SetTexture(texture.get());
+    list.SetMaterial(&panel, 0);
+    Add(2, -3, clockwise);
+    list.SetMaterial(&glass, 0);
+    Add(5, -2, false);
+    list.EndInstructions();
+    surface.buffer->EndScene();
+    const hostkit::BitmapPtr picture(new HBitmapNode(16, 16));
+    surface.buffer->FillBitmapNode(picture.get(), GABuffer::kTopRowFirst);
+    const auto* pixels = static_cast<unsigned char*>(picture->FindBuffer("ColorAlpha")->Data());
+    return {pixels, pixels + 16 * 16 * 4 * 2};
+  }
+
+  Surface surface;
+  std::unique_ptr<GATexture> texture;
+  AttrProperty panel, glass;
+  GALight light;
+  LightListNode lights{nullptr, &light};
+};
+
+TEST_F(CheckedModule, DrawsFramesAlikeThatBeginRight) {
+  const auto module = Load();
+  ASSERT_TRUE(module->Driver()->Initialize());
+  PanelAndGlass scene(module->Driver());
+  const auto first = scene.Draw(true, true);
+  for (int frame = 0; frame < 3; ++frame) EXPECT_EQ(scene.Draw(true, true), first);
+  EXPECT_EQ(Names(), std::vector<std::string>());
+}
+
+TEST_F(CheckedModule, TellsLostTexturing) {
+  const auto module = Load();
+  ASSERT_TRUE(module->Driver()->Initialize());
+  PanelAndGlass scene(module->Driver());
+  const auto first = scene.Draw(false, true);
+  EXPECT_EQ(Names(), std::vector<std::string>());
+  EXPECT_NE(scene.Draw(false, true), first);
+  EXPECT_EQ(Names(), std::vector<std::string>{"texture-lost"});
+}
+
+TEST_F(CheckedModule, TellsSidesThatADriverDoesNotLight) {
+  const auto module = Load();
+  ASSERT_TRUE(module->Driver()->Initialize());
+  PanelAndGlass scene(module->Driver());
+  if (!Holds(platform::CurrentRenderer(), {"llvmpipe"})) GTEST_SKIP() << "another driver";
+  const auto first = scene.Draw(true, false);
+  EXPECT_EQ(first, scene.Draw(true, true)) << "both ways are lit at first";
+  EXPECT_EQ(Names(), std::vector<std::string>());
+  scene.Draw(true, false);
+  EXPECT_EQ(Names(), std::vector<std::string>{"sides-unlit"});
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // Frames drawn through the module, by their pixels.
 #include <gtest/gtest.h>
 
+#include <Imath/half.h>
+
 #include <algorithm>
 #include <cmath>
 #include <string>
@@ -167,6 +169,36 @@ TEST_F(Frames, TilesAreSeamless) {
   auto tiled = Render(scene, view);
   EXPECT_EQ(Different(whole, tiled, 0.3f), 0);  // a sample of four may fall to the other side
   EXPECT_LT(Different(whole, tiled, 0.02f), 10);
+}
+
+TEST_F(Frames, PixelsAreTheMeansOfTheirSamples) {
+  const hostkit::Scene scene = SceneOf({Material(1, 0.5f, 0.2f)}, Sphere(0), At(0.3f, 0.1f, -4));
+  const hostkit::View view = EyeView(0.5f, 0.5f, 10);
+  for (const int side : {2, 3, 4}) {
+    m_settings.width = 23;
+    m_settings.height = 17;
+    m_settings.samplesPerSide = side;
+    const auto picture = Render(scene, view);
+    m_settings.width *= side;
+    m_settings.height *= side;
+    m_settings.samplesPerSide = 1;
+    const auto samples = Render(scene, view);
+    for (int i = 0; i < 23 * 17; ++i) {
+      const int x = i % 23, y = i / 23;
+      float red = 0, blue = 0;
+      for (int k = 0; k < side * side; ++k) {
+        const Pixel sample = At(samples, x * side + k % side, y * side + k / side);
+        ASSERT_EQ(sample.red, half(std::round(sample.red * 255) / 255)) << "of a byte";
+        red += sample.red;
+        blue += sample.blue;
+      }
+      const auto count = static_cast<float>(side * side);
+      const Pixel mean = At(picture, x, y);
+      ASSERT_EQ(mean.red, half(red / count)) << side << ": " << x << ", " << y;
+      ASSERT_EQ(mean.blue, half(blue / count)) << side << ": " << x << ", " << y;
+      ASSERT_EQ(mean.alpha, 1) << side << ": " << x << ", " << y;
+    }
+  }
 }
 
 TEST_F(Frames, VertexColorsAreLit) {

@@ -97,6 +97,25 @@ TEST_F(Frames, SingleSidedTrianglesAreNotSeenFromBehind) {
   }
 }
 
+TEST_F(Frames, LargePicturesMayBeOfSquares) {
+  hostkit::Scene scene = SceneOf({Material(1, 1, 1)}, Square(0));
+  scene.materials[0].isUnlit = true;
+  std::vector<ColorBuf> texels;
+  for (int i = 0; i < 2048 * 4; ++i) {
+    const auto grey = static_cast<std::uint8_t>(i % 2 * 255);
+    texels.push_back({grey, grey, grey, 255});
+  }
+  PutPicture(scene, Texels(texels, 2048));
+  scene.images[0].isNearest = true;
+  for (Imath::V2f& uv : scene.meshes[0].uvs) uv.x *= 4.0f / 2048;
+  const auto picture = Render(scene);
+  for (int x = 20; x < 60; ++x) {
+    const bool isNearEdge = x % 10 < 3 || x % 10 > 6;
+    if (isNearEdge) continue;
+    EXPECT_NEAR(At(picture, x, 41).green, x / 10 % 2, 0.01f) << x;
+  }
+}
+
 TEST_F(Frames, AlphaIsCutOffAtItsProduct) {
   hostkit::Scene scene = SceneOf({Material(0, 1, 0)}, Square(0));
   hostkit::SceneMaterial& material = scene.materials[0];

@@ -199,6 +199,38 @@ TEST(PointSize, FillsTheSpacingWithinLimits) {
   view.camera.parallelHeight = 20;
   EXPECT_NEAR(hostkit::PointSizeFor(spread, view, 720), 7.2f, 1e-5f) << "a hundredth of the height";
   EXPECT_EQ(hostkit::PointSizeFor({}, view, 100), 3) << "a single point";
+  EXPECT_EQ(hostkit::MarkerSizeFor({}, view, 100), 3) << "a single point";
+  EXPECT_EQ(hostkit::MarkerSizeFor(spread, view, 720), 3);
+  view.camera.parallelHeight = 200;
+  EXPECT_NEAR(hostkit::MarkerSizeFor(spread, view, 1800), 9.0f / 6, 1e-3f);
+  EXPECT_EQ(hostkit::MarkerSizeFor(spread, view, 50), 0.5f);
+}
+
+TEST_F(Frames, EdgesLieOverTheirSurfacesAndNothingElse) {
+  hostkit::Scene scene = SceneOf({Material(1, 0, 0), Material(0, 0, 1)}, Square(0));
+  Add(scene, Square(1), At(0.4f, 0, -3));  // behind; a part of it looks out on the right
+  for (const DrawMode mode : {DrawMode::kShaded, DrawMode::kFlat}) {
+    m_settings.mode = mode;
+    m_settings.showsEdges = false;
+    const auto plain = Render(scene);
+    m_settings.showsEdges = true;
+    const auto edged = Render(scene);
+    const auto isBlack = [&](int x, int y) {
+      return At(edged, x, y).red + At(edged, x, y).green + At(edged, x, y).blue < 0.05f;
+    };
+    int changed = 0, red = 0;
+    for (int i = 0; i < 80 * 80; ++i) {
+      const int x = i % 80, y = i / 80;
+      if (isBlack(x, y) != (At(plain, x, y).red + At(plain, x, y).blue < 0.05f)) ++changed;
+      red += IsRed(At(edged, x, y));
+    }
+    EXPECT_GT(changed, 150);  // about four sides and a diagonal of 40 pixels each
+    EXPECT_LT(changed, 330);
+    EXPECT_GT(red, 1200);  // what is hidden has no edges in front
+    EXPECT_TRUE(isBlack(39, 40) || isBlack(40, 40) || isBlack(40, 39) || isBlack(39, 39));
+  }
+  m_settings.lineColor = ColorBuf{0, 255, 0, 255};
+  EXPECT_GT(CountPixels(Render(scene), 80, [](const Pixel& p) { return p.green > 0.9f; }), 150);
 }
 
 TEST_F(Frames, MarkersStandOnAllVertices) {
@@ -215,5 +247,10 @@ TEST_F(Frames, MarkersStandOnAllVertices) {
     EXPECT_LT(red, 1100);
     g_maxSurface = 50;  // a seam through the middle: markers are cut, not lost
     EXPECT_LT(Different(whole, Render(scene, view), 0.5f), 12);
+    m_settings.controlPointSize = hostkit::kSizeBySpacing;
+    const int few = CountPixels(Render(scene, view), 80, IsRed);
+    EXPECT_GT(few, 20);
+    EXPECT_LT(few, red * 7 / 10);  // three pixels wide: a third of the way to the next
+    m_settings.controlPointSize = 2;
   }
 }

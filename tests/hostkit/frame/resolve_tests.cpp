@@ -15,17 +15,20 @@ half& Channel(const HBitmapBuffer& buffer, int x, int y, int channel) {
   return data[y * buffer.RowStep() + x * buffer.PixelStep() + channel];
 }
 
-TEST(Resolve, PixelsAreTheMeansOfTheirSamples) {
+TEST(Resolve, PixelsAreTheMeansOfTheirSamplesWithWhatTheyCover) {
   // More rows than a thread takes at once, and a window that reaches beyond the picture.
   constexpr int kWidth = 5, kHeight = 300, kLeft = 2, kTop = 3;
   for (const int side : {1, 2, 3}) {
-    const auto samples = hostkit::NewHalfBitmap(kWidth * side, kHeight * side);
+    const auto black = hostkit::NewHalfBitmap(kWidth * side, kHeight * side);
+    const auto white = hostkit::NewHalfBitmap(kWidth * side, kHeight * side);
     const auto picture = hostkit::NewHalfBitmap(kWidth, kHeight);
-    HBitmapBuffer& from = *samples->GetBufferHead();
+    const HBitmapBuffer &from = *black->GetBufferHead(), &through = *white->GetBufferHead();
     for (int i = 0; i < from.RowStep() * from.Height(); ++i) {
-      static_cast<half*>(from.Data())[i] = static_cast<float>(i * 97 % 256) / 255;
+      const float value = static_cast<float>(i * 97 % 128) / 255;
+      static_cast<half*>(from.Data())[i] = value;
+      static_cast<half*>(through.Data())[i] = value + 0.25f;  // a quarter is seen through
     }
-    hostkit::ResolveSamples(from, nullptr, side, {kLeft, kTop, kWidth, kHeight},
+    hostkit::ResolveSamples(from, through, side, {kLeft, kTop, kWidth, kHeight},
                             picture->GetBufferHead());
     for (int y = kTop; y < kHeight; ++y) {
       for (int i = 0; i < 4 * (kWidth - kLeft); ++i) {
@@ -34,9 +37,13 @@ TEST(Resolve, PixelsAreTheMeansOfTheirSamples) {
         for (int k = 0; k < side * side; ++k) {
           sum += Channel(from, x * side + k % side, (y - kTop) * side + k / side, c);
         }
-        const half expected = c == 3 ? 1.0f : sum / static_cast<float>(side * side);
-        ASSERT_EQ(Channel(*picture->GetBufferHead(), kLeft + x, y, c).bits(), expected.bits())
-            << side << ": " << x << ", " << y << ", " << c;
+        const half resolved = Channel(*picture->GetBufferHead(), kLeft + x, y, c);
+        const half expected = sum / static_cast<float>(side * side);
+        if (c == 3) {
+          ASSERT_NEAR(resolved, 0.75f, 0.001f) << side << ": " << x << ", " << y;
+        } else {
+          ASSERT_EQ(resolved.bits(), expected.bits()) << side << ": " << x << ", " << y;
+        }
       }
     }
   }

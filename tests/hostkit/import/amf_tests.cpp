@@ -41,6 +41,7 @@ int RedAt(const Scene& scene, std::size_t corner) {
 TEST_F(Amf, ColorsAreThoseOfTrianglesVerticesAndMaterials) {
   const Scene plain = Read(Write("m.amf", Model("", "", "")));
   EXPECT_EQ(plain.TriangleCount(), 2u);
+  EXPECT_EQ(plain.facts.metersPerUnit, 0.0254);
   EXPECT_TRUE(plain.meshes.at(0).colors.empty()) << "and no black";
   const std::string text = Model(Color("0.2", "1"), Color("1", "0"),
                                  "<material id=\"2\">" + Color("0.4", "0") + "</material>");

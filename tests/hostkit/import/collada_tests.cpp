@@ -1,9 +1,11 @@
 // COLLADA files: what the general importer does not hand on.
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "tests/hostkit/import/import_fixture.h"
+#include "tests/support/common/holds.h"
 
 namespace {
 
@@ -75,6 +77,15 @@ TEST_F(Import, ColladaShadersAreWhatTheySay) {
       EXPECT_NEAR(material.surface.roughness.Current(), roughness, 1e-4f) << technique;
       EXPECT_EQ(material.isUnlit, isUnlit) << technique;
     }
+  }
+}
+
+TEST_F(Import, ColladaIndicesThatAreNoWholeNumbersAreRefused) {
+  const std::string text = Dae("", "<lambert/>", kView), indices = "<p>0 1 2</p>";
+  for (const char* odd : {"1.0", "x"}) {  // the library would take memory until there is none
+    std::string broken = text;
+    broken.replace(broken.find(indices), indices.size(), fmt::format("<p>0 {} 2</p>", odd));
+    EXPECT_TRUE(Holds(Refusal(Write("m.dae", broken)), {odd, "no whole number"}));
   }
 }
 

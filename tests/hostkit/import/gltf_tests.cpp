@@ -195,13 +195,14 @@ TEST_F(Gltf, KeysKeepTheirCurvesAndTypes) {
       file,
       fmt::format(
           R"({0}"nodes":[{{"mesh":0}},{{"mesh":0,"children":[2]}},{{"mesh":0,"translation":[1,0,0]}}],"animations":[{{"name":"go","channels":[)"
-          R"({{"sampler":0,"target":{{"node":0,"path":"translation"}}}},{{"sampler":1,"target":{{"node":1,"path":"scale"}}}},{{"sampler":2,"target":{{"node":1,"path":"rotation"}}}}],)"
+          R"({{"sampler":0,"target":{{"node":0,"path":"translation"}}}},{{"sampler":1,"target":{{"node":1,"path":"scale"}}}},{{"sampler":2,"target":{{"node":1,"path":"rotation"}}}},{{"sampler":1,"target":{{"node":2,"path":"glow"}}}}],)"
           R"("samplers":[{{"input":{1},"output":{2},"interpolation":"STEP"}},{{"input":{1},"output":{3},"interpolation":"CUBICSPLINE"}},{{"input":{1},"output":{4}}}]}}],)",
           kTriangle, times, moves, cubic, turns));
   ASSERT_EQ(scene.motion.animations.size(), 1u);
   const hostkit::SceneAnimation& animation = scene.motion.animations[0];
   EXPECT_EQ(animation.duration, 2);
   ASSERT_EQ(animation.channels.size(), 2u);
+  EXPECT_EQ(scene.warnings.size(), 1u) << "of a glow";
   const auto& step = animation.channels[0].translations;
   EXPECT_EQ(step.curve, KeyCurve::kStep);
   EXPECT_EQ(step.keys.at(1).value, V3f(4, 0, 0));

@@ -169,9 +169,13 @@ std::string Morphed(const std::string& method) {
 }
 
 TEST_F(Deformations, MorphControllersMoveTheirMesh) {
-  for (const char* method : {"NORMALIZED", "RELATIVE"}) {
-    Scene scene = Read(Write("morph.dae", Morphed(method)));
-    ASSERT_EQ(scene.instances.size(), 1u) << method;
+  const std::string manifest = "<?xml version=\"1.0\"?><dae_root>./in/m%20n.dae</dae_root>";
+  for (const std::string& path : {Write("morph.dae", Morphed("NORMALIZED")),
+                                  Write("morph.zae", Zip({{"a.dae", SkinnedStrip(false)},
+                                                          {"in/m n.dae", Morphed("RELATIVE")},
+                                                          {"manifest.xml", manifest}}))}) {
+    Scene scene = Read(path);
+    ASSERT_EQ(scene.instances.size(), 1u) << path;
     EXPECT_TRUE(scene.warnings.empty());
     EXPECT_TRUE(scene.meshes.at(0).uvs.empty());
     for (const float time : {-1.0f, 1.0f}) {  // at rest; half-way
@@ -183,6 +187,15 @@ TEST_F(Deformations, MorphControllersMoveTheirMesh) {
       }
     }
   }
+}
+
+TEST_F(Deformations, ShapesThatMorphControllersLackAreTold) {
+  std::string text = Morphed("NORMALIZED");
+  text.replace(text.find("h k"), 3, "h n");
+  const Scene scene = Read(Write("morph.dae", text));
+  ASSERT_EQ(scene.warnings.size(), 1u);
+  EXPECT_NE(scene.warnings[0].find(": 1;"), std::string::npos) << scene.warnings[0];
+  EXPECT_EQ(scene.motion.deformations.at(0).targets.size(), 2u) << "keys go by their numbers";
 }
 
 /// A triangle with two shapes, the first of which is keyed from none of it to all of it in two

@@ -179,6 +179,20 @@ TEST_F(Import, BadPicturesAreRefusedWithTheirReason) {
   }
 }
 
+/// The cube of a new file: flat, and white in colours that are bytes there.
+TEST_F(Import, BlenderCubesAreFlatAndInTheirColors) {
+  const std::string path = "/usr/share/assimp/models/BLEND/BlenderDefault_250.blend";
+  if (!std::filesystem::exists(path)) GTEST_SKIP() << "assimp-testmodels is not installed";
+  const Scene scene = Read(path);
+  const hostkit::SceneMesh& cube = scene.meshes.at(0);
+  for (const V3f& normal : cube.normals) {
+    EXPECT_NEAR(std::max({std::abs(normal.x), std::abs(normal.y), std::abs(normal.z)}), 1, 1e-4f);
+  }
+  for (const ColorBuf& color : cube.colors) {
+    EXPECT_EQ(color.red + color.green + color.blue + color.alpha, 4 * 255);
+  }
+}
+
 /// A picture that is laid on along z reaches from the least x to the greatest, straight.
 TEST_F(Import, PicturesAreLaidOnAsByProjectors) {
   const std::string path = "/usr/share/assimp/models/LWO/LWO2/MappingModes/earth_planar_z.lwo";

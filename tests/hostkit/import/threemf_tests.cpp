@@ -111,17 +111,18 @@ TEST_F(ThreeMf, MixturesAndLayersAreOneLook) {
   const std::string groups = R"(<basematerials id="1"><base displaycolor="#FF0000"/>
 <base displaycolor="#0000FF"/></basematerials><m:compositematerials id="2" matid="1" matindices="0 1">
 <m:composite values="0.25 0.75"/></m:compositematerials><m:colorgroup id="3">
-<m:color color="#80FFFF"/><m:color color="#00FF0080"/></m:colorgroup>
+<m:color color="#80FFFF"/><m:color color="#00FF0080"/><m:color color="#12345600"/></m:colorgroup>
 <m:multiproperties id="4" pids="1 3" blendmethods="multiply"><m:multi pindices="0"/></m:multiproperties>
 <m:multiproperties id="5" pids="1 3"><m:multi pindices="1 1"/></m:multiproperties>)";
   const Scene scene =
       ReadModel(Model(groups + Mesh(R"(id="10" pid="2" pindex="0")", R"(pid="4" p1="0")") +
-                          Mesh(R"(id="11" pid="5" pindex="0")", ""),
+                          Mesh(R"(id="11" pid="5" pindex="0")", R"(pid="3" p1="2")"),
                       R"(<item objectid="10"/><item objectid="11"/>)"));
   EXPECT_EQ(ColorOf(scene.meshes.at(0), 0), (std::vector<int>{64, 0, 191, 255}));
   EXPECT_EQ(ColorOf(scene.meshes[0], 3), (std::vector<int>{128, 0, 0, 255}));
   // Green that covers a half and a little, over blue.
   EXPECT_EQ(ColorOf(scene.meshes.at(1), 0), (std::vector<int>{0, 128, 127, 255}));
+  EXPECT_EQ(ColorOf(scene.meshes[1], 3), (std::vector<int>{0x12, 0x34, 0x56, 1})) << "not grey";
 }
 
 TEST_F(ThreeMf, WhatLeadsNowhereIsTold) {
@@ -132,12 +133,12 @@ TEST_F(ThreeMf, WhatLeadsNowhereIsTold) {
       Model(Mesh("id=\"1\"", "") + broken +
                 R"(<object id="4"><components><component objectid="4"/></components></object>)",
             R"(<item objectid="1"/><item objectid="2"/><item objectid="9"/><item objectid="4"/>
-<item objectid="1" transform="1 0 0 0 1 0 0 0 1 nan 0 0"/>)"));
+<item objectid="1" transform="1 0 0 0 1 0 0 0 1 nan 0 0"/><item objectid="1" transform="2 0"/>)"));
   EXPECT_EQ(scene.TriangleCount(), 3u);
   ASSERT_EQ(scene.warnings.size(), 3u);
   EXPECT_TRUE(Holds(scene.warnings[0], {"1 face names vertices"}));
   EXPECT_TRUE(Holds(scene.warnings[1], {"objects that are not there left out: 1;"}));
-  EXPECT_TRUE(Holds(scene.warnings[2], {"placed nowhere left out: 2;"}));
+  EXPECT_TRUE(Holds(scene.warnings[2], {"placed nowhere left out: 3;"}));
   EXPECT_TRUE(Holds(Refusal(Write("m.3mf", "no archive")), {"it is no ZIP archive"}));
   EXPECT_TRUE(Holds(Refusal(Write("m.3mf", Zip({{"a", "b"}}))), {"its model cannot be read"}));
 }

@@ -248,7 +248,8 @@ TEST(SceneCheck, NamesWhatIsNotSound) {
       {"deformation 1", {GL3_SLIP(motion.deformations.push_back(s.motion.deformations[0]))}},
       {"no model", {GL3_SLIP(motion.models = 0)}},
       {"its world",
-       {GL3_SLIP(origin.y = kNan), GL3_SLIP(upAxis = static_cast<hostkit::UpAxis>(6))}},
+       {GL3_SLIP(origin.y = kNan), GL3_SLIP(upAxis = static_cast<hostkit::UpAxis>(6)),
+        GL3_SLIP(facts.metersPerUnit = kInfinite), GL3_SLIP(facts.metersPerUnit = -1)}},
   };
   for (const auto& [part, slips] : kSlips) {
     for (std::size_t i = 0; i < slips.size(); ++i) {

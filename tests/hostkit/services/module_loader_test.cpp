@@ -13,6 +13,7 @@
 #include "hostkit/services/current_driver.h"
 #include "hostkit/services/host_heaps.h"
 #include "hostkit/services/module_loader.h"
+#include "hostkit/services/replaced_services.h"
 #include "platform/mfc.h"
 #include "tests/support/common/holds.h"
 #include "tests/support/common/temp_folder.h"
@@ -149,6 +150,24 @@ TEST(FileStream, ReportsAFullDisk) {
   stream << "text";
   EXPECT_EQ(stream.Close(), 0);
   EXPECT_TRUE(fs::is_character_file("/dev/full"));
+}
+
+/// As when a program has a class String with a function Mid of its own.
+TEST(HalfReplacedServices, AreNamedWithWhereTheyComeFrom) {
+  const auto lines = hostkit::HalfReplacedServices([](const char* symbol) {
+    EXPECT_NE(hostkit::SupplierOf(symbol), "") << symbol;
+    return Holds(symbol, {"6String3Mid"}) ? std::string("planner") : std::string("the kit");
+  });
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_TRUE(Holds(lines[0], {"class String is replaced in part", "String::Mid(int, int) const",
+                               "planner", "the kit", "namespace"}))
+      << lines[0];
+  EXPECT_EQ(hostkit::HalfReplacedServices(), std::vector<std::string>());
+  const auto heap = hostkit::HalfReplacedServices([](const char* symbol) {
+    return std::string(Holds(symbol, {"FreeExt"}) ? "planner" : "the kit");
+  });
+  ASSERT_EQ(heap.size(), 1u);
+  EXPECT_TRUE(Holds(heap[0], {"FreeExt", "planner", "the bitmaps"})) << heap[0];
 }
 
 }  // namespace

@@ -64,7 +64,9 @@ pid_t FirstChild(pid_t process) {
   const std::string program = setup.program.empty() ? GL3_BIN_DIR "/gl3" : setup.program;
   // What a developer has set is not what is tested, but for GL3_DEVICE, which may choose where all
   // tests draw.
-  for (const char* name : {"GL3_CONFINED", "GL3_MODULE_PATH", "GL3_PLATFORM"}) unsetenv(name);
+  for (const char* name : {"GL3_CONFINED", "GL3_MODULE_PATH", "GL3_PLATFORM", "GL3_SURFACE"}) {
+    unsetenv(name);
+  }
   setenv("GL3_REGISTRY", (logs / "registry.ini").c_str(), 1);
   if (!setup.preload.empty()) {
     setenv("LD_PRELOAD", setup.preload.c_str(), 1);

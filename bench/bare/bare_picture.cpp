@@ -1,0 +1,67 @@
+// The least that a picture made of another can cost as a process: PNG in, as bytes without alpha;
+// means of FACTOR x FACTOR of its pixels; PNG out at level 1.
+//
+//   bare_picture IN.png OUT.png FACTOR
+#include <png.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+namespace {
+
+/// Sums of `factor` x `factor` pixels of red, green, blue bytes from `first` on, divided.
+void Average(png_bytepp first, std::size_t width, unsigned factor, png_bytep to) {
+  for (std::size_t x = 0; x < width; ++x) {
+    unsigned sum[3] = {};
+    for (unsigned j = 0; j < factor; ++j) {
+      const png_byte* from = first[j] + x * factor * 3;
+      for (unsigned i = 0; i < factor; ++i, from += 3) {
+        for (int c = 0; c < 3; ++c) sum[c] += from[c];
+      }
+    }
+    for (const unsigned channel : sum) *to++ = static_cast<png_byte>(channel / (factor * factor));
+  }
+}
+
+bool Write(const char* path, png_bytepp rows, png_uint_32 width, png_uint_32 height,
+           unsigned factor) {
+  std::FILE* file = std::fopen(path, "wb");
+  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+  png_infop info = png ? png_create_info_struct(png) : nullptr;
+  if (!file || !info || setjmp(png_jmpbuf(png))) return false;
+  png_init_io(png, file);
+  png_set_compression_level(png, 1);
+  png_set_compression_buffer_size(png, 1 << 16);
+  png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
+  png_set_IHDR(png, info, width / factor, height / factor, 8, PNG_COLOR_TYPE_RGB,
+               PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+  png_write_info(png, info);
+  std::vector<png_byte> row(std::size_t{3} * (width / factor));
+  for (png_uint_32 y = 0; y < height / factor; ++y) {
+    Average(rows + y * factor, width / factor, factor, row.data());
+    png_write_row(png, row.data());
+  }
+  png_write_end(png, info);
+  png_destroy_write_struct(&png, &info);
+  return std::fclose(file) == 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int factor = argc == 4 ? std::atoi(argv[3]) : 0;
+  if (factor < 1) {
+    std::fputs("usage: bare_picture IN.png OUT.png FACTOR\n", stderr);
+    return 2;
+  }
+  std::FILE* file = std::fopen(argv[1], "rb");
+  png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+  png_infop info = png ? png_create_info_struct(png) : nullptr;
+  if (!file || !info || setjmp(png_jmpbuf(png))) return 3;
+  png_init_io(png, file);
+  png_read_png(png, info, PNG_TRANSFORM_STRIP_ALPHA, nullptr);
+  const bool isWritten = Write(argv[2], png_get_rows(png, info), png_get_image_width(png, info),
+                               png_get_image_height(png, info), static_cast<unsigned>(factor));
+  return isWritten ? 0 : 5;
+}
