@@ -57,9 +57,10 @@ Outcome CheckFolders(const RenderOptions& options, const WorkTable& work) {
 Outcome CheckFoldersOfEach(const RenderOptions& options, const WorkTable& work) {
   Outcome outcome;
   std::set<std::string> folders;
+  RenderOptions one = OptionsOfOne(options, "");
   for (const std::string& model : options.models) {
     if (outcome.status != kDone) return outcome;
-    const RenderOptions one = OptionsOfOne(options, model);
+    one.models.front() = model;
     const std::string output = FirstOutput(options.output, one);
     if (folders.insert(output.substr(0, output.rfind('/') + 1)).second) {
       outcome = CheckFolders(one, work);

@@ -8,7 +8,6 @@
 #include "apps/base/file_checks.h"
 #include "apps/base/messages.h"
 #include "apps/work/work_table.h"
-#include "hostkit/pictures/picture_stream.h"
 
 namespace gl3 {
 

@@ -109,6 +109,41 @@ TEST_F(ManyModels, AreSharedByChunks) {
   ExpectRefused("render a.obj b.obj -o no/%n.png", 5, {"no/a.png", "create it first"});
 }
 
+/// A bit of everything that there is to tell of a model.
+constexpr const char* kRich = R"({"asset": {"version": "2.0"}, "scene": 0,
+"scenes": [{"name": "Day", "nodes": [0, 1]}, {"name": "Night", "nodes": [0]}],
+"extensionsUsed": ["KHR_lights_punctual", "KHR_materials_clearcoat"],
+"extensions": {"KHR_lights_punctual": {"lights": [{"name": "Lamp", "type": "spot"}]}},
+"nodes": [{"mesh": 0}, {"extensions": {"KHR_lights_punctual": {"light": 0}}}],
+"materials": [{"name": "Paint", "pbrMetallicRoughness": {"baseColorTexture": {"index": 0}},
+  "extensions": {"KHR_materials_clearcoat": {"clearcoatFactor": 1}}}],
+"textures": [{"source": 0}], "images": [{"uri": "wood.png"}],
+"meshes": [{"primitives": [{"attributes": {"POSITION": 0, "TEXCOORD_0": 1}, "material": 0}]}],
+"animations": [{"name": "Open", "samplers": [{"input": 2, "output": 3}],
+  "channels": [{"sampler": 0, "target": {"node": 0, "path": "translation"}}]}],
+"accessors": [
+  {"bufferView": 0, "componentType": 5126, "count": 3, "type": "VEC3"},
+  {"bufferView": 0, "byteOffset": 36, "componentType": 5126, "count": 3, "type": "VEC2"},
+  {"bufferView": 0, "byteOffset": 60, "componentType": 5126, "count": 2, "type": "SCALAR"},
+  {"bufferView": 0, "byteOffset": 68, "componentType": 5126, "count": 2, "type": "VEC3"}],
+"bufferViews": [{"buffer": 0, "byteLength": 92}],
+"buffers": [{"byteLength": 92, "uri": "rich.bin"}]})";
+
+TEST_F(ManyModels, AreToldAboutInFull) {
+  const float numbers[] = {0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 1, 0, 2.5, 0, 0, 0, 1, 0, 0};
+  Write("rich.bin", std::string(reinterpret_cast<const char*>(numbers), sizeof numbers));
+  WritePng(Path("wood.png"), {5, 3, std::vector<unsigned char>(5 * 3 * 4, 99)});
+  Write("rich.gltf", kRich);
+  EXPECT_TRUE(
+      Holds(Done("info rich.gltf"),
+            {"1 x 1 x 0 (1 x 1 x 0 m)", "Paint", "wood.png 5x3", "Lamp (spot)", "Open 2.5 s",
+             "Day, Night", "KHR_lights_punctual, KHR_materials_clearcoat", "not as in the file"}));
+  const Json model = Json::parse(Done("info rich.gltf --json"))["models"][0];
+  EXPECT_EQ(model["textures"], Json::parse(R"([{"name": "wood.png", "width": 5, "height": 3}])"));
+  EXPECT_EQ(model["animations"], Json::parse(R"([{"name": "Open", "seconds": 2.5}])"));
+  EXPECT_EQ(model["extensionsRequired"], Json::array());
+}
+
 TEST_F(ManyModels, AreToldAbout) {
   Write("seen.gltf", kCamerasGltf);
   const Gl3Result result = Run("info --json b.obj missing.obj seen.gltf");

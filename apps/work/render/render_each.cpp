@@ -28,7 +28,11 @@ struct EachPart {
 class EachRun {
  public:
   EachRun(const EachJob& job, const EachPart& part, ParentLine& line)
-      : m_job(job), m_part(part), m_line(line), m_done(part.done) {}
+      : m_job(job),
+        m_part(part),
+        m_line(line),
+        m_done(part.done),
+        m_options(OptionsOfOne(job.options, "")) {}
 
   Outcome Run();
 
@@ -40,14 +44,15 @@ class EachRun {
   const EachJob& m_job;
   const EachPart& m_part;
   ParentLine& m_line;
-  std::size_t m_done;  // models of the run whose pictures are there
+  std::size_t m_done;       // models of the run whose pictures are there
+  RenderOptions m_options;  // with the model at hand
   RenderSession m_session;
 };
 
 void EachRun::DrawOne(const std::string& model, hostkit::ImportQueue& imports) {
-  const RenderOptions options = OptionsOfOne(m_job.options, model);
+  m_options.models.front() = model;
   Tell(model);
-  ModelRender render(options, m_job.command.Of(model), m_session, m_line,
+  ModelRender render(m_options, m_job.command.Of(model), m_session, m_line,
                      [&](std::size_t, std::size_t, const std::string& next) {
                        Tell(next.empty() ? model : model + ", " + next);
                      });
@@ -89,11 +94,13 @@ Outcome EachRun::Run() {
 EachPart ModelsToDo(const RenderOptions& options) {
   EachPart part;
   const bool sharesModels = options.sequence.Frames().size() == 1;
+  RenderOptions one = OptionsOfOne(options, "");
   for (std::size_t i = 0; i < options.models.size(); ++i) {
     const std::string& model = options.models[i];
     if (sharesModels && !IsInChunk(options.sequence.chunk, i)) continue;
     ++part.total;
-    if (options.sequence.skipExisting && CountWhenAllThere(OptionsOfOne(options, model)) > 0) {
+    one.models.front() = model;
+    if (options.sequence.skipExisting && CountWhenAllThere(one) > 0) {
       PrintNote(model + ": all of its pictures are there");
       ++part.done;
     } else {
