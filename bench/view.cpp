@@ -63,7 +63,7 @@ void Measure(GADriver* driver, const std::shared_ptr<const hostkit::Scene>& scen
   const auto surface =
       view::WindowSurface::Adopt(screen.MakeWindow(each.width, each.height), driver, &error);
   Check(surface && surface->Fit(&error), error);
-  const auto shown = view::SceneView::Create(driver, scene, &error);
+  const auto shown = view::SceneView::Create(driver, scene, scene, &error);
   Check(shown != nullptr, error);
   hostkit::OffScreenSurface hidden(driver);
   Check(hidden.Ensure(each.width, each.height, &error), error);
