@@ -70,6 +70,8 @@ void BeforeQuad(Visit& visit, DisplayList& self, const GAVertex* vertices, int m
 void BeforeColoredQuad(Visit& visit, DisplayList& self, const GAVertex* vertices,
                        const RGBFloat* colors, int);
 void BeforeLitQuad(Visit& visit, DisplayList& self, const GALitVertex* vertices);
+/// Tells when normals of most lit surfaces since BeginInstructions are turned.
+void CheckNormals(Visit& visit, const ListState& list);
 void BeforeTriangle(Visit& visit, DisplayList& self, const GAVertex* vertices, int check);
 void BeforeFan(Visit& visit, DisplayList& self, const GAVertex* vertices, unsigned long vertexCount,
                const unsigned short* indices, unsigned long indexCount, int);

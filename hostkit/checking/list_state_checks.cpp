@@ -145,12 +145,14 @@ void AfterBeginInstructions(Visit& visit, DisplayList& self) {
   if (!list) return;
   list->isInFrame = true;
   list->texture = nullptr;
+  list->litSurfaces = list->turnedSurfaces = 0;
 }
 
 void BeforeEndInstructions(Visit& visit, DisplayList& self) {
   const ListState* list = visit.State().Find(&self);
-  if (!list || list->isInFrame) return;
-  visit.Note(Kind::kOutsideFrame, "there was no BeginInstructions");
+  if (!list) return;
+  CheckNormals(visit, *list);
+  if (!list->isInFrame) visit.Note(Kind::kOutsideFrame, "there was no BeginInstructions");
 }
 
 void AfterEndInstructions(Visit& visit, DisplayList& self) {

@@ -43,26 +43,33 @@ void CheckSide(Visit& visit, const RenderInfo& info, const Vector& side, const V
 /// `checks`: what is transparent waits.
 void CheckSurface(Visit& visit, const DisplayList& self, const std::array<GAVertex, 3>& corners,
                   bool checks) {
-  const ListState* list = visit.State().Find(&self);
+  ListState* list = visit.State().Find(&self);
   const BufferState* buffer = list ? visit.State().BufferOf(*list) : nullptr;
   if (!buffer || list->switches[ListState::kLighting] != DisplayList::kLightingOn) return;
   const Vector side = SideOf(Place(corners[0]), Place(corners[1]), Place(corners[2]));
+  ++list->litSurfaces;
   const auto isNone = [](const GAVertex& v) { return Dot(Normal(v), Normal(v)) == 0; };
   const auto isTurned = [&](const GAVertex& v) { return Dot(Normal(v), side) > 0; };
   if (std::any_of(corners.begin(), corners.end(), isNone)) {
     visit.Note(Kind::kNoNormal, "a normal is (0, 0, 0), which no light falls on");
   } else if (std::all_of(corners.begin(), corners.end(), isTurned)) {
-    const Vector normal = Normal(corners[0]);
-    visit.Note(Kind::kNormalsTurned,
-               fmt::format("the normal ({}, {}, {}) points to where the corners run "
-                           "counter-clockwise: light falls on the side that is not seen",
-                           normal.x, normal.y, normal.z));
+    ++list->turnedSurfaces;
   } else if (buffer->drewGlass && !(checks && visit.State().IsTransparent(*list))) {
     CheckSide(visit, *list->info, side, Place(corners[0]));
   }
 }
 
 }  // namespace
+
+/// Models have some surfaces whose normals lie: it is the host's doing when most of them are
+/// turned.
+void CheckNormals(Visit& visit, const ListState& list) {
+  if (list.turnedSurfaces * 2 <= list.litSurfaces) return;
+  visit.Note(Kind::kNormalsTurned,
+             fmt::format("{} of {} lit surfaces have normals that point to where the corners run "
+                         "counter-clockwise: light falls on the side that is not seen",
+                         list.turnedSurfaces, list.litSurfaces));
+}
 
 /// Element 2 is not read.
 void BeforeTriangle(Visit& visit, DisplayList& self, const GAVertex* vertices, int check) {

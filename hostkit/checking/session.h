@@ -89,6 +89,8 @@ struct ListState {
   const GATexture* texture = nullptr;
   bool isMaterialTransparent = false;
   bool hasHeadlight = false;  ///< Of SetupLights(nullptr).
+  /// Since BeginInstructions; those turned have all normals on the side that is not seen.
+  int litSurfaces = 0, turnedSurfaces = 0;
 };
 
 struct TextureState {

@@ -289,11 +289,12 @@ const Case kStateCases[] = {
        }
        w.list->SetupLights(nodes.data());
      }},
-    {"normals-turned DisplayList::AddTransformedTri",
+    {"normals-turned DisplayList::EndInstructions",
      [](World& w) {
        w.vertices[1].x = w.vertices[3].y = 1;
        for (GAVertex& vertex : w.vertices) vertex.nz = 1;
        w.list->SetupLights(nullptr), w.list->AddTransformedTri(w.vertices.data(), 0);
+       w.list->EndInstructions();
      }},
     {"no-normal DisplayList::AddTransformedQuad",
      [](World& w) {
