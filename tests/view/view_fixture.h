@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QFile>
 #include <QImage>
+#include <QLabel>
 #include <QMessageBox>
 #include <QProcess>
 #include <QPushButton>
@@ -15,6 +16,7 @@
 #include <QStringList>
 #include <QTemporaryDir>
 #include <QTest>
+#include <algorithm>
 #include <memory>
 
 #include "apps/gl3-view/main_window.h"
@@ -97,6 +99,12 @@ class ViewTest : public testing::Test {
     }
     ADD_FAILURE() << "no entry " << text.toStdString();
     return nullptr;
+  }
+  /// Whether a label of the window has these words.
+  bool Tells(const QString& words) const {
+    const auto labels = m_window->findChildren<QLabel*>();
+    return std::any_of(labels.begin(), labels.end(),
+                       [&](const QLabel* label) { return label->text().contains(words); });
   }
   /// Opens a file and waits until that has worked or failed.
   void Open(const QString& file) {

@@ -300,6 +300,7 @@ TEST_F(ViewTest, AClickSelectsTheNearestVertexThatIsSeen) {
   QTest::mouseClick(&View(), Qt::LeftButton, Qt::ControlModifier,
                     pixelOf({-0.5f, 0.5f, 0.5f}) - QPoint(1, 0));
   EXPECT_EQ(View().Selection().size(), 2u);
+  EXPECT_TRUE(Tells(", 1 from the one before (-1"));
   QTest::mouseClick(&View(), Qt::LeftButton, Qt::ControlModifier, pixelOf(nearCorner));
   ASSERT_EQ(View().Selection().size(), 1u) << "not taken out again";
   EXPECT_NE(View().Selection()[0].place, nearCorner);
@@ -308,6 +309,30 @@ TEST_F(ViewTest, AClickSelectsTheNearestVertexThatIsSeen) {
   m_window->SetChoices({"--section=x=50%"});  // the corner is cut away
   QTest::mouseClick(&View(), Qt::LeftButton, Qt::NoModifier, pixelOf(nearCorner));
   EXPECT_TRUE(View().Selection().empty());
+}
+
+TEST_F(ViewTest, FramesASecondAreToldWhileItMoves) {
+  Open(Path("cube.obj"));
+  EXPECT_FALSE(Tells(" frames/s"));
+  for (int i = 0; i < 2; ++i) {
+    QTest::keyClick(&View(), Qt::Key_Left);
+    View().DrawFrame();
+  }
+  EXPECT_TRUE(Tells(" frames/s"));
+  Rest();
+  EXPECT_FALSE(Tells(" frames/s"));
+}
+
+TEST_F(ViewTest, HelpTellsKeysAndTheScreenCanBeFilled) {
+  QTest::keyClick(m_window.get(), Qt::Key_F1);
+  const QString keys = DismissBox();
+  EXPECT_TRUE(keys.contains("<b>F11</b>") && keys.contains("Full screen")) << keys.toStdString();
+  Action("&About")->trigger();
+  EXPECT_TRUE(DismissBox().startsWith("gl3-view "));
+  QTest::keyClick(m_window.get(), Qt::Key_F11);
+  EXPECT_TRUE(m_window->isFullScreen());
+  QTest::keyClick(m_window.get(), Qt::Key_F11);
+  EXPECT_FALSE(m_window->isFullScreen());
 }
 
 TEST_F(ViewTest, TheReportCanBeCopied) {
