@@ -13,7 +13,7 @@
 namespace view {
 namespace {
 
-enum Kind { kNone, kLinear, kExponential };
+enum FogKind { kNone, kLinear, kExponential };
 const QString kExponentialMark = "exp:";
 const QColor kFogColor(0x80, 0x80, 0x80);
 constexpr int kDigits = 4;

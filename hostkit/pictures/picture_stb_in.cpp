@@ -48,7 +48,7 @@ std::string PngRefusal(std::string_view file, const PictureSink& sink) {
   constexpr std::size_t kSidesEnd = 24;
   if (file.size() < kSidesEnd) return "the picture ends early; write it anew";
   const auto [width, height] = PngSize(file);
-  const std::string refusal = SizeRefusal(width, height, UINT64_MAX);
+  std::string refusal = SizeRefusal(width, height, UINT64_MAX);
   if (!refusal.empty()) return refusal;
   if (width > 0 && height > 0) return DecodeErrorText(sink);
   return fmt::format("a PNG picture whose header tells {} x {} pixels; write it anew", width,

@@ -21,6 +21,7 @@ struct ComparedPicture {
 };
 
 /// One driver.
+// NOLINTNEXTLINE(bugprone-exception-escape): a JSON value is moved without one
 struct ComparedDriver {
   CompareDriver driver;
   Json facts;            ///< "display", "opengl" and "limits" of `gl3 info --json`.
