@@ -21,11 +21,12 @@ struct RenderInfo;
 /// the scene's; pixels, y downwards, in the screen's, for lines, polygons and points as well as for
 /// rectangles. The other coordinates are in object space, from which RenderInfo::objectToView leads
 /// there. In both projections `z` is one between RenderInfo::farZ and nearZ: at another z, 0 for
-/// one, nothing is seen. Of two things at one depth the later one is seen. Pointers handed in are
-/// read during the call, except materials, light lists and textures, which must live until the
-/// frame is drawn. The operations that are not pure are the host's own: they cut their shape into
-/// lines and hand those to the derived adders. Counts, indices and pointers are trusted: an index
-/// beyond the vertices is followed, a null pointer too. Nothing reports a failure.
+/// one, nothing is seen, and at nearZ or farZ itself rounding decides. Of two things at one depth
+/// the later one is seen. Pointers handed in are read during the call, except materials, light
+/// lists and textures, which must live until the frame is drawn. The operations that are not pure
+/// are the host's own: they cut their shape into lines and hand those to the derived adders.
+/// Counts, indices and pointers are trusted: an index beyond the vertices is followed, a null
+/// pointer too. Nothing reports a failure.
 ///
 /// Made by GADriver::CreateDisplayList, deleted by the host before its buffer; one list a buffer.
 /// Used on the host's drawing thread alone.
@@ -56,7 +57,11 @@ struct RenderInfo;
 /// normals point away; else there is ambient light alone. What is transparent and waits has to run
 /// counter-clockwise: clockwise it counts as facing away, and is left out. What is opaque is better
 /// handed in clockwise, triangle by triangle, since llvmpipe (Mesa 22.3), which lights backs right
-/// at first, does not after a scene with glass.
+/// at first, does not after a scene with glass. Opaque surfaces are drawn from both sides: far
+/// faces of a closed body are covered by its near ones, and may be left out.
+///
+/// Under perspective, depths in the two projections do not compare: at one z between the planes,
+/// what is drawn in the screen's counts as nearer than what is drawn in the scene's.
 class DisplayList : public GAssistObject {
  public:
   /// What SetDepthFunc switches.
@@ -210,14 +215,17 @@ class DisplayList : public GAssistObject {
   /// A coloured triangle into its batch. It waits for the end of the scene, without its colours,
   /// when `checkTransparency` (TransparencyCheck) is not 0, depth is tested, and texture or
   /// material are transparent; one that finds no room there is drawn with the batch. Hosts switch
-  /// lighting off (kLightingOff), or the colours are those of the material.
+  /// lighting off (kLightingOff), or the colours are those of the material. Unlit and drawn as
+  /// opaque, its corners may run either way; what waits has to run counter-clockwise.
   virtual void AddTransformedPolygon(const VornPoly& polygon, int checkTransparency) = 0;
   /// Many, in the order of their depth keys, the smallest first.
   virtual void AddTransformedPolygons(const VornPoly* polygons, int count,
                                       int checkTransparency) = 0;
   /// A lit quad of four vertices in the order of a strip: lower left, lower right, upper left,
-  /// upper right, as seen by the viewer whom it faces. `mode` (QuadMode) 0 gathers it in a batch, 2
-  /// too, after setting the default colour; any other number gathers it when neither texture nor
+  /// upper right, as seen by the viewer whom it faces: that is glass, counter-clockwise with
+  /// normals away from him. What is opaque begins at the right (lower right, lower left, upper
+  /// right, upper left), clockwise with normals to him. `mode` (QuadMode) 0 gathers it in a batch,
+  /// 2 too, after setting the default colour; any other number gathers it when neither texture nor
   /// material is transparent, and else leaves it for the end of the scene; a full queue is drawn
   /// first. `textured` other than 0 chooses the batch with texture coordinates: without it they are
   /// not read, and with a texture on, all of the quad has one texel's colour.
@@ -227,8 +235,9 @@ class DisplayList : public GAssistObject {
   /// transparent triangles, every vertex fades by its u, 0 opaque, 1 clear, and the line lies over
   /// everything that is there. Width, smoothing and depth have no effect while a block is open.
   virtual void AddTransformedQuad(GAVertex* vertices, int mode, int textured) = 0;
-  /// A lit triangle of the elements 0, 1 and 3 of four, counter-clockwise where it faces the
-  /// viewer; element 2 is not read. Waits for the end of the scene when `checkTransparency`
+  /// A lit triangle of the elements 0, 1 and 3 of four; element 2 is not read. As the viewer sees
+  /// it, glass runs counter-clockwise with normals away from him, and what is opaque clockwise with
+  /// normals to him. Waits for the end of the scene when `checkTransparency`
   /// (TransparencyCheck) is not 0 and texture or material are transparent, else goes to the batch
   /// with texture coordinates; so does one that finds no room in the queue.
   virtual void AddTransformedTri(GAVertex* vertices, int checkTransparency) = 0;

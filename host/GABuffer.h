@@ -146,7 +146,10 @@ class GABuffer : public GAssistObject {
   /// of the view. Before the first call both are zero: what is drawn with them cannot be seen.
   virtual void ComputeProjectionMatrices() {}
   /// Loads a projection that was computed (Projection): 0 the screen's, in pixels with y downwards;
-  /// else the scene's, in view space. In both, z is that of view space.
+  /// else the scene's, in view space. In both, z is that of view space. In the screen's, depth
+  /// grows evenly from nearZ to farZ; in the scene's it does so in parallel views alone. Under
+  /// perspective the depths of the two do not compare: what is drawn in pixels over a scene has a z
+  /// a little behind nearZ, or no depth test (DisplayList::kDepthTestOff).
   virtual void SetProjection(int /*scene*/) {}
   /// 1 or 0. Also a way to make the context current that changes nothing.
   virtual int IsFogEnabled() { return 0; }

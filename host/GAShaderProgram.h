@@ -7,9 +7,9 @@ class HBitmapNode;
 
 /// Effects on finished frames, chosen by number (Effect). Operations return 1 for success and 0 for
 /// failure, whose reason goes to the log "GPUShader.log" beside the program that runs, where it can
-/// be written and is no folder of the system (/usr, /opt, …). They change the current context. The
-/// surface that a set-up of an effect makes stays for good, also when the program is gone (some 6
-/// MB): set an effect up once a size.
+/// be written and is no folder of the system (/usr, /opt, …). Init appends lines to it also when it
+/// succeeds. Operations change the current context. The surface that a set-up of an effect makes
+/// stays for good, also when the program is gone (some 6 MB): set an effect up once a size.
 ///
 /// Made by GADriver::CreateShaderProgram and deleted by the host before the driver, whose
 /// Initialize comes before Init. Used on the host's drawing thread alone. hostkit::EffectRunner
@@ -74,8 +74,9 @@ class GAShaderProgram : public GAssistObject {
   /// Runs an effect that was set up on the picture of `source` ("Color", else "ColorAlpha"; not
   /// premultiplied by alpha), which should have the size of Init and sides that are multiples of
   /// four: others are scaled, and come out slanted. The result, 8 bits a channel, goes where the
-  /// merge mode says; `destination` may be null where that is `source`, and may be the same bitmap.
-  /// `value` is for occlusion alone: 0. 0 for an effect that is not set up, and without picture or
-  /// memory.
+  /// merge mode says, as half floats of multiples of 1/255; `destination` may be null where that is
+  /// `source`, and may be the same bitmap. With kMergeNewBuffer and a null `destination` the result
+  /// is lost, and the answer 1. `value` is for occlusion alone: 0. 0 for an effect that is not set
+  /// up, and without picture or memory.
   virtual int Process(int effect, HBitmapNode* source, HBitmapNode* destination, float value) = 0;
 };

@@ -11,8 +11,9 @@ class HBitmapNode;
 /// of two by the setting "Textures Powerof2"), one with a side of the GL's limit or more to half
 /// its size, without a word: texture coordinates, 0 to 1 from edge to edge, stay what they were.
 /// Row 0, the top one, is at texture coordinate v = 0, the left column at u = 0. Sampled linearly,
-/// without mipmaps. A picture with any alpha below 255 makes the surfaces that it is on
-/// transparent.
+/// without mipmaps. The texel multiplies the surface's colour, lit or its own, and its alpha the
+/// surface's; highlights are added to that. A picture with any alpha below 255 makes the surfaces
+/// that it is on transparent.
 ///
 /// A texture must outlive the frame that it is drawn in: queued triangles keep a pointer to it. Its
 /// picture may be exchanged, by FreeGATexture and another maker, between frames. Within a frame

@@ -9,7 +9,8 @@
 /// One triangle: positions in view space, colours, texture coordinates, and the key it is sorted
 /// by. Copying copies the three colour handles (three new native colours); moving is cheap.
 struct VornPoly {
-  /// Corners; counter-clockwise on the screen when it faces the viewer.
+  /// Corners. What waits for the end of the scene runs counter-clockwise on the screen, else it is
+  /// left out; unlit and drawn as opaque, it may run either way.
   Vector p0, p1, p2;
   /// Colours of the corners. An empty handle is opaque black.
   GAColor c0, c1, c2;

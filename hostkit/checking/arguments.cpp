@@ -30,6 +30,11 @@ void NoteRecord(Visit& visit, std::size_t index, float x, float y, float z) {
   visit.Note(Kind::kNotANumber, fmt::format("vertex {} is at ({}, {}, {})", index, x, y, z));
 }
 
+void NoteNormal(Visit& visit, std::size_t index, const Vector& normal) {
+  visit.Note(Kind::kNotANumber, fmt::format("the normal of vertex {} is ({}, {}, {})", index,
+                                            normal.x, normal.y, normal.z));
+}
+
 void NoteIndex(Visit& visit, std::size_t place, std::size_t index, std::size_t vertexCount) {
   visit.Note(Kind::kIndexBeyond,
              fmt::format("index {} is {}, of {} vertices", place, index, vertexCount));

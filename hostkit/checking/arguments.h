@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <type_traits>
 
+#include "host/Vertices.h"
 #include "host/VornPoly.h"
 #include "hostkit/checking/visit.h"
 
@@ -37,18 +38,27 @@ bool IsFinite(const Record& record) {
   return std::isfinite(record.x) && std::isfinite(record.y) && std::isfinite(record.z);
 }
 
-/// Notes that record `index` of an array is not finite.
+/// Notes that the position, or the normal, of record `index` of an array is not finite.
 void NoteRecord(Visit& visit, std::size_t index, float x, float y, float z);
+void NoteNormal(Visit& visit, std::size_t index, const Vector& normal);
 
-/// Notes the first of `count` records whose position is not finite, and an array that is not there.
-/// Whether there is one.
+/// Notes the first of `count` records whose position or normal is not finite, and an array that is
+/// not there. Whether there is one.
 template <class Record>
 bool LookAtArray(Visit& visit, const Record* records, long long count) {
   if (!IsArray(visit, "the array of vertices", records, count)) return false;
   for (long long i = 0; i < count; ++i) {
-    if (IsFinite(records[i])) continue;
-    NoteRecord(visit, static_cast<std::size_t>(i), records[i].x, records[i].y, records[i].z);
-    break;
+    const Record& record = records[i];
+    if (!IsFinite(record)) {
+      NoteRecord(visit, static_cast<std::size_t>(i), record.x, record.y, record.z);
+      break;
+    }
+    if constexpr (std::is_same_v<Record, GAVertex>) {
+      const Vector normal = {record.nx, record.ny, record.nz};
+      if (IsFinite(normal)) continue;
+      NoteNormal(visit, static_cast<std::size_t>(i), normal);
+      break;
+    }
   }
   return true;
 }

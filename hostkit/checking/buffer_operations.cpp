@@ -188,6 +188,9 @@ void AfterEndScene(Visit& visit, Buffer& self) {
 
 void BeforeEndScene(Visit& visit, Buffer& self) {
   const BufferState* buffer = visit.State().Find(&self);
+  if (buffer && buffer->glassWaits && buffer->projection != buffer->glassProjection) {
+    visit.Note(Kind::kGlassWaits, "what is transparent was added in the other projection");
+  }
   const ListState* list = buffer ? visit.State().ListOf(*buffer) : nullptr;
   if (!list || !list->batchesWait) return;
   visit.Note(Kind::kBatchesWait, buffer->glassWaits

@@ -9,6 +9,11 @@
 namespace hostkit::checking {
 namespace {
 
+/// "1 list", "2 lists".
+std::string Counted(std::size_t count, const char* what) {
+  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
 /// Whatever still lives would lose its context.
 void CheckLeft(Visit& visit) {
   const Session& session = visit.State();
@@ -16,9 +21,10 @@ void CheckLeft(Visit& visit) {
                            session.effects.size();
   if (left == 0) return;
   visit.Note(Kind::kLeftBehind,
-             fmt::format("{} lists, {} buffers, {} textures and {} effects still live",
-                         session.lists.size(), session.buffers.size(), session.textures.size(),
-                         session.effects.size()));
+             fmt::format("left are {}, {}, {} and {}", Counted(session.lists.size(), "list"),
+                         Counted(session.buffers.size(), "buffer"),
+                         Counted(session.textures.size(), "texture"),
+                         Counted(session.effects.size(), "effect")));
 }
 
 void BeforeSetDefaults(Visit& visit, GADriver&) {

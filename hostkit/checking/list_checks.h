@@ -16,6 +16,7 @@ void BeforeSetTexture(Visit& visit, DisplayList& self, GATexture* texture);
 void AfterSetTexture(Visit& visit, DisplayList& self, GATexture* texture);
 void BeforeListProjection(Visit& visit, DisplayList& self, int mode);
 void AfterListProjection(Visit& visit, DisplayList& self, int mode);
+void BeforeSetupLights(Visit& visit, DisplayList& self, LightListNode* lights);
 void AfterSetupLights(Visit& visit, DisplayList& self, LightListNode* lights);
 void AfterSetMaterial(Visit& visit, DisplayList& self, AttrProperty* material, float scale);
 void BeforeBeginInstructions(Visit& visit, DisplayList& self);
@@ -70,8 +71,9 @@ void BeforeQuad(Visit& visit, DisplayList& self, const GAVertex* vertices, int m
 void BeforeColoredQuad(Visit& visit, DisplayList& self, const GAVertex* vertices,
                        const RGBFloat* colors, int);
 void BeforeLitQuad(Visit& visit, DisplayList& self, const GALitVertex* vertices);
-/// Tells when normals of most lit surfaces since BeginInstructions are turned.
-void CheckNormals(Visit& visit, const ListState& list);
+/// Tells when most lit surfaces since BeginInstructions have turned normals, or are handed in so
+/// that a driver lights them wrong.
+void CheckSurfaces(Visit& visit, const ListState& list);
 void BeforeTriangle(Visit& visit, DisplayList& self, const GAVertex* vertices, int check);
 void BeforeFan(Visit& visit, DisplayList& self, const GAVertex* vertices, unsigned long vertexCount,
                const unsigned short* indices, unsigned long indexCount, int);

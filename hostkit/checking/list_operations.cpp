@@ -40,8 +40,8 @@ Rows StateRows() {
       On<&List::Execute>("DisplayList::Execute", kFree),
       On<&List::SetProjection, BeforeListProjection, AfterListProjection>(
           "DisplayList::SetProjection", kSurface | kProjected),
-      On<&List::SetupLights, kNone, AfterSetupLights>("DisplayList::SetupLights",
-                                                      kSurface | kClosesBlock | kFlushes),
+      On<&List::SetupLights, BeforeSetupLights, AfterSetupLights>(
+          "DisplayList::SetupLights", kSurface | kClosesBlock | kFlushes),
       On<&List::SetMaterial, kNone, AfterSetMaterial>("DisplayList::SetMaterial",
                                                       kSurface | kFlushes),
       On<&List::PrepForLines, BeforePrep<Prepared::kLines>, AfterPrep<Prepared::kLines>>(

@@ -25,6 +25,7 @@ void KeepAdded(Visit& visit, DisplayList& self, bool check) {
     list->batchesWait = true;
     return;
   }
+  if (!buffer->glassWaits) buffer->glassProjection = buffer->projection;
   buffer->glassWaits = true;
   if (list->texture) buffer->waitingTextures.insert(list->texture);
 }
@@ -34,6 +35,35 @@ void SetSwitch(Visit& visit, DisplayList& self, int function) {
   if (ListState* list = visit.State().Find(&self)) {
     list->switches.at(static_cast<std::size_t>(function) / 2) = function;
   }
+}
+
+/// The link behind it, one of a list of lights or of their owners.
+const LightListNode* Next(const LightListNode& node) {
+  return node.next;
+}
+const LightOwner* Next(const LightOwner& owner) {
+  return owner.owner;
+}
+
+/// Whether a chain leads back to itself: one walk at twice the speed of the other meets it.
+template <class Link>
+bool IsCircle(const Link* first) {
+  const Link *slow = first, *fast = first;
+  while (fast && Next(*fast)) {
+    slow = Next(*slow);
+    fast = Next(*Next(*fast));
+    if (slow == fast) return true;
+  }
+  return false;
+}
+
+/// Whether a list of lights has an end, and each light's owners too.
+bool AreLightsEnded(const LightListNode* lights) {
+  if (IsCircle(lights)) return false;
+  for (const LightListNode* node = lights; node; node = node->next) {
+    if (node->light && IsCircle(node->light->owner)) return false;
+  }
+  return true;
 }
 
 /// Notes lights beyond those of the GL, which cannot be asked while a block is open.
@@ -113,8 +143,14 @@ void AfterListProjection(Visit& visit, DisplayList& self, int mode) {
   if (BufferState* buffer = visit.State().BufferOf(*list)) buffer->projection = mode != 0;
 }
 
+/// Before, since the module may not come back.
+void BeforeSetupLights(Visit& visit, DisplayList&, LightListNode* lights) {
+  if (AreLightsEnded(lights)) return;
+  visit.Note(Kind::kLightCircle, "lights or their owners lead back to themselves, without an end");
+}
+
 void AfterSetupLights(Visit& visit, DisplayList& self, LightListNode* lights) {
-  CheckLightCount(visit, lights);
+  if (AreLightsEnded(lights)) CheckLightCount(visit, lights);
   SetSwitch(visit, self, DisplayList::kLightingOn);
   ListState* list = visit.State().Find(&self);
   BufferState* buffer = list ? visit.State().BufferOf(*list) : nullptr;
@@ -145,13 +181,13 @@ void AfterBeginInstructions(Visit& visit, DisplayList& self) {
   if (!list) return;
   list->isInFrame = true;
   list->texture = nullptr;
-  list->litSurfaces = list->turnedSurfaces = 0;
+  list->surfaces = {};
 }
 
 void BeforeEndInstructions(Visit& visit, DisplayList& self) {
   const ListState* list = visit.State().Find(&self);
   if (!list) return;
-  CheckNormals(visit, *list);
+  CheckSurfaces(visit, *list);
   if (!list->isInFrame) visit.Note(Kind::kOutsideFrame, "there was no BeginInstructions");
 }
 

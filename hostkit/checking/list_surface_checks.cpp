@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <iterator>
 
 #include "host/RenderInfo.h"
@@ -30,45 +31,69 @@ Vector SideOf(const Vector& a, const Vector& b, const Vector& c) {
   return {u.y * v.z - u.z * v.y, u.z * v.x - u.x * v.z, u.x * v.y - u.y * v.x};
 }
 
-/// Once llvmpipe has drawn triangles with smooth lines on, as EndScene does, it lights back faces
-/// as if they were fronts until something of another kind is drawn. Fronts of the GL are clockwise.
-void CheckSide(Visit& visit, const RenderInfo& info, const Vector& side, const Vector& corner) {
-  const bool faces = info.perspective == 0 ? side.z > 0 : Dot(side, corner) < 0;
-  if (!faces || platform::CurrentRenderer().find("llvmpipe") == std::string::npos) return;
-  visit.Note(Kind::kSidesUnlit,
-             "after a scene with glass, llvmpipe may light surfaces whose corners run "
-             "counter-clockwise from the wrong side, so that ambient light alone is left");
+/// The far faces of a closed body run the other way than its near ones, and nobody sees them. On
+/// the screen both cover the same area, so that by area divided by distance the near ones have
+/// more.
+void CountSide(SurfaceCounts& counts, const RenderInfo& info, const Vector& side,
+               const std::array<GAVertex, 3>& corners, int triangles) {
+  const auto isInDepth = [&](const GAVertex& v) { return v.z <= info.nearZ && v.z >= info.farZ; };
+  if (!std::all_of(corners.begin(), corners.end(), isInDepth)) return;
+  Vector middle;
+  for (const GAVertex& v : corners) middle.x += v.x / 3, middle.y += v.y / 3, middle.z += v.z / 3;
+  const double distance = info.perspective == 0 ? -middle.z : std::sqrt(Dot(middle, middle));
+  if (!(distance > 0)) return;
+  const double area = info.perspective == 0 ? side.z : -Dot(side, middle) / std::pow(distance, 3);
+  (area > 0 ? counts.counterClockwise : counts.clockwise) += triangles * std::fabs(area) / distance;
 }
 
-/// `checks`: what is transparent waits.
+/// Once llvmpipe has drawn triangles with smooth lines on, as EndScene does, it lights back faces
+/// as if they were fronts until something of another kind is drawn. Fronts of the GL are clockwise.
+void CheckSides(Visit& visit, const SurfaceCounts& counts) {
+  if (!(counts.counterClockwise > counts.clockwise)) return;
+  if (platform::CurrentRenderer().find("llvmpipe") == std::string::npos) return;
+  visit.Note(Kind::kSidesUnlit,
+             "after a scene with glass, llvmpipe may light surfaces whose corners run "
+             "counter-clockwise, as most of what is seen here, from the wrong side, so that "
+             "ambient light alone is left");
+}
+
+/// Models have some surfaces whose normals lie: it is the host's doing when most of them are
+/// turned.
+void CheckNormals(Visit& visit, const SurfaceCounts::Normals& normals, const char* which) {
+  if (normals.turned * 2 <= normals.lit) return;
+  visit.Note(Kind::kNormalsTurned,
+             fmt::format("{} of {} lit surfaces that {} have normals that point to where the "
+                         "corners run counter-clockwise: light falls on the side that is not seen",
+                         normals.turned, normals.lit, which));
+}
+
+/// `checks`: what is transparent waits. `triangles`: how many such it has.
 void CheckSurface(Visit& visit, const DisplayList& self, const std::array<GAVertex, 3>& corners,
-                  bool checks) {
+                  bool checks, int triangles) {
   ListState* list = visit.State().Find(&self);
   const BufferState* buffer = list ? visit.State().BufferOf(*list) : nullptr;
   if (!buffer || list->switches[ListState::kLighting] != DisplayList::kLightingOn) return;
   const Vector side = SideOf(Place(corners[0]), Place(corners[1]), Place(corners[2]));
-  ++list->litSurfaces;
+  const bool waits = checks && visit.State().IsTransparent(*list);
+  SurfaceCounts::Normals& normals = waits ? list->surfaces.waiting : list->surfaces.drawn;
+  ++normals.lit;
   const auto isNone = [](const GAVertex& v) { return Dot(Normal(v), Normal(v)) == 0; };
   const auto isTurned = [&](const GAVertex& v) { return Dot(Normal(v), side) > 0; };
   if (std::any_of(corners.begin(), corners.end(), isNone)) {
     visit.Note(Kind::kNoNormal, "a normal is (0, 0, 0), which no light falls on");
   } else if (std::all_of(corners.begin(), corners.end(), isTurned)) {
-    ++list->turnedSurfaces;
-  } else if (buffer->drewGlass && !(checks && visit.State().IsTransparent(*list))) {
-    CheckSide(visit, *list->info, side, Place(corners[0]));
+    ++normals.turned;
+  } else if (buffer->drewGlass && !waits) {
+    CountSide(list->surfaces, *list->info, side, corners, triangles);
   }
 }
 
 }  // namespace
 
-/// Models have some surfaces whose normals lie: it is the host's doing when most of them are
-/// turned.
-void CheckNormals(Visit& visit, const ListState& list) {
-  if (list.turnedSurfaces * 2 <= list.litSurfaces) return;
-  visit.Note(Kind::kNormalsTurned,
-             fmt::format("{} of {} lit surfaces have normals that point to where the corners run "
-                         "counter-clockwise: light falls on the side that is not seen",
-                         list.turnedSurfaces, list.litSurfaces));
+void CheckSurfaces(Visit& visit, const ListState& list) {
+  CheckNormals(visit, list.surfaces.drawn, "do not wait for EndScene");
+  CheckNormals(visit, list.surfaces.waiting, "wait for EndScene");
+  CheckSides(visit, list.surfaces);
 }
 
 /// Element 2 is not read.
@@ -77,7 +102,7 @@ void BeforeTriangle(Visit& visit, DisplayList& self, const GAVertex* vertices, i
   if (!IsArray(visit, "the array of vertices", vertices, kCorners)) return;
   const std::array<GAVertex, 3> corners = {vertices[0], vertices[1], vertices[3]};
   LookAtArray(visit, corners.data(), std::ssize(corners));
-  CheckSurface(visit, self, corners, check != 0);
+  CheckSurface(visit, self, corners, check != 0, 1);
 }
 
 void BeforeQuad(Visit& visit, DisplayList& self, const GAVertex* vertices, int mode, int) {
@@ -89,7 +114,7 @@ void BeforeQuad(Visit& visit, DisplayList& self, const GAVertex* vertices, int m
   LookAtArray(visit, vertices, count);
   if (isPolyline) return;
   CheckSurface(visit, self, {vertices[0], vertices[1], vertices[2]},
-               mode != DisplayList::kQuadBatched && mode != DisplayList::kQuadDefaultColor);
+               mode != DisplayList::kQuadBatched && mode != DisplayList::kQuadDefaultColor, 2);
 }
 
 }  // namespace hostkit::checking

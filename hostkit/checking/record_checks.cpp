@@ -77,6 +77,10 @@ void CheckView(Visit& visit, const RenderInfo& v) {
 void CheckLinearFog(Visit& visit, const SceneRecord& scene) {
   const float start = scene.fogStart.Current(), end = scene.fogEnd.Current();
   const float cutStart = std::trunc(start), cutEnd = std::trunc(end);
+  if (start == 0 && end == 0) {
+    visit.Note(Kind::kFogCut, "fogStart and fogEnd are both 0, so there is no fog");
+    return;
+  }
   const float asked = end - start, got = cutEnd - cutStart;
   constexpr float kTolerance = 0.1f;
   if (got > 0 && std::fabs(asked - got) <= kTolerance * std::fabs(asked)) return;

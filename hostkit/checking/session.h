@@ -54,6 +54,7 @@ struct BufferState {
   bool knowsLooks = false;                     ///< Material or lights were set in its context.
   bool isFogLinear = true;                     ///< By its density.
   bool glassWaits = false;                     ///< Something transparent was added since EndScene.
+  int glassProjection = 0;                     ///< That was loaded when the first of it was added.
   bool drewGlass = false;                      ///< Such was drawn in its context.
   CGLContextObj context = nullptr;             ///< Null when not seen yet.
   std::set<const GATexture*> waitingTextures;  ///< Of what waits for EndScene.
@@ -68,6 +69,18 @@ struct BufferState {
     drewGlass = drewGlass || glassWaits;
     ForgetWaiting();
   }
+};
+
+/// Lit surfaces.
+struct SurfaceCounts {
+  /// Those turned have all normals on the side that is not seen.
+  struct Normals {
+    int lit = 0, turned = 0;
+  };
+  Normals drawn, waiting;
+  /// After a scene with glass, what is drawn and its corners run clockwise, or counter-clockwise,
+  /// as seen by the viewer: areas on the screen, each divided by the distance.
+  double clockwise = 0, counterClockwise = 0;
 };
 
 struct ListState {
@@ -89,8 +102,7 @@ struct ListState {
   const GATexture* texture = nullptr;
   bool isMaterialTransparent = false;
   bool hasHeadlight = false;  ///< Of SetupLights(nullptr).
-  /// Since BeginInstructions; those turned have all normals on the side that is not seen.
-  int litSurfaces = 0, turnedSurfaces = 0;
+  SurfaceCounts surfaces;     ///< Since BeginInstructions.
 };
 
 struct TextureState {

@@ -79,7 +79,9 @@ void CheckTarget(Visit& visit, const BufferState& buffer) {
   if (visit.Has(kSurface)) CheckSurface(visit, buffer);
   if (visit.Has(kProjected)) CheckProjection(visit, buffer);
   if (visit.Has(kInContext) && buffer.context && buffer.context != CGLGetCurrentContext()) {
-    visit.Note(Kind::kOtherContext, "the context that is current is not this buffer's");
+    visit.Note(Kind::kOtherContext,
+               "the context that is current is not this buffer's: another buffer was used since, "
+               "or a texture made or freed");
   }
 }
 

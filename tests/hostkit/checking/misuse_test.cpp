@@ -289,6 +289,25 @@ const Case kStateCases[] = {
        }
        w.list->SetupLights(nodes.data());
      }},
+    {"light-circle DisplayList::SetupLights",
+     [](World& w) {
+       GALight dark;
+       dark.on = false;
+       LightListNode first{nullptr, &dark}, second{&first, &dark};
+       first.next = &second;
+       w.list->SetupLights(&first);
+     }},
+    {"light-circle DisplayList::SetupLights",
+     [](World& w) {
+       LightOwner inner, outer{true, &inner};
+       inner.owner = &outer;
+       GALight light;
+       light.owner = &inner;
+       LightListNode node{nullptr, &light};
+       w.list->SetupLights(&node);
+     }},
+    {"glass-waits GABuffer::EndScene",
+     [](World& w) { w.AddGlass(), w.buffer->SetProjection(0), w.buffer->EndScene(); }},
     {"normals-turned DisplayList::EndInstructions",
      [](World& w) {
        w.vertices[1].x = w.vertices[3].y = 1;
@@ -386,6 +405,10 @@ const Case kAdderCases[] = {
      }},
     {"not-a-number DisplayList::AddTransformedTri",
      [](World& w) { w.vertices[3].z = kNan, w.list->AddTransformedTri(w.vertices.data(), 0); }},
+    {"not-a-number DisplayList::AddTransformedQuad",
+     [](World& w) {
+       w.vertices[2].ny = kNan, w.list->AddTransformedQuad(w.vertices.data(), 0, 0);
+     }},
     {"not-a-number DisplayList::AddTransformedPolygon",
      [](World& w) {
        VornPoly polygon;
@@ -435,7 +458,7 @@ TEST(Checking, ForgetsWhatTheCallbackDeletes) {
   hostkit::CheckCalls(drop, &world);
   world.buffer->FillBitmapNode(nullptr, 0);
   world.driver->Terminate();
-  EXPECT_EQ(world.values.back(), "1 lists, 1 buffers, 0 textures and 1 effects still live");
+  EXPECT_EQ(world.values.back(), "left are 1 list, 1 buffer, 0 textures and 1 effect");
 }
 
 /// A thread may take over when the one before has ended.

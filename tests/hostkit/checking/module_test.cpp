@@ -197,6 +197,7 @@ struct PanelAndGlass {
     list.SetTexture(texture.get());
     list.SetMaterial(&panel, 0);
     Add(2, -3, clockwise);
+    if (behind) Add(2, -5, !clockwise), Add(2, 1, !clockwise), Add(4, 2, !clockwise);
     list.SetMaterial(&glass, 0);
     Add(5, -2, false);
     list.EndInstructions();
@@ -212,6 +213,7 @@ struct PanelAndGlass {
   AttrProperty panel, glass;
   GALight light;
   LightListNode lights{nullptr, &light};
+  bool behind = false;  ///< Whether there are surfaces the other way round that nobody sees.
 };
 
 TEST_F(CheckedModule, DrawsFramesAlikeThatBeginRight) {
@@ -241,6 +243,10 @@ TEST_F(CheckedModule, TellsSidesThatADriverDoesNotLight) {
   const auto first = scene.Draw(true, false);
   EXPECT_EQ(first, scene.Draw(true, true)) << "both ways are lit at first";
   EXPECT_EQ(Names(), std::vector<std::string>());
+  scene.behind = true;
+  scene.Draw(true, true);
+  EXPECT_EQ(Names(), std::vector<std::string>()) << "a far side is covered, or behind the eye";
+  scene.behind = false;
   scene.Draw(true, false);
   EXPECT_EQ(Names(), std::vector<std::string>{"sides-unlit"});
 }
