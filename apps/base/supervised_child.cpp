@@ -49,6 +49,7 @@ constexpr PhaseMeaning kMeanings[] = {
      "the file is damaged or of a kind that cannot be read; export it anew or in another format"},
     {kRunFailed, "drawing", "try --device cpu or a smaller picture"},
     {kRunFailed, "writing it", "try another kind of picture"},
+    {kRunFailed, "sending it", "try another kind of picture"},
 };
 
 double SecondsSince(Clock::time_point start) {

@@ -27,7 +27,8 @@ struct Limits {
 };
 
 /// What the child is at. It decides what a crash means.
-enum class Phase { kStart, kImport, kDraw, kWrite };
+/// kSend: to another program, so that there are no files of single pictures.
+enum class Phase { kStart, kImport, kDraw, kWrite, kSend };
 
 /// The child's line to its parent.
 class ParentLine {

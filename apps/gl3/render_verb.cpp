@@ -150,10 +150,10 @@ int RunRender(const OptionParser& given, RenderOptions options, std::vector<std:
   if (FindMovieKind(options.output)) return RunMovies(given, options, words, *work);
   if (options.IsEach()) return RunEach(given, options, words, *work);
   const std::string command = RecipeCommand(given, words, options.recipe);
-  return RunSupervised(options.run.limits, options.output,
-                       [&](ParentLine& line, std::string* result) {
-                         return work->render(options, command, line, result);
-                       });
+  const std::string file = options.stream.IsOpen() ? "" : options.output;
+  return RunSupervised(options.run.limits, file, [&](ParentLine& line, std::string* result) {
+    return work->render(options, command, line, result);
+  });
 }
 
 }  // namespace

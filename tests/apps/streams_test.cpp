@@ -68,11 +68,13 @@ TEST_F(Streams, CarryPicturesThroughFilters) {
 
 TEST_F(Streams, ThatEndAreTold) {
   const std::string draw = kGl3 + std::string("render a.obj -o - -s 400x400 --format rgba ");
-  for (const auto& [where, part] : {std::pair(">/dev/full", "disk is full"),
-                                    {">&-", "it is closed"},
-                                    {"--turntable 9 | head -c 9", "its reader has gone"}}) {
+  for (const auto& [where, part] :
+       {std::pair(">/dev/full", "disk is full"),
+        {">&-", "it is closed"},
+        {"--turntable 9 | head -c 700000 >/dev/null", "its reader has gone"}}) {
     const Gl3Result result = Shell("{ " + draw + where + "; echo status $? >&2; }");
     EXPECT_TRUE(Holds(result.err, {"standard output: ", part})) << where;
+    EXPECT_EQ(result.err.find("--skip-existing"), std::string::npos) << "there are no files";
   }
   EXPECT_EQ(Shell(draw + ">/dev/full").status, 5);
   EXPECT_EQ(Shell(draw + ">&-").status, 5);

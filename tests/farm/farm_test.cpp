@@ -104,7 +104,9 @@ TEST_F(Farm, DrawsOnThisMachineWhatOneRunDraws) {
 TEST_F(Farm, GoesOnAndNamesWhatIsNotAlike) {
   const std::string command = "farm --local --tasks 2 --folder ";
   Done(command + "a -- " + Turn("out/t%d.png", 4));
-  // Of another recipe, and cut off in the middle.
+  // Made by a share of the same run, of another recipe, and cut off in the middle.
+  Lose("out/t1.png");
+  Done(Turn("out/t%d.png", 4) + " --skip-existing --chunk 1/2");
   Done(Turn("out/t%d.png", 4) + " --frames 3 --background white");
   const std::string whole = Read("out/t2.png");
   Write("out/t2.png", whole.substr(0, whole.size() / 2));
@@ -171,6 +173,11 @@ TEST_F(Farm, MakesTheMovieOfItsFrames) {
   Done("farm --local --tasks 2 --folder job -- " + Turn("out/turn.mp4", 5), setup);
   EXPECT_EQ(Read("out/turn.mp4").size(), 5u * 96 * 64 * 3);
   EXPECT_EQ(Read("out/turn.mp4"), Read("alone.mp4"));
+  const Gl3Result result =
+      Run("farm --local --folder none -- " + Turn("out/none.mp4", 5), {.environment = {"PATH=."}});
+  EXPECT_EQ(result.status, 4);
+  EXPECT_TRUE(Holds(result.err, {"out/none.mp4", "install ffmpeg"}));
+  EXPECT_FALSE(fs::exists(Path("none")));
 }
 
 TEST_F(Farm, SubmitsAnArrayAndOnceMoreWhatIsLost) {

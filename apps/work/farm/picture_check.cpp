@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 
+#include "apps/base/command_words.h"
 #include "apps/base/file_checks.h"
 #include "apps/base/run_program.h"
 #include "apps/base/supervised_child.h"
@@ -20,6 +21,21 @@
 
 namespace gl3 {
 namespace {
+
+/// A command without what chooses among its pictures and changes none of them.
+std::string WithoutShares(const std::string& command) {
+  std::vector<std::string> words, kept;
+  if (!SplitCommand(command, &words)) return command;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    if (words[i] == "--skip-existing" || words[i].starts_with("--chunk=")) continue;
+    if (words[i] == "--chunk") {
+      ++i;  // its value
+      continue;
+    }
+    kept.push_back(words[i]);
+  }
+  return JoinCommand(kept);
+}
 
 /// What a child tells of its files has to be within what its parent takes.
 constexpr std::size_t kFilesOfAChild = 10000;
@@ -163,7 +179,8 @@ class RecipeComparison {
       if (value != wanted) return Difference(name, value, wanted);
     }
     const FarmPicture& picture = m_plan.pictures[file["picture"].get<std::size_t>()];
-    const std::string command = recipe.value("gl3:command", ""), own = m_command.Recipe(picture);
+    const std::string command = WithoutShares(recipe.value("gl3:command", ""));
+    const std::string own = WithoutShares(m_command.Recipe(picture));
     if (command != own) return Difference("gl3:command", command, own);
     // One that stands for all frames of a model does not tell which file has which.
     const std::string frame = recipe.value("gl3:frame", "0");

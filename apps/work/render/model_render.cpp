@@ -151,7 +151,7 @@ Outcome ModelRender::WriteDepth(const Shot& shot, const hostkit::Picture& pictur
 
 Outcome ModelRender::Write(const Shot& shot, const hostkit::SceneCamera& camera,
                            const hostkit::Picture& picture) {
-  m_line.Enter(Phase::kWrite, shot.output);
+  m_line.Enter(m_options.stream.IsOpen() ? Phase::kSend : Phase::kWrite, shot.output);
   const Stopwatch watch;
   hostkit::Recipe recipe =
       MakeRecipe(m_recipe, m_options, shot, DescribeCamera(camera, m_scene->origin));

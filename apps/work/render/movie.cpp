@@ -33,6 +33,7 @@ extern char** environ;
 namespace gl3 {
 namespace {
 
+constexpr const char* kMovieProgram = "ffmpeg";
 constexpr int kMovieDescriptor = 3;  // of ffmpeg: the file that it writes
 constexpr const char* kFrameKind = "rgb24";
 constexpr const char* kGaveUp =
@@ -111,10 +112,9 @@ class MovieMaker {
 
 Outcome MovieMaker::Start(const std::string& command) {
   m_path = m_options.PathOf(m_options.output, 1, "");
-  const std::string program = FindProgram("ffmpeg");
-  if (program.empty()) {
-    return {kNoOpenGl, m_path + ": ffmpeg, which makes movies, is not on PATH; install ffmpeg"};
-  }
+  const Outcome found = CheckMovieProgram(m_path);
+  if (found.status != kDone) return found;
+  const std::string program = FindProgram(kMovieProgram);
   std::string reason;
   if (!m_file.Open(m_path, &reason)) return Fail("cannot be written: " + reason);
   std::array<int, 2> line{};
@@ -207,6 +207,11 @@ int TellEnd(const Outcome& outcome) {
 }
 
 }  // namespace
+
+Outcome CheckMovieProgram(const std::string& path) {
+  if (!FindProgram(kMovieProgram).empty()) return {};
+  return {kNoOpenGl, path + ": ffmpeg, which makes movies, is not on PATH; install ffmpeg"};
+}
 
 int RenderMovie(const RenderOptions& options, const std::string& command) {
   const std::string path = options.PathOf(options.output, 1, "");

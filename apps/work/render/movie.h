@@ -8,6 +8,10 @@
 
 namespace gl3 {
 
+/// Whether there is what makes movies; kNoOpenGl with a message that begins with `path`, the
+/// movie's.
+Outcome CheckMovieProgram(const std::string& path);
+
 /// Draws the frames of one model or a merged scene, in a supervised child as Render does, and pipes
 /// them to ffmpeg, the first of that name on PATH. The movie appears whole or not at all. Prints
 /// failures, and then the report that --json asks for. Returns the exit status: kNoOpenGl without
