@@ -163,7 +163,7 @@ Outcome FarmCommand::Check() const {
     if (outcome.status != kDone) return outcome;
   }
   if (!IsMovie()) return NeedsCameras() ? Outcome() : CheckFoldersOf(Pictures({}));
-  const Outcome program = CheckMovieProgram(m_movie.output);
+  Outcome program = CheckMovieProgram(m_movie.output);
   if (program.status != kDone) return program;
   // The folder of its frames is made with that of the farm.
   hostkit::PictureFile movie;

@@ -112,7 +112,7 @@ class MovieMaker {
 
 Outcome MovieMaker::Start(const std::string& command) {
   m_path = m_options.PathOf(m_options.output, 1, "");
-  const Outcome found = CheckMovieProgram(m_path);
+  Outcome found = CheckMovieProgram(m_path);
   if (found.status != kDone) return found;
   const std::string program = FindProgram(kMovieProgram);
   std::string reason;
