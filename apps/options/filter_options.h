@@ -45,10 +45,9 @@ void AddFilterOptions(const OptionParser& parser, FilterOptions* options);
 Outcome CheckFilterOptions(const FilterOptions& options);
 
 /// The output file of each input, in their order ("-" for standard output); none when nothing is to
-/// be written. kWrongUsage
-/// with a message when there is no clear answer: several inputs and one name, two that would get
-/// the same one, or an output that is one of the inputs. A single input may be replaced when it is
-/// named as the output.
+/// be written. kWrongUsage with a message when there is no clear answer: several inputs and one
+/// name, two that would get the same one, or an output that is one of the inputs. A single input
+/// may be replaced when it is named as the output.
 Outcome NameOutputs(const FilterOptions& options, std::vector<std::string>* outputs);
 
 }  // namespace gl3

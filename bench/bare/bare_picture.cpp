@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <vector>
 
+#include "bench/bare/bare_png.h"
+
 namespace {
 
 /// Sums of `factor` x `factor` pixels of red, green, blue bytes from `first` on, divided.
@@ -24,29 +26,6 @@ void Average(png_bytepp first, std::size_t width, unsigned factor, png_bytep to)
   }
 }
 
-bool Write(const char* path, png_bytepp rows, png_uint_32 width, png_uint_32 height,
-           unsigned factor) {
-  std::FILE* file = std::fopen(path, "wb");
-  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-  png_infop info = png ? png_create_info_struct(png) : nullptr;
-  if (!file || !info || setjmp(png_jmpbuf(png))) return false;
-  png_init_io(png, file);
-  png_set_compression_level(png, 1);
-  png_set_compression_buffer_size(png, 1 << 16);
-  png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
-  png_set_IHDR(png, info, width / factor, height / factor, 8, PNG_COLOR_TYPE_RGB,
-               PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-  png_write_info(png, info);
-  std::vector<png_byte> row(std::size_t{3} * (width / factor));
-  for (png_uint_32 y = 0; y < height / factor; ++y) {
-    Average(rows + y * factor, width / factor, factor, row.data());
-    png_write_row(png, row.data());
-  }
-  png_write_end(png, info);
-  png_destroy_write_struct(&png, &info);
-  return std::fclose(file) == 0;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -61,7 +40,14 @@ int main(int argc, char** argv) {
   if (!file || !info || setjmp(png_jmpbuf(png))) return 3;
   png_init_io(png, file);
   png_read_png(png, info, PNG_TRANSFORM_STRIP_ALPHA, nullptr);
-  const bool isWritten = Write(argv[2], png_get_rows(png, info), png_get_image_width(png, info),
-                               png_get_image_height(png, info), static_cast<unsigned>(factor));
-  return isWritten ? 0 : 5;
+  const png_bytepp rows = png_get_rows(png, info);
+  const auto divisor = static_cast<png_uint_32>(factor);
+  const png_uint_32 width = png_get_image_width(png, info) / divisor;
+  std::vector<png_byte> row(std::size_t{3} * width);
+  const auto averaged = [&](png_uint_32 y) {
+    Average(rows + y * divisor, width, divisor, row.data());
+    return row.data();
+  };
+  const png_uint_32 height = png_get_image_height(png, info) / divisor;
+  return bare::WritePng(argv[2], width, height, averaged) ? 0 : 5;
 }

@@ -11,7 +11,6 @@
 #include <GL/gl.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
-#include <png.h>
 
 #include <algorithm>
 #include <assimp/Importer.hpp>
@@ -22,6 +21,7 @@
 
 #include "bench/bare/bare_egl.h"
 #include "bench/bare/bare_glb.h"
+#include "bench/bare/bare_png.h"
 
 namespace {
 
@@ -191,27 +191,6 @@ std::vector<png_byte> ReadFrame(int width, int height, int samples) {
   return pixels;
 }
 
-bool WritePng(const char* path, const std::vector<png_byte>& pixels, int width, int height) {
-  std::FILE* file = std::fopen(path, "wb");
-  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-  png_infop info = png ? png_create_info_struct(png) : nullptr;
-  if (!file || !info || setjmp(png_jmpbuf(png))) return false;
-  png_init_io(png, file);
-  png_set_compression_level(png, 1);
-  png_set_compression_buffer_size(png, 1 << 16);
-  png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
-  png_set_IHDR(png, info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height), 8,
-               PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
-               PNG_FILTER_TYPE_DEFAULT);
-  png_write_info(png, info);
-  for (int y = height - 1; y >= 0; --y) {
-    png_write_row(png, &pixels[static_cast<std::size_t>(y) * width * 3]);
-  }
-  png_write_end(png, info);
-  png_destroy_write_struct(&png, &info);
-  return std::fclose(file) == 0;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -240,5 +219,11 @@ int main(int argc, char** argv) {
   SetState(width * samples, height * samples);
   SetCamera(placed, camera, width, height);
   Draw(placed);
-  return WritePng(argv[2], ReadFrame(width, height, samples), width, height) ? 0 : 5;
+  const std::vector<png_byte> pixels = ReadFrame(width, height, samples);
+  const auto fromBottom = [&](png_uint_32 y) {
+    return &pixels[(static_cast<std::size_t>(height) - 1 - y) * width * 3];
+  };
+  const bool isWritten = bare::WritePng(argv[2], static_cast<png_uint_32>(width),
+                                        static_cast<png_uint_32>(height), fromBottom);
+  return isWritten ? 0 : 5;
 }

@@ -51,7 +51,10 @@ void AfterReallocate(Visit& visit, Buffer& self, int result, int width, int heig
   buffer->height = height;
   buffer->hasDepth = (options & Buffer::kWithDepth) != 0;
   buffer->isProjected = false;
-  if (!keeps) buffer->ForgetWaiting(), buffer->drewGlass = false;
+  if (!keeps) {
+    buffer->ForgetWaiting();
+    buffer->drewGlass = false;
+  }
   if (buffer->mode != Buffer::kOffScreen) visit.State().driver.hasGlyphs = true;
 }
 

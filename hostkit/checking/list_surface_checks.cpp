@@ -39,7 +39,11 @@ void CountSide(SurfaceCounts& counts, const RenderInfo& info, const Vector& side
   const auto isInDepth = [&](const GAVertex& v) { return v.z <= info.nearZ && v.z >= info.farZ; };
   if (!std::all_of(corners.begin(), corners.end(), isInDepth)) return;
   Vector middle;
-  for (const GAVertex& v : corners) middle.x += v.x / 3, middle.y += v.y / 3, middle.z += v.z / 3;
+  for (const GAVertex& v : corners) {
+    middle.x += v.x / 3;
+    middle.y += v.y / 3;
+    middle.z += v.z / 3;
+  }
   const double distance = info.perspective == 0 ? -middle.z : std::sqrt(Dot(middle, middle));
   if (!(distance > 0)) return;
   const double area = info.perspective == 0 ? side.z : -Dot(side, middle) / std::pow(distance, 3);

@@ -122,7 +122,7 @@ constexpr MisuseText kMisuseTexts[] = {
     {"texture-lost", "begin a scene with SetTexture(nullptr), after BeginInstructions"},
     {"normals-turned", "let normals point away from where the corners run counter-clockwise"},
     {"no-normal", "give every vertex a normal of unit length"},
-    {"sides-unlit", "hand in what is opaque clockwise, as the viewer sees it, normals to him"},
+    {"sides-unlit", "hand in what is opaque clockwise as the viewer sees it, with normals towards the viewer"},
     {"headlight-out", "switch lighting off at the start of a scene alone"},
     {"many-lights", "put the most important lights first, and leave out the rest"},
     {"light-circle", "end the list of lights, and the owners of each, with null"},

@@ -16,7 +16,7 @@ struct EffectKind;
 struct EffectCall {
   const EffectKind* kind = nullptr;  ///< A row of kEffectKinds.
   float passes = 1;                  ///< A whole number; for blur, of pairs: up and down, across.
-  /// Pixels; of blur alone, whose samples lie more than one apart: what is thinner doubles.
+  /// In pixels, of blur alone. Its samples lie more than a pixel apart: thin lines come out double.
   float radius = 10;
 };
 

@@ -8,6 +8,7 @@
 #include "host/GADriver.h"
 
 namespace hostkit {
+
 void FillPixelView(int width, int height, RenderInfo* info) {
   info->perspective = 0;
   info->nearZ = kPixelViewNear;

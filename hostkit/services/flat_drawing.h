@@ -18,9 +18,9 @@ constexpr float kPixelViewFar = -1000;  ///< See above.
 
 /// Fills a parallel view in which a view unit is a pixel, for a surface of `width` x `height`
 /// pixels. In the screen's projection (x, y) is then the pixel's own place, y downwards from the
-/// top left, and in the scene's it is (x, -y). What is drawn is seen at depths
-/// between the planes above, which are nearZ and farZ. The members that a view does not determine
-/// stay as they are: buffer, scene, viewWindow, objectToView, environment, flags.
+/// top left, and in the scene's it is (x, -y). What is drawn is seen at depths between the planes
+/// above, which are nearZ and farZ. The members that a view does not determine stay as they are:
+/// buffer, scene, viewWindow, objectToView, environment, flags.
 void FillPixelView(int width, int height, RenderInfo* info);
 
 /// Has the glyphs made that GABuffer::TextOutA writes with, once after GADriver::Initialize, for

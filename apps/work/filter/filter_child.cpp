@@ -189,7 +189,7 @@ hostkit::Recipe FilterRun::MakeRecipe(const std::string& input) const {
 
 Outcome FilterRun::Write(const hostkit::Picture& picture, FilteredPicture* report) {
   if (m_job.outputs.empty()) return {};
-  m_line.Enter(Phase::kWrite, report->output);
+  m_line.Enter(m_job.options.stream.IsOpen() ? Phase::kSend : Phase::kWrite, report->output);
   const Stopwatch watch;
   std::string error;
   hostkit::PictureOptions options;
