@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <poll.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <sstream>
 #include <system_error>
 
 namespace gl3 {
@@ -121,6 +123,19 @@ ProgramEnd RunProgram(const std::vector<std::string>& words,
     end.status = WEXITSTATUS(status);
   }
   return end;
+}
+
+std::string FindProgram(const std::string& name) {
+  const char* path = std::getenv("PATH");
+  std::istringstream folders(path ? path : "");
+  for (std::string folder; std::getline(folders, folder, ':');) {
+    if (!folder.starts_with('/')) continue;
+    std::string program = folder + "/" + name;
+    struct stat status {};
+    const bool isFile = stat(program.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    if (isFile && access(program.c_str(), X_OK) == 0) return program;
+  }
+  return "";
 }
 
 std::string OwnProgram() {

@@ -23,6 +23,10 @@ struct ProgramEnd {
 ProgramEnd RunProgram(const std::vector<std::string>& words,
                       const std::map<std::string, std::string>& changes = {}, double seconds = 0);
 
+/// The absolute path of the first program of that name on PATH; empty without one. Of relative
+/// folders, which would be other ones for whoever starts it elsewhere, none counts.
+std::string FindProgram(const std::string& name);
+
 /// The path of the program that runs, empty where the system does not tell.
 std::string OwnProgram();
 

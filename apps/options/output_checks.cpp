@@ -11,6 +11,7 @@
 #include "apps/base/text.h"
 #include "apps/options/movie_kinds.h"
 #include "apps/options/output_pattern.h"
+#include "hostkit/pictures/picture_formats.h"
 
 namespace gl3 {
 namespace {
@@ -43,6 +44,29 @@ Outcome CheckNames(const RenderOptions& options) {
                                      OptionsOfOne(options, model).PathOf(options.output, 1, "%c"))};
   }
   return {};
+}
+
+/// A folder where pictures' names are wanted, and suffixes of what is not written. What has no
+/// suffix is told when it is opened.
+Outcome CheckKind(const RenderOptions& options) {
+  namespace fs = std::filesystem;
+  const int frame = options.sequence.Frames().front();
+  const std::string path = options.PathOf(options.output, frame, "camera");
+  if (hostkit::FindWrittenFormat(path) || FindMovieKind(path)) return {};
+  std::error_code error;
+  if (path.ends_with('/') || fs::is_directory(path, error)) {
+    const std::string inside = std::string(options.merge ? "picture" : "%n") +
+                               (options.sequence.IsSequence() ? "_####.png" : ".png");
+    return {kWrongUsage,
+            fmt::format("--output: {} is a folder; give names for what is in it, such as {}",
+                        ShellQuote(options.output),
+                        ShellQuote((fs::path(options.output) / inside).string()))};
+  }
+  if (fs::path(path).extension().empty()) return {};
+  return {kWrongUsage,
+          fmt::format("--output: {}: the suffix names no kind of picture or movie that is written; "
+                      "use one of {}, or {} for a movie",
+                      ShellQuote(path), hostkit::WrittenSuffixes(), MovieSuffixes())};
 }
 
 /// Whether a name has places for all that the run makes; `option` is what it was given with.
@@ -85,6 +109,13 @@ const MovieKind* FindMovieKind(const std::string& path) {
   return nullptr;
 }
 
+std::string MovieSuffixes() {
+  std::string all;
+  for (const MovieKind& kind : kMovieKinds)
+    all += (all.empty() ? "" : ", ") + std::string(kind.suffix);
+  return all;
+}
+
 bool RenderOptions::IsEach() const {
   return !merge && OutputPattern(output).HasName();
 }
@@ -107,6 +138,7 @@ RenderOptions OptionsOfOne(const RenderOptions& options, const std::string& mode
 Outcome CheckOutputs(const RenderOptions& options) {
   Outcome outcome = CheckStreamOptions(options.output, options.format,
                                        options.sequence.skipExisting, options.run);
+  if (outcome.status == kDone && !options.IsStreamed()) outcome = CheckKind(options);
   if (outcome.status != kDone) return outcome;
   if (options.IsStreamed()) {
     outcome = CheckModels(options, options.output, "--output");

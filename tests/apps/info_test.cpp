@@ -57,13 +57,14 @@ TEST_F(Info, ChecksEverythingThatIsNeeded) {
     EXPECT_TRUE(check["verdict"] == "OK" || mayWarn.count(check["name"])) << check;
   }
   EXPECT_EQ(names,
-            "settings text confinement module display opengl extensions driver surface frame "
-            "effects ");
+            "settings text confinement movies module display opengl extensions driver surface "
+            "frame effects ");
 }
 
 TEST_F(Info, TellsWhatIsMissingAndWhatToDo) {
   const std::tuple<const char*, int, std::vector<std::string>> cases[] = {
       {"GL3_MODULE_PATH=/", 0, {"OK    module"}},  // other places follow
+      {"PATH=/", 0, {"OK    movies", "install ffmpeg", "OK    effects"}},
       {"GL3_DEVICE=999", 4, {"FAIL  display", "GL3_DEVICE=999", "not checked", "frame"}},
       {"GL3_PLATFORM=none", 4, {"FAIL  display", "GL3_PLATFORM=none", "unset it"}},
       {"MESA_GL_VERSION_OVERRIDE=2.0", 4, {"FAIL  opengl", "2.1 is needed", "--device cpu"}},

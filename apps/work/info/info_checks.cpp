@@ -12,7 +12,9 @@
 #include <string_view>
 #include <system_error>
 
+#include "apps/base/run_program.h"
 #include "apps/base/text.h"
+#include "apps/options/movie_kinds.h"
 #include "apps/work/common/driver_session.h"
 #include "apps/work/common/font_check.h"
 #include "apps/work/info/test_frame.h"
@@ -189,6 +191,13 @@ Verdict CheckText(Findings&) {
   return {Level::kWarn, Fail(problem).reason, Fail(problem).remedy};
 }
 
+Verdict CheckMovies(Findings&) {
+  const std::string program = FindProgram(kMovieProgram);
+  if (!program.empty()) return {Level::kOk, program, ""};
+  // Nothing else needs it.
+  return {Level::kOk, "none can be made, without ffmpeg", "install ffmpeg for -o turn.mp4"};
+}
+
 struct Check {
   const char* name;
   Verdict (*run)(Findings&);
@@ -196,10 +205,18 @@ struct Check {
 
 // Those that need no OpenGL come first, and only warn: after a failure nothing more can be asked.
 constexpr Check kChecks[] = {
-    {"settings", CheckSettings},     {"text", CheckText},       {"confinement", CheckConfinement},
-    {"module", CheckModule},         {"display", CheckDisplay}, {"opengl", CheckVersion},
-    {"extensions", CheckExtensions}, {"driver", CheckDriver},   {"surface", CheckSurface},
-    {"frame", CheckFrame},           {"effects", CheckEffect},
+    {"settings", CheckSettings},
+    {"text", CheckText},
+    {"confinement", CheckConfinement},
+    {"movies", CheckMovies},
+    {"module", CheckModule},
+    {"display", CheckDisplay},
+    {"opengl", CheckVersion},
+    {"extensions", CheckExtensions},
+    {"driver", CheckDriver},
+    {"surface", CheckSurface},
+    {"frame", CheckFrame},
+    {"effects", CheckEffect},
 };
 
 Json ToJson(const std::string& name, const Verdict& verdict) {

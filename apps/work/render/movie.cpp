@@ -12,13 +12,13 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <sstream>
 #include <utility>
 #include <vector>
 
 #include "apps/base/file_checks.h"
+#include "apps/base/run_program.h"
 #include "apps/base/supervised_child.h"
 #include "apps/options/movie_kinds.h"
 #include "apps/work/common/confine_work.h"
@@ -33,26 +33,10 @@ extern char** environ;
 namespace gl3 {
 namespace {
 
-constexpr const char* kMovieProgram = "ffmpeg";
 constexpr int kMovieDescriptor = 3;  // of ffmpeg: the file that it writes
 constexpr const char* kFrameKind = "rgb24";
 constexpr const char* kGaveUp =
     "ffmpeg gave up; look whether the disk is full, and with -v what it says";
-
-/// The absolute path of the first program of that name on PATH; empty without one. Of relative
-/// folders, which would be other ones for whoever starts it elsewhere, none counts.
-std::string FindProgram(const std::string& name) {
-  const char* path = std::getenv("PATH");
-  std::istringstream folders(path ? path : "");
-  for (std::string folder; std::getline(folders, folder, ':');) {
-    if (!folder.starts_with('/')) continue;
-    std::string program = folder + "/" + name;
-    struct stat status {};
-    const bool isFile = stat(program.c_str(), &status) == 0 && S_ISREG(status.st_mode);
-    if (isFile && access(program.c_str(), X_OK) == 0) return program;
-  }
-  return "";
-}
 
 std::vector<std::string> MovieWords(const std::string& program, const RenderOptions& options,
                                     const std::string& command) {
@@ -208,6 +192,15 @@ int TellEnd(const Outcome& outcome) {
 
 }  // namespace
 
+std::string OddSides(const std::string& path, int width, int height) {
+  const MovieKind* const kind = FindMovieKind(path);
+  const int across = width + width % 2, down = height + height % 2;
+  if (!kind || !kind->hasEvenSides || (across == width && down == height)) return "";
+  return fmt::format(
+      "{}: {} has even sides, so it is {}x{}, with a black edge; give an even --size to do without",
+      path, kind->name, across, down);
+}
+
 Outcome CheckMovieProgram(const std::string& path) {
   if (!FindProgram(kMovieProgram).empty()) return {};
   return {kNoOpenGl, path + ": ffmpeg, which makes movies, is not on PATH; install ffmpeg"};
@@ -266,6 +259,8 @@ int MovieOfPictures(const RenderOptions& options, const std::string& command,
   MovieMaker maker(options);
   const Outcome started = maker.Start(command);
   if (started.status != kDone) return TellEnd(started);
+  const std::string odd = OddSides(options.output, options.width, options.height);
+  if (!odd.empty()) PrintWarning(odd);
   ChildTold told;
   const int status = RunSupervised(
       options.run.limits, "",

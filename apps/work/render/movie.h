@@ -8,6 +8,10 @@
 
 namespace gl3 {
 
+/// What there is to tell of a movie whose sides are not those of its frames; empty for all others.
+/// `path` is its name.
+std::string OddSides(const std::string& path, int width, int height);
+
 /// Whether there is what makes movies; kNoOpenGl with a message that begins with `path`, the
 /// movie's.
 Outcome CheckMovieProgram(const std::string& path);

@@ -7,6 +7,7 @@
 
 #include "apps/work/common/stopwatch.h"
 #include "apps/work/render/model_render.h"
+#include "apps/work/render/movie.h"
 #include "apps/work/render/render_report.h"
 #include "apps/work/render/render_sequence.h"
 #include "apps/work/render/render_session.h"
@@ -24,6 +25,8 @@ Outcome DrawAll(const RenderOptions& options, ParentLine& line, RenderSession* s
   // Without a driver, nobody waits for the import of a large model.
   if (outcome.status == kDone) outcome = StartSession(options, line, session);
   if (outcome.status != kDone) return outcome;
+  const std::string odd = OddSides(options.output, options.width, options.height);
+  if (!odd.empty()) Warn(odd, line, session);
   const Stopwatch watch;
   ImportedModel imported;
   imported.end = import.Finish([&](const std::string& path) { line.Enter(Phase::kImport, path); },

@@ -13,12 +13,13 @@
 #include "platform/platform.h"
 
 namespace gl3 {
-namespace {
 
 void Warn(const std::string& text, ParentLine& line, RenderSession* session) {
   line.Warn(text);
   session->report.warnings.push_back(text);
 }
+
+namespace {
 
 Outcome StartDriver(const RenderOptions& options, ParentLine& line, RenderSession* session) {
   line.Enter(Phase::kStart, "OpenGL");

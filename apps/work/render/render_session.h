@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "apps/base/messages.h"
 #include "apps/base/supervised_child.h"
@@ -23,6 +24,9 @@ struct RenderSession {
   EffectStage effects;
   RenderReport report;  ///< What it tells of the start, and its warnings.
 };
+
+/// Tells a warning, and keeps it in the report.
+void Warn(const std::string& text, ParentLine& line, RenderSession* session);
 
 /// What imports for such a run may have.
 hostkit::ImportLimits LimitsOfImports(const RenderOptions& options);
