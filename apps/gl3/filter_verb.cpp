@@ -32,13 +32,16 @@ Outcome Prepare(const WorkTable& work, StandardInput* input, FilterOptions* opti
   return outcome;
 }
 
-int RunFilter(const OptionParser& given, FilterOptions options, const std::string& command) {
+int RunFilter(const OptionParser& given, FilterOptions options,
+              const std::vector<std::string>& words) {
   SetVerbosity(options.run.verbosity);
   StandardInput input;
   std::vector<std::string> outputs;
   Outcome outcome = CheckGivenOnce(given, "--output");
   const WorkTable* work = outcome.status == kDone ? LoadWork(&outcome) : nullptr;
   if (work) outcome = Prepare(*work, &input, &options, &outputs);
+  if (work) TellLostValue(given, words, &outcome);
+  const CommandOfEach command = RecipeCommandOfEach(given, words, options.recipe);
   if (outcome.status == kDone) return work->filter({options, outputs, command});
   PrintError(outcome.message);
   return outcome.status;
@@ -50,7 +53,7 @@ VerbJob AddFilterVerb(const OptionParser& parser) {
   const auto options = std::make_shared<FilterOptions>();
   AddFilterOptions(parser, options.get());
   return [options, parser](const std::vector<std::string>& words) {
-    return RunFilter(parser, *options, RecipeCommand(parser, words, options->recipe));
+    return RunFilter(parser, *options, words);
   };
 }
 

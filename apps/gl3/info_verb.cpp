@@ -12,7 +12,7 @@
 namespace gl3 {
 namespace {
 
-int RunInfo(InfoOptions options) {
+int RunInfo(const OptionParser& given, InfoOptions options, const std::vector<std::string>& words) {
   SetVerbosity(options.run.verbosity);
   Outcome outcome;
   std::string result;
@@ -21,6 +21,7 @@ int RunInfo(InfoOptions options) {
   if (work) outcome = SendResultTo(options.run.jsonFile, *work);
   if (outcome.status == kDone) outcome = input.PlaceModel(options.modelFormat, &options.models);
   if (outcome.status == kDone) outcome = input.Read();
+  TellLostValue(given, words, &outcome);
   if (outcome.status == kDone) outcome = work->info(options, &result);
   // A report is printed whatever it says; the message behind it is what a user sees last.
   const int printed = result.empty() ? kDone : PrintResult(result);
@@ -33,7 +34,9 @@ int RunInfo(InfoOptions options) {
 VerbJob AddInfoVerb(const OptionParser& parser) {
   const auto options = std::make_shared<InfoOptions>();
   AddInfoOptions(parser, options.get());
-  return [options](const std::vector<std::string>&) { return RunInfo(*options); };
+  return [options, parser](const std::vector<std::string>& words) {
+    return RunInfo(parser, *options, words);
+  };
 }
 
 }  // namespace gl3

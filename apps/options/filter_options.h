@@ -35,7 +35,7 @@ struct FilterOptions {
 struct FilterJob {
   const FilterOptions& options;
   const std::vector<std::string>& outputs;  ///< One an input, or none: nothing is written.
-  const std::string& command;               ///< For the pictures' recipes.
+  const CommandOfEach& command;             ///< For the pictures' recipes.
 };
 
 /// Adds the options to `parser`; parsing fills `*options`, which must live until then.

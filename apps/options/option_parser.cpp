@@ -4,9 +4,10 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstddef>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
-#include "apps/base/messages.h"
 #include "apps/base/text.h"
 
 namespace gl3 {
@@ -189,7 +190,7 @@ Option OptionParser::AddOptionalValue(const std::string& name, const std::string
   const auto orNothing = [read = std::move(read)](const std::string& text, std::string* error) {
     return read(text == "true" ? "" : text, error);
   };
-  const Option option = Add(name, type, help, orNothing);
+  const Option option = Add(name, "[=" + type + "]", help, orNothing);
   m_app->get_option(name)->expected(0);
   return option;
 }
@@ -299,6 +300,31 @@ Words OptionParser::MapValues(const Words& words, const ValueMap& map) const {
     }
   }
   return mapped;
+}
+
+std::string OptionParser::LostValue(const Words& words) const {
+  for (std::size_t i = 2; i + 1 < words.size() && words[i] != "--"; ++i) {
+    const std::string &word = words[i], &next = words[i + 1];
+    const CLI::Option* const option =
+        word.starts_with("--") ? OptionOf(*m_app, word).option : nullptr;
+    const bool mayHaveValue =
+        option && option->get_type_size() > 0 && option->get_items_expected_max() == 0;
+    if (!mayHaveValue || word.find('=') != std::string::npos || next.starts_with('-')) continue;
+    std::error_code error;
+    if (!std::filesystem::exists(next, error)) return ShellQuote(word + "=" + next);
+  }
+  return "";
+}
+
+void TellLostValue(const OptionParser& parser, const Words& words, Outcome* outcome) {
+  const std::string value = parser.LostValue(words);
+  if (value.empty()) return;
+  const std::string remedy = "write " + value + " if that is meant";
+  if (outcome->status == kDone) {
+    PrintWarning(value.substr(0, value.find('=')) + ": what follows counts as a file; " + remedy);
+  } else {
+    outcome->message += ", or " + remedy;
+  }
 }
 
 }  // namespace gl3

@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "apps/base/messages.h"
+
 namespace CLI {
 class App;
 class Option;
@@ -73,7 +75,8 @@ class OptionParser {
   Option AddText(const std::string& names, const std::string& type, const std::string& help,
                  std::string* text) const;
   /// The same for an option that may go without its value, which then reads as an empty text. A
-  /// value comes after an equals sign only, so that what follows is never taken for one.
+  /// value comes after an equals sign only, so that what follows is never taken for one; the help
+  /// shows it as in "--size [=WxH]".
   Option AddOptionalValue(const std::string& name, const std::string& type, const std::string& help,
                           Reader read) const;
   /// An option that may be given several times; `read` gets all values, and when one is wrong says
@@ -109,11 +112,19 @@ class OptionParser {
   /// A command line, whose first two words are program and verb, with all its values mapped.
   std::vector<std::string> MapValues(const std::vector<std::string>& words,
                                      const ValueMap& map) const;
+  /// Of such a command line: the option with its value, as in "--scale-bar=mm", where a word that
+  /// is no file follows an option which takes its value after an equals sign only. Else empty.
+  std::string LostValue(const std::vector<std::string>& words) const;
 
  private:
   explicit OptionParser(std::shared_ptr<CLI::App> app) : m_app(std::move(app)) {}
 
   std::shared_ptr<CLI::App> m_app;
 };
+
+/// Tells of a LostValue, which counts as a file's name: at the end of the message of `*outcome`,
+/// or, where nothing failed yet, in a warning.
+void TellLostValue(const OptionParser& parser, const std::vector<std::string>& words,
+                   Outcome* outcome);
 
 }  // namespace gl3

@@ -73,7 +73,7 @@ void AddRunOptions(const OptionParser& parser, RunOptions* options) {
              "group may have when that is less)",
              [=](const std::string& t, std::string* e) { return ReadMemory(t, limits, e); });
   AddConfinedOption(parser, options);
-  parser.AddOptionalValue("--json", "[=FILE]",
+  parser.AddOptionalValue("--json", "FILE",
                           "Figures to standard output, or to FILE (/dev/fd/3: a descriptor):\n"
                           "times in milliseconds, size, triangles, renderer, device, peak\n"
                           "memory in bytes",

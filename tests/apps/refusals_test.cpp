@@ -2,6 +2,7 @@
 // there: the status, one line with the thing and the remedy, no file.
 
 #include "tests/support/common/gl3_process.h"
+#include "tests/support/common/holds.h"
 
 namespace fs = std::filesystem;
 
@@ -24,6 +25,10 @@ TEST_F(Refusals, OfWrongCommandLines) {
   ExpectRefused(m_render + "--size", 2, {"--size", "missing"});
   ExpectRefused(m_render + "--eye 1,2,3 --target 1,2,3", 2, {"--target", "--eye"});
   ExpectRefused("render ok.obj -o ok.bmp", 2, {"ok.bmp", ".png", ".exr", ".jpg"});
+  ExpectRefused("render ok.obj -o x.avi --turntable 2", 2, {"x.avi", ".png", ".mp4", ".gif"});
+  ExpectRefused(m_render + "--scale-bar mm", 2, {"2 models", "--scale-bar=mm"});
+  ExpectRefused("render -o ok.png --grid 0.5", 3, {"0.5: there is no such", "--grid=0.5"});
+  EXPECT_TRUE(Holds(Done("render --help"), {"--scale-bar [=UNIT]"}));
   ExpectRefused("render ok.obj -o x##.bmp --turntable 2", 2, {"x01.bmp", ".png"});
   ExpectRefused(m_render + "-o other.png", 2, {"--output", "ok.png, other.png"});
   ExpectRefused("render ok.obj b.obj -o ok.png", 2, {"ok.png", "2 models", "%n", "--merge"});
@@ -61,6 +66,10 @@ TEST_F(Refusals, OfModelsThatCannotBeRead) {
 
 TEST_F(Refusals, OfOutputThatCannotBeWritten) {
   fs::create_directory(Path("folder.png"));
+  fs::create_directory(Path("adir"));
+  ExpectRefused("render ok.obj -o adir/", 2, {"adir/ is a folder", "adir/%n.png"});
+  ExpectRefused("render ok.obj -o adir --frames 1-2", 2,
+                {"adir is a folder", "'adir/%n_####.png'"});
   for (const char* output : {"folder.png", "ok.obj/ok.png", "missing/ok.png"}) {
     ExpectRefused({"render", "ok.obj", "-o", output}, 5, {output, "; "});
   }

@@ -80,6 +80,11 @@ std::unique_ptr<FarmCommand> FarmCommand::Read(const std::vector<std::string>& w
   command->m_words = words;
   command->m_words.insert(command->m_words.begin(), "gl3");
   *outcome = command->Parse();
+  if (outcome->status == kDone && command->IsBySize()) {
+    const RecipeKind kind =
+        command->m_isFilter ? command->m_filter.recipe : command->m_render.recipe;
+    command->m_ofEach = RecipeCommandOfEach(command->m_parser, command->m_words, kind);
+  }
   if (outcome->status == kDone && !command->m_isFilter) *outcome = command->UseFrames(folder);
   return outcome->status == kDone ? std::move(command) : nullptr;
 }
@@ -146,10 +151,8 @@ bool FarmCommand::NeedsCameras() const {
 }
 
 std::string FarmCommand::Recipe(const FarmPicture& picture) const {
-  if (!m_isFilter && m_render.IsEach()) {
-    return RecipeCommandOfEach(m_parser, m_words, m_render.recipe).Of(picture.input);
-  }
-  return RecipeCommand(m_parser, m_words, m_isFilter ? m_filter.recipe : m_render.recipe);
+  if (IsBySize()) return m_ofEach.Of(picture.input);
+  return RecipeCommand(m_parser, m_words, m_render.recipe);
 }
 
 std::string FarmCommand::Folder() const {
@@ -212,8 +215,7 @@ PartReport FarmCommand::RenderModels(const std::vector<FarmPicture>& pictures) c
   for (const FarmPicture& picture : pictures) options.models.push_back(picture.input);
   EachReport drawn;
   std::size_t skipped = 0;
-  const CommandOfEach recipe = RecipeCommandOfEach(m_parser, m_words, m_render.recipe);
-  const int status = RenderEachInto({options, recipe}, &drawn, &skipped);
+  const int status = RenderEachInto({options, m_ofEach}, &drawn, &skipped);
   PartReport report = ReadEachReport(drawn.Format(options.output, skipped, 0));
   report.status = status;
   return report;
@@ -269,7 +271,7 @@ PartReport FarmCommand::Filter(const std::vector<FarmPicture>& pictures,
   }
   FilterReport filtered;
   std::size_t skipped = 0;
-  const int status = FilterInto({options, outputs, Recipe(pictures.front())}, &filtered, &skipped);
+  const int status = FilterInto({options, outputs, m_ofEach}, &filtered, &skipped);
   PartReport report = ReadFilterReport(filtered.Format(skipped, 0));
   report.status = status;
   return report;

@@ -89,6 +89,7 @@ class FarmCommand {
   RenderOptions m_movie;  // as given; `m_render` then has the frames
   FilterOptions m_filter;
   std::vector<std::string> m_outputs;  // of the filter, one an input
+  CommandOfEach m_ofEach;              // where pictures are made of files of their own
 };
 
 }  // namespace gl3

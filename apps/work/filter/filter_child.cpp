@@ -181,7 +181,7 @@ Outcome FilterRun::RunEffects(hostkit::BitmapPtr bitmap, FilteredPicture* report
 hostkit::Recipe FilterRun::MakeRecipe(const std::string& input) const {
   const RecipeKind kind = m_job.options.recipe;
   if (kind == RecipeKind::kNone) return {};
-  hostkit::Recipe recipe = {{"gl3:command", m_job.command}, {"gl3:version", GL3_VERSION}};
+  hostkit::Recipe recipe = {{"gl3:command", m_job.command.Of(input)}, {"gl3:version", GL3_VERSION}};
   if (m_runner) recipe.emplace_back("gl3:renderer", m_start.renderer);
   recipe.emplace_back("gl3:input", RecipePath(input, kind) + " " + m_inputHash);
   return recipe;
