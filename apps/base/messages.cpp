@@ -20,9 +20,25 @@ namespace {
 
 Verbosity g_verbosity = Verbosity::kNormal;
 const char* g_program = "gl3";
-std::string g_progress;  // what the last line of the terminal shows
+std::string g_inputFile;  // that holds standard input; empty: none
+std::string g_progress;   // what the last line of the terminal shows
 std::function<Outcome(const std::string& text)> g_writeResult;
 bool g_hadOutput = true;  // standard output was open at the start
+
+/// The text with another name for the file of standard input.
+std::string WithInputAs(const std::string& name, std::string text) {
+  for (std::size_t at = 0; !g_inputFile.empty();) {
+    at = text.find(g_inputFile, at);
+    if (at == std::string::npos) break;
+    text.replace(at, g_inputFile.size(), name);
+    at += name.size();
+  }
+  return text;
+}
+
+std::string MessageLine(const std::string& text) {
+  return OneLine(WithInputAs("standard input", text));
+}
 
 bool HasCursor() {
   const char* terminal = std::getenv("TERM");
@@ -36,7 +52,7 @@ bool UsesColor() {
 
 void PrintLine(const char* color, const std::string& text) {
   ShowProgress("");
-  const std::string line = OneLine(text);
+  const std::string line = MessageLine(text);
   if (UsesColor()) {
     std::fprintf(stderr, "\033[%sm%s:\033[0m %s\n", color, g_program, line.c_str());
   } else {
@@ -70,6 +86,14 @@ Verbosity CurrentVerbosity() {
   return g_verbosity;
 }
 
+void SetInputFile(const std::string& path) {
+  g_inputFile = path;
+}
+
+std::string ShownPath(const std::string& path) {
+  return !g_inputFile.empty() && path == g_inputFile ? "-" : path;
+}
+
 void SetProgramName(const char* name) {
   g_program = name;
 }
@@ -82,6 +106,10 @@ void PrintWarning(const std::string& text) {
   if (g_verbosity != Verbosity::kQuiet) PrintLine("1;33", text);
 }
 
+void PrintStatus(const std::string& text) {
+  if (g_verbosity != Verbosity::kQuiet) PrintLine("1", text);
+}
+
 void PrintNote(const std::string& text) {
   if (g_verbosity == Verbosity::kVerbose) PrintLine("1", text);
 }
@@ -91,7 +119,7 @@ bool ShowsProgress() {
 }
 
 void ShowProgress(const std::string& text) {
-  const std::string line = CutToTerminal(OneLine(text));
+  const std::string line = CutToTerminal(MessageLine(text));
   if (line == g_progress) return;
   std::fprintf(stderr, "\r\033[K%s", line.c_str());
   std::fflush(stderr);
@@ -102,7 +130,8 @@ void SetResultWriter(std::function<Outcome(const std::string& text)> write) {
   g_writeResult = std::move(write);
 }
 
-int PrintResult(const std::string& text) {
+int PrintResult(const std::string& result) {
+  const std::string text = WithInputAs("-", result);
   if (g_writeResult) {
     const Outcome outcome = g_writeResult(text);
     if (outcome.status != kDone) PrintError(outcome.message);

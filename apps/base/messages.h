@@ -30,6 +30,11 @@ struct Outcome {
 void SetVerbosity(Verbosity verbosity);
 Verbosity CurrentVerbosity();
 
+/// The file that holds what standard input was: messages call it so, results "-". Process-wide.
+void SetInputFile(const std::string& path);
+/// A file's path as recipes have it: "-" for that one.
+std::string ShownPath(const std::string& path);
+
 /// Who speaks in messages, "gl3" at the start. The text must stay.
 void SetProgramName(const char* name);
 
@@ -37,6 +42,8 @@ void SetProgramName(const char* name);
 /// characters become spaces), coloured on a terminal unless NO_COLOR is set.
 void PrintError(const std::string& text);
 void PrintWarning(const std::string& text);
+/// What users want to know of a run that goes well, unless they ask for quiet.
+void PrintStatus(const std::string& text);
 void PrintNote(const std::string& text);
 
 /// Whether progress may be shown: standard error is a terminal that can move its cursor, and the
@@ -48,7 +55,7 @@ void ShowProgress(const std::string& text);
 
 /// Writes figures or help to standard output, or to what SetResultWriter says. A reader that has
 /// gone is no error. Returns kDone, or kUnwritableOutput after a message.
-int PrintResult(const std::string& text);
+int PrintResult(const std::string& result);
 
 /// Where results go in place of standard output. Process-wide.
 void SetResultWriter(std::function<Outcome(const std::string& text)> write);

@@ -97,6 +97,7 @@ Outcome StandardInput::Place(const std::string& name, std::string* path) {
                   "); set TMPDIR to one that may be written to");
   }
   *path = m_path = m_folder->Path() + "/" + name;
+  SetInputFile(m_path);
   return {};
 }
 

@@ -19,8 +19,8 @@ enum class RecipeKind {
 void AddRecipeOption(const OptionParser& parser, RecipeKind* kind);
 
 /// A file's path as recipes of this kind have it. Names that begin with a dash get "./" before
-/// them, so that no command line takes them for options.
-std::string RecipePath(const std::string& path, RecipeKind kind);
+/// them, so that no command line takes them for options. Standard input stays "-".
+std::string RecipePath(const std::string& file, RecipeKind kind);
 
 /// The command lines of runs that draw each of several models by itself, one for each model.
 struct CommandOfEach {

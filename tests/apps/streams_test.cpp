@@ -31,7 +31,9 @@ TEST_F(Streams, CarryAModelInAndPicturesOut) {
             "<a.obj >a.rgba");
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(Read("a.rgba"), std::string(expected.rgba.begin(), expected.rgba.end()));
-  EXPECT_EQ(nlohmann::json::parse(Read("r.json"))["output"], "-");
+  const nlohmann::json report = nlohmann::json::parse(Read("r.json"));
+  EXPECT_EQ(report["output"], "-");
+  EXPECT_EQ(report["models"], nlohmann::json::array({"-"}));
   // A report through a descriptor, and the pictures of a sequence one after another.
   const Gl3Result turn = Shell(kGl3 + ("render a.obj -o - --format rgb24 --turntable 3" + look) +
                                "--json=/dev/fd/3 3>r.json | wc -c");
@@ -40,9 +42,11 @@ TEST_F(Streams, CarryAModelInAndPicturesOut) {
   EXPECT_EQ(Shell(kGl3 + ("render a.obj -o -" + look)).out.substr(1, 3), "PNG");
   EXPECT_EQ(Names(), (std::set<std::string>{"a.obj", "a.png", "a.rgba", "r.json"}));
   const Gl3Result info = Shell(kGl3 + std::string("info - --model-format obj <a.obj"));
-  EXPECT_TRUE(Holds(info.out, {"triangles", "4"}));
-  EXPECT_EQ(Shell(kGl3 + ("render - --model-format obj -o b.png" + look) + "<a.obj").status, 0);
-  EXPECT_TRUE(Holds(Read("b.png"), {"gl3 render - --model-format obj -o b.png"}));
+  EXPECT_TRUE(Holds(info.out, {"-\n", "triangles", "4"}));
+  const std::string render = kGl3 + ("render - --model-format obj -o %n.png --recipe full" + look);
+  EXPECT_EQ(Shell(render + "<a.obj").status, 0);
+  EXPECT_TRUE(Holds(Read("stdin.png"), {"gl3 render - --model-format obj", "- xxh3:"}));
+  EXPECT_TRUE(Holds(Shell(render + "<r.json").err, {"gl3: standard input: "}));
 }
 
 TEST_F(Streams, CarryPicturesThroughFilters) {
@@ -55,9 +59,13 @@ TEST_F(Streams, CarryPicturesThroughFilters) {
   EXPECT_EQ(Read("n.rgba"), std::string(expected.rgba.begin(), expected.rgba.end()));
   result = Shell(filter + "a.png - -o - --format .ppm --recipe none --json=r.json <a.png >two.ppm");
   EXPECT_EQ(Read("two.ppm").size(), 2 * (3 + 4 + 4 + 7 * 5 * 3)) << result.err;
-  EXPECT_EQ(nlohmann::json::parse(Read("r.json"))["pictures"].size(), 2u);
-  EXPECT_EQ(Shell(filter + "- -o %n.webp <a.png").status, 0);
+  const nlohmann::json pictures = nlohmann::json::parse(Read("r.json"))["pictures"];
+  ASSERT_EQ(pictures.size(), 2u);
+  EXPECT_EQ(pictures[1]["input"], "-");
+  EXPECT_EQ(Shell(filter + "a.png - -o %n.webp <a.png").status, 0);
   EXPECT_EQ(Read("stdin.webp").substr(8, 4), "WEBP");
+  EXPECT_TRUE(Holds(Read("stdin.webp"), {"gl3 filter - -o %n.webp"}));
+  EXPECT_TRUE(Holds(Read("a.webp"), {"gl3 filter a.png -o %n.webp"})) << "not of its neighbour";
   ExpectRefused("filter a.png -o - --json", 2, {"--json", "--json=FILE"});
   ExpectRefused("filter a.png -o - --verify --effect tint", 2, {"--verify", "--json=FILE"});
   ExpectRefused("filter a.png -o b.png --format png", 2, {"--format", "-o -"});
@@ -121,8 +129,11 @@ TEST_F(Movies, GetTheirFramesAndAppearWhole) {
   const auto time = fs::last_write_time(Path("t.mp4"));
   EXPECT_EQ(Make("-o t.mp4 --turntable 4 --skip-existing").status, 0);
   EXPECT_EQ(fs::last_write_time(Path("t.mp4")), time);
-  EXPECT_EQ(Make("-o %n.webm --turntable 2").status, 0);
-  EXPECT_EQ(LastLine(Read("a.webm")), std::to_string(2 * 8 * 6 * 3));
+  EXPECT_EQ(Make("-o %n.webm --turntable 2 -s 7x6").err, "");
+  const Gl3Result odd = Make("-o odd.mp4 --turntable 2 -s 7x5 --json");
+  EXPECT_TRUE(Holds(odd.err, {"odd.mp4: ", "8x6", "--size"}));
+  EXPECT_TRUE(Holds(odd.out, {"odd.mp4: "}));
+  EXPECT_EQ(LastLine(Read("a.webm")), std::to_string(2 * 7 * 6 * 3));
 }
 
 TEST_F(Movies, ThatFailLeaveNothing) {

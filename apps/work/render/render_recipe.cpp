@@ -33,7 +33,10 @@ hostkit::Recipe MakeRecipe(const RecipeBase& base, const RenderOptions& options,
   for (std::size_t i = 0; i < base.inputs.size(); ++i) {
     // Names are unique, since EXR keeps one attribute a name: gl3:input, gl3:input2, ...
     const std::string number = i == 0 ? "" : std::to_string(i + 1);
-    recipe.emplace_back("gl3:input" + number, RecipePath(base.inputs[i], options.recipe));
+    const std::size_t hash = base.inputs[i].rfind(' ');
+    recipe.emplace_back(
+        "gl3:input" + number,
+        RecipePath(base.inputs[i].substr(0, hash), options.recipe) + base.inputs[i].substr(hash));
   }
   return recipe;
 }
