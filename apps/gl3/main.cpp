@@ -65,6 +65,22 @@ std::string WrongVerbMessage(int argc, char** argv) {
          (nearest.empty() ? "" : "did you mean " + nearest + "? ") + "gl3 --help lists them";
 }
 
+/// The message for a farm's command line without the mark before what it shares, else empty.
+std::string MissingMarkMessage(int argc, char** argv) {
+  const std::vector<std::string> words(argv + 1, argv + argc);
+  if (words.front() != "farm") return "";
+  const auto shared = std::find_if(words.begin(), words.end(), [](const std::string& word) {
+    return word == "render" || word == "filter";
+  });
+  const bool hasOptions = std::any_of(shared, words.end(), [](const std::string& word) {
+    return word[0] == '-' && word != "-h" && word != "--help";
+  });
+  if (!hasOptions || std::find(words.begin(), words.end(), "--") != words.end()) return "";
+  return "farm: -- is missing between its own options and what it shares; write gl3 farm "
+         "[options] -- " +
+         *shared + " ...";
+}
+
 int FailUsage(const std::string& message) {
   PrintError(message);
   return kWrongUsage;
@@ -72,6 +88,9 @@ int FailUsage(const std::string& message) {
 
 int Main(int argc, char** argv) {
   if (const std::string message = WrongVerbMessage(argc, argv); !message.empty()) {
+    return FailUsage(message);
+  }
+  if (const std::string message = MissingMarkMessage(argc, argv); !message.empty()) {
     return FailUsage(message);
   }
   const OptionParser parser(

@@ -1,8 +1,11 @@
 // `gl3 farm` through the program: on this machine, and with a scheduler that runs everything at
 // once.
 #include <algorithm>
+#include <chrono>
+#include <csignal>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <thread>
 
 #include "tests/support/common/gl3_process.h"
 #include "tests/support/common/holds.h"
@@ -199,7 +202,7 @@ TEST_F(Farm, SubmitsAnArrayAndOnceMoreWhatIsLost) {
                           "--turntable",
                           "6"};
   const Gl3Result result = Run(words, WithScheduler());
-  EXPECT_EQ(result.err, "");
+  EXPECT_TRUE(Holds(result.err, {"gl3: 3 tasks; ", ": " + odd.string() + "/gl3-farm-"}));
   EXPECT_EQ(result.out, "471\n");
   EXPECT_EQ(Run("farm wait 471", WithScheduler()).status, 0);
   const std::vector<std::string> lines = Lines("submitted");
@@ -279,6 +282,7 @@ TEST_F(Farm, RefusesWhatCannotBeShared) {
   } kCases[] = {
       {"farm -- info", 2, {"info", "cannot be shared"}},
       {"farm wait", 2, {"wait", "the ID of one farm"}},
+      {"farm --local render squares.obj -o a.png", 2, {"-- is missing", "-- render ..."}},
       {"farm wait 99", 3, {"99", "no farm of this user"}},
       {"farm --measured 1,0 -- render", 2, {"1,0", "START,FRAME"}},
       {"farm --sbatch=night -- render", 2, {"night", "--sbatch=--partition=night"}},
@@ -300,11 +304,36 @@ TEST_F(Farm, RefusesWhatCannotBeShared) {
   ExpectRefused("farm status odd", 3, {"odd", "damaged"}, WithScheduler());
 }
 
+/// From the keyboard, say; its state is asked for before and after that.
+TEST_F(Farm, TellsHowToGoOnOnceItIsInterrupted) {
+  Gl3Process farm(m_work, m_logs,
+                  "farm --local --tasks 1 --folder job -- " + Turn("out/t###.png", 400));
+  while (!fs::exists(Path("out/t001.png")))
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  fs::create_directory(m_base / "asked");
+  const auto ask = [&](const char* words) {
+    return Gl3Process(m_work, m_base / "asked", words).Finish();
+  };
+  EXPECT_EQ(ask("farm status job").out.find("has ended"), std::string::npos);
+  EXPECT_TRUE(Holds(ask("farm wait job").err, {"on its own machine"}));
+  farm.Signal(SIGINT);
+  const Gl3Result result = farm.Finish();
+  EXPECT_EQ(result.status, 128 + SIGINT);
+  EXPECT_TRUE(Holds(result.err, {" of 400 pictures are there", "goes on, with another --folder"}));
+  EXPECT_TRUE(Holds(ask("farm status job").out, {" of 400 pictures", "has ended", "goes on"}));
+  EXPECT_TRUE(Holds(ask("farm status job --json").out, {"\"lost\": true"}));
+  ExpectRefused("farm wait job", 1, {" of 400 pictures", "has ended", "goes on"});
+}
+
 TEST_F(Farm, WithoutASchedulerSaysSoAndLeavesNothing) {
   Gl3Setup setup = WithScheduler();
   setup.environment[0] = "PATH=" + m_base.string();
   ExpectRefused("farm --measured 1,1 -- " + Turn("out/t%d.png", 4), 1,
                 {"sbatch", "slurm-client", "--local"}, setup);
+  setup = WithScheduler();
+  Install("sbatch", "#!/bin/sh\necho 'sbatch: error: no controller' >&2; exit 1\n");
+  ExpectRefused("farm --measured 1,1 -- " + Turn("out/t%d.png", 4), 1,
+                {"no controller", "--local draws on this machine"}, setup);
   EXPECT_TRUE(fs::is_empty(Path("out")));
 }
 

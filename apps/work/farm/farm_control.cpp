@@ -25,6 +25,8 @@ constexpr auto kNap = std::chrono::milliseconds(500);
 constexpr int kNapsBetweenQuestions = 20;
 /// Answers in a row that nothing is left, before a farm without a report counts as ended.
 constexpr int kAnswersOfNothing = 2;
+/// Of a farm without a scheduler and without a report.
+constexpr const char* kLost = "the gl3 farm that drew it has ended";
 
 /// Where numbers are kept; empty without a home.
 fs::path IndexFolder() {
@@ -59,16 +61,21 @@ int TellStatus(const FarmFolder& folder, const FarmPlan& plan, bool json) {
   std::vector<std::string> states;
   const bool isKnown = JobStates(JobIds(folder), &states);
   const auto running = std::count(states.begin(), states.end(), "RUNNING");
+  const bool isLost = plan.options.local && !folder.IsHeld();
   if (json) {
     return PrintResult(PrintedJson({{"folder", folder.Path()},
                                     {"ended", false},
                                     {"cancelled", folder.IsCancelled()},
+                                    {"lost", isLost},
                                     {"pictures", plan.pictures.size()},
                                     {"there", plan.CountPictures()},
                                     {"running", isKnown ? Json(running) : Json()},
                                     {"left", isKnown ? Json(states.size()) : Json()}}));
   }
-  if (plan.options.local) return PrintResult(plan.CountedPictures() + "\n");
+  if (plan.options.local) {
+    const std::string lost = isLost ? std::string("; ") + kLost + "; " + plan.HowToGoOn() : "";
+    return PrintResult(plan.CountedPictures() + lost + "\n");
+  }
   if (!isKnown) PrintWarning("squeue: the scheduler does not answer; try again");
   return PrintResult(fmt::format("{}{}; {} tasks are running, {} entries wait or run\n",
                                  folder.IsCancelled() ? "cancelled; " : "", plan.CountedPictures(),
@@ -81,9 +88,8 @@ int WaitForEnd(const FarmFolder& folder, const FarmPlan& plan, bool json) {
     const Json report = folder.Read("report.json");
     if (report.is_object()) return TellReport(report, json);
     if (folder.IsCancelled()) {
-      return EndWith(
-          {kRunFailed, fmt::format("{}: the farm was cancelled; {}; the same command goes on",
-                                   folder.Path(), plan.CountedPictures())});
+      return EndWith({kRunFailed, fmt::format("{}: the farm was cancelled; {}; {}", folder.Path(),
+                                              plan.CountedPictures(), plan.HowToGoOn())});
     }
     std::vector<std::string> states;
     if (naps % kNapsBetweenQuestions == kNapsBetweenQuestions - 1) {
@@ -94,8 +100,8 @@ int WaitForEnd(const FarmFolder& folder, const FarmPlan& plan, bool json) {
       return EndWith(
           {kRunFailed,
            fmt::format("{}: the scheduler has no task of it left, and there is no report; "
-                       "{}/logs tells why, and the same command goes on",
-                       folder.Path(), folder.Path())});
+                       "{}/logs tells why, and {}",
+                       folder.Path(), folder.Path(), plan.HowToGoOn())});
     }
     if (ShowsProgress() && naps % 4 == 0) ShowProgress(plan.CountedPictures());
     std::this_thread::sleep_for(kNap);
@@ -108,7 +114,8 @@ int CancelFarm(const FarmFolder& folder, const FarmPlan& plan) {
   const Outcome ended = CancelJobs(JobIds(folder));
   if (ended.status != kDone) return EndWith(ended);
   if (noted.status != kDone) return EndWith(noted);
-  return PrintResult(plan.CountedPictures() + ", all of them whole; the same command goes on\n");
+  return PrintResult(
+      fmt::format("{}, all of them whole; {}\n", plan.CountedPictures(), plan.HowToGoOn()));
 }
 
 int ControlFolder(const std::string& action, const FarmFolder& folder, bool json) {
@@ -118,6 +125,10 @@ int ControlFolder(const std::string& action, const FarmFolder& folder, bool json
   const Outcome outcome = folder.EnterPlan(&plan);
   if (outcome.status != kDone) return EndWith(outcome);
   if (action == "status") return TellStatus(folder, plan, json);
+  if (plan.options.local && !folder.IsHeld()) {
+    return EndWith({kRunFailed, fmt::format("{}: {}; {}; {}", folder.Path(), kLost,
+                                            plan.CountedPictures(), plan.HowToGoOn())});
+  }
   if (plan.options.local) {
     return EndWith({kWrongUsage, folder.Path() +
                                      ": it is drawn on its own machine, by the gl3 farm that was "

@@ -154,6 +154,7 @@ int FarmStart::Run() {
   outcome = folder.Create();
   if (outcome.status == kDone) outcome = folder.WritePlan(m_plan);
   if (outcome.status != kDone) return Fail(outcome);
+  if (m_options.local) folder.Hold();
   return m_options.local || left.empty() ? DrawHere(folder, chunks) : Submit(folder, chunks);
 }
 
@@ -186,7 +187,8 @@ int FarmStart::Submit(const FarmFolder& folder, const std::vector<PictureChunk>&
     return PrintResult(
         PrintedJson({{"id", id}, {"folder", folder.Path()}, {"tasks", chunks.size()}}));
   }
-  PrintNote(fmt::format("{} tasks; folder: {}", chunks.size(), folder.Path()));
+  PrintStatus(fmt::format("{} task{}; plan, logs and report: {}", chunks.size(),
+                          chunks.size() == 1 ? "" : "s", folder.Path()));
   return PrintResult(id + "\n");
 }
 

@@ -1,7 +1,9 @@
 // The state of a farm on disk.
 #include "apps/work/farm/farm_plan.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -20,6 +22,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr const char* kPlanFile = "plan.json";
+
 Outcome CannotWrite(const std::string& path, int code) {
   return {kUnwritableOutput, fmt::format("{}: cannot be written: {}; make room, or give another "
                                          "--folder",
@@ -30,7 +34,8 @@ Json ToJson(const FarmOptions& options) {
   return {{"tasks", options.tasks},     {"perNode", options.perNode},
           {"retries", options.retries}, {"minutes", options.minutes},
           {"memory", options.memory},   {"sbatch", options.submitOptions},
-          {"local", options.local},     {"allowMixed", options.allowMixed}};
+          {"local", options.local},     {"allowMixed", options.allowMixed},
+          {"folder", options.folder}};
 }
 
 FarmOptions OptionsOf(const Json& json) {
@@ -43,6 +48,7 @@ FarmOptions OptionsOf(const Json& json) {
   options.submitOptions = json.at("sbatch").get<std::vector<std::string>>();
   options.local = json.at("local");
   options.allowMixed = json.at("allowMixed");
+  options.folder = json.value("folder", "");
   return options;
 }
 
@@ -155,17 +161,17 @@ Outcome FarmFolder::WritePlan(const FarmPlan& plan) const {
                         {"distances", picture.distances},
                         {"seconds", plan.seconds[i]}});
   }
-  return Write("plan.json", {{"gl3", GL3_VERSION},
-                             {"command", plan.words},
-                             {"folder", plan.workFolder},
-                             {"startSeconds", plan.startSeconds},
-                             {"peakMemoryBytes", plan.peakMemory},
-                             {"options", ToJson(plan.options)},
-                             {"pictures", std::move(pictures)}});
+  return Write(kPlanFile, {{"gl3", GL3_VERSION},
+                           {"command", plan.words},
+                           {"folder", plan.workFolder},
+                           {"startSeconds", plan.startSeconds},
+                           {"peakMemoryBytes", plan.peakMemory},
+                           {"options", ToJson(plan.options)},
+                           {"pictures", std::move(pictures)}});
 }
 
 Outcome FarmFolder::ReadPlan(FarmPlan* plan) const {
-  const Json json = Read("plan.json");
+  const Json json = Read(kPlanFile);
   try {
     if (!json.is_null()) {
       *plan = PlanOf(json);
@@ -174,7 +180,7 @@ Outcome FarmFolder::ReadPlan(FarmPlan* plan) const {
   } catch (const Json::exception&) {
   }
   return {kUnreadableInput,
-          File("plan.json") + ": is no plan of a farm; name the folder that gl3 farm made"};
+          File(kPlanFile) + ": is no plan of a farm; name the folder that gl3 farm made"};
 }
 
 Outcome FarmFolder::EnterPlan(FarmPlan* plan) const {
@@ -183,6 +189,20 @@ Outcome FarmFolder::EnterPlan(FarmPlan* plan) const {
   return {kUnreadableInput,
           fmt::format("{}: cannot be entered here: {}; farms need folders that every node sees",
                       plan->workFolder, std::strerror(errno))};
+}
+
+void FarmFolder::Hold() const {
+  // Never closed: the lock goes with the process and those that it forked.
+  const int plan = open(File(kPlanFile).c_str(), O_RDWR | O_CLOEXEC);
+  if (plan >= 0) flock(plan, LOCK_EX | LOCK_NB);
+}
+
+bool FarmFolder::IsHeld() const {
+  const int plan = open(File(kPlanFile).c_str(), O_RDONLY | O_CLOEXEC);
+  if (plan < 0) return false;
+  const bool isFree = flock(plan, LOCK_SH | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+  close(plan);
+  return !isFree;
 }
 
 Outcome FarmFolder::WriteRound(int round, const std::vector<PictureChunk>& chunks) const {

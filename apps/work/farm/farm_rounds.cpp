@@ -88,7 +88,12 @@ void DrawLocalRound(const FarmFolder& folder, const FarmPlan& plan, int round, s
         {{OwnProgram(), "farm", "task", folder.Path(), std::to_string(round), std::to_string(task)},
          folder.Log(round, std::to_string(task))});
   }
-  RunPool(programs, plan.options.tasks, [&] { ShowLocalProgress(plan); });
+  RunPool(
+      programs, plan.options.tasks, [&] { ShowLocalProgress(plan); },
+      [&] {
+        PrintStatus(fmt::format("ended: {}, all of them whole; {}", plan.CountedPictures(),
+                                plan.HowToGoOn()));
+      });
   ShowProgress("");
 }
 

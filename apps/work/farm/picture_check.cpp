@@ -263,7 +263,8 @@ Outcome CheckPictures(const FarmFolder& folder, const FarmPlan& plan, FarmFindin
                          std::to_string(parts)},
                         folder.Log(0, fmt::format("check-{}", part))});
   }
-  RunPool(programs, parts, [] {});
+  RunPool(
+      programs, parts, [] {}, [] {});
   Json found = Json::array();
   for (int part = 1; part <= parts; ++part) {
     const Json checked = folder.Read(fmt::format("checks/{}-{}.json", parts, part));

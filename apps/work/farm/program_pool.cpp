@@ -89,7 +89,7 @@ void Pool::Reap() {
 }  // namespace
 
 std::vector<int> RunPool(const std::vector<PoolProgram>& programs, int width,
-                         const std::function<void()>& tick) {
+                         const std::function<void()>& tick, const std::function<void()>& tellEnd) {
   sigset_t watched, before;
   sigemptyset(&watched);
   for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGCHLD}) sigaddset(&watched, number);
@@ -112,6 +112,7 @@ std::vector<int> RunPool(const std::vector<PoolProgram>& programs, int width,
   }
   sigprocmask(SIG_SETMASK, &before, nullptr);
   if (askedToEnd != 0) {
+    tellEnd();
     std::signal(askedToEnd, SIG_DFL);
     std::raise(askedToEnd);
   }

@@ -14,9 +14,9 @@ struct PoolProgram {
 };
 
 /// Runs the programs, `width` at a time and begun in their order, and returns their statuses. They
-/// end with this process; a signal that asks it to end ends them first. `tick` is called a few
-/// times a second.
+/// end with this process; a signal that asks it to end ends them first, then calls `tellEnd`.
+/// `tick` is called a few times a second.
 std::vector<int> RunPool(const std::vector<PoolProgram>& programs, int width,
-                         const std::function<void()>& tick);
+                         const std::function<void()>& tick, const std::function<void()>& tellEnd);
 
 }  // namespace gl3

@@ -31,7 +31,7 @@ Outcome Failed(const CommandWords& words, const ProgramEnd& end) {
   const std::string why = OneLine(end.errors.substr(0, end.errors.find_last_not_of('\n') + 1));
   return {kRunFailed,
           fmt::format("{}: {}; gl3 farm --dry-run shows what it was given, --sbatch adds "
-                      "to it",
+                      "to it, and --local draws on this machine without a cluster",
                       words[0], why.empty() ? fmt::format("status {}", end.status) : why)};
 }
 
