@@ -30,6 +30,9 @@ constexpr const char* kPictureSize = "256x144";  // as the kept pictures
 constexpr const char* kSettings = "settings.ini";
 constexpr const char* kSettingsText = "[OpenGL3]\nAnisotropic = 0\n";
 
+/// That a process takes to start, draw and compare, measured on two processors without a GPU.
+constexpr double kPictureSeconds = 0.5;
+
 /// gl3's last line without its name; what a failure is told by.
 std::string LastLine(const std::string& errors) {
   std::string text = errors;
@@ -223,6 +226,10 @@ Outcome Comparison::Run(int devices, std::string* result) {
   Outcome outcome = Choose(devices, display);
   if (outcome.status == kDone) outcome = Prepare();
   if (outcome.status != kDone) return outcome;
+  const std::size_t pictures = m_scenes.size() * m_chosen.size();
+  PrintStatus(fmt::format("drawing {} pictures with {} driver{}, which takes some {}",
+                          m_scenes.size(), m_chosen.size(), m_chosen.size() == 1 ? "" : "s",
+                          FormatDuration(kPictureSeconds * static_cast<double>(pictures))));
   for (const CompareDriver& driver : m_chosen) {
     m_drivers.push_back(Draw(driver));
     ComparedDriver& compared = m_drivers.back();
