@@ -161,6 +161,9 @@ TEST_F(Framing, CutsSolidsOpenAndClosesThem) {
   EXPECT_EQ(open.status, 0);
   EXPECT_TRUE(Holds(open.err, {"--section: ", "stay open"}));
   ExpectRefused("render cube.obj -o cut.png --section x=-3", 2, {"--section: ", "from -1 to 1"});
+  const Gl3Result beside = Run("render cube.obj -o whole.png -s 20x20 --section x=3 --json");
+  EXPECT_TRUE(Holds(beside.err, {"--section: ", "cuts nothing off", "from -1 to 1"}));
+  EXPECT_TRUE(Holds(beside.out, {"cuts nothing off"}));
 }
 
 /// A red square of side 1 about the origin that moves by 1 to the left within a second.
@@ -192,6 +195,9 @@ TEST_F(Framing, CutsAnewWhatMoves) {
     EXPECT_NEAR(spot.left, 100 - (frame == 1 ? 0.5 : 1.5) * unit, 1) << frame;
     EXPECT_NEAR(spot.right, 100 - (frame == 1 ? 0 : 0.5) * unit, 1) << frame;
   }
+  const Gl3Result away =
+      Run("render sliding.gltf -o out_##.png -s 20x10 --frames 1-2 --fps 1 --section x=-1.6");
+  EXPECT_TRUE(Holds(away.err, {"all of the model lies beyond the plane, from -1.5 to 0.5"}));
 }
 
 TEST_F(Framing, IsRepeatedFromRecipes) {

@@ -82,7 +82,9 @@ TEST_F(Told, APictureThatShowsNothing) {
                {"--eye 0,0,3 --target 0,0,9 --parallel --antialias 1 --text a", away},
                {"--eye 0,0,3 --target 0,3,3 --effect negative", away},
                {"--fog exp:9999", alike},
-               {"--fog exp:9999 --background white --text a", ""}};
+               {"--fog exp:9999 --background white --text a", ""},
+               {"--mode lines --color red", "--color: --mode lines shows no surfaces; "},
+               {"--mode lines --color red --line-color blue", ""}};
   for (const auto& [line, begin] : cases) {
     const Lines warnings = Warnings(line);
     ASSERT_EQ(warnings.size(), begin.empty() ? 0u : 1u) << line;
@@ -192,6 +194,14 @@ TEST_F(Told, FarModelsLookLikeNearOnes) {
   Write("tiny.obj", "v 0 0 0\nv 1e-19 0 0\nv 0 1e-19 0\nf 1 2 3\n");
   ExpectRefused("render huge.obj -o no.png", 3, {"huge.obj", "1e+18", "; "});
   ExpectRefused("render tiny.obj -o no.png", 3, {"tiny.obj", "1e-18", "; "});
+}
+
+TEST_F(Told, LinesOfTheModelTakeNoLineColor) {
+  Write("wire.obj", "v 0 0 0\nv 1 1 0\nl 1 2\n");
+  const std::string draw = "render wire.obj -o out.png -s 20x10 --mode lines ";
+  EXPECT_TRUE(
+      Run(draw + "--line-color red").err.starts_with("gl3: --line-color: the model has no"));
+  EXPECT_EQ(Run(draw + "--color red").err, "");
 }
 
 TEST_F(Told, PointsCanBeSeen) {

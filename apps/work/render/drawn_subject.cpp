@@ -49,13 +49,26 @@ std::pair<double, double> ReachAlong(const V3d& normal, const Imath::Box3f& boun
   return reach;
 }
 
-Outcome NothingLeft(const SectionOption& option, const Imath::Box3f& bounds, const V3d& origin) {
+std::string NothingLeft(const SectionOption& option, const Imath::Box3f& bounds,
+                        const V3d& origin) {
   const auto [first, last] = ReachAlong(option.normal, bounds, origin);
-  return {
-      kWrongUsage,
-      fmt::format("--section: all of the model lies beyond the plane, from {:.6g} to {:.6g} along "
-                  "its direction; move it, or cut the other side away",
-                  first, last)};
+  return fmt::format(
+      "--section: all of the model lies beyond the plane, from {:.6g} to {:.6g} along "
+      "its direction; move it, or cut the other side away",
+      first, last);
+}
+
+/// What there is to tell of a plane that the model does not reach; empty where it does.
+std::string BesideModel(const SectionOption& option, const Imath::Box3f& bounds,
+                        const V3d& origin) {
+  const auto [first, last] = ReachAlong(option.normal, bounds, origin);
+  if (option.isShare) return "";
+  if (option.position < first) return NothingLeft(option, bounds, origin);
+  if (option.position <= last) return "";
+  return fmt::format(
+      "--section: the plane cuts nothing off the model, which lies from {:.6g} to {:.6g} along its "
+      "direction; move it",
+      first, last);
 }
 
 }  // namespace
@@ -94,6 +107,7 @@ std::unique_ptr<SubjectRenderer> SubjectRenderer::Create(GADriver* driver, Scene
   if (options.section) {
     subject->m_plane = PlaneOf(*options.section, bounds, scene->origin);
     subject->m_capColor = options.sectionColor;
+    *warning = BesideModel(*options.section, bounds, scene->origin);
     Scene first;
     if (isMoving) first = CopyAsPosed(*scene);
     Scene& cut = isMoving ? first : *scene;
@@ -101,7 +115,7 @@ std::unique_ptr<SubjectRenderer> SubjectRenderer::Create(GADriver* driver, Scene
       *warning = "--section: surfaces that are not closed where they are cut stay open there";
     }
     if (cut.instances.empty() && !isMoving) {
-      *outcome = NothingLeft(*options.section, bounds, scene->origin);
+      *outcome = {kWrongUsage, NothingLeft(*options.section, bounds, scene->origin)};
       return nullptr;
     }
     if (isMoving) return subject;

@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "apps/base/file_checks.h"
@@ -14,6 +15,30 @@
 #include "hostkit/scene/camera.h"
 
 namespace gl3 {
+namespace {
+
+/// What there is to tell of a colour that nothing of the model takes; empty where something does.
+std::string UnseenColor(const RenderOptions& options, const hostkit::Scene& scene) {
+  const auto isOfLines = [](const hostkit::SceneMesh& mesh) {
+    return !mesh.lines.empty() || !mesh.points.empty();
+  };
+  const auto isOfTriangles = [](const hostkit::SceneMesh& mesh) { return !mesh.triangles.empty(); };
+  const auto& meshes = scene.meshes;
+  const DrawingOptions& drawing = options.drawing;
+  if (drawing.lineColor && std::none_of(meshes.begin(), meshes.end(), isOfTriangles)) {
+    return "--line-color: the model has no triangles with edges; --color is for lines and points "
+           "of "
+           "its own";
+  }
+  const bool areSurfacesBlank = drawing.mode == hostkit::DrawMode::kLines && !drawing.lineColor;
+  if (options.subject.look.color && areSurfacesBlank &&
+      std::none_of(meshes.begin(), meshes.end(), isOfLines)) {
+    return "--color: --mode lines shows no surfaces; --line-color is for lines";
+  }
+  return "";
+}
+
+}  // namespace
 
 ModelRender::ModelRender(const RenderOptions& options, const std::string& command,
                          RenderSession& session, ParentLine& line, Progress progress)
@@ -48,6 +73,8 @@ Outcome ModelRender::Take(ImportedModel model) {
   }
   Outcome outcome = PrepareSubject(m_options.subject, m_scene.get());
   if (outcome.status != kDone) return outcome;
+  const std::string color = UnseenColor(m_options, *m_scene);
+  if (!color.empty()) Warn(color);
   m_report.import = model.waited;
   m_report.triangles = m_scene->TriangleCount();
   m_line.Note(fmt::format("{} triangles in {:.1f} ms", m_report.triangles, model.taken));
