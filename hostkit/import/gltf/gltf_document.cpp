@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 #include <utility>
 
 #include "hostkit/import/gltf/gltf_extensions.h"
@@ -30,6 +31,15 @@ std::uint32_t WordAt(Bytes bytes, std::size_t at) {
   std::uint32_t word = 0;
   if (at + sizeof word <= bytes.size()) std::memcpy(&word, bytes.data() + at, sizeof word);
   return word;
+}
+
+/// How a text begins that cannot be JSON with an object in it, as a message may show it; else
+/// empty.
+std::string OtherBeginning(std::string_view text) {
+  constexpr std::size_t kMost = 12;
+  const std::size_t first = text.find_first_not_of(" \t\r\n");
+  if (first == std::string_view::npos || text[first] == '{') return "";
+  return NameForMessage(std::string(text.substr(first, kMost)));
 }
 
 /// Where a chunk of that kind begins at or shortly behind `at`; the file's size where none does.
@@ -124,12 +134,15 @@ bool Document::Parse(Bytes text, std::string* error) {
     text = text.first(text.size() - 1);
   const auto offset = text.empty() ? 0 : static_cast<std::size_t>(text.data() - File().data());
   std::string reason = "holds JSON, but no glTF";
+  const std::string_view json(reinterpret_cast<const char*>(text.data()), text.size());
+  std::string beginning;
   std::size_t at = 0;
-  switch (m_json.Read({reinterpret_cast<const char*>(text.data()), text.size()}, &at)) {
+  switch (m_json.Read(json, &at)) {
     case JsonText::Fault::kNone:
       if (Root().IsObject()) return true;
       break;
     case JsonText::Fault::kNotJson:
+      if (offset == 0) beginning = OtherBeginning(json);
       reason = at > text.size() ? fmt::format("ends in the middle of its JSON, after {} bytes",
                                               WithCommas(offset + text.size()))
                                 : fmt::format("not valid JSON at byte {}", WithCommas(offset + at));
@@ -138,7 +151,12 @@ bool Document::Parse(Bytes text, std::string* error) {
       reason = "its JSON holds a number beyond all numbers";
       break;
   }
-  *error = fmt::format("{}: {}; export the model again", Path(), reason);
+  if (!beginning.empty()) {
+    reason =
+        fmt::format("no glTF file, since it begins with \"{}\", not with glTF or {{", beginning);
+  }
+  *error = fmt::format("{}: {}; {}export the model again", Path(), reason,
+                       beginning.empty() ? "" : "give it the suffix of what it is, or ");
   return false;
 }
 

@@ -44,6 +44,7 @@ TEST_F(Gltf, BrokenFilesSayWhatIsWrong) {
       {text.substr(0, 90), "ends in the middle of its JSON, after 90 bytes"},
       {std::string(text).replace(90, 1, "\x01"), "not valid JSON at byte 91"},
       {"[1, 2]", "holds JSON, but no glTF"},
+      {"\n<?xml version\x1B", "no glTF file, since it begins with \"<?xml versio\""},
       {with(R"("extensionsRequired":["KHR_mesh_quantization","KHR_texture_basisu"],)"),
        "requires the extension KHR_texture_basisu"},
       {replaced(R"("2.0")", R"("2.1","minVersion":"2.1")"), "needs glTF 2.1"},
