@@ -40,7 +40,7 @@ int RunFilter(const OptionParser& given, FilterOptions options,
   Outcome outcome = CheckGivenOnce(given, "--output");
   const WorkTable* work = outcome.status == kDone ? LoadWork(&outcome) : nullptr;
   if (work) outcome = Prepare(*work, &input, &options, &outputs);
-  if (work) TellLostValue(given, words, &outcome);
+  if (work) given.TellLostValue(words, &outcome);
   const CommandOfEach command = RecipeCommandOfEach(given, words, options.recipe);
   if (outcome.status == kDone) return work->filter({options, outputs, command});
   PrintError(outcome.message);

@@ -21,7 +21,7 @@ int RunInfo(const OptionParser& given, InfoOptions options, const std::vector<st
   if (work) outcome = SendResultTo(options.run.jsonFile, *work);
   if (outcome.status == kDone) outcome = input.PlaceModel(options.modelFormat, &options.models);
   if (outcome.status == kDone) outcome = input.Read();
-  TellLostValue(given, words, &outcome);
+  given.TellLostValue(words, &outcome);
   if (outcome.status == kDone) outcome = work->info(options, &result);
   // A report is printed whatever it says; the message behind it is what a user sees last.
   const int printed = result.empty() ? kDone : PrintResult(result);

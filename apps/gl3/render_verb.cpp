@@ -146,7 +146,7 @@ int RunRender(const OptionParser& given, RenderOptions options, std::vector<std:
   }
   StandardInput input;
   outcome = Prepare(*work, &options, &input);
-  TellLostValue(given, words, &outcome);
+  given.TellLostValue(words, &outcome);
   if (outcome.status != kDone) return Fail(outcome);
   if (FindMovieKind(options.output)) return RunMovies(given, options, words, *work);
   if (options.IsEach()) return RunEach(given, options, words, *work);

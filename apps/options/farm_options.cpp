@@ -32,7 +32,7 @@ it makes the movie when -o is one, and writes report.json and contact.jpg into t
 job's folder.
 
 gl3 farm status ID, wait ID and cancel ID take the number that was printed, or the
-job's folder. wait ends with the status of the farm.
+job's folder, which standard error tells. wait ends with the status of the farm.
 
 Exit status: 1 when pictures are missing or broken, 6 when they are of several
 recipes or renderers; the report names them.

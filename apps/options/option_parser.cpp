@@ -89,6 +89,22 @@ WordOption OptionOf(const CLI::App& app, const std::string& word) {
   return found;
 }
 
+/// Of a command line, program and verb first, whose verb's options `app` has: an option with its
+/// value, as in "--scale-bar=mm", where a word that is no file follows an option that takes its
+/// value after an equals sign alone. Else empty.
+std::string LostValue(const CLI::App& app, const Words& words) {
+  for (std::size_t i = 2; i + 1 < words.size() && words[i] != "--"; ++i) {
+    const std::string &word = words[i], &next = words[i + 1];
+    const CLI::Option* const option = word.starts_with("--") ? OptionOf(app, word).option : nullptr;
+    const bool mayHaveValue =
+        option && option->get_type_size() > 0 && option->get_items_expected_max() == 0;
+    if (!mayHaveValue || word.find('=') != std::string::npos || next.starts_with('-')) continue;
+    std::error_code error;
+    if (!std::filesystem::exists(next, error)) return word + "=" + next;
+  }
+  return "";
+}
+
 }  // namespace
 
 const Option& Option::Require() const {
@@ -254,8 +270,13 @@ std::optional<int> OptionParser::ParseProgram(int argc, char** argv) const {
   } catch (const CLI::CallForHelp&) {
     return PrintResult(HelpText(*m_app));
   } catch (const CLI::ParseError& error) {
-    PrintError(UsageMessage(*m_app, error));
-    return kWrongUsage;
+    Outcome outcome = {kWrongUsage, UsageMessage(*m_app, error)};
+    for (CLI::App* const verb : m_app->get_subcommands()) {
+      OptionParser(m_app->get_subcommand_ptr(verb))
+          .TellLostValue(Words(argv, argv + argc), &outcome);
+    }
+    PrintError(outcome.message);
+    return outcome.status;
   }
 }
 
@@ -302,24 +323,10 @@ Words OptionParser::MapValues(const Words& words, const ValueMap& map) const {
   return mapped;
 }
 
-std::string OptionParser::LostValue(const Words& words) const {
-  for (std::size_t i = 2; i + 1 < words.size() && words[i] != "--"; ++i) {
-    const std::string &word = words[i], &next = words[i + 1];
-    const CLI::Option* const option =
-        word.starts_with("--") ? OptionOf(*m_app, word).option : nullptr;
-    const bool mayHaveValue =
-        option && option->get_type_size() > 0 && option->get_items_expected_max() == 0;
-    if (!mayHaveValue || word.find('=') != std::string::npos || next.starts_with('-')) continue;
-    std::error_code error;
-    if (!std::filesystem::exists(next, error)) return ShellQuote(word + "=" + next);
-  }
-  return "";
-}
-
-void TellLostValue(const OptionParser& parser, const Words& words, Outcome* outcome) {
-  const std::string value = parser.LostValue(words);
+void OptionParser::TellLostValue(const Words& words, Outcome* outcome) const {
+  const std::string value = LostValue(*m_app, words);
   if (value.empty()) return;
-  const std::string remedy = "write " + value + " if that is meant";
+  const std::string remedy = "write " + ShellQuote(value) + " if that is meant";
   if (outcome->status == kDone) {
     PrintWarning(value.substr(0, value.find('=')) + ": what follows counts as a file; " + remedy);
   } else {

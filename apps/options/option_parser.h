@@ -112,19 +112,15 @@ class OptionParser {
   /// A command line, whose first two words are program and verb, with all its values mapped.
   std::vector<std::string> MapValues(const std::vector<std::string>& words,
                                      const ValueMap& map) const;
-  /// Of such a command line: the option with its value, as in "--scale-bar=mm", where a word that
-  /// is no file follows an option which takes its value after an equals sign only. Else empty.
-  std::string LostValue(const std::vector<std::string>& words) const;
+  /// Tells of a word of such a command line that is no file and follows an option which takes its
+  /// value after an equals sign alone, so that it counts as a file's name: at the end of the
+  /// message of `*outcome`, or, where nothing failed yet, in a warning.
+  void TellLostValue(const std::vector<std::string>& words, Outcome* outcome) const;
 
  private:
   explicit OptionParser(std::shared_ptr<CLI::App> app) : m_app(std::move(app)) {}
 
   std::shared_ptr<CLI::App> m_app;
 };
-
-/// Tells of a LostValue, which counts as a file's name: at the end of the message of `*outcome`,
-/// or, where nothing failed yet, in a warning.
-void TellLostValue(const OptionParser& parser, const std::vector<std::string>& words,
-                   Outcome* outcome);
 
 }  // namespace gl3

@@ -28,6 +28,7 @@ TEST_F(Refusals, OfWrongCommandLines) {
   ExpectRefused("render ok.obj -o x.avi --turntable 2", 2, {"x.avi", ".png", ".mp4", ".gif"});
   ExpectRefused(m_render + "--scale-bar mm", 2, {"2 models", "--scale-bar=mm"});
   ExpectRefused("render -o ok.png --grid 0.5", 3, {"0.5: there is no such", "--grid=0.5"});
+  ExpectRefused("info --check --json out.json", 2, {"excludes", "--json=out.json"});
   EXPECT_TRUE(Holds(Done("render --help"), {"--scale-bar [=UNIT]"}));
   ExpectRefused("render ok.obj -o x##.bmp --turntable 2", 2, {"x01.bmp", ".png"});
   ExpectRefused(m_render + "-o other.png", 2, {"--output", "ok.png, other.png"});

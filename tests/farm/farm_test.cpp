@@ -290,6 +290,7 @@ TEST_F(Farm, RefusesWhatCannotBeShared) {
       {"farm --local -- " + Turn("out/t%d.png", 4) + " --chunk 1/2", 2, {"--chunk"}},
       {"farm --local -- " + Turn("no/t%d.png", 4), 5, {"no/t"}},
       {"farm --local -- render squares.obj -o -", 2, {"standard input and output"}},
+      {"farm --local -- " + Turn("out/t%d.png", 4) + " --grid 2", 2, {"2 models", "--grid=2"}},
       {"farm --local -- render none.obj -o out/a.png", 3, {"none.obj", "no such file"}},
       {"farm --measured 1,1 -- render squares.obj -o 'out/a\x01.png'", 2, {"control characters"}},
   };

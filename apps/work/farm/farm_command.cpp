@@ -86,7 +86,9 @@ std::unique_ptr<FarmCommand> FarmCommand::Read(const std::vector<std::string>& w
     command->m_ofEach = RecipeCommandOfEach(command->m_parser, command->m_words, kind);
   }
   if (outcome->status == kDone && !command->m_isFilter) *outcome = command->UseFrames(folder);
-  return outcome->status == kDone ? std::move(command) : nullptr;
+  if (outcome->status == kDone) return command;
+  command->m_parser.TellLostValue(command->m_words, outcome);
+  return nullptr;
 }
 
 Outcome FarmCommand::Parse() {
@@ -163,7 +165,9 @@ std::string FarmCommand::Folder() const {
 Outcome FarmCommand::Check() const {
   for (const std::string& input : m_isFilter ? m_filter.inputs : m_render.models) {
     Outcome outcome = CheckInput(input);
-    if (outcome.status != kDone) return outcome;
+    if (outcome.status == kDone) continue;
+    m_parser.TellLostValue(m_words, &outcome);
+    return outcome;
   }
   if (!IsMovie()) return NeedsCameras() ? Outcome() : CheckFoldersOf(Pictures({}));
   Outcome program = CheckMovieProgram(m_movie.output);

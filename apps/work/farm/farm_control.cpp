@@ -73,7 +73,8 @@ int TellStatus(const FarmFolder& folder, const FarmPlan& plan, bool json) {
                                     {"left", isKnown ? Json(states.size()) : Json()}}));
   }
   if (plan.options.local) {
-    const std::string lost = isLost ? std::string("; ") + kLost + "; " + plan.HowToGoOn() : "";
+    const std::string lost =
+        isLost ? std::string("; ") + kLost + "; " + folder.HowToGoOn(plan) : "";
     return PrintResult(plan.CountedPictures() + lost + "\n");
   }
   if (!isKnown) PrintWarning("squeue: the scheduler does not answer; try again");
@@ -89,7 +90,7 @@ int WaitForEnd(const FarmFolder& folder, const FarmPlan& plan, bool json) {
     if (report.is_object()) return TellReport(report, json);
     if (folder.IsCancelled()) {
       return EndWith({kRunFailed, fmt::format("{}: the farm was cancelled; {}; {}", folder.Path(),
-                                              plan.CountedPictures(), plan.HowToGoOn())});
+                                              plan.CountedPictures(), folder.HowToGoOn(plan))});
     }
     std::vector<std::string> states;
     if (naps % kNapsBetweenQuestions == kNapsBetweenQuestions - 1) {
@@ -101,7 +102,7 @@ int WaitForEnd(const FarmFolder& folder, const FarmPlan& plan, bool json) {
           {kRunFailed,
            fmt::format("{}: the scheduler has no task of it left, and there is no report; "
                        "{}/logs tells why, and {}",
-                       folder.Path(), folder.Path(), plan.HowToGoOn())});
+                       folder.Path(), folder.Path(), folder.HowToGoOn(plan))});
     }
     if (ShowsProgress() && naps % 4 == 0) ShowProgress(plan.CountedPictures());
     std::this_thread::sleep_for(kNap);
@@ -115,7 +116,7 @@ int CancelFarm(const FarmFolder& folder, const FarmPlan& plan) {
   if (ended.status != kDone) return EndWith(ended);
   if (noted.status != kDone) return EndWith(noted);
   return PrintResult(
-      fmt::format("{}, all of them whole; {}\n", plan.CountedPictures(), plan.HowToGoOn()));
+      fmt::format("{}, all of them whole; {}\n", plan.CountedPictures(), folder.HowToGoOn(plan)));
 }
 
 int ControlFolder(const std::string& action, const FarmFolder& folder, bool json) {
@@ -127,7 +128,7 @@ int ControlFolder(const std::string& action, const FarmFolder& folder, bool json
   if (action == "status") return TellStatus(folder, plan, json);
   if (plan.options.local && !folder.IsHeld()) {
     return EndWith({kRunFailed, fmt::format("{}: {}; {}; {}", folder.Path(), kLost,
-                                            plan.CountedPictures(), plan.HowToGoOn())});
+                                            plan.CountedPictures(), folder.HowToGoOn(plan))});
   }
   if (plan.options.local) {
     return EndWith({kWrongUsage, folder.Path() +

@@ -191,6 +191,16 @@ Outcome FarmFolder::EnterPlan(FarmPlan* plan) const {
                       plan->workFolder, std::strerror(errno))};
 }
 
+std::string FarmFolder::HowToGoOn(const FarmPlan& plan) const {
+  const std::string frames = File("frames/");
+  const bool isMovie =
+      std::any_of(plan.pictures.begin(), plan.pictures.end(), [&](const FarmPicture& picture) {
+        return !picture.outputs.empty() && picture.outputs.front().starts_with(frames);
+      });
+  return fmt::format("the same command {}{}", isMovie ? "makes the movie anew" : "goes on",
+                     plan.options.folder.empty() ? "" : ", with another --folder");
+}
+
 void FarmFolder::Hold() const {
   // Never closed: the lock goes with the process and those that it forked.
   const int plan = open(File(kPlanFile).c_str(), O_RDWR | O_CLOEXEC);

@@ -38,11 +38,6 @@ struct FarmPlan {
   std::size_t CountPictures() const;
   /// The same as text.
   std::string CountedPictures() const;
-  /// How what is missing comes about, for the end of a message.
-  const char* HowToGoOn() const {
-    return options.folder.empty() ? "the same command goes on"
-                                  : "the same command goes on, with another --folder";
-  }
 };
 
 /// The files of a farm's folder.
@@ -75,6 +70,8 @@ class FarmFolder {
   Outcome EnterPlan(FarmPlan* plan) const;
   Outcome WriteRound(int round, const std::vector<PictureChunk>& chunks) const;
   Outcome ReadRound(int round, std::vector<PictureChunk>* chunks) const;
+  /// How what is missing of this plan comes about, for the end of a message.
+  std::string HowToGoOn(const FarmPlan& plan) const;
   /// Tells others, until this process ends, that it draws the farm whose plan is there. Where files
   /// cannot be locked nobody is told.
   void Hold() const;

@@ -92,7 +92,7 @@ void DrawLocalRound(const FarmFolder& folder, const FarmPlan& plan, int round, s
       programs, plan.options.tasks, [&] { ShowLocalProgress(plan); },
       [&] {
         PrintStatus(fmt::format("ended: {}, all of them whole; {}", plan.CountedPictures(),
-                                plan.HowToGoOn()));
+                                folder.HowToGoOn(plan)));
       });
   ShowProgress("");
 }

@@ -21,6 +21,8 @@ using CommandWords = std::vector<std::string>;
 constexpr std::size_t kUsualArrayTasks = 1000;
 /// Reading and decoding a large picture.
 constexpr double kPictureSeconds = 0.25;
+/// A cluster that does not tell its limits by then is not there, which submitting says.
+constexpr double kAnswerSeconds = 20;
 
 Outcome Failed(const CommandWords& words, const ProgramEnd& end) {
   if (!end.isThere) {
@@ -111,7 +113,8 @@ bool IsForgotten(const ProgramEnd& end) {
 }  // namespace
 
 std::size_t MostArrayTasks() {
-  for (const std::string& line : TextLines(RunProgram({"scontrol", "show", "config"}).output)) {
+  for (const std::string& line :
+       TextLines(RunProgram({"scontrol", "show", "config"}, {}, kAnswerSeconds).output)) {
     const std::size_t equals = line.find('=');
     if (!line.starts_with("MaxArraySize") || equals == std::string::npos) continue;
     const long size = std::atol(line.c_str() + equals + 1);
