@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenuBar>
 
 #include "apps/gl3-view/entry_list.h"
 #include "tests/view/view_fixture.h"
@@ -141,6 +142,19 @@ TEST_F(ChoicesTest, KeysOfThePictureStayThoseOfControls) {
   QTest::keyClick(box, Qt::Key_Space);
   EXPECT_TRUE(box->isChecked());
   EXPECT_EQ(m_window->Panel().Arguments(), QStringList{"--backfaces"});
+}
+
+TEST_F(ChoicesTest, EachLetterWithAltMeansOneThing) {
+  QStringList keys;
+  const auto add = [&](const QString& text) {
+    const QString key = QKeySequence::mnemonic(text).toString();
+    if (!key.isEmpty()) keys << key;
+  };
+  for (const QAction* menu : m_window->menuBar()->actions()) add(menu->text());
+  for (const QLabel* label : m_window->Panel().findChildren<QLabel*>()) add(label->text());
+  for (const auto* button : m_window->Panel().findChildren<QPushButton*>()) add(button->text());
+  EXPECT_GT(keys.size(), 20);
+  EXPECT_EQ(keys.removeDuplicates(), 0);
 }
 
 TEST_F(ChoicesTest, KeysChooseAndResetTakesAllBack) {
