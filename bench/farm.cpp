@@ -1,5 +1,6 @@
-// `gl3 farm --local`: a sequence on two cores against one, and what the farm itself costs. Floors
-// are `gl3 render` on one core; pictures must have the same bytes.
+// `gl3 farm --local`: a sequence on two cores against one, beside what two renders of half of it
+// each make of two cores, and what the farm itself costs. Floors are `gl3 render` on one core;
+// pictures must have the same bytes.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -19,7 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr double kMostOfOneCore = 1 / 1.8, kMostOverhead = 1.1;
-constexpr int kMostRounds = 3;
+constexpr int kQuickRounds = 1, kMostRounds = 3;
 
 struct Case {
   int width, height, frames;
@@ -56,19 +57,14 @@ class SequenceCase {
   SequenceCase(const Case& each, const TemporaryFolder& folder, const std::string& model)
       : m_case(each), m_floor(folder.File("floor")), m_ours(folder.File("ours")), m_model(model) {}
 
-  /// `before` comes ahead of gl3 in ours: an option of the system's, or nothing.
-  void Measure(const std::string& work, const std::vector<std::string>& before,
-               const std::string& tasks, double mostRatio, const Options& options,
-               Report& report) const {
-    std::vector<std::string> ours = before;
-    const std::vector<std::string> farm = {Gl3(), "farm", "--local", "--tasks", tasks, "--"};
-    ours.insert(ours.end(), farm.begin(), farm.end());
-    Append(m_ours, &ours);
+  /// `ours` beside one render on one core. `mostRatio` is the target, 0 for none.
+  void Measure(const std::string& work, const std::vector<std::string>& ours, double mostRatio,
+               const Options& options, Report& report) const {
     std::vector<std::string> floor = OneCore();
     floor.push_back(Gl3());
     Append(m_floor, &floor);
     Options few = options;
-    if (few.rounds == 0) few.rounds = options.quick ? 1 : kMostRounds;
+    few.rounds = std::min(options.rounds, options.quick ? kQuickRounds : kMostRounds);
     const std::vector<Figure> medians =
         MedianInTurn({[&] { return options.oursOnly ? Figure() : RunInto(m_floor, floor); },
                       [&] { return RunInto(m_ours, ours); }},
@@ -84,10 +80,33 @@ class SequenceCase {
     if (!problem.empty()) report.Fail(work + ": " + problem);
   }
 
+  /// The farm, with `before` ahead of gl3: an option of the system's, or nothing.
+  std::vector<std::string> Farm(const std::vector<std::string>& before,
+                                const std::string& tasks) const {
+    std::vector<std::string> words = before;
+    const std::vector<std::string> farm = {Gl3(), "farm", "--local", "--tasks", tasks, "--"};
+    words.insert(words.end(), farm.begin(), farm.end());
+    Append(m_ours, &words);
+    return words;
+  }
+
+  /// What the machine itself makes of a second core: two renders of every other frame, a core each.
+  std::vector<std::string> Halves() const {
+    std::vector<std::string> words = {Gl3()};
+    Append(m_ours, &words);
+    std::string line;
+    for (int core = 0; core < 2; ++core) {
+      line += fmt::format("/usr/bin/taskset -c {} '{}' --frames {}-{}x2 & ", core,
+                          fmt::join(words, "' '"), core + 1, m_case.frames);
+    }
+    return {"/bin/sh", "-c", line + "wait"};
+  }
+
   static std::vector<std::string> OneCore() { return {"/usr/bin/taskset", "-c", "0"}; }
 
  private:
   static std::string Gl3() { return ProgramFolder() + "/gl3"; }
+
   void Append(const fs::path& folder, std::vector<std::string>* words) const {
     const std::vector<std::string> render = {
         "render",      m_model,
@@ -110,9 +129,11 @@ void Run(const Options& options, Report& report) {
   for (const Case& each : kCases) {
     if (options.quick && !each.alsoQuick) continue;
     const SequenceCase sequence(each, folder, model);
-    sequence.Measure("two cores against one", {}, "2", kMostOfOneCore, options, report);
-    sequence.Measure("the farm itself", SequenceCase::OneCore(), "1", kMostOverhead, options,
+    sequence.Measure("two renders at once", sequence.Halves(), 0, options, report);
+    sequence.Measure("two cores against one", sequence.Farm({}, "2"), kMostOfOneCore, options,
                      report);
+    sequence.Measure("the farm itself", sequence.Farm(SequenceCase::OneCore(), "1"), kMostOverhead,
+                     options, report);
   }
 }
 

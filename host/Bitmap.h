@@ -150,8 +150,8 @@ class HBitmapNode : public HTreeObject {
   /// The picture as packed 8-bit pixels, three bytes a pixel when it is opaque, else four.
   /// `wrap` tells how the texture repeats (0: repeat) and does not change the pixels. Bit 0 of
   /// `*flags` (may be null) is set when any alpha is below 255, else cleared; its other bits stay
-  /// as they are. `bgr` non-zero asks
-  /// for blue, green, red order. Null when there is no picture or no memory.
+  /// as they are. `bgr` non-zero asks for blue, green, red order. Null when there is no picture or
+  /// no memory.
   HByteBlock* CreateByteBlock(int wrap, int* flags, int bgr);
 
  protected:

@@ -237,9 +237,9 @@ class DisplayList : public GAssistObject {
   virtual void AddTransformedQuad(GAVertex* vertices, int mode, int textured) = 0;
   /// A lit triangle of the elements 0, 1 and 3 of four; element 2 is not read. As the viewer sees
   /// it, glass runs counter-clockwise with normals away from him, and what is opaque clockwise with
-  /// normals to him. Waits for the end of the scene when `checkTransparency`
-  /// (TransparencyCheck) is not 0 and texture or material are transparent, else goes to the batch
-  /// with texture coordinates; so does one that finds no room in the queue.
+  /// normals to him. Waits for the end of the scene when `checkTransparency` (TransparencyCheck) is
+  /// not 0 and texture or material are transparent, else goes to the batch with texture
+  /// coordinates; so does one that finds no room in the queue.
   virtual void AddTransformedTri(GAVertex* vertices, int checkTransparency) = 0;
   /// A quad as above, drawn at once with one of four diffuse colours a corner, opaque, the last of
   /// which stays in force; lit, unless lighting is off. Texture coordinates are used when
@@ -281,9 +281,9 @@ class DisplayList : public GAssistObject {
   /// SetTexture(nullptr) puts that right before it. GABuffer::TransparentBlit does the same.
   virtual void FlushTransparentPolys() = 0;
   /// Begins a frame, or a part of it: forgets the texture, without switching texturing off
-  /// (SetTexture(nullptr) does, and puts right what textured glass leaves, see below). All other
-  /// state is as the frame before left it: what PrepFor prepared, depth test,
-  /// blending, lighting, projection, material.
+  /// (SetTexture(nullptr) does, and puts right what textured glass leaves: FlushTransparentPolys).
+  /// All other state is as the frame before left it: what PrepFor prepared, depth test, blending,
+  /// lighting, projection, material.
   virtual void BeginInstructions() = 0;
   /// Ends a frame's instructions: closes the open block, flushes, and switches lighting off. The
   /// context must be current. What is transparent still waits for the buffer's EndScene.
@@ -296,7 +296,7 @@ class DisplayList : public GAssistObject {
   virtual void Execute() = 0;
   /// Loads the buffer's projection (GABuffer::Projection), 0 the screen's, else the scene's, unless
   /// this list loaded the same one last (the scene's at first): a projection computed or loaded by
-  /// the buffer since does not count. Batches are not flushed: ExecuteInstructions is, before.
+  /// the buffer since does not count. Batches are not flushed: ExecuteInstructions before it.
   virtual void SetProjection(int mode) = 0;
   /// Flushes and loads lights; null is one light from the eye's direction, white. Turns lighting
   /// on. Lights beyond what the GL has (eight at least) are left out. The list is also kept for

@@ -12,9 +12,9 @@ class HBitmapNode;
 
 /// A drawing surface with its own view and its own GL context. Frames of two buffers go one after
 /// the other, each to its end: what some of a list's operations draw goes to the context that is
-/// current, whosever it is. The order of the operations is the
-/// binary interface between host and module. Operations return 1 for success and 0 for failure
-/// unless said otherwise. Pixel coordinates have their origin at the top left but for GetZValue.
+/// current, whichever buffer's that is. The order of the operations is the binary interface between
+/// host and module. Operations return 1 for success and 0 for failure unless said otherwise. Pixel
+/// coordinates have their origin at the top left but for GetZValue.
 ///
 /// A frame: Reallocate and ComputeProjectionMatrices once a size, then Clear,
 /// SetProjection(kSceneProjection), fog, what display lists draw, EndScene, and FillBitmapNode or

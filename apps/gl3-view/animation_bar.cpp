@@ -56,7 +56,7 @@ void AnimationBar::MakeControls() {
   m_slider = new QSlider(Qt::Horizontal, this);
   m_slider->setObjectName("time");
   m_slider->setMinimumWidth(80);
-  m_slider->setFocusPolicy(Qt::TabFocus);  // as the others
+  m_slider->setFocusPolicy(Qt::TabFocus);  // a click leaves the keys to the picture
   addWidget(m_slider);
   connect(m_slider, &QSlider::valueChanged, this, [this](int frame) {
     if (m_setting) return;

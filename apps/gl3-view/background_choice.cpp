@@ -4,6 +4,7 @@
 #include <QComboBox>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QPushButton>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 #include <string>
@@ -43,10 +44,13 @@ BackgroundChoice::BackgroundChoice(std::function<void()> changed, QWidget* paren
   layout->addWidget(m_bottom);
   m_choose = new QPushButton(this);
   layout->addWidget(m_choose);
-  connect(m_choose, &QPushButton::clicked, this, [this] { AskForPicture(); });
+  connect(m_choose, &QPushButton::clicked, this, [this] {
+    AskForPicture();
+    m_changed();
+  });
   connect(m_kind, &QComboBox::currentIndexChanged, this, [this] {
     ShowFields();
-    if (m_kind->currentIndex() == kPicture && m_picture.isEmpty()) return AskForPicture();
+    if (m_kind->currentIndex() == kPicture && m_picture.isEmpty()) AskForPicture();
     m_changed();
   });
   SetPicture("");
@@ -64,9 +68,7 @@ void BackgroundChoice::ShowFields() {
 void BackgroundChoice::AskForPicture() {
   const QString file = QFileDialog::getOpenFileName(window(), Tr("A picture behind the model"),
                                                     QFileInfo(m_picture).path());
-  if (file.isEmpty()) return;
-  SetPicture(file);
-  m_changed();
+  if (!file.isEmpty()) SetPicture(file);
 }
 
 void BackgroundChoice::SetPicture(const QString& file) {

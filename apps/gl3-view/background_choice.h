@@ -19,6 +19,7 @@ class BackgroundChoice : public QWidget {
 
   /// The value of --background ("#204060", "#ffffff,#204060", a file), or none for the usual one.
   QStringList Values() const;
+  /// Takes such a value; others stand for the usual one.
   void SetValues(const QStringList& values);
 
  private:

@@ -17,7 +17,7 @@ bool CanBeDrawn(const QStringList& words, QString* problem) {
     *problem = QString::fromStdString(error);
     return false;
   }
-  if (options.drawing.overlays.empty()) return true;
+  if (options.drawing.overlays.empty() && options.background.picture.empty()) return true;
   hostkit::FrameSettings settings;
   const gl3::Outcome outcome = gl3::MakeFrameSettings(options, &settings);
   *problem = QString::fromStdString(outcome.message);

@@ -75,14 +75,15 @@ std::vector<EntryField> TextFields(const QString& entry) {
        text.size > 0 ? text.size : kUsualSize, kUsualSize, kLargestSize, Tr("ten pixels")}};
 }
 
-/// Whether that is how the entry is read.
+/// Whether the entry is read as one of that text.
 bool IsReadAs(const QString& entry, const QString& text) {
   gl3::TextOption read;
   std::string error;
   return gl3::ReadText(entry.toStdString(), &read, &error) && read.text == text.toStdString();
 }
 
-/// A colour needs a place, as the option has it, and so does a text that ends like one.
+/// A colour needs a place, as the option has it, and so does a text that ends like one or like a
+/// size.
 QString TextOf(const QString&, const std::vector<EntryField>& fields) {
   constexpr int kUsualPlace = 8;
   const auto place = [&](std::size_t index) {
@@ -93,7 +94,7 @@ QString TextOf(const QString&, const std::vector<EntryField>& fields) {
   const QString text = fields[0].value.toString();
   const bool isPlaced = fields[1].value.toInt() != kNowhere ||
                         fields[2].value.toInt() != kNowhere || !color.isEmpty() ||
-                        !IsReadAs(text, text);
+                        (!text.isEmpty() && !IsReadAs(text, text));
   QString entry = text;
   if (isPlaced) entry += QString(",%1,%2").arg(place(1)).arg(place(2));
   if (!color.isEmpty()) entry += ',' + color;
@@ -113,11 +114,10 @@ std::vector<EntryField> OverlayFields(const QString& entry) {
 }
 
 QString OverlayOf(const QString&, const std::vector<EntryField>& fields) {
-  return QString("%1,%2,%3,%4")
-      .arg(fields[0].value.toString())
-      .arg(fields[1].value.toInt())
-      .arg(fields[2].value.toInt())
-      .arg(Number(fields[3].value.toDouble()));
+  return fields[0].value.toString() + QString(",%1,%2,%3")
+                                          .arg(fields[1].value.toInt())
+                                          .arg(fields[2].value.toInt())
+                                          .arg(Number(fields[3].value.toDouble()));
 }
 
 }  // namespace

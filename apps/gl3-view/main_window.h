@@ -104,7 +104,7 @@ class MainWindow : public QMainWindow {
   ModelWatch m_watch;
   RendererDialogs m_dialogs;
   QStringList m_files, m_recent;
-  QStringList m_asked;        // those that were asked for last
+  QStringList m_asked;        // those that were asked for last, and not stopped
   QStringList m_watched;      // m_files, and what they consist of
   int m_driverWish = 0;       // what the driver was made for, beyond its settings
   bool m_wasChanged = false;  // the files, while others were loading

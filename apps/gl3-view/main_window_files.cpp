@@ -59,23 +59,25 @@ void MainWindow::Reload(bool unasked) {
   if (!m_wasChanged) Load(m_files, true, unasked);
 }
 
-/// The file before or behind the one that is shown, of those in its folder that look alike.
+/// The file before or behind the one that was asked for last, of those in its folder that look
+/// alike: what is still loading or could not be read is not in the way.
 void MainWindow::OpenNeighbour(int step) {
-  if (m_files.isEmpty()) return;
+  const bool isThere = QFileInfo(m_asked.value(0)).isReadable();
+  const QStringList& files = isThere ? m_asked : m_files;
+  if (files.isEmpty()) return;
   static const QStringList kKinds = {"*.glb", "*.gltf", "*.obj", "*.ply", "*.stl",
                                      "*.3mf", "*.fbx",  "*.dae", "*.3ds", "*.off"};
-  // While one is loading, the next press goes on from that.
-  const QFileInfo shown(IsLoading() ? m_asked.first() : m_files.first());
-  QStringList names = shown.absoluteDir().entryList(kKinds + QStringList{"*." + shown.suffix()},
-                                                    QDir::Files | QDir::Readable);
+  const QFileInfo last(files.first());
+  QStringList names = last.absoluteDir().entryList(kKinds + QStringList{"*." + last.suffix()},
+                                                   QDir::Files | QDir::Readable);
   QCollator order;
   order.setNumericMode(true);
   order.setCaseSensitivity(Qt::CaseInsensitive);
   std::sort(names.begin(), names.end(), order);
-  const qsizetype at = names.indexOf(shown.fileName());
+  const qsizetype at = names.indexOf(last.fileName());
   if (at < 0 || names.size() < 2) return;
   const qsizetype next = (at + step + names.size()) % names.size();
-  Open({shown.absoluteDir().filePath(names[next])});
+  Open({last.absoluteDir().filePath(names[next])});
 }
 
 void MainWindow::Load(const QStringList& files, bool stays, bool unasked) {
@@ -111,9 +113,8 @@ void MainWindow::Load(const QStringList& files, bool stays, bool unasked) {
 void MainWindow::Show(std::unique_ptr<hostkit::Scene> scene, const QStringList& files, bool stays) {
   std::string error;
   const VisibleParts parts = m_viewport->Parts();
-  m_parts->SetModel(scene.get());  // a section takes its pictures
+  SceneList::Rows rows = SceneList::RowsOf(*scene);  // before a section takes its pictures
   if (!m_viewport->SetScene(std::move(scene), stays, &error)) {
-    m_parts->SetModel(m_viewport->Scene());
     FillCameras();
     return Complain(error);
   }
@@ -127,6 +128,7 @@ void MainWindow::Show(std::unique_ptr<hostkit::Scene> scene, const QStringList& 
   FillCameras();
   setWindowTitle(NamesOf(files) + " – gl3-view");
   m_animation->SetModel(m_viewport->Scene(), m_viewport->Time(), stays);
+  m_parts->SetRows(std::move(rows));
   ShowFacts(*m_viewport->Scene());
   // Of the same model, as far as can be told.
   if (!stays || !parts.IsAnyHidden() || parts.Count() != m_viewport->Parts().Count()) return;

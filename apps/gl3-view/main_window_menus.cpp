@@ -68,6 +68,7 @@ void MainWindow::MakeFileMenu() {
   m_cancel = file->addAction(Tr("Stop &loading"), QKeySequence("Esc"), this, [this] {
     m_loader.Cancel();
     m_wasChanged = false;
+    m_asked = m_files;
     m_cancel->setEnabled(false);
     statusBar()->showMessage(Tr("Loading was stopped"), kMessageTime);
   });

@@ -47,7 +47,10 @@ void MainWindow::AskForPicture() {
   const QSize seen(choice.width, choice.height);
   // Empty: as large as the window.
   const QSize last = settings.value("picture size").toSize();
-  if (!last.isEmpty()) choice.width = last.width(), choice.height = last.height();
+  if (!last.isEmpty()) {
+    choice.width = last.width();
+    choice.height = last.height();
+  }
   choice.recipe = settings.value("recipe", choice.recipe).toString();
   const QString folder = settings.value("picture folder").toString();
   const QString name = QFileInfo(m_files.value(0)).completeBaseName() + ".png";

@@ -82,7 +82,7 @@ void OptionsPanel::AddSurfaces() {
   AddCombo(Tr("&Mode"), "--mode", kModes);
   AddFlag(Tr("Ed&ges"), "--edges");
   AddOptionalColor(Tr("Line &colour"), "--line-color", Qt::black);
-  AddCombo(Tr("Mate&rial"), "--material", kMaterials);
+  AddCombo(Tr("Mater&ial"), "--material", kMaterials);
   AddOptionalColor(Tr("O&ne colour"), "--color", QColor(0xc8, 0xb8, 0x98));
   AddCombo(Tr("&Lights"), "--lights", kLights);
   AddFlag(Tr("Bac&kfaces"), "--backfaces");
@@ -97,8 +97,8 @@ void OptionsPanel::AddHelpers() {
                                     {"-Y", "−Y"},
                                     {"+Z", "+Z"},
                                     {"-Z", "−Z"}};
-  AddCombo(Tr("&Up axis"), "--up-axis", kAxes);
-  AddSpin(Tr("Point &size"), "--point-size", 0, 64, 0)->setSpecialValueText(Tr("automatic"));
+  AddCombo(Tr("U&p axis"), "--up-axis", kAxes);
+  AddSpin(Tr("Point si&ze"), "--point-size", 0, 64, 0)->setSpecialValueText(Tr("automatic"));
   AddSwitch(Tr("Gri&d"), "--grid", "", Tr("spacing, world units"));
   AddSwitch(Tr("Verte&x markers"), "--control-points", "", Tr("automatic; half a side, pixels"));
   AddSwitch(Tr("Scale &bar"), "--scale-bar", "", Tr("unit, such as mm"));
@@ -112,13 +112,13 @@ void OptionsPanel::AddHelpers() {
 /// What is behind the model, and before it.
 void OptionsPanel::AddSurroundings() {
   auto* const behind = new BackgroundChoice([this] { Changed(); }, this);
-  AddField(Tr("&Background"), behind,
+  AddField(Tr("Backgro&und"), behind,
            {.option = "--background",
             .values = [behind] { return behind->Values(); },
             .set = [behind](const QStringList& values) { behind->SetValues(values); }});
   auto* const fog = new FogChoice([this] { Changed(); }, this);
   fog->SetSuggestion([this] { return m_suggestFog ? m_suggestFog() : std::pair(1.f, 10.f); });
-  AddField(Tr("Fo&g"), fog,
+  AddField(Tr("F&og"), fog,
            {.option = "--fog",
             .values = [fog] { return fog->Values(); },
             .set = [fog](const QStringList& values) { fog->SetValues(values); }});
@@ -135,7 +135,7 @@ void OptionsPanel::AddLists() {
     }
     list->AddButton()->setMenu(menu);
   });
-  AddList(Tr("&Overlays"), "--overlay", OverlayEntries(), [](EntryList* list) {
+  AddList(Tr("Overla&ys"), "--overlay", OverlayEntries(), [](EntryList* list) {
     connect(list->AddButton(), &QPushButton::clicked, list, [list] {
       const QString file = QFileDialog::getOpenFileName(list->window(), Tr("Overlay a picture"));
       if (!file.isEmpty()) list->Add(file, false);
@@ -151,7 +151,7 @@ void OptionsPanel::AddEnd() {
   m_problem = NewProblemLabel("problem", this);
   m_form->addRow(m_problem);
   m_form->setRowVisible(m_problem, false);
-  m_reset = new QPushButton(Tr("&Reset all"), this);
+  m_reset = new QPushButton(Tr("Re&set all"), this);
   m_reset->setObjectName("reset");
   m_reset->setEnabled(false);
   m_form->addRow(m_reset);

@@ -32,7 +32,7 @@ QString NamesOf(const QStringList& files) {
   QString first = QFileInfo(files.value(0)).fileName();
   if (files.size() < 2) return first;
   if (files.size() == 2) return first + " + " + QFileInfo(files[1]).fileName();
-  return Tr("%1 + %2 more").arg(first).arg(files.size() - 1);
+  return Tr("%1 + %2 more").arg(first, QString::number(files.size() - 1));
 }
 
 QString RecentText(const QString& entry) {

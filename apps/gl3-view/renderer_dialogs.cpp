@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <utility>
 
+#include "apps/gl3-view/texts.h"
 #include "hostkit/services/registry.h"
 
 namespace view {
@@ -48,7 +49,8 @@ bool RendererDialogs::ShowSettings(GADriver& driver, std::string* error) {
   hostkit::SettingsSheet sheet(driver);
   error->clear();
   if (sheet.Run() == hostkit::SettingsSheet::Result::kFailed) {
-    *error = "the renderer has no settings page; install OpenGL3.so and this program anew";
+    *error = Tr("the renderer has no settings page; install OpenGL3.so and this program anew")
+                 .toStdString();
     return false;
   }
   if (sheet.IsStored()) *error = hostkit::RegistryError();

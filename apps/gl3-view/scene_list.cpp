@@ -37,15 +37,16 @@ QString SizeText(const Imath::V3f& size) {
       .arg(static_cast<double>(size.z), 0, 'g', kSizeDigits);
 }
 
-QTreeWidgetItem* AddGroup(QTreeWidget* tree, const QString& name) {
-  auto* const group = new QTreeWidgetItem(tree);
+QTreeWidgetItem* AddGroup(const QString& name, SceneList::Rows* rows) {
+  rows->groups.push_back(std::make_unique<QTreeWidgetItem>());
+  QTreeWidgetItem* const group = rows->groups.back().get();
   group->setText(kName, name);
   group->setFlags(Qt::ItemIsEnabled);
   return group;
 }
 
-QTreeWidgetItem* AddGroup(QTreeWidget* tree, const QString& name, std::size_t count) {
-  return AddGroup(tree, QString("%1 (%2)").arg(name).arg(count));
+QTreeWidgetItem* AddGroup(const QString& name, std::size_t count, SceneList::Rows* rows) {
+  return AddGroup(QString("%1 (%2)").arg(name).arg(count), rows);
 }
 
 /// The bounds of each mesh in its own space.
@@ -55,6 +56,56 @@ std::vector<Imath::Box3f> BoundsOfMeshes(const hostkit::Scene& model) {
     for (const Imath::V3f& position : model.meshes[i].positions) bounds[i].extendBy(position);
   }
   return bounds;
+}
+
+void AddParts(const hostkit::Scene& model, SceneList::Rows* rows) {
+  QTreeWidgetItem* const group = AddGroup(Tr("Placed meshes"), model.instances.size(), rows);
+  const std::vector<Imath::Box3f> bounds = BoundsOfMeshes(model);
+  const std::size_t count = std::min(model.instances.size(), kMostParts);
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto mesh = static_cast<std::size_t>(model.instances[i].mesh);
+    const hostkit::SceneMesh& shape = model.meshes[mesh];
+    auto* const row = new QTreeWidgetItem(group);
+    row->setText(kName, Shown(shape.name, Tr("mesh %1").arg(mesh)));
+    row->setText(kTriangles,
+                 QLocale().toString(static_cast<qlonglong>(shape.triangles.size() / 3)));
+    row->setTextAlignment(kTriangles, Qt::AlignRight);
+    if (!bounds[mesh].isEmpty()) {
+      const Imath::Box3f placed = Imath::transform(bounds[mesh], model.instances[i].toWorld);
+      row->setText(kSize, SizeText(placed.size()));
+    }
+    row->setText(kMaterial,
+                 Shown(model.materials[static_cast<std::size_t>(shape.material)].name, ""));
+    row->setData(kName, kPartNumber, static_cast<int>(i));
+    row->setCheckState(kName, Qt::Checked);
+    rows->parts.push_back(row);
+  }
+}
+
+void AddLooks(const hostkit::Scene& model, SceneList::Rows* rows) {
+  QTreeWidgetItem* const materials = AddGroup(Tr("Materials"), model.materials.size(), rows);
+  for (const hostkit::SceneMaterial& material : model.materials) {
+    (new QTreeWidgetItem(materials))->setText(kName, Shown(material.name, Tr("without a name")));
+  }
+  QTreeWidgetItem* const pictures = AddGroup(Tr("Pictures"), model.images.size(), rows);
+  for (const hostkit::SceneImage& image : model.images) {
+    auto* const row = new QTreeWidgetItem(pictures);
+    row->setText(kName, Shown(image.name, Tr("without a name")));
+    if (!image.bitmap) continue;
+    row->setText(kSize,
+                 QString("%1 × %2").arg(image.bitmap->GetWidth()).arg(image.bitmap->GetHeight()));
+  }
+}
+
+/// As `gl3 info` tells them.
+void AddFacts(const hostkit::Scene& model, SceneList::Rows* rows) {
+  QTreeWidgetItem* const group = AddGroup(Tr("Facts"), rows);
+  for (const auto& [label, value] : gl3::LinesOf(gl3::DescribeModel("", model))) {
+    for (const QString& line : QString::fromStdString(value).split('\n')) {
+      auto* const row = new QTreeWidgetItem(group);
+      row->setText(kName, QString::fromStdString(label) + ": " + line);
+    }
+  }
 }
 
 }  // namespace
@@ -83,69 +134,27 @@ SceneList::SceneList(Listener listener, QWidget* parent)
   });
 }
 
-void SceneList::SetModel(const hostkit::Scene* model) {
+SceneList::Rows SceneList::RowsOf(const hostkit::Scene& model) {
+  Rows rows;
+  rows.partCount = model.instances.size();
+  AddParts(model, &rows);
+  AddLooks(model, &rows);
+  AddFacts(model, &rows);
+  return rows;
+}
+
+void SceneList::SetRows(Rows rows) {
   const QScopedValueRollback<bool> setting(m_setting, true);
   m_tree->clear();
-  m_parts.clear();
-  m_hidden.clear();
-  if (!model) return;
-  m_hidden.resize(model->instances.size());
-  AddParts(*model);
-  AddLooks(*model);
+  m_parts = std::move(rows.parts);
+  m_hidden.assign(rows.partCount, false);
+  for (std::unique_ptr<QTreeWidgetItem>& group : rows.groups) {
+    m_tree->addTopLevelItem(group.release());
+  }
   m_tree->topLevelItem(0)->setExpanded(true);
   m_tree->resizeColumnToContents(kName);
-  AddFacts(*model);
-}
-
-void SceneList::AddParts(const hostkit::Scene& model) {
-  QTreeWidgetItem* const group = AddGroup(m_tree, Tr("Placed meshes"), model.instances.size());
-  const std::vector<Imath::Box3f> bounds = BoundsOfMeshes(model);
-  const std::size_t count = std::min(model.instances.size(), kMostParts);
-  for (std::size_t i = 0; i < count; ++i) {
-    const auto mesh = static_cast<std::size_t>(model.instances[i].mesh);
-    const hostkit::SceneMesh& shape = model.meshes[mesh];
-    auto* const row = new QTreeWidgetItem(group);
-    row->setText(kName, Shown(shape.name, Tr("mesh %1").arg(mesh)));
-    row->setText(kTriangles,
-                 QLocale().toString(static_cast<qlonglong>(shape.triangles.size() / 3)));
-    row->setTextAlignment(kTriangles, Qt::AlignRight);
-    if (!bounds[mesh].isEmpty()) {
-      const Imath::Box3f placed = Imath::transform(bounds[mesh], model.instances[i].toWorld);
-      row->setText(kSize, SizeText(placed.size()));
-    }
-    row->setText(kMaterial,
-                 Shown(model.materials[static_cast<std::size_t>(shape.material)].name, ""));
-    row->setData(kName, kPartNumber, static_cast<int>(i));
-    row->setCheckState(kName, Qt::Checked);
-    m_parts.push_back(row);
-  }
-}
-
-void SceneList::AddLooks(const hostkit::Scene& model) {
-  QTreeWidgetItem* const materials = AddGroup(m_tree, Tr("Materials"), model.materials.size());
-  for (const hostkit::SceneMaterial& material : model.materials) {
-    (new QTreeWidgetItem(materials))->setText(kName, Shown(material.name, Tr("without a name")));
-  }
-  QTreeWidgetItem* const pictures = AddGroup(m_tree, Tr("Pictures"), model.images.size());
-  for (const hostkit::SceneImage& image : model.images) {
-    auto* const row = new QTreeWidgetItem(pictures);
-    row->setText(kName, Shown(image.name, Tr("without a name")));
-    if (!image.bitmap) continue;
-    row->setText(kSize,
-                 QString("%1 × %2").arg(image.bitmap->GetWidth()).arg(image.bitmap->GetHeight()));
-  }
-}
-
-/// As `gl3 info` tells them, over all columns.
-void SceneList::AddFacts(const hostkit::Scene& model) {
-  QTreeWidgetItem* const group = AddGroup(m_tree, Tr("Facts"));
-  for (const auto& [label, value] : gl3::LinesOf(gl3::DescribeModel("", model))) {
-    for (const QString& line : QString::fromStdString(value).split('\n')) {
-      auto* const row = new QTreeWidgetItem(group);
-      row->setText(kName, QString::fromStdString(label) + ": " + line);
-      row->setFirstColumnSpanned(true);
-    }
-  }
+  QTreeWidgetItem* const facts = m_tree->topLevelItem(m_tree->topLevelItemCount() - 1);
+  for (int i = 0; i < facts->childCount(); ++i) facts->child(i)->setFirstColumnSpanned(true);
 }
 
 void SceneList::ShowPart(int part) {

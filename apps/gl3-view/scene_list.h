@@ -2,14 +2,16 @@
 #pragma once
 
 #include <QDockWidget>
+#include <QTreeWidgetItem>
+#include <cstddef>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "apps/gl3-view/visible_parts.h"
 #include "hostkit/scene/scene.h"
 
 class QTreeWidget;
-class QTreeWidgetItem;
 
 namespace view {
 
@@ -22,10 +24,19 @@ class SceneList : public QDockWidget {
     std::function<void(int part)> mark;                  ///< -1: none.
   };
 
+  /// What it lists of a model.
+  struct Rows {
+    std::vector<std::unique_ptr<QTreeWidgetItem>> groups;  ///< The last one has the facts.
+    std::vector<QTreeWidgetItem*> parts;                   ///< By part, as many as have a row.
+    std::size_t partCount = 0;
+  };
+
   SceneList(Listener listener, QWidget* parent);
 
-  /// Shows a model as it was read, of which nothing is hidden; null for none.
-  void SetModel(const hostkit::Scene* model);
+  /// The rows of a model that is as it was read.
+  static Rows RowsOf(const hostkit::Scene& model);
+  /// Lists a model of which nothing is hidden, in place of the one before.
+  void SetRows(Rows rows);
   /// Makes a part the current one without telling of it; -1: none.
   void ShowPart(int part);
   /// Shows which parts are hidden, without telling of it.
@@ -35,9 +46,6 @@ class SceneList : public QDockWidget {
   void ShowAll();
 
  private:
-  void AddParts(const hostkit::Scene& model);
-  void AddLooks(const hostkit::Scene& model);
-  void AddFacts(const hostkit::Scene& model);
   void SetHidden(std::vector<bool> hidden);
   void TellHidden();
 

@@ -7,8 +7,8 @@
 
 namespace view {
 
-/// A text in the user's language where there is a catalogue for it, else as it is. All that these
-/// functions are given stands in share/locale/gl3-view.pot, which `./dev texts` makes.
+/// A text in the user's language where there is a catalogue for it, else as it is. Texts that stand
+/// in calls of these functions are gathered in share/locale/gl3-view.pot, by `./dev texts`.
 QString Tr(const char* text);
 /// The same of a text with a number at %1, for one and for several.
 QString TrCount(const char* one, const char* several, std::size_t count);

@@ -76,8 +76,8 @@ bool Viewport::SetDriver(GADriver* driver, std::string* error) {
   return !m_model == !m_scene;
 }
 
-/// Uploads what is drawn of a model that is posed as its animation begins, or at rest. `reach`: its
-/// bounds while it moves.
+/// Uploads what is drawn of a model. One that moves is posed as its animation begins, or where it
+/// is cut anew for each moment, at that moment. `reach`: its bounds while it moves.
 bool Viewport::MakeView(const std::shared_ptr<hostkit::Scene>& model, const Imath::Box3f& reach,
                         ShownSubject* subject, std::string* error) {
   if (!EnsureSurface(error)) return false;
@@ -97,6 +97,8 @@ void Viewport::DropScene() {
   if (m_surface) m_surface->Info()->scene = nullptr;
   m_detail.Forget();
   m_scene.reset();
+  m_poser.reset();
+  m_subject = ShownSubject();
   m_model.reset();
   Changed();
 }

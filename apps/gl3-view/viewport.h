@@ -59,13 +59,14 @@ class Viewport : public QWidget {
   bool SetDriver(GADriver* driver, std::string* error);
   void SetListener(Listener listener) { m_listener = std::move(listener); }
   /// Shows another model: all of it and at rest, or with `stays` from where the present one is seen
-  /// and at its time. On failure the present one stays, with one line in `*error`.
+  /// and at its time. On failure the present one stays, or without memory there is none any more,
+  /// with one line in `*error`.
   bool SetScene(std::shared_ptr<hostkit::Scene> scene, bool stays, std::string* error);
   /// The model, as long as it can be drawn: null without a driver that works.
   const hostkit::Scene* Scene() const { return m_scene ? m_model.get() : nullptr; }
 
   /// How to draw, and what of the model; the camera in it is not used. On failure one line in
-  /// `*error`: of an overlay that cannot be read, and then nothing changes, or of memory, and then
+  /// `*error`: of a picture that cannot be read, and then nothing changes, or of memory, and then
   /// there is no model any more.
   bool SetOptions(const gl3::RenderOptions& options, std::string* error);
   /// The options with the camera and the size of what is seen.
@@ -75,7 +76,8 @@ class Viewport : public QWidget {
   const ShownTime& Time() const { return m_time; }
 
   /// Leaves parts of the model out, by their numbers in the file's order; what is missing at the
-  /// end is shown. On failure, also when nothing would be left, one line in `*error`.
+  /// end is shown. On failure one line in `*error`: when nothing would be left, and then nothing
+  /// changes, or of memory, and then there is no model any more.
   bool Hide(std::vector<bool> hidden, std::string* error);
   const VisibleParts& Parts() const { return m_parts; }
   /// As VisibleParts has it. Needs a model.

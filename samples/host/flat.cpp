@@ -38,8 +38,12 @@ void DrawPlan(DisplayList& list) {
   list.AddSolidRectangle(10, 20, 150, 110, kPaper, paper);  // pixels 10 to 149, 20 to 109
 
   VornPoly roof;
-  roof.p0 = {20, 100, kInk}, roof.p1 = {80, 100, kInk}, roof.p2 = {50, 40, kInk};
-  roof.c0 = Ink(200, 40, 30), roof.c1 = Ink(40, 140, 60), roof.c2 = Ink(40, 60, 200);
+  roof.p0 = {20, 100, kInk};
+  roof.p1 = {80, 100, kInk};
+  roof.p2 = {50, 40, kInk};
+  roof.c0 = Ink(200, 40, 30);
+  roof.c1 = Ink(40, 140, 60);
+  roof.c2 = Ink(40, 60, 200);
   list.AddTransformedPolygon(roof, DisplayList::kDrawAsOpaque);
 
   const GAColor pen = Ink(30, 30, 30);

@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenuBar>
 
 #include "apps/gl3-view/entry_list.h"
 #include "tests/view/view_fixture.h"
@@ -84,8 +85,11 @@ TEST_F(ChoicesTest, WhatModesRefuseIsToldInThePanelsWordsAndComesBack) {
       << Problem("--overlay").toStdString();
   QTest::keyClick(m_window.get(), Qt::Key_S);
   EXPECT_EQ(m_window->Panel().Arguments(), QStringList{overlay});
+  m_window->SetChoices({"--background=" + Path("overlay.png"), overlay});
+  EXPECT_EQ(m_window->Panel().Arguments().size(), 2);
   ASSERT_TRUE(QFile::remove(Path("overlay.png")));
   QTest::keyClick(m_window.get(), Qt::Key_W);
+  EXPECT_TRUE(Problem("--background").contains("overlay.png"));
   EXPECT_EQ(m_window->Panel().Arguments(), QStringList{"--mode=wireframe"});
   EXPECT_TRUE(Problem("--overlay").contains("overlay.png"));
 }
@@ -123,9 +127,12 @@ TEST_F(ChoicesTest, EntriesHaveFieldsForTheirParameters) {
   written->setText("b,1,2");  // is no place
   Q_EMIT written->editingFinished();
   EXPECT_EQ(text->Entries(), QStringList{"b,1,2,8,8"});
-  List("--overlay")->Add("a,b.png", false);
+  written->clear();
+  Q_EMIT written->editingFinished();
+  EXPECT_EQ(text->Entries(), QStringList());
+  List("--overlay")->Add("a,%1b.png", false);
   List("--overlay")->findChild<QDoubleSpinBox*>("Opacity")->setValue(0.5);
-  EXPECT_EQ(List("--overlay")->Entries(), QStringList{"a,b.png,0,0,0.5"});
+  EXPECT_EQ(List("--overlay")->Entries(), QStringList{"a,%1b.png,0,0,0.5"});
   EXPECT_NE(Problem("--overlay"), "");  // it is not there
 }
 
@@ -135,6 +142,19 @@ TEST_F(ChoicesTest, KeysOfThePictureStayThoseOfControls) {
   QTest::keyClick(box, Qt::Key_Space);
   EXPECT_TRUE(box->isChecked());
   EXPECT_EQ(m_window->Panel().Arguments(), QStringList{"--backfaces"});
+}
+
+TEST_F(ChoicesTest, EachLetterWithAltMeansOneThing) {
+  QStringList keys;
+  const auto add = [&](const QString& text) {
+    const QString key = QKeySequence::mnemonic(text).toString();
+    if (!key.isEmpty()) keys << key;
+  };
+  for (const QAction* menu : m_window->menuBar()->actions()) add(menu->text());
+  for (const QLabel* label : m_window->Panel().findChildren<QLabel*>()) add(label->text());
+  for (const auto* button : m_window->Panel().findChildren<QPushButton*>()) add(button->text());
+  EXPECT_GT(keys.size(), 20);
+  EXPECT_EQ(keys.removeDuplicates(), 0);
 }
 
 TEST_F(ChoicesTest, KeysChooseAndResetTakesAllBack) {

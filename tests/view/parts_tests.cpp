@@ -51,6 +51,22 @@ TEST_F(PartsTest, WhatIsHiddenIsAsIfItWereNotThere) {
   EXPECT_EQ(DifferentPixels(both, alone) > 0, true);
 }
 
+TEST_F(PartsTest, StayHiddenWhereAnotherModelCannotBeShown) {
+  Write("two.obj", "o near\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\no far\nv 5 0 0\nf 4 2 3\n");
+  Open(Path("two.obj"));
+  Part(0)->setCheckState(0, Qt::Unchecked);
+  View().SetDriver(nullptr, nullptr);
+  Open(Path("cube.obj"));
+  while (DismissBox() != "") continue;
+  m_window->SetChoices({"--mode=wireframe-gl"});  // takes a driver of its own
+  ASSERT_NE(View().Scene(), nullptr);
+  EXPECT_EQ(View().Scene()->TriangleCount(), 1u);
+  ASSERT_EQ(Tree()->topLevelItem(0)->childCount(), 2);
+  EXPECT_EQ(Part(0)->checkState(0), Qt::Unchecked);
+  m_window->Parts().ShowAll();
+  EXPECT_EQ(View().Scene()->TriangleCount(), 2u);
+}
+
 TEST_F(PartsTest, FactsAreThoseOfInfo) {
   Open(Path("room.glb"));
   QProcess info;

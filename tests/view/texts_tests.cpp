@@ -1,7 +1,6 @@
 // The window's texts in other languages, and the table of them.
 #include <QComboBox>
 #include <QDir>
-#include <QLabel>
 #include <QMenuBar>
 #include <clocale>
 #include <cstdlib>
@@ -45,11 +44,7 @@ TEST_F(ViewTest, TextsAreThoseOfTheCatalogueAndElseAsTheyAre) {
   auto* const mode = m_window->Panel().findChild<QComboBox*>("--mode");
   EXPECT_EQ(mode->itemText(0).toStdString(), "Schattüert");
   EXPECT_EQ(mode->itemData(0).toString(), "shaded");
-  bool isCounted = false;
-  for (const QLabel* label : m_window->findChildren<QLabel*>()) {
-    isCounted = isCounted || label->text() == "12 Dreiks, 1 mesh, placed once";
-  }
-  EXPECT_TRUE(isCounted);
+  EXPECT_TRUE(Tells("12 Dreiks, 1 mesh, placed once"));
   unsetenv("LANGUAGE");
   std::setlocale(LC_MESSAGES, locale.c_str());
   view::UseCatalogues("/no/such/folder");

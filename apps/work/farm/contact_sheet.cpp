@@ -69,11 +69,20 @@ void Sheet::FillField(std::size_t field, const SheetColor& color) {
   }
 }
 
+/// The first byte of each row; asking a bitmap for one by its buffer's name takes a while.
+std::vector<const unsigned char*> RowsOf(const hostkit::ByteImage& image) {
+  std::vector<const unsigned char*> rows(static_cast<std::size_t>(image.Height()));
+  for (int y = 0; y < image.Height(); ++y) {
+    rows[static_cast<std::size_t>(y)] = hostkit::ByteRow(*image.bitmap, y);
+  }
+  return rows;
+}
+
 /// The mean of the pixels from (x0, y0) up to (x1, y1), on gray where they are transparent.
-SheetColor Mean(const hostkit::ByteImage& image, int x0, int y0, int x1, int y1) {
+SheetColor Mean(const std::vector<const unsigned char*>& rows, int x0, int y0, int x1, int y1) {
   double sums[3] = {};
   for (int y = y0; y < y1; ++y) {
-    const unsigned char* pixel = hostkit::ByteRow(*image.bitmap, y) + 4 * std::ptrdiff_t{x0};
+    const unsigned char* pixel = rows[static_cast<std::size_t>(y)] + 4 * std::ptrdiff_t{x0};
     for (int x = x0; x < x1; ++x, pixel += 4) {
       const double alpha = pixel[3] / 255.0;
       for (int c = 0; c < 3; ++c) sums[c] += pixel[c] / 255.0 * alpha + kGray * (1 - alpha);
@@ -84,6 +93,7 @@ SheetColor Mean(const hostkit::ByteImage& image, int x0, int y0, int x1, int y1)
 }
 
 void Sheet::DrawField(std::size_t field, const hostkit::ByteImage& image) {
+  const std::vector<const unsigned char*> rows = RowsOf(image);
   const int width = image.Width(), height = image.Height();
   const double scale = std::min(
       {kFieldWidth / static_cast<double>(width), kFieldHeight / static_cast<double>(height), 1.0});
@@ -98,7 +108,7 @@ void Sheet::DrawField(std::size_t field, const hostkit::ByteImage& image) {
     const int y0 = at(y, height, shownHeight), y1 = at(y + 1, height, shownHeight);
     for (int x = 0; x < shownWidth; ++x) {
       const int x0 = at(x, width, shownWidth), x1 = at(x + 1, width, shownWidth);
-      Set(left + x, top + y, Mean(image, x0, y0, std::max(x1, x0 + 1), std::max(y1, y0 + 1)));
+      Set(left + x, top + y, Mean(rows, x0, y0, std::max(x1, x0 + 1), std::max(y1, y0 + 1)));
     }
   }
 }

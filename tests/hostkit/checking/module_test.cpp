@@ -197,7 +197,11 @@ struct PanelAndGlass {
     list.SetTexture(texture.get());
     list.SetMaterial(&panel, 0);
     Add(2, -3, clockwise);
-    if (behind) Add(2, -5, !clockwise), Add(2, 1, !clockwise), Add(4, 2, !clockwise);
+    if (behind) {
+      Add(2, -5, !clockwise);
+      Add(2, 1, !clockwise);
+      Add(4, 2, !clockwise);
+    }
     list.SetMaterial(&glass, 0);
     Add(5, -2, false);
     list.EndInstructions();
