@@ -31,7 +31,7 @@ constexpr const char* kSettings = "settings.ini";
 constexpr const char* kSettingsText = "[OpenGL3]\nAnisotropic = 0\n";
 
 /// That a process takes to start, draw and compare, measured on two processors without a GPU.
-constexpr double kPictureSeconds = 0.5;
+constexpr double kPictureSeconds = 0.7;
 
 /// gl3's last line without its name; what a failure is told by.
 std::string LastLine(const std::string& errors) {
