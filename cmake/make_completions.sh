@@ -29,6 +29,7 @@ table() {
       rest = substr($0, index($0, $1) + length($1))
       if (match(rest, /^ [^ ]+/)) {
         value = substr(rest, 2, RLENGTH - 1)
+        if (value ~ /^\[/) value = "-"  # the next word is none: it goes behind =
         rest = substr(rest, RLENGTH + 1)
       }
       # Other long names that it has.
