@@ -3,11 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <memory>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -15,50 +11,17 @@
 #include "apps/base/x_server.h"
 #include "bench/support/child_process.h"
 #include "bench/support/harness.h"
+#include "bench/support/peer_program.h"
 #include "bench/support/png_file.h"
 
 namespace bench {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr double kMostApart = 8;  // of 255: filters and lights are each program's own
 
-/// A program that is looked for in PATH.
-struct Peer {
-  const char* name;
-  const char* version;  ///< What makes it tell its version,
-  const char* sign;     ///< the line of that which holds this.
-};
 constexpr Peer kPeers[] = {{"f3d", "--version", "Version:"},
                            {"convert", "-version", "Version: ImageMagick"},
                            {"oiiotool", "--version", "."}};
-
-/// Where a program is, empty when it is not.
-std::string FindProgram(const std::string& name) {
-  std::istringstream folders(std::getenv("PATH") ? std::getenv("PATH") : "");
-  for (std::string folder; std::getline(folders, folder, ':');) {
-    std::error_code code;
-    const fs::path path = fs::path(folder) / name;
-    if (folder.rfind('/', 0) == 0 && fs::is_regular_file(path, code)) return path.string();
-  }
-  return "";
-}
-
-/// The line by which the program says its version; empty when it is not there, or is another one.
-std::string VersionOf(const Peer& peer) {
-  const std::string path = FindProgram(peer.name);
-  if (path.empty()) return "";
-  const std::string command = fmt::format("'{}' {} 2>/dev/null", path, peer.version);
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> output(popen(command.c_str(), "r"), pclose);
-  char line[512];
-  std::string found;
-  while (output && std::fgets(line, sizeof line, output.get())) {
-    const std::string text(line, std::string(line).find('\n'));
-    if (found.empty() && text.find(peer.sign) != std::string::npos) found = text;
-  }
-  return found;
-}
 
 /// A command of a task; `program` is gl3's or a peer's name, or empty for the floor.
 struct Way {

@@ -9,7 +9,9 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
@@ -54,6 +56,33 @@ ProcessCost RunProcess(const std::vector<std::string>& command) {
   }
   return {{wall.count(), Milliseconds(usage.ru_utime) + Milliseconds(usage.ru_stime)},
           static_cast<double>(usage.ru_maxrss) / 1024};
+}
+
+RunningProgram::RunningProgram(const std::vector<std::string>& command)
+    : m_process(Start(command)) {
+  if (m_process < 0) throw std::runtime_error(command[0] + " cannot be started; build it");
+}
+
+bool RunningProgram::HasEnded() const {
+  siginfo_t info{};
+  return waitid(P_PID, static_cast<id_t>(m_process), &info, WEXITED | WNOHANG | WNOWAIT) != 0 ||
+         info.si_pid != 0;
+}
+
+double RunningProgram::CpuMilliseconds() const {
+  clockid_t clock{};
+  timespec time{};
+  if (clock_getcpuclockid(m_process, &clock) != 0 || clock_gettime(clock, &time) != 0) return 0;
+  return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) * 1e-6;
+}
+
+double RunningProgram::End() {
+  if (m_process <= 0) return 0;
+  rusage usage{};
+  kill(m_process, SIGTERM);
+  wait4(m_process, nullptr, 0, &usage);
+  m_process = 0;
+  return Milliseconds(usage.ru_utime) + Milliseconds(usage.ru_stime);
 }
 
 TemporaryFolder::TemporaryFolder() {

@@ -1,6 +1,8 @@
 // Child processes with what they cost.
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 #include <vector>
 
@@ -18,6 +20,27 @@ struct ProcessCost {
 /// started or ends with another status than 0. The peak counts this process's own memory at the
 /// start too, so that must be small.
 ProcessCost RunProcess(const std::vector<std::string>& command);
+
+/// A program without output that runs until it is told to end, at the latest with this object.
+class RunningProgram {
+ public:
+  /// Throws std::runtime_error when it cannot be started.
+  explicit RunningProgram(const std::vector<std::string>& command);
+  ~RunningProgram() { End(); }
+  RunningProgram(const RunningProgram&) = delete;
+  RunningProgram& operator=(const RunningProgram&) = delete;
+
+  /// Whether it ended by itself.
+  bool HasEnded() const;
+  /// Processor milliseconds so far, without those of its children.
+  double CpuMilliseconds() const;
+  /// Asks it to end and waits until it has. Processor milliseconds in all, also of the children
+  /// that it waited for; 0 when it had been ended before.
+  double End();
+
+ private:
+  pid_t m_process;
+};
 
 /// A new folder that goes with this object, and all that is in it.
 class TemporaryFolder {

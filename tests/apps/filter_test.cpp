@@ -17,12 +17,12 @@ namespace {
 
 using Rgba = std::vector<unsigned char>;
 
-constexpr int kWidth = 13, kHeight = 7;
+constexpr int kRowWidth = 13, kRowHeight = 7;
 
 /// A picture in which no pixel is like another; alpha from nearly transparent to opaque.
 Rgba Colors(bool hasAlpha) {
   Rgba rgba;
-  for (int i = 0; i < kWidth * kHeight; ++i) {
+  for (int i = 0; i < kRowWidth * kRowHeight; ++i) {
     const auto at = [&](int factor) { return static_cast<unsigned char>(i * factor % 256); };
     rgba.insert(rgba.end(), {at(2), at(37), at(91), hasAlpha ? at(2) : at(0)});
     if (!hasAlpha || i % 3 == 0) rgba.back() = 255;
@@ -38,8 +38,8 @@ std::string Tga(const char* bgr) {
 class Filters : public Gl3Test {
  protected:
   Filters() {
-    WritePng(Path("a.png"), {kWidth, kHeight, Colors(false)});
-    WritePng(Path("cut.png"), {kWidth, kHeight, Colors(true)});
+    WritePng(Path("a.png"), {kRowWidth, kRowHeight, Colors(false)});
+    WritePng(Path("cut.png"), {kRowWidth, kRowHeight, Colors(true)});
   }
 
   Rgba ReadPng(const std::string& name) const { return ::ReadPng(Path(name)).rgba; }
@@ -143,9 +143,9 @@ TEST_F(Filters, WriteLinearLightOrWhatIsShown) {
   for (const std::string code : {"", " --exr-encoding linear", " --exr-encoding display"}) {
     Filter("a.png -o b.exr" + code);
     Imf::RgbaInputFile file(Path("b.exr").c_str());
-    std::vector<Imf::Rgba> pixels(kWidth * kHeight);
-    file.setFrameBuffer(pixels.data(), 1, kWidth);
-    file.readPixels(0, kHeight - 1);
+    std::vector<Imf::Rgba> pixels(kRowWidth * kRowHeight);
+    file.setFrameBuffer(pixels.data(), 1, kRowWidth);
+    file.readPixels(0, kRowHeight - 1);
     for (std::size_t i = 0; i < pixels.size(); ++i) {
       const double shown = Colors(false)[4 * i + 1] / 255.0;
       // IEC 61966-2-1.

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int kWidth = 200, kHeight = 100;
+constexpr int kSheetWidth = 200, kSheetHeight = 100;
 
 /// Squares of side 1 that face +z, at x = -2, 0 and 2: "Wheel.L" and "Wheel.R", which hang on
 /// "Car", and "Road"; the first two are red, the third is blue.
@@ -97,7 +97,7 @@ TEST_F(Looks, GiveSurfacesOtherColors) {
 TEST_F(Looks, StandBeforeBackgrounds) {
   const Pixels gradient = Render("--background '#ff8000,0,0,1' --material unlit");
   for (const int y : {0, 37, 99}) {
-    const double share = (y + 0.5) / kHeight;
+    const double share = (y + 0.5) / kSheetHeight;
     const Color seen = At(gradient, 60, y);
     EXPECT_NEAR(seen[0], 255 * (1 - share), 1) << y;
     EXPECT_NEAR(seen[1], 128 * (1 - share), 1) << y;
@@ -126,12 +126,12 @@ TEST_F(Looks, CarryTextOfAnySize) {
   for (const int size : {20, 40, 80}) {
     const Pixels picture = Render(fmt::format(
         "--color black --material unlit --background black --text H,30,10,white,{}px", size));
-    int top = kHeight, bottom = 0, left = kWidth;
-    for (int i = 0; i < kWidth * kHeight; ++i) {
-      if (At(picture, i % kWidth, i / kWidth)[0] < 128) continue;
-      top = std::min(top, i / kWidth);
-      bottom = std::max(bottom, i / kWidth + 1);
-      left = std::min(left, i % kWidth);
+    int top = kSheetHeight, bottom = 0, left = kSheetWidth;
+    for (int i = 0; i < kSheetWidth * kSheetHeight; ++i) {
+      if (At(picture, i % kSheetWidth, i / kSheetWidth)[0] < 128) continue;
+      top = std::min(top, i / kSheetWidth);
+      bottom = std::max(bottom, i / kSheetWidth + 1);
+      left = std::min(left, i % kSheetWidth);
     }
     EXPECT_NEAR(top, 10, 1) << size;
     EXPECT_NEAR(left, 30, size / 5) << size;

@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int kWidth = 96, kHeight = 64;
+constexpr int kModeWidth = 96, kModeHeight = 64;
 
 using Channels = std::map<std::string, std::vector<float>>;
 
@@ -30,12 +30,12 @@ Channels ReadExr(const fs::path& path) {
   const Imf::ChannelList& list = file.header().channels();
   for (auto it = list.begin(); it != list.end(); ++it) {
     std::vector<float>& values = channels[it.name()];
-    values.resize(kWidth * kHeight);
+    values.resize(kModeWidth * kModeHeight);
     frame.insert(it.name(), Imf::Slice(Imf::FLOAT, reinterpret_cast<char*>(values.data()),
-                                       sizeof(float), sizeof(float) * kWidth));
+                                       sizeof(float), sizeof(float) * kModeWidth));
   }
   file.setFrameBuffer(frame);
-  file.readPixels(0, kHeight - 1);
+  file.readPixels(0, kModeHeight - 1);
   return channels;
 }
 
@@ -76,8 +76,8 @@ TEST_F(Modes, AddWhatIsAskedForAndRepeatIt) {
       "render squares.obj -qo logo.png -s 20x12 --background red --eye 0,0,50 "
       "--target 0,0,99");  // nothing but red
   const Channels laid = Render("--overlay logo.png,7,40,0.25");
-  for (int i = 0; i < kWidth * kHeight; ++i) {
-    const int x = i % kWidth, y = i / kWidth;
+  for (int i = 0; i < kModeWidth * kModeHeight; ++i) {
+    const int x = i % kModeWidth, y = i / kModeWidth;
     const bool isLogo = x >= 7 && x < 27 && y >= 40 && y < 52;
     const float red = plain.at("R")[i], green = plain.at("G")[i];
     EXPECT_NEAR(laid.at("R")[i], isLogo ? 0.75f * red + 0.25f : red, 0.005) << x << ", " << y;
@@ -143,7 +143,7 @@ TEST_F(Modes, WritePasses) {
   EXPECT_EQ(straight.at("Z"), depth.at("Z"));
   // The corner of the picture sees nothing, the far square lies left of the near one.
   std::set<float> objects[2];
-  for (int i = 0; i < kWidth * kHeight; ++i) {
+  for (int i = 0; i < kModeWidth * kModeHeight; ++i) {
     const float z = straight.at("Z")[i], object = straight.at("objectid")[i];
     const bool isSeen = z != 1e30f;
     EXPECT_EQ(straight.at("materialid")[i], isSeen) << i;
@@ -157,7 +157,7 @@ TEST_F(Modes, WritePasses) {
   for (const auto& [eye, x] : {std::pair("5,0,5", -side), {"5,0,-5", side}}) {
     const Channels turned = Render(std::string("--target 0,0,0 --passes normal --eye ") + eye);
     int seen = 0;
-    for (int i = 0; i < kWidth * kHeight; ++i) {
+    for (int i = 0; i < kModeWidth * kModeHeight; ++i) {
       if (turned.at("N.Z")[i] == 0) continue;
       ++seen;
       EXPECT_NEAR(turned.at("N.X")[i], x, 1e-4) << i;
@@ -182,8 +182,8 @@ TEST_F(Modes, PassesTellObjectsMaterialsAndSmoothNormals) {
   Done(
       "render two.obj -o out.exr -s 96x64 --passes normal,object,material --parallel --view front");
   const Channels seen = ReadExr(Path("out.exr"));
-  const auto at = [&](const char* channel, int x) { return seen.at(channel)[32 * kWidth + x]; };
-  int first = 0, end = kWidth;
+  const auto at = [&](const char* channel, int x) { return seen.at(channel)[32 * kModeWidth + x]; };
+  int first = 0, end = kModeWidth;
   while (at("objectid", first) == 0) ++first;
   while (at("objectid", end - 1) == 0) --end;
   const float middle = (first + end) / 2.0f;

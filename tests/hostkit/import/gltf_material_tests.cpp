@@ -14,7 +14,6 @@ using hostkit::Scene;
 using hostkit::SceneMaterial;
 using Imath::V2f;
 
-constexpr float kNear = 1e-4f;
 constexpr float kHalfLight = 0.7353570f;  // 0.5 of linear light on a screen
 
 /// A triangle with texture coordinates in two sets, the second three times the first.

@@ -21,8 +21,6 @@ using hostkit::SceneMesh;
 using Imath::V2f;
 using Imath::V3f;
 
-constexpr float kNear = 1e-5f;
-
 using Corners = std::vector<std::uint32_t>;
 
 TEST_F(Gltf, PrimitivesOfEveryModeAndIndexType) {

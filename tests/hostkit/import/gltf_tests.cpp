@@ -18,8 +18,6 @@ using hostkit::Scene;
 using Imath::M44f;
 using Imath::V3f;
 
-constexpr float kNear = 1e-5f;
-
 /// A triangle that a node places.
 const char* const kTriangle = R"("meshes":[{"primitives":[{"attributes":{"POSITION":0}}]}],)";
 

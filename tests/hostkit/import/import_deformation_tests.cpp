@@ -17,10 +17,6 @@ using hostkit::Scene;
 using Imath::V3f;
 using Deformations = Import;
 
-void ExpectNear(const V3f& value, const V3f& expected) {
-  EXPECT_TRUE(value.equalWithAbsError(expected, 1e-4f)) << value << " is not " << expected;
-}
-
 /// A strip of two triangles from x = 0 to 2 (after its bind shape, which doubles it), whose far end
 /// hangs on an elbow at x = 1; the last vertex hangs on both joints. The elbow turns about z,
 /// by 90 degrees at rest and by none after two seconds. The strip's own node is far away, and the

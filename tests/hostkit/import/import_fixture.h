@@ -14,6 +14,7 @@
 #include "samples/shapes.h"
 #include "samples/small_models.h"
 #include "samples/textures.h"
+#include "tests/hostkit/scene/near.h"
 #include "tests/support/common/temp_folder.h"
 
 /// 2 x 2 pixels: red and green above blue and white, the white one half transparent.

@@ -18,8 +18,6 @@ using hostkit::Scene;
 using Imath::V2f;
 using Imath::V3f;
 
-constexpr float kNear = 1e-4f;
-
 const unsigned char* Pixel(const hostkit::BitmapPtr& bitmap, int x, int y) {
   auto* buffer = static_cast<HRGBABuffer*>(bitmap->FindBuffer("Color"));
   return static_cast<unsigned char*>(buffer->GetData(y)) + 4 * x;

@@ -22,8 +22,6 @@ using hostkit::Scene;
 using Imath::M44f;
 using Imath::V3f;
 
-constexpr float kNear = 1e-4f;
-
 M44f Placed(const V3f& at, const V3f& scale = V3f(1.0f), float turn = 0) {
   M44f matrix;
   matrix.translate(at);

@@ -19,8 +19,6 @@ using hostkit::SceneMesh;
 using Imath::V2f;
 using Imath::V3f;
 
-constexpr float kNear = 1e-4f;
-
 /// Two squares that meet at a right angle along the y axis, given as corners of faces.
 const std::string kBend = "v 0 0 0\nv 0 1 0\nv 2 0 0\nv 2 1 0\nv 0 0 2\nv 0 1 2\n";
 const std::string kBendFaces = "f 1 3 4 2\nf 1 2 6 5\n";

@@ -28,7 +28,8 @@ std::string Ascii(const std::string& elements, const std::string& rows) {
 }
 
 /// A square in the plane z = 0, from (0, 0) to (1, 2).
-std::string Square(const std::string& before, const std::string& after, const std::string& rows) {
+std::string PlySquare(const std::string& before, const std::string& after,
+                      const std::string& rows) {
   return Ascii(before + "element vertex 4\n" + kXyz + after, "0 0 0\n1 0 0\n1 2 0\n0 2 0\n" + rows);
 }
 
@@ -87,8 +88,8 @@ TEST_F(Ply, ValuesOfEveryTypeAndOrderAreRead) {
 
 TEST_F(Ply, TextIsReadWithEveryEndOfLine) {
   for (const std::string end : {"\n", "\r\n", "\r"}) {
-    std::string text = Square("comment made by hand\nwithout a keyword\n",
-                              "element face 1\n" + kFaces, "4   0 1\t2 3 and more\n");
+    std::string text = PlySquare("comment made by hand\nwithout a keyword\n",
+                                 "element face 1\n" + kFaces, "4   0 1\t2 3 and more\n");
     for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += end.size()) {
       text.replace(at, 1, end);
     }
@@ -98,12 +99,12 @@ TEST_F(Ply, TextIsReadWithEveryEndOfLine) {
 
 TEST_F(Ply, FacesHaveTextureCoordinatesAndColorsOfTheirOwn) {
   Write("four colours.png", FourColorsPng());
-  const Scene scene = ReadPly(
-      Square("comment TextureFile   four colours.png  \n",
-             "element face 2\n" + kFaces +
-                 "property list uchar float texcoord\nproperty uchar red\nproperty uchar green\n"
-                 "property uchar blue\n",
-             "3 0 1 2  6 0 0 0.5 0 0.5 0.75  200 0 10\n3 0 2 3  6 1 1 0.5 0.25 1 0.5  0 100 20\n"));
+  const Scene scene = ReadPly(PlySquare(
+      "comment TextureFile   four colours.png  \n",
+      "element face 2\n" + kFaces +
+          "property list uchar float texcoord\nproperty uchar red\nproperty uchar green\n"
+          "property uchar blue\n",
+      "3 0 1 2  6 0 0 0.5 0 0.5 0.75  200 0 10\n3 0 2 3  6 1 1 0.5 0.25 1 0.5  0 100 20\n"));
   EXPECT_TRUE(scene.warnings.empty());
   ASSERT_EQ(scene.images.size(), 1u);
   EXPECT_EQ(FirstMaterial(scene).image, 0);
@@ -123,9 +124,9 @@ TEST_F(Ply, PicturesAndMaterialsAreThoseThatFacesName) {
   Write("b.png", FourColorsPng().append("x"));
   const std::string uvs = "property list uchar float texcoord\n";
   const Scene pictures =
-      ReadPly(Square("comment TextureFile a.png\ncomment TextureFile b.png\n",
-                     "element face 2\n" + kFaces + uvs + "property int texnumber\n",
-                     "3 0 1 2  6 0 0 1 0 1 1  1\n3 0 2 3  6 0 0 1 1 0 1  0\n"));
+      ReadPly(PlySquare("comment TextureFile a.png\ncomment TextureFile b.png\n",
+                        "element face 2\n" + kFaces + uvs + "property int texnumber\n",
+                        "3 0 1 2  6 0 0 1 0 1 1  1\n3 0 2 3  6 0 0 1 1 0 1  0\n"));
   ASSERT_EQ(pictures.meshes.size(), 2u);
   for (const SceneMesh& mesh : pictures.meshes) {
     const bool isFirst = mesh.positions.at(1) == V3f(1, 0, 0);
@@ -133,26 +134,26 @@ TEST_F(Ply, PicturesAndMaterialsAreThoseThatFacesName) {
     EXPECT_EQ(pictures.images.at(image).name, isFirst ? "b.png" : "a.png");
   }
   const Scene materials = ReadPly(
-      Square("",
-             "element material 1\nproperty uchar diffuse_red\nproperty uchar diffuse_green\n"
-             "property uchar diffuse_blue\nproperty float opacity\nelement face 1\n" +
-                 kFaces + "property int material_index\n",
-             "51 102 153 0.25\n4 0 1 2 3 0\n"));
+      PlySquare("",
+                "element material 1\nproperty uchar diffuse_red\nproperty uchar diffuse_green\n"
+                "property uchar diffuse_blue\nproperty float opacity\nelement face 1\n" +
+                    kFaces + "property int material_index\n",
+                "51 102 153 0.25\n4 0 1 2 3 0\n"));
   const AttrProperty& surface = FirstMaterial(materials).surface;
   EXPECT_NEAR(surface.base.green.Current(), 0.4f, 1e-4f);
   EXPECT_NEAR(surface.transparency.Current(), 0.75f, 1e-4f);
 }
 
 TEST_F(Ply, StripsEdgesAndPointsAreDrawn) {
-  const Scene strip = ReadPly(Square(
+  const Scene strip = ReadPly(PlySquare(
       "", "element tristrips 1\nproperty list int int vertex_indices\n", "8 0 1 3 2 -1 3 0 1\n"));
   // Every second triangle of a strip is turned, which keeps all of them facing one way.
   EXPECT_EQ(strip.meshes.at(0).triangles, (std::vector<std::uint32_t>{0, 1, 3, 3, 1, 2, 3, 0, 1}));
   const Scene edges = ReadPly(
-      Square("",
-             "element edge 2\nproperty int vertex1\nproperty int vertex2\nproperty uchar red\n"
-             "property uchar green\nproperty uchar blue\n",
-             "0 2 255 0 0\n2 1 0 0 255\n"));
+      PlySquare("",
+                "element edge 2\nproperty int vertex1\nproperty int vertex2\nproperty uchar red\n"
+                "property uchar green\nproperty uchar blue\n",
+                "0 2 255 0 0\n2 1 0 0 255\n"));
   const SceneMesh& wires = edges.meshes.at(0);
   ASSERT_EQ(wires.lines.size(), 4u);
   EXPECT_EQ(wires.positions.at(wires.lines[1]), V3f(1, 2, 0));
@@ -160,8 +161,8 @@ TEST_F(Ply, StripsEdgesAndPointsAreDrawn) {
   EXPECT_EQ(Channels(wires.colors.at(wires.lines[1])), (std::vector<int>{255, 0, 0, 255}));
   EXPECT_EQ(Channels(wires.colors.at(wires.lines[2])), (std::vector<int>{0, 0, 255, 255}));
   // Some writers promise lists of faces in the rows of vertices, and bring none.
-  EXPECT_EQ(ReadPly(Square("", kFaces, "")).meshes.at(0).points.size(), 4u);
-  EXPECT_EQ(ReadPly(Square("", "element face 0\n" + kFaces, "")).meshes.at(0).points.size(), 4u);
+  EXPECT_EQ(ReadPly(PlySquare("", kFaces, "")).meshes.at(0).points.size(), 4u);
+  EXPECT_EQ(ReadPly(PlySquare("", "element face 0\n" + kFaces, "")).meshes.at(0).points.size(), 4u);
 }
 
 TEST_F(Ply, PlacesFarFromTheOriginKeepTheirDigits) {
@@ -186,17 +187,17 @@ TEST_F(Ply, BrokenFilesAreToldOrRefused) {
   } kRefused[] = {
       {"ply\nformat ascii 1.0\n", "no line \"end_header\" up to its end at byte 21"},
       {"solid\n", "does not begin with the line \"ply\""},
-      {Square("element vertex -4\n", face, ""), "line 3 of its header, \"element vertex -4\""},
-      {Square("property long x\n", face, ""), "line 3 of its header"},
+      {PlySquare("element vertex -4\n", face, ""), "line 3 of its header, \"element vertex -4\""},
+      {PlySquare("property long x\n", face, ""), "line 3 of its header"},
       {Ascii("element vertex 9\n" + kXyz + face, "0 0 0\n"), "promises 9 rows of vertex, more"},
       {Ascii("element vertex 2\n" + kXyz + face, "0 0 0\n0 x 0\n3 0 1 1\n"),
        "vertex 2 of the 2 that its header promises is broken at byte"},
-      {Square("", big, ""), "face 1 of the 4000000000"},
+      {PlySquare("", big, ""), "face 1 of the 4000000000"},
   };
   for (const auto& [bytes, reason] : kRefused) {
     EXPECT_TRUE(Holds(Refusal(Write("m.ply", bytes)), {reason}));
   }
-  const Scene cut = ReadPly(Square("", big, "4 0 1 2 3\n3 0 1 99\n2 2 -1\n3 1"));
+  const Scene cut = ReadPly(PlySquare("", big, "4 0 1 2 3\n3 0 1 99\n2 2 -1\n3 1"));
   EXPECT_EQ(cut.TriangleCount(), 2u);
   ASSERT_EQ(cut.warnings.size(), 2u);
   EXPECT_TRUE(Holds(cut.warnings[0], {"face 4 of the 4000000000", "is cut off where it ends"}));

@@ -15,7 +15,7 @@ using hostkit::Scene;
 using hostkit::SceneMesh;
 using Imath::V3f;
 
-std::string Model(const std::string& resources, const std::string& build) {
+std::string Package(const std::string& resources, const std::string& build) {
   return "<?xml version=\"1.0\"?><model unit=\"inch\" xmlns:m=\"x\" xmlns:p=\"y\"><resources>" +
          resources + "</resources><build>" + build + "</build></model>";
 }
@@ -42,12 +42,12 @@ class ThreeMf : public Import {
 
 TEST_F(ThreeMf, ObjectsArePlacedWithTheirComponents) {
   const Scene scene = ReadModel(
-      Model(Mesh("id=\"1\" name=\"plate\"", "") + Mesh("id=\"2\"", "") +
-                R"(<object id="3"><components><component objectid="1"/><component objectid="2"
+      Package(Mesh("id=\"1\" name=\"plate\"", "") + Mesh("id=\"2\"", "") +
+                  R"(<object id="3"><components><component objectid="1"/><component objectid="2"
 transform="0 1 0 -1 0 0 0 0 1 10 0 0"/></components></object>)",
-            R"(<item objectid="3" transform="1 0 0 0 1 0 0 0 1 0 0 5"/><item objectid="1"/>
+              R"(<item objectid="3" transform="1 0 0 0 1 0 0 0 1 0 0 5"/><item objectid="1"/>
 <item objectid="7" p:path="/3D/other.model" transform="2 0 0 0 2 0 0 0 2 0 0 0"/>)"),
-      Model(Mesh("id=\"7\"", ""), ""));
+      Package(Mesh("id=\"7\"", ""), ""));
   EXPECT_TRUE(scene.warnings.empty());
   EXPECT_EQ(scene.upAxis, hostkit::UpAxis::kPlusZ);
   ASSERT_EQ(scene.meshes.size(), 3u);
@@ -68,9 +68,9 @@ TEST_F(ThreeMf, ColorsAreThoseOfObjectsTrianglesAndCorners) {
 </basematerials><m:colorgroup id="6"><m:color color="#FF0000"/><m:color color="#00FF00FF"/>
 </m:colorgroup>)";
   const Scene scene = ReadModel(
-      Model(groups + Mesh(R"(id="1" pid="5" pindex="1")", R"(pid="6" p1="0" p2="1" p3="0")") +
-                Mesh("id=\"2\"", R"(pid="5" p1="0")"),
-            R"(<item objectid="1"/><item objectid="2"/>)"));
+      Package(groups + Mesh(R"(id="1" pid="5" pindex="1")", R"(pid="6" p1="0" p2="1" p3="0")") +
+                  Mesh("id=\"2\"", R"(pid="5" p1="0")"),
+              R"(<item objectid="1"/><item objectid="2"/>)"));
   EXPECT_EQ(ColorOf(scene.meshes.at(0), 2), (std::vector<int>{0xab, 0xcd, 0xef, 255}));
   EXPECT_EQ(ColorOf(scene.meshes[0], 3), (std::vector<int>{255, 0, 0, 255}));
   EXPECT_EQ(ColorOf(scene.meshes[0], 4), (std::vector<int>{0, 255, 0, 255}));
@@ -86,9 +86,10 @@ TEST_F(ThreeMf, PicturesLieOnTheCornersThatNameThem) {
 <m:texture2d id="7" path="/3D/gone.png"/><m:texture2dgroup id="8" texid="9"><m:tex2coord u="0" v="0"/>
 <m:tex2coord u="3" v="0.25"/><m:tex2coord u="0" v="1.5"/></m:texture2dgroup>
 <m:texture2dgroup id="6" texid="7"><m:tex2coord u="0" v="0"/></m:texture2dgroup>)";
-  const std::string model = Model(resources + Mesh("id=\"1\"", R"(pid="8" p1="0" p2="1" p3="2")") +
-                                      Mesh("id=\"2\"", R"(pid="6" p1="0")"),
-                                  R"(<item objectid="1"/><item objectid="2"/>)");
+  const std::string model =
+      Package(resources + Mesh("id=\"1\"", R"(pid="8" p1="0" p2="1" p3="2")") +
+                  Mesh("id=\"2\"", R"(pid="6" p1="0")"),
+              R"(<item objectid="1"/><item objectid="2"/>)");
   const Scene scene =
       Read(Write("m.3mf", Zip({{"3D/3dmodel.model", model}, {"3D/a.png", FourColorsPng()}})));
   ASSERT_EQ(scene.meshes.size(), 4u);
@@ -115,9 +116,9 @@ TEST_F(ThreeMf, MixturesAndLayersAreOneLook) {
 <m:multiproperties id="4" pids="1 3" blendmethods="multiply"><m:multi pindices="0"/></m:multiproperties>
 <m:multiproperties id="5" pids="1 3"><m:multi pindices="1 1"/></m:multiproperties>)";
   const Scene scene =
-      ReadModel(Model(groups + Mesh(R"(id="10" pid="2" pindex="0")", R"(pid="4" p1="0")") +
-                          Mesh(R"(id="11" pid="5" pindex="0")", R"(pid="3" p1="2")"),
-                      R"(<item objectid="10"/><item objectid="11"/>)"));
+      ReadModel(Package(groups + Mesh(R"(id="10" pid="2" pindex="0")", R"(pid="4" p1="0")") +
+                            Mesh(R"(id="11" pid="5" pindex="0")", R"(pid="3" p1="2")"),
+                        R"(<item objectid="10"/><item objectid="11"/>)"));
   EXPECT_EQ(ColorOf(scene.meshes.at(0), 0), (std::vector<int>{64, 0, 191, 255}));
   EXPECT_EQ(ColorOf(scene.meshes[0], 3), (std::vector<int>{128, 0, 0, 255}));
   // Green that covers a half and a little, over blue.
@@ -130,9 +131,9 @@ TEST_F(ThreeMf, WhatLeadsNowhereIsTold) {
   std::string broken = Mesh("id=\"2\"", "");
   broken.replace(broken.find("v3=\"3\""), 6, "v3=\"4\"");
   const Scene scene = ReadModel(
-      Model(Mesh("id=\"1\"", "") + broken +
-                R"(<object id="4"><components><component objectid="4"/></components></object>)",
-            R"(<item objectid="1"/><item objectid="2"/><item objectid="9"/><item objectid="4"/>
+      Package(Mesh("id=\"1\"", "") + broken +
+                  R"(<object id="4"><components><component objectid="4"/></components></object>)",
+              R"(<item objectid="1"/><item objectid="2"/><item objectid="9"/><item objectid="4"/>
 <item objectid="1" transform="1 0 0 0 1 0 0 0 1 nan 0 0"/><item objectid="1" transform="2 0"/>)"));
   EXPECT_EQ(scene.TriangleCount(), 3u);
   ASSERT_EQ(scene.warnings.size(), 3u);
@@ -146,9 +147,9 @@ TEST_F(ThreeMf, WhatLeadsNowhereIsTold) {
 TEST_F(ThreeMf, ManyComponentsOfManyComponentsAreNotPlacedForEver) {
   std::string components;
   for (int i = 0; i < 60000; ++i) components += "<component objectid=\"2\"/>";
-  const Scene scene = ReadModel(Model(Mesh("id=\"1\"", "") + "<object id=\"2\"><components>" +
-                                          components + "</components></object>",
-                                      R"(<item objectid="1"/><item objectid="2"/>)"));
+  const Scene scene = ReadModel(Package(Mesh("id=\"1\"", "") + "<object id=\"2\"><components>" +
+                                            components + "</components></object>",
+                                        R"(<item objectid="1"/><item objectid="2"/>)"));
   EXPECT_EQ(scene.instances.size(), 1u);
   ASSERT_EQ(scene.warnings.size(), 1u);
   EXPECT_TRUE(Holds(scene.warnings[0], {"objects that are too many"}));

@@ -19,7 +19,7 @@ namespace {
 
 using Rgba = std::vector<int>;
 
-constexpr unsigned kWidth = 21, kHeight = 3;
+constexpr unsigned kStripWidth = 21, kStripHeight = 3;
 
 const unsigned char* Bytes(const std::string& text) {
   return reinterpret_cast<const unsigned char*>(text.data());
@@ -94,8 +94,8 @@ TEST_F(PictureKinds, TiffIsReadInEveryLayout) {
       for (const unsigned tile : {0u, 16u}) {
         for (const bool isSeparate : {false, true}) {
           const bool hasAlpha = samples % 2 == 0;
-          TiffFile file = {.width = kWidth,
-                           .height = kHeight,
+          TiffFile file = {.width = kStripWidth,
+                           .height = kStripHeight,
                            .bits = bits,
                            .samples = samples,
                            .photometric = samples < 3 ? 1u : 2u,
@@ -106,9 +106,9 @@ TEST_F(PictureKinds, TiffIsReadInEveryLayout) {
                            .isSeparate = isSeparate};
           AddBlocks(&file);
           const Rgba seen = Load(TiffBytes(file));
-          ASSERT_EQ(seen.size(), 4 * kWidth * kHeight) << m_error;
+          ASSERT_EQ(seen.size(), 4 * kStripWidth * kStripHeight) << m_error;
           for (unsigned i = 0; i < seen.size(); ++i) {
-            const unsigned x = i / 4 % kWidth, y = i / 4 / kWidth, c = i % 4;
+            const unsigned x = i / 4 % kStripWidth, y = i / 4 / kStripWidth, c = i % 4;
             int wanted = Value(x, y, c == 3 ? samples - 1 : samples < 3 ? 0 : c);
             if (c == 3 && !hasAlpha) wanted = 255;
             if (c == 3 && format == 3 && hasAlpha) {  // alpha is no light
@@ -145,7 +145,8 @@ TEST_F(PictureKinds, TiffKindsOfAlphaPalettesAndInk) {
 }
 
 TEST_F(PictureKinds, BrokenTiffIsRefused) {
-  TiffFile file = {.width = kWidth, .height = kHeight, .samples = 3, .photometric = 2, .rows = 2};
+  TiffFile file = {
+      .width = kStripWidth, .height = kStripHeight, .samples = 3, .photometric = 2, .rows = 2};
   AddBlocks(&file);
   const std::string whole = TiffBytes(file);
   ASSERT_FALSE(Load(whole).empty()) << m_error;

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,10 +21,7 @@ using Imath::V4f;
 
 using Animation = Import;
 
-constexpr float kPi = std::numbers::pi_v<float>;
-constexpr float kNear = 1e-4f;
-
-M44f At(const V3f& place) {
+M44f Moved(const V3f& place) {
   return M44f().setTranslation(place);
 }
 
@@ -35,16 +31,17 @@ V4f AroundY(float angle) {
 
 /// base (lies still, moved up) > arm (turns) > spacer (lies still) > hand (moves and grows) > box,
 /// camera and light; a second box hangs on nothing that moves.
-samples::Document Arm() {
+samples::Document ArmDocument() {
   samples::Document document;
   document.materials.resize(1);
   document.meshes.push_back({"box", samples::Box({1, 1, 1}, 1), 0});
   document.cameras.resize(1);
   document.lights.push_back({"lamp", "point", {1, 1, 1}, 10, 0, 0.7f});
-  document.nodes = {{"base", At({0, 10, 0}), -1, -1, -1, -1}, {"arm", M44f(), -1, -1, -1, 0},
-                    {"spacer", At({2, 0, 0}), -1, -1, -1, 1}, {"hand", At({0, 0, 1}), 0, -1, -1, 2},
-                    {"eye", At({0, 0, 3}), -1, 0, -1, 3},     {"lamp", At({0, 1, 0}), -1, -1, 0, 3},
-                    {"rock", At({-5, 0, 0}), 0, -1, -1, 0}};
+  document.nodes = {
+      {"base", Moved({0, 10, 0}), -1, -1, -1, -1}, {"arm", M44f(), -1, -1, -1, 0},
+      {"spacer", Moved({2, 0, 0}), -1, -1, -1, 1}, {"hand", Moved({0, 0, 1}), 0, -1, -1, 2},
+      {"eye", Moved({0, 0, 3}), -1, 0, -1, 3},     {"lamp", Moved({0, 1, 0}), -1, -1, 0, 3},
+      {"rock", Moved({-5, 0, 0}), 0, -1, -1, 0}};
   document.cameras[0].name = "eye";
   document.animations = {
       {"swing",
@@ -59,12 +56,8 @@ V3f PlaceOf(const Scene& scene, std::size_t instance) {
   return V3f(0.0f) * scene.instances.at(instance).toWorld;
 }
 
-void ExpectNear(const V3f& value, const V3f& expected) {
-  EXPECT_TRUE(value.equalWithAbsError(expected, kNear)) << value << " is not " << expected;
-}
-
 TEST_F(Animation, MovesInstancesThroughTheTreeOfNodes) {
-  Scene scene = ReadGlb(Arm());
+  Scene scene = ReadGlb(ArmDocument());
   EXPECT_EQ(scene.motion.nodes.size(), 2u) << "nodes that lie still are folded away";
   ASSERT_EQ(scene.instances.size(), 2u);
   const std::vector<int> swing = hostkit::FindAnimations(scene, "");
@@ -105,7 +98,7 @@ TEST_F(Animation, MovesInstancesThroughTheTreeOfNodes) {
 }
 
 TEST_F(Animation, TakesCamerasAndLightsAlong) {
-  Scene scene = ReadGlb(Arm());
+  Scene scene = ReadGlb(ArmDocument());
   hostkit::PoseScene(scene, hostkit::FindAnimations(scene, "swing"), 3);
   // The hand is at (1, 10, -2), three times as large, and its z axis points along x.
   ExpectNear(scene.cameras.at(0).eye, {1 + 9, 10, -2});
@@ -115,10 +108,10 @@ TEST_F(Animation, TakesCamerasAndLightsAlong) {
 }
 
 TEST_F(Animation, IsFoundByNameInEveryMergedModel) {
-  Scene scene = ReadGlb(Arm());
+  Scene scene = ReadGlb(ArmDocument());
   EXPECT_EQ(hostkit::FindAnimations(scene, "nod"), std::vector<int>{1});
   EXPECT_TRUE(hostkit::FindAnimations(scene, "Nod").empty());
-  hostkit::AppendScene(scene, ReadGlb(Arm()));
+  hostkit::AppendScene(scene, ReadGlb(ArmDocument()));
   EXPECT_EQ(hostkit::FindAnimations(scene, ""), (std::vector<int>{0, 2}));
   EXPECT_EQ(hostkit::FindAnimations(scene, "nod"), (std::vector<int>{1, 3}));
   hostkit::PoseScene(scene, hostkit::FindAnimations(scene, ""), 3);
@@ -168,7 +161,7 @@ TEST_F(Animation, BendsASkinAlongItsJoints) {
 }
 
 TEST_F(Animation, KeysThatAreNoNumbersAreLeftOut) {
-  samples::Document document = Arm();
+  samples::Document document = ArmDocument();
   const float nan = std::nanf("");
   document.animations = {
       {"broken", {{3, "translation", {0, 1, 2}, {{0, 0, 1, 0}, {nan, 0, 0, 0}, {0, 2, 1, 0}}}}}};

@@ -2,11 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <numbers>
 #include <vector>
 
 #include "hostkit/scene/node_animation.h"
 #include "hostkit/scene/scene_check.h"
+#include "tests/hostkit/scene/near.h"
 
 namespace {
 
@@ -17,7 +17,6 @@ using Imath::M44f;
 using Imath::Quatf;
 using Imath::V3f;
 
-constexpr float kPi = std::numbers::pi_v<float>;
 const float kHalf = std::sqrt(0.5f);
 
 M44f At(const V3f& place) {
@@ -26,10 +25,6 @@ M44f At(const V3f& place) {
 
 Quatf AroundZ(float angle) {
   return {std::cos(angle / 2), 0, 0, std::sin(angle / 2)};
-}
-
-void ExpectNear(const V3f& value, const V3f& expected) {
-  EXPECT_TRUE(value.equalWithAbsError(expected, 1e-5f)) << value << " is not " << expected;
 }
 
 /// An arm from 0 to 2 along x, of one vertex each that hangs on the shoulder, on both joints alike
