@@ -1,4 +1,5 @@
-// gl3-import: imports models into one scene for the program that started it, and does nothing else.
+// gl3-import: imports models into one scene, or decodes a picture, for the program that started it,
+// and does nothing else.
 // See hostkit/isolated, which starts it.
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -19,6 +20,7 @@
 #include "hostkit/confine/confine.h"
 #include "hostkit/import/model_import.h"
 #include "hostkit/isolated/import_protocol.h"
+#include "hostkit/pictures/picture_in.h"
 #include "hostkit/scene/scene_bytes.h"
 #include "hostkit/scene/scene_merge.h"
 
@@ -54,25 +56,32 @@ void BelongTo(pid_t parent) {
   Leave(hostkit::kSceneIsThere, lines);
 }
 
-/// Gives up all but the models, what lies where they may name files, and the two descriptors.
-void ConfineTo(const std::vector<std::string>& models, bool mustBe,
-               const hostkit::ImportOptions& options) {
+/// Gives up all but what is to be read, of which `name` is told, and the two descriptors.
+void ConfineTo(std::vector<std::string> readable, bool mustBe, const std::string& name) {
   hostkit::Confinement confinement;
   confinement.closeOthers = true;
   confinement.keep = {hostkit::kProgressDescriptor, hostkit::kMemoryDescriptor};
-  for (const std::string& model : models) {
-    confinement.readable.push_back(model);
-    for (std::string& folder : hostkit::ReadableFolders(model, options)) {
-      confinement.readable.push_back(std::move(folder));
-    }
-  }
+  confinement.readable = std::move(readable);
   const hostkit::ConfineResult lacks = hostkit::Confine(confinement);
   const std::string& lack = lacks.files.empty() ? lacks.calls : lacks.files;
   if (mustBe && !lack.empty()) {
     Leave(hostkit::kIsNotConfined,
-          models.front() + ": it is to be imported confined, and " + lack +
+          name + ": it is to be read confined, and " + lack +
               "; use a newer kernel, or leave that wish out for files that you trust");
   }
+}
+
+/// The models, and what lies where they may name files.
+std::vector<std::string> ReadableOf(const std::vector<std::string>& models,
+                                    const hostkit::ImportOptions& options) {
+  std::vector<std::string> readable;
+  for (const std::string& model : models) {
+    readable.push_back(model);
+    for (std::string& folder : hostkit::ReadableFolders(model, options)) {
+      readable.push_back(std::move(folder));
+    }
+  }
+  return readable;
 }
 
 std::unique_ptr<hostkit::Scene> ImportAll(const std::vector<std::string>& models,
@@ -92,6 +101,15 @@ std::unique_ptr<hostkit::Scene> ImportAll(const std::vector<std::string>& models
   return scene;
 }
 
+/// A scene of nothing but the picture.
+hostkit::Scene DecodeOne(const std::string& path) {
+  hostkit::Scene scene;
+  std::string error;
+  scene.images.emplace_back().bitmap = hostkit::LoadPicture(path, &error);
+  if (!scene.images.front().bitmap) Leave(hostkit::kImportFailed, error);
+  return scene;
+}
+
 /// Puts the scene into the shared memory; false when there is no room for it.
 bool HandOver(const hostkit::Scene& scene) {
   const std::size_t size = hostkit::CountSceneBytes(scene);
@@ -104,6 +122,17 @@ bool HandOver(const hostkit::Scene& scene) {
   return true;
 }
 
+/// The last word of all that goes well; `what` is for messages.
+[[noreturn]] void LeaveWith(const hostkit::Scene& scene, const std::string& name,
+                            const char* what) {
+  if (HandOver(scene)) {
+    Tell(hostkit::kSceneIsThere);
+    _exit(0);
+  }
+  Leave(hostkit::kImportFailed, name + ": no memory for its " + what + " (" + std::strerror(errno) +
+                                    "); allow more or use a smaller one");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -112,20 +141,18 @@ int main(int argc, char** argv) {
     return 2;
   }
   BelongTo(static_cast<pid_t>(std::strtol(argv[1], nullptr, 10)));
-  if (std::strcmp(argv[2], hostkit::kKindsWord) == 0) TellKinds();
-  const std::vector<std::string> models(argv + hostkit::kFirstModelArgument, argv + argc);
-  const bool isConfined = std::strcmp(argv[2], hostkit::kConfinedWord) == 0;
+  const auto isAskedFor = [&](const char* word) { return std::strcmp(argv[2], word) == 0; };
+  if (isAskedFor(hostkit::kKindsWord)) TellKinds();
+  const std::vector<std::string> files(argv + hostkit::kFirstModelArgument, argv + argc);
+  if (isAskedFor(hostkit::kPictureWord) || isAskedFor(hostkit::kConfinedPictureWord)) {
+    ConfineTo(files, isAskedFor(hostkit::kConfinedPictureWord), files.front());
+    LeaveWith(DecodeOne(files.front()), files.front(), "pixels");
+  }
+  const bool isConfined = isAskedFor(hostkit::kConfinedWord);
   hostkit::ImportOptions options;
   options.leavesMemory = true;
   options.scene = argv[hostkit::kSceneArgument];
   if (isConfined) options.reach = hostkit::FileReach::kFolder;
-  ConfineTo(models, isConfined, options);
-  const std::unique_ptr<hostkit::Scene> scene = ImportAll(models, options);
-  if (!HandOver(*scene)) {
-    Leave(hostkit::kImportFailed, models.front() + ": no memory for its scene (" +
-                                      std::strerror(errno) +
-                                      "); allow more or use a smaller model");
-  }
-  Tell(hostkit::kSceneIsThere);
-  _exit(0);
+  ConfineTo(ReadableOf(files, options), isConfined, files.front());
+  LeaveWith(*ImportAll(files, options), files.front(), "scene");
 }

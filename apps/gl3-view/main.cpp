@@ -101,6 +101,7 @@ int Main(int argc, char** argv) {
   ViewOptions options;
   int status = gl3::kDone;
   if (!ReadCommandLine(argc, argv, &options, &status)) return status;
+  if (options.run.confined) setenv("GL3_CONFINED", "1", 1);  // what the panel chooses goes by that
   return Run(argc, argv, options);
 }
 

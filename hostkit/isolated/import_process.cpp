@@ -18,6 +18,7 @@
 #include <cmath>
 #include <csignal>
 #include <cstring>
+#include <new>
 #include <sstream>
 #include <utility>
 
@@ -33,8 +34,6 @@ namespace {
 constexpr int kTickMilliseconds = 50;
 constexpr double kMostFiles = 256;          // open at a time
 constexpr std::size_t kLongestText = 4096;  // bytes of an error line
-constexpr const char* kExportRemedy =
-    "the file is damaged or of a kind that cannot be read; export it anew or in another format";
 
 /// The program's path: beside the library that this code is in.
 std::string ProgramPath() {
@@ -131,14 +130,22 @@ int LiftedAbove(int descriptor) {
 
 }  // namespace
 
+const ImportProcess::Wording ImportProcess::kOfModels = {
+    "importing it", "model", "importer", "scene",
+    "the file is damaged or of a kind that cannot be read; export it anew or in another format"};
+const ImportProcess::Wording ImportProcess::kOfPictures = {
+    "decoding it", "picture", "decoder", "picture",
+    "the file is damaged or of a kind that cannot be read; write it anew"};
+
 ImportProcess::ImportProcess(std::vector<std::string> models, const ImportLimits& limits,
                              std::string scene)
-    : ImportProcess(limits.confined ? kConfinedWord : kOpenWord, std::move(models), limits,
-                    std::move(scene)) {}
+    : ImportProcess(limits.confined ? kConfinedWord : kOpenWord, kOfModels, std::move(models),
+                    limits, std::move(scene)) {}
 
-ImportProcess::ImportProcess(const char* work, std::vector<std::string> models,
-                             const ImportLimits& limits, std::string scene)
-    : m_models(std::move(models)), m_limits(limits), m_scene(std::move(scene)) {
+ImportProcess::ImportProcess(const char* work, const Wording& wording,
+                             std::vector<std::string> models, const ImportLimits& limits,
+                             std::string scene)
+    : m_wording(wording), m_models(std::move(models)), m_limits(limits), m_scene(std::move(scene)) {
   m_why = Start(work);
   if (!m_why.empty()) m_end = ImportEnd::kFailed;
 }
@@ -202,20 +209,19 @@ void ImportProcess::Kill(ImportEnd end, const std::string& why) {
 }
 
 void ImportProcess::KeepLimits() {
+  const std::string doing = fmt::format("{}: {} ", Model(), m_wording.doing);
   if (m_limits.cancelled && *m_limits.cancelled) {
-    return Kill(ImportEnd::kCancelled, Model() + ": importing it was stopped");
+    return Kill(ImportEnd::kCancelled, doing + "was stopped");
   }
   const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - m_start;
   if (m_limits.seconds > 0 && taken.count() > m_limits.seconds) {
-    return Kill(ImportEnd::kLate,
-                fmt::format("{}: importing it took beyond {} s; allow more or use a smaller model",
-                            Model(), m_limits.seconds));
+    return Kill(ImportEnd::kLate, fmt::format("{}took beyond {} s; allow more or use a smaller {}",
+                                              doing, m_limits.seconds, m_wording.subject));
   }
   if (m_limits.memory > 0 && ProcessMemory(m_process) > m_limits.memory) {
     Kill(ImportEnd::kUnreadable,
-         fmt::format("{}: importing it took more than {:.1f} GiB of memory; allow more or use a "
-                     "smaller model",
-                     Model(), static_cast<double>(m_limits.memory) / (1 << 30)));
+         fmt::format("{}took more than {:.1f} GiB of memory; allow more or use a smaller {}", doing,
+                     static_cast<double>(m_limits.memory) / (1 << 30), m_wording.subject));
   }
 }
 
@@ -233,7 +239,7 @@ void ImportProcess::Follow(const Begins& begins) {
 ImportEnd ImportProcess::Finish(const Begins& begins, std::unique_ptr<Scene>* scene,
                                 std::string* error) {
   ImportEnd end = Wait(begins, error);
-  if (end == ImportEnd::kDone) end = TakeScene(m_memory, Model(), scene, error);
+  if (end == ImportEnd::kDone) end = TakeAs(m_wording, m_memory, Model(), scene, error);
   m_milliseconds =
       std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - m_start).count();
   return end;
@@ -274,34 +280,35 @@ ImportEnd ImportProcess::Judge(int status, std::string* error) const {
 
 /// Why the process ended without a last word.
 std::string ImportProcess::DeathText(int status, ImportEnd* end) const {
-  const std::string importing = Model() + ": importing it ";
-  if (!WIFSIGNALED(status)) return importing + "ended without a word; " + kExportRemedy;
+  const auto& [doing, subject, worker, result, remedy] = m_wording;
+  const std::string it = fmt::format("{}: {} ", Model(), doing);
+  if (!WIFSIGNALED(status)) return fmt::format("{}ended without a word; {}", it, remedy);
   switch (const int number = WTERMSIG(status)) {
     case SIGKILL:
       *end = ImportEnd::kFailed;
-      return importing +
-             "was killed from outside, as a system does that is out of memory; close other "
-             "programs "
-             "or use a smaller model";
+      return fmt::format(
+          "{}was killed from outside, as a system does that is out of memory; close other programs "
+          "or use a smaller {}",
+          it, subject);
     case SIGTERM:
     case SIGINT:
     case SIGHUP:
       *end = ImportEnd::kFailed;
-      return fmt::format("{}was ended from outside ({}); try again", importing, strsignal(number));
+      return fmt::format("{}was ended from outside ({}); try again", it, strsignal(number));
     case SIGXCPU:
       *end = ImportEnd::kLate;
       return fmt::format(
-          "{}took more than {:.0f} s of processor time; allow more or use a smaller "
-          "model",
-          importing, m_limits.processorSeconds);
+          "{}took more than {:.0f} s of processor time; allow more or use a smaller {}", it,
+          m_limits.processorSeconds, subject);
     case SIGXFSZ:
-      return importing +
-             "made a scene larger than the memory allowed; allow more or use a smaller "
-             "model";
+      return fmt::format(
+          "{}made a {} larger than the memory allowed; allow more or use a smaller {}", it, result,
+          subject);
     case SIGSYS:
-      return importing + "called what no importer needs, and was ended; do not trust the file";
+      return fmt::format("{}called what no {} needs, and was ended; do not trust the file", it,
+                         worker);
     default:
-      return fmt::format("{}crashed ({}); {}", importing, strsignal(number), kExportRemedy);
+      return fmt::format("{}crashed ({}); {}", it, strsignal(number), remedy);
   }
 }
 
@@ -312,27 +319,36 @@ std::string ImportProcess::TakeText() const {
   text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
   std::replace_if(
       text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
-  return text.empty() ? Model() + ": importing it failed without a reason; " + kExportRemedy : text;
+  if (!text.empty()) return text;
+  return fmt::format("{}: {} failed without a reason; {}", Model(), m_wording.doing,
+                     m_wording.remedy);
 }
 
 ImportEnd TakeScene(int memory, const std::string& model, std::unique_ptr<Scene>* scene,
                     std::string* error) {
+  return ImportProcess::TakeAs(ImportProcess::kOfModels, memory, model, scene, error);
+}
+
+ImportEnd ImportProcess::TakeAs(const Wording& wording, int memory, const std::string& model,
+                                std::unique_ptr<Scene>* scene, std::string* error) {
   // Whoever still could write to it would change it between the look and the use.
   if (fcntl(memory, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE) != 0) {
-    *error = model + ": what importing it left is still in use; do not trust the file";
+    *error = fmt::format("{}: what {} left is still in use; do not trust the file", model,
+                         wording.doing);
     return ImportEnd::kUnreadable;
   }
   const std::size_t size = SizeOf(memory);
   const Mapping mapping(memory, size);
   if (!mapping.Bytes()) {
-    *error = SystemError((model + ": the imported scene cannot be had").c_str(), errno);
+    *error = SystemError(
+        fmt::format("{}: what {} left cannot be had", model, wording.doing).c_str(), errno);
     return ImportEnd::kFailed;
   }
   std::string why;
   std::unique_ptr<Scene> taken = ReadScene(mapping.Bytes(), size, &why);
   if (!taken) {
-    *error =
-        fmt::format("{}: importing it left no sound scene ({}); {}", model, why, kExportRemedy);
+    *error = fmt::format("{}: {} left no sound {} ({}); {}", model, wording.doing, wording.result,
+                         why, wording.remedy);
     return ImportEnd::kUnreadable;
   }
   *scene = std::move(taken);
@@ -340,7 +356,7 @@ ImportEnd TakeScene(int memory, const std::string& model, std::unique_ptr<Scene>
 }
 
 bool ListImportKinds(std::vector<ImportKind>* kinds, std::string* error) {
-  ImportProcess process(kKindsWord, {kImportProgram}, {}, {});
+  ImportProcess process(kKindsWord, ImportProcess::kOfModels, {kImportProgram}, {}, {});
   if (process.Wait({}, error) != ImportEnd::kDone) return false;
   std::string text(SizeOf(process.Memory()), '\0');
   if (pread(process.Memory(), text.data(), text.size(), 0) < 0) {
@@ -354,6 +370,27 @@ bool ListImportKinds(std::vector<ImportKind>* kinds, std::string* error) {
       kinds->push_back({line.substr(0, blank), line.substr(blank + 1)});
   }
   return true;
+}
+
+ImportEnd DecodeApart(const std::string& path, const ImportLimits& limits, BitmapPtr* picture,
+                      std::string* error) {
+  const ImportProcess::Wording& wording = ImportProcess::kOfPictures;
+  ImportProcess process(limits.confined ? kConfinedPictureWord : kPictureWord, wording, {path},
+                        limits, {});
+  std::unique_ptr<Scene> scene;
+  ImportEnd end = ImportEnd::kFailed;
+  try {
+    end = process.Finish({}, &scene, error);
+  } catch (const std::bad_alloc&) {
+    *error = path + ": no memory for the picture; close other programs or scale it down";
+  }
+  if (end != ImportEnd::kDone) return end;
+  if (scene->images.size() != 1) {
+    *error = fmt::format("{}: {} left no picture; {}", path, wording.doing, wording.remedy);
+    return ImportEnd::kUnreadable;
+  }
+  *picture = std::move(scene->images.front().bitmap);
+  return end;
 }
 
 }  // namespace hostkit

@@ -58,6 +58,12 @@ struct ImportKind {
 /// `*error` when it cannot be asked.
 bool ListImportKinds(std::vector<ImportKind>* kinds, std::string* error);
 
+/// Decodes a picture file by such a process, which can open nothing else: upright and as bytes, as
+/// LoadPicture does here. Ends and errors are as ImportProcess::Finish has them; it returns when
+/// that is done.
+ImportEnd DecodeApart(const std::string& path, const ImportLimits& limits, BitmapPtr* picture,
+                      std::string* error);
+
 /// An import that goes on beside what else is done. To be used by one thread.
 class ImportProcess {
  public:
@@ -89,10 +95,18 @@ class ImportProcess {
  private:
   using Begins = std::function<void(const std::string& model)>;
   friend bool ListImportKinds(std::vector<ImportKind>* kinds, std::string* error);
+  friend ImportEnd DecodeApart(const std::string& path, const ImportLimits& limits,
+                               BitmapPtr* picture, std::string* error);
+
+  /// What is said of the work.
+  struct Wording {
+    const char *doing, *subject, *worker, *result, *remedy;
+  };
+  static const Wording kOfModels, kOfPictures;
 
   /// `work` is a word of the protocol.
-  ImportProcess(const char* work, std::vector<std::string> models, const ImportLimits& limits,
-                std::string scene);
+  ImportProcess(const char* work, const Wording& wording, std::vector<std::string> models,
+                const ImportLimits& limits, std::string scene);
   std::string Start(const char* work);
   void Follow(const Begins& begins);
   bool ReadProgress(const Begins& begins);
@@ -100,10 +114,15 @@ class ImportProcess {
   void Kill(ImportEnd end, const std::string& why);
   ImportEnd Judge(int status, std::string* error) const;
   std::string TakeText() const;
+  static ImportEnd TakeAs(const Wording& wording, int memory, const std::string& model,
+                          std::unique_ptr<Scene>* scene, std::string* error);
+  friend ImportEnd TakeScene(int memory, const std::string& model, std::unique_ptr<Scene>* scene,
+                             std::string* error);
   std::string DeathText(int status, ImportEnd* end) const;
   /// The model whose turn it is.
   const std::string& Model() const { return m_models[m_begun > 0 ? m_begun - 1 : 0]; }
 
+  const Wording& m_wording;
   const std::vector<std::string> m_models;
   const ImportLimits m_limits;
   const std::string m_scene;

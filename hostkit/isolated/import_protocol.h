@@ -25,4 +25,9 @@ inline constexpr const char* kOpenWord = "open";
 /// a blank and the format's name in each line.
 inline constexpr const char* kKindsWord = "kinds";
 
+/// Likewise: it reads no model but a picture, which it hands over as the only one of a scene, and
+/// can open nothing else. With the first word that must be held by the kernel.
+inline constexpr const char* kConfinedPictureWord = "confined-picture";
+inline constexpr const char* kPictureWord = "picture";
+
 }  // namespace hostkit

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
+#include "hostkit/confine/sanitized.h"
 #include "tests/support/common/gl3_process.h"
 #include "tests/support/common/holds.h"
 #include "tests/support/common/png_pixels.h"
@@ -127,6 +128,24 @@ TEST_F(Farm, GoesOnAndNamesWhatIsNotAlike) {
   result = Run(command + "c -- " + Turn("out/t%d.png", 4));
   EXPECT_EQ(result.status, 6);
   EXPECT_TRUE(Holds(LastLine(result.err), {"out/t3.png", "not made alike"}));
+}
+
+TEST_F(Farm, ChecksPicturesWhereTheyReachNothing) {
+  if (kIsSanitized) GTEST_SKIP() << "nothing is confined";
+  const std::string turn = Turn("out/t%d.webp", 2);
+  Done(turn);
+  Gl3Setup setup = {.preload = GL3_PICTURE_FAULTS};
+  for (const auto& [fault, part] :
+       {std::pair("read", "the picture is broken"), {"socket", "Bad system call"}}) {
+    setup.environment = {std::string("GL3_PICTURE_FAULT=") + fault};
+    const std::string folder = std::string("job-") + fault;
+    const Gl3Result result =
+        Run("farm --local --tasks 1 --folder " + folder + " -- " + turn, setup);
+    EXPECT_EQ(result.status, 1) << result.err;
+    const Json broken = Report(folder)["broken"];
+    ASSERT_EQ(broken.size(), 2u) << result.err;
+    EXPECT_NE(broken[0].dump().find(part), std::string::npos) << broken;
+  }
 }
 
 TEST_F(Farm, SharesPicturesBySizeAndSequencesOfCameras) {

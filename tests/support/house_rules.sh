@@ -38,7 +38,7 @@ samples
 apps/work/compare     apps/base apps/options apps/work/common hostkit/pictures hostkit/services host samples
 apps/work/info        apps/base apps/options apps/work/common apps/work/compare hostkit/effects hostkit/confine hostkit/isolated hostkit/pictures hostkit/scene hostkit/services host platform
 apps/work/filter      apps/base apps/options apps/work/common hostkit/effects hostkit/pictures hostkit/services host platform
-apps/gl3-import       hostkit/confine hostkit/import hostkit/isolated hostkit/scene hostkit/services host platform
+apps/gl3-import       hostkit/confine hostkit/import hostkit/isolated hostkit/pictures hostkit/scene hostkit/services host platform
 apps/work/render      apps/base apps/options apps/work/common hostkit/effects hostkit/frame hostkit/feed hostkit/isolated hostkit/scene hostkit/pictures hostkit/services host platform
 apps/work/farm        apps/base apps/options apps/work/common apps/work/filter apps/work/info apps/work/render hostkit/effects hostkit/pictures hostkit/services host platform
 apps/work             apps/base apps/options apps/work/common apps/work/settings apps/work/compare apps/work/info apps/work/filter apps/work/render apps/work/farm

@@ -94,6 +94,46 @@ TEST_F(ChoicesTest, WhatModesRefuseIsToldInThePanelsWordsAndComesBack) {
   EXPECT_TRUE(Problem("--overlay").contains("overlay.png"));
 }
 
+TEST_F(ChoicesTest, ADecoderThatCrashesIsToldAndPicturesAreDecodedOnce) {
+  QImage picture(320, 240, QImage::Format_RGB32);
+  for (const char* name : {"good.png", "behind.png", "bad.png"}) {
+    picture.fill(Qt::magenta);
+    ASSERT_TRUE(picture.save(Path(name)));
+  }
+  Open(Path("cube.obj"));
+  const QStringList good = {"--background=" + Path("behind.png"), "--overlay=" + Path("good.png")};
+  m_window->SetChoices(good);
+  // The color of the background beside the overlays.
+  const auto behind = [this] {
+    Rest();
+    return Shown()[static_cast<std::size_t>(View().Options().width) - 1];
+  };
+  EXPECT_EQ(behind(), 0xff00ffu);
+  const Frame before = Shown();
+  setenv("LD_PRELOAD", GL3_IMPORT_FAULTS, 1);
+  setenv("GL3_IMPORT_FAULT", "SEGV", 1);
+  List("--overlay")->Add(Path("bad.png"), false);
+  EXPECT_TRUE(Problem("--overlay").contains("bad.png: decoding it crashed (Segmentation fault); "))
+      << Problem("--overlay").toStdString();
+  EXPECT_EQ(m_window->Panel().Arguments(), good);  // the others are not decoded anew
+  Rest();
+  EXPECT_EQ(DifferentPixels(Shown(), before), 0);
+  m_window->resize(900, 650);
+  EXPECT_EQ(behind(), 0xff00ffu);
+  picture.fill(Qt::green);
+  ASSERT_TRUE(picture.save(Path("behind.png")));
+  QTest::keyClick(m_window.get(), Qt::Key_G);
+  EXPECT_TRUE(Problem("--background").contains("crashed")) << "another file by that name";
+  unsetenv("GL3_IMPORT_FAULT");
+  unsetenv("LD_PRELOAD");
+  picture.fill(Qt::blue);
+  ASSERT_TRUE(picture.save(Path("bad.png")));
+  ASSERT_TRUE(picture.save(Path("behind.png")));
+  QTest::keyClick(m_window.get(), Qt::Key_G);
+  EXPECT_EQ(Problem("--background") + Problem("--overlay"), "");
+  EXPECT_EQ(behind(), 0x0000ffu);
+}
+
 TEST_F(ChoicesTest, EntriesHaveFieldsForTheirParameters) {
   List("--effect")->Add("blur:radius=zz", false);
   EXPECT_EQ(List("--effect")->findChild<QDoubleSpinBox*>(), nullptr);

@@ -145,10 +145,11 @@ Outcome ConfineDrawing(const WorkFiles& files, const std::string& module, bool m
   return Judge(hostkit::Confine(confinement), mustBe);
 }
 
-Outcome ConfineReading(const std::string& file, bool mustBe) {
+Outcome ConfineToFiles(const WorkFiles& files, bool mustBe) {
   if (kIsSanitized) return {};  // leaks are looked for from a process of their own
   hostkit::Confinement confinement;
-  confinement.readable = {file};
+  confinement.readable = files.inputs;
+  for (const std::string& output : files.outputs) AddOutput(output, &confinement.writable);
   return Judge(hostkit::Confine(confinement), mustBe);
 }
 

@@ -21,7 +21,9 @@ struct WorkFiles {
 /// nothing else, and fails where the kernel lacks what that takes.
 Outcome ConfineDrawing(const WorkFiles& files, const std::string& module, bool mustBe);
 
-/// Confines this process to reading one file.
-Outcome ConfineReading(const std::string& file, bool mustBe);
+/// Confines this process, before it has threads, to reading the inputs and writing the outputs,
+/// and nothing else: it starts no programs and opens no connections. With `mustBe` it fails where
+/// the kernel lacks what that takes.
+Outcome ConfineToFiles(const WorkFiles& files, bool mustBe);
 
 }  // namespace gl3

@@ -152,7 +152,7 @@ Outcome WriteContactSheet(const std::vector<std::string>& pictures, const std::s
       Limits(), path,
       [&](ParentLine& line, std::string*) -> Outcome {
         line.Enter(Phase::kWrite, path);
-        Outcome outcome = ConfineDrawing({chosen, {path}}, "", false);
+        Outcome outcome = ConfineToFiles({chosen, {path}}, false);
         return outcome.status == kDone ? DrawSheet(chosen, path) : outcome;
       },
       &told);

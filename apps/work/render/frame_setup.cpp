@@ -2,10 +2,12 @@
 #include "apps/work/render/frame_setup.h"
 
 #include <algorithm>
+#include <memory>
 #include <string>
 #include <utility>
 
 #include "apps/work/common/driver_session.h"
+#include "apps/work/render/layer_pictures.h"
 #include "apps/work/render/scale_bar.h"
 #include "apps/work/render/text_picture.h"
 #include "hostkit/frame/backdrop.h"
@@ -52,26 +54,38 @@ void AddTexts(const std::vector<TextOption>& options, FrameSettings* settings) {
   }
 }
 
-Outcome LoadLayer(const std::string& path, PictureReader* reader, hostkit::BitmapPtr* bitmap) {
-  hostkit::PictureFacts facts;
-  if (reader) return reader->Read(path, hostkit::PixelKind::kBytes, bitmap, &facts);
-  std::string error;
-  *bitmap = hostkit::LoadPicture(path, &error);
-  return {*bitmap ? kDone : kUnreadableInput, error};
-}
+/// Reads pictures to be laid over and under frames, upright and as bytes.
+class LayerSource {
+ public:
+  LayerSource(PictureReader* reader, bool confined) : m_reader(reader), m_confined(confined) {}
 
-Outcome AddOverlays(const std::vector<OverlayOption>& options, PictureReader* reader,
+  Outcome Read(const std::string& path, std::shared_ptr<HBitmapNode>* bitmap) const {
+    static LayerPictures pictures;  // of this process's windows, one frame's settings after another
+    if (!m_reader) return pictures.Read(path, m_confined, bitmap);
+    hostkit::BitmapPtr read;
+    hostkit::PictureFacts facts;
+    Outcome outcome = m_reader->Read(path, hostkit::PixelKind::kBytes, &read, &facts);
+    *bitmap = std::shared_ptr<HBitmapNode>(std::move(read));
+    return outcome;
+  }
+
+ private:
+  PictureReader* m_reader;
+  bool m_confined;
+};
+
+Outcome AddOverlays(const std::vector<OverlayOption>& options, const LayerSource& layers,
                     FrameSettings* settings) {
   for (const OverlayOption& option : options) {
-    hostkit::BitmapPtr bitmap;
-    const Outcome outcome = LoadLayer(option.path, reader, &bitmap);
+    std::shared_ptr<HBitmapNode> bitmap;
+    const Outcome outcome = layers.Read(option.path, &bitmap);
     if (outcome.status != kDone) return {outcome.status, "--overlay: " + outcome.message};
     settings->overlays.push_back({std::move(bitmap), option.x, option.y, option.alpha});
   }
   return {};
 }
 
-Outcome SetBackground(const BackgroundOption& option, PictureReader* reader,
+Outcome SetBackground(const BackgroundOption& option, const LayerSource& layers,
                       FrameSettings* settings) {
   std::copy_n(option.color, 3, settings->background);
   settings->transparentBackground = option.isTransparent;
@@ -81,8 +95,8 @@ Outcome SetBackground(const BackgroundOption& option, PictureReader* reader,
         hostkit::MakeGradient(settings->width, settings->height, option.color, option.bottom);
     for (int i = 0; i < 3; ++i) settings->background[i] = (option.color[i] + option.bottom[i]) / 2;
   } else {
-    hostkit::BitmapPtr picture;
-    const Outcome outcome = LoadLayer(option.picture, reader, &picture);
+    std::shared_ptr<HBitmapNode> picture;
+    const Outcome outcome = layers.Read(option.picture, &picture);
     if (outcome.status != kDone) return {outcome.status, "--background: " + outcome.message};
     settings->backdrop =
         hostkit::CoverWith(*picture, settings->width, settings->height, settings->background);
@@ -130,12 +144,13 @@ hostkit::FrameSettings WithScaleBar(const FrameSettings& settings, const Drawing
 Outcome MakeFrameSettings(const RenderOptions& options, FrameSettings* settings,
                           PictureReader* reader) {
   const DrawingOptions& drawing = options.drawing;
+  const LayerSource layers(reader, options.run.confined);
   settings->width = options.width;
   settings->height = options.height;
   settings->mode = drawing.mode;
   const bool driverSmooths = drawing.mode == hostkit::DrawMode::kDriverWireframe;
   settings->samplesPerSide = driverSmooths ? 1 : options.samplesPerSide;
-  Outcome outcome = SetBackground(options.background, reader, settings);
+  Outcome outcome = SetBackground(options.background, layers, settings);
   if (outcome.status != kDone) return outcome;
   settings->lights = drawing.lights;
   settings->showsAllBacks = drawing.backfaces;
@@ -152,7 +167,7 @@ Outcome MakeFrameSettings(const RenderOptions& options, FrameSettings* settings,
   settings->normals = options.passes.normal;
   settings->objectIds = options.passes.object;
   settings->materialIds = options.passes.material;
-  outcome = AddOverlays(drawing.overlays, reader, settings);
+  outcome = AddOverlays(drawing.overlays, layers, settings);
   if (outcome.status == kDone) AddTexts(drawing.texts, settings);
   return outcome;
 }

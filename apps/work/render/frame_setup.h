@@ -13,8 +13,8 @@ namespace gl3 {
 void ApplyDriverSettings(const RenderOptions& options);
 
 /// Fills `*settings`, also with the pictures of overlays and of the background, which `reader`
-/// reads, or this process where it is null. kUnreadableInput with a message when one cannot be
-/// read.
+/// reads. Where it is null, LayerPictures does, which starts processes: on one thread alone.
+/// kUnreadableInput with a message when one cannot be read.
 Outcome MakeFrameSettings(const RenderOptions& options, hostkit::FrameSettings* settings,
                           PictureReader* reader = nullptr);
 

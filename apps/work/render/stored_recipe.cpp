@@ -10,7 +10,7 @@ namespace gl3 {
 Outcome StoredRecipe(const std::string& path, bool confined, ParentLine& line,
                      std::string* result) {
   line.Enter(Phase::kImport, path);
-  Outcome outcome = ConfineReading(path, confined);
+  Outcome outcome = ConfineToFiles({{path}, {}}, confined);
   if (outcome.status != kDone) return outcome;
   hostkit::Recipe recipe;
   std::string error;

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "hostkit/import/model_import.h"
+#include "hostkit/pictures/picture_in.h"
 #include "hostkit/scene/scene_bytes.h"
 #include "hostkit/scene/scene_merge.h"
 #include "samples/showroom.h"
@@ -103,6 +104,42 @@ TEST_F(Isolated, TellsHowItEnded) {
   std::thread user([&] { cancelled = true; });
   EXPECT_EQ(Run({"cube.obj"}, {.cancelled = &cancelled}), ImportEnd::kCancelled);
   user.join();
+  unsetenv("GL3_IMPORT_FAULT");
+  unsetenv("LD_PRELOAD");
+}
+
+TEST_F(Isolated, DecodesPicturesAndTellsHowThatEnded) {
+  const std::string path = m_folder.Path("a.ppm");
+  m_folder.Write("a.ppm", "P3 2 1 255 1 2 3 250 251 252");
+  hostkit::BitmapPtr picture;
+  ASSERT_EQ(hostkit::DecodeApart(path, {}, &picture, &m_error), ImportEnd::kDone) << m_error;
+  ASSERT_EQ(picture->GetWidth(), 2);
+  ASSERT_EQ(picture->GetHeight(), 1);
+  const auto* row = static_cast<const unsigned char*>(picture->GetBufferHead()->Data());
+  EXPECT_EQ(std::vector<int>(row, row + 8), (std::vector<int>{1, 2, 3, 255, 250, 251, 252, 255}));
+  m_folder.Write("b.ppm", "P3 2 1 255 1 2");
+  std::string here;
+  EXPECT_EQ(hostkit::LoadPicture(m_folder.Path("b.ppm"), &here), nullptr);
+  EXPECT_EQ(hostkit::DecodeApart(m_folder.Path("b.ppm"), {}, &picture, &m_error),
+            ImportEnd::kUnreadable);
+  EXPECT_EQ(m_error, here);
+  const struct {
+    const char* fault;
+    ImportLimits limits;
+    ImportEnd end;
+    const char* text;
+  } kFaults[] = {
+      {"SEGV", {}, ImportEnd::kUnreadable, "decoding it crashed (Segmentation fault); "},
+      {"SYS", {}, ImportEnd::kUnreadable, "decoding it called what no decoder needs"},
+      {"nonsense", {}, ImportEnd::kUnreadable, "decoding it left no sound picture ("},
+      {"hang", {.seconds = 0.2}, ImportEnd::kLate, "decoding it took beyond 0.2 s; "},
+  };
+  setenv("LD_PRELOAD", GL3_IMPORT_FAULTS, 1);
+  for (const auto& each : kFaults) {
+    setenv("GL3_IMPORT_FAULT", each.fault, 1);
+    EXPECT_EQ(hostkit::DecodeApart(path, each.limits, &picture, &m_error), each.end) << each.fault;
+    EXPECT_TRUE(m_error.starts_with(path + ": " + each.text)) << m_error;
+  }
   unsetenv("GL3_IMPORT_FAULT");
   unsetenv("LD_PRELOAD");
 }
