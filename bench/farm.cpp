@@ -90,14 +90,14 @@ class SequenceCase {
     return words;
   }
 
-  /// What the machine itself makes of a second core: two renders of every other frame, a core each.
+  /// What the machine itself makes of a second core: two renders of half of it, a core each.
   std::vector<std::string> Halves() const {
     std::vector<std::string> words = {Gl3()};
     Append(m_ours, &words);
     std::string line;
     for (int core = 0; core < 2; ++core) {
-      line += fmt::format("/usr/bin/taskset -c {} '{}' --frames {}-{}x2 & ", core,
-                          fmt::join(words, "' '"), core + 1, m_case.frames);
+      line += fmt::format("/usr/bin/taskset -c {} '{}' --chunk {}/2 & ", core,
+                          fmt::join(words, "' '"), core + 1);
     }
     return {"/bin/sh", "-c", line + "wait"};
   }
@@ -112,7 +112,8 @@ class SequenceCase {
         "render",      m_model,
         "-o",          (folder / "t####.png").string(),
         "--size",      fmt::format("{}x{}", m_case.width, m_case.height),
-        "--turntable", std::to_string(m_case.frames)};
+        "--turntable", std::to_string(m_case.frames),
+        "--recipe",    "none"};  // which would hold the command
     words->insert(words->end(), render.begin(), render.end());
   }
 

@@ -19,8 +19,7 @@ struct MovieKind {
 /// All of them.
 inline constexpr MovieKind kMovieKinds[] = {
     // Half as many colour samples a side, which takes even sides: odd ones grow by a black edge.
-    // The
-    // head before the pictures, so that it plays while it loads.
+    // The head comes before the pictures, so that it plays while it loads.
     {".mp4", "MP4 (H.264)", "mp4",
      "-vf pad=ceil(iw/2)*2:ceil(ih/2)*2,scale=out_color_matrix=bt709:out_range=tv -c:v libx264 "
      "-crf 18 -pix_fmt yuv420p -colorspace bt709 -color_primaries bt709 -color_trc bt709 "

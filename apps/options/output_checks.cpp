@@ -111,8 +111,9 @@ const MovieKind* FindMovieKind(const std::string& path) {
 
 std::string MovieSuffixes() {
   std::string all;
-  for (const MovieKind& kind : kMovieKinds)
+  for (const MovieKind& kind : kMovieKinds) {
     all += (all.empty() ? "" : ", ") + std::string(kind.suffix);
+  }
   return all;
 }
 

@@ -32,7 +32,7 @@ pid_t Start(const std::vector<std::string>& command) {
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
   pid_t child = -1;
-  if (posix_spawn(&child, arguments[0], &actions, nullptr, arguments.data(), environ) != 0) {
+  if (posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ) != 0) {
     child = -1;
   }
   posix_spawn_file_actions_destroy(&actions);

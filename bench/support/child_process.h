@@ -16,9 +16,9 @@ struct ProcessCost {
   double megabytes = 0;  ///< Peak memory of the largest process in it.
 };
 
-/// Runs a program without output and waits for it. Throws std::runtime_error when it cannot be
-/// started or ends with another status than 0. The peak counts this process's own memory at the
-/// start too, so that must be small.
+/// Runs a program, of PATH when it has no slash, without output and waits for it. Throws
+/// std::runtime_error when it cannot be started or ends with another status than 0. The peak counts
+/// this process's own memory at the start too, so that must be small.
 ProcessCost RunProcess(const std::vector<std::string>& command);
 
 /// A program without output that runs until it is told to end, at the latest with this object.

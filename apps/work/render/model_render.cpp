@@ -27,8 +27,7 @@ std::string UnseenColor(const RenderOptions& options, const hostkit::Scene& scen
   const DrawingOptions& drawing = options.drawing;
   if (drawing.lineColor && std::none_of(meshes.begin(), meshes.end(), isOfTriangles)) {
     return "--line-color: the model has no triangles with edges; --color is for lines and points "
-           "of "
-           "its own";
+           "of its own";
   }
   const bool areSurfacesBlank = drawing.mode == hostkit::DrawMode::kLines && !drawing.lineColor;
   if (options.subject.look.color && areSurfacesBlank &&
