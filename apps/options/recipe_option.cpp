@@ -35,7 +35,7 @@ void AddRecipeOption(const OptionParser& parser, RecipeKind* kind) {
 }
 
 std::string RecipePath(const std::string& file, RecipeKind kind) {
-  const std::string path = ShownPath(file);
+  std::string path = ShownPath(file);
   if (path == kStandardStream) return path;
   const std::size_t end = path.find_last_not_of('/');
   if (kind == RecipeKind::kFull || end == std::string::npos) return path;

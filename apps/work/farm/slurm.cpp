@@ -20,7 +20,7 @@ using CommandWords = std::vector<std::string>;
 
 constexpr std::size_t kUsualArrayTasks = 1000;
 /// Reading and decoding a large picture.
-constexpr double kPictureSeconds = 0.25;
+constexpr double kReadingSeconds = 0.25;
 /// A cluster that does not tell its limits by then is not there, which submitting says.
 constexpr double kAnswerSeconds = 20;
 
@@ -147,7 +147,7 @@ Outcome DescribeWork(const FarmFolder& folder, const FarmPlan& plan, int round,
   }
   work->limits = LimitsOfTask(plan.startSeconds + longest, plan.peakMemory);
   work->checkMinutes =
-      LimitsOfTask(kPictureSeconds * static_cast<double>(plan.pictures.size()), 0).minutes;
+      LimitsOfTask(kReadingSeconds * static_cast<double>(plan.pictures.size()), 0).minutes;
   if (plan.options.minutes > 0) work->limits.minutes = plan.options.minutes;
   if (plan.options.memory > 0) work->limits.megabytes = plan.options.memory >> 20;
   return {};
