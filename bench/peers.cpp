@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/base/run_program.h"
 #include "apps/base/x_server.h"
 #include "bench/support/child_process.h"
 #include "bench/support/harness.h"
@@ -82,7 +83,7 @@ void Peers::Measure(const Task& task) const {
       if (const std::size_t at = word.find('@'); at != word.npos) word.replace(at, 1, output);
     }
     if (words[0][0] != '/') {
-      words[0] = FindProgram(words[0]);
+      words[0] = gl3::FindProgram(words[0]);
       if (!Works(words)) {
         m_report.Note(fmt::format("{}: {} cannot do it", task.work, way.program));
         continue;

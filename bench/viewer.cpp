@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "apps/base/run_program.h"
 #include "apps/base/x_server.h"
 #include "bench/support/child_process.h"
 #include "bench/support/harness.h"
@@ -43,10 +44,10 @@ constexpr int kMoves = 375, kQuickMoves = 125;
 /// Whether it is of a lit, curved surface: backdrops, texts and windows without content are of one
 /// colour in the main.
 bool ShowsModel(const std::vector<std::uint32_t>& pixels) {
+  if (pixels.empty()) return false;
   std::map<std::uint32_t, std::size_t> counts;
-  std::size_t most = pixels.size();
   for (const std::uint32_t pixel : pixels) ++counts[pixel];
-  if (!counts.empty()) most = 0;
+  std::size_t most = 0;
   for (const auto& [color, count] : counts) most = std::max(most, count);
   return most * 4 < pixels.size();
 }
@@ -140,7 +141,9 @@ Figure Viewer::Orbit(int moves) {
     if (!IsOther()) continue;
     last = Clock::now();
     lastCpu = m_program.CpuMilliseconds();
-    if (frames++ == 0) first = last, firstCpu = lastCpu;
+    if (frames++ > 0) continue;
+    first = last;
+    firstCpu = lastCpu;
   }
   m_screen.Press(false);
   if (frames < 2) throw std::runtime_error("a viewer does not turn its model");
@@ -157,7 +160,7 @@ class Viewers {
         m_report(report),
         m_ours({ProgramFolder() + "/gl3-view", model}) {
     const SeenWindow window = Viewer(m_screen, m_ours).Window();
-    const std::string other = options.oursOnly ? "" : FindProgram("f3d");
+    const std::string other = options.oursOnly ? "" : gl3::FindProgram("f3d");
     if (other.empty()) return;
     m_floor = {other, "--quiet", fmt::format("--resolution={},{}", window.width, window.height),
                model};

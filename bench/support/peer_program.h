@@ -12,9 +12,6 @@ struct Peer {
   const char* sign;     ///< the line of that which holds this.
 };
 
-/// Where a program is, empty when it is not.
-std::string FindProgram(const std::string& name);
-
 /// The line by which the program says its version; empty when it is not there, or is another one.
 std::string VersionOf(const Peer& peer);
 
