@@ -11,3 +11,12 @@ function(gl3_keep_heap program)
     target_link_libraries(${program} PRIVATE mimalloc)
   endif()
 endfunction()
+
+# The same with large pages, for programs that live as long as a picture: what they free goes back to
+# the kernel less readily.
+function(gl3_keep_large_heap program)
+  gl3_keep_heap(${program})
+  if(GL3_MIMALLOC)
+    target_sources(${program} PRIVATE $<TARGET_OBJECTS:gl3largepages>)
+  endif()
+endfunction()

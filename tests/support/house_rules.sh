@@ -30,6 +30,7 @@ hostkit/isolated      hostkit/scene hostkit/services host platform
 hostkit/feed          hostkit/scene hostkit/services host platform
 hostkit/frame         hostkit/feed hostkit/scene hostkit/pictures hostkit/services host platform
 hostkit/effects       hostkit/pictures hostkit/services host platform
+apps/heap
 apps/base             hostkit/services
 apps/options          apps/base hostkit/services hostkit/feed hostkit/effects hostkit/pictures hostkit/scene
 apps/work/common      apps/base apps/options hostkit/confine hostkit/pictures hostkit/services host platform
