@@ -1,6 +1,9 @@
 // Feeds a scene to a display list: the frame's course, and the lit triangles.
 #include "hostkit/feed/scene_feed.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "hostkit/feed/draw_state.h"
 #include "hostkit/feed/vector_parts.h"
 
@@ -14,6 +17,16 @@ namespace {
 constexpr std::size_t kTrianglesAPiece = 10000;
 
 using Imath::V3f;
+
+// The corners of two triangles that have an edge in common. Its ends are `begin` and `end` of the
+// one, `at` and `next` of the other.
+struct Join {
+  int begin, middle, end;
+  int at, next, last;
+};
+constexpr Join kJoins[] = {{0, 1, 2, 0, 1, 2}, {0, 1, 2, 1, 2, 0}, {0, 1, 2, 2, 0, 1},
+                           {1, 2, 0, 0, 1, 2}, {1, 2, 0, 1, 2, 0}, {1, 2, 0, 2, 0, 1},
+                           {2, 0, 1, 0, 1, 2}, {2, 0, 1, 1, 2, 0}, {2, 0, 1, 2, 0, 1}};
 
 }  // namespace
 
@@ -67,6 +80,61 @@ void SceneFeed::FeedLit() {
   }
 }
 
+/// False where it is not seen.
+inline bool SceneFeed::MakeLit(std::size_t triangle, LitTriangle* lit) const {
+  const bool transparent = m_placed.prepared->transparent;
+  const bool mayTurn = !transparent || !m_placed.prepared->closed;
+  const Corners corners = CornersOf(triangle);
+  const auto [a, b, c] = corners.index;
+  const bool facesAway =
+      (mayTurn || m_placed.hidesBacks) && FacesAway(m_vertices[a], m_vertices[b], m_vertices[c]);
+  if (facesAway && m_placed.hidesBacks) return false;
+  const bool turned = mayTurn && facesAway;
+  const bool swapped = turned == transparent;
+  lit->corners[0] = a;
+  lit->corners[1] = swapped ? c : b;
+  lit->corners[2] = swapped ? b : c;
+  lit->seenFromInside = turned != transparent;
+  return true;
+}
+
+inline void SceneFeed::CopyLit(std::uint32_t vertex, bool seenFromInside, GAVertex* to) const {
+  *to = m_vertices[vertex];
+  if (seenFromInside) SetNormal(*to, -NormalOf(*to));
+}
+
+inline void SceneFeed::AddLit(const LitTriangle& triangle) {
+  GAVertex record[4];  // the renderer reads the first, second and fourth
+  CopyLit(triangle.corners[0], triangle.seenFromInside, &record[0]);
+  CopyLit(triangle.corners[1], triangle.seenFromInside, &record[1]);
+  CopyLit(triangle.corners[2], triangle.seenFromInside, &record[3]);
+  m_list->AddTransformedTri(record, DisplayList::kCheckTransparency);
+}
+
+/// Two triangles with an edge in common as a quad, which takes four vertices in place of six: the
+/// renderer draws elements 0, 1, 3 and 0, 3, 2 of it. False when they have none.
+inline bool SceneFeed::AddPair(const LitTriangle& one, const LitTriangle& other) {
+  if (one.seenFromInside != other.seenFromInside) return false;
+  const auto joins = [&](const Join& join) {
+    return other.corners[join.at] == one.corners[join.begin] &&
+           other.corners[join.next] == one.corners[join.end];
+  };
+  // Most often it is the edge that it was before.
+  if (!joins(kJoins[m_join])) {
+    const Join* const found = std::find_if(std::begin(kJoins), std::end(kJoins), joins);
+    if (found == std::end(kJoins)) return false;
+    m_join = static_cast<std::size_t>(found - kJoins);
+  }
+  const Join& join = kJoins[m_join];
+  GAVertex record[4];
+  CopyLit(one.corners[join.begin], one.seenFromInside, &record[0]);
+  CopyLit(one.corners[join.middle], one.seenFromInside, &record[1]);
+  CopyLit(other.corners[join.last], one.seenFromInside, &record[2]);
+  CopyLit(one.corners[join.end], one.seenFromInside, &record[3]);
+  m_list->AddTransformedQuad(record, DisplayList::kQuadBatched, 1);
+  return true;
+}
+
 // Opaque triangles go in clockwise as the viewer sees them, with normals to the viewer's side:
 // clockwise is the renderer's front, and so both sides of a surface are lit without help from
 // OpenGL's two-sided lighting. That help fails on llvmpipe of Mesa 22.3 once triangles were drawn
@@ -77,31 +145,27 @@ void SceneFeed::FeedLit() {
 // for the far side of a glass ball, but a single pane or leaf would be gone from behind: only open
 // surfaces are turned to the viewer.
 void SceneFeed::FeedLitTriangles() {
-  const bool transparent = m_placed.prepared->transparent;
-  const bool mayTurn = !transparent || !m_placed.prepared->closed;
-  const GAVertex* vertices = m_vertices.data();
-  GAVertex record[4];  // the renderer reads the first, second and fourth
-  std::size_t count = 0;
-  for (std::size_t i = 0; i < m_placed.triangles->size(); i += 3) {
-    Corners corners = CornersOf(i);
-    const GAVertex& a = vertices[corners.index[0]];
-    const GAVertex& b = vertices[corners.index[1]];
-    const GAVertex& c = vertices[corners.index[2]];
-    const bool facesAway = (mayTurn || m_placed.hidesBacks) && FacesAway(a, b, c);
-    if (facesAway && m_placed.hidesBacks) continue;
-    const bool turned = mayTurn && facesAway;
-    const bool swapped = turned == transparent;
-    record[0] = a;
-    record[1] = swapped ? c : b;
-    record[3] = swapped ? b : c;
-    if (turned != transparent) {
-      for (int k : {0, 1, 3}) SetNormal(record[k], -NormalOf(record[k]));
+  // The glow, which goes in triangle by triangle, has to meet the same depths.
+  const bool mayPair = !m_placed.prepared->transparent && !m_placed.prepared->glow.material;
+  LitTriangle waiting, next;  // the first for the other, which may be its neighbour
+  bool isWaiting = false;
+  const std::size_t count = m_placed.triangles->size() / 3;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i > 0 && i % kTrianglesAPiece == 0) {
+      m_list->FlushArrays();
+      if (!IsWanted()) return;
     }
-    m_list->AddTransformedTri(record, DisplayList::kCheckTransparency);
-    if (++count % kTrianglesAPiece != 0) continue;
-    m_list->FlushArrays();
-    if (!IsWanted()) return;
+    if (!MakeLit(3 * i, &next)) continue;
+    if (isWaiting && AddPair(waiting, next)) {
+      isWaiting = false;
+      continue;
+    }
+    if (isWaiting) AddLit(waiting);
+    waiting = next;
+    isWaiting = mayPair;
+    if (!isWaiting) AddLit(next);
   }
+  if (isWaiting) AddLit(waiting);
 }
 
 }  // namespace hostkit

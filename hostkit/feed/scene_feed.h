@@ -20,6 +20,7 @@
 #include "hostkit/feed/mesh_edges.h"
 #include "hostkit/feed/mesh_preparation.h"
 #include "hostkit/feed/seen_surfaces.h"
+#include "hostkit/feed/vector_parts.h"
 #include "hostkit/feed/vertex_lighting.h"
 #include "hostkit/feed/wide_lines.h"
 #include "hostkit/scene/scene.h"
@@ -78,6 +79,11 @@ class SceneFeed {
   struct Corners {
     std::uint32_t index[3];
   };
+  // A triangle as it is handed in.
+  struct LitTriangle {
+    std::uint32_t corners[3];
+    bool seenFromInside;  // its normals are turned
+  };
   // A triangle of the far-to-near pass.
   struct SortedTriangle {
     float key;  // minus the mean z, as the renderer's own queue has it
@@ -100,6 +106,10 @@ class SceneFeed {
 
   void FeedLit();
   void FeedLitTriangles();
+  bool MakeLit(std::size_t triangle, LitTriangle* lit) const;
+  void CopyLit(std::uint32_t vertex, bool seenFromInside, GAVertex* to) const;
+  void AddLit(const LitTriangle& triangle);
+  bool AddPair(const LitTriangle& one, const LitTriangle& other);
   void FeedGlow(bool transparent);
   void FeedGlowTriangles();
   void FeedUnlit();
@@ -151,6 +161,7 @@ class SceneFeed {
   VertexLighting m_lighting;
 
   Placed m_placed;
+  std::size_t m_join = 0;  // how the last pair lay
   // View-space vertices of the instance at hand; normals point outwards.
   std::vector<GAVertex> m_vertices;
   std::vector<ColorBuf> m_lit[2];  // its lit colours seen from outside, from inside
@@ -168,5 +179,16 @@ class SceneFeed {
   VornPoly m_polygon;                      // kept for its colour handles
   GAColor m_pointColor;
 };
+
+inline SceneFeed::Corners SceneFeed::CornersOf(std::size_t triangle) const {
+  const std::uint32_t* from = m_placed.triangles->data() + triangle;
+  if (m_placed.mirrored) return {{from[0], from[2], from[1]}};
+  return {{from[0], from[1], from[2]}};
+}
+
+inline bool SceneFeed::FacesAway(const GAVertex& a, const GAVertex& b, const GAVertex& c) const {
+  const Imath::V3f eyeSide = (PositionOf(b) - PositionOf(a)).cross(PositionOf(c) - PositionOf(a));
+  return m_view.info->perspective != 0 ? eyeSide.dot(PositionOf(a)) >= 0 : eyeSide.z <= 0;
+}
 
 }  // namespace hostkit

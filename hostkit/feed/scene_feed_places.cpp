@@ -13,10 +13,6 @@ using Imath::M44f;
 using Imath::V2f;
 using Imath::V3f;
 
-V3f Position(const GAVertex& v) {
-  return {v.x, v.y, v.z};
-}
-
 void SetUv(GAVertex& vertex, const V2f& uv) {
   vertex.u = uv.x;
   vertex.v = uv.y;
@@ -94,7 +90,7 @@ void SceneFeed::PlaceCuts(const UvMap* uvs) {
   m_vertices.reserve(m_vertices.size() + cuts.made.size());
   for (const CutVertex& made : cuts.made) {
     const GAVertex &a = m_vertices[made.a], &b = m_vertices[made.b];
-    const V3f place = Position(a) + (Position(b) - Position(a)) * made.share;
+    const V3f place = PositionOf(a) + (PositionOf(b) - PositionOf(a)) * made.share;
     GAVertex vertex;
     vertex.x = place.x;
     vertex.y = place.y;
@@ -117,9 +113,9 @@ void SceneFeed::MakeNormals() {
   for (GAVertex& vertex : m_vertices) SetNormal(vertex, V3f(0));
   for (std::size_t i = 0; i < m_placed.mesh->triangles.size(); i += 3) {
     Corners corners = CornersOf(i);
-    V3f a = Position(m_vertices[corners.index[0]]);
-    V3f b = Position(m_vertices[corners.index[1]]);
-    V3f c = Position(m_vertices[corners.index[2]]);
+    V3f a = PositionOf(m_vertices[corners.index[0]]);
+    V3f b = PositionOf(m_vertices[corners.index[1]]);
+    V3f c = PositionOf(m_vertices[corners.index[2]]);
     V3f outwards = (b - a).cross(c - a);
     for (std::uint32_t index : corners.index) {
       GAVertex& vertex = m_vertices[index];
@@ -127,17 +123,6 @@ void SceneFeed::MakeNormals() {
     }
   }
   for (GAVertex& v : m_vertices) SetNormal(v, NormalOf(v).normalized());
-}
-
-SceneFeed::Corners SceneFeed::CornersOf(std::size_t triangle) const {
-  const std::uint32_t* from = m_placed.triangles->data() + triangle;
-  if (m_placed.mirrored) return {{from[0], from[2], from[1]}};
-  return {{from[0], from[1], from[2]}};
-}
-
-bool SceneFeed::FacesAway(const GAVertex& a, const GAVertex& b, const GAVertex& c) const {
-  V3f eyeSide = (Position(b) - Position(a)).cross(Position(c) - Position(a));
-  return m_view.info->perspective != 0 ? eyeSide.dot(Position(a)) >= 0 : eyeSide.z <= 0;
 }
 
 }  // namespace hostkit

@@ -9,6 +9,10 @@
 
 namespace hostkit {
 
+inline Imath::V3f PositionOf(const GAVertex& vertex) {
+  return {vertex.x, vertex.y, vertex.z};
+}
+
 inline Imath::V3f NormalOf(const GAVertex& vertex) {
   return {vertex.nx, vertex.ny, vertex.nz};
 }

@@ -37,6 +37,38 @@ TEST_F(Frames, SphereIsLitFromTheEyeAndCoversItsDisc) {
   EXPECT_GT(At(Render(scene, inside), 40, 40).red, 0.97f);
 }
 
+// Neighbours go to the renderer as one quad, whichever of their edges they have in common.
+TEST_F(Frames, NeighboursLookAsTheyDoApart) {
+  hostkit::SceneMesh mesh;
+  const V3f corners[] = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0.3f}, {0, 1, -0.2f}};
+  const std::uint32_t halves[2][3] = {{0, 1, 2}, {2, 3, 0}};
+  for (std::uint32_t place = 0; place < 9; ++place) {
+    const std::uint32_t first = 4 * place, turns[] = {place / 3, place % 3};
+    for (const V3f& corner : corners) {
+      const V3f at(static_cast<float>(place / 3), static_cast<float>(place % 3), 0);
+      mesh.positions.push_back((at + corner * 0.9f) * 1.2f - V3f(1.8f, 1.8f, 0));
+      mesh.normals.push_back(V3f(corner.x - 0.5f, 0.3f - corner.y, 0.4f).normalized());
+    }
+    for (int half = 0; half < 2; ++half) {
+      for (std::uint32_t i = 0; i < 3; ++i) {
+        mesh.triangles.push_back(first + halves[half][(i + turns[half]) % 3]);
+      }
+    }
+  }
+  hostkit::SceneMesh apart;
+  for (std::uint32_t i = 0; i < mesh.triangles.size(); ++i) {
+    apart.positions.push_back(mesh.positions[mesh.triangles[i]]);
+    apart.normals.push_back(mesh.normals[mesh.triangles[i]]);
+    apart.triangles.push_back(i);
+  }
+  for (const float side : {1.0f, -1.0f}) {  // seen from the front, and from behind
+    const M44f turned = M44f().scale(V3f(side, 1, side));
+    const auto together = Render(SceneOf({Material(1, 1, 1)}, mesh, turned));
+    EXPECT_GT(At(together, 20, 20).red, 0.2f);
+    EXPECT_EQ(Different(together, Render(SceneOf({Material(1, 1, 1)}, apart, turned)), 0.01f), 0);
+  }
+}
+
 TEST_F(Frames, LightSetsShineFromTheirSides) {
   hostkit::Scene scene = SceneOf({Material(1, 1, 1)}, Sphere(0));
   m_settings.lights = hostkit::LightSet::kThreePoint;
