@@ -14,8 +14,8 @@
 
 #include "hostkit/isolated/import_process.h"
 #include "hostkit/scene/scene_bytes.h"
-#include "samples/small_models.h"
 #include "tests/fuzz/input.h"
+#include "tests/fuzz/model_seeds.h"
 #include "tests/support/common/temp_folder.h"
 
 namespace {
@@ -85,29 +85,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 }
 
 Inputs Seeds() {
-  const TempFolder folder;
-  std::string error;
-  Require(samples::WriteCubes(folder.Path(""), &error) &&
-              samples::WriteBumpySphere(folder.Path("sphere.glb"), 8, &error),
-          error);
-  std::vector<fs::path> places = {folder.Path("")};
-#ifdef GL3_FUZZ
-  places.emplace_back("/usr/share/assimp/models");
-#endif
-  constexpr std::size_t kLargest = 20 << 10;
-  Inputs seeds;
-  for (const fs::path& place : places) {
-    if (!fs::exists(place)) continue;
-    for (const fs::directory_entry& file : fs::recursive_directory_iterator(place)) {
-      const auto* suffix =
-          std::find(std::begin(kSuffixes), std::end(kSuffixes), file.path().extension().string());
-      if (suffix == std::end(kSuffixes) || file.file_size() > kLargest) continue;
-      std::ifstream stream(file.path(), std::ios::binary);
-      seeds.push_back(static_cast<char>(suffix - kSuffixes) +
-                      std::string(std::istreambuf_iterator<char>(stream), {}));
-    }
-  }
-  return seeds;
+  return ModelSeeds(kSuffixes);
 }
 
 Inputs Regressions() {
