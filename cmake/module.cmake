@@ -43,6 +43,7 @@ add_library(gl3module OBJECT
   shader/RowMerge.cpp)
 target_compile_options(gl3module PRIVATE -fvisibility=hidden)
 target_precompile_headers(gl3module PRIVATE <GL/glew.h>)
+gl3_compile_in_batches(gl3module)
 target_link_libraries(gl3module PUBLIC gl3platform Imath::Imath OpenMP::OpenMP_CXX)
 
 # The exports have the version of the interface that they are built for.
