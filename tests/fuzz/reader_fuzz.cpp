@@ -1,11 +1,22 @@
 // Fuzzes the readers of model files that are ours, in this process, where libFuzzer sees which ways
 // an input takes through them. What comes out has to hold when it is handed over.
 #include <filesystem>
-#include <memory>
+#include <iterator>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "hostkit/import/model_import.h"
+#include "hostkit/import/amf/amf_reader.h"
+#include "hostkit/import/gltf/gltf_reader.h"
+#include "hostkit/import/import_pictures.h"
+#include "hostkit/import/model_files.h"
+#include "hostkit/import/model_reader.h"
+#include "hostkit/import/obj/obj_reader.h"
+#include "hostkit/import/ply/ply_reader.h"
+#include "hostkit/import/stl/stl_reader.h"
+#include "hostkit/import/threemf/threemf_reader.h"
+#include "hostkit/scene/node_animation.h"
+#include "hostkit/scene/recentre.h"
 #include "hostkit/scene/scene_check.h"
 #include "tests/fuzz/input.h"
 #include "tests/fuzz/model_seeds.h"
@@ -15,10 +26,34 @@ namespace {
 
 // The first byte of an input chooses one; the rest is the file. New ones go to the end.
 constexpr const char* kSuffixes[] = {".ply", ".obj", ".stl", ".gltf", ".glb", ".3mf", ".amf"};
+constexpr hostkit::ReadModel kReaders[] = {
+    hostkit::ReadPly,  hostkit::ReadObj,     hostkit::ReadStl, hostkit::ReadGltf,
+    hostkit::ReadGltf, hostkit::ReadThreeMf, hostkit::ReadAmf};
 
-/// Libraries are not looked at here: what they decode is for the process of its own.
-bool IsForLibraries(const std::string& file) {
-  return file.find("draco") != std::string::npos || file.find("meshopt") != std::string::npos;
+/// Decoders of others are not looked at here: they have the process of its own.
+bool IsForDecoders(std::string_view file) {
+  return file.find("draco") != file.npos || file.find("meshopt") != file.npos;
+}
+
+/// Reads, and does what follows every reader.
+void ReadWith(hostkit::ReadModel read, const std::string& path) {
+  const hostkit::ImportOptions options;
+  const hostkit::ModelFiles files(path, options.reach);
+  hostkit::Scene scene;
+  hostkit::PictureStore pictures(scene, files);
+  hostkit::ExactPlaces places;
+  std::string error, why;
+  if (!read({files, options, scene, pictures, places}, &error)) {
+    if (error.empty()) return;  // another's
+    RequireOneLine(error);
+    Require(error.starts_with(path + ": "), "a message without the name: " + error);
+    return;
+  }
+  if (scene.instances.empty()) return;
+  SettleAtRest(scene);
+  if (Recentre(scene, places, &why)) {
+    Require(hostkit::CheckScene(scene, &why), "it cannot be handed over: " + why);
+  }
 }
 
 }  // namespace
@@ -26,19 +61,12 @@ bool IsForLibraries(const std::string& file) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static TempFolder folder;
   Input input(data, size);
-  const std::string path = folder.Path(std::string("model") + input.OneOf(kSuffixes));
-  const std::string file = input.Rest();
-  if (IsForLibraries(file)) return 0;
-  folder.Write(std::filesystem::path(path).filename(), file);
-  std::string error, why;
-  const std::unique_ptr<hostkit::Scene> scene = hostkit::ImportModel(path, &error);
-  std::filesystem::remove(path);
-  if (scene) {
-    Require(hostkit::CheckScene(*scene, &why), "it cannot be handed over: " + why);
-    return 0;
-  }
-  RequireOneLine(error);
-  Require(error.starts_with(path + ": "), "a message without the name: " + error);
+  const std::size_t kind = input.Byte() % std::size(kSuffixes);
+  const std::string name = std::string("model") + kSuffixes[kind], file = input.Rest();
+  if (IsForDecoders(file)) return 0;
+  folder.Write(name, file);
+  ReadWith(kReaders[kind], folder.Path(name));
+  std::filesystem::remove(folder.Path(name));
   return 0;
 }
 
