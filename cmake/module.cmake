@@ -44,6 +44,8 @@ add_library(gl3module OBJECT
 target_compile_options(gl3module PRIVATE -fvisibility=hidden)
 target_precompile_headers(gl3module PRIVATE <GL/glew.h>)
 gl3_compile_in_batches(gl3module)
+# The benchmarks take the shaders' sources from its object.
+set_source_files_properties(shader/Gl3ShaderMainSources.cpp PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 target_link_libraries(gl3module PUBLIC gl3platform Imath::Imath OpenMP::OpenMP_CXX)
 
 # The exports have the version of the interface that they are built for.
