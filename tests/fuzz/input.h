@@ -51,5 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 using Inputs = std::vector<std::string>;
 /// What the fuzzer starts from.
 Inputs Seeds();
+/// Whether seeds are asked for to be fuzzed, and not for a test, which has less time.
+bool AreForFuzzing();
 /// Inputs that once made something fail, as hexadecimal digits.
 Inputs Regressions();

@@ -20,9 +20,7 @@ Inputs ModelSeeds(std::span<const char* const> suffixes) {
               samples::WriteBumpySphere(folder.Path("sphere.glb"), 8, &error),
           error);
   std::vector<fs::path> places = {folder.Path("")};
-#ifdef GL3_FUZZ
-  places.emplace_back("/usr/share/assimp/models");
-#endif
+  if (AreForFuzzing()) places.emplace_back("/usr/share/assimp/models");
   constexpr std::size_t kLargest = 20 << 10;
   Inputs seeds;
   for (const fs::path& place : places) {

@@ -1,6 +1,6 @@
-// The main of a fuzzer that is built as a test: replays its seeds, its regressions and a fixed run
-// of random inputs, or the files that are its arguments. Under libFuzzer, which has a main of its
-// own, it hands the seeds out instead.
+// Runs a fuzzer as a test: replays its seeds, its regressions and a fixed run of random inputs, or
+// the files that are its arguments. Under libFuzzer, which has a main of its own, it does so when
+// GL3_FUZZ_REPLAY is in the environment, and hands the seeds out when GL3_FUZZ_SEEDS is.
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -26,7 +26,36 @@ Inputs AllInputs() {
   return inputs;
 }
 
+constexpr int kRandomInputs = 40;
+
+void Replay(const std::string& input) {
+  // In memory of its own size, so that a sanitizer sees reads beyond the end.
+  const std::vector<std::uint8_t> bytes(input.begin(), input.end());
+  LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
+}
+
+std::string RandomInput(std::mt19937& random) {
+  std::string bytes(random() % 600, '\0');
+  for (char& c : bytes) c = static_cast<char>(random());
+  return bytes;
+}
+
+int ReplayAll() {
+  for (const std::string& input : AllInputs()) Replay(input);
+  std::mt19937 random(1);
+  for (int i = 0; i < kRandomInputs; ++i) Replay(RandomInput(random));
+  return 0;
+}
+
+const char* SeedFolder() {
+  return std::getenv("GL3_FUZZ_SEEDS");
+}
+
 }  // namespace
+
+bool AreForFuzzing() {
+  return SeedFolder() != nullptr;
+}
 
 #ifdef GL3_FUZZ
 
@@ -45,32 +74,14 @@ static int WriteSeeds(const std::string& folder) {
   return 0;
 }
 
-/// Called by libFuzzer before anything else: with GL3_FUZZ_SEEDS, writes the seeds there and ends,
-/// with status 1 when it cannot.
+/// Called by libFuzzer before anything else: ends with status 1 when seeds cannot be written.
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  if (const char* folder = std::getenv("GL3_FUZZ_SEEDS")) std::exit(WriteSeeds(folder));
+  if (SeedFolder()) std::exit(WriteSeeds(SeedFolder()));
+  if (std::getenv("GL3_FUZZ_REPLAY")) std::exit(ReplayAll());
   return 0;
 }
 
 #else
-
-namespace {
-
-constexpr int kRandomInputs = 40;
-
-void Replay(const std::string& input) {
-  // In memory of its own size, so that a sanitizer sees reads beyond the end.
-  const std::vector<std::uint8_t> bytes(input.begin(), input.end());
-  LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
-}
-
-std::string RandomInput(std::mt19937& random) {
-  std::string bytes(random() % 600, '\0');
-  for (char& c : bytes) c = static_cast<char>(random());
-  return bytes;
-}
-
-}  // namespace
 
 int main(int count, char** arguments) {
   for (int i = 1; i < count; ++i) {
@@ -81,11 +92,7 @@ int main(int count, char** arguments) {
     }
     Replay({std::istreambuf_iterator<char>(file), {}});
   }
-  if (count > 1) return 0;
-  for (const std::string& input : AllInputs()) Replay(input);
-  std::mt19937 random(1);
-  for (int i = 0; i < kRandomInputs; ++i) Replay(RandomInput(random));
-  return 0;
+  return count > 1 ? 0 : ReplayAll();
 }
 
 #endif
