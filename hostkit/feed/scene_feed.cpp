@@ -85,7 +85,7 @@ inline bool SceneFeed::MakeLit(std::size_t triangle, LitTriangle* lit) const {
   const bool transparent = m_placed.prepared->transparent;
   const bool mayTurn = !transparent || !m_placed.prepared->closed;
   const Corners corners = CornersOf(triangle);
-  const auto [a, b, c] = corners.index;
+  const std::uint32_t a = corners.index[0], b = corners.index[1], c = corners.index[2];
   const bool facesAway =
       (mayTurn || m_placed.hidesBacks) && FacesAway(m_vertices[a], m_vertices[b], m_vertices[c]);
   if (facesAway && m_placed.hidesBacks) return false;
