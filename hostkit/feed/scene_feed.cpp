@@ -42,7 +42,10 @@ void SceneFeed::Prepare(DisplayList* list, const FeedView& view) {
 
 /// Between pieces of the work. Once the frame is not wanted, nothing more is placed.
 bool SceneFeed::IsWanted() {
-  m_isWanted = m_isWanted && GoesOn(m_pause);
+  if (!m_isWanted) return false;
+  m_isWanted = GoesOn(m_pause);
+  // What it gave way to may have used another buffer, where the ends of blocks would go now.
+  if (!m_isWanted) m_view.info->buffer->IsFogEnabled();
   return m_isWanted;
 }
 

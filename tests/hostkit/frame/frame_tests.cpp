@@ -187,6 +187,19 @@ TEST_F(Frames, EdgesAreSmoothAndLinesKeepTheirWidth) {
   }
 }
 
+// By the calls: the fixture has them checked.
+TEST_F(Frames, AFrameThatIsGivenUpEndsInItsOwnContext) {
+  const hostkit::Scene scene = SceneOf({Material(1, 0, 0)}, Sphere(0));
+  std::string error;
+  const auto renderer = hostkit::FrameRenderer::Create(s_module->Driver(), scene, &error);
+  ASSERT_NE(renderer, nullptr) << error;
+  renderer->SetPause([&] {
+    EXPECT_GT(At(Render(scene), 40, 40).red, 0.9f);  // what it gives way to draws elsewhere
+    return false;
+  });
+  EXPECT_EQ(renderer->Render(m_settings, FrontView(), &error).bitmap, nullptr);
+}
+
 TEST_F(Frames, TilesAreSeamless) {
   hostkit::Scene scene = SceneOf({Material(1, 0.5f, 0.2f), Material(0.2f, 0.5f, 1, 0.4f)},
                                  Sphere(0), At(0.3f, 0.1f, -4));
