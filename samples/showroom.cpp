@@ -12,6 +12,7 @@
 #include <numbers>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "samples/textures.h"
 

@@ -9,6 +9,7 @@
 #include <QStyle>
 #include <algorithm>
 #include <cmath>
+#include <string>
 #include <utility>
 
 #include "apps/gl3-view/texts.h"

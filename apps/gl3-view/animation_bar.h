@@ -6,6 +6,7 @@
 #include <QTimer>
 #include <QToolBar>
 #include <functional>
+#include <vector>
 
 #include "apps/gl3-view/shown_time.h"
 #include "hostkit/scene/node_animation.h"

@@ -8,6 +8,7 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 #include <string>
+#include <utility>
 
 #include "apps/gl3-view/color_button.h"
 #include "apps/gl3-view/texts.h"

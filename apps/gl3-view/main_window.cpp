@@ -11,6 +11,7 @@
 #include <QStatusBar>
 #include <QVBoxLayout>
 #include <utility>
+#include <vector>
 
 #include "apps/gl3-view/render_command.h"
 #include "apps/gl3-view/report_dialog.h"

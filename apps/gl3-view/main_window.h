@@ -8,6 +8,8 @@
 #include <QStringList>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "apps/gl3-view/animation_bar.h"
 #include "apps/gl3-view/model_loader.h"

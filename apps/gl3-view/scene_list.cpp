@@ -10,6 +10,7 @@
 #include <QTreeWidget>
 #include <algorithm>
 #include <cstddef>
+#include <string>
 #include <utility>
 
 #include "apps/base/text.h"

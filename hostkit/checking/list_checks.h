@@ -2,6 +2,8 @@
 // list_operations.cpp.
 #pragma once
 
+#include <vector>
+
 #include "host/AttrProperty.h"
 #include "host/DisplayList.h"
 #include "hostkit/checking/arguments.h"

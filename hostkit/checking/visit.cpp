@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
+#include <memory>
 #include <utility>
 
 #include "hostkit/checking/gl_errors.h"

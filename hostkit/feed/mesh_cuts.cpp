@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <unordered_map>
+#include <utility>
 
 namespace hostkit {
 namespace {

@@ -13,6 +13,7 @@
 #include <QShortcut>
 #include <QSignalBlocker>
 #include <algorithm>
+#include <string>
 
 namespace platform {
 namespace {

@@ -6,7 +6,11 @@
 
 #include <algorithm>
 #include <memory>
+#include <set>
 #include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "hostkit/isolated/import_process.h"
 #include "tests/support/common/gl3_process.h"

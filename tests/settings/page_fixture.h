@@ -1,7 +1,10 @@
 // The settings page in a sheet, with the host's answers to it recorded.
 #pragma once
 
+#include <memory>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "hostkit/services/registry.h"
 #include "hostkit/services/settings_sheet.h"

@@ -6,8 +6,12 @@
 
 #include <algorithm>
 #include <ctime>
+#include <memory>
 #include <random>
 #include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "hostkit/services/current_driver.h"
 #include "shader/Gl3ShaderProgram.h"

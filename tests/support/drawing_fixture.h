@@ -7,7 +7,10 @@
 
 #include <initializer_list>
 #include <map>
+#include <memory>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "host/VornPoly.h"
 #include "tests/support/driver_fixture.h"

@@ -6,6 +6,8 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "buffer/GL3Buffer.h"
 #include "buffer/GL3Color.h"

@@ -5,7 +5,9 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <string>
 #include <type_traits>
+#include <vector>
 
 #include "platform/agl.h"
 #include "platform/cgl.h"

@@ -18,6 +18,8 @@
 #include <QTest>
 #include <algorithm>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "apps/gl3-view/main_window.h"
 #include "apps/work/render/frame_setup.h"

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "apps/base/messages.h"
 #include "hostkit/services/module_loader.h"

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "apps/base/supervised_child.h"
 #include "apps/work/common/confine_work.h"

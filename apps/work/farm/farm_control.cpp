@@ -10,6 +10,7 @@
 #include <fstream>
 #include <system_error>
 #include <thread>
+#include <vector>
 
 #include "apps/base/text.h"
 #include "apps/work/farm/farm_rounds.h"

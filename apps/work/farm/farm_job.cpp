@@ -9,7 +9,9 @@
 #include <filesystem>
 #include <iterator>
 #include <memory>
+#include <string>
 #include <system_error>
+#include <vector>
 
 #include "apps/base/command_words.h"
 #include "apps/base/messages.h"

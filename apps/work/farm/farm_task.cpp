@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <vector>
 
 #include "apps/base/messages.h"
 #include "apps/work/common/stopwatch.h"

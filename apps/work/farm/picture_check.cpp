@@ -8,6 +8,7 @@
 #include <iterator>
 #include <map>
 #include <memory>
+#include <utility>
 
 #include "apps/base/command_words.h"
 #include "apps/base/file_checks.h"

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
 #include "apps/work/compare/compare_job.h"

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 #include "host/Bitmap.h"
 #include "host/DisplayList.h"

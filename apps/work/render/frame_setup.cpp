@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "apps/work/common/driver_session.h"
 #include "apps/work/render/layer_pictures.h"

@@ -1,6 +1,8 @@
 // The recipe in a picture, for whoever repeats it.
 #include "apps/work/render/stored_recipe.h"
 
+#include <vector>
+
 #include "apps/base/command_words.h"
 #include "apps/work/common/confine_work.h"
 #include "hostkit/pictures/picture_recipe.h"

@@ -5,6 +5,7 @@
 #include <array>
 #include <iterator>
 #include <utility>
+#include <vector>
 
 #include "hostkit/import/surface_colors.h"
 

@@ -1,6 +1,8 @@
 // Reads models of glTF 2.0, as text or binary.
 #pragma once
 
+#include <string>
+
 #include "hostkit/import/model_reader.h"
 
 namespace hostkit {

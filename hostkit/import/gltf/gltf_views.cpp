@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <numbers>
+#include <string>
 #include <utility>
 
 #include "host/Lights.h"

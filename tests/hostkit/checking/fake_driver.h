@@ -1,6 +1,8 @@
 // A driver that does nothing, so that what would end a process can be called wrongly as well.
 #pragma once
 
+#include <vector>
+
 #include "host/DisplayList.h"
 #include "host/GABuffer.h"
 #include "host/GADriver.h"

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <stdexcept>
+#include <string>
 
 double Pixels::Sum(int c, int left, int right) const {
   double sum = 0;
