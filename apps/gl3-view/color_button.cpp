@@ -1,10 +1,9 @@
 // A button that shows a colour, and asks for another when it is pressed.
 #include "apps/gl3-view/color_button.h"
 
-#include <utility>
-
 #include <QColorDialog>
 #include <QPixmap>
+#include <utility>
 
 namespace view {
 

@@ -1,9 +1,9 @@
 // Loads the part of gl3 that needs OpenGL, importers and picture libraries.
 #include "apps/gl3/work_library.h"
 
-#include <string>
-
 #include <dlfcn.h>
+
+#include <string>
 
 namespace gl3 {
 

@@ -1,6 +1,7 @@
 // Feeds a scene to a display list: light of surfaces' own that is added to what is drawn of them.
 #include "host/GABuffer.h"
 #include "hostkit/feed/scene_feed.h"
+#include "hostkit/feed/vector_parts.h"
 
 namespace hostkit {
 
@@ -36,6 +37,7 @@ void SceneFeed::FeedGlow(bool transparent) {
 }
 
 // The corners go in as they did the first time: in another order, depths may differ by a rounding.
+// Normals point to the side on which they run clockwise, as all others.
 void SceneFeed::FeedGlowTriangles() {
   const PreparedMesh& prepared = *m_placed.prepared;
   const bool mayTurn = !prepared.transparent || !prepared.closed;
@@ -52,6 +54,9 @@ void SceneFeed::FeedGlowTriangles() {
     record[0] = a;
     record[1] = swapped ? c : b;
     record[3] = swapped ? b : c;
+    if (!swapped) {
+      for (const int k : {0, 1, 3}) SetNormal(record[k], -NormalOf(record[k]));
+    }
     m_list->AddTransformedTri(record, DisplayList::kDrawAsOpaque);
   }
 }

@@ -11,14 +11,11 @@
 #include "apps/base/x_server.h"
 #include "hostkit/checking/checking.h"
 #include "platform/platform.h"
+#include "tests/support/common/misuse_fails.h"
 
 namespace {
 
 constexpr int kSkipped = 77;  // as tests/CMakeLists.txt has it
-
-void FailTheTest(const hostkit::Misuse& misuse, void*) {
-  ADD_FAILURE() << misuse.operation << ": " << misuse.values << "; " << misuse.remedy;
-}
 
 }  // namespace
 

@@ -64,5 +64,8 @@ class Frames : public testing::Test {
   hostkit::Picture Render(const hostkit::Scene& scene, const hostkit::View& view = FrontView());
 
   static inline std::unique_ptr<hostkit::LoadedModule> s_module;
+  /// What glows goes in once more as it lies, after what can be seen through, and is lit by
+  /// nothing: calls may be told to leave sides unlit.
+  static inline bool s_mayBeUnlit = false;
   hostkit::FrameSettings m_settings;
 };

@@ -214,6 +214,7 @@ TEST_F(Frames, EmissionIsAddedToWhatIsLit) {
 }
 
 TEST_F(Frames, EmissionKeepsToItsSurface) {
+  s_mayBeUnlit = true;
   hostkit::Scene scene = SceneOf({Material(0, 0, 0), Material(1, 0, 0)}, Square(0));
   hostkit::SceneMaterial& material = scene.materials[0];
   PutPicture(scene, Texels({{255, 255, 255, 0}, {255, 255, 255, 255}}, 2));
