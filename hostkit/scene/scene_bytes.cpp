@@ -15,7 +15,7 @@ namespace {
 // Arrays begin at multiples of this, so that copying them in and out is aligned.
 constexpr std::size_t kAlignment = 16;
 // The first bytes: a mark and the number of this form of writing.
-constexpr std::uint64_t kMark = 0x37656E6563736C67;  // "glscene7"
+constexpr std::uint64_t kMark = 0x38656E6563736C67;  // "glscene8"
 
 std::size_t RoundUp(std::size_t size) {
   return (size + kAlignment - 1) / kAlignment * kAlignment;
@@ -207,7 +207,11 @@ void TransferMesh(Stream& stream, Part& mesh) {
 template <class Stream, class Part>
 void TransferTrack(Stream& stream, Part& track) {
   stream.Number(track.curve);
-  stream.Array(track.keys);
+  // One by one: some keys end in bytes that are nobody's, which would go along.
+  stream.List(track.keys, [&](auto& key) {
+    stream.Number(key.time);
+    stream.Number(key.value);
+  });
   stream.Array(track.tangents);
 }
 
