@@ -1,5 +1,6 @@
 // The dialog that lists all extensions, and the report file.
 #include <cstddef>
+#include <iterator>
 #include <string>
 
 #include "settings/DialogTemplates.h"
@@ -18,7 +19,7 @@ CExtensionsDlg::CExtensionsDlg(COpenGLPropertyPage* page)
 const AFX_MSGMAP* CExtensionsDlg::GetMessageMap() const {
   static const AFX_MSGMAP_ENTRY entries[] = {
       {kSaveButton, static_cast<void (CDialog::*)()>(&CExtensionsDlg::OnButton1)}};
-  static const AFX_MSGMAP map{CDialog::GetMessageMap(), entries, 1};
+  static const AFX_MSGMAP map{CDialog::GetMessageMap(), entries, std::size(entries)};
   return &map;
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <iterator>
 
 #include "driver/ProbeContext.h"
 #include "platform/gl.h"
@@ -63,7 +64,7 @@ void COpenGLPropertyPage::DoDataExchange(CDataExchange* exchange) {
 const AFX_MSGMAP* COpenGLPropertyPage::GetMessageMap() const {
   static const AFX_MSGMAP_ENTRY entries[] = {
       {kExtensionsButton, static_cast<void (CDialog::*)()>(&COpenGLPropertyPage::OnExtensions)}};
-  static const AFX_MSGMAP map{CPropertyPage::GetMessageMap(), entries, 1};
+  static const AFX_MSGMAP map{CPropertyPage::GetMessageMap(), entries, std::size(entries)};
   return &map;
 }
 

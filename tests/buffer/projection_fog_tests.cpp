@@ -73,6 +73,7 @@ TEST_F(ProjectionTest, AnyPerspectiveValueIsAFrustum) {
 
 TEST_F(ProjectionTest, SetProjectionRestoresWithoutRecomputing) {
   Info().perspective = -7;
+  Buffer().Reallocate(80, 48, 1);  // leaves the model-view stack current
   Buffer().ComputeProjectionMatrices();
   const Matrix scene = Loaded();
   Info().perspective = 0;
@@ -90,7 +91,6 @@ TEST_F(ProjectionTest, SetProjectionRestoresWithoutRecomputing) {
       << "the matrix mode is known";
   EXPECT_EQ(recorder.CallsTo("glViewport").front(), "glViewport(0, 0, 80, 48)");
 
-  // Reallocate leaves the model-view stack current.
   Buffer().Reallocate(30, 10, 1);
   recorder.Clear();
   Buffer().SetProjection(1);

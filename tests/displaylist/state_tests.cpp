@@ -262,8 +262,11 @@ TEST_F(StateTest, SubclassesSeeTexturesAndFlushes) {
 TEST_F(StateTest, AListWithoutABufferDrawsNowhere) {
   EXPECT_EQ(Driver()->CreateDisplayList(nullptr), nullptr);
   RenderInfo info;
+  GlRecorder recorder(GlRecorder::kPlatform);
   const std::unique_ptr<DisplayList> list(Driver()->CreateDisplayList(&info));
   ASSERT_NE(list, nullptr);
+  EXPECT_EQ(recorder.CallsTo("GetDC").size(), 1u) << "as for a view without a window";
+  EXPECT_EQ(recorder.CallsTo("CreateCompatibleDC"), Lines());
   AttrProperty glass = Material(1, 0, 0, 0.5f);
   auto quad = Square(0, 0, 5, -9);
   list->BeginInstructions();

@@ -168,6 +168,7 @@ TEST_F(ProgramTest, FailuresOfSetUpEndTheEffect) {
     // A program that could not be linked stays, and keeps its shader.
     const std::size_t left = each.source == kUnlinkable ? 2 : 0;
     EXPECT_EQ(LiveObjects().size(), before + left) << each.log;
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR)) << "nothing is released twice";
   }
 }
 

@@ -81,6 +81,7 @@ TEST_F(TargetsTest, TextureSizes) {
   GL3GADriver::gl_max_texture_size = 4096;
   EXPECT_EQ(TextureSize(1000, 600), Size(1024, 512));
   EXPECT_EQ(TextureSize(1, 724), Size(1, 512));
+  EXPECT_EQ(TextureSize(724, 1), Size(512, 1));
 }
 
 TEST_F(TargetsTest, DepthTexturesHoldTheLastDepthThroughout) {
