@@ -201,6 +201,8 @@ const Case kBufferCases[] = {
     {"z-outside DisplayList::AddSolidRectangle",
      [](World& w) { w.list->AddSolidRectangle(0, 0, 8, 8, 0, w.color); }},
     {"z-outside DisplayList::AddRectangle", [](World& w) { w.list->AddRectangle(0, 0, 8, 8, 0); }},
+    {"z-outside DisplayList::AddRoundRect",
+     [](World& w) { w.list->AddRoundRect(0, 0, 8, 8, 0, 2, 2, w.color); }},
     {"z-too-near GABuffer::TransparentBlit",
      [](World& w) {
        w.info.nearZ = w.info.perspective = -0.5f;

@@ -108,6 +108,18 @@ TEST_F(Frames, LargePicturesMayBeOfSquares) {
   PutPicture(scene, Texels(texels, 2048));
   scene.images[0].isNearest = true;
   for (Imath::V2f& uv : scene.meshes[0].uvs) uv.x *= 4.0f / 2048;
+  // Those that are too large for it take nothing from the others.
+  for (int i = 1; i <= 2; ++i) {
+    hostkit::SceneImage& tooLarge = scene.images.emplace_back();
+    tooLarge.bitmap = Texels(std::vector<ColorBuf>(2052 * 4), 2052);
+    tooLarge.isNearest = true;
+    scene.materials.push_back(scene.materials[0]);
+    scene.materials.back().image = i;
+    scene.meshes.insert(scene.meshes.begin(), scene.meshes.back());
+    scene.meshes.front().material = i;
+    scene.instances.push_back({i - 1, M44f().translate(V3f(1000, 0, 0)), -1});
+  }
+  scene.instances[0].mesh = 2;
   const auto picture = Render(scene);
   for (int x = 20; x < 60; ++x) {
     const bool isNearEdge = x % 10 < 3 || x % 10 > 6;

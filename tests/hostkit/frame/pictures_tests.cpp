@@ -121,6 +121,26 @@ TEST_F(Frames, PicturesGoOnAsTheirWrapsSay) {
   }
 }
 
+TEST(PictureLayout, EnlargesUpToTheLimitsOfTextures) {
+  using hostkit::Enlarging;
+  const struct {
+    int width, height;
+    Enlarging enlarging;
+    int factor;
+  } kCases[] = {{2048, 8, Enlarging::kLargeSquares, 2}, {2052, 8, Enlarging::kLargeSquares, 1},
+                {8, 2052, Enlarging::kLargeSquares, 1}, {8, 8, Enlarging::kSquares, 64},
+                {36, 8, Enlarging::kSquares, 32},       {1024, 1024, Enlarging::kSquares, 2},
+                {1028, 8, Enlarging::kSquares, 1},      {340, 8, Enlarging::kSmooth, 3},
+                {344, 8, Enlarging::kSmooth, 1},        {4096, 4, Enlarging::kNone, 1}};
+  for (const auto& [width, height, enlarging, factor] : kCases) {
+    const auto layout = hostkit::LayOutPicture(hostkit::SceneImage(), width, height,
+                                               Imath::Box2f({0, 0}, {1, 1}), enlarging);
+    EXPECT_EQ(layout.u.factor, factor) << width << "x" << height;
+    EXPECT_EQ(layout.v.factor, factor) << width << "x" << height;
+    EXPECT_EQ(layout.u.count, width);
+  }
+}
+
 TEST_F(Frames, CutMeshesMayMoveAndHaveNoCracks) {
   const Pattern pattern = {8, 12};
   hostkit::Scene scene = SheetOf(pattern, 2000);

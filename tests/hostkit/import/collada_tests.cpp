@@ -72,6 +72,7 @@ TEST_F(Import, ColladaShadersAreWhatTheySay) {
     const std::string text = Dae("", technique, kView);
     for (const std::string& bytes : {text, Wide(text)}) {
       const Scene scene = Read(Write("m.dae", bytes));
+      EXPECT_EQ(scene.meshes[0].name, "g");
       const SceneMaterial& material = FirstMaterial(scene);
       EXPECT_NEAR(material.surface.base.red.Current(), red, 1e-4f) << technique;
       EXPECT_NEAR(material.surface.roughness.Current(), roughness, 1e-4f) << technique;

@@ -266,4 +266,21 @@ TEST_F(Gltf, SkinnedMeshesFollowTheirJointsAtRest) {
   }
 }
 
+TEST_F(Gltf, NodesThatDeformOneMeshHaveEachTheirOwn) {
+  GltfText file;
+  const int corners = file.Floats({0, 0, 0, 1, 0, 0, 0, 1, 0}, 3);
+  const int target = file.Floats({0, 0, 2, 0, 0, 2, 0, 0, 2}, 3);
+  const Scene scene =
+      ReadText(file, fmt::format(R"("meshes":[{{"primitives":[{{"attributes":{{"POSITION":{}}},)"
+                                 R"("targets":[{{"POSITION":{}}}]}}]}}],"nodes":[{{"mesh":0}},)"
+                                 R"({{"mesh":0,"weights":[1]}},{{"mesh":0,"weights":[0.5]}}],)",
+                                 corners, target));
+  ASSERT_EQ(scene.instances.size(), 3u);
+  const float depths[] = {0, 2, 1};
+  for (std::size_t i = 0; i < 3; ++i) {
+    const auto mesh = static_cast<std::size_t>(scene.instances[i].mesh);
+    EXPECT_NEAR(scene.meshes.at(mesh).positions.at(0).z, depths[i], kNear) << i;
+  }
+}
+
 }  // namespace
