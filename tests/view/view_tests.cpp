@@ -71,14 +71,24 @@ TEST_F(ViewTest, TheMouseAndKeysMoveTheCamera) {
     EXPECT_GT(DifferentPixels(now, before), 1000) << what;
     before = now;
   };
+  const auto fromTarget = [this] {
+    const gl3::RenderOptions options = View().Options();
+    return *options.eye - *options.target;
+  };
+  const Imath::V3d atFirst = fromTarget();
   Drag(&View(), Qt::LeftButton, middle, middle + QPoint(120, 40));
   expectChange("orbit");
+  const Imath::V3d turned = fromTarget();
+  EXPECT_NEAR(turned.length() / atFirst.length(), 1, 1e-4);
+  EXPECT_LT(turned.normalized() ^ atFirst.normalized(), 0.99);
   Drag(&View(), Qt::MiddleButton, middle, middle + QPoint(60, 20));
   expectChange("pan");
   Drag(&View(), Qt::LeftButton, middle, middle + QPoint(60, 20), Qt::ShiftModifier);
   expectChange("pan with shift");
   Drag(&View(), Qt::RightButton, middle, middle + QPoint(0, -80));
   expectChange("zoom by dragging");
+  EXPECT_LT(fromTarget().length(), turned.length() * 0.9);
+  EXPECT_NEAR(fromTarget().normalized() ^ turned.normalized(), 1, 1e-6);
   Wheel(&View(), 2);
   expectChange("zoom by the wheel");
   for (const Qt::Key key : {Qt::Key_F, Qt::Key_1, Qt::Key_2, Qt::Key_3, Qt::Key_4, Qt::Key_5,

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "hostkit/frame/backdrop.h"
 #include "hostkit/pictures/picture_in.h"
 #include "hostkit/services/pixel_values.h"
 #include "tests/hostkit/frame/frame_fixture.h"
@@ -126,6 +127,30 @@ TEST_F(Frames, LargePicturesMayBeOfSquares) {
     if (isNearEdge) continue;
     EXPECT_NEAR(At(picture, x, 41).green, x / 10 % 2, 0.01f) << x;
   }
+}
+
+TEST(Backdrop, PicturesCoverFramesByTheMeansOfTheirTexels) {
+  std::vector<ColorBuf> texels;  // of which no two are alike, nor any two rows' differences
+  for (int i = 0; i < 4 * 6; ++i) {
+    const int x = i % 4, y = i / 4;
+    texels.push_back({static_cast<std::uint8_t>(10 * x + 6 * y * y), 51, 0, 255});
+  }
+  for (std::size_t x = 0; x < 4; ++x) texels[x] = {200, 200, 200, 0};  // clear: black
+  float mean[3];
+  hostkit::Picture cover;
+  cover.bitmap = hostkit::CoverWith(*Texels(texels, 4), 2, 3, mean);
+  for (int i = 0; i < 2 * 3; ++i) {
+    const int x = i % 2, y = i / 2;
+    float red = 0, green = 0;
+    for (const int k : {0, 1, 4, 5}) {
+      const ColorBuf& texel = texels[static_cast<std::size_t>(8 * y + 2 * x + k)];
+      red += static_cast<float>(texel.red * texel.alpha) / (4 * 255 * 255);
+      green += static_cast<float>(texel.green * texel.alpha) / (4 * 255 * 255);
+    }
+    EXPECT_NEAR(At(cover, x, y).red, red, 0.001f) << x << ", " << y;
+    EXPECT_NEAR(At(cover, x, y).green, green, 0.001f) << x << ", " << y;
+  }
+  EXPECT_NEAR(mean[1], 0.2f * 5 / 6, 0.001f);
 }
 
 TEST_F(Frames, AlphaIsCutOffAtItsProduct) {
