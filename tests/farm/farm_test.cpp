@@ -345,6 +345,15 @@ TEST_F(Farm, TellsHowToGoOnOnceItIsInterrupted) {
   ExpectRefused("farm wait job", 1, {" of 400 pictures", "has ended", "goes on"});
 }
 
+TEST_F(Farm, PutsNoMoreTasksOnANodeThanTheSmallestHasProcessors) {
+  const Gl3Setup setup = WithScheduler();
+  Install("sinfo", "#!/bin/sh\necho \"sinfo $*\" >>\"$SCHEDULER/asked\"\nprintf '8\\n1\\n4\\n'\n");
+  ExpectRefused(
+      "farm --per-node 2 --sbatch=--partition=night --measured 1,1 -- " + Turn("out/t%d.png", 4), 2,
+      {"2 tasks on a node of 1 processors", "give 1"}, setup);
+  EXPECT_TRUE(Holds(Lines("asked").back(), {"sinfo", "--partition=night"}));
+}
+
 TEST_F(Farm, WithoutASchedulerSaysSoAndLeavesNothing) {
   Gl3Setup setup = WithScheduler();
   setup.environment[0] = "PATH=" + m_base.string();
