@@ -126,18 +126,22 @@ TEST_F(Looks, CarryTextOfAnySize) {
   for (const int size : {20, 40, 80}) {
     const Pixels picture = Render(fmt::format(
         "--color black --material unlit --background black --text H,30,10,white,{}px", size));
-    int top = kSheetHeight, bottom = 0, left = kSheetWidth;
+    int top = kSheetHeight, bottom = 0, left = kSheetWidth, right = 0;
     for (int i = 0; i < kSheetWidth * kSheetHeight; ++i) {
       if (At(picture, i % kSheetWidth, i / kSheetWidth)[0] < 128) continue;
       top = std::min(top, i / kSheetWidth);
       bottom = std::max(bottom, i / kSheetWidth + 1);
       left = std::min(left, i % kSheetWidth);
+      right = std::max(right, i % kSheetWidth + 1);
     }
     EXPECT_NEAR(top, 10, 1) << size;
     EXPECT_NEAR(left, 30, size / 5) << size;
     EXPECT_NEAR(bottom - top, 0.72 * size, 0.1 * size) << size;
     EXPECT_NEAR(bottom - top, 2 * before, before == 0 ? 99 : 2) << size;
     before = bottom - top;
+    const int upper = top + before / 4;
+    EXPECT_GT(At(picture, left + size / 20, upper)[0], 128) << size;
+    EXPECT_LT(At(picture, (left + right) / 2, upper)[0], 64) << size << ": between the stems";
   }
 }
 

@@ -15,13 +15,13 @@ std::array<float, 4> Floats(const GANativeColor& color) {
   return {rgba[0], rgba[1], rgba[2], rgba[3]};
 }
 
-std::array<int, 4> Bytes(const GANativeColor& color) {
+std::array<int, 4> BytesOf(const GANativeColor& color) {
   return {color.Red(), color.Green(), color.Blue(), color.Alpha()};
 }
 
 /// All four channels hold `channel`; what each reads back as.
 std::array<int, 4> BytesOf(float channel) {
-  return Bytes(GL3Color(Vector4{channel, channel, channel, channel}));
+  return BytesOf(GL3Color(Vector4{channel, channel, channel, channel}));
 }
 
 std::array<int, 4> Four(int byte) {
@@ -33,12 +33,12 @@ TEST(ColorTest, EveryByteComesBack) {
   for (int byte = 0; byte < 256; ++byte) {
     const auto value = static_cast<unsigned char>(byte);
     all.Set(value, value, value, value);
-    ASSERT_EQ(Bytes(all), Four(byte));
+    ASSERT_EQ(BytesOf(all), Four(byte));
     one.SetRed(value);
     one.SetGreen(static_cast<unsigned char>(value + 1));
     one.SetBlue(static_cast<unsigned char>(value + 2));
     one.SetAlpha(static_cast<unsigned char>(value + 3));
-    ASSERT_EQ(Bytes(one),
+    ASSERT_EQ(BytesOf(one),
               (std::array<int, 4>{byte, (byte + 1) % 256, (byte + 2) % 256, (byte + 3) % 256}));
   }
 }
@@ -87,20 +87,20 @@ TEST_F(DriverColorTest, HandlesCopyTheColour) {
   ASSERT_NE(copy.Native(), nullptr);
   ASSERT_NE(copy.Native(), first.Native());
   copy.Set(1, 2, 3, 4);
-  EXPECT_EQ(Bytes(*first.Native()), (std::array<int, 4>{10, 20, 30, 40}));
-  EXPECT_EQ(Bytes(*copy.Native()), (std::array<int, 4>{1, 2, 3, 4}));
+  EXPECT_EQ(BytesOf(*first.Native()), (std::array<int, 4>{10, 20, 30, 40}));
+  EXPECT_EQ(BytesOf(*copy.Native()), (std::array<int, 4>{1, 2, 3, 4}));
 
   GAColor moved(std::move(copy));
   EXPECT_EQ(copy.Native(), nullptr);
   copy = moved;
   GAColor& self = copy;
   copy = self;
-  EXPECT_EQ(Bytes(*copy.Native()), Bytes(*moved.Native()));
+  EXPECT_EQ(BytesOf(*copy.Native()), BytesOf(*moved.Native()));
   {
     Faults faults;  // without memory it keeps its colour
     faults.FailAlways(FaultPoint::kAllocGAssist);
     moved = first;
-    EXPECT_EQ(Bytes(*moved.Native()), (std::array<int, 4>{1, 2, 3, 4}));
+    EXPECT_EQ(BytesOf(*moved.Native()), (std::array<int, 4>{1, 2, 3, 4}));
     EXPECT_EQ(GAColor(first).Native(), nullptr);
   }
   GAColor empty;

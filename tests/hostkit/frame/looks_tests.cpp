@@ -17,9 +17,9 @@ using Imath::V3f;
 
 namespace {
 
-using Bytes = std::array<int, 3>;
+using Rgb8 = std::array<int, 3>;
 
-Bytes BytesAt(const hostkit::Picture& picture, int x, int y) {
+Rgb8 BytesAt(const hostkit::Picture& picture, int x, int y) {
   const Pixel pixel = At(picture, x, y);
   return {hostkit::ToByte(pixel.red), hostkit::ToByte(pixel.green), hostkit::ToByte(pixel.blue)};
 }
@@ -50,20 +50,20 @@ TEST_F(Frames, UnlitSurfacesHaveTheirColorExactly) {
     m_settings.mode = mode;
     scene.meshes[0].colors.clear();
     scene.materials[0].image = -1;
-    EXPECT_EQ(BytesAt(Render(scene), 40, 40), (Bytes{51, 102, 204}));
+    EXPECT_EQ(BytesAt(Render(scene), 40, 40), (Rgb8{51, 102, 204}));
     scene.meshes[0].colors.assign(4, {255, 128, 0, 255});
-    EXPECT_EQ(BytesAt(Render(scene), 40, 40), (Bytes{51, 51, 0}));
+    EXPECT_EQ(BytesAt(Render(scene), 40, 40), (Rgb8{51, 51, 0}));
     scene.meshes[0].colors[2].blue = 1;  // no longer the same everywhere
-    EXPECT_EQ(BytesAt(Render(scene), 40, 40), (Bytes{51, 51, 0}));
+    EXPECT_EQ(BytesAt(Render(scene), 40, 40), (Rgb8{51, 51, 0}));
     scene.meshes[0].colors.clear();
     PutPicture(scene, Texels({{255, 255, 0, 255}}, 1));
-    EXPECT_EQ(BytesAt(Render(scene), 40, 40), (Bytes{51, 102, 0}));
+    EXPECT_EQ(BytesAt(Render(scene), 40, 40), (Rgb8{51, 102, 0}));
   }
   m_settings.mode = DrawMode::kShaded;
   m_settings.fog.on = true;
   m_settings.fog.nearDistance = 5;
   m_settings.fog.farDistance = 15;  // the square's middle is half in black fog
-  const Bytes fogged = BytesAt(Render(scene), 40, 40);
+  const Rgb8 fogged = BytesAt(Render(scene), 40, 40);
   EXPECT_NEAR(fogged[0], 25, 2);
   EXPECT_NEAR(fogged[1], 51, 2);
 }
@@ -194,7 +194,7 @@ TEST_F(Frames, AlphaIsCutOffAtItsProduct) {
   scene.images[0] = {"", Texels(texels, 4), hostkit::PictureWrap::kClamp,
                      hostkit::PictureWrap::kClamp};
   auto picture = Render(scene);
-  EXPECT_EQ(BytesAt(picture, 37, 41), (Bytes{0, 0, 255}));
+  EXPECT_EQ(BytesAt(picture, 37, 41), (Rgb8{0, 0, 255}));
   EXPECT_EQ(BytesAt(picture, 42, 41)[2], 0);
   // Vertices' alpha from 0 at the left to 255, with a cut-off at a quarter: ten pixels in.
   material.image = -1;
@@ -203,7 +203,7 @@ TEST_F(Frames, AlphaIsCutOffAtItsProduct) {
   scene.meshes[0].colorsHaveAlpha = true;
   picture = Render(scene);
   for (int y : {25, 50}) {
-    EXPECT_EQ(BytesAt(picture, 28, y), (Bytes{0, 0, 255}));
+    EXPECT_EQ(BytesAt(picture, 28, y), (Rgb8{0, 0, 255}));
     EXPECT_EQ(BytesAt(picture, 31, y)[2], 0) << "opaque from there on";
   }
   // The same with a picture of half the alpha: twenty pixels in, within those of a band.
@@ -212,7 +212,7 @@ TEST_F(Frames, AlphaIsCutOffAtItsProduct) {
   for (const DrawMode mode : {DrawMode::kShaded, DrawMode::kFlat}) {
     m_settings.mode = mode;
     picture = Render(scene);
-    EXPECT_EQ(BytesAt(picture, 36, 25), (Bytes{0, 0, 255}));
+    EXPECT_EQ(BytesAt(picture, 36, 25), (Rgb8{0, 0, 255}));
     EXPECT_EQ(BytesAt(picture, mode == DrawMode::kFlat ? 57 : 44, 25)[2], 0);
   }
 }
@@ -260,15 +260,15 @@ TEST_F(Frames, EmissionKeepsToItsSurface) {
   material.alphaCutoff = 0.5f;
   Add(scene, Square(1), At(0, 1, 1));  // before its upper half
   auto picture = Render(scene);
-  EXPECT_EQ(BytesAt(picture, 30, 50), (Bytes{0, 0, 255})) << "cut out";
-  EXPECT_EQ(BytesAt(picture, 50, 50), (Bytes{0, 128, 0}));
-  EXPECT_EQ(BytesAt(picture, 50, 30), (Bytes{255, 0, 0})) << "hidden";
+  EXPECT_EQ(BytesAt(picture, 30, 50), (Rgb8{0, 0, 255})) << "cut out";
+  EXPECT_EQ(BytesAt(picture, 50, 50), (Rgb8{0, 128, 0}));
+  EXPECT_EQ(BytesAt(picture, 50, 30), (Rgb8{255, 0, 0})) << "hidden";
   // Fog of its own colour comes once.
   m_settings.fog.on = true;
   m_settings.fog.nearDistance = 0;
   m_settings.fog.farDistance = 20;
   std::fill_n(m_settings.fog.color, 3, 1.0f);
-  const Bytes fogged = BytesAt(Render(scene), 50, 50);
+  const Rgb8 fogged = BytesAt(Render(scene), 50, 50);
   EXPECT_NEAR(fogged[0], 128, 2);
   EXPECT_NEAR(fogged[1], 192, 2);
   // Blended, it comes with the picture.

@@ -158,6 +158,7 @@ TEST_F(Gltf, CamerasAndLightsAreThereForEachNodeThatHasThem) {
     const float fov = camera.parallelHeight > 0 ? 0 : camera.verticalFov;
     EXPECT_NEAR(fov, cases[i].fov, kNear);
     EXPECT_NEAR(camera.parallelHeight, cases[i].height, kNear);
+    EXPECT_NEAR(camera.aspect, cases[i].height > 0 ? 4 / 3.0f : 0, kNear);
   }
   ASSERT_EQ(scene.lights.size(), 3u);
   // 100 candela at 10 units are 1 lux, as bright as the two suns; together they reach 1.8.

@@ -18,7 +18,7 @@ using hostkit::Scene;
 using Imath::V2f;
 using Imath::V3f;
 
-const unsigned char* Pixel(const hostkit::BitmapPtr& bitmap, int x, int y) {
+const unsigned char* TexelAt(const hostkit::BitmapPtr& bitmap, int x, int y) {
   auto* buffer = static_cast<HRGBABuffer*>(bitmap->FindBuffer("Color"));
   return static_cast<unsigned char*>(buffer->GetData(y)) + 4 * x;
 }
@@ -35,7 +35,7 @@ std::vector<int> ColorAtFrontCorner(const Scene& scene, float signX, float signY
     const V3f& n = mesh.normals[i];
     if (n.z < 0.9f || p.x * signX < 0 || p.y * signY < 0) continue;
     const V2f uv = mesh.uvs.at(i);
-    const auto* pixel = Pixel(scene.images.at(0).bitmap, uv.x > 0.5f, uv.y > 0.5f);
+    const auto* pixel = TexelAt(scene.images.at(0).bitmap, uv.x > 0.5f, uv.y > 0.5f);
     return {pixel[0], pixel[1], pixel[2]};
   }
   return {};
@@ -146,16 +146,16 @@ TEST_F(Import, PicturesOfEachKindAreRead) {
   const hostkit::BitmapPtr bitmap = hostkit::LoadPicture(Write("four.png", png), &error);
   ASSERT_NE(bitmap, nullptr) << error;
   EXPECT_EQ(bitmap->GetWidth(), 2);
-  EXPECT_TRUE(std::equal(kFourColors, kFourColors + 8, Pixel(bitmap, 0, 0)));
-  EXPECT_TRUE(std::equal(kFourColors + 8, kFourColors + 16, Pixel(bitmap, 0, 1)));
+  EXPECT_TRUE(std::equal(kFourColors, kFourColors + 8, TexelAt(bitmap, 0, 0)));
+  EXPECT_TRUE(std::equal(kFourColors + 8, kFourColors + 16, TexelAt(bitmap, 0, 1)));
 
   // A radiance picture of one pixel: 0.25 and 1 and 4, shown as sRGB encodes 0.25, and 1, 1.
   const std::string hdr =
       std::string("#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 1 +X 1\n") + "\x08\x20\x80\x83";
   const hostkit::BitmapPtr bright = hostkit::LoadPicture(Write("bright.hdr", hdr), &error);
   ASSERT_NE(bright, nullptr) << error;
-  EXPECT_NEAR(Pixel(bright, 0, 0)[0], 137, 1);
-  EXPECT_EQ(Pixel(bright, 0, 0)[2], 255);
+  EXPECT_NEAR(TexelAt(bright, 0, 0)[0], 137, 1);
+  EXPECT_EQ(TexelAt(bright, 0, 0)[2], 255);
 }
 
 TEST_F(Import, BadPicturesAreRefusedWithTheirReason) {

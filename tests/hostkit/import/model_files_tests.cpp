@@ -307,8 +307,8 @@ TEST(SourceChecks, NothingIsMissingAfterwards) {
 }
 
 /// An archive of one packed entry of that name, which tells to unpack to so many bytes.
-std::string Zip(const std::string& name, std::uint32_t unpacked) {
-  return ::Zip({{name, "0123456789"}}, unpacked);
+std::string ZipOfSize(const std::string& name, std::uint32_t unpacked) {
+  return Zip({{name, "0123456789"}}, unpacked);
 }
 
 TEST_F(Import, ArchivesThatUnpackToFarTooMuchAreRefused) {
@@ -317,13 +317,13 @@ TEST_F(Import, ArchivesThatUnpackToFarTooMuchAreRefused) {
         {"a.zae", "a.dae", 0xc0000000u, "it unpacks to 3.0 GiB"},
         {"b.3mf", "a\\..\\..\\m.model", 10u, "it holds a\\..\\..\\m.model, which leads out"},
         {"c.3mf", "C:\\m.model", 10u, "it holds C:\\m.model, which leads out"}}) {
-    const std::string refusal = Refusal(Write(file, Zip(entry, unpacked)));
+    const std::string refusal = Refusal(Write(file, ZipOfSize(entry, unpacked)));
     EXPECT_NE(refusal.find(reason), std::string::npos) << refusal;
   }
-  const std::string hidden = Refusal(Write("e.3mf", "\x1f\x8b" + Zip("a", 0xc0000000)));
+  const std::string hidden = Refusal(Write("e.3mf", "\x1f\x8b" + ZipOfSize("a", 0xc0000000)));
   EXPECT_NE(hidden.find("it unpacks to 3.0 GiB"), std::string::npos) << hidden;
   // Not large enough to be told.
-  const std::string modest = Refusal(Write("d.3mf", Zip("3D/3dmodel.model", 0x40000000)));
+  const std::string modest = Refusal(Write("d.3mf", ZipOfSize("3D/3dmodel.model", 0x40000000)));
   EXPECT_EQ(modest.find("unpacks"), std::string::npos) << modest;
 }
 

@@ -19,7 +19,7 @@ using Imath::V3f;
 
 const float kHalf = std::sqrt(0.5f);
 
-M44f At(const V3f& place) {
+M44f PlaceAt(const V3f& place) {
   return M44f().setTranslation(place);
 }
 
@@ -37,11 +37,11 @@ Scene Arm() {
   mesh.normals = {{1, 0, 0}, {1, 0, 0}, {kHalf, kHalf, 0}};
   mesh.triangles = {0, 1, 2};
   scene.instances.resize(1);
-  scene.motion.nodes = {{-1, At({1, 0, 0}), M44f()}};
+  scene.motion.nodes = {{-1, PlaceAt({1, 0, 0}), M44f()}};
   SceneDeformation arm;
   arm.positions = mesh.positions;
   arm.normals = mesh.normals;
-  arm.joints = {{-1, M44f()}, {0, At({-1, 0, 0})}};
+  arm.joints = {{-1, M44f()}, {0, PlaceAt({-1, 0, 0})}};
   arm.influences = 2;
   arm.vertexJoints = {0, 1, 0, 1, 1, 0};
   arm.vertexWeights = {1, 0, 0.5f, 0.5f, 1, 0};
@@ -123,7 +123,7 @@ TEST(Deform, TargetsActBeforeJoints) {
 
 TEST(Deform, WhatIsBeyondTheNumbersStays) {
   Scene scene = Arm();
-  scene.motion.nodes[0].place = M44f().setScale(V3f(3e38f, 1, 1)) * At({0, 7, 0});
+  scene.motion.nodes[0].place = M44f().setScale(V3f(3e38f, 1, 1)) * PlaceAt({0, 7, 0});
   hostkit::PoseScene(scene, {}, 0);
   scene.meshes[0].positions[2] = {5, 5, 5};
   scene.motion.deformations[0].positions[2].x = 3;  // twice the largest number from the joint
@@ -188,7 +188,7 @@ TEST(Deform, WhatNothingMovesIsForgottenOnceItIsAtRest) {
   std::vector<SceneDeformation>& all = scene.motion.deformations;
   all.resize(3, all[0]);
   for (int i : {0, 1}) {
-    all[static_cast<std::size_t>(i)].joints[1] = {-1, At({0, 3, 0})};
+    all[static_cast<std::size_t>(i)].joints[1] = {-1, PlaceAt({0, 3, 0})};
     all[static_cast<std::size_t>(i)].mesh = i;
   }
   all[2].mesh = 2;

@@ -90,7 +90,7 @@ Scene OneOfEverything() {
   return scene;
 }
 
-std::string Bytes(const Scene& scene) {
+std::string BytesOf(const Scene& scene) {
   std::string bytes(hostkit::CountSceneBytes(scene), '\0');
   hostkit::WriteScene(scene, reinterpret_cast<unsigned char*>(bytes.data()));
   return bytes;
@@ -105,13 +105,13 @@ std::unique_ptr<Scene> FromBytes(const std::string& bytes, std::string* why) {
 /// slips below leave alone is changed here, for all of it to be named.
 TEST(SceneBytes, BringTheWholeSceneBack) {
   Scene scene = OneOfEverything();
-  std::string why, bytes = Bytes(scene);
+  std::string why, bytes = BytesOf(scene);
   const std::unique_ptr<Scene> back = FromBytes(bytes, &why);
   ASSERT_NE(back, nullptr) << why;
-  EXPECT_EQ(Bytes(*back), bytes);
+  EXPECT_EQ(BytesOf(*back), bytes);
   EXPECT_EQ(back->materials[0].surface.roughness.Current(), 13);
   const auto shows = [&](const char* what) {
-    const std::string before = std::exchange(bytes, Bytes(scene));
+    const std::string before = std::exchange(bytes, BytesOf(scene));
     EXPECT_NE(bytes, before) << what;
   };
   auto& [facts, images, materials, meshes, instances, nodeNames, cameras, lights, motion, warnings,
@@ -157,7 +157,7 @@ TEST(SceneBytes, BringTheWholeSceneBack) {
 }
 
 TEST(SceneBytes, ThatAreCutOrChangedAreRefusedOrSound) {
-  const std::string bytes = Bytes(OneOfEverything());
+  const std::string bytes = BytesOf(OneOfEverything());
   std::string why;
   for (std::size_t size = 0; size < bytes.size(); ++size) {
     ASSERT_EQ(FromBytes(bytes.substr(0, size), &why), nullptr) << size;
@@ -254,10 +254,10 @@ TEST(SceneCheck, NamesWhatIsNotSound) {
   for (const auto& [part, slips] : kSlips) {
     for (std::size_t i = 0; i < slips.size(); ++i) {
       Scene scene = OneOfEverything();
-      const std::string bytes = Bytes(scene);
+      const std::string bytes = BytesOf(scene);
       slips[i](scene);
       if (part != std::string("picture 0")) {
-        EXPECT_NE(Bytes(scene), bytes) << part << ", slip " << i;
+        EXPECT_NE(BytesOf(scene), bytes) << part << ", slip " << i;
       }
       why.clear();
       EXPECT_FALSE(hostkit::CheckScene(scene, &why)) << part << ", slip " << i;
