@@ -15,8 +15,8 @@ namespace gl3 {
 namespace {
 
 /// All that can be found out without work; reads the picture from standard input, if there is one.
-Outcome Prepare(const WorkTable& work, StandardInput* input, FilterOptions* options,
-                std::vector<std::string>* outputs) {
+Outcome PrepareFilter(const WorkTable& work, StandardInput* input, FilterOptions* options,
+                      std::vector<std::string>* outputs) {
   Outcome outcome = CheckFilterOptions(*options);
   if (outcome.status == kDone) outcome = input->PlacePicture(&options->inputs);
   if (outcome.status == kDone) outcome = NameOutputs(*options, outputs);
@@ -39,7 +39,7 @@ int RunFilter(const OptionParser& given, FilterOptions options,
   std::vector<std::string> outputs;
   Outcome outcome = CheckGivenOnce(given, "--output");
   const WorkTable* work = outcome.status == kDone ? LoadWork(&outcome) : nullptr;
-  if (work) outcome = Prepare(*work, &input, &options, &outputs);
+  if (work) outcome = PrepareFilter(*work, &input, &options, &outputs);
   if (work) given.TellLostValue(words, &outcome);
   const CommandOfEach command = RecipeCommandOfEach(given, words, options.recipe);
   if (outcome.status == kDone) return work->filter({options, outputs, command});

@@ -120,7 +120,7 @@ int RunMovies(const OptionParser& given, const RenderOptions& options,
 }
 
 /// All that can be found out without work; reads the model from standard input, if there is one.
-Outcome Prepare(const WorkTable& work, RenderOptions* options, StandardInput* input) {
+Outcome PrepareRender(const WorkTable& work, RenderOptions* options, StandardInput* input) {
   Outcome outcome = CheckRenderOptions(*options);
   if (outcome.status == kDone) outcome = SendResultTo(options->run.jsonFile, work);
   if (outcome.status == kDone && !options->IsEach()) outcome = CheckFolders(*options, work);
@@ -145,7 +145,7 @@ int RunRender(const OptionParser& given, RenderOptions options, std::vector<std:
     if (status != kDone) return status;
   }
   StandardInput input;
-  outcome = Prepare(*work, &options, &input);
+  outcome = PrepareRender(*work, &options, &input);
   given.TellLostValue(words, &outcome);
   if (outcome.status != kDone) return Fail(outcome);
   if (FindMovieKind(options.output)) return RunMovies(given, options, words, *work);

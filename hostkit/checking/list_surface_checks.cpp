@@ -72,8 +72,8 @@ void CheckNormals(Visit& visit, const SurfaceCounts::Normals& normals, const cha
 }
 
 /// `checks`: what is transparent waits. `triangles`: how many such it has.
-void CheckSurface(Visit& visit, const DisplayList& self, const std::array<GAVertex, 3>& corners,
-                  bool checks, int triangles) {
+void CheckLitSurface(Visit& visit, const DisplayList& self, const std::array<GAVertex, 3>& corners,
+                     bool checks, int triangles) {
   ListState* list = visit.State().Find(&self);
   const BufferState* buffer = list ? visit.State().BufferOf(*list) : nullptr;
   if (!buffer || list->switches[ListState::kLighting] != DisplayList::kLightingOn) return;
@@ -106,7 +106,7 @@ void BeforeTriangle(Visit& visit, DisplayList& self, const GAVertex* vertices, i
   if (!IsArray(visit, "the array of vertices", vertices, kCorners)) return;
   const std::array<GAVertex, 3> corners = {vertices[0], vertices[1], vertices[3]};
   LookAtArray(visit, corners.data(), std::ssize(corners));
-  CheckSurface(visit, self, corners, check != 0, 1);
+  CheckLitSurface(visit, self, corners, check != 0, 1);
 }
 
 void BeforeQuad(Visit& visit, DisplayList& self, const GAVertex* vertices, int mode, int) {
@@ -117,8 +117,8 @@ void BeforeQuad(Visit& visit, DisplayList& self, const GAVertex* vertices, int m
   if (!IsArray(visit, "the array of vertices", vertices, std::max(count, 1))) return;
   LookAtArray(visit, vertices, count);
   if (isPolyline) return;
-  CheckSurface(visit, self, {vertices[0], vertices[1], vertices[2]},
-               mode != DisplayList::kQuadBatched && mode != DisplayList::kQuadDefaultColor, 2);
+  CheckLitSurface(visit, self, {vertices[0], vertices[1], vertices[2]},
+                  mode != DisplayList::kQuadBatched && mode != DisplayList::kQuadDefaultColor, 2);
 }
 
 }  // namespace hostkit::checking

@@ -13,7 +13,7 @@ namespace {
 
 using Imath::V3f;
 
-unsigned char Times(float factor, unsigned char value, float more = 0) {
+unsigned char TimesColor(float factor, unsigned char value, float more = 0) {
   const float product = factor * value + more;
   return product > 0 ? static_cast<unsigned char>(std::min(product, 255.0f) + 0.5f) : 0;
 }
@@ -208,10 +208,10 @@ GALitVertex SceneFeed::FlatVertex(std::uint32_t vertex) const {
   return {v.x,
           v.y,
           v.z,
-          Times(material.base.red.Current(), color.red, emission.x),
-          Times(material.base.green.Current(), color.green, emission.y),
-          Times(material.base.blue.Current(), color.blue, emission.z),
-          Times(1 - material.transparency.Current(), color.alpha)};
+          TimesColor(material.base.red.Current(), color.red, emission.x),
+          TimesColor(material.base.green.Current(), color.green, emission.y),
+          TimesColor(material.base.blue.Current(), color.blue, emission.z),
+          TimesColor(1 - material.transparency.Current(), color.alpha)};
 }
 
 void SceneFeed::CollectLines() {

@@ -87,7 +87,7 @@ int WeightNumber(std::string_view target, std::string_view* address) {
 }
 
 /// A whole number below `count`; `count` for others.
-std::size_t NumberIn(float value, std::size_t count) {
+std::size_t WholeNumberIn(float value, std::size_t count) {
   return value >= 0 && value < static_cast<float>(count) ? static_cast<std::size_t>(value) : count;
 }
 
@@ -229,7 +229,7 @@ void ColladaMorphs::TakeNumbers(aiScene& source) {
     while (set > 0 && !mesh.mTextureCoords[set - 1]) --set;
     if (set == 0 || mesh.mNumVertices == 0) continue;
     aiVector3D*& marks = mesh.mTextureCoords[set - 1];
-    const std::size_t morph = NumberIn(marks[0].y, m_morphs.size());
+    const std::size_t morph = WholeNumberIn(marks[0].y, m_morphs.size());
     if (marks[0].z != kMark || morph == m_morphs.size()) continue;
     const ColladaMorph& from = m_morphs[morph];
     ways += from.ways.size() * mesh.mNumVertices;
@@ -239,7 +239,7 @@ void ColladaMorphs::TakeNumbers(aiScene& source) {
       Taken& taken = m_taken[&mesh];
       taken.morph = morph;
       for (unsigned i = 0; i < mesh.mNumVertices; ++i) {
-        const std::size_t number = NumberIn(marks[i].x, from.ways[0].size());
+        const std::size_t number = WholeNumberIn(marks[i].x, from.ways[0].size());
         taken.numbers.push_back(number < from.ways[0].size() ? static_cast<std::uint32_t>(number)
                                                              : 0);
       }

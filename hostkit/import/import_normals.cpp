@@ -123,7 +123,7 @@ V3f PlaceNormal(const std::vector<Facing>& facings, std::span<const std::uint32_
 }
 
 template <typename T>
-void Repeat(std::vector<T>& values, std::size_t index) {
+void RepeatVertices(std::vector<T>& values, std::size_t index) {
   if (!values.empty()) values.push_back(T(values[index]));
 }
 
@@ -158,9 +158,9 @@ class CornerVertices {
 
   std::uint32_t Split(std::uint32_t vertex, const V3f& normal) {
     const auto added = static_cast<std::uint32_t>(m_mesh.positions.size());
-    Repeat(m_mesh.positions, vertex);
-    Repeat(m_mesh.uvs, vertex);
-    Repeat(m_mesh.colors, vertex);
+    RepeatVertices(m_mesh.positions, vertex);
+    RepeatVertices(m_mesh.uvs, vertex);
+    RepeatVertices(m_mesh.colors, vertex);
     m_mesh.normals.push_back(normal);
     m_chain[vertex] = added;
     m_chain.push_back(kEnd);

@@ -108,8 +108,8 @@ Imf::Header MakeHeader(const PicturePixels& pixels, const Recipe& recipe, ExrEnc
   return header;
 }
 
-void WriteImage(ExrStream& stream, const PicturePixels& pixels, const Recipe& recipe,
-                ExrEncoding encoding) {
+void WriteExrImage(ExrStream& stream, const PicturePixels& pixels, const Recipe& recipe,
+                   ExrEncoding encoding) {
   Imf::Header header = MakeHeader(pixels, recipe, encoding);
   // One row for all rows.
   std::vector<std::uint16_t> row(static_cast<std::size_t>(pixels.width) * 4);
@@ -140,7 +140,7 @@ bool EncodeExr(std::FILE* stream, const PicturePixels& pixels, const Recipe& rec
                const PictureOptions& options, std::string* reason) {
   ExrStream output(stream);
   try {
-    WriteImage(output, pixels, recipe, options.exrEncoding);
+    WriteExrImage(output, pixels, recipe, options.exrEncoding);
   } catch (const std::exception& exception) {
     *reason = output.ErrorCode()
                   ? WriteErrorText(output.ErrorCode())

@@ -19,7 +19,8 @@ namespace {
 constexpr std::size_t kMaxComment = 65533;  // bytes in one marker
 constexpr int kFullColorQuality = 90;       // from here on colour keeps the full resolution
 
-// libjpeg reports errors by a long jump: only plain locals may stand between RunJob and the jump.
+// libjpeg reports errors by a long jump: only plain locals may stand between RunJpegJob and the
+// jump.
 struct JpegJob {
   jpeg_error_mgr errors;
   std::jmp_buf jump;
@@ -34,7 +35,7 @@ struct JpegJob {
   char message[JMSG_LENGTH_MAX] = "";
 };
 
-void OnError(j_common_ptr common) {
+void OnJpegError(j_common_ptr common) {
   auto* job = static_cast<JpegJob*>(common->client_data);
   job->errorCode = std::ferror(job->stream) ? (errno ? errno : EIO) : 0;
   common->err->format_message(common, job->message);
@@ -43,7 +44,7 @@ void OnError(j_common_ptr common) {
 
 void OnMessage(j_common_ptr) {}
 
-void WriteImage(JpegJob& job) {
+void WriteJpegImage(JpegJob& job) {
   jpeg_compress_struct* jpeg = &job.jpeg;
   const PicturePixels& pixels = *job.pixels;
   jpeg_stdio_dest(jpeg, job.stream);
@@ -69,10 +70,10 @@ void WriteImage(JpegJob& job) {
   jpeg_finish_compress(jpeg);
 }
 
-bool RunJob(JpegJob& job) {
+bool RunJpegJob(JpegJob& job) {
   if (setjmp(job.jump)) return false;
   jpeg_create_compress(&job.jpeg);
-  WriteImage(job);
+  WriteJpegImage(job);
   return true;
 }
 
@@ -96,11 +97,11 @@ bool EncodeJpeg(std::FILE* stream, const PicturePixels& pixels, const Recipe& re
   job.row = row.data();
   job.jpeg = {};
   job.jpeg.err = jpeg_std_error(&job.errors);
-  job.errors.error_exit = OnError;
+  job.errors.error_exit = OnJpegError;
   job.errors.output_message = OnMessage;
   job.jpeg.client_data = &job;
   errno = 0;
-  bool good = RunJob(job);
+  bool good = RunJpegJob(job);
   jpeg_destroy_compress(&job.jpeg);
   if (good) return true;
   *reason = job.errorCode ? WriteErrorText(job.errorCode)

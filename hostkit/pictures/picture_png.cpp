@@ -21,7 +21,7 @@ namespace hostkit {
 namespace {
 
 constexpr std::size_t kMaxKeyword = 79;
-constexpr int kLevel = 1;  // of compression: see WriteImage
+constexpr int kLevel = 1;  // of compression: see WritePngImage
 // Filtered rows that are compressed in one piece, in bytes. Larger pictures are compressed as their
 // rows are made, which takes longer and no memory.
 constexpr std::size_t kMostInOnePiece = std::size_t{256} << 20;
@@ -43,7 +43,7 @@ struct PngJob {
   char message[200] = "";
 };
 
-void OnError(png_structp png, png_const_charp message) {
+void OnWriteError(png_structp png, png_const_charp message) {
   auto* job = static_cast<PngJob*>(png_get_error_ptr(png));
   std::strncpy(job->message, message, sizeof job->message - 1);
   png_longjmp(png, 1);
@@ -113,7 +113,7 @@ void WriteRows(const PngJob& job) {
 
 // Level 1 with the SUB filter: five times as fast as the defaults on rendered pictures, and files
 // hardly grow.
-void WriteImage(PngJob& job) {
+void WritePngImage(PngJob& job) {
   const PicturePixels& pixels = *job.pixels;
   png_structp png = job.png;
   png_set_write_fn(png, &job, OnWrite, OnFlush);
@@ -130,9 +130,9 @@ void WriteImage(PngJob& job) {
   WriteRows(job);
 }
 
-bool RunJob(PngJob& job) {
+bool RunPngJob(PngJob& job) {
   if (setjmp(png_jmpbuf(job.png))) return false;
-  WriteImage(job);
+  WritePngImage(job);
   return true;
 }
 
@@ -174,9 +174,9 @@ bool EncodePng(std::FILE* stream, const PicturePixels& pixels, const Recipe& rec
   job.row = row.data();
   job.data = compressed.bytes.get();
   job.dataSize = compressed.size;
-  job.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &job, OnError, OnWarning);
+  job.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &job, OnWriteError, OnWarning);
   if (job.png) job.info = png_create_info_struct(job.png);
-  bool good = job.info && RunJob(job);
+  bool good = job.info && RunPngJob(job);
   png_destroy_write_struct(&job.png, &job.info);
   if (good) return true;
   if (job.errorCode) {

@@ -36,7 +36,7 @@ std::string Chunk(const char* name, std::string_view content) {
 }
 
 /// Exif data with one entry, ImageDescription: a directory of TIFF in little-endian order.
-std::string ExifOf(const std::string& text) {
+std::string ExifChunkOf(const std::string& text) {
   constexpr std::size_t kDescription = 0x010e, kAscii = 2, kTextAt = 26;
   const std::size_t length = text.size() + 1;
   return "II" + Little(42, 2) + Little(8, 4) + Little(1, 2) + Little(kDescription, 2) +
@@ -111,7 +111,7 @@ bool EncodeWebp(std::FILE* stream, const PicturePixels& pixels, const Recipe& re
   }
   const std::string text = RecipeText(recipe);
   const std::string file =
-      text.empty() ? std::string(job.File()) : WithExif(job.File(), pixels, ExifOf(text));
+      text.empty() ? std::string(job.File()) : WithExif(job.File(), pixels, ExifChunkOf(text));
   errno = 0;
   if (std::fwrite(file.data(), 1, file.size(), stream) == file.size()) return true;
   *reason = WriteErrorText(errno);

@@ -218,7 +218,7 @@ void MeshDeformer::DeformPiece(std::size_t piece) const {
 }
 
 /// Whether the pose can be taken: a mesh whose joints or weights are beyond the numbers stays.
-bool IsUsable(const DeformationPose& pose) {
+bool IsUsablePose(const DeformationPose& pose) {
   return std::all_of(pose.weights.begin(), pose.weights.end(),
                      [](float weight) { return std::isfinite(weight); }) &&
          std::all_of(pose.jointsToPosed.begin(), pose.jointsToPosed.end(),
@@ -235,7 +235,7 @@ void DeformMeshes(const std::vector<DeformedMesh>& meshes) {
   std::vector<MeshDeformer> deformers;
   deformers.reserve(meshes.size());
   for (const DeformedMesh& mesh : meshes) {
-    if (IsUsable(*mesh.pose)) deformers.emplace_back(mesh);
+    if (IsUsablePose(*mesh.pose)) deformers.emplace_back(mesh);
   }
   std::vector<Piece> pieces;
   std::size_t vertices = 0;

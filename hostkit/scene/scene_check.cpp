@@ -25,7 +25,7 @@ constexpr float kWidestView = 3.1415926f;
 constexpr int kMostInfluences = 64;  // of joints on a vertex
 
 /// Whether all of `count` floats are finite. By their bits, which compilers turn into wide steps.
-bool AreFinite(const void* floats, std::size_t count) {
+bool AreAllFinite(const void* floats, std::size_t count) {
   constexpr std::uint32_t kExponent = 0x7F800000;
   const auto* bytes = static_cast<const unsigned char*>(floats);
   std::uint32_t bad = 0;
@@ -38,9 +38,9 @@ bool AreFinite(const void* floats, std::size_t count) {
 }
 
 template <class Vector>
-bool AreFinite(const std::vector<Vector>& vectors) {
+bool AreAllFinite(const std::vector<Vector>& vectors) {
   const std::size_t bytes = vectors.size() * sizeof(Vector);
-  return AreFinite(vectors.data(), bytes / sizeof(float));
+  return AreAllFinite(vectors.data(), bytes / sizeof(float));
 }
 
 bool IsIndex(int index, std::size_t count) {
@@ -81,14 +81,14 @@ bool IsSound(const SceneMaterial& material, const Scene& scene) {
   const auto isPicture = [&](int image) {
     return image == -1 || IsIndex(image, scene.images.size());
   };
-  return AreFinite(values, std::size(values)) && std::isfinite(material.alphaCutoff) &&
-         AreFinite(material.emission, std::size(material.emission)) && isPicture(material.image) &&
-         isPicture(material.emissionImage);
+  return AreAllFinite(values, std::size(values)) && std::isfinite(material.alphaCutoff) &&
+         AreAllFinite(material.emission, std::size(material.emission)) &&
+         isPicture(material.image) && isPicture(material.emissionImage);
 }
 
 bool IsSound(const SceneMesh& mesh, const Scene& scene) {
   const std::size_t count = mesh.positions.size();
-  return AreFinite(mesh.positions) && AreFinite(mesh.normals) && AreFinite(mesh.uvs) &&
+  return AreAllFinite(mesh.positions) && AreAllFinite(mesh.normals) && AreAllFinite(mesh.uvs) &&
          IsAbsentOr(mesh.normals, count) && IsAbsentOr(mesh.uvs, count) &&
          IsAbsentOr(mesh.colors, count) && AreIndices(mesh.triangles, 3, count) &&
          AreIndices(mesh.lines, 2, count) && AreIndices(mesh.points, 1, count) &&
@@ -112,7 +112,7 @@ bool IsSound(const SceneLight& light, const Scene&) {
   const float values[] = {light.red, light.green, light.blue, light.intensity, light.range};
   return light.type >= GALight::kPoint && light.type <= GALight::kDirectional &&
          IsFinite(light.position) && IsFinite(light.direction) &&
-         AreFinite(values, std::size(values)) && light.range >= 0 && light.coneAngle >= 0 &&
+         AreAllFinite(values, std::size(values)) && light.range >= 0 && light.coneAngle >= 0 &&
          light.coneAngle <= kWidestCone && light.coneSoftness >= 0 &&
          light.coneSoftness <= kLargestSoftness;
 }
@@ -149,7 +149,7 @@ bool IsChannelSound(const WeightChannel& channel, const SceneMotion& motion) {
   const std::size_t each = channel.curve == KeyCurve::kCubic ? 3 * targets : targets;
   const std::vector<double>& times = channel.times;
   return channel.curve <= KeyCurve::kCubic && channel.values.size() == times.size() * each &&
-         AreFinite(channel.values) &&
+         AreAllFinite(channel.values) &&
          std::all_of(times.begin(), times.end(), [](double time) { return std::isfinite(time); }) &&
          std::adjacent_find(times.begin(), times.end(), std::greater_equal<>()) == times.end();
 }
@@ -173,7 +173,7 @@ bool AreJointsSound(const SceneDeformation& deformation, const SceneMotion& moti
   return deformation.influences >= 0 && deformation.influences <= kMostInfluences &&
          (deformation.influences == 0) == deformation.joints.empty() &&
          deformation.vertexJoints.size() == count && deformation.vertexWeights.size() == count &&
-         AreFinite(deformation.vertexWeights) &&
+         AreAllFinite(deformation.vertexWeights) &&
          std::all_of(deformation.joints.begin(), deformation.joints.end(), isJoint) &&
          std::all_of(deformation.vertexJoints.begin(), deformation.vertexJoints.end(), isInfluence);
 }
@@ -184,14 +184,14 @@ bool IsSound(const SceneDeformation& deformation, const Scene& scene) {
   const std::size_t count = mesh.positions.size();
   const auto isTarget = [count](const MorphTarget& target) {
     return target.positions.size() == count && IsAbsentOr(target.normals, count) &&
-           AreFinite(target.positions) && AreFinite(target.normals);
+           AreAllFinite(target.positions) && AreAllFinite(target.normals);
   };
   return deformation.positions.size() == count &&
-         deformation.normals.size() == mesh.normals.size() && AreFinite(deformation.positions) &&
-         AreFinite(deformation.normals) &&
+         deformation.normals.size() == mesh.normals.size() && AreAllFinite(deformation.positions) &&
+         AreAllFinite(deformation.normals) &&
          std::all_of(deformation.targets.begin(), deformation.targets.end(), isTarget) &&
          deformation.weights.size() == deformation.targets.size() &&
-         AreFinite(deformation.weights) && AreJointsSound(deformation, scene.motion);
+         AreAllFinite(deformation.weights) && AreJointsSound(deformation, scene.motion);
 }
 
 bool IsSound(const MovingInstance& moving, const Scene& scene) {

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Rules of the house that no compiler checks: what lies where, who may include whom, file names, file
-# lengths, and what the binaries link. Argument: the folder of the built binaries. Prints every
+# Rules of the house that no compiler checks: what lies where, who may include whom, names, lengths of
+# files, and what the binaries link. Argument: the folder of the built binaries. Prints every
 # breach.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
@@ -142,6 +142,33 @@ breach "a source file opens with what it is" \
 breach "file names outside host/ and the module are lower_snake_case" \
   < <(find platform hostkit apps tests bench samples \( -name '*.h' -o -name '*.cpp' \) \
     -name '*[^a-z0-9_.]*' 2>/dev/null)
+
+# Functions that a file has for itself, of a name that another file of the target has, too: they are
+# compiled together, and a call would reach the one that fits its arguments better.
+shared_names() {
+  local unity
+  local -a sources
+  while IFS= read -r unity; do
+    mapfile -t sources < <(sed -n 's/^#include "\(.*\)"$/\1/p' "$unity"/*.cxx | sort -u |
+      xargs ls -d 2>/dev/null)
+    awk '
+      FNR == 1 { isLocal = 0; outer = "" }
+      /^namespace [a-z0-9_:]+ {/ { outer = $2 }
+      /^namespace {/ { isLocal = 1 }
+      /^}  \/\/ namespace$/ { isLocal = 0 }
+      (isLocal || /^static /) && /^[A-Za-z_][^=]*\(/ {
+        name = $0
+        sub(/\(.*/, "", name)
+        sub(/.*[ *&]/, "", name)
+        # The test library calls PrintTo by the type, static_assert is none.
+        if (name ~ /::|^$|^(TEST|GL3_|INSTANTIATE|PrintTo$|static_assert$)/) next
+        name = outer "::" name
+        if (name in of && of[name] != FILENAME) print name " in " of[name] " and in " FILENAME
+        of[name] = FILENAME
+      }' "${sources[@]}"
+  done < <(find "$bin/.." -type d -path '*.dir/Unity')
+}
+breach "names of functions that files have for themselves differ throughout a target" < <(shared_names)
 
 lib=$bin/../lib/gl3
 # Lines that say what of readelf's list of headers is missing in a binary of ours, or wrong.

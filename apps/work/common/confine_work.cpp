@@ -48,7 +48,7 @@ constexpr const char* kPathVariables[] = {"GL3_MODULE_PATH", "LD_LIBRARY_PATH",
                                           "LIBGL_DRIVERS_PATH", "__EGL_VENDOR_LIBRARY_DIRS",
                                           "FONTCONFIG_PATH"};
 
-std::string Environment(const char* name) {
+std::string EnvironmentText(const char* name) {
   const char* value = std::getenv(name);
   return value ? value : "";
 }
@@ -75,15 +75,15 @@ void AddOutput(const std::string& output, std::vector<std::string>* writable) {
 /// Drivers keep compiled shaders in a folder of gl3's own, unless they are told another one: what
 /// other programs keep, their shaders too, is not for a process that a stranger's file may lead.
 void AddCaches(std::vector<std::string>* writable) {
-  const std::string home = Environment("HOME");
-  std::string caches = Environment("XDG_CACHE_HOME");
+  const std::string home = EnvironmentText("HOME");
+  std::string caches = EnvironmentText("XDG_CACHE_HOME");
   if (caches.empty() && !home.empty()) caches = home + "/.cache";
   const std::string own = caches.empty() ? "" : caches + "/gl3";
   std::error_code code;
   if (!own.empty()) fs::create_directories(own, code);
   for (const char* variable : {"MESA_SHADER_CACHE_DIR", "__GL_SHADER_DISK_CACHE_PATH"}) {
     if (!own.empty()) setenv(variable, own.c_str(), 0);
-    const std::string folder = Environment(variable);
+    const std::string folder = EnvironmentText(variable);
     if (!folder.empty()) writable->push_back(folder);
   }
 }
@@ -109,7 +109,7 @@ void AddReadable(const std::vector<std::string>& inputs, const std::string& modu
   readable->push_back(program.parent_path().string());
   readable->push_back(hostkit::HostKitFolder());
   for (const char* name : kPathVariables) {
-    std::string paths = Environment(name);
+    std::string paths = EnvironmentText(name);
     while (!paths.empty()) {
       const std::size_t end = std::min(paths.find(':'), paths.size());
       readable->push_back(paths.substr(0, end));
@@ -139,7 +139,7 @@ Outcome ConfineDrawing(const WorkFiles& files, const std::string& module, bool m
   AddDevices(&confinement.writable);
   // Settings are read while a damaged file can be set aside still; drawing changes none.
   GetRegistryValue("OpenGL3", "", 0);
-  const bool showsWindows = Environment("GL3_PLATFORM") == "x11";
+  const bool showsWindows = EnvironmentText("GL3_PLATFORM") == "x11";
   confinement.sockets =
       showsWindows ? hostkit::Confinement::Sockets::kLocal : hostkit::Confinement::Sockets::kRefuse;
   return Judge(hostkit::Confine(confinement), mustBe);

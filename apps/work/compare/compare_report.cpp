@@ -42,7 +42,7 @@ Json DifferenceJson(const std::optional<PictureDifference>& difference) {
           {"shrunk", difference->shrunk}};
 }
 
-Json PictureJson(const ComparedPicture& picture) {
+Json ComparedJson(const ComparedPicture& picture) {
   Json json = {{"name", picture.scene.name}};
   if (!picture.refusal.empty()) json["refusal"] = picture.refusal;
   if (!picture.trouble.empty()) json["trouble"] = picture.trouble;
@@ -96,7 +96,7 @@ Json CompareJson(const std::vector<ComparedDriver>& drivers) {
     json.update(driver.facts);
     json["pictures"] = Json::array();
     for (const ComparedPicture& picture : driver.pictures) {
-      json["pictures"].push_back(PictureJson(picture));
+      json["pictures"].push_back(ComparedJson(picture));
     }
     list.push_back(std::move(json));
   }

@@ -36,7 +36,7 @@ namespace fs = std::filesystem;
 using CommandWords = std::vector<std::string>;
 
 /// Without a message, what went wrong has been told.
-int Fail(const Outcome& outcome) {
+int FailJob(const Outcome& outcome) {
   if (!outcome.message.empty()) PrintError(outcome.message);
   return outcome.status;
 }
@@ -133,14 +133,15 @@ Outcome FarmStart::Measure() {
 
 int FarmStart::Run() {
   Outcome outcome = Prepare();
-  if (outcome.status != kDone) return Fail(outcome);
+  if (outcome.status != kDone) return FailJob(outcome);
   const FarmFolder folder(m_folder);
   outcome = CheckNames(m_plan, folder.Path());
-  if (outcome.status != kDone) return Fail(outcome);
+  if (outcome.status != kDone) return FailJob(outcome);
   std::error_code code;
   if (fs::exists(folder.File("plan.json"), code)) {
-    return Fail({kUnwritableOutput,
-                 folder.Path() + ": it has a farm already; give another --folder, or remove it"});
+    return FailJob(
+        {kUnwritableOutput,
+         folder.Path() + ": it has a farm already; give another --folder, or remove it"});
   }
   std::vector<std::size_t> left;
   for (std::size_t i = 0; i < m_plan.pictures.size(); ++i) {
@@ -155,7 +156,7 @@ int FarmStart::Run() {
   }
   outcome = folder.Create();
   if (outcome.status == kDone) outcome = folder.WritePlan(m_plan);
-  if (outcome.status != kDone) return Fail(outcome);
+  if (outcome.status != kDone) return FailJob(outcome);
   if (m_options.local) folder.Hold();
   return m_options.local || left.empty() ? DrawHere(folder, chunks) : Submit(folder, chunks);
 }
@@ -169,7 +170,7 @@ int FarmStart::Print(const FarmFolder& folder, const std::vector<PictureChunk>& 
   if (m_options.local || chunks.empty()) return PrintResult(text);
   BatchWork work;
   const Outcome outcome = DescribeWork(folder, m_plan, 1, chunks, &work);
-  if (outcome.status != kDone) return Fail(outcome);
+  if (outcome.status != kDone) return FailJob(outcome);
   const auto line = [&](const CommandWords& more, const char* script) {
     return "# " + JoinCommand(SubmitWords(m_plan, more, folder.File(script))) + "\n";
   };
@@ -182,7 +183,7 @@ int FarmStart::Submit(const FarmFolder& folder, const std::vector<PictureChunk>&
   const Outcome outcome = SubmitRound(folder, m_plan, 1, chunks, &id);
   if (outcome.status != kDone) {
     folder.RemoveStart();
-    return Fail(outcome);
+    return FailJob(outcome);
   }
   RememberFarm(id, folder);
   if (m_options.json) {
@@ -197,7 +198,7 @@ int FarmStart::Submit(const FarmFolder& folder, const std::vector<PictureChunk>&
 int FarmStart::DrawHere(const FarmFolder& folder, const std::vector<PictureChunk>& chunks) const {
   if (!chunks.empty()) {
     const Outcome outcome = CheckNode(folder, m_command->Run(), m_options.allowMixed);
-    if (outcome.status != kDone) return Fail(outcome);
+    if (outcome.status != kDone) return FailJob(outcome);
   }
   return RunLocalFarm(folder, m_plan, chunks, m_options.json);
 }
@@ -208,7 +209,7 @@ int RunPart(const CommandWords& words) {
   const bool isCheck = words[0] == "check";
   if (words.size() < (isCheck ? 3u : 4u) || !ParseInteger(words[2], &first) || first < 0 ||
       (!isCheck && (!ParseInteger(words[3], &second) || second < 1))) {
-    return Fail({kWrongUsage, words[0] + ": gl3 farm itself calls this; see gl3 farm --help"});
+    return FailJob({kWrongUsage, words[0] + ": gl3 farm itself calls this; see gl3 farm --help"});
   }
   if (isCheck) return RunFarmCheck(words[1], first);
   if (words[0] == "task") return RunFarmTask(words[1], first, static_cast<std::size_t>(second));
@@ -229,13 +230,14 @@ int Farm(const FarmOptions& options) {
   const std::string& verb = options.words.front();
   if (IsOneOf(kControls, verb)) {
     if (options.words.size() == 2) return ControlFarm(verb, options.words[1], options);
-    return Fail({kWrongUsage, verb + ": it takes the ID of one farm, or its folder"});
+    return FailJob({kWrongUsage, verb + ": it takes the ID of one farm, or its folder"});
   }
   if (IsOneOf(kParts, verb)) return RunPart(options.words);
   if (IsOneOf(kShared, verb)) return FarmStart(options).Run();
-  return Fail({kWrongUsage, ShellQuote(verb) +
-                                ": cannot be shared; give render or filter behind --, or status, "
-                                "wait or cancel"});
+  return FailJob(
+      {kWrongUsage, ShellQuote(verb) +
+                        ": cannot be shared; give render or filter behind --, or status, "
+                        "wait or cancel"});
 }
 
 }  // namespace gl3

@@ -23,7 +23,7 @@ namespace {
 constexpr double kLeastTaskSeconds = 30;
 constexpr std::size_t kMostCounted = 20000;
 
-Json ToJson(const std::vector<PictureFault>& faults) {
+Json RoundJson(const std::vector<PictureFault>& faults) {
   Json list = Json::array();
   for (const PictureFault& fault : faults) {
     list.push_back({{"file", fault.file}, {"why", fault.why}});
@@ -169,9 +169,9 @@ int EndFarm(const FarmFolder& folder, const FarmPlan& plan, int rounds,
                  {"folder", folder.Path()},
                  {"pictures", plan.pictures.size()},
                  {"whole", findings.whole},
-                 {"missing", ToJson(findings.missing)},
-                 {"broken", ToJson(findings.broken)},
-                 {"differing", ToJson(findings.differing)},
+                 {"missing", RoundJson(findings.missing)},
+                 {"broken", RoundJson(findings.broken)},
+                 {"differing", RoundJson(findings.differing)},
                  {"renderer", findings.renderer},
                  {"rounds", rounds},
                  {"startShare", StartShare(tasks)},

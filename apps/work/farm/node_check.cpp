@@ -16,7 +16,7 @@ namespace {
 constexpr double kNodeCheckSeconds = 60;
 constexpr const char* kRendererFile = "renderer.json";
 
-Json Ask(const RunOptions& run, InfoKind kind, Outcome* outcome) {
+Json AskNode(const RunOptions& run, InfoKind kind, Outcome* outcome) {
   InfoOptions options;
   options.run.device = run.device;
   options.run.module = run.module;
@@ -32,9 +32,9 @@ Json Ask(const RunOptions& run, InfoKind kind, Outcome* outcome) {
 Json DescribeNode(const RunOptions& run) {
   Outcome outcome;
   Json node = {{"node", NodeName()}};
-  node["check"] = Ask(run, InfoKind::kCheck, &outcome);
+  node["check"] = AskNode(run, InfoKind::kCheck, &outcome);
   Outcome asked;
-  const Json report = Ask(run, InfoKind::kSummary, &asked);
+  const Json report = AskNode(run, InfoKind::kSummary, &asked);
   std::string renderer;
   if (report.is_object() && report.contains("opengl")) {
     renderer = report["opengl"].value("renderer", "") + ", OpenGL " +
@@ -47,7 +47,7 @@ Json DescribeNode(const RunOptions& run) {
   return node;
 }
 
-Outcome Compare(const FarmFolder& folder, const std::string& renderer, bool allowMixed) {
+Outcome CompareNodes(const FarmFolder& folder, const std::string& renderer, bool allowMixed) {
   Outcome outcome =
       folder.WriteFirst(kRendererFile, {{"renderer", renderer}, {"node", NodeName()}});
   if (outcome.status != kDone) return outcome;
@@ -81,7 +81,7 @@ Outcome CheckNode(const FarmFolder& folder, const RunOptions& run, bool allowMix
   if (!node.is_object() || node.value("status", static_cast<int>(kNoOpenGl)) != kDone) {
     node = DescribeNode(run);
     if (node["status"] == kDone) {
-      const Outcome compared = Compare(folder, node["renderer"], allowMixed);
+      const Outcome compared = CompareNodes(folder, node["renderer"], allowMixed);
       node["status"] = compared.status;
       node["problem"] = compared.message;
     }

@@ -219,7 +219,7 @@ constexpr Check kChecks[] = {
     {"effects", CheckEffect},
 };
 
-Json ToJson(const std::string& name, const Verdict& verdict) {
+Json CheckJson(const std::string& name, const Verdict& verdict) {
   constexpr const char* kNames[] = {"OK", "WARN", "FAIL"};
   const bool failed = verdict.level == Level::kFail;
   return {{"name", name},
@@ -236,7 +236,7 @@ void TellChecks(const InfoOptions& options, const Tell& tell) {
   for (const Check& check : kChecks) {
     tell(JsonLine({{"at", check.name}}));
     const Verdict verdict = check.run(findings);
-    tell(JsonLine({{"verdict", ToJson(check.name, verdict)}}));
+    tell(JsonLine({{"verdict", CheckJson(check.name, verdict)}}));
     if (verdict.level == Level::kFail) break;
   }
   tell(JsonLine({{"at", ""}}));
@@ -252,7 +252,7 @@ Json CollectChecks(const std::vector<Json>& told, const std::string& trouble) {
   }
   // After the last verdict only clearing up is left; what happens there changes no verdict.
   if (!trouble.empty() && !at.empty()) {
-    checks.push_back(ToJson(at, {Level::kFail, "the driver " + trouble, kUpdate}));
+    checks.push_back(CheckJson(at, {Level::kFail, "the driver " + trouble, kUpdate}));
   }
   const auto count = [&](const char* verdict) {
     return std::count_if(checks.begin(), checks.end(),

@@ -16,7 +16,7 @@ namespace {
 
 using hostkit::ModuleSetting;
 
-Outcome Refuse(const std::string& message) {
+Outcome RefuseSetting(const std::string& message) {
   return {kWrongUsage, message};
 }
 
@@ -36,9 +36,9 @@ Outcome FindSetting(const std::string& key, const ModuleSetting** setting) {
   std::vector<std::string> keys;
   for (const ModuleSetting& each : hostkit::ModuleSettings()) keys.emplace_back(each.key);
   const std::string nearest = NearestName(key, keys);
-  return Refuse(fmt::format("{}: no such setting; {}gl3 settings list shows them all",
-                            ShellQuote(key),
-                            nearest.empty() ? "" : "did you mean " + ShellQuote(nearest) + "? "));
+  return RefuseSetting(
+      fmt::format("{}: no such setting; {}gl3 settings list shows them all", ShellQuote(key),
+                  nearest.empty() ? "" : "did you mean " + ShellQuote(nearest) + "? "));
 }
 
 /// What is to be stored: nothing for "default".
@@ -55,7 +55,7 @@ bool ReadValue(const ModuleSetting& setting, const std::string& text, std::optio
   return true;
 }
 
-Json ToJson(const ModuleSetting& setting) {
+Json SettingJson(const ModuleSetting& setting) {
   const hostkit::SettingValue now = hostkit::ReadModuleSetting(setting);
   return {{"key", setting.key},          {"section", setting.section}, {"value", now.value},
           {"default", setting.standard}, {"least", setting.least},     {"most", setting.most},
@@ -89,7 +89,7 @@ std::string Wrapped(const std::string& text) {
 
 Outcome List(const SettingsOptions& options, std::string* result) {
   if (!options.words.empty()) {
-    return Refuse("list takes no key; gl3 settings get KEY shows a single setting");
+    return RefuseSetting("list takes no key; gl3 settings get KEY shows a single setting");
   }
   const hostkit::SettingsPlace place = hostkit::FindSettingsPlace();
   Json json = {{"file", place.path},
@@ -106,7 +106,7 @@ Outcome List(const SettingsOptions& options, std::string* result) {
     text += fmt::format("{:<33} = {:<9} {}, default {}, {}\n", setting.key, now.value,
                         now.stored ? "stored" : "not stored", setting.standard, RangeText(setting));
     text += Wrapped(setting.meaning);
-    json["settings"].push_back(ToJson(setting));
+    json["settings"].push_back(SettingJson(setting));
   }
   *result = options.json ? PrintedJson(json) : text;
   return {};
@@ -114,12 +114,12 @@ Outcome List(const SettingsOptions& options, std::string* result) {
 
 Outcome Get(const SettingsOptions& options, std::string* result) {
   if (options.words.empty()) {
-    return Refuse("get: the key is missing; gl3 settings list shows them all");
+    return RefuseSetting("get: the key is missing; gl3 settings list shows them all");
   }
   const ModuleSetting* setting = nullptr;
   Outcome outcome = FindSetting(fmt::format("{}", fmt::join(options.words, " ")), &setting);
   if (!setting) return outcome;
-  *result = options.json ? PrintedJson(ToJson(*setting))
+  *result = options.json ? PrintedJson(SettingJson(*setting))
                          : fmt::format("{}\n", hostkit::ReadModuleSetting(*setting).value);
   return {};
 }
@@ -127,7 +127,7 @@ Outcome Get(const SettingsOptions& options, std::string* result) {
 Outcome Set(const SettingsOptions& options, std::string* result) {
   const std::vector<std::string>& words = options.words;
   if (words.size() < 2) {
-    return Refuse("set: the key or its value is missing; write gl3 settings set KEY VALUE");
+    return RefuseSetting("set: the key or its value is missing; write gl3 settings set KEY VALUE");
   }
   const ModuleSetting* setting = nullptr;
   const auto key = fmt::format("{}", fmt::join(words.begin(), words.end() - 1, " "));
@@ -135,8 +135,9 @@ Outcome Set(const SettingsOptions& options, std::string* result) {
   if (!setting) return outcome;
   std::optional<int> value;
   if (!ReadValue(*setting, words.back(), &value)) {
-    return Refuse(fmt::format("{}: {} is out of range; give {}, or default", KeyText(*setting),
-                              ShellQuote(words.back()), RangeText(*setting)));
+    return RefuseSetting(fmt::format("{}: {} is out of range; give {}, or default",
+                                     KeyText(*setting), ShellQuote(words.back()),
+                                     RangeText(*setting)));
   }
   const hostkit::SettingsPlace place = hostkit::FindSettingsPlace();
   if (!place.writable) {
@@ -145,7 +146,7 @@ Outcome Set(const SettingsOptions& options, std::string* result) {
   }
   // Of what only shows now, a full disk say, the registry itself tells on standard error.
   if (!hostkit::StoreModuleSetting(*setting, value)) return {kUnwritableOutput, ""};
-  if (options.json) *result = PrintedJson(ToJson(*setting));
+  if (options.json) *result = PrintedJson(SettingJson(*setting));
   return {};
 }
 
@@ -162,9 +163,9 @@ Outcome Settings(const SettingsOptions& options, std::string* result) {
     names.emplace_back(action.name);
   }
   const std::string nearest = NearestName(options.action, names);
-  return Refuse(fmt::format("{}: no such action; {}give one of {}", ShellQuote(options.action),
-                            nearest.empty() ? "" : "did you mean " + nearest + "? ",
-                            JoinNames(names)));
+  return RefuseSetting(
+      fmt::format("{}: no such action; {}give one of {}", ShellQuote(options.action),
+                  nearest.empty() ? "" : "did you mean " + nearest + "? ", JoinNames(names)));
 }
 
 }  // namespace gl3

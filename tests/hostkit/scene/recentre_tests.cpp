@@ -22,7 +22,7 @@ using Imath::V3f;
 
 using Far = Import;
 
-M44d PlaceAt(const V3d& place) {
+M44d PlacedAt(const V3d& place) {
   return M44d().setTranslation(place);
 }
 
@@ -129,8 +129,9 @@ TEST_F(Far, MergedModelsKeepTheirPlaces) {
   Scene scene = Triangle(M44f()), other = Triangle(M44f());
   other.cameras.resize(1);
   std::string why;
-  ASSERT_TRUE(hostkit::Recentre(scene, {{PlaceAt(first)}, {}, {}, {}}, &why));
-  ASSERT_TRUE(hostkit::Recentre(other, {{PlaceAt(second)}, {second + V3d(0, 0, 9)}, {}, {}}, &why));
+  ASSERT_TRUE(hostkit::Recentre(scene, {{PlacedAt(first)}, {}, {}, {}}, &why));
+  ASSERT_TRUE(
+      hostkit::Recentre(other, {{PlacedAt(second)}, {second + V3d(0, 0, 9)}, {}, {}}, &why));
   hostkit::AppendScene(scene, std::move(other));
   const auto placeOf = [&](std::size_t instance) {
     return scene.origin + V3d(V3f(0) * scene.instances.at(instance).toWorld);
