@@ -1,6 +1,6 @@
-# gl3_compile_in_batches(TARGET) has its sources compiled sixteen at a time, for a third of the cost:
-# what they include and make of templates is much the same. Names of their anonymous namespaces must
-# differ for that.
+# gl3_compile_in_batches(TARGET) has its sources compiled sixteen at a time, for less than half of
+# the cost: what they include and make of templates is much the same. Names of their anonymous
+# namespaces must differ for that.
 function(gl3_compile_in_batches target)
   if(CMAKE_UNITY_BUILD)
     return()  # all of it is one source already

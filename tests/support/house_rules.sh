@@ -151,6 +151,7 @@ shared_names() {
   while IFS= read -r unity; do
     mapfile -t sources < <(sed -n 's/^#include "\(.*\)"$/\1/p' "$unity"/*.cxx | sort -u |
       xargs ls -d 2>/dev/null)
+    [[ ${#sources[@]} -gt 0 ]] || continue
     awk '
       FNR == 1 { isLocal = 0; outer = "" }
       /^namespace [a-z0-9_:]+ {/ { outer = $2 }

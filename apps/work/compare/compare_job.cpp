@@ -52,7 +52,7 @@ bool TellsOfCrash(const std::string& line) {
                      [&line](const char* words) { return line.find(words) != std::string::npos; });
 }
 
-std::string CannotWritePicture(const std::string& file) {
+std::string CannotWriteReport(const std::string& file) {
   return fmt::format("{}: cannot be written: {}; check the disk", file, std::strerror(errno));
 }
 
@@ -248,10 +248,10 @@ Outcome Comparison::Run(int devices, std::string* result) {
   const std::string file = (m_folder / "compare.json").string();
   hostkit::AtomicFile out;
   if (!out.Open(file, hostkit::AtomicFile::TempName::kUnique)) {
-    return {kUnwritableOutput, CannotWritePicture(file)};
+    return {kUnwritableOutput, CannotWriteReport(file)};
   }
   out.Write(PrintedJson(json));
-  if (!out.Commit()) return {kUnwritableOutput, CannotWritePicture(file)};
+  if (!out.Commit()) return {kUnwritableOutput, CannotWriteReport(file)};
   return Judge();
 }
 

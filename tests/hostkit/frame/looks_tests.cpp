@@ -130,7 +130,7 @@ TEST_F(Frames, LargePicturesMayBeOfSquares) {
 }
 
 TEST(Backdrop, PicturesCoverFramesByTheMeansOfTheirTexels) {
-  std::vector<ColorBuf> texels;  // of which no two are alike, nor any two rows' differences
+  std::vector<ColorBuf> texels;  // each row is farther from the next than the one before
   for (int i = 0; i < 4 * 6; ++i) {
     const int x = i % 4, y = i / 4;
     texels.push_back({static_cast<std::uint8_t>(10 * x + 6 * y * y), 51, 0, 255});
