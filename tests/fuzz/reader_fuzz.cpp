@@ -1,7 +1,7 @@
 // Fuzzes the readers of model files that are ours, in this process, where libFuzzer sees which ways
 // an input takes through them. What comes out has to hold when it is handed over.
 #include <filesystem>
-#include <iterator>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,11 +24,20 @@
 
 namespace {
 
-// The first byte of an input chooses one; the rest is the file. New ones go to the end.
-constexpr const char* kSuffixes[] = {".ply", ".obj", ".stl", ".gltf", ".glb", ".3mf", ".amf"};
-constexpr hostkit::ReadModel kReaders[] = {
-    hostkit::ReadPly,  hostkit::ReadObj,     hostkit::ReadStl, hostkit::ReadGltf,
-    hostkit::ReadGltf, hostkit::ReadThreeMf, hostkit::ReadAmf};
+const std::map<std::string, hostkit::ReadModel> kReaders = {
+    {".ply", hostkit::ReadPly},   {".obj", hostkit::ReadObj},  {".stl", hostkit::ReadStl},
+    {".gltf", hostkit::ReadGltf}, {".glb", hostkit::ReadGltf}, {".3mf", hostkit::ReadThreeMf},
+    {".amf", hostkit::ReadAmf}};
+
+/// The first byte of an input chooses one; the rest is the file.
+const std::vector<std::string>& Kinds() {
+  static const std::vector<std::string> kinds = [] {
+    std::vector<std::string> suffixes;
+    for (const auto& [suffix, reader] : kReaders) suffixes.push_back(suffix);
+    return KindsToFuzz(suffixes);
+  }();
+  return kinds;
+}
 
 /// Decoders of others are not looked at here: they have the process of its own.
 bool IsForDecoders(std::string_view file) {
@@ -61,17 +70,17 @@ void ReadWith(hostkit::ReadModel read, const std::string& path) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static TempFolder folder;
   Input input(data, size);
-  const std::size_t kind = input.Byte() % std::size(kSuffixes);
-  const std::string name = std::string("model") + kSuffixes[kind], file = input.Rest();
+  const std::string& suffix = Kinds()[input.Byte() % Kinds().size()];
+  const std::string name = "model" + suffix, file = input.Rest();
   if (IsForDecoders(file)) return 0;
   folder.Write(name, file);
-  ReadWith(kReaders[kind], folder.Path(name));
+  ReadWith(kReaders.at(suffix), folder.Path(name));
   std::filesystem::remove(folder.Path(name));
   return 0;
 }
 
 Inputs Seeds() {
-  return ModelSeeds(kSuffixes);
+  return ModelSeeds(Kinds());
 }
 
 Inputs Regressions() {
