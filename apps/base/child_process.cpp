@@ -19,10 +19,13 @@ void BecomeWorker() {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   const rlimit noCore = {0, 0};
   setrlimit(RLIMIT_CORE, &noCore);
+  const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
+  if (nowhere < 0) return;
+  dup2(nowhere, STDIN_FILENO);
+  dup2(nowhere, STDOUT_FILENO);
   // What is found to be called wrongly is told there, too.
   if (CurrentVerbosity() == Verbosity::kVerbose || std::getenv("GL3_CHECK")) return;
-  const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-  if (nowhere >= 0) dup2(nowhere, STDERR_FILENO);
+  dup2(nowhere, STDERR_FILENO);
 }
 
 void SendMessage(int descriptor, const std::string& text) {

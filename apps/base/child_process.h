@@ -6,9 +6,9 @@
 namespace gl3 {
 
 /// Makes a process that was just forked a worker: it ends with its parent, a crash leaves no file
-/// in the user's folder, and standard error goes nowhere unless the user wants all to be told, or
-/// calls to be checked: libraries that print before they fail must not break the promise of one
-/// line.
+/// in the user's folder, and it has neither standard input nor output, which are for the program
+/// alone. Standard error goes nowhere unless the user wants all to be told, or calls to be checked:
+/// libraries that print before they fail must not break the promise of one line.
 void BecomeWorker();
 
 /// Writes the text and a '\0' behind it, which tells messages apart in a pipe; the text itself is

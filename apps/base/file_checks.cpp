@@ -35,6 +35,18 @@ fs::path LinkTarget(fs::path path) {
   return path;
 }
 
+Outcome CheckReach(const std::string& path) {
+  std::error_code code;
+  if (!fs::is_symlink(path, code)) return {};
+  const fs::path parent = fs::path(path).parent_path();
+  const fs::path folder = fs::canonical(parent.empty() ? "." : parent, code);
+  const fs::path below = fs::weakly_canonical(path, code).lexically_relative(folder);
+  if (!code && !below.empty() && *below.begin() != "..") return {};
+  return {kUnreadableInput, path +
+                                ": is a link that leads out of its folder, to which reading is "
+                                "confined; put the file itself there"};
+}
+
 Outcome CheckInput(const std::string& path) {
   struct stat status;
   const auto refuse = [&](const std::string& why) -> Outcome {

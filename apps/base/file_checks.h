@@ -26,6 +26,10 @@ bool IsThere(const std::string& path);
 /// Where a chain of links ends, whether something is there or not; `path` when it is no link.
 std::filesystem::path LinkTarget(std::filesystem::path path);
 
+/// kUnreadableInput for a link that leads out of its folder: what is read confined lies where it
+/// seems to.
+Outcome CheckReach(const std::string& path);
+
 /// A folder of this program's own for files that it does not keep. It goes with the process that
 /// made it, also when a signal ends that which RunSupervised hears; in children it stays.
 class ScratchFolder {

@@ -41,7 +41,7 @@ struct Pipe {
 };
 
 /// Becomes the program; in the child.
-[[noreturn]] void Become(const std::vector<std::string>& words,
+[[noreturn]] void Become(const std::string& program, const std::vector<std::string>& words,
                          const std::map<std::string, std::string>& changes, int output,
                          int errors) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -61,7 +61,7 @@ struct Pipe {
   for (const std::string& word : words) list.push_back(const_cast<char*>(word.c_str()));
   list.push_back(nullptr);
   std::signal(SIGPIPE, SIG_DFL);
-  execvp(list[0], list.data());
+  execv(program.c_str(), list.data());
   _exit(kNotStarted);
 }
 
@@ -99,13 +99,15 @@ bool Follow(Pipe& output, Pipe& errors, double seconds, ProgramEnd* end) {
 ProgramEnd RunProgram(const std::vector<std::string>& words,
                       const std::map<std::string, std::string>& changes, double seconds) {
   ProgramEnd end;
+  const bool isName = words[0].find('/') == std::string::npos;
+  const std::string program = isName ? FindProgram(words[0]) : words[0];
   Pipe output, errors;
   const pid_t child = output.Open() && errors.Open() ? fork() : -1;
   if (child < 0) {
     end.trouble = fmt::format("cannot be started: {}", std::strerror(errno));
     return end;
   }
-  if (child == 0) Become(words, changes, output.ends[1], errors.ends[1]);
+  if (child == 0) Become(program, words, changes, output.ends[1], errors.ends[1]);
   output.CloseEnd(1);
   errors.CloseEnd(1);
   const bool inTime = Follow(output, errors, seconds, &end);

@@ -16,10 +16,10 @@ struct ProgramEnd {
   std::string errors;   ///< and standard error; the first megabyte of either.
 };
 
-/// Runs the program `words[0]` (looked for in PATH when it is a name alone) with `words` as its
-/// arguments and nothing to read, in this process's environment with `changes` made to it: an empty
-/// value takes a variable away. It is killed after `seconds` (0: never) and when this process ends.
-/// Call with one thread.
+/// Runs the program `words[0]` (as FindProgram finds it when it is a name alone) with `words` as
+/// its arguments and nothing to read, in this process's environment with `changes` made to it: an
+/// empty value takes a variable away. It is killed after `seconds` (0: never) and when this process
+/// ends. Call with one thread.
 ProgramEnd RunProgram(const std::vector<std::string>& words,
                       const std::map<std::string, std::string>& changes = {}, double seconds = 0);
 

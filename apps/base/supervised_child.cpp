@@ -25,6 +25,7 @@
 #include "apps/base/memory_limit.h"
 #include "apps/base/text.h"
 #include "apps/base/warning_digest.h"
+#include "hostkit/services/process_memory.h"
 
 namespace gl3 {
 namespace {
@@ -56,26 +57,18 @@ double SecondsSince(Clock::time_point start) {
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-/// Memory that a process alone holds, shared pages left out. Not RLIMIT_AS or RLIMIT_DATA: OpenGL
-/// drivers and sanitizers reserve far more addresses than they use, and fail or crash when they do
-/// not get them.
-std::uint64_t OwnMemory(pid_t process) {
-  std::FILE* file = std::fopen(fmt::format("/proc/{}/statm", process).c_str(), "re");
-  if (!file) return 0;
-  unsigned long long resident = 0, shared = 0;
-  const int count = std::fscanf(file, "%*s %llu %llu", &resident, &shared);
-  std::fclose(file);
-  if (count != 2 || resident < shared) return 0;
-  return (resident - shared) * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+/// A process and those that it started and they in turn, which import and decode for it.
+// NOLINTNEXTLINE(misc-no-recursion): as deep as processes start one another.
+void AddTree(pid_t process, std::vector<pid_t>* processes) {
+  processes->push_back(process);
+  std::ifstream children(fmt::format("/proc/{0}/task/{0}/children", process));
+  for (pid_t child = 0; children >> child;) AddTree(child, processes);
 }
 
-/// Memory of a process and of those that it started and they in turn, which import for it.
-// NOLINTNEXTLINE(misc-no-recursion): as deep as processes start one another.
 std::uint64_t TreeMemory(pid_t process) {
-  std::uint64_t memory = OwnMemory(process);
-  std::ifstream children(fmt::format("/proc/{0}/task/{0}/children", process));
-  for (pid_t child = 0; children >> child;) memory += TreeMemory(child);
-  return memory;
+  std::vector<pid_t> processes;
+  AddTree(process, &processes);
+  return hostkit::MemoryOf(processes);
 }
 
 [[noreturn]] void RunChild(int descriptor, const SupervisedWork& work) {
@@ -146,7 +139,7 @@ class Supervisor {
   int m_askedToEnd = 0;         // a signal, or 0
   WarningDigest m_warnings;     // that wait for something else to be said
   std::size_t m_toldBytes = 0;  // of pieces for whoever started the work
-  bool m_talksNonsense = false, m_isLate = false;
+  bool m_talksNonsense = false, m_isLate = false, m_isLarge = false;
   bool m_finished = false;
   int m_status = kRunFailed;  // what the child said at its finish
   Clock::time_point m_finishedAt;
@@ -259,13 +252,20 @@ void Supervisor::CheckLimits() {
   if (m_finished) {
     // The picture is there: a driver that hangs in its last clean-up is not waited for.
     if (SecondsSince(m_finishedAt) > kLongestCleanUpSeconds) kill(m_child, SIGKILL);
+  } else if (!m_endedBecause.empty()) {
+    return;  // it is being ended
   } else if (m_limits.timeoutSeconds > 0 && SecondsSince(m_limitStart) > m_limits.timeoutSeconds) {
     m_isLate = true;
     End(fmt::format("took the {} beyond {} s", m_total > 0 ? "picture" : "run",
                     m_limits.timeoutSeconds),
         "raise --timeout");
   } else if (m_limits.maxMemory > 0 && TreeMemory(m_child) > m_limits.maxMemory) {
-    End("took more than " + FormatBytes(m_limits.maxMemory) + " of memory", "raise --max-memory");
+    // Imports go on beside the start, and may be what takes it.
+    m_isLarge = true;
+    End(fmt::format("{}took more than {} of memory",
+                    m_phase == Phase::kStart ? "and what goes on beside it " : "",
+                    FormatBytes(m_limits.maxMemory)),
+        "raise --max-memory");
   }
 }
 
@@ -351,8 +351,9 @@ int Supervisor::Conclude() {
   while (waitpid(m_child, &status, 0) < 0 && errno == EINTR) {
   }
   PrintWarnings(m_warnings.TakeRest());
-  // A time limit is no fault of what it met.
-  int code = m_isLate ? kRunFailed : Meaning().status;
+  // A time limit is no fault of what it met, nor is that of memory one of OpenGL's.
+  const bool isNoFault = m_isLate || (m_isLarge && m_phase == Phase::kStart);
+  int code = isNoFault ? kRunFailed : Meaning().status;
   if (m_finished) {
     // A crash in a driver's last clean-up changes nothing; a leak checker's verdict does.
     code = TakeResult(WIFEXITED(status) ? WEXITSTATUS(status) : m_status);

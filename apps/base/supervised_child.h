@@ -46,6 +46,8 @@ class ParentLine {
   void Fail(const std::string& text) { Send('E', text); }
   /// A piece for whoever started the work: see ChildTold.
   void Tell(const std::string& text) { Send('T', text); }
+  /// What it writes to, for whoever closes all others.
+  int Descriptor() const { return m_descriptor; }
   /// The work is over, well or not; `result` goes to standard output.
   void Finish(const Outcome& outcome, const std::string& result);
 

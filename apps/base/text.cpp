@@ -51,6 +51,14 @@ std::string OneLine(const std::string& text) {
   return line;
 }
 
+std::string Shortened(const std::string& text) {
+  constexpr std::size_t kLongest = 300;
+  if (text.size() <= kLongest) return text;
+  std::size_t end = kLongest;
+  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
+  return text.substr(0, end) + "…";
+}
+
 std::string ShellQuote(const std::string& argument) {
   const auto isPlain = [](char c) {
     return std::isalnum(static_cast<unsigned char>(c)) ||

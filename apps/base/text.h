@@ -10,6 +10,9 @@ namespace gl3 {
 /// The text on one line: control characters become spaces.
 std::string OneLine(const std::string& text);
 
+/// The text, or the first 300 bytes of it and "…"; characters of UTF-8 stay whole.
+std::string Shortened(const std::string& text);
+
 /// Quoted for a POSIX shell where needed, so that pasting it gives the same argument.
 std::string ShellQuote(const std::string& argument);
 

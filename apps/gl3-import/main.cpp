@@ -71,12 +71,12 @@ void ConfineTo(std::vector<std::string> readable, bool mustBe, const std::string
   }
 }
 
-/// The models, and what lies where they may name files.
+/// The models, wherever links lead where that is allowed, and what lies where they may name files.
 std::vector<std::string> ReadableOf(const std::vector<std::string>& models,
                                     const hostkit::ImportOptions& options) {
   std::vector<std::string> readable;
   for (const std::string& model : models) {
-    readable.push_back(model);
+    if (options.reach != hostkit::FileReach::kFolder) readable.push_back(model);
     for (std::string& folder : hostkit::ReadableFolders(model, options)) {
       readable.push_back(std::move(folder));
     }

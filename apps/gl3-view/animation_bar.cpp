@@ -12,6 +12,7 @@
 #include <string>
 #include <utility>
 
+#include "apps/base/text.h"
 #include "apps/gl3-view/texts.h"
 
 namespace view {
@@ -23,6 +24,8 @@ constexpr double kRates[] = {24, 25, 30, 60};
 constexpr double kUsualSpeed = 1;
 // Of a stretch this long in seconds and no longer, every frame can be reached.
 constexpr double kLongest = 100000;
+// Animations to choose from: a file may have any number.
+constexpr qsizetype kMostListed = 500;
 
 /// The last key of the animations that a name stands for.
 double DurationOf(const hostkit::Scene& model, const std::string& name) {
@@ -106,8 +109,10 @@ void AnimationBar::SetModel(const hostkit::Scene* model, const ShownTime& time, 
       const QString name = QString::fromStdString(animation.name);
       // All of a name count together, and the first is the one that no name asks for.
       if (names.contains(name) || (name.isEmpty() && !names.isEmpty())) continue;
+      if (names.size() == kMostListed) break;
       names << name;
-      m_which->addItem(name.isEmpty() ? Tr("Animation") : name, name);
+      const QString shown = QString::fromStdString(gl3::OneLine(animation.name));
+      m_which->addItem(name.isEmpty() ? Tr("Animation") : shown, name);
       m_durations.push_back(DurationOf(*model, animation.name));
     }
   }

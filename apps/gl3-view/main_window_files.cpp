@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "apps/base/text.h"
 #include "apps/base/warning_digest.h"
 #include "apps/gl3-view/main_window.h"
 #include "apps/gl3-view/recent_files.h"
@@ -23,6 +24,8 @@ namespace view {
 namespace {
 
 constexpr int kWarningTime = 10000;  // milliseconds
+// Cameras in the menu: a file may have any number.
+constexpr std::size_t kMostCameras = 500;
 
 /// Lines for a tool tip, which Qt would take for HTML if they looked like it: names out of a model
 /// could have pictures fetched from any file.
@@ -145,7 +148,7 @@ void MainWindow::ShowFacts(const hostkit::Scene& model) {
   m_modelLabel->setText(counts.join(", "));
   QStringList warnings;
   for (const std::string& line : gl3::DigestOf(model.warnings)) {
-    warnings << QString::fromStdString(line);
+    warnings << QString::fromStdString(gl3::OneLine(line));
   }
   m_modelLabel->setToolTip(PlainToolTip(warnings.join('\n')));
   if (!warnings.empty()) statusBar()->showMessage(warnings.first(), kWarningTime);
@@ -171,8 +174,9 @@ void MainWindow::FillCameras() {
   m_cameraMenu->clear();
   m_cameraMenu->setEnabled(model && !model->cameras.empty());
   if (!model) return;
-  for (std::size_t i = 0; i < model->cameras.size(); ++i) {
-    const QString name = QString::fromStdString(model->cameras[i].name).replace('&', "&&");
+  for (std::size_t i = 0; i < std::min(model->cameras.size(), kMostCameras); ++i) {
+    const QString name =
+        QString::fromStdString(gl3::OneLine(model->cameras[i].name)).replace('&', "&&");
     // As the camera is by then: an animation may move it.
     m_cameraMenu->addAction(name, this, [this, i] {
       const hostkit::Scene* const scene = m_viewport->Scene();
@@ -182,6 +186,9 @@ void MainWindow::FillCameras() {
       m_parallel->setChecked(m_viewport->Camera().IsParallel());
     });
   }
+  if (model->cameras.size() <= kMostCameras) return;
+  m_cameraMenu->addAction(Tr("%1 more").arg(model->cameras.size() - kMostCameras))
+      ->setEnabled(false);
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {

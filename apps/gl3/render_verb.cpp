@@ -90,7 +90,7 @@ int TakeRecipe(const OptionParser& given, const WorkTable& work, RenderOptions* 
   const int status = RunSupervised(
       options->run.limits, "",
       [&](ParentLine& line, std::string* result) {
-        return work.storedRecipe(options->like, options->run.confined, line, result);
+        return work.storedRecipe(options->like, options->run, line, result);
       },
       &told);
   if (status != kDone) return status;

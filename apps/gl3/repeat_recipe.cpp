@@ -253,6 +253,7 @@ Outcome RepeatRecipe(const OptionParser& given, const std::string& recipe, FileH
     return refuse("its recipe does not go with the command line (" + error +
                   "); give the options yourself");
   }
+  if (wanted.models.empty()) return refuse("its recipe names no model; give one yourself");
   wanted.like = picture;
   wanted.recipeInputs = InputsOf(entries);
   *options = std::move(wanted);

@@ -47,6 +47,7 @@ bool ParseRange(const std::string& text, FrameRange* range) {
 bool ParseFrameList(const std::string& text, std::vector<int>* frames, std::string* error) {
   std::vector<int> list;
   std::unordered_set<int> seen;
+  std::size_t named = 0;  // those that are named again, too: a list may be a stranger's
   for (std::size_t begin = 0; begin <= text.size();) {
     const std::size_t comma = std::min(text.find(',', begin), text.size());
     FrameRange range;
@@ -61,7 +62,7 @@ bool ParseFrameList(const std::string& text, std::vector<int>* frames, std::stri
     for (long long frame = range.first; (range.last - frame) * way >= 0;
          frame += way * static_cast<long long>(range.step)) {
       if (seen.insert(static_cast<int>(frame)).second) list.push_back(static_cast<int>(frame));
-      if (list.size() > kMostFrames) {
+      if (++named > kMostFrames) {
         *error = fmt::format("{} has more than {} frames; give them in several runs",
                              ShellQuote(text), kMostFrames);
         return false;

@@ -255,10 +255,12 @@ bool OptionParser::Parse(const std::vector<std::string>& words, std::string* err
   try {
     m_app->parse(Words(words.rbegin(), words.rend()));  // it takes them from the end
     return true;
+  } catch (const CLI::CallForHelp&) {
+    *error = "it asks for help";
   } catch (const CLI::ParseError& problem) {
-    *error = OneLine(problem.what());
-    return false;
+    *error = Shortened(OneLine(problem.what()));  // the words may be a stranger's
   }
+  return false;
 }
 
 std::optional<int> OptionParser::ParseProgram(int argc, char** argv) const {

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
+#include <map>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -36,7 +37,8 @@ std::string FileName(const std::string& name) {
   for (char& c : good) {
     if (c == '/' || c == '\\') c = '_';
   }
-  if (!good.empty() && good[0] == '.') good[0] = '_';
+  // Neither hidden nor, for who gives all files to a program ("rm *"), an option.
+  if (!good.empty() && (good[0] == '.' || good[0] == '-')) good[0] = '_';
   if (good.size() > kLongestName) {
     std::size_t end = kLongestName;
     while (end > 0 && (static_cast<unsigned char>(good[end]) & 0xc0) == 0x80) --end;
@@ -113,10 +115,12 @@ std::string NameOfFile(const std::string& path) {
 std::vector<std::string> FileNames(const std::vector<std::string>& names) {
   std::vector<std::string> files;
   std::set<std::string> taken;
+  std::map<std::string, int> used;  // the last number, so that none is tried twice
   for (const std::string& name : names) {
     const std::string plain = FileName(name);
     std::string file = plain;
-    for (int i = 2; !taken.insert(file).second; ++i) file = fmt::format("{}-{}", plain, i);
+    int& number = used.try_emplace(plain, 1).first->second;
+    while (!taken.insert(file).second) file = fmt::format("{}-{}", plain, ++number);
     files.push_back(file);
   }
   return files;

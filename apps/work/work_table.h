@@ -27,7 +27,7 @@ struct WorkTable {
   Outcome (*info)(const InfoOptions& options, std::string* result);
   Outcome (*settings)(const SettingsOptions& options, std::string* result);
   int (*filter)(const FilterJob& job);
-  Outcome (*storedRecipe)(const std::string& path, bool confined, ParentLine& line,
+  Outcome (*storedRecipe)(const std::string& path, const RunOptions& run, ParentLine& line,
                           std::string* result);
   std::string (*hashFile)(const std::string& path);
   int (*farm)(const FarmOptions& options);

@@ -197,6 +197,9 @@ ModelFiles::ModelFiles(const std::string& modelPath, FileReach reach)
       m_folderParts(Split(fs::absolute(FolderOf(modelPath)).lexically_normal().string())) {}
 
 OpenedFile ModelFiles::OpenModel() const {
+  if (m_reach == FileReach::kFolder) {
+    return OpenRegular(m_folder.Get(), fs::path(m_modelPath).filename().string());
+  }
   return Regular(FileDescriptor(open(m_modelPath.c_str(), kReading)));
 }
 

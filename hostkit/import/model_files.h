@@ -59,7 +59,8 @@ class ModelFiles {
 
   const std::string& ModelPath() const { return m_modelPath; }
 
-  /// The model's own file, which its user named: wherever it lies, but a regular file.
+  /// The model's own file, which its user named: a regular file wherever links lead or, where the
+  /// reach is the folder alone, below that.
   OpenedFile OpenModel() const;
 
   /// The file that the model means by `reference`.

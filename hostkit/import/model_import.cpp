@@ -73,6 +73,16 @@ bool CheckFile(const std::string& path, std::string* error) {
   return error->empty();
 }
 
+/// False, and says so, for a link that leads where the model's files may not be.
+bool CheckReach(const ModelFiles& files, std::string* error) {
+  if (files.OpenModel().fault != FileFault::kOutside) return true;
+  *error = fmt::format(
+      "{}: is a link that leads out of its folder, to which reading is confined; put the file "
+      "itself there",
+      files.ModelPath());
+  return false;
+}
+
 /// Import libraries' messages span lines and end in full stops.
 std::string OneLine(std::string text) {
   for (char& c : text) {
@@ -331,6 +341,7 @@ bool HasContent(const Scene& scene, const std::string& path, std::string* error)
 std::unique_ptr<Scene> Import(const std::string& path, const ImportOptions& options,
                               std::string* error) {
   const ModelFiles files(path, options.reach);
+  if (!CheckReach(files, error)) return nullptr;
   auto scene = std::make_unique<Scene>();
   PictureStore pictures(*scene, files);
   ExactPlaces places;

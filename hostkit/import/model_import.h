@@ -31,7 +31,8 @@ struct ImportOptions {
 /// remedy. A file that holds nothing to draw is a failure; a picture that cannot be read is a
 /// warning in the scene, and so is a file that the model names and that lies out of reach.
 ///
-/// `path` may be anywhere, also a link, but must be a regular file. What the model names is opened
+/// `path` may be anywhere, also a link, but must be a regular file; with FileReach::kFolder no link
+/// that leads out of its folder. What the model names is opened
 /// within the reach alone: links count as where they lead, and hidden names, devices, pipes and
 /// files of the kernel are refused. Of a path from another machine the last part is looked for in
 /// the model's folder and in "textures" there. Faces that name missing vertices are left out before

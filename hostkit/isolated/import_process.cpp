@@ -23,8 +23,9 @@
 #include <utility>
 
 #include "hostkit/isolated/import_protocol.h"
-#include "hostkit/isolated/process_memory.h"
 #include "hostkit/scene/scene_bytes.h"
+#include "hostkit/services/process_memory.h"
+#include "hostkit/services/without_controls.h"
 
 extern char** environ;
 
@@ -105,7 +106,7 @@ int Spawn(const std::vector<std::string>& words, int progress, int memory, bool 
   return failure;
 }
 
-/// Sets what the kernel itself keeps. Not the memory by addresses: see ProcessMemory.
+/// Sets what the kernel itself keeps. Not the memory by addresses: see MemoryOf.
 void SetLimits(pid_t process, const ImportLimits& limits) {
   const auto set = [process](auto resource, double amount) {
     const auto whole = static_cast<rlim_t>(std::ceil(amount));
@@ -218,11 +219,20 @@ void ImportProcess::KeepLimits() {
     return Kill(ImportEnd::kLate, fmt::format("{}took beyond {} s; allow more or use a smaller {}",
                                               doing, m_limits.seconds, m_wording.subject));
   }
-  if (m_limits.memory > 0 && ProcessMemory(m_process) > m_limits.memory) {
+  if (m_limits.memory > 0 && !Fits()) {
     Kill(ImportEnd::kUnreadable,
          fmt::format("{}took more than {:.1f} GiB of memory; allow more or use a smaller {}", doing,
                      static_cast<double>(m_limits.memory) / (1 << 30), m_wording.subject));
   }
+}
+
+bool ImportProcess::Fits() const {
+  const std::uint64_t held = HeldMemory();
+  return m_limits.fits ? m_limits.fits(held) : held <= m_limits.memory;
+}
+
+std::uint64_t ImportProcess::HeldMemory() const {
+  return m_process > 0 ? MemoryOf({m_process}) : 0;
 }
 
 /// Until the process has closed its line.
@@ -317,8 +327,7 @@ std::string ImportProcess::TakeText() const {
   std::string text(std::min(SizeOf(m_memory), kLongestText), '\0');
   const ssize_t count = pread(m_memory, text.data(), text.size(), 0);
   text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+  text = WithoutControls(text, ' ');
   if (!text.empty()) return text;
   return fmt::format("{}: {} failed without a reason; {}", Model(), m_wording.doing,
                      m_wording.remedy);

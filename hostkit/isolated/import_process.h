@@ -26,8 +26,11 @@ struct ImportLimits {
   double seconds = 0;           ///< From start to end; 0: any.
   double processorSeconds = 0;  ///< 0: any.
   std::uint64_t memory = 0;     ///< Bytes; 0: any.
-  bool confined = false;        ///< Read the models' own folders alone, or else fail.
-  bool showsMessages = false;   ///< What libraries print goes to standard error.
+  /// Whether the bytes that it holds fit into `memory`, for whoever has other imports go on beside
+  /// it: asked while Finish or Wait follows it, and may end those. Empty: compared with `memory`.
+  std::function<bool(std::uint64_t held)> fits = {};
+  bool confined = false;       ///< Read the models' own folders alone, or else fail.
+  bool showsMessages = false;  ///< What libraries print goes to standard error.
   /// Once true, which any thread may make it, Finish ends soon with kCancelled. Not owned; may be
   /// null, else it must outlive the import.
   const std::atomic<bool>* cancelled = nullptr;
@@ -86,6 +89,8 @@ class ImportProcess {
   /// The first half of Finish: waits for the end of the process. After kDone what it left is in
   /// Memory(), and not looked at yet.
   ImportEnd Wait(const std::function<void(const std::string& model)>& begins, std::string* error);
+  /// Bytes that the process holds as it goes on.
+  std::uint64_t HeldMemory() const;
   /// The shared memory with the scene; it goes with this.
   int Memory() const { return m_memory; }
 
@@ -111,6 +116,7 @@ class ImportProcess {
   void Follow(const Begins& begins);
   bool ReadProgress(const Begins& begins);
   void KeepLimits();
+  bool Fits() const;
   void Kill(ImportEnd end, const std::string& why);
   ImportEnd Judge(int status, std::string* error) const;
   std::string TakeText() const;

@@ -36,10 +36,28 @@ TEST(FrameList, ReadsFramesRangesAndSteps) {
     EXPECT_TRUE(gl3::ParseFrameList(text, &frames, &error)) << error;
     EXPECT_EQ(frames, expected) << text;
   }
-  for (const char* text :
-       {"",     ",",     "1,",      ",1",    "1-",       "-1",        "1--5",
-        "1-5x", "1-5x0", "1-5x-1",  "1x2",   "a",        "1-b",       "1.5",
-        "+1",   " 1",    "1-5x2x2", "1-2-3", "10000000", "0-9999999", "99999999999999999999"}) {
+  for (const char* text : {"",
+                           ",",
+                           "1,",
+                           ",1",
+                           "1-",
+                           "-1",
+                           "1--5",
+                           "1-5x",
+                           "1-5x0",
+                           "1-5x-1",
+                           "1x2",
+                           "a",
+                           "1-b",
+                           "1.5",
+                           "+1",
+                           " 1",
+                           "1-5x2x2",
+                           "1-2-3",
+                           "10000000",
+                           "0-9999999",
+                           "0-999998,0-1",
+                           "99999999999999999999"}) {
     Frames frames = {42};
     std::string error;
     EXPECT_FALSE(gl3::ParseFrameList(text, &frames, &error)) << text;
@@ -89,8 +107,9 @@ TEST(OutputPattern, ExpandsItsPlaces) {
 }
 
 TEST(OutputPattern, TakesNoPathsOutOfModels) {
-  EXPECT_EQ(gl3::FileNames({"a", "../../etc/x", "", "a", ".hidden", "a-2", "l\ni\\ne"}),
-            (Words{"a", "_._.._etc_x", "camera", "a-2", "_hidden", "a-2-2", "l_i_ne"}));
+  EXPECT_EQ(
+      gl3::FileNames({"a", "../../etc/x", "", "a", ".hidden", "a-2", "l\ni\\ne", "-rf", "a"}),
+      (Words{"a", "_._.._etc_x", "camera", "a-2", "_hidden", "a-2-2", "l_i_ne", "_rf", "a-3"}));
   const std::string umlauts = gl3::FileNames({[] {
     std::string name = "x";
     for (int i = 0; i < 80; ++i) name += "\xc3\xa4";

@@ -122,16 +122,25 @@ class Attacks : public Gl3Test {
       ExpectDecent(told);
     }
   }
+  /// What gl3 tells of the model: the same, in one line where it is refused.
+  void Tell(const Attack& attack, const std::string& more, const Gl3Setup& setup) {
+    const bool isRefused = attack.ends == Ends::kRefused;
+    const Gl3Result told = Say("info in/" + attack.files[0].first + m_limits + more, setup);
+    EXPECT_EQ(told.status, isRefused ? 3 : 0) << told.err;
+    EXPECT_EQ(std::count(told.err.begin(), told.err.end(), '\n'), isRefused) << told.err;
+    EXPECT_TRUE(Holds(isRefused ? told.err : told.out, attack.parts));
+  }
   /// The import, and gl3: by turns as it is, with --confined, and with GL3_CONFINED=1.
   void Try(const Attack& attack) {
     Import(attack);
     SCOPED_TRACE(fmt::format("gl3, {}, turn {}", attack.name, m_turn % 3));
     std::set<std::string> expected = All();
-    std::string line = "render in/" + attack.files[0].first + m_draw;
+    const std::string more = m_turn % 3 == 1 ? " --confined" : "";
+    const std::string line = "render in/" + attack.files[0].first + m_draw + more;
     Gl3Setup setup;
-    if (m_turn % 3 == 1) line += " --confined";
     if (m_turn % 3 == 2) setup.environment = {"GL3_CONFINED=1"};
     ++m_turn;
+    Tell(attack, more, setup);
     const Gl3Result result = Say(line, setup);
     EXPECT_TRUE(Holds(result.err, attack.parts));
     EXPECT_EQ(result.err.empty(), attack.parts.empty()) << result.err;
@@ -164,7 +173,8 @@ class Attacks : public Gl3Test {
     return all;
   }
 
-  const std::string m_draw = " -o out.png -s 24x18 --recipe none --timeout 20 --max-memory 500M";
+  const std::string m_limits = " --timeout 20 --max-memory 500M";
+  const std::string m_draw = " -o out.png -s 24x18 --recipe none" + m_limits;
   std::string m_plain;  ///< The picture, as a file, of ObjOf with pictures that are missing.
   int m_turn = 0;
 };

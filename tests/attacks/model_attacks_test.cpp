@@ -134,6 +134,24 @@ TEST_F(Attacks, NeighboursAreReadOutOfConfinementAlone) {
   EXPECT_TRUE(Read("out.png") == m_plain);
 }
 
+TEST_F(Attacks, LinksInPlaceOfFilesAreFollowedOutOfConfinementAlone) {
+  fs::copy_file(Path("in/m.obj"), Path("far.obj"));
+  fs::create_symlink("../far.obj", Path("in/out.obj"));
+  fs::create_symlink("m.obj", Path("in/near.obj"));
+  const std::string refusal = "is a link that leads out of its folder";
+  for (const std::string line :
+       {"render in/out.obj", "info in/out.obj", "filter in/link.png", "render --like in/link.png",
+        "render in/m.obj --background in/link.png"}) {
+    SCOPED_TRACE(line);
+    const std::string output = line.starts_with("info") ? "" : " -o out.png -s 24x18";
+    ExpectRefused(line + output + " --confined", 3, {refusal, "; put the file itself there"});
+    const Gl3Result followed = Say(line + output);
+    EXPECT_EQ(followed.err.find(refusal), std::string::npos) << followed.err;
+    fs::remove(Path("out.png"));
+  }
+  EXPECT_EQ(Say("render in/near.obj --confined" + m_draw).status, 0);
+}
+
 TEST_F(Attacks, ModelsThatHangGrowAndCrash) {
   const std::string zeros = PackedZeros();
   std::vector<std::string> spellings;

@@ -60,13 +60,16 @@ TEST_F(PictureAttacks, DecodersReachNothing) {
   for (const auto& [fault, part] : {std::pair("SEGV", "decoding it crashed (Segmentation fault); "),
                                     {"read", "a.webp: the picture is broken; "},
                                     {"write", "a.webp: the picture is broken; "},
+                                    {"streams", "a.webp: the picture is broken; "},
+                                    {"grow", "decoding it took more memory than is allowed; "},
+                                    {"hoard", "took more than 300.0 MiB of memory; "},
                                     {"socket", "called what no decoder needs, and was ended; "},
                                     {"exec", "called what no decoder needs, and was ended; "}}) {
     if (kIsSanitized && std::string_view(fault) != "SEGV") continue;  // nothing is confined then
     setup.environment = {std::string("GL3_PICTURE_FAULT=") + fault};
-    ExpectRefused("filter a.webp -o out.png", 3, {"a.webp: ", part}, setup);
-    ExpectRefused("render in/m.obj -o out.png --overlay a.webp", 3, {"--overlay: a.webp: ", part},
-                  setup);
+    ExpectRefused("filter a.webp -o out.png --max-memory 300M", 3, {"a.webp: ", part}, setup);
+    ExpectRefused("render in/m.obj -o out.png --overlay a.webp --max-memory 300M", 3,
+                  {"a.webp: ", part}, setup);
   }
   // Whoever comes after the one that crashed is served all the same.
   setup.environment = {"GL3_PICTURE_FAULT=SEGV"};

@@ -74,7 +74,8 @@ TEST_F(Attacks, LinksOfTheUsersOwnAreWrittenThrough) {
 }
 
 TEST_F(Attacks, PlantedProgramsAndLibrariesAreLeftAlone) {
-  std::set<std::string> names = {"gl3-view", "libfmt.so.9", "libassimp.so.5", "libEGL.so.1"};
+  std::set<std::string> names = {"gl3-view", "libfmt.so.9", "libassimp.so.5", "libEGL.so.1",
+                                 "ffmpeg",   "sinfo",       "sbatch",         "scontrol"};
   for (const fs::directory_entry& entry : fs::directory_iterator(GL3_LIB_DIR)) {
     names.insert(entry.path().filename().string());
   }
@@ -92,6 +93,8 @@ TEST_F(Attacks, PlantedProgramsAndLibrariesAreLeftAlone) {
   EXPECT_EQ(Say("render in/m.obj" + m_draw, setup).status, 0);
   EXPECT_TRUE(Read("out.png") == m_plain);
   expected.insert("work/out.png");
+  Say("render in/m.obj -o m.mp4 --turntable 2", setup);
+  Say("farm --dry-run --folder ../logs/farm -- render in/m.obj -o f##.png --turntable 2", setup);
   setup.program = CopyOfTheProgram(m_base / "logs/copy");  // without the viewer and the module
   ExpectRefused("view in/m.obj", 1, {"gl3-view is not installed beside gl3"}, setup);
   ExpectRefused("render in/m.obj -o new.png", 4, {"OpenGL3.so: ", "; "}, setup);

@@ -99,7 +99,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string name = "model" + suffix;
   folder.Write(name, input.Rest());
   hostkit::ImportLimits limits;
-  limits.seconds = 10;  // a library that hangs should not take all the time
+  limits.seconds = 3;  // small as the models are; a library that hangs should not take all the time
   limits.memory = 2ull << 30;
   limits.showsMessages = true;
   // The process has this one's standard error, which goes into a file meanwhile.

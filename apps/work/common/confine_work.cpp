@@ -145,12 +145,16 @@ Outcome ConfineDrawing(const WorkFiles& files, const std::string& module, bool m
   return Judge(hostkit::Confine(confinement), mustBe);
 }
 
-Outcome ConfineToFiles(const WorkFiles& files, bool mustBe) {
+Outcome ConfineToFiles(const WorkFiles& files, const RunOptions& run, const ParentLine& line,
+                       int keep) {
   if (kIsSanitized) return {};  // leaks are looked for from a process of their own
   hostkit::Confinement confinement;
+  confinement.closeOthers = true;
+  confinement.keep = {line.Descriptor(), keep};
+  confinement.fileSize = run.limits.maxMemory;
   confinement.readable = files.inputs;
   for (const std::string& output : files.outputs) AddOutput(output, &confinement.writable);
-  return Judge(hostkit::Confine(confinement), mustBe);
+  return Judge(hostkit::Confine(confinement), run.confined);
 }
 
 }  // namespace gl3

@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "apps/base/messages.h"
+#include "apps/base/supervised_child.h"
+#include "apps/options/run_options.h"
 
 namespace gl3 {
 
@@ -21,9 +23,11 @@ struct WorkFiles {
 /// nothing else, and fails where the kernel lacks what that takes.
 Outcome ConfineDrawing(const WorkFiles& files, const std::string& module, bool mustBe);
 
-/// Confines this process, before it has threads, to reading the inputs and writing the outputs,
-/// and nothing else: it starts no programs and opens no connections. With `mustBe` it fails where
-/// the kernel lacks what that takes.
-Outcome ConfineToFiles(const WorkFiles& files, bool mustBe);
+/// Confines this process, before it has threads, to reading the inputs, writing the outputs and
+/// its line, and nothing else: it starts no programs, opens no connections, and has no other
+/// descriptors but `keep`, which may be -1. Files grow to the run's limit of memory at most. It
+/// fails where the kernel lacks what that takes and the run is to be confined.
+Outcome ConfineToFiles(const WorkFiles& files, const RunOptions& run, const ParentLine& line,
+                       int keep = -1);
 
 }  // namespace gl3

@@ -41,12 +41,17 @@ class SharedBytes {
   void* m_at;
 };
 
+/// More than decoders need, who open nothing.
+constexpr std::uint64_t kMostFiles = 32;
+
 /// Gives up everything but the lines. Returns what the kernel lacks for that.
-std::string GiveUpAllBut(const DecodeLines& lines) {
+std::string GiveUpAllBut(const DecodeLines& lines, std::uint64_t mostBytes) {
   if (kIsSanitized) return "";  // its reports need files
   hostkit::Confinement confinement;
   confinement.closeOthers = true;
   confinement.keep = {lines.asks, lines.answers, lines.file, lines.pixels};
+  confinement.fileSize = mostBytes;
+  confinement.files = kMostFiles;
   const hostkit::ConfineResult lacks = hostkit::Confine(confinement);
   return lacks.files.empty() ? lacks.calls : lacks.files;
 }
@@ -101,13 +106,14 @@ DecodeAnswer Decode(const DecodeRequest& request, const DecodeLines& lines) {
 
 }  // namespace
 
-void DecodePictures(const DecodeLines& lines, pid_t parent, bool mustBeConfined) noexcept {
+void DecodePictures(const DecodeLines& lines, pid_t parent, std::uint64_t mostBytes,
+                    bool mustBeConfined) noexcept {
   BecomeWorker();
   if (getppid() != parent) _exit(1);  // it has ended in the meantime
   for (const int number : {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGXFSZ}) {
     std::signal(number, SIG_DFL);
   }
-  const std::string lack = GiveUpAllBut(lines);
+  const std::string lack = GiveUpAllBut(lines, mostBytes);
   DecodeRequest request;
   while (ReceiveAll(lines.asks, &request, sizeof request)) {
     DecodeAnswer answer;

@@ -34,8 +34,8 @@ struct DecodeLines {
 };
 
 /// Decodes until nobody asks any more. For a process that was just forked from `parent`, with which
-/// it ends.
-[[noreturn]] void DecodePictures(const DecodeLines& lines, pid_t parent,
+/// it ends. None of the shared memory, and no other, grows beyond `mostBytes` (0: any).
+[[noreturn]] void DecodePictures(const DecodeLines& lines, pid_t parent, std::uint64_t mostBytes,
                                  bool mustBeConfined) noexcept;
 
 /// Whole messages; false when the other side has gone.

@@ -17,6 +17,7 @@
 #include <utility>
 #include <vector>
 
+#include "apps/base/file_checks.h"
 #include "apps/work/common/picture_decoder.h"
 #include "hostkit/pictures/picture_guards.h"
 
@@ -52,8 +53,9 @@ std::string Decent(std::string text) {
 
 }  // namespace
 
-std::unique_ptr<PictureReader> PictureReader::Start(bool mustBeConfined, Outcome* outcome) {
-  std::unique_ptr<PictureReader> reader(new PictureReader);
+std::unique_ptr<PictureReader> PictureReader::Start(const RunOptions& run, ParentLine& line,
+                                                    Outcome* outcome) {
+  std::unique_ptr<PictureReader> reader(new PictureReader(run, line));
   int asks[2] = {-1, -1}, answers[2] = {-1, -1};
   reader->m_file = NewMemory("gl3-picture");
   reader->m_pixels = NewMemory("gl3-pixels");
@@ -64,7 +66,8 @@ std::unique_ptr<PictureReader> PictureReader::Start(bool mustBeConfined, Outcome
   if (reader->m_process == 0) {
     close(asks[1]);  // else it would never see that nobody asks any more
     close(answers[0]);
-    DecodePictures({asks[0], answers[1], reader->m_file, reader->m_pixels}, parent, mustBeConfined);
+    DecodePictures({asks[0], answers[1], reader->m_file, reader->m_pixels}, parent,
+                   run.limits.maxMemory, run.confined);
   }
   const int error = errno;
   CloseIfOpen(asks[0]);
@@ -87,6 +90,9 @@ PictureReader::~PictureReader() {
 
 Outcome PictureReader::Read(const std::string& path, hostkit::PixelKind kind,
                             hostkit::BitmapPtr* picture, hostkit::PictureFacts* facts) {
+  m_line.Enter(Phase::kImport, path);
+  const Outcome reach = m_isConfined ? CheckReach(path) : Outcome();
+  if (reach.status != kDone) return reach;
   std::vector<unsigned char> bytes;
   std::string error;
   if (!hostkit::ReadPictureFile(path, &bytes, &error)) return {kUnreadableInput, error};
@@ -165,6 +171,11 @@ Outcome PictureReader::Bury(const std::string& path) {
       return {kUnreadableInput, path +
                                     ": decoding it called what no decoder needs, and was ended; do "
                                     "not trust the file"};
+    case SIGXFSZ:
+      return {kUnreadableInput,
+              path +
+                  ": decoding it took more memory than is allowed; raise --max-memory, or scale "
+                  "it down"};
     default:
       return {kUnreadableInput,
               fmt::format("{}: decoding it crashed ({}); the file is damaged or of a kind that "

@@ -145,15 +145,16 @@ Outcome DrawSheet(const std::vector<std::string>& pictures, const std::string& p
 
 }  // namespace
 
-Outcome WriteContactSheet(const std::vector<std::string>& pictures, const std::string& path) {
+Outcome WriteContactSheet(const std::vector<std::string>& pictures, const RunOptions& run,
+                          const std::string& path) {
   const std::vector<std::string> chosen = Chosen(pictures);
   if (chosen.empty()) return {};
   ChildTold told;
   const int status = RunSupervised(
-      Limits(), path,
+      run.limits, path,
       [&](ParentLine& line, std::string*) -> Outcome {
         line.Enter(Phase::kWrite, path);
-        Outcome outcome = ConfineToFiles({chosen, {path}}, false);
+        Outcome outcome = ConfineToFiles({chosen, {path}}, run, line);
         return outcome.status == kDone ? DrawSheet(chosen, path) : outcome;
       },
       &told);

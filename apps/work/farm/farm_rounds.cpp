@@ -12,6 +12,7 @@
 #include "apps/base/run_program.h"
 #include "apps/base/text.h"
 #include "apps/work/farm/contact_sheet.h"
+#include "apps/work/farm/farm_command.h"
 #include "apps/work/farm/node_check.h"
 #include "apps/work/farm/program_pool.h"
 #include "apps/work/farm/slurm.h"
@@ -178,7 +179,9 @@ int EndFarm(const FarmFolder& folder, const FarmPlan& plan, int rounds,
                  {"nodes", folder.ReadAll("nodes")},
                  {"tasks", tasks}};
   const std::string sheet = folder.File("contact.jpg");
-  const Outcome drawn = WriteContactSheet(FilesToShow(plan, findings), sheet);
+  Outcome drawn;
+  const auto command = FarmCommand::Read(plan.words, folder.Path(), &drawn);
+  if (command) drawn = WriteContactSheet(FilesToShow(plan, findings), command->Run(), sheet);
   report["contactSheet"] = drawn.status == kDone ? Json(sheet) : Json();
   const Outcome written = folder.Write("report.json", report);
   if (written.status != kDone) {

@@ -109,7 +109,7 @@ Json InspectAll(const std::vector<CheckedFile>& files, const RunOptions& run) {
     RunSupervised(
         run.limits, "",
         [&](ParentLine& line, std::string*) -> Outcome {
-          Outcome outcome = ConfineToFiles({paths, {}}, run.confined);
+          Outcome outcome = ConfineToFiles({paths, {}}, run, line);
           for (std::size_t i = found.size(); i < end && outcome.status == kDone; ++i) {
             line.Enter(Phase::kImport, files[i].path);
             line.Progress(i, end, files[i].path);

@@ -28,7 +28,7 @@ constexpr long kTickNanoseconds = 200'000'000;
   argv.reserve(words.size() + 1);
   for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));
   argv.push_back(nullptr);
-  execvp(argv[0], argv.data());
+  execv(argv[0], argv.data());
   _exit(kNoProgram);
 }
 

@@ -74,7 +74,7 @@ void FilterRun::Warn(const std::string& text, bool ofClipping) {
 Outcome FilterRun::StartDriver() {
   const FilterOptions& options = m_job.options;
   Outcome outcome;
-  m_reader = PictureReader::Start(options.run.confined, &outcome);
+  m_reader = PictureReader::Start(options.run, m_line, &outcome);
   if (!m_reader) return outcome;
   const auto outputs = options.stream.IsOpen() ? std::vector<std::string>() : m_job.outputs;
   outcome = ConfineDrawing({options.inputs, outputs}, options.run.module, options.run.confined);
@@ -112,7 +112,6 @@ Outcome FilterRun::StartDriver() {
 }
 
 Outcome FilterRun::Read(FilteredPicture* report, hostkit::BitmapPtr* picture) {
-  m_line.Enter(Phase::kImport, report->input);
   const Stopwatch watch;
   hostkit::PictureFacts facts;
   const auto kind = m_job.options.effects.calls.empty() ? hostkit::PixelKind::kHalves

@@ -2,6 +2,7 @@
 #include "apps/work/info/model_info.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -21,33 +22,47 @@ std::string FormatModel(const Json& model) {
   return OneLine(model["model"].get<std::string>()) + "\n" + Aligned(LinesOf(model));
 }
 
-/// Imports that go on two at a time: one is waited for, the next is begun.
+/// Imports that go on two at a time: one is waited for, the next is begun, unless both together
+/// would take more memory than there may be; then it is begun when its turn comes.
 class Imports {
  public:
-  explicit Imports(const InfoOptions& options) : m_options(options) { Begin(); }
+  explicit Imports(const InfoOptions& options) : m_options(options) {}
+  Imports(const Imports&) = delete;
+  Imports& operator=(const Imports&) = delete;
 
   hostkit::ImportEnd Next(std::unique_ptr<hostkit::Scene>* scene, std::string* error) {
-    const std::unique_ptr<hostkit::ImportProcess> import = std::move(m_import);
+    if (!m_next) Begin();
+    const std::unique_ptr<hostkit::ImportProcess> import = std::move(m_next);
     Begin();
     return import->Finish({}, scene, error);
   }
 
  private:
+  /// Whether what the one that is waited for holds may be; the other gives way to it.
+  bool Fit(std::uint64_t held) {
+    const std::uint64_t most = m_options.run.limits.maxMemory;
+    if (m_next && held + m_next->HeldMemory() > most) {
+      m_next.reset();
+      --m_begun;
+    }
+    return held <= most;
+  }
   void Begin() {
     if (m_begun == m_options.models.size()) return;
     const Limits& limits = m_options.run.limits;
     hostkit::ImportLimits own;
     own.seconds = own.processorSeconds = limits.timeoutSeconds;
     own.memory = limits.maxMemory;
+    own.fits = [this](std::uint64_t held) { return Fit(held); };
     own.confined = m_options.run.confined;
     own.showsMessages = m_options.run.verbosity == Verbosity::kVerbose;
-    m_import = std::make_unique<hostkit::ImportProcess>(
+    m_next = std::make_unique<hostkit::ImportProcess>(
         std::vector<std::string>{m_options.models[m_begun++]}, own);
   }
 
   const InfoOptions& m_options;
   std::size_t m_begun = 0;
-  std::unique_ptr<hostkit::ImportProcess> m_import;
+  std::unique_ptr<hostkit::ImportProcess> m_next;
 };
 
 /// The kinds of pictures as JSON, those that are written where `written` is set.

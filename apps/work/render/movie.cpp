@@ -265,7 +265,7 @@ int MovieOfPictures(const RenderOptions& options, const std::string& command,
   const int status = RunSupervised(
       options.run.limits, "",
       [&](ParentLine& line, std::string*) -> Outcome {
-        Outcome outcome = ConfineToFiles({pictures, {}}, options.run.confined);
+        Outcome outcome = ConfineToFiles({pictures, {}}, options.run, line, maker.Input());
         for (std::size_t i = 0; i < pictures.size() && outcome.status == kDone; ++i) {
           line.Enter(Phase::kImport, pictures[i]);
           line.Progress(i, pictures.size(), pictures[i]);

@@ -81,7 +81,7 @@ Outcome EachRun::Run() {
   if (m_done > 0) Tell("");
   // Before this process may start no other.
   hostkit::ImportQueue imports(m_part.models, LimitsOfImports(m_job.options), m_job.options.scene);
-  Outcome outcome = ConfineRender(m_job.options, &m_session);
+  Outcome outcome = ConfineRender(m_job.options, m_line, &m_session);
   if (outcome.status == kDone) outcome = StartSession(m_job.options, m_line, &m_session);
   if (outcome.status != kDone) return outcome;
   m_line.Tell(StartPiece(m_session.report));

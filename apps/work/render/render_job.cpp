@@ -21,7 +21,7 @@ Outcome DrawAll(const RenderOptions& options, ParentLine& line, RenderSession* s
                 ModelRender* model) {
   // Before this process may start no other.
   hostkit::ImportProcess import(options.models, LimitsOfImports(options), options.scene);
-  Outcome outcome = ConfineRender(options, session);
+  Outcome outcome = ConfineRender(options, line, session);
   // Without a driver, nobody waits for the import of a large model.
   if (outcome.status == kDone) outcome = StartSession(options, line, session);
   if (outcome.status != kDone) return outcome;

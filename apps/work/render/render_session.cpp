@@ -52,10 +52,10 @@ hostkit::ImportLimits LimitsOfImports(const RenderOptions& options) {
   return limits;
 }
 
-Outcome ConfineRender(const RenderOptions& options, RenderSession* session) {
+Outcome ConfineRender(const RenderOptions& options, ParentLine& line, RenderSession* session) {
   Outcome outcome;
   if (!options.drawing.overlays.empty() || !options.background.picture.empty()) {
-    session->reader = PictureReader::Start(options.run.confined, &outcome);
+    session->reader = PictureReader::Start(options.run, line, &outcome);
   }
   if (outcome.status != kDone) return outcome;
   const std::string output = options.stream.IsOpen() ? "" : options.output;
@@ -70,9 +70,6 @@ Outcome ConfineRender(const RenderOptions& options, RenderSession* session) {
 Outcome StartSession(const RenderOptions& options, ParentLine& line, RenderSession* session) {
   Outcome outcome = StartDriver(options, line, session);
   if (outcome.status != kDone) return outcome;
-  if (!options.drawing.overlays.empty()) {
-    line.Enter(Phase::kImport, options.drawing.overlays.front().path);
-  }
   outcome = MakeFrameSettings(options, &session->settings, session->reader.get());
   session->reader.reset();  // it is needed no more
   const bool hasTexts = !options.drawing.texts.empty();

@@ -33,7 +33,7 @@ hostkit::ImportLimits LimitsOfImports(const RenderOptions& options);
 
 /// Starts what reads pictures to be laid over and under, if there are any, and confines this
 /// process to what drawing the models takes: see ConfineDrawing. Imports are to be begun before.
-Outcome ConfineRender(const RenderOptions& options, RenderSession* session);
+Outcome ConfineRender(const RenderOptions& options, ParentLine& line, RenderSession* session);
 
 /// Starts OpenGL, and reads what is laid over pictures. Warnings are told, and kept in the report.
 Outcome StartSession(const RenderOptions& options, ParentLine& line, RenderSession* session);

@@ -4,15 +4,17 @@
 #include <vector>
 
 #include "apps/base/command_words.h"
+#include "apps/base/file_checks.h"
 #include "apps/work/common/confine_work.h"
 #include "hostkit/pictures/picture_recipe.h"
 
 namespace gl3 {
 
-Outcome StoredRecipe(const std::string& path, bool confined, ParentLine& line,
+Outcome StoredRecipe(const std::string& path, const RunOptions& run, ParentLine& line,
                      std::string* result) {
   line.Enter(Phase::kImport, path);
-  Outcome outcome = ConfineToFiles({{path}, {}}, confined);
+  Outcome outcome = run.confined ? CheckReach(path) : Outcome();
+  if (outcome.status == kDone) outcome = ConfineToFiles({{path}, {}}, run, line);
   if (outcome.status != kDone) return outcome;
   hostkit::Recipe recipe;
   std::string error;

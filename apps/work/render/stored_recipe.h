@@ -10,7 +10,9 @@ namespace gl3 {
 
 /// Reads the recipe of the picture at `path` and leaves its entries in `*result`, name and value in
 /// turn, as JoinCommand writes them. kUnreadableInput with a message when there is none. To be
-/// called in a supervised child, which is confined to that file, with `confined` or else fails.
-Outcome StoredRecipe(const std::string& path, bool confined, ParentLine& line, std::string* result);
+/// called in a supervised child, which is confined to that file, or fails where `run` is to be
+/// confined.
+Outcome StoredRecipe(const std::string& path, const RunOptions& run, ParentLine& line,
+                     std::string* result);
 
 }  // namespace gl3
