@@ -42,7 +42,7 @@ class SharedBytes {
 };
 
 /// More than decoders need, who open nothing.
-constexpr std::uint64_t kMostFiles = 32;
+constexpr std::uint64_t kMostDescriptors = 32;
 
 /// Gives up everything but the lines. Returns what the kernel lacks for that.
 std::string GiveUpAllBut(const DecodeLines& lines, std::uint64_t mostBytes) {
@@ -51,7 +51,7 @@ std::string GiveUpAllBut(const DecodeLines& lines, std::uint64_t mostBytes) {
   confinement.closeOthers = true;
   confinement.keep = {lines.asks, lines.answers, lines.file, lines.pixels};
   confinement.fileSize = mostBytes;
-  confinement.files = kMostFiles;
+  confinement.files = kMostDescriptors;
   const hostkit::ConfineResult lacks = hostkit::Confine(confinement);
   return lacks.files.empty() ? lacks.calls : lacks.files;
 }

@@ -91,7 +91,7 @@ PictureReader::~PictureReader() {
 Outcome PictureReader::Read(const std::string& path, hostkit::PixelKind kind,
                             hostkit::BitmapPtr* picture, hostkit::PictureFacts* facts) {
   m_line.Enter(Phase::kImport, path);
-  const Outcome reach = m_isConfined ? CheckReach(path) : Outcome();
+  Outcome reach = m_isConfined ? CheckReach(path) : Outcome();
   if (reach.status != kDone) return reach;
   std::vector<unsigned char> bytes;
   std::string error;
