@@ -82,9 +82,6 @@ Outcome RecipeFiles::Judge() const {
   if (!m_missing.names.empty()) {
     return Refuse(m_missing, "neither beside it nor in the current folder");
   }
-  if (!m_near.names.empty()) {
-    PrintNote(m_picture + ": its recipe has these files read: " + JoinNames(m_near.names));
-  }
   if (!m_far.names.empty()) {
     PrintWarning(m_picture +
                  ": its recipe has files read outside of its folder: " + JoinNames(m_far.names));

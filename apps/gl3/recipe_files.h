@@ -25,9 +25,11 @@ class RecipeFiles {
   /// user names such a file with. Empty when there is none.
   std::string Find(const std::string& name, const std::string& hash, const std::string& option);
 
-  /// Tells what was found. kUnreadableInput with a message when there are files that may not be
+  /// Warns of files elsewhere. kUnreadableInput with a message when there are files that may not be
   /// read, or names that no file was found for.
   Outcome Judge() const;
+  /// Those in the picture's folder and below.
+  const std::vector<std::string>& Near() const { return m_near.names; }
 
  private:
   struct Files {

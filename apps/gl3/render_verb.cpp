@@ -7,6 +7,7 @@
 #include "apps/base/file_checks.h"
 #include "apps/base/messages.h"
 #include "apps/base/supervised_child.h"
+#include "apps/base/text.h"
 #include "apps/gl3/repeat_recipe.h"
 #include "apps/gl3/standard_streams.h"
 #include "apps/gl3/verbs.h"
@@ -148,6 +149,10 @@ int RunRender(const OptionParser& given, RenderOptions options, std::vector<std:
   outcome = PrepareRender(*work, &options, &input);
   given.TellLostValue(words, &outcome);
   if (outcome.status != kDone) return Fail(outcome);
+  if (!options.recipeFiles.empty()) {
+    PrintStatus(options.like +
+                ": its recipe has these files read: " + JoinNames(options.recipeFiles));
+  }
   if (FindMovieKind(options.output)) return RunMovies(given, options, words, *work);
   if (options.IsEach()) return RunEach(given, options, words, *work);
   const std::string command = RecipeCommand(given, words, options.recipe);

@@ -255,6 +255,7 @@ Outcome RepeatRecipe(const OptionParser& given, const std::string& recipe, FileH
   }
   if (wanted.models.empty()) return refuse("its recipe names no model; give one yourself");
   wanted.like = picture;
+  wanted.recipeFiles = files.Near();
   wanted.recipeInputs = InputsOf(entries);
   *options = std::move(wanted);
   *words = {"gl3", "render"};

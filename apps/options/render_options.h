@@ -68,6 +68,8 @@ struct RenderOptions {
 
   /// What the repeated recipe tells of its models: a path and a hash each, in their order.
   std::vector<std::string> recipeInputs;
+  /// The files in its picture's folder that it has read, still to be told.
+  std::vector<std::string> recipeFiles;
 
   /// Whether each model gets pictures of its own, named after it.
   bool IsEach() const;

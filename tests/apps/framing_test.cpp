@@ -204,9 +204,9 @@ TEST_F(Framing, IsRepeatedFromRecipes) {
   const Pixels first = Render(
       "box.obj --azimuth 33 --elevation -12.5 --margin 20 --zoom 1.25 "
       "--section -y=0.2 --section-color red --scale-bar=mm");
-  Done("render --like out.png -o again.png");
+  Done("render -q --like out.png -o again.png");
   EXPECT_EQ(ReadPng(Path("again.png")).rgba, first.rgba);
-  Done("render --like out.png -o again.png --eye 3,4,5");
+  Done("render -q --like out.png -o again.png --eye 3,4,5");
   EXPECT_NE(ReadPng(Path("again.png")).rgba, first.rgba);
 }
 

@@ -116,7 +116,7 @@ TEST_F(Looks, StandBeforeBackgrounds) {
     const int x = i % 4, y = i / 4;
     EXPECT_EQ(At(covered, 25 + 50 * x, 10 + 80 * y), (Color{60 * x, 60 * (y + 1), 255})) << i;
   }
-  Done("render --like out.png -o again.png");
+  Done("render -q --like out.png -o again.png");
   EXPECT_EQ(ReadPng(Path("again.png")).rgba, covered.rgba);
   ExpectRefused("render car.gltf -o no.png --background none.png", 3, {"--background: none.png"});
 }

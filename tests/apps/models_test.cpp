@@ -50,12 +50,12 @@ TEST_F(ManyModels, HavePicturesAsIfEachWereAlone) {
                       {"gl3 render " + name + ".obj -o %n.png -s", name + ".obj xxh3:"}));
   }
   fs::copy(Path("b.obj"), Path("out/b.obj"));
-  EXPECT_EQ(Done("render --like out/b.png -o again.png"), "");
+  EXPECT_EQ(Done("render -q --like out/b.png -o again.png"), "");
   EXPECT_TRUE(AreSame("out/b.png", "again.png"));
   // In one scene they are something else.
   Done("render a.obj b.obj c.obj --merge -o merged.png" + look);
   EXPECT_FALSE(AreSame("merged.png", "out/a.png"));
-  EXPECT_EQ(Done("render --like merged.png -o again.png"), "");
+  EXPECT_EQ(Done("render -q --like merged.png -o again.png"), "");
   EXPECT_TRUE(AreSame("merged.png", "again.png"));
 }
 

@@ -69,7 +69,7 @@ TEST_F(Modes, AddWhatIsAskedForAndRepeatIt) {
           "--grid=0.2 --control-points=2 --fog 1,9 --text 'one, two,3,4,#f00' --text three "
           "--overlay logo.png,70,40,0.25 --mode lines --crease 20 --line-color 0,0.5,1")
           .at("G");
-  Done("render --like out.exr -o again.exr");
+  Done("render -q --like out.exr -o again.exr");
   EXPECT_EQ(ReadExr(Path("again.exr")).at("G"), all);
   // They stand where they are told to.
   Done(
@@ -85,12 +85,12 @@ TEST_F(Modes, AddWhatIsAskedForAndRepeatIt) {
   }
   // Another mode comes without what only the recipe's had.
   for (const char* mode : {"shaded", "wireframe-gl"}) {
-    Done({"render", "--like", "out.exr", "-o", "again.exr", "--mode", mode});
+    Done({"render", "-q", "--like", "out.exr", "-o", "again.exr", "--mode", mode});
   }
   const std::vector<float> edged = Render("--edges --line-color 0,1,0").at("G");
   EXPECT_NE(edged, plain.at("G"));
-  Done("render --like out.exr -o again.exr --mode points");
-  Done("render --like out.exr -o again.exr --mode shaded");
+  Done("render -q --like out.exr -o again.exr --mode points");
+  Done("render -q --like out.exr -o again.exr --mode shaded");
   EXPECT_EQ(ReadExr(Path("again.exr")).at("G"), edged);
   ExpectRefused("render --like out.exr -o again.exr --mode flat --crease=9", 2,
                 {"--crease: ", "--mode lines"});

@@ -216,23 +216,23 @@ TEST_F(Sequences, TheTimeLimitCountsFromPictureToPicture) {
 TEST_F(Sequences, RecipesAreRepeated) {
   Render(
       {"squares.obj", "-o", "t%d.png", "--turntable", "4", "--background", "#123", "--parallel"});
-  Render({"--like", "t3.png", "-o", "again.png"});
+  Render({"-q", "--like", "t3.png", "-o", "again.png"});
   EXPECT_EQ(Png("again.png").rgba, Png("t3.png").rgba);
   // Through every kind of picture, one made of the other.
   std::string last = "again.png";
   for (const char* name : {"a.exr", "b.jpg", "c d.png"}) {
-    Render({"--like", last, "-o", name});
+    Render({"-q", "--like", last, "-o", name});
     last = name;
   }
   EXPECT_EQ(Png("c d.png").rgba, Png("t3.png").rgba);
   // The command line beats the recipe, and what it excludes goes.
-  Render({"--like", "t3.png", "-o", "other.png", "--no-background", "--turntable", "4", "--frames",
-          "1"});
+  Render({"-q", "--like", "t3.png", "-o", "other.png", "--no-background", "--turntable", "4",
+          "--frames", "1"});
   EXPECT_EQ(Png("other.png").rgba[3], 0);
-  Render({"--like", "t3.png", "-o", "u%d.png", "--frames", "1-4"});
+  Render({"-q", "--like", "t3.png", "-o", "u%d.png", "--frames", "1-4"});
   EXPECT_EQ(Png("u4.png").rgba, Png("t4.png").rgba);
   Render({"moving.gltf", "-o", "%c.png", "--camera", "all"});
-  Render({"--like", "a_b.png", "-o", "from_b.png"});
+  Render({"-q", "--like", "a_b.png", "-o", "from_b.png"});
   EXPECT_EQ(Png("from_b.png").rgba, Png("a_b.png").rgba);
 
   Write("squares.obj", std::string(kSquaresObj) + "# changed\n");

@@ -153,7 +153,7 @@ TEST_F(Told, EveryAxisCanBeUp) {
             true)
       << "the horizon turns";
   const Pixels kept = draw("z.obj --up-axis +Z --grid");
-  Done("render --like out.png -o again.png");
+  Done("render -q --like out.png -o again.png");
   EXPECT_EQ(ReadPng(Path("again.png")).rgba, kept.rgba);
 }
 
@@ -223,7 +223,7 @@ TEST_F(Told, PointsCanBeSeen) {
   EXPECT_NEAR(covered("-s 300x200 --antialias 1"), 64 * 9, 4) << "square";
   EXPECT_NEAR(covered("-s 600x400"), 64 * 16 * 0.785, 20) << "a hundredth of the height";
   const Pixels kept = ReadPng(Path("out.png"));
-  Done("render --like out.png -o again.png");
+  Done("render -q --like out.png -o again.png");
   EXPECT_EQ(ReadPng(Path("again.png")).rgba, kept.rgba);
 }
 
