@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QImage>
 #include <QLabel>
+#include <QMenu>
 #include <QMimeData>
 #include <QProcess>
 #include <QUrl>
@@ -368,6 +369,26 @@ TEST_F(ViewTest, NamesOutOfModelsAreNoHtml) {
   for (const QLabel* label : m_window->findChildren<QLabel*>()) tips += label->toolTip();
   EXPECT_TRUE(tips.contains("&lt;b&gt;bold")) << tips.toStdString();
   EXPECT_FALSE(tips.contains("<b>")) << tips.toStdString();
+}
+
+TEST_F(ViewTest, MenusOfNamesOutOfModelsStayShortAndPlain) {
+  constexpr int kCameras = 510;
+  std::string nodes = R"({"mesh": 0})";
+  for (int i = 0; i < kCameras; ++i) nodes += R"(, {"camera": 0, "name": "a\u202egnp"})";
+  std::string numbers = "0";
+  for (int i = 1; i <= kCameras; ++i) numbers += ", " + std::to_string(i);
+  const std::string model =
+      R"({"asset": {"version": "2.0"}, "scenes": [{"nodes": [)" + numbers + R"(]}], "nodes": [)" +
+      nodes + R"(], "cameras": [{"type": "perspective", "perspective": {"yfov": 1, "znear": 1}}],
+      "meshes": [{"primitives": [{"attributes": {"POSITION": 0}}]}],
+      "accessors": [{"componentType": 5126, "count": 3, "type": "VEC3"}]})";
+  Write("many.gltf", model.c_str());
+  Open(Path("many.gltf"));
+  const QList<QAction*> cameras = Action("&Cameras of the model")->menu()->actions();
+  ASSERT_EQ(cameras.size(), 501);
+  EXPECT_FALSE(cameras.first()->text().contains(QChar(0x202e)));
+  EXPECT_EQ(cameras.last()->text(), "10 more");
+  EXPECT_FALSE(cameras.last()->isEnabled());
 }
 
 TEST_F(ViewTest, StoppedLoadingLeavesTheModelAndSaysNothing) {
