@@ -10,6 +10,7 @@
 #include "apps/options/filter_options.h"
 #include "apps/options/info_options.h"
 #include "apps/options/render_options.h"
+#include "apps/options/run_options.h"
 #include "apps/options/settings_options.h"
 
 namespace gl3 {

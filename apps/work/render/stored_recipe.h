@@ -5,6 +5,7 @@
 
 #include "apps/base/messages.h"
 #include "apps/base/supervised_child.h"
+#include "apps/options/run_options.h"
 
 namespace gl3 {
 
